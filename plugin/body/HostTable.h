@@ -1,0 +1,106 @@
+// The host's procedure table is untyped: here is the one thin caller per entry that holds the cast.
+#pragma once
+
+#include "plugin/body/ParseContext.h"
+
+namespace vx
+{
+
+template <typename Proc>
+Proc TableEntry(const ParseContext *context, int entry)
+{
+    return reinterpret_cast<Proc>(context->procs->entry[entry]);
+}
+
+template <int Entry>
+void CallPathEntry(const ParseContext *context)
+{
+    TableEntry<ZRKPathProc>(context, Entry)(context->refCon);
+}
+
+inline void CallNewPath(const ParseContext *context)
+{
+    CallPathEntry<kZRKNewPath>(context);
+}
+inline void CallClosePath(const ParseContext *context)
+{
+    CallPathEntry<kZRKClosePath>(context);
+}
+inline void CallClip(const ParseContext *context)
+{
+    CallPathEntry<kZRKClip>(context);
+}
+inline void CallGSave(const ParseContext *context)
+{
+    CallPathEntry<kZRKGSave>(context);
+}
+inline void CallGRestore(const ParseContext *context)
+{
+    CallPathEntry<kZRKGRestore>(context);
+}
+inline void CallFill(const ParseContext *context)
+{
+    CallPathEntry<kZRKFill>(context);
+}
+inline void CallStroke(const ParseContext *context)
+{
+    CallPathEntry<kZRKStroke>(context);
+}
+
+inline void CallMoveTo(const ParseContext *context, const FixedPoint *to)
+{
+    TableEntry<ZRKMoveToProc>(context, kZRKMoveTo)(context->refCon, to);
+}
+inline void CallLineTo(const ParseContext *context, const FixedPoint *to)
+{
+    TableEntry<ZRKLineToProc>(context, kZRKLineTo)(context->refCon, to);
+}
+inline void CallCurveTo(const ParseContext *context, const FixedPoint *control1, const FixedPoint *control2,
+                        const FixedPoint *to)
+{
+    TableEntry<ZRKCurveToProc>(context, kZRKCurveTo)(context->refCon, control1, control2, to);
+}
+inline void CallCurveToFromCurrent(const ParseContext *context, const FixedPoint *control2,
+                                   const FixedPoint *to)
+{
+    TableEntry<ZRKCurveToFromCurrentProc>(context, kZRKCurveToFromCurrent)(context->refCon, control2, to);
+}
+inline void CallSetLineWidth(const ParseContext *context, Fixed width)
+{
+    TableEntry<ZRKSetFixedProc>(context, kZRKSetLineWidth)(context->refCon, width);
+}
+inline void CallSetDash(const ParseContext *context, Fixed phase, int32_t count, const Fixed *values)
+{
+    TableEntry<ZRKSetDashProc>(context, kZRKSetDash)(context->refCon, phase, count, values);
+}
+inline void CallSetLineCap(const ParseContext *context, int32_t cap)
+{
+    TableEntry<ZRKSetIntegerProc>(context, kZRKSetLineCap)(context->refCon, cap);
+}
+inline void CallSetLineJoin(const ParseContext *context, int32_t join)
+{
+    TableEntry<ZRKSetIntegerProc>(context, kZRKSetLineJoin)(context->refCon, join);
+}
+inline void CallSetMiterLimit(const ParseContext *context, Fixed limit)
+{
+    TableEntry<ZRKSetFixedProc>(context, kZRKSetMiterLimit)(context->refCon, limit);
+}
+inline void CallSetGray(const ParseContext *context, Fixed gray)
+{
+    TableEntry<ZRKSetFixedProc>(context, kZRKSetGray)(context->refCon, gray);
+}
+inline void CallSetCMYKColor(const ParseContext *context, const CMYKColour *colour)
+{
+    TableEntry<ZRKSetCMYKColorProc>(context, kZRKSetCMYKColor)(context->refCon, colour->cyan, colour->magenta,
+                                                               colour->yellow, colour->black);
+}
+inline void CallSetOverprint(const ParseContext *context, int32_t overprint)
+{
+    TableEntry<ZRKSetIntegerProc>(context, kZRKSetOverprint)(context->refCon, overprint);
+}
+inline void CallComment(const ParseContext *context, uint32_t signature, const char *text, int32_t length)
+{
+    TableEntry<ZRKCommentProc>(context, kZRKComment)(context->refCon, signature, text, length);
+}
+
+} // namespace vx
