@@ -171,17 +171,17 @@ uint8_t HexValue(uint8_t byte)
 void LexPartialString(BigString *text, int32_t *depth, BigString *piece)
 {
     const uint8_t *start = text->text;
-    int32_t count = 0;
-    while (*depth > 0 && !IsStringEmpty(text) && *text->text != '\\') {
-        if (*text->text == '(')
-            ++*depth;
-        else if (*text->text == ')')
-            --*depth;
-        if (*depth > 0)
-            ++count;
-        TrimFirstCharacter(text);
+    int32_t taken = 0; // bytes consumed
+    int32_t count = 0; // and those of them that belong to the piece
+    int32_t open = *depth;
+    while (open > 0 && taken < text->length && start[taken] != '\\') {
+        const uint8_t byte = start[taken++];
+        open += (byte == '(') - (byte == ')');
+        count += open > 0;
     }
+    *depth = open;
     *piece = {start, count};
+    *text = {start + taken, text->length - taken};
 }
 
 bool LexEscapedCharacter(BigString *text, uint8_t *byte)

@@ -1,9 +1,9 @@
 /*
  * The one entry point of the plug-in, and the record that a host passes to it.
  *
- * How to use it. Load vxparser.so (dlopen); the program that loads it exports the functions of Toolbox.h. Look up
- * the symbol "main", cast it to VXMainProc, fill a HostCallRecord with zeros and then with what the selector
- * needs, and call:
+ * How to use it. Load vxparser.so (dlopen); the program that loads it exports the functions of Toolbox.h.
+ * Look up the symbol "main", cast it to VXMainProc, fill a HostCallRecord with zeros and then with what the
+ * selector needs, and call:
  *
  *     HostCallRecord record;
  *     int16_t result;
@@ -12,10 +12,10 @@
  *     record.streamLength = length;
  *     vxMain(kVXStreamInfo, &record, NULL, &result);
  *
- * Every call is complete in itself: selectors may come in any order and the plug-in keeps nothing between calls.
- * It has no state of its own, so calls on different records may run at the same time on several threads, as far
- * as the host's own functions allow it. All callbacks happen inside the call, on the caller's thread. sdk/example
- * holds a whole host.
+ * Every call is complete in itself: selectors may come in any order and the plug-in keeps nothing between
+ * calls. It has no state of its own, so calls on different records may run at the same time on several
+ * threads, as far as the host's own functions allow it. All callbacks happen inside the call, on the caller's
+ * thread. sdk/example holds a whole host.
  */
 #ifndef VX_HOST_CALL_H
 #define VX_HOST_CALL_H
@@ -54,25 +54,24 @@ typedef struct StreamReader StreamReader;
 
 /* StreamReadProc's op. */
 enum {
-    kVXReadBytes =
-        0, /* arg is the destination, *inout the count wanted and, on return, the count delivered */
-    kVXSetPosition = 2 /* arg is null, *inout the position from the start of the stream, in bytes */
+    kVXReadBytes = 0,  /* arg: the destination; *inout: the count wanted, on return the count delivered */
+    kVXSetPosition = 2 /* arg: null; *inout: the position from the start of the stream, in bytes */
 };
 
 /*
- * Reads the document's bytes. The plug-in sets the position at most twice, at the start of a call, and then reads
- * strictly forward in pieces of a few hundred bytes at most.
+ * Reads the document's bytes. The plug-in sets the position at most twice, at the start of a call, and then
+ * reads strictly forward in pieces of a few hundred bytes at most.
  *
  *   reader  the record's reader, unchanged
  *   arg     destination of at least *inout bytes; the host writes there during the call only
  *   inout   see op; never null
  *
- * Failure of a read is a smaller count; 0, or less, is the end of the data. The value returned is ignored, and a
- * position that cannot be reached shows in the reads that follow.
+ * Failure of a read is a smaller count; 0, or less, is the end of the data. The value returned is ignored,
+ * and a position that cannot be reached shows in the reads that follow.
  */
 typedef int32_t (*StreamReadProc)(StreamReader *reader, int32_t op, void *arg, int32_t *inout);
 
-/* Put it first in a record of your own: the plug-in passes its address back and looks no further than read. */
+/* Put it first in a record of your own: the plug-in passes its address back, and looks at read alone. */
 struct StreamReader {
     StreamReadProc read; /* the rest is the host's */
 };
@@ -88,8 +87,8 @@ typedef void (*ProgressProc)(int32_t bytesRead, int32_t totalBytes);
 /*
  * Where all heap memory of the plug-in comes from.
  *
- *   allocate  size > 0 bytes, aligned for any object; null where there is none, which ends the parse with a result
- *             code and never with a crash. Need not clear the block
+ *   allocate  size > 0 bytes, aligned for any object; null where there is none, which ends the parse with a
+ *             result code and never with a crash. Need not clear the block
  *   release   a block that allocate gave in the same call; never null
  *   refcon    passed to both, for the host
  *
@@ -104,7 +103,8 @@ typedef struct MemoryProcs {
 /*
  * A problem that does not end the parse by itself; a host may show it, or collect it.
  *
- *   title       length byte, then that many characters, from string list 16000 (Toolbox.h); valid during the call
+ *   title       length byte, then that many characters, from string list 16000 (Toolbox.h); valid during the
+ *               call
  *   message     the same
  *   titleEmpty  1 if the title's length is 0, else 0
  *
@@ -119,12 +119,11 @@ typedef struct HostCallRecord {
     StreamReader *reader;
     int32_t streamLength; /* bytes in the stream, 0 or more */
     /*
-     * out: left, bottom, right, top in points, 16.16, as the header gives them: right may lie left of left. Written
-     * when kVXCanRead or kVXStreamInfo succeed, else left as it was.
+     * out: left, bottom, right, top in points, 16.16, as the header gives them: right may lie left of left.
+     * Written when kVXCanRead or kVXStreamInfo succeed, else left as it was.
      */
     Fixed boundingBox[4];
-    uint8_t
-        monochrome; /* out, with boundingBox: 1 if the header calls the document black and white, else 0 */
+    uint8_t monochrome;    /* out, with boundingBox: 1 if the header says black and white, else 0 */
     uint8_t warningsOff;   /* not 0: only the question about a missing font is reported, the rest is silent */
     uint8_t reserved26[2]; /* never looked at */
     void *drawing;         /* the first argument of all procedures of the table; not null */

@@ -2,22 +2,23 @@
  * The rendering procedure table: every drawing operator of a document becomes calls on it.
  *
  * The host fills one ZRKProcs and hands it over in HostCallRecord.procs. The table is an array of untyped
- * procedures; each entry that the plug-in calls has its type below, and must be called and defined by that type.
+ * procedures; each entry that the plug-in calls has its type below, and must be called and defined by that
+ * type.
  *
  * The imaging model is that of PostScript. A graphics state holds the path, clip, matrix, colour, overprint
  * and line attributes; gsave and grestore push and pop all of it; a surplus grestore is ignored. A parse
- * starts with: no path, the clip open, the identity matrix, black, no overprint, width 1, butt caps, mitre joins,
- * limit 10, solid lines. Fill and stroke consume the current path, clip keeps it; inside is by the non-zero
- * winding rule. Coordinates are in user space, points of 1/72 inch with y upward, in 16.16.
+ * starts with: no path, the clip open, the identity matrix, black, no overprint, width 1, butt caps, mitre
+ * joins, limit 10, solid lines. Fill and stroke consume the current path, clip keeps it; inside is by the
+ * non-zero winding rule. Coordinates are in user space, points of 1/72 inch with y upward, in 16.16.
  *
  * In every procedure:
  *
  *   drawing  HostCallRecord.drawing of this call, unchanged
  *
  * Pointer arguments are never null, belong to the plug-in and are valid during the call only. No procedure
- * returns anything: a host that fails remembers it in its drawing. Values are the document's and may lie outside
- * any sensible range: a host checks what it needs. A procedure must return to the plug-in: it may not throw or
- * jump past it, or what the plug-in has allocated is lost.
+ * returns anything: a host that fails remembers it in its drawing. Values are the document's and may lie
+ * outside any sensible range: a host checks what it needs. A procedure must return to the plug-in: it may not
+ * throw or jump past it, or what the plug-in has allocated is lost.
  */
 #ifndef VX_PROCS_H
 #define VX_PROCS_H
@@ -51,12 +52,12 @@ enum {
     kZRKSetCMYKColor = 27,      /* ZRKSetCMYKColorProc */
     kZRKSetOverprint = 33,      /* ZRKSetIntegerProc: 1 on, 0 off; comes before the colour that it is for */
     kZRKFill = 36,              /* ZRKPathProc: fill the path and forget it; open subpaths are closed */
-    kZRKEntry37 = 37,  /* ZRKPathProc: a painting entry, never called, but replaced in hidden layers */
-    kZRKStroke = 38,   /* ZRKPathProc: stroke the path and forget it */
-    kZRKImage = 39,    /* ZRKImageProc: never called, but replaced in hidden layers */
-    kZRKShow = 40,     /* ZRKShowProc */
-    kZRKComment = 41,  /* ZRKCommentProc */
-    kZRKProcCount = 42 /* how many entries a table has at least */
+    kZRKEntry37 = 37,           /* ZRKPathProc: painting; never called, but replaced in hidden layers */
+    kZRKStroke = 38,            /* ZRKPathProc: stroke the path and forget it */
+    kZRKImage = 39,             /* ZRKImageProc: never called, but replaced in hidden layers */
+    kZRKShow = 40,              /* ZRKShowProc */
+    kZRKComment = 41,           /* ZRKCommentProc */
+    kZRKProcCount = 42          /* how many entries a table has at least */
 };
 
 /* ZRKProcs.version. A table with any other version is refused. */
@@ -66,9 +67,9 @@ enum { kZRKProcsVersion = 1 };
 typedef void (*ZRKProc)(void);
 
 /*
- * The table. It belongs to the host and must stay in place, and writable, during the call: while a hidden layer is
- * read the plug-in puts procedures of its own in entries 36 to 40, and it puts the host's back before main
- * returns, on every path. Two calls that run at the same time therefore need a table each.
+ * The table. It belongs to the host and must stay in place, and writable, during the call: while a hidden
+ * layer is read the plug-in puts procedures of its own in entries 36 to 40, and it puts the host's back
+ * before main returns, on every path. Two calls that run at the same time therefore need a table each.
  *
  * A host may append entries of its own after the 42 and say so in count; the plug-in does not look at them.
  */
@@ -112,21 +113,21 @@ typedef void (*ZRKSetFixedProc)(void *drawing, Fixed value);
  *
  *   phase   where in the pattern a stroke starts; user space, 16.16
  *   count   0 to 256; 0 means a solid line
- *   values  count lengths, on and off in turn; user space, 16.16; valid during the call only. With count 0 there
- *           is nothing to read behind it
+ *   values  count lengths, on and off in turn; user space, 16.16; valid during the call only. With count 0
+ *           there is nothing to read behind it
  *
  * Cannot fail: a host that cannot dash draws solid. Lengths below 0, or all of them 0, are possible.
  */
 typedef void (*ZRKSetDashProc)(void *drawing, Fixed phase, int32_t count, const Fixed *values);
 
-/* setlinecap, setlinejoin, setoverprint: one integer. A cap or join that the host does not know changes nothing. */
+/* setlinecap, setlinejoin, setoverprint: one integer. An unknown cap or join changes nothing. */
 typedef void (*ZRKSetIntegerProc)(void *drawing, int32_t value);
 
 /*
  * Sets the colour of later fills, strokes and text to amounts of ink, 0 none to 1.0 full, 16.16.
  *
- * With overprint on, a component of 0 leaves that ink of the page as it is, and a gray (kZRKSetGray) touches black
- * alone. With it off, each paint replaces all four inks.
+ * With overprint on, a component of 0 leaves that ink of the page as it is, and a gray (kZRKSetGray) touches
+ * black alone. With it off, each paint replaces all four inks.
  */
 typedef void (*ZRKSetCMYKColorProc)(void *drawing, Fixed cyan, Fixed magenta, Fixed yellow, Fixed black);
 
@@ -136,8 +137,8 @@ typedef void (*ZRKSetCMYKColorProc)(void *drawing, Fixed cyan, Fixed magenta, Fi
  *   first  the first record of a chain of one or more
  *   mode   kZRKShowFill, kZRKShowStroke, kZRKShowClip, added up
  *
- * The point where the text ends is remembered by the host for kZRKContinue and kZRKMoveBy; it is not part of the
- * graphics state. Cannot fail: a font that is missing is replaced, or the text is left out.
+ * The point where the text ends is remembered by the host for kZRKContinue and kZRKMoveBy; it is not part of
+ * the graphics state. Cannot fail: a font that is missing is replaced, or the text is left out.
  */
 typedef void (*ZRKShowProc)(void *drawing, const ZRKTextRecord *first, int32_t mode);
 
@@ -148,7 +149,8 @@ typedef void (*ZRKImageProc)(void *drawing);
  * Tells the host something that paints nothing. It may be ignored.
  *
  *   signature  whose comment it is; this plug-in sends kZRKPathComment only
- *   text       length characters, not terminated; "path" says that the path built so far is about to be painted
+ *   text       length characters, not terminated; "path" says that the path built so far is about to be
+ *              painted
  *   length     0 or more
  */
 typedef void (*ZRKCommentProc)(void *drawing, uint32_t signature, const char *text, int32_t length);

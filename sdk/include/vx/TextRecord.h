@@ -2,8 +2,8 @@
  * Text to show: what the show entry of the procedure table receives (ZRKShowProc in Procs.h).
  *
  * One call shows a chain of records in order, linked by next. Records, names, text and spacing belong to the
- * plug-in and are valid during the call only. Fonts are named, never embedded; which font serves a name, and how
- * its bytes become glyphs, is the host's business.
+ * plug-in and are valid during the call only. Fonts are named, never embedded; which font serves a name, and
+ * how its bytes become glyphs, is the host's business.
  */
 #ifndef VX_TEXT_RECORD_H
 #define VX_TEXT_RECORD_H

@@ -5,8 +5,8 @@
  * (link it with -rdynamic, or put them in a shared library that it is linked with). They have no context
  * argument: a host that parses on several threads finds its own state through a thread-local pointer.
  *
- * A string here is a length byte followed by that many characters, at most 255; a buffer for one has 256 bytes.
- * Unless it says otherwise, a function may not keep a pointer that it is given, and cannot fail.
+ * A string here is a length byte followed by that many characters, at most 255; a buffer for one has 256
+ * bytes. Unless it says otherwise, a function may not keep a pointer that it is given, and cannot fail.
  */
 #ifndef VX_TOOLBOX_H
 #define VX_TOOLBOX_H
@@ -51,7 +51,7 @@ enum {
     kVXOrientationSuffixes = 16301 /* up to 2 that tell a direction of writing, none of them empty */
 };
 
-/* Problems, by their place in kVXProblemStrings. The last is asked, the others are told, once a parse each. */
+/* Problems, by their place in kVXProblemStrings. The last is a question; each comes once a parse. */
 enum {
     kVXProblemPattern = 1,    /* a pattern was painted in 50 % gray */
     kVXProblemPostScript = 2, /* embedded PostScript was passed over */
@@ -64,11 +64,11 @@ enum {
  * Gives a resource. Numbers in it are in the machine's byte order.
  *
  *   type, id  kVXStringListType: a 16-bit count, then that many strings
- *             kVXDialogType: the dialog's rectangle as a Rect, then whatever the host likes. The plug-in moves the
- *             rectangle, so the bytes must be writable
+ *             kVXDialogType: the dialog's rectangle as a Rect, then whatever the host likes. The plug-in
+ *             moves the rectangle, so the bytes must be writable
  *
- * The handle stays the host's and valid during the call of main. Null if there is no such resource; then ResError
- * says why.
+ * The handle stays the host's and valid during the call of main. Null if there is no such resource; then
+ * ResError says why.
  */
 Handle GetResource(uint32_t type, int16_t id);
 
@@ -132,7 +132,8 @@ void DebugStr(const uint8_t *string);
  *   FixMul   x * y: the 64-bit product plus 0x8000, shifted right by 16 with its sign
  *   FixDiv   x / y to the nearest, halves away from zero; y may be 0, which gives 0x7FFFFFFF for x >= 0 and
  *            0x80000000 for x < 0
- *   FracMul  the 64-bit product plus 2^29, shifted right by 30 with its sign; a Fract and a Fixed give a Fixed
+ *   FracMul  the 64-bit product plus 2^29, shifted right by 30 with its sign; a Fract and a Fixed give a
+ *            Fixed
  *   Fix2X    x as a double, exactly
  *   X2Fix    to the nearest, halves away from zero; not-a-number is 0
  *
@@ -151,7 +152,8 @@ int32_t GetEnvirons(int16_t selector);
 /*
  * The fonts that a document may name. The list may not change during a call of main.
  *
- * How many there are, 0 or more. With none a parse succeeds and draws nothing, so that a host always lists one.
+ * How many there are, 0 or more. With none a parse succeeds and draws nothing, so that a host always lists
+ * one.
  */
 int32_t UNIXNumFonts(void);
 

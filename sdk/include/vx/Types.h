@@ -1,10 +1,10 @@
 /*
  * Numbers, points and matrices that cross the boundary between a host and the plug-in.
  *
- * The headers of this folder are all that a host needs. They are C99 and C++, include nothing but the C library,
- * and give every scalar an exact width. Records list their fields in a fixed order with natural alignment;
- * byte order is the machine's own. The assertions at the end of each header prove the layout for pointers of
- * 32 and of 64 bits, so that a host in another language may copy the offsets from there.
+ * The headers of this folder are all that a host needs. They are C99 and C++, include nothing but the C
+ * library, and give every scalar an exact width. Records list their fields in a fixed order with natural
+ * alignment; byte order is the machine's own. The assertions at the end of each header prove the layout for
+ * pointers of 32 and of 64 bits, so that a host in another language may copy the offsets from there.
  *
  * Where to start: HostCall.h has the one entry point, Procs.h the drawing calls that a host receives,
  * Toolbox.h the functions that a host must export.
@@ -46,8 +46,8 @@ typedef struct FixedMatrix {
 #endif
 
 /*
- * Proofs about the layout, checked while compiling. VX_ASSERT_OFFSET takes the offset with 32-bit pointers and
- * the one with 64-bit pointers, VX_ASSERT_SIZE likewise the two sizes.
+ * Proofs about the layout, checked while compiling. VX_ASSERT_OFFSET takes the offset with 32-bit pointers
+ * and the one with 64-bit pointers, VX_ASSERT_SIZE likewise the two sizes.
  */
 #if defined(__cplusplus)
 #define VX_STATIC_ASSERT(name, truth) static_assert(truth, #name)
@@ -57,12 +57,12 @@ typedef struct FixedMatrix {
 #define VX_STATIC_ASSERT(name, truth) typedef char VXAssert_##name[(truth) ? 1 : -1]
 #endif
 
+#define VX_BY_POINTER(value, with32, with64)                                                                 \
+    ((sizeof(void *) == 4 && (value) == (with32)) || (sizeof(void *) == 8 && (value) == (with64)))
 #define VX_ASSERT_OFFSET(record, field, with32, with64)                                                      \
-    VX_STATIC_ASSERT(record##_##field,                                                                       \
-                     offsetof(record, field) == (sizeof(void *) == 4 ? (size_t)(with32) : (size_t)(with64)))
+    VX_STATIC_ASSERT(record##_##field, VX_BY_POINTER(offsetof(record, field), with32, with64))
 #define VX_ASSERT_SIZE(record, with32, with64)                                                               \
-    VX_STATIC_ASSERT(record##_size,                                                                          \
-                     sizeof(record) == (sizeof(void *) == 4 ? (size_t)(with32) : (size_t)(with64)))
+    VX_STATIC_ASSERT(record##_size, VX_BY_POINTER(sizeof(record), with32, with64))
 
 VX_STATIC_ASSERT(PointerWidth, sizeof(void *) == 4 || sizeof(void *) == 8);
 VX_STATIC_ASSERT(ProcedureWidth, sizeof(void (*)(void)) == sizeof(void *));
