@@ -1,0 +1,69 @@
+// Paths as straight lines in sample space.
+//
+// A curve becomes lines that stay within a fifth of a sample of it, whatever the zoom, and the same points
+// whether it is walked from its start or from its end.
+#pragma once
+
+#include "devices/raster/Samples.h"
+
+namespace vxhost::raster
+{
+
+// Largest distance between a curve and its lines, in samples.
+constexpr double kFlatness = 0.2;
+
+// Lines a curve at most. A curve that needs more is a thousand times larger than the page.
+constexpr int kMaxCurveLines = 4096;
+
+struct CurvePoints {
+    Point p0, p1, p2, p3;
+    int Lines() const;
+    Point At(double t) const;
+};
+
+// Calls sink.Move(p), Line(p), Smooth(p) and Close(); Smooth is a line to a point in the middle of a curve.
+// A curve that stays outside of bounds grown by reach is given as the line to its end.
+template <class Sink>
+void Flatten(const Path &path, const Matrix &toSamples, const Bounds &bounds, double reach, Sink &&sink)
+{
+    auto map = [&](const Point &p) {
+        const Point q = toSamples.Map(p);
+        return Point{ClampFar(q.x), ClampFar(q.y)};
+    };
+    const Point *next = path.points.data();
+    Point current = map({0, 0});
+    for (const Verb verb : path.verbs) {
+        switch (verb) {
+        case Verb::Move:
+            current = map(*next++);
+            sink.Move(current);
+            break;
+        case Verb::Line:
+            current = map(*next++);
+            sink.Line(current);
+            break;
+        case Verb::Curve: {
+            const CurvePoints curve = {current, map(next[0]), map(next[1]), map(next[2])};
+            next += 3;
+            Extent extent;
+            for (const Point p : {curve.p0, curve.p1, curve.p2, curve.p3})
+                extent.Add(p);
+            const int lines = extent.Misses(bounds, reach) ? 1 : curve.Lines();
+            const double step = 1.0 / lines;
+            for (int i = 1; i < lines; ++i)
+                sink.Smooth(curve.At(i * step));
+            current = curve.p3;
+            sink.Line(current);
+            break;
+        }
+        case Verb::Close:
+            sink.Close();
+            break;
+        }
+    }
+}
+
+// Around every point of the path, the control points of curves among them.
+Extent FindExtent(const Path &path, const Matrix &toSamples);
+
+} // namespace vxhost::raster

@@ -1,0 +1,198 @@
+// A split pixel is marked by a bit beside the pixels, not in them, so that runs of whole pixels are plain
+// words and 64 of them are tested at once.
+#include "devices/raster/InkBuffer.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace vxhost::raster
+{
+
+namespace
+{
+
+constexpr int kBandRows = 64;
+constexpr uint32_t kChunkBlocks = 256; // blocks are allocated this many at a time
+
+// For four bits of a mask, the lowest first, all ones where a bit is set.
+constexpr auto kFourSamples = [] {
+    struct {
+        InkWord table[16][4] = {};
+        constexpr const InkWord *operator[](size_t bits) const { return table[bits]; }
+    } four;
+    for (unsigned bits = 0; bits < 16; ++bits) {
+        for (unsigned i = 0; i < 4; ++i)
+            four.table[bits][i] = (bits >> i & 1) != 0 ? ~InkWord{0} : 0;
+    }
+    return four;
+}();
+
+} // namespace
+
+struct Band {
+    std::vector<InkWord> pixels;   // ink, or the number of a block where split
+    std::vector<uint64_t> split;   // one bit a pixel
+    std::vector<uint64_t> painted; // one bit a pixel, for those not split; empty when not tracked
+    std::vector<std::unique_ptr<InkWord[]>> chunks;
+    uint32_t blocks = 0;              // handed out so far
+    std::vector<uint32_t> freeBlocks; // beside the blocks, not in them: those are far from any cache
+
+    InkWord *Block(uint32_t number, size_t blockWords) const
+    {
+        return chunks[number / kChunkBlocks].get() + (number % kChunkBlocks) * blockWords;
+    }
+};
+
+InkBuffer::InkBuffer(int width, int height, int samples, bool tracked, MemoryCap *budget)
+    : width_(width), height_(height), samples_(samples), tracked_(tracked),
+      fullMask_(samples == 8 ? ~uint64_t{0} : (uint64_t{1} << (samples * samples)) - 1),
+      samplesPerBlock_(static_cast<size_t>(samples * samples)),
+      blockWords_(samplesPerBlock_ + (tracked ? 2 : 0)), bitWords_((static_cast<size_t>(width) + 63) / 64),
+      budget_(budget), bands_((static_cast<size_t>(height) + kBandRows - 1) / kBandRows)
+{
+}
+
+InkBuffer::~InkBuffer() = default;
+
+bool InkBuffer::SelectRow(int y)
+{
+    std::unique_ptr<Band> &band = bands_[static_cast<size_t>(y / kBandRows)];
+    if (band == nullptr) {
+        const auto rows = static_cast<size_t>(std::min(kBandRows, height_ - y / kBandRows * kBandRows));
+        const size_t pixels = rows * static_cast<size_t>(width_);
+        const size_t words = rows * bitWords_;
+        if (!budget_->Take(pixels * sizeof(InkWord) + words * sizeof(uint64_t) * (tracked_ ? 2 : 1)))
+            return false;
+        band = std::make_unique<Band>();
+        band->pixels.assign(pixels, 0);
+        band->split.assign(words, 0);
+        if (tracked_)
+            band->painted.assign(words, 0);
+    }
+    const auto row = static_cast<size_t>(y % kBandRows);
+    band_ = band.get();
+    pixels_ = band->pixels.data() + row * static_cast<size_t>(width_);
+    split_ = band->split.data() + row * bitWords_;
+    painted_ = tracked_ ? band->painted.data() + row * bitWords_ : nullptr;
+    return true;
+}
+
+void InkBuffer::PaintWhole(int left, int right, const Ink &ink)
+{
+    for (int x = left; x < right;) {
+        const int end = std::min(right, (x | 63) + 1);
+        const uint64_t bits = (~uint64_t{0} >> (64 - (end - x))) << (x & 63);
+        const size_t word = static_cast<size_t>(x >> 6);
+
+        const uint64_t split = split_[word] & bits;
+        for (uint64_t rest = split; rest != 0; rest &= rest - 1) {
+            const int at = (x & ~63) + std::countr_zero(rest);
+            if (ink.keep == 0) {
+                band_->freeBlocks.push_back(pixels_[at]); // the whole pixel has one ink again
+            } else {
+                InkWord *block = band_->Block(pixels_[at], blockWords_);
+                for (size_t i = 0; i < samplesPerBlock_; ++i)
+                    block[i] = ink.Over(block[i]);
+                if (tracked_)
+                    block[samplesPerBlock_] = block[samplesPerBlock_ + 1] = UINT32_MAX;
+            }
+        }
+        if (ink.keep == 0) {
+            split_[word] &= ~bits;
+            std::fill(pixels_ + x, pixels_ + end, ink.value);
+        } else {
+            for (int at = x; at < end; ++at) {
+                if (((split >> (at & 63)) & 1) == 0)
+                    pixels_[at] = ink.Over(pixels_[at]);
+            }
+        }
+        if (tracked_)
+            painted_[word] |= bits;
+        x = end;
+    }
+}
+
+void InkBuffer::PaintPart(int x, uint64_t mask, const Ink &ink)
+{
+    InkWord &pixel = pixels_[x];
+    const size_t word = static_cast<size_t>(x >> 6);
+    const uint64_t bit = uint64_t{1} << (x & 63);
+    InkWord *block;
+    if ((split_[word] & bit) != 0) {
+        block = band_->Block(pixel, blockWords_);
+    } else {
+        const bool painted = !tracked_ || (painted_[word] & bit) != 0;
+        if (painted && ink.Over(pixel) == pixel)
+            return;
+        uint32_t number = 0;
+        block = TakeBlock(&number);
+        if (block == nullptr)
+            return;
+        std::fill_n(block, samplesPerBlock_, pixel);
+        if (tracked_)
+            block[samplesPerBlock_] = block[samplesPerBlock_ + 1] = painted ? UINT32_MAX : 0;
+        pixel = number;
+        split_[word] |= bit;
+    }
+    // Four samples at a time, since that is one machine instruction each: a partly painted pixel has at
+    // least four.
+    const InkWord value = ink.value, replace = ~ink.keep;
+    uint64_t rest = mask;
+    for (InkWord *four = block; rest != 0; four += 4, rest >>= 4) {
+        const InkWord *chosen = kFourSamples[rest & 15];
+        for (int i = 0; i < 4; ++i)
+            four[i] = (four[i] & ~(chosen[i] & replace)) | (chosen[i] & value);
+    }
+    if (tracked_) {
+        block[samplesPerBlock_] |= static_cast<uint32_t>(mask);
+        block[samplesPerBlock_ + 1] |= static_cast<uint32_t>(mask >> 32);
+    }
+}
+
+// Null when memory has run out.
+InkWord *InkBuffer::TakeBlock(uint32_t *number)
+{
+    if (!band_->freeBlocks.empty()) {
+        *number = band_->freeBlocks.back();
+        band_->freeBlocks.pop_back();
+        return band_->Block(*number, blockWords_);
+    }
+    if (band_->blocks % kChunkBlocks == 0) {
+        const size_t words = kChunkBlocks * blockWords_;
+        if (!budget_->Take(words * sizeof(InkWord) + kChunkBlocks * sizeof(uint32_t)))
+            return nullptr;
+        band_->chunks.push_back(std::make_unique_for_overwrite<InkWord[]>(words));
+    }
+    *number = band_->blocks++;
+    return band_->Block(*number, blockWords_);
+}
+
+InkBuffer::Row InkBuffer::ReadRow(int y) const
+{
+    Row row;
+    const Band *band = bands_[static_cast<size_t>(y / kBandRows)].get();
+    if (band == nullptr)
+        return row;
+    const auto inBand = static_cast<size_t>(y % kBandRows);
+    row.pixels_ = band->pixels.data() + inBand * static_cast<size_t>(width_);
+    row.split_ = band->split.data() + inBand * bitWords_;
+    row.painted_ = tracked_ ? band->painted.data() + inBand * bitWords_ : nullptr;
+    row.buffer_ = this;
+    row.band_ = band;
+    return row;
+}
+
+std::span<const InkWord> InkBuffer::Row::Samples(int x) const
+{
+    return {band_->Block(pixels_[x], buffer_->blockWords_), buffer_->samplesPerBlock_};
+}
+
+uint64_t InkBuffer::Row::PaintedSamples(int x) const
+{
+    const InkWord *painted = band_->Block(pixels_[x], buffer_->blockWords_) + buffer_->samplesPerBlock_;
+    if (painted_ == nullptr)
+        return buffer_->fullMask_;
+    return (painted[0] | uint64_t{painted[1]} << 32) & buffer_->fullMask_;
+}
+
+} // namespace vxhost::raster

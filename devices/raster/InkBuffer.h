@@ -1,0 +1,103 @@
+// The picture in inks: 8 bits each of cyan, magenta, yellow and black.
+//
+// A pixel that no edge crosses is one word. A pixel on an edge has N × N samples of its own in a block that
+// its word names, until something covers the whole pixel again. Bands of rows come into being when they are
+// first painted.
+#pragma once
+
+#include "devices/raster/MemoryCap.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace vxhost::raster
+{
+
+// Four inks in one word: cyan in the lowest byte, black in the highest. 0 is paper.
+using InkWord = uint32_t;
+
+// What one paint does to a sample: the inks in keep stay, the others become those of value.
+struct Ink {
+    InkWord value = 0;
+    InkWord keep = 0;
+    InkWord Over(InkWord below) const { return (below & keep) | value; } // value has nothing in kept inks
+};
+
+struct Band; // 64 rows
+
+class InkBuffer
+{
+  public:
+    // samples: a side of a pixel, 1 to 8. tracked: the buffer also knows which samples were painted at all.
+    InkBuffer(int width, int height, int samples, bool tracked, MemoryCap *budget);
+    ~InkBuffer();
+    InkBuffer(const InkBuffer &) = delete;
+    InkBuffer &operator=(const InkBuffer &) = delete;
+
+    // The row that Paint is for. False when there is no memory left for it: then nothing can be painted
+    // there.
+    bool SelectRow(int y);
+
+    // Paints the pixels left ≤ x < right of the selected row: the samples of mask in each of them. Bit r · N
+    // + c of a mask is the sample in row r and column c of the pixel.
+    void Paint(int left, int right, uint64_t mask, const Ink &ink)
+    {
+        if (mask == fullMask_)
+            PaintWhole(left, right, ink);
+        else
+            for (int x = left; x < right; ++x)
+                PaintPart(x, mask, ink);
+    }
+
+    int Width() const { return width_; }
+    int Height() const { return height_; }
+    int Samples() const { return samples_; }
+
+    // A row as it stands, for reading.
+    class Row
+    {
+      public:
+        bool IsBlank() const { return pixels_ == nullptr; } // nothing was ever painted near it
+        bool IsSplit(int x) const { return TestBit(split_, x); }
+        InkWord Pixel(int x) const { return pixels_[x]; } // of a pixel that is not split
+        bool IsPainted(int x) const { return painted_ == nullptr || TestBit(painted_, x); } // likewise
+        std::span<const InkWord> Samples(int x) const;
+        uint64_t PaintedSamples(int x) const;
+
+      private:
+        friend class InkBuffer;
+        static bool TestBit(const uint64_t *bits, int x) { return ((bits[x >> 6] >> (x & 63)) & 1) != 0; }
+
+        const InkWord *pixels_ = nullptr;
+        const uint64_t *split_ = nullptr;
+        const uint64_t *painted_ = nullptr;
+        const InkBuffer *buffer_ = nullptr;
+        const Band *band_ = nullptr;
+    };
+    Row ReadRow(int y) const;
+
+  private:
+    InkWord *TakeBlock(uint32_t *number);
+    void PaintWhole(int left, int right, const Ink &ink);
+    void PaintPart(int x, uint64_t mask, const Ink &ink);
+
+    const int width_, height_, samples_;
+    const bool tracked_;
+    const uint64_t fullMask_;
+    const size_t samplesPerBlock_;
+    const size_t blockWords_; // the samples, then two words of painted bits where those are tracked
+    const size_t bitWords_;   // of one row
+    MemoryCap *const budget_;
+    std::vector<std::unique_ptr<Band>> bands_;
+
+    // The selected row.
+    Band *band_ = nullptr;
+    InkWord *pixels_ = nullptr;
+    uint64_t *split_ = nullptr;
+    uint64_t *painted_ = nullptr; // null when not tracked
+};
+
+} // namespace vxhost::raster

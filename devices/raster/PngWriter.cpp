@@ -1,0 +1,144 @@
+// libpng reports an error by a jump. What may jump stands in functions of its own that hold nothing to
+// destroy, right below their setjmp.
+#include "devices/raster/PngWriter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <csetjmp>
+#include <png.h>
+#include <utility>
+
+namespace vxhost::raster
+{
+
+namespace
+{
+
+// Drawings are flat: a quick search finds what repeats. See RasterBench for what a higher level would cost.
+constexpr int kCompressionLevel = 4;
+constexpr int kFilter = PNG_FILTER_SUB;
+
+constexpr size_t kMaxTitle = 1000; // bytes
+
+// At most that many bytes of UTF-8, in whole characters.
+std::string CutText(const std::string &text, size_t most)
+{
+    if (text.size() <= most)
+        return text;
+    while (most > 0 && (static_cast<uint8_t>(text[most]) & 0xC0) == 0x80)
+        --most;
+    return text.substr(0, most);
+}
+
+} // namespace
+
+struct PngWriter::State {
+    png_structp png = nullptr;
+    png_infop info = nullptr;
+    PngHeader header;
+    ByteSink sink;
+    std::string error;
+
+    ~State() { png_destroy_write_struct(&png, &info); }
+
+    bool Start();
+    bool Row(const uint8_t *row);
+    bool Finish();
+
+    static void WriteBytes(png_structp png, png_bytep bytes, size_t count)
+    {
+        auto *state = static_cast<State *>(png_get_io_ptr(png));
+        state->error = state->sink(std::as_bytes(std::span(bytes, count)));
+        if (!state->error.empty())
+            png_error(png, "");
+    }
+    static void Flush(png_structp) {}
+    static void Fail(png_structp png, png_const_charp message)
+    {
+        auto *state = static_cast<State *>(png_get_error_ptr(png));
+        if (state->error.empty())
+            state->error = message;
+        png_longjmp(png, 1);
+    }
+    static void Warn(png_structp, png_const_charp) {}
+};
+
+bool PngWriter::State::Start()
+{
+    if (setjmp(png_jmpbuf(png)) != 0)
+        return false;
+    png_set_write_fn(png, this, WriteBytes, Flush);
+    png_set_compression_level(png, kCompressionLevel);
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, kFilter);
+    png_set_IHDR(png, info, static_cast<png_uint_32>(header.width), static_cast<png_uint_32>(header.height),
+                 8, header.alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    png_set_sRGB(png, info, PNG_sRGB_INTENT_RELATIVE);
+    const auto perMetre = [](double perInch) {
+        return static_cast<png_uint_32>(std::min(std::round(perInch / 0.0254), double{PNG_UINT_31_MAX}));
+    };
+    png_set_pHYs(png, info, perMetre(header.pixelsPerInchX), perMetre(header.pixelsPerInchY),
+                 PNG_RESOLUTION_METER);
+
+    char titleKey[] = "Title", profileKey[] = "Press profile";
+    png_text texts[2] = {};
+    int count = 0;
+    texts[count].compression = PNG_ITXT_COMPRESSION_NONE; // UTF-8
+    texts[count].key = profileKey;
+    texts[count++].text = header.profile.data();
+    if (!header.title.empty()) {
+        texts[count].compression = PNG_ITXT_COMPRESSION_NONE;
+        texts[count].key = titleKey;
+        texts[count++].text = header.title.data();
+    }
+    png_set_text(png, info, texts, count);
+    png_write_info(png, info);
+    return true;
+}
+
+bool PngWriter::State::Row(const uint8_t *row)
+{
+    if (setjmp(png_jmpbuf(png)) != 0)
+        return false;
+    png_write_row(png, row);
+    return true;
+}
+
+bool PngWriter::State::Finish()
+{
+    if (setjmp(png_jmpbuf(png)) != 0)
+        return false;
+    png_write_end(png, nullptr);
+    return true;
+}
+
+PngWriter::PngWriter(const PngHeader &header, ByteSink sink) : state_(std::make_unique<State>())
+{
+    state_->header = header;
+    state_->header.title = CutText(header.title, kMaxTitle);
+    state_->sink = std::move(sink);
+    state_->png = png_create_write_struct(PNG_LIBPNG_VER_STRING, state_.get(), State::Fail, State::Warn);
+    if (state_->png != nullptr)
+        state_->info = png_create_info_struct(state_->png);
+    if (state_->info == nullptr)
+        state_->error = "out of memory for the PNG file";
+    else if (!state_->Start() && state_->error.empty())
+        state_->error = "the PNG file cannot be begun";
+}
+
+PngWriter::~PngWriter() = default;
+
+void PngWriter::WriteRow(const uint8_t *row)
+{
+    if (state_->error.empty() && !state_->Row(row) && state_->error.empty())
+        state_->error = "the PNG file cannot be continued";
+}
+
+std::string PngWriter::End()
+{
+    if (state_->error.empty() && !state_->Finish() && state_->error.empty())
+        state_->error = "the PNG file cannot be completed";
+    return state_->error;
+}
+
+} // namespace vxhost::raster

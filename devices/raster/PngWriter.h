@@ -1,0 +1,37 @@
+// Writes a PNG file row by row: 8 bits, RGB or RGBA, sRGB, with its resolution.
+#pragma once
+
+#include "devices/raster/RasterDevice.h"
+
+#include <memory>
+#include <string>
+
+namespace vxhost::raster
+{
+
+struct PngHeader {
+    int width = 1, height = 1;
+    bool alpha = false;
+    double pixelsPerInchX = 72, pixelsPerInchY = 72;
+    std::string title;   // UTF-8, may be empty
+    std::string profile; // what the colours were made with
+};
+
+// Rows come from the top, then End. After a failure the rest is ignored; End says what failed.
+class PngWriter
+{
+  public:
+    PngWriter(const PngHeader &header, ByteSink sink);
+    ~PngWriter();
+    PngWriter(const PngWriter &) = delete;
+    PngWriter &operator=(const PngWriter &) = delete;
+
+    void WriteRow(const uint8_t *row);
+    std::string End();
+
+  private:
+    struct State;
+    std::unique_ptr<State> state_;
+};
+
+} // namespace vxhost::raster

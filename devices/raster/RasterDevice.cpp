@@ -1,0 +1,353 @@
+// The device only brings the parts together: a path is flattened and, for a stroke, outlined into the
+// scanner; the painter lays the scanner's rows into the ink buffer where the clip allows; at the end rows
+// are mixed and handed out.
+#include "devices/raster/RasterDevice.h"
+
+#include "devices/raster/Clip.h"
+#include "devices/raster/Dasher.h"
+#include "devices/raster/Flatten.h"
+#include "devices/raster/InkBuffer.h"
+#include "devices/raster/Painter.h"
+#include "devices/raster/PngWriter.h"
+#include "devices/raster/RowMixer.h"
+#include "devices/raster/ScreenColours.h"
+#include "devices/raster/Stroker.h"
+
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace vxhost
+{
+
+using namespace raster;
+
+namespace
+{
+
+// Of the memory that a picture may hold, the part that the edges of one shape may take.
+constexpr uint64_t kEdgeShare = 4;
+
+// A stroke is painted in parts of about this many edges: its parts may overlap, since they have one ink.
+constexpr size_t kStrokeEdges = 1u << 16;
+
+Ink FindInk(const Paint &paint, bool simulateOverprint)
+{
+    const auto amount = [](double level) {
+        return static_cast<InkWord>(std::lround(std::clamp(level, 0.0, 1.0) * 255));
+    };
+    const bool overprint = paint.overprint && simulateOverprint;
+    constexpr InkWord kAllButBlack = 0x00FFFFFF;
+    if (paint.colour.space == ColourSpace::Gray)
+        return {amount(1 - paint.colour.ink[0]) << 24, overprint ? kAllButBlack : 0};
+    Ink ink;
+    for (int i = 0; i < 4; ++i) {
+        if (overprint && paint.colour.ink[i] == 0)
+            ink.keep |= InkWord{0xFF} << (8 * i);
+        else
+            ink.value |= amount(paint.colour.ink[i]) << (8 * i);
+    }
+    return ink;
+}
+
+// Closes every subpath, as fills and clips do.
+struct FillOutline {
+    Scanner *scanner;
+    Point start, current;
+
+    void Move(Point p)
+    {
+        Close();
+        start = current = p;
+    }
+    void Line(Point p)
+    {
+        scanner->AddEdge(current, p);
+        current = p;
+    }
+    void Smooth(Point p) { Line(p); }
+    void Close()
+    {
+        if (current != start)
+            Line(start);
+    }
+};
+
+// Collects a subpath, then strokes it. A lone Move paints nothing.
+template <class Finish>
+struct StrokeLines {
+    std::vector<StrokePoint> *points;
+    Finish finish; // of points, whether closed
+    bool drawn = false;
+
+    void Move(Point p)
+    {
+        End();
+        points->push_back({p, false});
+    }
+    void Line(Point p) { Add(p, false); }
+    void Smooth(Point p) { Add(p, true); }
+    void Add(Point p, bool smooth)
+    {
+        points->push_back({p, smooth});
+        drawn = true;
+    }
+    void Close()
+    {
+        if (points->empty())
+            return;
+        const Point start = points->front().at;
+        finish(true);
+        points->clear();
+        points->push_back({start, false});
+        drawn = false;
+    }
+    void End()
+    {
+        if (drawn)
+            finish(false);
+        points->clear();
+        drawn = false;
+    }
+};
+
+class RasterDevice : public Device
+{
+  public:
+    RasterDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours)
+        : options_(options), budget_(options.memoryLimit), colours_(std::move(colours))
+    {
+    }
+
+    void BeginPage(const Page &page) override
+    {
+        page_ = page;
+        size_ = FindPictureSize(page.box, options_);
+        error_ = size_.error;
+        clips_.Reset({}); // before the budget, to which masks give back
+        buffer_.reset();
+        budget_ = MemoryCap(options_.memoryLimit);
+        if (!error_.empty())
+            return;
+        const int n = options_.samples;
+        const double scaleX = size_.width * n / page.box.Width();
+        const double scaleY = size_.height * n / page.box.Height();
+        toSamples_ = {scaleX, 0, 0, -scaleY, -page.box.left * scaleX, page.box.top * scaleY};
+        clips_.Reset({0, 0, size_.width * n, size_.height * n});
+        buffer_ = std::make_unique<InkBuffer>(size_.width, size_.height, n,
+                                              RowMixer::NeedsPainted(options_.background), &budget_);
+    }
+
+    void Save() override { clips_.Save(); }
+    void Restore() override { clips_.Restore(); }
+
+    void ClipPath(const Path &path) override
+    {
+        if (buffer_ == nullptr || clips_.Top().Limits().IsEmpty())
+            return;
+        ScanFill(path);
+        clips_.Replace(clips_.Top().Intersect(&scanner_, &budget_));
+    }
+
+    void FillPath(const Path &path, const Paint &paint) override
+    {
+        const Ink ink = FindInk(paint, options_.overprint);
+        if (!IsSeen(path, 0) || ink.keep == ~InkWord{0})
+            return;
+        ScanFill(path);
+        PaintScanned(ink);
+    }
+
+    void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override
+    {
+        const Ink ink = FindInk(paint, options_.overprint);
+        const Bounds &limits = clips_.Top().Limits();
+        const Matrix userToSamples = UserToSamples(style.matrix);
+        stroker_.Begin(style, userToSamples, options_.samples, &scanner_);
+        const double reach = stroker_.Reach();
+        if (!IsSeen(path, reach) || ink.keep == ~InkWord{0})
+            return;
+        const bool dashed = dasher_.Begin(style, userToSamples, limits, &stroker_);
+        BeginScan();
+        const auto finish = [&](bool closed) {
+            if (dashed)
+                closed ? dasher_.DashClosed(points_) : dasher_.DashOpen(points_);
+            else
+                closed ? stroker_.StrokeClosed(points_) : stroker_.StrokeOpen(points_);
+            if (scanner_.EdgeCount() > kStrokeEdges) {
+                PaintScanned(ink);
+                BeginScan();
+            }
+        };
+        points_.clear();
+        StrokeLines<decltype(finish)> lines{&points_, finish};
+        Flatten(path, toSamples_, limits, reach, lines);
+        lines.End();
+        PaintScanned(ink);
+    }
+
+    std::string EndPage() override
+    {
+        if (error_.empty() && budget_.IsExhausted())
+            error_ = "the picture needs more memory than " + std::to_string(options_.memoryLimit >> 20) +
+                     " MiB: choose a smaller size, fewer samples or a higher limit";
+        if (error_.empty())
+            error_ = WriteRows();
+        buffer_.reset();
+        return error_;
+    }
+
+  protected:
+    virtual std::string WriteRows() = 0;
+
+    const RasterOptions options_;
+    Page page_;
+    PictureSize size_;
+    MemoryCap budget_;
+    std::unique_ptr<ScreenColours> colours_;
+    std::unique_ptr<InkBuffer> buffer_;
+
+  private:
+    bool IsSeen(const Path &path, double reach) const
+    {
+        const Bounds &limits = clips_.Top().Limits();
+        return buffer_ != nullptr && !budget_.IsExhausted() && !limits.IsEmpty() &&
+               !FindExtent(path, toSamples_).Misses(limits, reach);
+    }
+    // Lengths and angles only.
+    Matrix UserToSamples(const Matrix &m) const
+    {
+        return {m.a * toSamples_.a, m.b * toSamples_.d, m.c * toSamples_.a, m.d * toSamples_.d, 0, 0};
+    }
+    void BeginScan() { scanner_.Begin(clips_.Top().Limits(), options_.memoryLimit / kEdgeShare); }
+    void ScanFill(const Path &path)
+    {
+        BeginScan();
+        FillOutline outline{&scanner_, {}, {}};
+        Flatten(path, toSamples_, clips_.Top().Limits(), 0, outline);
+        outline.Close();
+    }
+    void PaintScanned(const Ink &ink)
+    {
+        if (scanner_.IsOverfull())
+            budget_.Fail();
+        else
+            painter_.Paint(&scanner_, clips_.Top(), ink, buffer_.get());
+    }
+
+    std::string error_;
+    Matrix toSamples_;
+    ClipStack clips_;
+    Scanner scanner_;
+    Painter painter_;
+    Stroker stroker_;
+    Dasher dasher_;
+    std::vector<StrokePoint> points_; // of the subpath being stroked
+};
+
+class PngDevice final : public RasterDevice
+{
+  public:
+    PngDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, ByteSink sink)
+        : RasterDevice(options, std::move(colours)), sink_(std::move(sink))
+    {
+    }
+
+  protected:
+    std::string WriteRows() override
+    {
+        PngHeader header;
+        header.width = size_.width;
+        header.height = size_.height;
+        header.alpha = !options_.background;
+        header.pixelsPerInchX = size_.width / page_.box.Width() * 72;
+        header.pixelsPerInchY = size_.height / page_.box.Height() * 72;
+        header.title = page_.title;
+        header.profile = colours_->Describe();
+        PngWriter writer(header, sink_);
+        RowMixer mixer(colours_.get(), options_.background, options_.samples);
+        std::vector<uint8_t> row(static_cast<size_t>(size_.width) *
+                                 static_cast<size_t>(mixer.BytesPerPixel()));
+        for (int y = 0; y < size_.height; ++y) {
+            mixer.Mix(*buffer_, y, row.data());
+            writer.WriteRow(row.data());
+        }
+        return writer.End();
+    }
+
+  private:
+    ByteSink sink_;
+};
+
+class PictureDevice final : public RasterDevice
+{
+  public:
+    PictureDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, Picture *picture)
+        : RasterDevice(options, std::move(colours)), picture_(picture)
+    {
+    }
+
+  protected:
+    std::string WriteRows() override
+    {
+        const size_t rowBytes = static_cast<size_t>(size_.width) * 4;
+        if (!budget_.Take(rowBytes * static_cast<size_t>(size_.height)))
+            return "the picture does not fit into the memory that it may use";
+        picture_->width = size_.width;
+        picture_->height = size_.height;
+        picture_->rgba.assign(rowBytes * static_cast<size_t>(size_.height), 255);
+        RowMixer mixer(colours_.get(), options_.background, options_.samples);
+        std::vector<uint8_t> row(rowBytes);
+        const auto bytes = static_cast<size_t>(mixer.BytesPerPixel());
+        for (int y = 0; y < size_.height; ++y) {
+            mixer.Mix(*buffer_, y, row.data());
+            uint8_t *to = picture_->rgba.data() + static_cast<size_t>(y) * rowBytes;
+            for (size_t x = 0; x < static_cast<size_t>(size_.width); ++x)
+                std::copy_n(row.data() + x * bytes, bytes, to + x * 4);
+        }
+        return {};
+    }
+
+  private:
+    Picture *picture_;
+};
+
+// The colours for these options; null when the options are not possible.
+std::unique_ptr<ScreenColours> CheckOptions(const RasterOptions &options, std::string *error)
+{
+    const int n = options.samples;
+    if (n != 1 && n != 2 && n != 4 && n != 8) {
+        *error = std::to_string(n) + " samples a side are not possible: use 1, 2, 4 or 8";
+        return nullptr;
+    }
+    return ScreenColours::Make(options, error);
+}
+
+} // namespace
+
+ByteSink WriteTo(std::FILE *file)
+{
+    return [file](std::span<const std::byte> bytes) -> std::string {
+        if (std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size())
+            return {};
+        return std::strerror(errno);
+    };
+}
+
+std::unique_ptr<Device> MakePngDevice(const RasterOptions &options, ByteSink sink, std::string *error)
+{
+    auto colours = CheckOptions(options, error);
+    if (colours == nullptr)
+        return nullptr;
+    return std::make_unique<PngDevice>(options, std::move(colours), std::move(sink));
+}
+
+std::unique_ptr<Device> MakePictureDevice(const RasterOptions &options, Picture *picture, std::string *error)
+{
+    auto colours = CheckOptions(options, error);
+    if (colours == nullptr)
+        return nullptr;
+    return std::make_unique<PictureDevice>(options, std::move(colours), picture);
+}
+
+} // namespace vxhost

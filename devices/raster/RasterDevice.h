@@ -1,0 +1,40 @@
+// Pictures: draws a page into pixels, for a PNG file or for a program that wants the pixels themselves.
+//
+// The page is kept in inks until it ends, so overprint is exact; every sample belongs to exactly one shape,
+// so shapes that abut show no seam.
+#pragma once
+
+#include "devices/raster/RasterOptions.h"
+#include "host/drawing/Device.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vxhost
+{
+
+// Takes the next bytes of a file. Returns an empty string, or why they could not be written.
+using ByteSink = std::function<std::string(std::span<const std::byte>)>;
+
+// Writes to the file, which stays the caller's to flush and to close.
+ByteSink WriteTo(std::FILE *file);
+
+// A picture in memory: rows from the top, four bytes a pixel, red, green, blue and alpha, colours not
+// multiplied by it.
+struct Picture {
+    int width = 0, height = 0;
+    std::vector<uint8_t> rgba;
+};
+
+// Null when the options cannot be met (the profile cannot be read, say); error is then one line for a
+// person. The output is complete when EndPage has returned an empty string.
+std::unique_ptr<Device> MakePngDevice(const RasterOptions &options, ByteSink sink, std::string *error);
+std::unique_ptr<Device> MakePictureDevice(const RasterOptions &options, Picture *picture, std::string *error);
+
+} // namespace vxhost

@@ -1,0 +1,63 @@
+// The mean of the samples' colours as the screen shows them: what viewers of such pictures expect of an edge.
+#include "devices/raster/RowMixer.h"
+
+#include <bit>
+
+namespace vxhost::raster
+{
+
+RowMixer::RowMixer(ScreenColours *colours, const std::optional<Rgb> &background, int samples)
+    : colours_(colours), background_(background), samplesPerPixel_(static_cast<unsigned>(samples * samples))
+{
+}
+
+uint8_t *RowMixer::Put(uint8_t *bytes, Rgb rgb, unsigned alpha) const
+{
+    *bytes++ = rgb.r;
+    *bytes++ = rgb.g;
+    *bytes++ = rgb.b;
+    if (!background_)
+        *bytes++ = static_cast<uint8_t>(alpha);
+    return bytes;
+}
+
+void RowMixer::Mix(const InkBuffer &buffer, int y, uint8_t *bytes)
+{
+    const InkBuffer::Row row = buffer.ReadRow(y);
+    const Rgb unpainted = background_.value_or(Rgb{0, 0, 0});
+    for (int x = 0; x < buffer.Width(); ++x) {
+        if (row.IsBlank())
+            bytes = Put(bytes, unpainted, 0);
+        else if (row.IsSplit(x))
+            bytes = MixSamples(row, x, bytes);
+        else if (row.IsPainted(x))
+            bytes = Put(bytes, colours_->Convert(row.Pixel(x)), 255);
+        else
+            bytes = Put(bytes, unpainted, 0);
+    }
+}
+
+uint8_t *RowMixer::MixSamples(const InkBuffer::Row &row, int x, uint8_t *bytes)
+{
+    const std::span<const InkWord> samples = row.Samples(x);
+    uint64_t painted = row.PaintedSamples(x);
+    const auto count = static_cast<unsigned>(std::popcount(painted));
+    unsigned r = 0, g = 0, b = 0;
+    const auto add = [&](Rgb rgb, unsigned times) {
+        r += rgb.r * times;
+        g += rgb.g * times;
+        b += rgb.b * times;
+    };
+    for (; painted != 0; painted &= painted - 1)
+        add(colours_->Convert(samples[static_cast<size_t>(std::countr_zero(painted))]), 1);
+    unsigned parts = count;
+    if (background_) {
+        add(*background_, samplesPerPixel_ - count);
+        parts = samplesPerPixel_;
+    }
+    const auto mean = [&](unsigned sum) { return static_cast<uint8_t>((sum + parts / 2) / parts); };
+    const unsigned alpha = (count * 255 + samplesPerPixel_ / 2) / samplesPerPixel_;
+    return Put(bytes, {mean(r), mean(g), mean(b)}, alpha);
+}
+
+} // namespace vxhost::raster

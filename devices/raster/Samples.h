@@ -1,0 +1,82 @@
+// Sample space, which all of the raster device counts in: N samples a pixel each way, x to the right, y
+// down, the centre of sample i at i + 0.5. What these few records mean is the contract between scanner, clip
+// and ink.
+#pragma once
+
+#include "host/drawing/Path.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace vxhost::raster
+{
+
+// Samples begin ≤ i < end of one row.
+struct Span {
+    int32_t begin;
+    int32_t end;
+    friend bool operator==(const Span &, const Span &) = default;
+};
+
+// Samples left ≤ x < right, top ≤ y < bottom.
+struct Bounds {
+    int32_t left = 0, top = 0, right = 0, bottom = 0;
+    bool IsEmpty() const { return left >= right || top >= bottom; }
+    friend bool operator==(const Bounds &, const Bounds &) = default;
+};
+
+// No coordinate leaves this range, so that neither differences nor their squares overflow. It is far beyond
+// any page: what is clamped cannot be seen, but its direction can, which is why the range is not tight.
+constexpr double kFar = 1e12;
+
+inline double ClampFar(double v)
+{
+    return v > -kFar ? std::min(v, kFar) : -kFar; // not a number goes to the far side as well
+}
+
+// The smallest box around points, grown by what is drawn around them.
+struct Extent {
+    double left = kFar, top = kFar, right = -kFar, bottom = -kFar;
+
+    void Add(Point p)
+    {
+        left = std::min(left, p.x);
+        right = std::max(right, p.x);
+        top = std::min(top, p.y);
+        bottom = std::max(bottom, p.y);
+    }
+    bool Misses(const Bounds &b, double reach) const
+    {
+        return right + reach < b.left || left - reach > b.right || bottom + reach < b.top ||
+               top - reach > b.bottom;
+    }
+    double Size() const { return std::max(right - left, bottom - top); }
+};
+
+inline Point operator+(Point a, Point b)
+{
+    return {a.x + b.x, a.y + b.y};
+}
+inline Point operator-(Point a, Point b)
+{
+    return {a.x - b.x, a.y - b.y};
+}
+inline Point operator*(Point a, double f)
+{
+    return {a.x * f, a.y * f};
+}
+inline double Dot(Point a, Point b)
+{
+    return a.x * b.x + a.y * b.y;
+}
+inline double Cross(Point a, Point b)
+{
+    return a.x * b.y - a.y * b.x;
+}
+inline double Length(Point a)
+{
+    return std::sqrt(Dot(a, a));
+}
+
+} // namespace vxhost::raster

@@ -1,0 +1,138 @@
+// Crossings are counted first and then dropped into place row by row, so nothing is sorted but the few
+// crossings of one row. A shape with very many of them is swept in several turns, so that memory follows its
+// edges, not their height.
+#include "devices/raster/Scanner.h"
+
+namespace vxhost::raster
+{
+
+namespace
+{
+
+constexpr uint32_t kMaxCrossings = 1u << 20; // collected in one turn, unless a single row has more
+
+// Points that were computed along two ways differ in their last bits, and must be one point all the same:
+// they are rounded to 1/65536 of a sample. Adding this leaves no room for the bits below; taking it away
+// again brings the rest back.
+constexpr double kRounder = 1.5 * (uint64_t{1} << 36);
+
+double Snap(double v)
+{
+    return (v + kRounder) - kRounder;
+}
+
+// The first row or column whose centre is not before v, kept within limits.
+int32_t FirstCentre(double v, int32_t low, int32_t high)
+{
+    const double centre = v - 0.5;
+    if (!(centre > low))
+        return low;
+    if (centre >= high)
+        return high;
+    const auto whole = static_cast<int32_t>(centre); // centre is positive here: low is never negative
+    return whole + (centre > whole ? 1 : 0);
+}
+
+void SortCrossings(int32_t *begin, int32_t *end)
+{
+    if (end - begin > 32) {
+        std::sort(begin, end);
+        return;
+    }
+    for (int32_t *next = begin + 1; next < end; ++next) {
+        const int32_t value = *next;
+        int32_t *to = next;
+        for (; to > begin && to[-1] > value; --to)
+            *to = to[-1];
+        *to = value;
+    }
+}
+
+} // namespace
+
+void Scanner::Begin(const Bounds &bounds, uint64_t maxBytes)
+{
+    bounds_ = bounds;
+    maxEdges_ = static_cast<size_t>(maxBytes / sizeof(Edge));
+    edges_.clear();
+    first_ = bounds.bottom;
+    last_ = bounds.top;
+}
+
+void Scanner::AddEdge(Point from, Point to)
+{
+    const double fromY = Snap(from.y), toY = Snap(to.y);
+    const bool up = toY < fromY;
+    const double top = up ? toY : fromY, bottom = up ? fromY : toY;
+    const int32_t begin = FirstCentre(top, bounds_.top, bounds_.bottom);
+    const int32_t end = FirstCentre(bottom, bounds_.top, bounds_.bottom);
+    if (begin >= end || IsOverfull())
+        return;
+    const double fromX = Snap(from.x), toX = Snap(to.x);
+    const double x = up ? toX : fromX;
+    const double slope = ((up ? fromX : toX) - x) / (bottom - top);
+    edges_.push_back({x, top, slope, begin, end, up ? 1 : 0});
+    first_ = std::min(first_, begin);
+    last_ = std::max(last_, end);
+}
+
+int32_t Scanner::CollectRows(int32_t top)
+{
+    // How many edges each row has: the number that begin there less those that ended, summed up.
+    const auto rows = static_cast<size_t>(last_ - top);
+    rowStart_.assign(rows + 1, 0);
+    for (const Edge &edge : edges_) {
+        if (edge.end <= top)
+            continue;
+        ++rowStart_[static_cast<size_t>(std::max(edge.begin, top) - top)];
+        --rowStart_[static_cast<size_t>(edge.end - top)];
+    }
+    uint32_t count = 0, total = 0;
+    size_t taken = 0;
+    for (; taken < rows; ++taken) {
+        count += rowStart_[taken];
+        if (taken > 0 && total + count > kMaxCrossings)
+            break;
+        rowStart_[taken] = total;
+        total += count;
+    }
+    rowStart_[taken] = total;
+    rowFill_.assign(rowStart_.begin(), rowStart_.begin() + static_cast<ptrdiff_t>(taken));
+    if (crossings_.size() < total)
+        crossings_.resize(total);
+
+    const int32_t end = top + static_cast<int32_t>(taken);
+    for (const Edge &edge : edges_) {
+        const int32_t stop = std::min(edge.end, end);
+        for (int32_t y = std::max(edge.begin, top); y < stop; ++y) {
+            const double x = edge.x + (y + 0.5 - edge.y) * edge.slope;
+            const int32_t column = FirstCentre(x, bounds_.left, bounds_.right);
+            crossings_[rowFill_[static_cast<size_t>(y - top)]++] = column * 2 + edge.up;
+        }
+    }
+    return end;
+}
+
+void Scanner::JoinCrossings(int32_t row)
+{
+    int32_t *next = crossings_.data() + rowStart_[static_cast<size_t>(row)];
+    int32_t *const end = crossings_.data() + rowStart_[static_cast<size_t>(row) + 1];
+    SortCrossings(next, end);
+
+    spans_.clear();
+    int32_t winding = 0, begin = 0;
+    for (; next < end; ++next) {
+        const int32_t column = *next >> 1;
+        if (winding == 0)
+            begin = column;
+        winding += (*next & 1) != 0 ? -1 : 1;
+        if (winding != 0 || column == begin)
+            continue;
+        if (!spans_.empty() && spans_.back().end == begin)
+            spans_.back().end = column;
+        else
+            spans_.push_back({begin, column});
+    }
+}
+
+} // namespace vxhost::raster

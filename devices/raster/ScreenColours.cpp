@@ -1,0 +1,135 @@
+// One colour at a time, through the whole profile, and remembered: a table computed in advance would cost
+// more than most documents have colours. Samples are converted before they are averaged, since a mixture of
+// inks is lighter than a mixture of colours and would show as a fringe between black outlines and coloured
+// areas.
+#include "devices/raster/ScreenColours.h"
+
+#include "devices/raster/Fogra39.h"
+
+#include <lcms2.h>
+
+namespace vxhost::raster
+{
+
+namespace
+{
+
+struct Inks {
+    uint8_t bytes[4]; // cyan, magenta, yellow, black
+    explicit Inks(InkWord ink)
+        : bytes{static_cast<uint8_t>(ink), static_cast<uint8_t>(ink >> 8), static_cast<uint8_t>(ink >> 16),
+                static_cast<uint8_t>(ink >> 24)}
+    {
+    }
+};
+
+class PlainColours final : public ScreenColours
+{
+  public:
+    std::string Describe() const override { return "none, plain arithmetic"; }
+
+  protected:
+    Rgb Compute(InkWord ink) override
+    {
+        const Inks inks(ink);
+        const auto level = [&](int i) {
+            return static_cast<uint8_t>(((255 - inks.bytes[i]) * (255 - inks.bytes[3]) + 127) / 255);
+        };
+        return {level(0), level(1), level(2)};
+    }
+};
+
+// Closes what Little CMS opened.
+struct Closer {
+    void operator()(void *context) const { cmsDeleteContext(static_cast<cmsContext>(context)); }
+};
+struct ProfileCloser {
+    void operator()(void *profile) const { cmsCloseProfile(profile); }
+};
+struct TransformCloser {
+    void operator()(void *transform) const { cmsDeleteTransform(transform); }
+};
+using Context = std::unique_ptr<void, Closer>;
+using Profile = std::unique_ptr<void, ProfileCloser>;
+using Transform = std::unique_ptr<void, TransformCloser>;
+
+class ProfileColours final : public ScreenColours
+{
+  public:
+    static std::unique_ptr<ScreenColours> Make(const RasterOptions &options, std::string *error)
+    {
+        auto made = std::make_unique<ProfileColours>();
+        made->context_.reset(cmsCreateContext(nullptr, nullptr));
+        auto *context = static_cast<cmsContext>(made->context_.get());
+        if (context == nullptr) {
+            *error = "out of memory for the colour conversion";
+            return nullptr;
+        }
+        const Profile press = OpenPress(context, options.profile, error);
+        if (press == nullptr)
+            return nullptr;
+        const Profile screen(cmsCreate_sRGBProfileTHR(context));
+        const cmsUInt32Number intent =
+            options.intent == Intent::Perceptual ? INTENT_PERCEPTUAL : INTENT_RELATIVE_COLORIMETRIC;
+        if (screen != nullptr)
+            made->transform_.reset(cmsCreateTransformTHR(
+                context, press.get(), TYPE_CMYK_8, screen.get(), TYPE_RGB_8, intent,
+                cmsFLAGS_BLACKPOINTCOMPENSATION | cmsFLAGS_NOOPTIMIZE | cmsFLAGS_NOCACHE));
+        if (made->transform_ == nullptr) {
+            *error = "profile \"" + options.profile + "\" has no usable conversion to colour";
+            return nullptr;
+        }
+        const auto lastSlash = options.profile.rfind('/');
+        made->name_ = options.profile.substr(lastSlash == std::string::npos ? 0 : lastSlash + 1);
+        made->name_ += options.intent == Intent::Perceptual ? ", perceptual" : ", relative colorimetric";
+        made->name_ += ", black point compensation";
+        return made;
+    }
+    std::string Describe() const override { return name_; }
+
+  protected:
+    Rgb Compute(InkWord ink) override
+    {
+        const Inks inks(ink);
+        uint8_t rgb[3];
+        cmsDoTransform(transform_.get(), inks.bytes, rgb, 1);
+        return {rgb[0], rgb[1], rgb[2]};
+    }
+
+  private:
+    static Profile OpenPress(cmsContext context, const std::string &name, std::string *error)
+    {
+        Profile profile;
+        if (name == "fogra39") {
+            const auto bytes = Fogra39Profile();
+            profile.reset(
+                cmsOpenProfileFromMemTHR(context, bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+        } else {
+            profile.reset(cmsOpenProfileFromFileTHR(context, name.c_str(), "r"));
+        }
+        if (profile == nullptr) {
+            *error = "profile \"" + name + "\" cannot be read as an ICC profile";
+            return nullptr;
+        }
+        if (cmsGetColorSpace(profile.get()) != cmsSigCmykData) {
+            *error = "profile \"" + name + "\" is not for CMYK";
+            return nullptr;
+        }
+        return profile;
+    }
+
+    std::string name_;
+    Context context_; // goes last
+    Transform transform_;
+};
+
+} // namespace
+
+std::unique_ptr<ScreenColours> ScreenColours::Make(const RasterOptions &options, std::string *error)
+{
+    if (options.profile == "none")
+        return std::make_unique<PlainColours>();
+    return ProfileColours::Make(options, error);
+}
+
+} // namespace vxhost::raster

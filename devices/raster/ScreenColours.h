@@ -1,0 +1,46 @@
+// From ink to the colours of a screen.
+#pragma once
+
+#include "devices/raster/InkBuffer.h"
+#include "devices/raster/RasterOptions.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vxhost::raster
+{
+
+class ScreenColours
+{
+  public:
+    // Null when the profile of the options cannot be used; error says why.
+    static std::unique_ptr<ScreenColours> Make(const RasterOptions &options, std::string *error);
+    virtual ~ScreenColours() = default;
+
+    // The profile and the intent, for a person.
+    virtual std::string Describe() const = 0;
+
+    // Paper is white, whatever the profile says of it.
+    Rgb Convert(InkWord ink)
+    {
+        Known &known = cache_[(ink * 0x9E3779B1u) >> (32 - kCacheBits)];
+        if (known.ink != ink)
+            known = {ink, Compute(ink)};
+        return known.rgb;
+    }
+
+  protected:
+    ScreenColours() : cache_(size_t{1} << kCacheBits) {}
+    virtual Rgb Compute(InkWord ink) = 0;
+
+  private:
+    static constexpr int kCacheBits = 14; // documents have few colours; gradients have the rest
+    struct Known {
+        InkWord ink = 0; // an empty place holds paper
+        Rgb rgb = {255, 255, 255};
+    };
+    std::vector<Known> cache_;
+};
+
+} // namespace vxhost::raster

@@ -1,0 +1,39 @@
+// The bytes of one document, from a file, a pipe or memory, as the plug-in's stream wants them: forward, with a
+// known length and one rewind.
+//
+// A regular file is mapped; a pipe is read whole. Documents over 2^31 - 1 bytes are refused: the boundary counts
+// in 32 bits.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace vxhost
+{
+
+class Document
+{
+  public:
+    // Each returns null and sets error to one line for a person ("is a directory", "no such file …").
+    static std::unique_ptr<Document> Open(const std::string &path, std::string *error);
+    static std::unique_ptr<Document> FromDescriptor(int descriptor, std::string *error);
+    // Borrows the bytes: they must outlive the document.
+    static std::unique_ptr<Document> FromMemory(std::span<const std::byte> bytes, std::string *error);
+
+    Document(const Document &) = delete;
+    Document &operator=(const Document &) = delete;
+    ~Document();
+
+    std::span<const std::byte> Bytes() const { return bytes_; }
+
+  private:
+    Document() = default;
+    std::span<const std::byte> bytes_;
+    std::span<const std::byte> mapped_; // the whole mapping, which bytes_ may be a part of
+    std::unique_ptr<std::byte[]> owned_;
+};
+
+} // namespace vxhost

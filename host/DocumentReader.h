@@ -1,0 +1,48 @@
+// The plug-in's StreamReader over a document's bytes.
+//
+// Reads are copies out of memory. The position stays within the document whatever it is set to, and once the
+// call has failed nothing more is delivered, which ends the parse.
+#pragma once
+
+#include <vx/HostCall.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <span>
+
+namespace vxhost
+{
+
+class DocumentReader
+{
+  public:
+    explicit DocumentReader(std::span<const std::byte> bytes) : bytes_(bytes)
+    {
+        link_.stream.read = Read;
+        link_.reader = this;
+    }
+    DocumentReader(const DocumentReader &) = delete;
+    DocumentReader &operator=(const DocumentReader &) = delete;
+
+    StreamReader *Stream() { return &link_.stream; }
+    // How far the plug-in has read.
+    size_t Furthest() const { return furthest_; }
+
+  private:
+    // The first member's address is all that the plug-in hands back.
+    struct Link {
+        StreamReader stream;
+        DocumentReader *reader;
+    };
+
+    static int32_t Read(StreamReader *stream, int32_t op, void *arg, int32_t *inout);
+    int32_t Deliver(void *to, int32_t wanted);
+
+    std::span<const std::byte> bytes_;
+    size_t position_ = 0;
+    size_t furthest_ = 0;
+    Link link_{};
+};
+
+} // namespace vxhost

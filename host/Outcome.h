@@ -1,0 +1,61 @@
+// What became of one document: the result code, what was reported, what it used.
+#pragma once
+
+#include "host/drawing/Device.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vxhost
+{
+
+// One problem that the plug-in reported, in order.
+struct Report {
+    int number =
+        0; // 1 pattern, 2 embedded PostScript, 3 unknown operator, 4 binary data, 5 font substitution
+    std::string title;
+    std::string message;
+};
+
+// Exact: a font of that PostScript name. StandIn: metric-compatible. Substitute: the best match of another design.
+enum class FontMatch : uint8_t { Exact, StandIn, Substitute, Missing };
+
+struct FontUse {
+    std::string asked;  // as the document writes it, without "/" and "_"
+    std::string served; // PostScript name of the font that was drawn; empty when Missing
+    std::string file;   // path of that font
+    FontMatch match = FontMatch::Missing;
+    uint64_t strings = 0;
+    uint64_t characters = 0;
+    uint64_t missingGlyphs = 0;
+};
+
+// Calls that reached the procedure table, by what they did.
+struct Counts {
+    uint64_t fills = 0;
+    uint64_t strokes = 0;
+    uint64_t clips = 0;
+    uint64_t segments = 0; // lines and curves
+    uint64_t shows = 0;
+    bool gray = false; // paints in gray, CMYK, with overprint happened
+    bool cmyk = false;
+    bool overprint = false;
+};
+
+struct Outcome {
+    int16_t result = 0; // VXResult of the plug-in
+    Box box;            // the header's, as written; meaningful when the header was accepted
+    bool headerAccepted = false;
+    bool monochrome = false;
+    int64_t bytesRead = 0;
+    int64_t bytesTotal = 0;
+    int64_t peakHeap = 0;        // bytes that the plug-in held at once
+    bool memoryLimitHit = false; // an allocation was refused because of the cap
+    std::string deviceError;     // from Device::EndPage; empty: none
+    std::vector<Report> reports;
+    std::vector<FontUse> fonts;
+    Counts counts;
+};
+
+} // namespace vxhost

@@ -1,0 +1,159 @@
+#include "host/Plugin.h"
+
+#include "host/CappedHeap.h"
+#include "host/DocumentReader.h"
+#include "host/drawing/DrawingTable.h"
+#include "host/resources/StringLists.h"
+#include "host/toolbox/HostContext.h"
+
+#include <algorithm>
+#include <dlfcn.h>
+#include <exception>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr const char *kEntrySymbol = "main";
+
+std::string LoaderError()
+{
+    const char *text =
+        ::dlerror(); // NOLINT(concurrency-mt-unsafe): per thread in every C library we build on
+    std::string error = text == nullptr ? "unknown reason" : text;
+    std::ranges::replace(error, '\n', ' ');
+    return error;
+}
+
+HostContext MakeContext(const ParseOptions &options, Outcome *outcome)
+{
+    HostContext host;
+    host.fonts = options.fonts;
+    host.systemScript = options.systemScript;
+    host.onReport = [&options, outcome](const std::string &title, const std::string &message) {
+        outcome->reports.push_back({FindProblem(title), title, message});
+        return options.onReport && options.onReport(outcome->reports.back());
+    };
+    if (options.onProgress)
+        host.onProgress = options.onProgress;
+    return host;
+}
+
+// Lack of memory, ours or allowed, is an outcome of the document. Anything else that a caller's procedure threw
+// is the caller's, and goes on where the plug-in's frames end.
+void JudgeFailure(const std::exception_ptr &failure, Outcome *outcome)
+{
+    if (failure == nullptr)
+        return;
+    outcome->result = kVXOutOfMemory;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const BudgetSpent &) {
+        outcome->memoryLimitHit = true;
+    } catch (const std::bad_alloc &) { // NOLINT(bugprone-empty-catch): the result says it
+    }
+}
+
+// One call of the plug-in, with everything that it needs around it.
+Outcome CallPlugin(VXMainProc entry, int32_t selector, const Document &document, const ParseOptions &options,
+                   ZRKProcs *procs, void *drawing)
+{
+    Outcome outcome;
+    HostContext host = MakeContext(options, &outcome);
+    DocumentReader reader(document.Bytes());
+    CappedHeap heap(options.maxHeap);
+
+    HostCallRecord record = {};
+    record.progress = options.onProgress ? ProgressToHost : nullptr;
+    record.reader = reader.Stream();
+    record.streamLength = static_cast<int32_t>(document.Bytes().size());
+    record.warningsOff = options.report ? 0 : 1;
+    record.drawing = drawing;
+    record.procs = procs;
+    record.memory = heap.Procs();
+    record.report = ReportToHost;
+    {
+        const HostScope scope(&host);
+        entry(selector, &record, nullptr, &outcome.result);
+    }
+
+    const Fixed *box = record.boundingBox;
+    outcome.box = {Fix2X(box[0]), Fix2X(box[1]), Fix2X(box[2]), Fix2X(box[3])};
+    outcome.monochrome = record.monochrome != 0;
+    outcome.bytesRead = static_cast<int64_t>(reader.Furthest());
+    outcome.bytesTotal = record.streamLength;
+    outcome.peakHeap = heap.PeakBytes();
+    outcome.memoryLimitHit = heap.WasLimitHit();
+    JudgeFailure(host.failure, &outcome);
+    return outcome;
+}
+
+} // namespace
+
+std::unique_ptr<Plugin> Plugin::Load(const std::string &path, std::string *error)
+{
+    void *library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr) {
+        *error = "cannot be loaded, " + LoaderError() + ": name a plug-in that is whole";
+        return nullptr;
+    }
+    auto entry = reinterpret_cast<VXMainProc>(::dlsym(library, kEntrySymbol));
+    if (entry == nullptr) {
+        *error = std::string("not a plug-in, it exports no \"") + kEntrySymbol + "\": name another";
+        ::dlclose(library);
+        return nullptr;
+    }
+    std::unique_ptr<Plugin> plugin = FromEntry(entry);
+    plugin->library_ = library;
+    return plugin;
+}
+
+std::unique_ptr<Plugin> Plugin::FromEntry(VXMainProc entry)
+{
+    std::unique_ptr<Plugin> plugin(new Plugin);
+    plugin->entry_ = entry;
+    return plugin;
+}
+
+Plugin::~Plugin()
+{
+    if (library_ != nullptr)
+        ::dlclose(library_);
+}
+
+Outcome Plugin::ReadInfo(const Document &document, const ParseOptions &options) const
+{
+    Outcome outcome = CallPlugin(entry_, kVXStreamInfo, document, options, nullptr, nullptr);
+    outcome.headerAccepted = outcome.result == kVXOk;
+    return outcome;
+}
+
+// A parse leaves the record's box as it was, so the header is asked for it first.
+Outcome Plugin::Parse(const Document &document, const ParseOptions &options, ZRKProcs *procs,
+                      void *drawing) const
+{
+    const Outcome header = ReadInfo(document, options);
+    Outcome outcome = CallPlugin(entry_, kVXParse, document, options, procs, drawing);
+    outcome.headerAccepted = header.headerAccepted;
+    outcome.box = header.box;
+    outcome.monochrome = header.monochrome;
+    return outcome;
+}
+
+Outcome Plugin::Draw(const Document &document, const ParseOptions &options, const Page &page,
+                     Device &device) const
+{
+    Drawing drawing(&device, options.maxDrawing);
+    DrawingTable table(&drawing);
+    device.BeginPage(page);
+    Outcome outcome = Parse(document, options, table.Procs(), table.Reference());
+    drawing.RestoreAll();
+    outcome.deviceError = device.EndPage();
+    outcome.counts = drawing.GetCounts();
+    return outcome;
+}
+
+} // namespace vxhost

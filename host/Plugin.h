@@ -1,0 +1,63 @@
+// The plug-in, loaded once and called many times, from any thread.
+//
+// Each call finds its own host (fonts, resources, memory) through one thread-local pointer; two threads may
+// parse at once with one Plugin.
+#pragma once
+
+#include "host/Document.h"
+#include "host/Outcome.h"
+#include "host/drawing/Device.h"
+#include "host/fonts/FontList.h"
+
+#include <vx/HostCall.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace vxhost
+{
+
+struct ParseOptions {
+    const FontList *fonts = nullptr;         // must be set; may be shared by threads
+    int32_t systemScript = 0;                // 0 Roman, 1 Japanese, 2 traditional Chinese, 3 Korean
+    int64_t maxHeap = int64_t{64} << 20;     // bytes that the plug-in may hold at once
+    int64_t maxDrawing = int64_t{256} << 20; // bytes that Draw may hold at once in paths and saved states
+    bool report = true;                      // false: the once-only warnings are off
+    std::function<bool(const Report &)> onReport;                // true stops the parse; null goes on
+    std::function<void(int64_t read, int64_t total)> onProgress; // null: none
+};
+
+class Plugin
+{
+  public:
+    // Null on failure, with error one line for a person.
+    static std::unique_ptr<Plugin> Load(const std::string &path, std::string *error);
+    // The same over an entry that is already in memory: a test, or a statically linked plug-in.
+    static std::unique_ptr<Plugin> FromEntry(VXMainProc entry);
+    Plugin(const Plugin &) = delete;
+    Plugin &operator=(const Plugin &) = delete;
+    ~Plugin();
+
+    // Selectors are called with what a caller's procedures throw kept off the plug-in's frames: the parse ends early
+    // and the exception goes on from here. Lack of memory is not thrown, it is the outcome's result.
+
+    // Selector 4: box and monochrome flag; result other than 0 means not a VX document.
+    Outcome ReadInfo(const Document &document, const ParseOptions &options) const;
+
+    // Selector 5 on any procedure table: what the trace, and hosts with a table of their own, use.
+    Outcome Parse(const Document &document, const ParseOptions &options, ZRKProcs *procs,
+                  void *drawing) const;
+
+    // Selector 5 into a device, through Drawing. page.box is what the device shows; BeginPage and EndPage are
+    // called here, EndPage also when the parse failed half way.
+    Outcome Draw(const Document &document, const ParseOptions &options, const Page &page,
+                 Device &device) const;
+
+  private:
+    Plugin() = default;
+    void *library_ = nullptr;
+    VXMainProc entry_ = nullptr;
+};
+
+} // namespace vxhost

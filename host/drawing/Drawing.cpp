@@ -1,0 +1,273 @@
+#include "host/drawing/Drawing.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace vxhost
+{
+
+namespace
+{
+
+// Far beyond any page, and far from where doubles end: a product of two still has room.
+constexpr double kMatrixLimit = 1e12;
+
+bool IsUsable(const Matrix &matrix)
+{
+    return std::ranges::all_of(std::array{matrix.a, matrix.b, matrix.c, matrix.d, matrix.tx, matrix.ty},
+                               [](double value) { return std::abs(value) <= kMatrixLimit; });
+}
+
+// first, then second.
+Matrix Product(const Matrix &first, const Matrix &second)
+{
+    return {first.a * second.a + first.b * second.c,
+            first.a * second.b + first.b * second.d,
+            first.c * second.a + first.d * second.c,
+            first.c * second.b + first.d * second.d,
+            first.tx * second.a + first.ty * second.c + second.tx,
+            first.tx * second.b + first.ty * second.d + second.ty};
+}
+
+double Amount(double value)
+{
+    return std::clamp(value, 0.0, 1.0);
+}
+
+// A phase below 0 is the same as one that is whole patterns later; an odd pattern swaps on and off each time.
+double PositivePhase(double phase, std::span<const double> lengths)
+{
+    if (phase >= 0)
+        return phase;
+    double period = 0;
+    for (const double length : lengths)
+        period += length;
+    if (lengths.size() % 2 != 0)
+        period *= 2;
+    return phase + std::ceil(-phase / period) * period;
+}
+
+bool IsSolid(std::span<const double> lengths)
+{
+    return std::ranges::any_of(lengths, [](double length) { return length < 0; }) ||
+           std::ranges::all_of(lengths, [](double length) { return length == 0; });
+}
+
+} // namespace
+
+Drawing::Drawing(Device *device, int64_t maxBytes) : device_(device), budget_(maxBytes), path_(&budget_) {}
+
+void Drawing::NewPath()
+{
+    path_.Clear();
+    state_.pen = Pen::None;
+}
+
+void Drawing::StartSubpath(Point onPage)
+{
+    if (!path_.ReplaceLastMove(onPage))
+        *path_.Append(Verb::Move, 1) = onPage;
+    state_.start = state_.current = onPage;
+    state_.pen = Pen::Open;
+}
+
+void Drawing::MoveTo(Point to)
+{
+    StartSubpath(state_.matrix.Map(to));
+}
+
+// Where a segment starts that no open subpath leads to: after a close at the closed subpath's start.
+void Drawing::OpenSubpath(Point ifNone)
+{
+    StartSubpath(state_.pen == Pen::Closed ? state_.start : ifNone);
+}
+
+void Drawing::LineTo(Point to)
+{
+    if (state_.pen == Pen::None)
+        return MoveTo(to);
+    if (state_.pen != Pen::Open)
+        OpenSubpath(to);
+    ++counts_.segments;
+    state_.current = *path_.Append(Verb::Line, 1) = state_.matrix.Map(to);
+}
+
+void Drawing::CurveTo(Point control1, Point control2, Point to)
+{
+    if (state_.pen != Pen::Open)
+        OpenSubpath(state_.matrix.Map(control1));
+    ++counts_.segments;
+    Point *points = path_.Append(Verb::Curve, 3);
+    points[0] = state_.matrix.Map(control1);
+    points[1] = state_.matrix.Map(control2);
+    state_.current = points[2] = state_.matrix.Map(to);
+}
+
+void Drawing::CurveToFromCurrent(Point control2, Point to)
+{
+    if (state_.pen != Pen::Open)
+        OpenSubpath(state_.matrix.Map(control2));
+    ++counts_.segments;
+    Point *points = path_.Append(Verb::Curve, 3);
+    points[0] = state_.current;
+    points[1] = state_.matrix.Map(control2);
+    state_.current = points[2] = state_.matrix.Map(to);
+}
+
+void Drawing::ClosePath()
+{
+    if (state_.pen != Pen::Open)
+        return;
+    path_.Append(Verb::Close, 0);
+    state_.current = state_.start;
+    state_.pen = Pen::Closed;
+}
+
+void Drawing::Clip()
+{
+    ++counts_.clips;
+    if (!saved_.empty() && !state_.isSavedOnDevice) {
+        device_->Save();
+        state_.isSavedOnDevice = true;
+    }
+    device_->ClipPath(path_.Current());
+}
+
+void Drawing::Save()
+{
+    budget_.Take(sizeof(State));
+    path_.Save();
+    saved_.push_back(state_);
+    state_.isSavedOnDevice = false;
+}
+
+void Drawing::Restore()
+{
+    if (saved_.empty())
+        return;
+    if (state_.isSavedOnDevice)
+        device_->Restore();
+    state_ = saved_.back();
+    saved_.pop_back();
+    path_.Restore();
+    CutDashes(state_.dashEnd);
+    budget_.Give(sizeof(State));
+}
+
+void Drawing::RestoreAll()
+{
+    while (!saved_.empty())
+        Restore();
+}
+
+void Drawing::Translate(double dx, double dy)
+{
+    Concat({1, 0, 0, 1, dx, dy});
+}
+
+// A matrix that leaves the range of sensible numbers is not taken over: nothing drawn through it could be seen.
+void Drawing::Concat(const Matrix &matrix)
+{
+    const Matrix product = Product(matrix, state_.matrix);
+    if (IsUsable(product))
+        state_.matrix = product;
+}
+
+void Drawing::SetLineWidth(double width)
+{
+    state_.lineWidth = std::abs(width);
+}
+
+void Drawing::CutDashes(size_t length)
+{
+    budget_.Give((dashes_.size() - length) * sizeof(double));
+    dashes_.resize(length);
+}
+
+void Drawing::SetDash(double phase, std::span<const double> lengths)
+{
+    CutDashes(saved_.empty() ? 0 : saved_.back().dashEnd);
+    state_.dashBegin = dashes_.size();
+    state_.dashPhase = 0;
+    if (!IsSolid(lengths)) {
+        budget_.Take(lengths.size_bytes());
+        dashes_.insert(dashes_.end(), lengths.begin(), lengths.end());
+        state_.dashPhase = PositivePhase(phase, lengths);
+    }
+    state_.dashEnd = dashes_.size();
+}
+
+void Drawing::SetLineCap(int32_t cap)
+{
+    if (cap >= 0 && cap <= 2)
+        state_.cap = static_cast<LineCap>(cap);
+}
+
+void Drawing::SetLineJoin(int32_t join)
+{
+    if (join >= 0 && join <= 2)
+        state_.join = static_cast<LineJoin>(join);
+}
+
+void Drawing::SetMiterLimit(double limit)
+{
+    state_.miterLimit = std::max(limit, 1.0);
+}
+
+void Drawing::SetGray(double level)
+{
+    state_.paint.colour = {ColourSpace::Gray, {Amount(level), 0, 0, 0}};
+}
+
+void Drawing::SetCMYKColor(double cyan, double magenta, double yellow, double black)
+{
+    state_.paint.colour = {ColourSpace::Cmyk, {Amount(cyan), Amount(magenta), Amount(yellow), Amount(black)}};
+}
+
+void Drawing::SetOverprint(bool on)
+{
+    state_.paint.overprint = on;
+}
+
+void Drawing::CountPaint()
+{
+    counts_.gray |= state_.paint.colour.space == ColourSpace::Gray;
+    counts_.cmyk |= state_.paint.colour.space == ColourSpace::Cmyk;
+    counts_.overprint |= state_.paint.overprint;
+}
+
+void Drawing::Fill()
+{
+    if (!path_.Current().IsEmpty()) {
+        ++counts_.fills;
+        CountPaint();
+        device_->FillPath(path_.Current(), state_.paint);
+    }
+    NewPath();
+}
+
+void Drawing::Stroke()
+{
+    if (!path_.Current().IsEmpty()) {
+        ++counts_.strokes;
+        CountPaint();
+        style_.width = state_.lineWidth;
+        style_.cap = state_.cap;
+        style_.join = state_.join;
+        style_.miterLimit = state_.miterLimit;
+        style_.dashPhase = state_.dashPhase;
+        const double *dashes = dashes_.data();
+        style_.dashes.assign(dashes + state_.dashBegin, dashes + state_.dashEnd);
+        style_.matrix = state_.matrix;
+        device_->StrokePath(path_.Current(), style_, state_.paint);
+    }
+    NewPath();
+}
+
+void Drawing::ShowText()
+{
+    ++counts_.shows;
+}
+
+} // namespace vxhost

@@ -1,0 +1,99 @@
+// The PostScript graphics state, kept once for all devices: painting calls come in, finished shapes go out.
+//
+// Points are transformed when the path is built, as PostScript does. The path belongs to the graphics state that
+// Save and Restore push and pop, with matrix, colour, overprint and line attributes. The device sees only what it
+// needs: a save is handed on when the clip changes inside it, and not before.
+#pragma once
+
+#include "host/Outcome.h"
+#include "host/drawing/Device.h"
+#include "host/drawing/MemoryBudget.h"
+#include "host/drawing/Path.h"
+#include "host/drawing/PathStack.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace vxhost
+{
+
+class Drawing
+{
+  public:
+    static constexpr int64_t kDefaultBytes = int64_t{256} << 20;
+
+    // maxBytes bounds what paths and saved states may hold; BudgetSpent is thrown by whatever needs more.
+    explicit Drawing(Device *device, int64_t maxBytes = kDefaultBytes);
+    Drawing(const Drawing &) = delete;
+    Drawing &operator=(const Drawing &) = delete;
+
+    // Without a current point a line acts as a move, and a curve starts at its first control point: what is left
+    // of a damaged outline still shows.
+    void NewPath();
+    void MoveTo(Point to);
+    void LineTo(Point to);
+    void CurveTo(Point control1, Point control2, Point to);
+    void CurveToFromCurrent(Point control2, Point to);
+    void ClosePath();
+
+    void Clip();
+    void Save();
+    void Restore(); // one too many changes nothing
+    void RestoreAll();
+
+    void Translate(double dx, double dy);
+    void Concat(const Matrix &matrix);
+
+    // Values that mean nothing change nothing, or become the nearest that does.
+    void SetLineWidth(double width);
+    void SetDash(double phase, std::span<const double> lengths);
+    void SetLineCap(int32_t cap);
+    void SetLineJoin(int32_t join);
+    void SetMiterLimit(double limit);
+    void SetGray(double level);
+    void SetCMYKColor(double cyan, double magenta, double yellow, double black);
+    void SetOverprint(bool on);
+
+    void Fill();
+    void Stroke();
+    // Text is counted, and not drawn yet.
+    void ShowText();
+
+    const Counts &GetCounts() const { return counts_; }
+
+  private:
+    enum class Pen : uint8_t { None, Open, Closed }; // Closed: the next segment starts a subpath at start
+
+    struct State {
+        Matrix matrix;
+        Paint paint;
+        double lineWidth = 1;
+        double miterLimit = 10;
+        double dashPhase = 0;
+        size_t dashBegin = 0; // in dashes_
+        size_t dashEnd = 0;
+        Point current; // both on the page
+        Point start;
+        LineCap cap = LineCap::Butt;
+        LineJoin join = LineJoin::Miter;
+        Pen pen = Pen::None;
+        bool isSavedOnDevice = false;
+    };
+
+    void StartSubpath(Point onPage);
+    void OpenSubpath(Point ifNone);
+    void CutDashes(size_t length);
+    void CountPaint();
+
+    Device *device_;
+    MemoryBudget budget_;
+    PathStack path_;
+    State state_;
+    std::vector<State> saved_;
+    std::vector<double> dashes_; // those of each level behind those of the levels below
+    StrokeStyle style_;          // what the last stroke was given; keeps its storage
+    Counts counts_;
+};
+
+} // namespace vxhost

@@ -1,0 +1,130 @@
+#include "host/drawing/DrawingTable.h"
+
+#include <algorithm>
+#include <array>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr int32_t kMaxDashLengths = 256;
+
+constexpr double FromFixed(Fixed value)
+{
+    return value / 65536.0;
+}
+
+Point FromFixed(const FixedPoint *point)
+{
+    return {FromFixed(point->x), FromFixed(point->y)};
+}
+
+template <typename Action>
+void Run(void *reference, Action &&action)
+{
+    static_cast<DrawingTable *>(reference)->Run(std::forward<Action>(action));
+}
+
+// One procedure for each shape of arguments.
+template <void (Drawing::*kAction)()>
+void Plain(void *reference)
+{
+    Run(reference, [](Drawing &to) { (to.*kAction)(); });
+}
+
+template <auto kAction, typename... Points>
+void WithPoints(void *reference, Points... points)
+{
+    Run(reference, [&](Drawing &to) { (to.*kAction)(FromFixed(points)...); });
+}
+
+template <auto kAction, typename... Values>
+void WithFixed(void *reference, Values... values)
+{
+    Run(reference, [&](Drawing &to) { (to.*kAction)(FromFixed(values)...); });
+}
+
+template <void (Drawing::*kAction)(int32_t)>
+void WithInteger(void *reference, int32_t value)
+{
+    Run(reference, [&](Drawing &to) { (to.*kAction)(value); });
+}
+
+void SetOverprint(void *reference, int32_t on)
+{
+    Run(reference, [&](Drawing &to) { to.SetOverprint(on != 0); });
+}
+
+// The second argument is always 0. Should it ever be another, the matrix is concatenated all the same.
+void Concat(void *reference, const FixedMatrix *matrix, int32_t)
+{
+    Run(reference, [&](Drawing &to) {
+        to.Concat({FromFixed(matrix->a), FromFixed(matrix->b), FromFixed(matrix->c), FromFixed(matrix->d),
+                   FromFixed(matrix->tx), FromFixed(matrix->ty)});
+    });
+}
+
+void SetDash(void *reference, Fixed phase, int32_t count, const Fixed *values)
+{
+    Run(reference, [&](Drawing &to) {
+        std::array<double, kMaxDashLengths> lengths;
+        const auto used = static_cast<size_t>(count > kMaxDashLengths ? 0 : std::max(count, 0));
+        for (size_t i = 0; i < used; ++i)
+            lengths[i] = FromFixed(values[i]);
+        to.SetDash(FromFixed(phase), {lengths.data(), used});
+    });
+}
+
+void Show(void *reference, const ZRKTextRecord *, int32_t)
+{
+    Plain<&Drawing::ShowText>(reference);
+}
+
+void Ignore(void *) {}
+
+template <typename Proc>
+void SetEntry(ZRKProcs *procs, int entry, Proc proc)
+{
+    procs->entry[entry] = reinterpret_cast<ZRKProc>(proc);
+}
+
+} // namespace
+
+DrawingTable::DrawingTable(Drawing *drawing) : drawing_(drawing), procs_()
+{
+    procs_.version = kZRKProcsVersion;
+    procs_.count = kZRKProcCount;
+    // No entry may be missing; those that no plug-in calls draw nothing, and neither do comments.
+    for (int entry = 0; entry < kZRKProcCount; ++entry)
+        SetEntry<ZRKPathProc>(&procs_, entry, Ignore);
+
+    using At = const FixedPoint *;
+    SetEntry<ZRKPathProc>(&procs_, kZRKNewPath, Plain<&Drawing::NewPath>);
+    SetEntry<ZRKMoveToProc>(&procs_, kZRKMoveTo, WithPoints<&Drawing::MoveTo, At>);
+    SetEntry<ZRKLineToProc>(&procs_, kZRKLineTo, WithPoints<&Drawing::LineTo, At>);
+    SetEntry<ZRKCurveToProc>(&procs_, kZRKCurveTo, WithPoints<&Drawing::CurveTo, At, At, At>);
+    SetEntry<ZRKCurveToFromCurrentProc>(&procs_, kZRKCurveToFromCurrent,
+                                        WithPoints<&Drawing::CurveToFromCurrent, At, At>);
+    SetEntry<ZRKPathProc>(&procs_, kZRKClosePath, Plain<&Drawing::ClosePath>);
+    SetEntry<ZRKPathProc>(&procs_, kZRKClip, Plain<&Drawing::Clip>);
+    SetEntry<ZRKPathProc>(&procs_, kZRKGSave, Plain<&Drawing::Save>);
+    SetEntry<ZRKPathProc>(&procs_, kZRKGRestore, Plain<&Drawing::Restore>);
+    SetEntry<ZRKTranslateProc>(&procs_, kZRKTranslate, WithFixed<&Drawing::Translate, Fixed, Fixed>);
+    SetEntry<ZRKConcatProc>(&procs_, kZRKConcat, Concat);
+    SetEntry<ZRKSetFixedProc>(&procs_, kZRKSetLineWidth, WithFixed<&Drawing::SetLineWidth, Fixed>);
+    SetEntry<ZRKSetDashProc>(&procs_, kZRKSetDash, SetDash);
+    SetEntry<ZRKSetIntegerProc>(&procs_, kZRKSetLineCap, WithInteger<&Drawing::SetLineCap>);
+    SetEntry<ZRKSetIntegerProc>(&procs_, kZRKSetLineJoin, WithInteger<&Drawing::SetLineJoin>);
+    SetEntry<ZRKSetFixedProc>(&procs_, kZRKSetMiterLimit, WithFixed<&Drawing::SetMiterLimit, Fixed>);
+    SetEntry<ZRKSetFixedProc>(&procs_, kZRKSetGray, WithFixed<&Drawing::SetGray, Fixed>);
+    SetEntry<ZRKSetCMYKColorProc>(&procs_, kZRKSetCMYKColor,
+                                  WithFixed<&Drawing::SetCMYKColor, Fixed, Fixed, Fixed, Fixed>);
+    SetEntry<ZRKSetIntegerProc>(&procs_, kZRKSetOverprint, SetOverprint);
+    SetEntry<ZRKPathProc>(&procs_, kZRKFill, Plain<&Drawing::Fill>);
+    SetEntry<ZRKPathProc>(&procs_, kZRKStroke, Plain<&Drawing::Stroke>);
+    SetEntry<ZRKShowProc>(&procs_, kZRKShow, Show);
+}
+
+} // namespace vxhost

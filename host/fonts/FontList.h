@@ -1,0 +1,33 @@
+// The fonts that the plug-in may name, in the order in which it searches them.
+//
+// Immutable once built, so that threads may share it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vxhost
+{
+
+class FontList
+{
+  public:
+    struct Entry {
+        std::string postScriptName; // at most 255 bytes
+        std::string familyName;
+        std::string file;  // empty: no file, the font is drawn as boxes
+        int faceIndex = 0; // as fontconfig counts: the face in its file, plus 65536 times the named variation
+        std::string
+            servedBy; // PostScript name of the font in file when it stands in for this one, else empty
+    };
+
+    virtual ~FontList() = default;
+    virtual int32_t Count() const = 0;
+    virtual const Entry &At(int32_t index) const = 0; // 0 <= index < Count()
+    // Width of one byte of text in ems, 16.16. number is the entry's index. May be called by several threads.
+    virtual int32_t CharWidth(int16_t number, int16_t character) const = 0;
+};
+
+} // namespace vxhost

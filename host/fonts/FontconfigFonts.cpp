@@ -1,0 +1,202 @@
+#include "host/fonts/FontconfigFonts.h"
+
+#include "host/fonts/CharWidths.h"
+#include "host/fonts/FontNames.h"
+#include "host/fonts/StandIns.h"
+
+#include <fontconfig/fontconfig.h>
+
+#include <algorithm>
+#include <mutex>
+#include <string_view>
+#include <tuple>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr size_t kMaxNameLength = 255;
+
+template <auto kRelease>
+struct Releaser {
+    template <typename Object>
+    void operator()(Object *object) const
+    {
+        kRelease(object);
+    }
+};
+template <typename Object, auto kRelease>
+using Owned = std::unique_ptr<Object, Releaser<kRelease>>;
+
+const FcChar8 *AsFcString(const std::string &text)
+{
+    return reinterpret_cast<const FcChar8 *>(text.c_str());
+}
+
+// Empty when the pattern does not say.
+std::string TextOf(const FcPattern *pattern, const char *property)
+{
+    FcChar8 *text = nullptr;
+    if (FcPatternGetString(pattern, property, 0, &text) != FcResultMatch)
+        return {};
+    return reinterpret_cast<const char *>(text);
+}
+
+struct Candidate {
+    FontList::Entry entry;
+    bool isType1 = false;
+
+    // Of two files of one font the first in this order is used. OpenType ones carry more.
+    auto Rank() const { return std::tie(entry.postScriptName, isType1, entry.file, entry.faceIndex); }
+};
+
+bool ReadCandidate(const FcPattern *pattern, Candidate *candidate)
+{
+    FontList::Entry &entry = candidate->entry;
+    entry.postScriptName = TextOf(pattern, FC_POSTSCRIPT_NAME);
+    entry.familyName = TextOf(pattern, FC_FAMILY);
+    entry.file = TextOf(pattern, FC_FILE);
+    candidate->isType1 = TextOf(pattern, FC_FONTFORMAT) == "Type 1";
+    FcPatternGetInteger(pattern, FC_INDEX, 0, &entry.faceIndex);
+    return !entry.postScriptName.empty() && entry.postScriptName.size() <= kMaxNameLength &&
+           !entry.file.empty();
+}
+
+// No fonts; only where to remember what is in a directory.
+constexpr const char *kEmptyConfig =
+    "<fontconfig><cachedir prefix=\"xdg\">fontconfig</cachedir></fontconfig>";
+
+FcConfig *MakeEmptyConfig()
+{
+    FcConfig *config = FcConfigCreate();
+    if (config != nullptr)
+        FcConfigParseAndLoadFromMemory(config, reinterpret_cast<const FcChar8 *>(kEmptyConfig), FcTrue);
+    return config;
+}
+
+FcConfig *MakeConfig(const FontSources &sources)
+{
+    FcConfig *config = sources.useSystemFonts ? FcInitLoadConfigAndFonts() : MakeEmptyConfig();
+    for (const std::string &directory : sources.directories) {
+        if (config != nullptr)
+            FcConfigAppFontAddDir(config, AsFcString(directory));
+    }
+    return config;
+}
+
+std::vector<FontList::Entry> ListInstalled(const FontSources &sources)
+{
+    const Owned<FcConfig, FcConfigDestroy> config(MakeConfig(sources));
+    if (config == nullptr)
+        return {};
+    const Owned<FcPattern, FcPatternDestroy> outlines(
+        FcPatternBuild(nullptr, FC_OUTLINE, FcTypeBool, FcTrue, FC_VARIABLE, FcTypeBool, FcFalse, nullptr));
+    const Owned<FcObjectSet, FcObjectSetDestroy> wanted(
+        FcObjectSetBuild(FC_POSTSCRIPT_NAME, FC_FAMILY, FC_FILE, FC_INDEX, FC_FONTFORMAT, nullptr));
+    const Owned<FcFontSet, FcFontSetDestroy> found(FcFontList(config.get(), outlines.get(), wanted.get()));
+    if (found == nullptr)
+        return {};
+
+    std::vector<Candidate> candidates;
+    for (int i = 0; i < found->nfont; ++i) {
+        Candidate candidate;
+        if (ReadCandidate(found->fonts[i], &candidate))
+            candidates.push_back(std::move(candidate));
+    }
+    std::ranges::sort(candidates, {}, &Candidate::Rank);
+
+    std::vector<FontList::Entry> entries;
+    for (Candidate &candidate : candidates) {
+        if (entries.empty() || entries.back().postScriptName != candidate.entry.postScriptName)
+            entries.push_back(std::move(candidate.entry));
+    }
+    return entries;
+}
+
+// Null when there is none. entries[0 .. installed) are in the order of their names.
+const FontList::Entry *FindInstalled(const std::vector<FontList::Entry> &entries, size_t installed,
+                                     std::string_view name)
+{
+    const std::span all(entries.data(), installed);
+    const auto found = std::ranges::lower_bound(
+        all, name, {}, [](const FontList::Entry &entry) -> std::string_view { return entry.postScriptName; });
+    return found != all.end() && found->postScriptName == name ? &*found : nullptr;
+}
+
+// Null when no family that has the style is installed.
+const FontList::Entry *FindStandIn(const std::vector<FontList::Entry> &entries, size_t installed,
+                                   const ClassicFamily &family, size_t style)
+{
+    for (const StyleNames *names : family.servedBy) {
+        const FontList::Entry *font =
+            names == nullptr ? nullptr : FindInstalled(entries, installed, (*names)[style]);
+        if (font != nullptr)
+            return font;
+    }
+    return nullptr;
+}
+
+void AddStandIns(std::vector<FontList::Entry> *entries)
+{
+    const size_t installed = entries->size();
+    for (const ClassicFamily &family : ClassicFamilies()) {
+        for (size_t style = 0; style < family.fonts.size(); ++style) {
+            const std::string_view name = family.fonts[style];
+            if (name.empty() || FindInstalled(*entries, installed, name) != nullptr)
+                continue;
+            const FontList::Entry *font = FindStandIn(*entries, installed, family, style);
+            if (font == nullptr)
+                continue;
+            FontList::Entry entry = {std::string(name), std::string(family.name), font->file, font->faceIndex,
+                                     font->postScriptName};
+            entries->push_back(std::move(entry));
+        }
+    }
+}
+
+class FontconfigFonts final : public FontList
+{
+  public:
+    explicit FontconfigFonts(std::vector<Entry> entries)
+        : entries_(std::move(entries)), widths_(std::make_unique<LazyWidths[]>(entries_.size()))
+    {
+    }
+
+    int32_t Count() const override { return static_cast<int32_t>(entries_.size()); }
+    const Entry &At(int32_t index) const override { return entries_[static_cast<size_t>(index)]; }
+
+    int32_t CharWidth(int16_t number, int16_t character) const override
+    {
+        const Entry &entry = At(number);
+        if (entry.file.empty())
+            return kBoxFontWidth;
+        LazyWidths &lazy = widths_[static_cast<size_t>(number)];
+        std::call_once(lazy.read, [&] { lazy.widths = ReadCharWidths(entry.file, entry.faceIndex); });
+        return lazy.widths[static_cast<uint8_t>(character)];
+    }
+
+  private:
+    struct LazyWidths {
+        std::once_flag read;
+        CharWidths widths;
+    };
+
+    std::vector<Entry> entries_;
+    std::unique_ptr<LazyWidths[]> widths_; // beside each entry; threads share them
+};
+
+} // namespace
+
+std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources)
+{
+    std::vector<FontList::Entry> entries = ListInstalled(sources);
+    AddStandIns(&entries);
+    if (entries.empty())
+        entries.push_back({std::string(kBoxFontName), std::string(kBoxFontFamily), "", 0, ""});
+    return std::make_unique<FontconfigFonts>(std::move(entries));
+}
+
+} // namespace vxhost

@@ -1,0 +1,25 @@
+// The fonts of the machine, as fontconfig knows them, by PostScript name.
+//
+// Only fontconfig's lists are read when the list is built; a font file is opened when the first width of it is asked
+// for. The order is that of the names, then of the stand-ins, so that one machine always gives one list.
+#pragma once
+
+#include "host/fonts/FontList.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vxhost
+{
+
+struct FontSources {
+    bool useSystemFonts = true;
+    std::vector<std::string> directories; // further ones, with all below them
+};
+
+// The installed fonts, then an entry for each classic font that is not installed and that one with the same widths
+// can stand in for. With no font at all there is one entry, whose characters are boxes.
+std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources = {});
+
+} // namespace vxhost

@@ -1,0 +1,59 @@
+#include "host/toolbox/HostContext.h"
+
+#include "host/toolbox/PascalString.h"
+
+namespace vxhost
+{
+
+namespace
+{
+
+thread_local HostContext *currentHost = nullptr;
+
+} // namespace
+
+HostContext *CurrentHost()
+{
+    return currentHost;
+}
+
+HostScope::HostScope(HostContext *host) : previous_(currentHost)
+{
+    currentHost = host;
+}
+
+HostScope::~HostScope()
+{
+    currentHost = previous_;
+}
+
+void RememberFailure() noexcept
+{
+    if (currentHost != nullptr && currentHost->failure == nullptr)
+        currentHost->failure = std::current_exception();
+}
+
+bool HasCallFailed() noexcept
+{
+    return currentHost != nullptr && currentHost->failure != nullptr;
+}
+
+uint8_t ReportToHost(const uint8_t *title, const uint8_t *message, int32_t)
+{
+    bool stop = false;
+    RunCallback([&] {
+        if (currentHost != nullptr && currentHost->onReport)
+            stop = currentHost->onReport(std::string(PascalView(title)), std::string(PascalView(message)));
+    });
+    return stop || HasCallFailed() ? 1 : 0;
+}
+
+void ProgressToHost(int32_t bytesRead, int32_t totalBytes)
+{
+    RunCallback([&] {
+        if (currentHost != nullptr && currentHost->onProgress)
+            currentHost->onProgress(bytesRead, totalBytes);
+    });
+}
+
+} // namespace vxhost
