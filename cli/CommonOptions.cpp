@@ -1,0 +1,73 @@
+#include "cli/CommonOptions.h"
+
+#include "cli/Values.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <unistd.h>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr const char *kGroup = "Options of every command";
+constexpr double kMaxSeconds = 1e9;
+constexpr int64_t kLeastMemory = int64_t{1} << 20;
+
+} // namespace
+
+void CommonOptionReader::AddTo(CLI::App *command)
+{
+    command->add_option("FILE", inputs_, "documents to read; - is standard input")->type_name("");
+    const auto add = [command](const char *names, std::string *to, const char *value,
+                               const std::string &help) {
+        command->add_option(names, *to, help)->type_name(value)->group(kGroup);
+    };
+    add("--plugin", &plugin_, "PATH", "the plug-in to use (the one beside this program)");
+    add("--max-time", &maxTime_, "S",
+        fmt::format("seconds that a document may take; 0 is no limit ({})", maxTime_));
+    add("--max-memory", &maxMemory_, "SIZE", "memory that a document may take, as 512M; 0 is no limit (1G)");
+    add("--progress", &progress_, "WHEN", "auto, that is on a terminal, never or always (auto)");
+    command->add_flag("--strict", strict_, "warnings give exit status 3")->group(kGroup);
+    command->add_flag("-q,--quiet", quiet_, "no warnings")->group(kGroup);
+    command->add_flag("-v,--verbose", verbose_, "tell more")->group(kGroup);
+}
+
+CommonOptions CommonOptionReader::Read() const
+{
+    CommonOptions options;
+    if (inputs_.empty())
+        throw UsageError("no FILE: name a document, or - for standard input");
+    if (std::count(inputs_.begin(), inputs_.end(), "-") > 1)
+        throw UsageError("FILE - is given twice: standard input can be read once");
+    options.inputs = inputs_;
+    options.plugin = plugin_;
+
+    const std::optional<double> seconds = ReadNumber(maxTime_);
+    if (!seconds || *seconds < 0 || *seconds > kMaxSeconds)
+        throw UsageError(fmt::format("--max-time {}: not a time: give seconds, or 0 for no limit", maxTime_));
+    options.limits.seconds = *seconds;
+    const std::optional<int64_t> memory = ReadSize(maxMemory_);
+    if (!memory || (*memory > 0 && *memory < kLeastMemory))
+        throw UsageError(
+            fmt::format("--max-memory {}: not a size of 1M or more: give one as 512M or 2G, or 0 "
+                        "for no limit",
+                        maxMemory_));
+    options.limits.memory = *memory;
+
+    if (quiet_ && verbose_)
+        throw UsageError("-q and -v: give one of them");
+    options.verbosity = quiet_ ? Verbosity::Quiet : verbose_ ? Verbosity::Detailed : Verbosity::Normal;
+    options.strict = strict_;
+    if (progress_ != "auto" && progress_ != "never" && progress_ != "always")
+        throw UsageError(fmt::format("--progress {}: not known: give auto, never or always", progress_));
+    options.showProgress =
+        progress_ == "always" || (progress_ == "auto" && isatty(STDERR_FILENO) == 1 && !quiet_);
+    return options;
+}
+
+} // namespace vxhost

@@ -1,0 +1,54 @@
+// The options that every command has, and how a wrong one is told.
+#pragma once
+
+#include "cli/Messages.h"
+#include "cli/Worker.h"
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace CLI
+{
+class App;
+}
+
+namespace vxhost
+{
+
+// A wrong command line, or one that asks for what this version cannot do: one line, exit status 2.
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+struct CommonOptions {
+    std::vector<std::string> inputs; // "-" is standard input
+    std::string plugin;              // empty: the one beside the program
+    WorkerLimits limits;
+    Verbosity verbosity = Verbosity::Normal;
+    bool showProgress = false;
+    bool strict = false;
+};
+
+// Two steps, as a command line is read in two: first its words, then what they mean.
+class CommonOptionReader
+{
+  public:
+    // defaultTime is that of --max-time, in seconds.
+    explicit CommonOptionReader(std::string defaultTime) : maxTime_(std::move(defaultTime)) {}
+    void AddTo(CLI::App *command); // last, so that they stand below the command's own in its help
+    CommonOptions Read() const;    // throws UsageError
+
+  private:
+    std::vector<std::string> inputs_;
+    std::string plugin_;
+    std::string maxTime_;
+    std::string maxMemory_ = "1G";
+    std::string progress_ = "auto";
+    bool quiet_ = false;
+    bool verbose_ = false;
+    bool strict_ = false;
+};
+
+} // namespace vxhost

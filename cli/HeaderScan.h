@@ -1,0 +1,38 @@
+// What the comments at the start of a document say beyond what the plug-in reports: its version, title, maker,
+// named colours and fonts; and, where the plug-in refuses the document, why.
+//
+// Reads no further than the comments, trusts nothing, and keeps a bounded amount of what it finds.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vxhost
+{
+
+struct HeaderFacts {
+    bool hasPrefix = false;  // begins with "%!PS-Tavro-"
+    bool recognised = false; // a comment says that it is a VX document
+    bool hasBox = false;     // a bounding box of four numbers stands in it
+    int version = 2;         // 2 to 5; 2 where nothing says more
+    bool epsWrapper = false; // the drawing is a section of a binary EPS file
+    std::string lineEnds;    // "CR", "LF", "CR LF", "mixed"; empty: none
+    std::string firstLine;   // of the drawing, cut
+    // UTF-8; bytes that are not become U+FFFD.
+    std::string title;
+    std::string creator;
+    std::string creationDate;
+    std::vector<std::string> processColours;
+    std::vector<std::string> customColours;
+    std::vector<std::string> fonts;
+};
+
+HeaderFacts ScanHeader(std::span<const std::byte> file);
+
+// One line for a person: why this is no VX document, and what one looks like.
+std::string WhyRefused(const HeaderFacts &facts, size_t fileSize);
+
+} // namespace vxhost

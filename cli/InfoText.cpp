@@ -1,0 +1,140 @@
+#include "cli/InfoText.h"
+
+#include "cli/OutcomeJson.h"
+#include "cli/Text.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <vector>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr double kMillimetresPerPoint = 25.4 / 72;
+constexpr size_t kLabelWidth = 16;
+
+double Millimetres(double points)
+{
+    return points * kMillimetresPerPoint;
+}
+
+// "Label           value"; nothing at all for an empty value.
+std::string Row(std::string_view label, std::string_view value)
+{
+    return value.empty() ? "" : fmt::format("  {:<{}}{}\n", label, kLabelWidth, Printable(value, 1000));
+}
+
+std::string Joined(const std::vector<std::string> &values)
+{
+    return fmt::format("{}", fmt::join(values, ", "));
+}
+
+std::string Count(uint64_t count, std::string_view one, std::string_view many)
+{
+    return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+std::string UsedColours(const Outcome &outcome)
+{
+    std::vector<std::string> used;
+    if (outcome.counts.gray)
+        used.emplace_back("gray");
+    if (outcome.counts.cmyk)
+        used.emplace_back("CMYK");
+    if (outcome.counts.overprint)
+        used.emplace_back("overprint");
+    std::string text = used.empty() ? "none" : Joined(used);
+    return outcome.monochrome ? text + "; declared black and white" : text;
+}
+
+std::string UsedFonts(const Finding &finding)
+{
+    std::vector<std::string> fonts;
+    for (const FontUse &font : finding.outcome.fonts)
+        fonts.push_back(
+            font.match == FontMatch::Exact
+                ? font.asked
+                : fmt::format("{} (drawn with {})", font.asked, font.served.empty() ? "boxes" : font.served));
+    return fonts.empty() ? Joined(finding.header.fonts) : Joined(fonts);
+}
+
+std::string Usage(const Counts &counts)
+{
+    return Joined({Count(counts.fills, "fill", "fills"), Count(counts.strokes, "stroke", "strokes"),
+                   Count(counts.clips, "clip", "clips"),
+                   Count(counts.segments, "path segment", "path segments"),
+                   Count(counts.shows, "text", "texts")});
+}
+
+} // namespace
+
+std::string InfoText(const std::string &input, const Verdict &verdict)
+{
+    const Outcome &outcome = verdict.finding.outcome;
+    const HeaderFacts &header = verdict.finding.header;
+    if (!outcome.headerAccepted)
+        return "";
+    const Box &box = outcome.box;
+    std::string text =
+        fmt::format("{}: VX document, version {}\n", Printable(InputName(input), 4096), header.version);
+    text += Row("title", header.title);
+    text += Row("creator", header.creator);
+    text += Row("created", header.creationDate);
+    text += Row("box", fmt::format("{} {} {} {}", Decimal(box.left), Decimal(box.bottom), Decimal(box.right),
+                                   Decimal(box.top)));
+    text +=
+        Row("size", fmt::format("{} x {} pt, {} x {} mm", Decimal(box.Width()), Decimal(box.Height()),
+                                Decimal(Millimetres(box.Width()), 2), Decimal(Millimetres(box.Height()), 2)));
+    text += Row("colour", UsedColours(outcome));
+    text += Row("process colours", Joined(header.processColours));
+    text += Row("custom colours", Joined(header.customColours));
+    text += Row("fonts", UsedFonts(verdict.finding));
+    text += Row("uses", Usage(outcome.counts));
+    text += Row("file", fmt::format("{} bytes, line ends {}{}", outcome.bytesTotal,
+                                    header.lineEnds.empty() ? "none" : header.lineEnds,
+                                    header.epsWrapper ? ", in a binary EPS wrapper" : ""));
+    for (const Report &report : outcome.reports)
+        text += Row("problem", report.message.empty() ? report.title : report.message);
+    if (!verdict.error.empty())
+        text += Row("problem", verdict.error);
+    return text;
+}
+
+std::string InfoJson(const std::string &input, const Verdict &verdict)
+{
+    const Outcome &outcome = verdict.finding.outcome;
+    const HeaderFacts &header = verdict.finding.header;
+    nlohmann::ordered_json json;
+    json["file"] = input;
+    json["vx"] = outcome.headerAccepted;
+    if (!verdict.error.empty())
+        json["error"] = verdict.error;
+    if (outcome.headerAccepted) {
+        const Box &box = outcome.box;
+        json["version"] = header.version;
+        json["title"] = header.title;
+        json["creator"] = header.creator;
+        json["creationDate"] = header.creationDate;
+        json["box"] = {box.left, box.bottom, box.right, box.top};
+        json["points"] = {box.Width(), box.Height()};
+        json["millimetres"] = {Millimetres(box.Width()), Millimetres(box.Height())};
+        json["monochrome"] = outcome.monochrome;
+        json["processColours"] = header.processColours;
+        json["customColours"] = header.customColours;
+        json["declaredFonts"] = header.fonts;
+        json["fonts"] = nlohmann::json(outcome.fonts);
+        json["uses"] = nlohmann::json(outcome.counts);
+        json["problems"] = nlohmann::json(outcome.reports);
+        json["bytes"] = outcome.bytesTotal;
+        json["lineEnds"] = header.lineEnds;
+        json["epsWrapper"] = header.epsWrapper;
+        json["result"] = outcome.result;
+    }
+    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+}
+
+} // namespace vxhost

@@ -1,0 +1,18 @@
+// Ctrl-C, a hang-up or a request to end: what is half written is removed, and the command ends with 130.
+//
+// The handler does it all at once, wherever the program is, so that nothing else has to ask whether it was
+// interrupted. Worker processes end with their parent.
+#pragma once
+
+#include <string>
+
+namespace vxhost
+{
+
+void CatchInterrupts();
+void ForgetInterrupts(); // in a worker: a signal ends it, the parent tidies up
+
+// A file to remove when interrupted; empty: none. One at a time.
+void RemoveWhenInterrupted(const std::string &path);
+
+} // namespace vxhost

@@ -1,0 +1,167 @@
+// vx: opens VX drawings. Reads the command line as far as the command, and hands over.
+
+#include "cli/InfoCommand.h"
+#include "cli/Interrupt.h"
+#include "cli/RenderCommand.h"
+#include "cli/TraceCommand.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <cctype>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vxhost
+{
+
+namespace
+{
+
+// One row a command. MakeCommand adds its options to the application and returns what runs it.
+using Runner = std::function<Status(Messages *)>;
+
+template <typename Command>
+Runner MakeCommand(CLI::App *app)
+{
+    auto command = std::make_shared<Command>(app);
+    return [command](Messages *messages) { return command->Run(messages); };
+}
+
+struct CommandRow {
+    const char *name;
+    const char *usage;
+    const char *help;
+    Runner (*make)(CLI::App *app);
+};
+
+constexpr CommandRow kCommands[] = {
+    {"info", "[options] FILE...", "Tells what documents are, declare and use.", MakeCommand<InfoCommand>},
+    {"render", "[options] FILE... -o OUT", "Turns documents into pictures.", MakeCommand<RenderCommand>},
+    {"trace", "[options] FILE", "Prints every drawing call that a document makes.",
+     MakeCommand<TraceCommand>},
+};
+
+constexpr const char *kExamples = "Examples:\n"
+                                  "  vx render harp.vx -o harp.png\n"
+                                  "  vx info *.vx\n"
+                                  "  vx trace harp.vx | less\n"
+                                  "  vx render --help";
+
+class HelpText final : public CLI::Formatter
+{
+  public:
+    // Options that are hidden leave an empty paragraph behind.
+    std::string make_help(const CLI::App *app, std::string name, CLI::AppFormatMode mode) const override
+    {
+        std::string text = CLI::Formatter::make_help(app, std::move(name), mode);
+        for (size_t at = text.find("\n\n\n"); at != std::string::npos; at = text.find("\n\n\n"))
+            text.erase(at, 1);
+        return text;
+    }
+
+    std::string make_usage(const CLI::App *app, std::string) const override
+    {
+        for (const CommandRow &row : kCommands) {
+            if (app->get_name() == row.name)
+                return fmt::format("\nUsage: vx {} {}\n", row.name, row.usage);
+        }
+        return "\nUsage: vx COMMAND [options] FILE...\n";
+    }
+};
+
+// What CLI11 found wrong, in one line.
+std::string ParseProblem(const CLI::ParseError &problem)
+{
+    std::string text = problem.what();
+    text = text.substr(0, text.find('\n'));
+    const std::string option = text.substr(0, text.find(':'));
+    if (problem.get_exit_code() != static_cast<int>(CLI::ExitCodes::ArgumentMismatch)) {
+        text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
+        return text;
+    }
+    return option +
+           (text.find("missing") != std::string::npos ? " needs a value" : " is given more than once");
+}
+
+// The words of a command that nothing takes are all options, as every command takes any number of files.
+std::string StrayOption(const CLI::App &app)
+{
+    const std::vector<std::string> stray = app.remaining(true);
+    return stray.empty() ? "" : stray.front();
+}
+
+Status RunCommandLine(int argc, char **argv, Messages *messages)
+{
+    CLI::App app("Opens VX drawings and makes pictures of them.", "vx");
+    app.set_help_flag("-h,--help", "show this");
+    app.set_version_flag("-V,--version", "vx " VX_VERSION, "show the version");
+    app.footer(kExamples);
+    app.formatter(std::make_shared<HelpText>());
+    app.require_subcommand(0, 1);
+    std::string known;
+    std::vector<std::pair<CLI::App *, Runner>> runners;
+    for (const CommandRow &row : kCommands) {
+        CLI::App *command = app.add_subcommand(row.name, row.help);
+        command->set_help_flag("-h,--help", "show this");
+        command->group("Commands")->allow_extras();
+        runners.emplace_back(command, row.make(command));
+        known += (known.empty() ? "" : ", ") + std::string(row.name);
+    }
+    app.allow_extras();
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &end) {
+        if (end.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+            (void)app.exit(end); // prints what was asked for
+            return std::fflush(stdout) == 0 ? Status::Done : Status::OutputFailed;
+        }
+        const std::string command = argv[1][0] == '-' ? "" : std::string(argv[1]) + " ";
+        throw UsageError(fmt::format("{}: see vx {}--help", ParseProblem(end), command));
+    }
+
+    for (const auto &[command, run] : runners) {
+        if (!command->parsed())
+            continue;
+        if (const std::string stray = StrayOption(*command); !stray.empty())
+            throw UsageError(
+                fmt::format("no option \"{}\": vx {} --help lists them", stray, command->get_name()));
+        return run(messages);
+    }
+    if (const std::string stray = StrayOption(app); !stray.empty())
+        throw UsageError(stray[0] == '-' ? fmt::format("no option \"{}\": see vx --help", stray)
+                                         : fmt::format("no command \"{}\": give one of {}", stray, known));
+    std::fputs(app.help().c_str(), stderr);
+    return Status::Usage;
+}
+
+} // namespace
+
+} // namespace vxhost
+
+int main(int argc, char **argv)
+{
+    using namespace vxhost;
+    Messages messages;
+    // A reader that leaves and a file that may not grow are errors of write, not ends of the program.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    CatchInterrupts();
+    Status status = Status::Usage;
+    try {
+        status = RunCommandLine(argc, argv, &messages);
+    } catch (const UsageError &error) {
+        messages.Error("", error.what());
+    } catch (const std::exception &error) {
+        messages.Error("", error.what());
+        status = Status::InputFailed;
+    }
+    return static_cast<int>(status);
+}

@@ -1,0 +1,76 @@
+#include "cli/Messages.h"
+
+#include "cli/Text.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <unistd.h>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr size_t kMaxSubject = 4096; // a path is never cut
+constexpr size_t kMaxText = 1000;
+
+// One write, so that lines of several processes do not mix. What cannot be told is lost: there is nowhere else
+// to tell it.
+void WriteToStandardError(std::string_view text)
+{
+    while (!text.empty()) {
+        const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
+        if (written < 0 && errno != EINTR)
+            return;
+        text.remove_prefix(written < 0 ? 0 : static_cast<size_t>(written));
+    }
+}
+
+} // namespace
+
+void Messages::Error(std::string_view subject, std::string_view text)
+{
+    Say(subject, text);
+}
+
+void Messages::Warning(std::string_view subject, std::string_view text)
+{
+    if (verbosity_ != Verbosity::Quiet)
+        Say(subject, fmt::format("warning: {}", text));
+}
+
+void Messages::Detail(std::string_view subject, std::string_view text)
+{
+    if (verbosity_ == Verbosity::Detailed)
+        Say(subject, text);
+}
+
+void Messages::Say(std::string_view subject, std::string_view text)
+{
+    EraseProgress();
+    std::string line = "vx: ";
+    if (!subject.empty())
+        line += Printable(subject, kMaxSubject) + ": ";
+    line += Printable(text, kMaxText) + "\n";
+    if (said_.insert(line).second)
+        WriteToStandardError(line);
+}
+
+void Messages::Progress(std::string_view subject, int percent)
+{
+    if (!showProgress_)
+        return;
+    WriteToStandardError(fmt::format("\r\x1B[K{} {} %", Printable(subject, 60), percent));
+    progressStands_ = true;
+}
+
+void Messages::EraseProgress()
+{
+    if (progressStands_)
+        WriteToStandardError("\r\x1B[K");
+    progressStands_ = false;
+}
+
+} // namespace vxhost

@@ -1,0 +1,40 @@
+// What the command tells a person, on standard error: one line each, never the same twice, and the progress of
+// the document at hand.
+//
+//   vx: FILE: what is wrong with which value: what to do
+#pragma once
+
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace vxhost
+{
+
+enum class Verbosity { Quiet, Normal, Detailed };
+
+class Messages
+{
+  public:
+    void SetVerbosity(Verbosity verbosity) { verbosity_ = verbosity; }
+    void ShowProgress(bool show) { showProgress_ = show; }
+
+    // An empty subject is left out. Unprintable bytes in either are escaped.
+    void Error(std::string_view subject, std::string_view text);
+    void Warning(std::string_view subject, std::string_view text); // not when quiet
+    void Detail(std::string_view subject, std::string_view text);  // only when detailed
+
+    // Shown in place, until the next message or EraseProgress.
+    void Progress(std::string_view subject, int percent);
+    void EraseProgress();
+
+  private:
+    void Say(std::string_view subject, std::string_view text);
+
+    Verbosity verbosity_ = Verbosity::Normal;
+    bool showProgress_ = false;
+    bool progressStands_ = false;
+    std::set<std::string, std::less<>> said_;
+};
+
+} // namespace vxhost

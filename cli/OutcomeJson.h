@@ -1,0 +1,28 @@
+// Outcomes, header facts and findings as JSON, which is how a worker hands them to its parent.
+#pragma once
+
+#include "cli/Session.h"
+#include "host/Outcome.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vxhost
+{
+
+NLOHMANN_JSON_SERIALIZE_ENUM(FontMatch, {{FontMatch::Missing, "missing"},
+                                         {FontMatch::Exact, "exact"},
+                                         {FontMatch::StandIn, "stand-in"},
+                                         {FontMatch::Substitute, "substitute"}})
+
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Box, left, bottom, right, top)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Report, number, title, message)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FontUse, asked, served, file, match, strings, characters, missingGlyphs)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Counts, fills, strokes, clips, segments, shows, gray, cmyk, overprint)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, result, box, headerAccepted, monochrome, bytesRead, bytesTotal,
+                                   peakHeap, memoryLimitHit, deviceError, reports, fonts, counts)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HeaderFacts, hasPrefix, recognised, hasBox, version, epsWrapper, lineEnds,
+                                   firstLine, title, creator, creationDate, processColours, customColours,
+                                   fonts)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, inputError, limitError, writeError)
+
+} // namespace vxhost

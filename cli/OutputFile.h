@@ -1,0 +1,48 @@
+// One result on its way to its place: it appears there whole, or not at all.
+//
+// For a file it is written under a temporary name in the same folder and renamed at the end. For standard
+// output, a device or a pipe it is kept in an unnamed file and copied at the end. Either way a document that
+// fails half way leaves no trace.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace vxhost
+{
+
+// Writes all; false with errno set when it cannot.
+bool WriteAll(int descriptor, std::string_view bytes);
+
+// The system's words for an errno, in lower case.
+std::string SystemText(int error);
+
+class OutputFile
+{
+  public:
+    // "-" is standard output. Null on failure, with error one line for a person.
+    static std::unique_ptr<OutputFile> Create(const std::string &path, std::string *error);
+    OutputFile(const OutputFile &) = delete;
+    OutputFile &operator=(const OutputFile &) = delete;
+    ~OutputFile(); // gives up what was not committed
+
+    int Descriptor() const { return descriptor_; } // readable, writable, seekable
+
+    // On failure error says why; it is empty when whoever read our standard output has left.
+    bool Commit(std::string *error);
+
+  private:
+    OutputFile() = default;
+    bool CreateBeside(std::string *error);
+    bool Spool(std::string *error);
+    bool Rename(std::string *error);
+    bool CopyTo(int target, std::string *error);
+
+    std::string path_;      // links resolved
+    std::string temporary_; // empty: spooled
+    int descriptor_ = -1;
+    int target_ = -1; // where a spooled result goes
+};
+
+} // namespace vxhost

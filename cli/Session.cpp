@@ -1,0 +1,206 @@
+#include "cli/Session.h"
+
+#include "cli/OutcomeJson.h"
+#include "cli/OutputFile.h"
+#include "cli/Text.h"
+#include "cli/Values.h"
+#include "host/fonts/FontconfigFonts.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <unistd.h>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+// The one beside the program, in a build tree as in an installation, unless the user names another.
+std::unique_ptr<Plugin> LoadPlugin(const std::string &named, std::string *path)
+{
+    std::error_code failure;
+    const fs::path program = fs::read_symlink("/proc/self/exe", failure);
+    const fs::path beside = program.parent_path().parent_path() / "lib/vx/vxparser.so";
+    // Absolute, or the loader would look for a bare name in the folders of libraries.
+    *path = named.empty() ? beside.string() : fs::absolute(named, failure).string();
+    if (!fs::exists(*path, failure))
+        throw UsageError(fmt::format("{}: no such plug-in: {}", *path,
+                                     named.empty() ? "install it there, or name one with --plugin"
+                                                   : "check the name after --plugin"));
+    std::string error;
+    std::unique_ptr<Plugin> plugin = Plugin::Load(*path, &error);
+    if (plugin == nullptr)
+        throw UsageError(fmt::format("{}: {}", *path, error));
+    return plugin;
+}
+
+std::string ResultError(const Finding &finding, const Purpose &purpose, const std::string &input, size_t size)
+{
+    const Outcome &outcome = finding.outcome;
+    switch (outcome.result) {
+    case kVXOk:
+        return "";
+    case kVXStoppedByUser:
+        return fmt::format("stopped{}", purpose.lost);
+    case kVXBadFormat:
+        if (!outcome.headerAccepted)
+            return WhyRefused(finding.header, size);
+        return fmt::format("malformed near byte {} of {}{}: {}", outcome.bytesRead, size, purpose.lost,
+                           purpose.isTrace ? std::string("the last calls above come just before it")
+                                           : fmt::format("vx trace {} shows how far it got", input));
+    default:
+        return fmt::format("the plug-in gave result {}{}: see whether --plugin names the right one",
+                           outcome.result, purpose.lost);
+    }
+}
+
+std::string OutOfMemoryError(const Purpose &purpose, int64_t limit)
+{
+    return fmt::format("needs more than {} of memory{}: allow more with --max-memory", SizeText(limit),
+                       purpose.lost);
+}
+
+std::string WithoutFullStop(std::string text)
+{
+    text = ToUtf8(text);
+    text.erase(text.find_last_not_of(" .") + 1);
+    return text;
+}
+
+std::vector<std::string> Warnings(const Outcome &outcome)
+{
+    std::vector<std::string> warnings;
+    for (const Report &report : outcome.reports)
+        warnings.push_back(WithoutFullStop(report.message.empty() ? report.title : report.message));
+    for (const FontUse &font : outcome.fonts) {
+        if (font.match == FontMatch::Substitute)
+            warnings.push_back(
+                fmt::format("no font \"{}\", drawn with \"{}\": install it", font.asked, font.served));
+        if (font.match == FontMatch::Missing)
+            warnings.push_back(fmt::format("no font \"{}\", drawn as boxes: install it", font.asked));
+    }
+    return warnings;
+}
+
+} // namespace
+
+std::string InputName(const std::string &input)
+{
+    return input == "-" ? "standard input" : input;
+}
+
+Session::Session(const CommonOptions &options, Messages *messages) : options_(options), messages_(messages)
+{
+    messages_->SetVerbosity(options.verbosity);
+    messages_->ShowProgress(options.showProgress);
+    std::string path;
+    plugin_ = LoadPlugin(options.plugin, &path);
+    messages_->Detail("", fmt::format("plug-in {}", path));
+    fonts_ = MakeFontconfigFonts();
+}
+
+Verdict Session::Interpret(const std::string &input, const Purpose &purpose, const Work &work,
+                           const std::function<Status()> &prepare)
+{
+    std::string error;
+    const std::unique_ptr<Document> document =
+        input == "-" ? Document::FromDescriptor(STDIN_FILENO, &error) : Document::Open(input, &error);
+    if (document == nullptr)
+        return Fail(Status::InputFailed, input, error);
+    if (prepare) {
+        const Status status = prepare();
+        if (status != Status::Done)
+            return {status, "", {}};
+    }
+
+    const std::string name = InputName(input);
+    const WorkerEnd end = RunWorker(options_.limits, TaskFor(*document, work),
+                                    [&](int percent) { messages_->Progress(name, percent); });
+    messages_->EraseProgress();
+    switch (end.fate) {
+    case WorkerFate::CannotStart:
+        return Fail(Status::InputFailed, input,
+                    fmt::format("no worker process, {}: try again later", end.detail));
+    case WorkerFate::OutOfTime:
+        return Fail(Status::LimitHit, input,
+                    fmt::format("not done after {} s{}: allow more with --max-time",
+                                Decimal(options_.limits.seconds), purpose.lost));
+    case WorkerFate::OutOfMemory:
+        return Fail(Status::LimitHit, input, OutOfMemoryError(purpose, options_.limits.memory));
+    case WorkerFate::Crashed:
+        return Fail(Status::WorkerCrashed, input,
+                    fmt::format("the worker process crashed, {}{}: keep the document and report it",
+                                end.detail, purpose.lost));
+    case WorkerFate::Finished:
+        break;
+    }
+    try {
+        return Judge(input, purpose, document->Bytes().size(),
+                     nlohmann::json::from_cbor(end.answer).get<Finding>());
+    } catch (const nlohmann::json::exception &) {
+        return Fail(Status::WorkerCrashed, input,
+                    fmt::format("the worker process answered nonsense{}: keep the document and report it",
+                                purpose.lost));
+    }
+}
+
+WorkerTask Session::TaskFor(const Document &document, const Work &work) const
+{
+    return [this, &document, &work](WorkerLink &link) {
+        ParseOptions parse;
+        parse.fonts = fonts_.get();
+        if (options_.limits.memory > 0) // one bound for both: together they stay under the worker's own
+            parse.maxHeap = parse.maxDrawing = options_.limits.memory;
+        if (options_.showProgress)
+            parse.onProgress = [&link](int64_t read, int64_t total) { link.Progress(read, total); };
+        Finding finding;
+        finding.header = ScanHeader(document.Bytes());
+        work(*plugin_, document, parse, &finding);
+        const std::vector<uint8_t> answer = nlohmann::json::to_cbor(nlohmann::json(finding));
+        return std::string(answer.begin(), answer.end());
+    };
+}
+
+Verdict Session::Judge(const std::string &input, const Purpose &purpose, size_t size, Finding finding)
+{
+    const Outcome &outcome = finding.outcome;
+    const std::vector<std::string> warnings = Warnings(outcome);
+    for (const std::string &warning : warnings)
+        messages_->Warning(InputName(input), warning);
+
+    Verdict verdict;
+    if (finding.writeError != 0) {
+        // A reader that left early, as head does, has what it wanted.
+        verdict.status = Status::OutputFailed;
+        if (finding.writeError != EPIPE)
+            verdict = Fail(
+                Status::OutputFailed, purpose.output,
+                fmt::format("cannot be written, {}: choose another place", SystemText(finding.writeError)));
+    } else if (outcome.memoryLimitHit || outcome.result == kVXOutOfMemory) {
+        verdict = Fail(Status::LimitHit, input, OutOfMemoryError(purpose, options_.limits.memory));
+    } else if (std::string error = ResultError(finding, purpose, input, size); !error.empty()) {
+        verdict = Fail(Status::InputFailed, input, std::move(error));
+    } else if (!finding.limitError.empty()) {
+        verdict = Fail(Status::LimitHit, input, finding.limitError);
+    } else if (!finding.inputError.empty()) {
+        verdict = Fail(Status::InputFailed, input, finding.inputError);
+    } else if (options_.strict && !warnings.empty()) {
+        verdict.status = Status::Warned;
+    }
+    verdict.finding = std::move(finding);
+    return verdict;
+}
+
+Verdict Session::Fail(Status status, const std::string &input, std::string error)
+{
+    messages_->Error(InputName(input), error);
+    return {status, std::move(error), {}};
+}
+
+} // namespace vxhost

@@ -1,0 +1,100 @@
+#include "cli/Text.h"
+
+#include <fmt/format.h>
+
+#include <cstdint>
+
+namespace vxhost
+{
+
+namespace
+{
+
+// The length of the UTF-8 sequence that text begins with; 0: none that is well formed.
+size_t SequenceLength(std::string_view text)
+{
+    const auto byteAt = [&](size_t i) { return static_cast<uint8_t>(text[i]); };
+    const uint8_t lead = byteAt(0);
+    if (lead < 0x80)
+        return 1;
+    const size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4 || text.size() < length)
+        return 0;
+    for (size_t i = 1; i < length; ++i) {
+        if ((byteAt(i) & 0xC0) != 0x80)
+            return 0;
+    }
+    // Overlong forms, surrogates, and what lies past U+10FFFF.
+    const uint8_t second = byteAt(1);
+    if ((lead == 0xE0 && second < 0xA0) || (lead == 0xED && second > 0x9F) ||
+        (lead == 0xF0 && second < 0x90) || (lead == 0xF4 && second > 0x8F))
+        return 0;
+    return length;
+}
+
+// Controls, and the marks that turn the direction of a line round: a hostile name must not rewrite a message.
+bool IsShown(std::string_view sequence)
+{
+    const auto lead = static_cast<uint8_t>(sequence[0]);
+    if (sequence.size() == 1)
+        return lead >= 0x20 && lead != 0x7F;
+    const auto second = static_cast<uint8_t>(sequence[1]);
+    if (sequence.size() == 2)
+        return lead != 0xC2 || second >= 0xA0;
+    const auto third = static_cast<uint8_t>(sequence[2]);
+    const bool isFormat =
+        lead == 0xE2 &&
+        ((second == 0x80 && ((third >= 0x8B && third <= 0x8F) || (third >= 0xA8 && third <= 0xAE))) ||
+         (second == 0x81 && third >= 0xA6 && third <= 0xA9));
+    return !isFormat;
+}
+
+} // namespace
+
+std::string Printable(std::string_view bytes, size_t most)
+{
+    std::string shown;
+    while (!bytes.empty()) {
+        const size_t length = SequenceLength(bytes);
+        const std::string_view sequence = bytes.substr(0, length == 0 ? 1 : length);
+        std::string next;
+        if (length > 0 && IsShown(sequence)) {
+            next = sequence;
+        } else {
+            for (const char character : sequence)
+                next += fmt::format("\\x{:02X}", static_cast<uint8_t>(character));
+        }
+        if (shown.size() + next.size() > most)
+            return shown + "...";
+        shown += next;
+        bytes.remove_prefix(sequence.size());
+    }
+    return shown;
+}
+
+std::string ToUtf8(std::string_view bytes)
+{
+    std::string text;
+    while (!bytes.empty()) {
+        const size_t length = SequenceLength(bytes);
+        if (length == 0)
+            text += "\xEF\xBF\xBD";
+        else
+            text += bytes.substr(0, length);
+        bytes.remove_prefix(length == 0 ? 1 : length);
+    }
+    return text;
+}
+
+std::string Decimal(double value, int digits)
+{
+    std::string text = fmt::format("{:.{}f}", value, digits);
+    if (text.find('.') != std::string::npos) {
+        text.erase(text.find_last_not_of('0') + 1);
+        if (text.back() == '.')
+            text.pop_back();
+    }
+    return text == "-0" ? "0" : text;
+}
+
+} // namespace vxhost

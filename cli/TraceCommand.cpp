@@ -1,0 +1,96 @@
+#include "cli/TraceCommand.h"
+
+#include "cli/OutputFile.h"
+#include "cli/Session.h"
+#include "devices/trace/TraceJson.h"
+#include "devices/trace/TraceLines.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cerrno>
+#include <memory>
+#include <unistd.h>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr size_t kWriteSize = size_t{1} << 16;
+
+// Lines on their way to standard output, in large pieces. After a failure the rest is dropped.
+class LineWriter
+{
+  public:
+    LineSink Sink() { return {AddLine, this}; }
+
+    // The errno of the first failure, or 0.
+    int Finish()
+    {
+        Flush();
+        return error_;
+    }
+
+  private:
+    static void AddLine(void *to, std::string_view text)
+    {
+        auto *writer = static_cast<LineWriter *>(to);
+        writer->buffer_ += text;
+        writer->buffer_ += '\n';
+        if (writer->buffer_.size() >= kWriteSize)
+            writer->Flush();
+    }
+
+    void Flush()
+    {
+        if (error_ == 0 && !WriteAll(STDOUT_FILENO, buffer_))
+            error_ = errno;
+        buffer_.clear();
+    }
+
+    std::string buffer_;
+    int error_ = 0;
+};
+
+} // namespace
+
+// No time limit unless asked for: the reader may be a person with a pager.
+TraceCommand::TraceCommand(CLI::App *command) : common_("0")
+{
+    command->add_flag("--json", json_, "one JSON object a line: {\"call\":\"moveto\",\"args\":[1,2.5]}");
+    common_.AddTo(command);
+    command->footer("Examples:\n"
+                    "  vx trace harp.vx | less\n"
+                    "  vx trace --json harp.vx | jq -r .call | sort | uniq -c");
+}
+
+Status TraceCommand::Run(Messages *messages) const
+{
+    const CommonOptions options = common_.Read();
+    if (options.inputs.size() > 1)
+        throw UsageError("more than one FILE: trace one at a time");
+    Session session(options, messages);
+    const bool json = json_;
+    const Work work = [json](const Plugin &plugin, const Document &document, const ParseOptions &parse,
+                             Finding *finding) {
+        LineWriter lines;
+        std::unique_ptr<TraceWriter> writer;
+        if (json)
+            writer = std::make_unique<TraceJson>(lines.Sink());
+        else
+            writer = std::make_unique<TraceLines>(lines.Sink());
+        TraceTable table(writer.get());
+        ParseOptions traced = parse;
+        traced.onReport = [&table](const Report &report) {
+            table.Report(report.number);
+            return false;
+        };
+        finding->outcome = plugin.Parse(document, traced, table.Procs(), table.Drawing());
+        table.Finish(finding->outcome.result);
+        finding->writeError = lines.Finish();
+    };
+    return session.Interpret(options.inputs[0], {"", "standard output", true}, work).status;
+}
+
+} // namespace vxhost

@@ -1,0 +1,538 @@
+"""The vx command as a user runs it: words in; files, lines and exit statuses out.
+
+The environment names what is tested: VX the program, VX_HOSTILE_PLUGIN a plug-in that misbehaves as VX_HOSTILE says,
+VX_SANITIZED whether both are instrumented.
+"""
+import json
+import os
+import resource
+import signal
+import stat
+import struct
+import sys
+import time
+import unittest
+
+from vxcommand import CommandTest, LEFT_HALF, Png, SANITIZED, document
+
+
+class Usage(CommandTest):
+    def test_help_shows_examples(self):
+        for words in (["--help"], ["-h"], ["info", "--help"], ["render", "-h"], ["trace", "--help"]):
+            output, messages = self.run_vx(*words)
+            self.assertIn(b"Examples:\n  vx ", output, words)
+            self.assertIn(b"Usage: vx ", output, words)
+            self.assertNotIn(b"\n\n\n", output, words)
+            self.assertEqual(messages, [])
+
+    def test_no_words_shows_help_as_an_error(self):
+        process = self.start()
+        output, errors = process.communicate(timeout=60)
+        self.assertEqual((process.returncode, output), (2, b""))
+        self.assertIn(b"Examples:", errors)
+
+    def test_version(self):
+        self.assertRegex(self.run_vx("--version")[0].decode(), r"^vx \d+\.\d+\.\d+\n$")
+        self.assertEqual(self.run_vx("-V")[0], self.run_vx("--version")[0])
+
+    # Words of the command line, and what the one message must name.
+    REFUSED = [
+        (["rendr", "a.vx"], 'no command "rendr"'),
+        (["--frobnicate"], 'no option "--frobnicate"'),
+        (["info", "--frobnicate", "a.vx"], "vx info --help"),
+        (["info"], "no FILE"),
+        (["info", "-", "-"], "standard input can be read once"),
+        (["info", "-q", "-v", "a.vx"], "-q and -v"),
+        (["info", "a.vx", "--max-time", "soon"], "--max-time soon"),
+        (["info", "a.vx", "--max-time", "-1"], "--max-time -1"),
+        (["info", "a.vx", "--max-memory", "lots"], "--max-memory lots"),
+        (["info", "a.vx", "--max-memory", "1k"], "--max-memory 1k"),
+        (["info", "a.vx", "--progress", "maybe"], "--progress maybe"),
+        (["info", "a.vx", "--plugin", "no-such.so"], "no-such.so"),
+        (["info", "a.vx", "--plugin", "a.vx"], "cannot be loaded"),
+        (["info", "a.vx", "--plugin"], "--plugin needs a value"),
+        (["trace", "a.vx", "b.vx"], "one at a time"),
+        (["render", "a.vx"], "add -o"),
+        (["render", "-o", "a.png"], "no FILE"),
+        (["render", "a.vx", "-o", "a.png", "-o", "b.png"], "more than once"),
+        (["render", "a.vx", "-o", "a.pdf"], "pdf output is not in this version"),
+        (["render", "a.vx", "-o", "a"], "pass -f png"),
+        (["render", "a.vx", "-o", "-"], "pass -f png"),
+        (["render", "a.vx", "-o", "a.svg"], "svg output is not in this version"),
+        (["render", "a.vx", "-f", "gif", "-o", "a.gif"], "--format gif"),
+        (["render", "a.vx", "-o", "a.vx"], "overwrite the input"),
+        (["render", "a.vx", "-f", "png", "-o", "./../{dir}/a.vx", "--box", "1"], "--box 1"),
+        (["render", "a.vx", "b.vx", "-o", "a.png"], "would both be written"),
+        (["render", "a.vx", "b.vx", "-f", "png", "-o", "-"], "would both be written"),
+        (["render", "a.vx", "-o", "a.png", "--dpi", "high"], "--dpi high"),
+        (["render", "a.vx", "-o", "a.png", "--dpi", "0"], "--dpi 0"),
+        (["render", "a.vx", "-o", "a.png", "--zoom", "-2"], "--zoom -2"),
+        (["render", "a.vx", "-o", "a.png", "--width", "0"], "--width 0"),
+        (["render", "a.vx", "-o", "a.png", "--height", "10.5"], "--height 10.5"),
+        (["render", "a.vx", "-o", "a.png", "--fit", "9999999"], "--fit 9999999"),
+        (["render", "a.vx", "-o", "a.png", "--dpi", "72", "--zoom", "2"], "more than one size"),
+        (["render", "a.vx", "-o", "a.png", "--fit", "9", "--width", "9"], "more than one size"),
+        (["render", "a.vx", "-o", "a.png", "--background", "reddish"], "--background reddish"),
+        (["render", "a.vx", "-o", "a.png", "--box", "0,0,10"], "--box 0,0,10"),
+        (["render", "a.vx", "-o", "a.png", "--box", "5,0,5,10"], "the box is empty"),
+        (["render", "a.vx", "-o", "a.png", "--profile", "no.icc"], "no.icc"),
+        (["render", "a.vx", "-o", "a.png", "--profile", "a.vx"], "a.vx"),
+        (["render", "a.vx", "-o", "a.png", "--intent", "best"], "--intent best"),
+        (["render", "a.vx", "-o", "a.png", "--overprint", "on"], "--overprint on"),
+        (["render", "a.vx", "-o", "a.png", "--samples", "3"], "--samples 3"),
+        (["render", "a.vx", "-o", "a.png", "--script", "greek"], "--script greek"),
+        (["render", "a.vx", "-o", "a.png", "--text", "outlines"], "--text is not in this version"),
+        (["render", "a.vx", "-o", "a.png", "--pdf-x", "x3"], "--pdf-x is not in this version"),
+        (["render", "a.vx", "-o", "a.png", "--font-dir", "."], "--font-dir is not in this version"),
+        (["render", "a.vx", "-o", "a.png", "--font-map", "m"], "--font-map is not in this version"),
+        (["render", "a.vx", "-o", "a.png", "--no-system-fonts"], "--no-system-fonts is not in this version"),
+        (["render", "a.vx", "-o", "a.png", "--missing-fonts", "fail"], "--missing-fonts is not in this version"),
+    ]
+
+    def test_wrong_command_lines_are_told_in_one_line(self):
+        self.write("a.vx", document())
+        self.write("b.vx", document())
+        for words, told in self.REFUSED:
+            with self.subTest(words=words):
+                self.assertIn(told, self.refused(*words, status=2))
+                self.assertEqual(self.files(), ["a.vx", "b.vx"])
+
+
+class Inputs(CommandTest):
+    # What is no document, and what the message says of it. Each must hold for all commands.
+    REFUSED = [
+        (b"", "the file is empty"),
+        (b"%!PS-Tavro-", "not a VX document"),
+        (b"GIF89a and then some more bytes", 'first line is "GIF89a and then some more bytes": drawings start with'),
+        (b"\x00\x1b[2Jx" + bytes(100), 'first line is "\\x00\\x1B[2Jx'),
+        (b"x" * 500, "x" * 40 + '..."'),
+        (b" " + document(), "not a VX document"),
+        (b"\xc5\xd0\xd3\xc6" + struct.pack("<II", 4000, 10), "EPS wrapper has no drawing inside"),
+        (document().replace(b"%VX5_FileFormat 3\n", b""), "names no version"),
+        (document(box="(atend)"), 'no "%%BoundingBox:" of four numbers'),
+    ]
+
+    def test_what_is_no_document_is_told_in_one_line(self):
+        for data, told in self.REFUSED:
+            self.write("x.vx", data)
+            for words in (["info"], ["render", "-o", "x.png"]):
+                with self.subTest(data=data[:20], words=words):
+                    message = self.refused(*words, "x.vx", status=1)
+                    self.assertTrue(message.startswith("vx: x.vx: "), message)
+                    self.assertIn(told, message)
+                    self.assertEqual(self.files(), ["x.vx"])
+
+    def test_missing_file_and_directory(self):
+        os.mkdir(self.path("folder"))
+        for words in (["info"], ["trace"], ["render", "-o", "x.png"]):
+            self.assertIn("vx: no.vx: no such file", self.refused(*words, "no.vx", status=1))
+            self.assertIn("vx: folder: is a directory", self.refused(*words, "folder", status=1))
+        self.assertEqual(self.files(), ["folder"])
+
+    def test_a_name_cannot_write_on_the_terminal(self):
+        self.assertIn("a\\x1B[2Jb\\x0A.vx", self.refused("info", "a\x1b[2Jb\n.vx", status=1))
+
+    def test_line_ends_and_wrapper_make_no_difference(self):
+        plain = document()
+        self.write("plain.vx", plain)
+        expected, _ = self.run_vx("trace", "plain.vx")
+        wrapped = struct.pack("<4sII", b"\xc5\xd0\xd3\xc6", 30, len(plain)) + bytes(18) + plain + b"preview"
+        for name, data, told in [("cr", plain.replace(b"\n", b"\r"), "line ends CR"),
+                                 ("crlf", plain.replace(b"\n", b"\r\n"), "line ends CR LF"),
+                                 ("eps", wrapped, "in a binary EPS wrapper")]:
+            self.write(name, data)
+            self.assertEqual(self.run_vx("trace", name)[0], expected, name)
+            self.assertIn(told, self.run_vx("info", name)[0].decode())
+
+    def test_malformed_documents_say_where_and_cost_nothing(self):
+        # Four operands of the wrong count for a colour, after 3000 lines that are right.
+        body = "0 0 m\n" * 3000 + "0 1 k\n" + "0 0 m\n" * 3000
+        data = document(body)
+        self.write("bad.vx", data)
+        message = self.refused("render", "bad.vx", "-o", "bad.png", status=1)
+        self.assertRegex(message, r"^vx: bad\.vx: malformed near byte \d+ of %d, nothing written: "
+                                  r"vx trace bad\.vx shows how far it got$" % len(data))
+        near = int(message.split("byte ")[1].split()[0])
+        self.assertLess(abs(near - data.index(b"0 1 k")), 20000)
+        self.assertEqual(self.files(), ["bad.vx"])
+        output, messages = self.run_vx("trace", "bad.vx", status=1)
+        self.assertEqual(output.splitlines()[-1], b"result -30601")
+        self.assertEqual(output.count(b"moveto 0 0\n"), 3000)
+        self.assertEqual(len(messages), 1)
+
+    def test_several_inputs_go_on_and_the_worst_wins(self):
+        self.write("good.vx", document())
+        self.write("bad.vx", b"GIF89a, of some length")
+        output, messages = self.run_vx("render", "bad.vx", "no.vx", "good.vx", "-o", "{stem}.png", status=1)
+        self.assertEqual(len(messages), 2)
+        self.assertEqual(self.files(), ["bad.vx", "good.png", "good.vx"])
+
+
+class Info(CommandTest):
+    def test_text(self):
+        self.write("a.vx", document())
+        output, messages = self.run_vx("info", "a.vx")
+        self.assertEqual(messages, [])
+        lines = output.decode().splitlines()
+        self.assertEqual(lines[0], "a.vx: VX document, version 5")
+        rows = {line[2:18].strip(): line[18:] for line in lines[1:]}
+        self.assertEqual(rows["title"], "A (small) square")
+        self.assertEqual(rows["creator"], "by hand")
+        self.assertEqual(rows["box"], "0 0 72 36")
+        self.assertEqual(rows["size"], "72 x 36 pt, 25.4 x 12.7 mm")
+        self.assertEqual(rows["colour"], "CMYK")
+        self.assertTrue(rows["uses"].startswith("1 fill, 0 strokes, 0 clips, "), rows["uses"])
+
+    def test_json_is_one_object_a_line_for_every_input(self):
+        self.write("a.vx", document("0.5 G\n0 0 m\n9 9 l\nS\n1 0 0 0 K\n0 0 m\n9 9 l\nS\n1 2 Qx\n", "0 0 10.5 20"))
+        self.write("b.vx", b"no document, but long enough")
+        output, messages = self.run_vx("info", "--json", "a.vx", "b.vx", "no.vx", "-", status=1, stdin=document())
+        first, second, third, fourth = [json.loads(line) for line in output.decode().splitlines()]
+        self.assertEqual((first["file"], first["vx"], first["version"]), ("a.vx", True, 5))
+        self.assertEqual((first["box"], first["points"]), ([0, 0, 10.5, 20], [10.5, 20]))
+        self.assertEqual(first["uses"]["strokes"], 2)
+        self.assertEqual([first["uses"][key] for key in ("gray", "cmyk", "overprint")], [True, True, False])
+        self.assertEqual([problem["number"] for problem in first["problems"]], [3])
+        self.assertEqual((second["vx"], "not a VX document" in second["error"]), (False, True))
+        self.assertEqual((third["vx"], "no such file" in third["error"]), (False, True))
+        self.assertEqual((fourth["file"], fourth["vx"], fourth["title"]), ("-", True, "A (small) square"))
+        self.assertEqual(len(messages), 3)
+
+    def test_header_comments(self):
+        comments = ("%%CreationDate: (3/5/94) (10:12 AM)\n%%DocumentProcessColors: Cyan Black\n"
+                    "%%DocumentCustomColors: (Sea \\(dark\\)) (Sand)\n%%+ (Sky)\n%%DocumentFonts: Helvetica\n"
+                    "%%+ Times-Roman\n%%ColorUsage: Black&White\n")
+        data = document().replace(b"%%EndComments\n", comments.encode() + b"%%EndComments\n")
+        self.write("a.vx", data.replace(b"by hand", b"by \xff hand"))
+        facts = json.loads(self.run_vx("info", "--json", "a.vx")[0])
+        self.assertEqual(facts["creationDate"], "3/5/94 10:12 AM")
+        self.assertEqual(facts["processColours"], ["Cyan", "Black"])
+        self.assertEqual(facts["customColours"], ["Sea (dark)", "Sand", "Sky"])
+        self.assertEqual(facts["declaredFonts"], ["Helvetica", "Times-Roman"])
+        self.assertEqual(facts["creator"], "by \ufffd hand")
+        self.assertTrue(facts["monochrome"])
+
+    def test_versions(self):
+        marks = [("%%DocumentProcSets: Tavro_Vellumcraft", 2), ("%%+ procset Tavro_Vellumcraft_VX3 1", 3),
+                 ("%%Creator: Tavro Vellumcraft(TM) for Windows, version 4.1", 4), ("% VX5_FileFormat 3", 5)]
+        for mark, version in marks:
+            data = document().replace(b"%VX5_FileFormat 3", mark.encode())
+            self.write("a.vx", data)
+            self.assertEqual(json.loads(self.run_vx("info", "--json", "a.vx")[0])["version"], version, mark)
+
+    def test_problems_are_warned_of_once(self):
+        self.write("a.vx", document("1 2 Qx\n3 4 Qx\n"))
+        output, messages = self.run_vx("info", "a.vx")
+        self.assertEqual(len(messages), 1)
+        self.assertTrue(messages[0].startswith("vx: a.vx: warning: "), messages)
+        self.assertIn(b"  problem ", output)
+        self.assertEqual(self.run_vx("info", "-q", "a.vx"), (output, []))
+        self.assertEqual(len(self.run_vx("info", "--strict", "a.vx", status=3)[1]), 1)
+        self.assertEqual(self.run_vx("info", "--strict", "-q", "a.vx", status=3)[1], [])
+
+
+class Render(CommandTest):
+    def render(self, *words, data=None):
+        self.write("a.vx", data if data is not None else document())
+        self.run_vx("render", "a.vx", "-o", "a.png", *words)
+        png = Png(self.read("a.png"))
+        self.assertTrue(png.ended)
+        return png
+
+    def test_left_half_is_black(self):
+        png = self.render("--dpi", "72", "--profile", "none")
+        self.assertEqual((png.width, png.height), (72, 36))
+        self.assertEqual([png.pixel(x, 18)[:3] for x in (0, 35, 36, 71)], [(0, 0, 0)] * 2 + [(255, 255, 255)] * 2)
+
+    # The page is 1 by half an inch.
+    SIZES = [
+        ([], (150, 75)),
+        (["--dpi", "300"], (300, 150)),
+        (["-z", "2.5"], (180, 90)),
+        (["--width", "100"], (100, 50)),
+        (["--height", "100"], (200, 100)),
+        (["--width", "30", "--height", "40"], (30, 40)),
+        (["--fit", "64"], (64, 32)),
+        (["--dpi", "1"], (1, 1)),
+        (["--box", "0,0,36,36", "-z", "1"], (36, 36)),
+        (["--box", "36,36,0,0", "-z", "1"], (36, 36)),
+        (["--box", "-72,0,72,36", "--fit", "64"], (64, 16)),
+    ]
+
+    def test_sizes(self):
+        for words, size in self.SIZES:
+            with self.subTest(words=words):
+                png = self.render(*words)
+                self.assertEqual((png.width, png.height), size)
+
+    def test_background(self):
+        for colour, expected in [("red", (255, 0, 0)), ("#0f8", (0, 255, 136)), ("#010203", (1, 2, 3))]:
+            png = self.render("-b", colour)
+            self.assertEqual(png.pixel(png.width - 1, 0)[:3], expected)
+        png = self.render("-b", "none", "--profile", "none")
+        self.assertEqual(png.pixel(png.width - 1, 0)[3], 0)
+        self.assertEqual(png.pixel(0, 0), (0, 0, 0, 255))
+
+    def test_box_shows_that_part(self):
+        png = self.render("--box", "36,0,72,36", "-z", "1")
+        self.assertEqual({png.pixel(x, 18)[:3] for x in range(png.width)}, {(255, 255, 255)})
+
+    def test_profile_and_intent_change_the_black(self):
+        plain = self.render("--profile", "none").pixel(0, 0)
+        press = self.render().pixel(0, 0)
+        self.assertEqual(plain[:3], (0, 0, 0))
+        self.assertNotEqual(press, plain)
+        self.render("--intent", "perceptual")
+
+    def test_overprint(self):
+        # Magenta overprints cyan: blue where it is simulated, magenta where it is not.
+        body = "1 0 0 0 k\n0 0 m\n72 0 l\n72 36 l\n0 36 l\nf\n1 O\n0 1 0 0 k\n0 0 m\n72 0 l\n72 36 l\n0 36 l\nf\n"
+        words = ["--profile", "none", "--overprint"]
+        self.assertEqual(self.render(*words, "simulate", data=document(body)).pixel(9, 9)[:3], (0, 0, 255))
+        self.assertEqual(self.render(*words, "ignore", data=document(body)).pixel(9, 9)[:3], (255, 0, 255))
+
+    def test_samples(self):
+        # At one pixel an inch the page's only pixel is half black: one sample decides, or many mix.
+        words = ["--dpi", "1", "--profile", "none", "--samples"]
+        self.assertIn(self.render(*words, "1").pixel(0, 0)[0], (0, 255))
+        self.assertIn(self.render(*words, "8").pixel(0, 0)[0], range(100, 200))
+
+    def test_same_input_same_bytes(self):
+        self.render()
+        first = self.read("a.png")
+        self.render()
+        self.assertEqual(self.read("a.png"), first)
+
+    def test_standard_input_and_output(self):
+        output, messages = self.run_vx("render", "-", "-f", "png", "-o", "-", stdin=document())
+        self.assertEqual(messages, [])
+        self.assertEqual(Png(output).width, 150)
+        self.assertEqual(self.files(), [])
+
+    def test_empty_box_needs_an_option(self):
+        self.write("a.vx", document(box="5 5 5 5"))
+        self.assertIn("--box", self.refused("render", "a.vx", "-o", "a.png", status=1))
+        self.run_vx("render", "a.vx", "-o", "a.png", "--box", "0,0,5,5")
+
+    def test_too_many_pixels_are_a_limit(self):
+        self.write("a.vx", document())
+        self.assertIn("too large", self.refused("render", "a.vx", "-o", "a.png", "--dpi", "99999", status=5))
+        self.assertEqual(self.files(), ["a.vx"])
+
+    def test_warnings_do_not_keep_the_picture_away(self):
+        self.write("a.vx", document("1 2 Qx\n" + LEFT_HALF))
+        for words, status, count in [([], 0, 1), (["-q"], 0, 0), (["--strict"], 3, 1)]:
+            messages = self.run_vx("render", "a.vx", "-o", "a.png", *words, status=status)[1]
+            self.assertEqual(len(messages), count)
+            self.assertEqual(Png(self.read("a.png")).width, 150)
+            os.remove(self.path("a.png"))
+
+    def test_verbose_tells_more(self):
+        self.write("a.vx", document())
+        messages = self.run_vx("render", "-v", "a.vx", "-o", "a.png")[1]
+        self.assertTrue(any("a.png: written" in message for message in messages), messages)
+
+    def test_progress_is_erased_and_never_in_a_file(self):
+        self.write("a.vx", document("0 0 m\n" * 20000 + LEFT_HALF))
+        self.assertEqual(self.run_vx("render", "a.vx", "-o", "a.png")[1], [])
+        process = self.start("render", "a.vx", "-o", "a.png", "--progress", "always")
+        errors = process.communicate(timeout=60)[1].decode()
+        self.assertIn("a.vx", errors)
+        self.assertIn(" %", errors)
+        self.assertTrue(errors.endswith("\r\x1b[K"), errors[-20:])
+        self.assertNotIn("\n", errors)
+
+    def test_progress_shows_on_a_terminal(self):
+        self.write("a.vx", document("0 0 m\n" * 20000 + LEFT_HALF))
+        for words, shown in [([], True), (["-q"], False), (["--progress", "never"], False)]:
+            near, far = os.openpty()
+            self.start("render", "a.vx", "-o", "a.png", *words, stderr=far).communicate(timeout=60)
+            os.write(far, b"end")  # so that there is something to read
+            os.close(far)
+            self.assertEqual(b" %" in os.read(near, 1 << 16), shown, words)
+            os.close(near)
+
+
+class Outputs(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.write("a.vx", document())
+
+    def test_patterns(self):
+        os.makedirs(self.path("in/deep"))
+        os.makedirs(self.path("out"))
+        self.write("in/deep/b.vx", document())
+        self.run_vx("render", "a.vx", "in/deep/b.vx", "-f", "png", "-o", "{dir}/{stem}-new.{ext}")
+        self.assertTrue(os.path.exists(self.path("a-new.png")))
+        self.assertTrue(os.path.exists(self.path("in/deep/b-new.png")))
+        self.run_vx("render", "a.vx", "in/deep/b.vx", "-f", "png", "-o", "out")
+        self.assertEqual(sorted(os.listdir(self.path("out"))), ["a.png", "b.png"])
+
+    def test_places_that_cannot_be_written(self):
+        os.mkdir(self.path("taken.png"))
+        os.mkdir(self.path("taken.png/a.png"))
+        for output, told in [("no/a.png", "vx: no/a.png: no such folder"), ("a.vx/b.png", "no such folder"),
+                             ("taken.png", "vx: taken.png/a.png: is a directory"),
+                             ("/dev/full", "no space left on device")]:
+            with self.subTest(output=output):
+                self.assertIn(told, self.refused("render", "a.vx", "-f", "png", "-o", output, status=4))
+        self.assertEqual(self.files(), ["a.vx", "taken.png"])
+
+    def test_standard_output_that_is_full(self):
+        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"]):
+            with open("/dev/full", "wb") as full:
+                messages = self.run_vx(*words, status=4, stdout=full)[1]
+            self.assertEqual(len(messages), 1)
+            self.assertIn("standard output", messages[0])
+
+    def test_standard_output_that_nobody_reads(self):
+        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"]):
+            reader, writer = os.pipe()
+            os.close(reader)
+            messages = self.run_vx(*words, status=4, stdout=writer)[1]
+            os.close(writer)
+            self.assertEqual(messages, [])
+
+    def test_a_file_that_may_not_grow(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100))
+
+        message = self.refused("render", "a.vx", "-o", "a.png", status=4, preexec_fn=limit)
+        self.assertTrue(message.startswith("vx: a.png: "), message)
+        self.assertEqual(self.files(), ["a.vx"])
+
+    def test_permissions(self):
+        self.run_vx("render", "a.vx", "-o", "new.png", preexec_fn=lambda: os.umask(0o027))
+        self.assertEqual(stat.S_IMODE(os.stat(self.path("new.png")).st_mode), 0o640)
+        os.chmod(self.path("new.png"), 0o604)
+        self.run_vx("render", "a.vx", "-o", "new.png")
+        self.assertEqual(stat.S_IMODE(os.stat(self.path("new.png")).st_mode), 0o604)
+
+    def test_a_link_stays_a_link(self):
+        self.write("target.png", b"old")
+        os.symlink("target.png", self.path("link.png"))
+        self.run_vx("render", "a.vx", "-o", "link.png")
+        self.assertTrue(os.path.islink(self.path("link.png")))
+        self.assertEqual(Png(self.read("target.png")).width, 150)
+
+    def test_a_device_stays_a_device(self):
+        self.run_vx("render", "a.vx", "-f", "png", "-o", "/dev/null")
+        self.assertTrue(stat.S_ISCHR(os.stat("/dev/null").st_mode))
+
+    def test_a_failure_keeps_what_was_there(self):
+        self.write("bad.vx", document("0 1 k\n"))
+        self.write("keep.png", b"old")
+        self.refused("render", "bad.vx", "-o", "keep.png", status=1)
+        self.assertEqual(self.read("keep.png"), b"old")
+        self.assertEqual(self.files(), ["a.vx", "bad.vx", "keep.png"])
+
+
+class Trace(CommandTest):
+    # Closing the path is part of "f"; the colour is sent when it is first needed.
+    CALLS = ["moveto 0 0", "lineto 36 0", "lineto 36 36", "lineto 0 36", "closepath", "comment path",
+             "setoverprint 0", "setcmykcolor 0 0 0 1", "fill", "result 0"]
+
+    def test_lines(self):
+        self.write("a.vx", document())
+        output, messages = self.run_vx("trace", "a.vx")
+        self.assertEqual(output.decode().splitlines(), self.CALLS)
+        self.assertEqual(messages, [])
+
+    def test_json_says_the_same(self):
+        output, _ = self.run_vx("trace", "--json", "-", stdin=document())
+        calls = [json.loads(line) for line in output.decode().splitlines()]
+        self.assertEqual([" ".join([call["call"], *map(str, call["args"])]) for call in calls], self.CALLS)
+
+    def test_reports_stand_where_they_are_raised(self):
+        self.write("a.vx", document("0 0 m\n1 2 Qx\n3 3 l\nn\n"))
+        output, messages = self.run_vx("trace", "a.vx")
+        lines = output.decode().splitlines()
+        self.assertEqual(lines[:3], ["moveto 0 0", "report 3", "lineto 3 3"])
+        self.assertEqual(len(messages), 1)
+
+    def test_more_than_a_pipe_holds(self):
+        self.write("a.vx", document("1.5 -2 m\n" * 100000))
+        output, _ = self.run_vx("trace", "a.vx")
+        self.assertEqual(output, b"moveto 1.5 -2\n" * 100000 + b"result 0\n")
+
+
+class Worker(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.write("a.vx", document())
+
+    def hostile(self, behaviour, *words, status):
+        message = self.refused("render", "a.vx", "-o", "a.png", *words, status=status, hostile=behaviour)
+        self.assertTrue(message.startswith("vx: a.vx: "), message)
+        self.assertEqual(self.files(), ["a.vx", "worker.pid"])
+        return message
+
+    def assert_worker_gone(self):
+        worker = int(self.read("worker.pid"))
+        for _ in range(100):
+            try:
+                os.kill(worker, 0)
+            except ProcessLookupError:
+                return
+            with open("/proc/%d/stat" % worker) as file:
+                if file.read().rsplit(")", 1)[1].split()[0] == "Z":
+                    return
+            time.sleep(0.05)
+        self.fail("the worker is still there")
+
+    def test_a_crash_is_one_message(self):
+        self.assertIn("crashed", self.hostile("crash", status=6))
+
+    def test_an_end_without_an_answer_is_a_crash(self):
+        self.assertIn("crashed", self.hostile("exit", status=6))
+
+    def test_a_worker_that_closes_its_pipe_is_ended(self):
+        self.assertIn("crashed", self.hostile("close", status=6))
+        self.assert_worker_gone()
+
+    def test_a_loop_ends_at_the_time_limit(self):
+        started = time.monotonic()
+        self.assertIn("--max-time", self.hostile("loop", "--max-time", "0.5", status=5))
+        self.assertLess(time.monotonic() - started, 30)
+        self.assert_worker_gone()
+
+    def test_the_hosts_memory_is_capped(self):
+        self.assertIn("--max-memory", self.hostile("memory", "--max-memory", "20M", status=5))
+
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more address space than a memory limit leaves")
+    def test_the_workers_memory_is_capped(self):
+        self.assertIn("64 MiB of memory", self.hostile("heap", "--max-memory", "64M", status=5))
+
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more address space than a memory limit leaves")
+    def test_a_picture_too_large_for_the_memory(self):
+        message = self.refused("render", "a.vx", "-o", "a.png", "--width", "16000", "--max-memory", "16M", status=5)
+        self.assertIn("memory", message)
+        self.assertEqual(self.files(), ["a.vx"])
+
+    def test_a_strange_result_is_an_error_of_the_input(self):
+        self.assertIn("-9999", self.hostile("result", status=1))
+
+    def test_a_crash_costs_one_document_and_wins(self):
+        self.write("b.vx", document())
+        messages = self.run_vx("info", "no.vx", "a.vx", "b.vx", status=6, hostile="crash")[1]
+        self.assertEqual(len(messages), 3)
+
+    def test_interrupts_leave_nothing(self):
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            with self.subTest(signal=number):
+                process = self.start("render", "a.vx", "-o", "a.png", hostile="loop")
+                for _ in range(600):
+                    if os.path.exists(self.path("worker.pid")) and self.read("worker.pid").endswith(b"\n"):
+                        break
+                    time.sleep(0.05)
+                self.assertTrue(any(name.endswith(".part") for name in self.files()), self.files())
+                process.send_signal(number)
+                errors = process.communicate(timeout=60)[1]
+                self.assertEqual((process.returncode, errors), (130, b""))
+                self.assertEqual(self.files(), ["a.vx", "worker.pid"])
+                self.assert_worker_gone()
+                os.remove(self.path("worker.pid"))
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[1:]], verbosity=1)

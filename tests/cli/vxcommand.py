@@ -1,0 +1,126 @@
+"""What the tests of the vx command stand on: documents, a reader of PNG files, and a command line to run."""
+import os
+import struct
+import subprocess
+import tempfile
+import unittest
+import zlib
+
+VX = os.environ["VX"]
+HOSTILE = os.environ["VX_HOSTILE_PLUGIN"]
+SANITIZED = os.environ.get("VX_SANITIZED", "0") not in ("", "0")
+
+HEADER = """%!PS-Tavro-3.0
+%%Title: (A \\(small\\) square)
+%%Creator: by hand
+%%BoundingBox: {box}
+%VX5_FileFormat 3
+%%EndComments
+%%BeginSetup
+%%EndSetup
+"""
+
+# Paints the left half of a page of 72 by 36 points black.
+LEFT_HALF = "0 0 0 1 k\n0 0 m\n36 0 l\n36 36 l\n0 36 l\nf\n"
+
+
+def document(body=LEFT_HALF, box="0 0 72 36", end="%%PageTrailer\n%%EOF\n"):
+    return (HEADER.format(box=box) + body + end).encode("latin-1")
+
+
+class Png:
+    """Just enough of a reader: 8 bits a component, no interlace."""
+
+    def __init__(self, data):
+        if data[:8] != b"\x89PNG\r\n\x1a\n":
+            raise ValueError("no PNG signature")
+        at, packed = 8, b""
+        self.ended = False
+        while at < len(data):
+            length, kind = struct.unpack(">I4s", data[at:at + 8])
+            body = data[at + 8:at + 8 + length]
+            if zlib.crc32(kind + body) != struct.unpack(">I", data[at + 8 + length:at + 12 + length])[0]:
+                raise ValueError("bad checksum")
+            if kind == b"IHDR":
+                self.width, self.height, depth, colour = struct.unpack(">IIBB", body[:10])
+                if depth != 8:
+                    raise ValueError("not 8 bits")
+                self.channels = {0: 1, 2: 3, 4: 2, 6: 4}[colour]
+            elif kind == b"IDAT":
+                packed += body
+            self.ended = kind == b"IEND"
+            at += 12 + length
+        self.rows = self._unfilter(zlib.decompress(packed))
+
+    def _unfilter(self, raw):
+        step, width = self.channels, self.width * self.channels
+        above, rows = bytearray(width), []
+        for y in range(self.height):
+            kind, row = raw[y * (width + 1)], bytearray(raw[y * (width + 1) + 1:(y + 1) * (width + 1)])
+            for x in range(width):
+                left = row[x - step] if x >= step else 0
+                corner = above[x - step] if x >= step else 0
+                row[x] = (row[x] + self._guess(kind, left, above[x], corner)) & 255
+            rows.append(row)
+            above = row
+        return rows
+
+    @staticmethod
+    def _guess(kind, left, up, corner):
+        if kind == 4:
+            return min((left, up, corner), key=lambda value: abs(left + up - corner - value))
+        return (0, left, up, (left + up) // 2)[kind]
+
+    def pixel(self, x, y):
+        return tuple(self.rows[y][x * self.channels:(x + 1) * self.channels])
+
+
+class CommandTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="vx-cli-")
+        self.addCleanup(subprocess.call, ["rm", "-rf", self.folder])
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def write(self, name, data):
+        with open(self.path(name), "wb") as file:
+            file.write(data)
+        return name
+
+    def read(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def files(self):
+        return sorted(os.listdir(self.folder))
+
+    def start(self, *words, hostile=None, **options):
+        environment = dict(os.environ)
+        if hostile is not None:
+            environment["VX_HOSTILE"] = hostile
+            environment["VX_HOSTILE_PID"] = self.path("worker.pid")
+            words += ("--plugin", HOSTILE)
+        options = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
+        return subprocess.Popen([VX, *words], cwd=self.folder, env=environment, **options)
+
+    def run_vx(self, *words, status=0, stdin=None, **options):
+        """Runs vx, asserts its exit status and the shape of its messages, and returns (output, messages)."""
+        if stdin is not None:
+            options["stdin"] = subprocess.PIPE
+        process = self.start(*words, **options)
+        output, errors = process.communicate(stdin, timeout=120)
+        errors = errors.decode()
+        self.assertEqual(process.returncode, status, errors)
+        messages = errors.splitlines()
+        for message in messages:
+            self.assertRegex(message, r"^vx: \S.*[^. ]$")
+        self.assertEqual(len(messages), len(set(messages)), "a message is repeated")
+        return output or b"", messages
+
+    def refused(self, *words, status, **options):
+        """The same where exactly one message is due, which is returned, and nothing on standard output."""
+        output, messages = self.run_vx(*words, status=status, **options)
+        self.assertEqual(output, b"")
+        self.assertEqual(len(messages), 1, messages)
+        return messages[0]

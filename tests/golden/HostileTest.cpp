@@ -1,0 +1,328 @@
+// Whatever the bytes and whatever the memory: a parse ends with a listed code, gives everything back and leaves
+// the host's table as it found it.
+#include "tests/golden/Documents.h"
+#include "tests/support/RecordingHost.h"
+
+#include <vx/HostCall.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <random>
+
+namespace vxtest
+{
+namespace
+{
+
+constexpr int16_t kListedResults[] = {kVXOk,          kVXStoppedByUser, kVXProcsUnusable,
+                                      kVXOutOfMemory, kVXBadSelector,   kVXBadFormat};
+
+// Parses and returns the result after checking what must hold for every parse.
+int16_t ParseSoundly(RecordingHost *host, const std::string &bytes)
+{
+    const int16_t result = host->Parse(bytes);
+    EXPECT_NE(std::find(std::begin(kListedResults), std::end(kListedResults), result),
+              std::end(kListedResults))
+        << result;
+    EXPECT_EQ(host->liveBlocks, 0);
+    EXPECT_TRUE(host->TableIsAsItWas());
+    return result;
+}
+
+using GoldenMemory = testing::TestWithParam<TestDocument>;
+INSTANTIATE_TEST_SUITE_P(Documents, GoldenMemory, testing::ValuesIn(GoldenDocuments()), DocumentName());
+
+// Runs with each allocation failing in turn: that one alone, or that one and all after it.
+void FailEachAllocation(const std::string &bytes, int RecordingHost::*howToFail)
+{
+    RecordingHost whole;
+    ParseSoundly(&whole, bytes);
+    for (int failing = 1; failing <= whole.allocations; ++failing) {
+        SCOPED_TRACE("allocation " + std::to_string(failing) + " fails");
+        RecordingHost host;
+        host.*howToFail = failing;
+        ParseSoundly(&host, bytes);
+    }
+}
+
+TEST_P(GoldenMemory, MayFailOnceAtAnyAllocation)
+{
+    FailEachAllocation(ReadBytes(GetParam().path), &RecordingHost::failAllocation);
+}
+
+TEST_P(GoldenMemory, MayEndAtAnyAllocation)
+{
+    FailEachAllocation(ReadBytes(GetParam().path), &RecordingHost::failFromAllocation);
+}
+
+using Sample = testing::TestWithParam<TestDocument>;
+INSTANTIATE_TEST_SUITE_P(Documents, Sample, testing::ValuesIn(SmallSamples()), DocumentName());
+
+TEST_P(Sample, MayEndAnywhere)
+{
+    const std::string bytes = ReadBytes(GetParam().path);
+    RecordingHost whole;
+    EXPECT_EQ(ParseSoundly(&whole, bytes), kVXOk);
+    for (size_t length = 0; length < bytes.size() && !HasFailure(); ++length) {
+        SCOPED_TRACE("cut after " + std::to_string(length) + " bytes");
+        RecordingHost host;
+        ParseSoundly(&host, bytes.substr(0, length));
+    }
+}
+
+TEST_P(Sample, MayFailAtAnyAllocation)
+{
+    FailEachAllocation(ReadBytes(GetParam().path), &RecordingHost::failAllocation);
+}
+
+// Everything that means something somewhere, in any order.
+constexpr const char *kWords[] = {
+    "0",
+    "1",
+    "-1",
+    "0.5",
+    "32767",
+    "-40000",
+    "99999999999",
+    "1e5",
+    ".",
+    "+",
+    "m",
+    "l",
+    "L",
+    "c",
+    "C",
+    "v",
+    "V",
+    "y",
+    "Y",
+    "h",
+    "H",
+    "U",
+    "u",
+    "N",
+    "n",
+    "f",
+    "F",
+    "s",
+    "S",
+    "b",
+    "B",
+    "W",
+    "q",
+    "Q",
+    "Mb",
+    "MB",
+    "*u",
+    "*U",
+    "*w",
+    "*W",
+    "*",
+    "w",
+    "j",
+    "J",
+    "M",
+    "d",
+    "A",
+    "D",
+    "i",
+    "g",
+    "G",
+    "k",
+    "K",
+    "x",
+    "X",
+    "p",
+    "P",
+    "O",
+    "R",
+    "`",
+    "~",
+    "E",
+    "Lb",
+    "LB",
+    "Ln",
+    "XX",
+    "abc",
+    "T",
+    "Z",
+    "a",
+    "e",
+    "o",
+    "r",
+    "t",
+    "z",
+    "To",
+    "TO",
+    "Tp",
+    "TP",
+    "Tf",
+    "Tx",
+    "Tj",
+    "TS",
+    "T~",
+    "T-",
+    "T*",
+    "T+",
+    "Tc",
+    "Tw",
+    "Ts",
+    "Tk",
+    "Tt",
+    "Tz",
+    "Tl",
+    "Ta",
+    "TA",
+    "Tr",
+    "Tm",
+    "TM",
+    "Td",
+    "Te",
+    "TR",
+    "TZ",
+    "Tv",
+    "TV",
+    "Ty",
+    "Bb",
+    "BB",
+    "Bg",
+    "Bc",
+    "Bd",
+    "BD",
+    "Bh",
+    "Bm",
+    "Bs",
+    "(text)",
+    "(a\\)b\\101)",
+    "(open",
+    ")",
+    "<48 65>",
+    "<4",
+    ">",
+    "[",
+    "]",
+    "{",
+    "}",
+    "/Name",
+    "//Name",
+    "/",
+    "%x",
+    "\n%_Bd ",
+    "\n%_Bs ",
+    "\n%_BD ",
+    "\n%_Mb ",
+    "\n%%EndSetup\n",
+    "\n%VX3_BeginEncoding: A B\n",
+    "\n%VX3_EndEncoding\n",
+    "\n%VX5_BeginGradient: (a)\n",
+    "\n%%BeginBinary: 1\n",
+    "\n%%EndBinary\n",
+    "\n%VX3_BeginCrops\n",
+    "\n%VX5_BeginPlace\n",
+    "\n%VX5_EndPlace\n",
+    "\n%%PageTrailer\n",
+    "\n%%EOF\n",
+    "\r",
+    "\n",
+    "\r\n",
+};
+
+const char *const kHeaders[] = {
+    "%!PS-Tavro-3.0\n%%BoundingBox: 0 0 9 9\n%VX5_FileFormat 3\n%%EndComments\n%%BeginSetup\n",
+    "%!PS-Tavro-3.0\n%%BoundingBox: 0 0 9 9\n%VX5_FileFormat 3\n%%EndComments\n%%BeginSetup\n%%EndSetup\n",
+    "%!PS-Tavro-2.0\r%%BoundingBox: 0 0 9 9\r%%DocumentProcSets:Tavro_Vellumcraft_ProcSet 2.0 0\r"
+    "%%EndComments\r%%EndSetup\r",
+};
+
+class Random
+{
+  public:
+    explicit Random(uint32_t seed) : engine_(seed) {}
+    // Evenly from 0 to count - 1; the same on every machine.
+    size_t Below(size_t count) { return engine_() % count; }
+
+  private:
+    std::mt19937 engine_;
+};
+
+// Lines of a few words with now and then an operator that fits, so that parses get somewhere.
+std::string MakeBody(Random *random)
+{
+    std::string body;
+    for (size_t words = random->Below(120); words > 0; --words) {
+        if (random->Below(3) == 0) {
+            body += "0.5 g 1 2 m 3 4 l 5 6 7 8 v f\n";
+            continue;
+        }
+        body += kWords[random->Below(std::size(kWords))];
+        body += random->Below(4) == 0 ? "\n" : " ";
+    }
+    return body;
+}
+
+constexpr uint32_t kSeeds = 3000;
+
+TEST(RandomDocuments, OfKnownWordsEndSoundly)
+{
+    for (uint32_t seed = 0; seed < kSeeds && !HasFailure(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Random random(seed);
+        RecordingHost host;
+        host.stopAtReport = random.Below(8) == 0;
+        ParseSoundly(&host, kHeaders[random.Below(std::size(kHeaders))] + MakeBody(&random));
+    }
+}
+
+TEST(RandomDocuments, OfAnyBytesEndSoundly)
+{
+    for (uint32_t seed = 0; seed < kSeeds && !HasFailure(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Random random(seed);
+        std::string bytes = kHeaders[random.Below(std::size(kHeaders))];
+        for (size_t count = random.Below(1500); count > 0; --count)
+            bytes += static_cast<char>(random.Below(256));
+        RecordingHost host;
+        ParseSoundly(&host, bytes);
+    }
+}
+
+TEST(RandomDocuments, WithBytesChangedEndSoundly)
+{
+    std::vector<std::string> documents;
+    for (const TestDocument &document : GoldenDocuments())
+        documents.push_back(ReadBytes(document.path));
+    for (uint32_t seed = 0; seed < kSeeds && !HasFailure(); ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Random random(seed);
+        std::string bytes = documents[random.Below(documents.size())];
+        for (size_t changes = 1 + random.Below(6); changes > 0; --changes)
+            bytes[random.Below(bytes.size())] = static_cast<char>(random.Below(256));
+        RecordingHost host;
+        ParseSoundly(&host, bytes);
+    }
+}
+
+// The binary wrapper's two numbers, at and over every edge.
+TEST(RandomDocuments, WithAnyWrapperEndSoundly)
+{
+    const std::string wrapped = ReadBytes(VX_SOURCE_DIR "/samples/binary-wrapper.vx");
+    constexpr uint32_t kNumbers[] = {0,          1,          11,         12,         30,        54,
+                                     0x7FFFFFFF, 0x80000000, 0xFFFFFFFE, 0xFFFFFFFF, 0x10000000};
+    for (const uint32_t start : kNumbers) {
+        for (const uint32_t length : kNumbers) {
+            SCOPED_TRACE("section of " + std::to_string(length) + " at " + std::to_string(start));
+            std::string bytes = wrapped;
+            for (size_t i = 0; i < 4; ++i) {
+                bytes[4 + i] = static_cast<char>(start >> (8 * i) & 255);
+                bytes[8 + i] = static_cast<char>(length >> (8 * i) & 255);
+            }
+            RecordingHost host;
+            ParseSoundly(&host, bytes);
+        }
+    }
+}
+
+} // namespace
+} // namespace vxtest

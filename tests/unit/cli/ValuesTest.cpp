@@ -1,0 +1,96 @@
+// Values of options: what is read, and what is refused rather than half read.
+#include "cli/Values.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace vxhost
+{
+
+namespace
+{
+
+TEST(ReadNumberTest, TakesPlainDecimalsOnly)
+{
+    EXPECT_EQ(ReadNumber("300"), 300.0);
+    EXPECT_EQ(ReadNumber("-0.5"), -0.5);
+    for (const char *text : {"", "3x", " 3", "3 ", "1e3", "nan", "inf", "0x10", "1,5"})
+        EXPECT_EQ(ReadNumber(text), std::nullopt) << text;
+}
+
+struct SizeCase {
+    const char *text;
+    std::optional<int64_t> bytes;
+};
+
+const SizeCase kSizes[] = {
+    {"0", 0},
+    {"1000", 1000},
+    {"1k", 1024},
+    {"512M", 536870912},
+    {"2G", 2147483648},
+    {"1GiB", 1073741824},
+    {"1gb", 1073741824},
+    {"1T", 1099511627776},
+    {"7B", 7},
+    {"", std::nullopt},
+    {"G", std::nullopt},
+    {"-1", std::nullopt},
+    {"1.5G", std::nullopt},
+    {"1KM", std::nullopt},
+    {"1MK", std::nullopt},
+    {"10000000T", std::nullopt}, // past 2^63
+};
+
+TEST(ReadSizeTest, CountsInPowersOf1024)
+{
+    for (const SizeCase &size : kSizes)
+        EXPECT_EQ(ReadSize(size.text), size.bytes) << size.text;
+}
+
+TEST(SizeTextTest, TakesTheLargestWholeUnit)
+{
+    EXPECT_EQ(SizeText(int64_t{1} << 30), "1 GiB");
+    EXPECT_EQ(SizeText(int64_t{1536} << 20), "1536 MiB");
+    EXPECT_EQ(SizeText(1001), "1001 bytes");
+}
+
+struct ColourCase {
+    const char *text;
+    std::optional<Rgb> rgb;
+};
+
+const ColourCase kColours[] = {
+    {"white", Rgb{255, 255, 255}}, {"Teal", Rgb{0, 128, 128}},
+    {"#fff", Rgb{255, 255, 255}},  {"#1aF", Rgb{0x11, 0xAA, 0xFF}},
+    {"#0a0B0c", Rgb{10, 11, 12}},  {"", std::nullopt},
+    {"#", std::nullopt},           {"#ffff", std::nullopt},
+    {"#ggg", std::nullopt},        {"#+1+1+1", std::nullopt},
+    {"#-1-1-1", std::nullopt},     {"none", std::nullopt},
+    {"reddish", std::nullopt},
+};
+
+TEST(ReadColourTest, KnowsNamesAndHexadecimal)
+{
+    for (const ColourCase &colour : kColours)
+        EXPECT_EQ(ReadColour(colour.text), colour.rgb) << colour.text;
+}
+
+TEST(ReadBoxTest, TakesFourSidesAsTheyAre)
+{
+    const std::optional<Box> box = ReadBox("10,-20.5,5,0");
+    ASSERT_TRUE(box.has_value());
+    EXPECT_EQ(box->left, 10);
+    EXPECT_EQ(box->bottom, -20.5);
+    EXPECT_EQ(box->right, 5);
+    EXPECT_EQ(box->top, 0);
+    for (const char *text : {"", "1,2,3", "1,2,3,", "1,2,3,4,", "1,2,3,4,5", "1 2 3 4", "a,b,c,d", ",,,"})
+        EXPECT_FALSE(ReadBox(text).has_value()) << text;
+}
+
+} // namespace
+
+} // namespace vxhost

@@ -1,0 +1,174 @@
+// The machine's font list. The fonts that packages.txt installs are there in every checkout.
+#include "host/fonts/FontconfigFonts.h"
+
+#include "host/fonts/CharWidths.h"
+#include "host/fonts/FontNames.h"
+#include "host/fonts/MacRoman.h"
+#include "host/fonts/StandIns.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace vxhost
+{
+namespace
+{
+
+// The index of that name, or -1.
+int32_t Find(const FontList &fonts, std::string_view name)
+{
+    for (int32_t i = 0; i < fonts.Count(); ++i) {
+        if (fonts.At(i).postScriptName == name)
+            return i;
+    }
+    return -1;
+}
+
+// From the metrics that came with the classic fonts: thousandths of an em, here 16.16.
+int32_t Thousandths(int32_t width)
+{
+    return (width * 65536 + 500) / 1000;
+}
+
+TEST(FontconfigFontsTest, NamesAreDistinctAndTheOrderIsAlwaysTheSame)
+{
+    const auto fonts = MakeFontconfigFonts();
+    const auto again = MakeFontconfigFonts();
+    ASSERT_EQ(fonts->Count(), again->Count());
+    std::set<std::string> names;
+    for (int32_t i = 0; i < fonts->Count(); ++i) {
+        EXPECT_TRUE(names.insert(fonts->At(i).postScriptName).second) << fonts->At(i).postScriptName;
+        EXPECT_EQ(fonts->At(i).postScriptName, again->At(i).postScriptName);
+        EXPECT_EQ(fonts->At(i).file, again->At(i).file);
+    }
+}
+
+TEST(FontconfigFontsTest, StandInsComeBehindTheInstalled)
+{
+    const auto fonts = MakeFontconfigFonts();
+    bool areStandIns = false;
+    for (int32_t i = 0; i < fonts->Count(); ++i) {
+        const FontList::Entry &entry = fonts->At(i);
+        EXPECT_TRUE(!entry.servedBy.empty() || !areStandIns) << entry.postScriptName;
+        areStandIns = !entry.servedBy.empty();
+        if (!areStandIns)
+            continue;
+        EXPECT_EQ(fonts->At(Find(*fonts, entry.servedBy)).file, entry.file);
+    }
+}
+
+TEST(FontconfigFontsTest, TheClassicFontsHaveTheirOwnWidths)
+{
+    const auto fonts = MakeFontconfigFonts();
+    struct {
+        const char *font;
+        uint8_t character;
+        int32_t width;
+    } const widths[] = {
+        {"Helvetica", 'W', 944},        {"Helvetica", 'i', 222},   {"Helvetica", ' ', 278},
+        {"Helvetica-Bold", 'a', 556},   {"Times-Roman", 'W', 944}, {"Times-Roman", 'i', 278},
+        {"Times-BoldItalic", 'm', 778}, {"Courier", 'i', 600},     {"Courier-Oblique", 'W', 600},
+        {"Helvetica", 0x80, 667},   // A with dieresis
+        {"Times-Roman", 0xD5, 333}, // right single quotation mark
+    };
+    for (const auto &row : widths) {
+        const int32_t number = Find(*fonts, row.font);
+        ASSERT_GE(number, 0) << row.font;
+        EXPECT_EQ(fonts->CharWidth(static_cast<int16_t>(number), row.character), Thousandths(row.width))
+            << row.font << " " << static_cast<int>(row.character);
+    }
+}
+
+TEST(FontconfigFontsTest, ControlCharactersHaveNoWidth)
+{
+    const auto fonts = MakeFontconfigFonts();
+    const auto courier = static_cast<int16_t>(Find(*fonts, "Courier"));
+    for (const int16_t character : std::initializer_list<int16_t>{0, 13, 31, 127})
+        EXPECT_EQ(fonts->CharWidth(courier, character), 0) << character;
+}
+
+TEST(FontconfigFontsTest, ThreadsMayAskForTheSameFont)
+{
+    const auto fonts = MakeFontconfigFonts();
+    const auto number = static_cast<int16_t>(Find(*fonts, "Times-Roman"));
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&] { EXPECT_EQ(fonts->CharWidth(number, 'W'), Thousandths(944)); });
+    for (std::thread &thread : threads)
+        thread.join();
+}
+
+TEST(FontconfigFontsTest, AMachineWithoutFontsHasBoxes)
+{
+    FontSources sources;
+    sources.useSystemFonts = false;
+    const auto fonts = MakeFontconfigFonts(sources);
+    ASSERT_EQ(fonts->Count(), 1);
+    EXPECT_EQ(fonts->At(0).postScriptName, kBoxFontName);
+    EXPECT_TRUE(fonts->At(0).file.empty());
+    EXPECT_EQ(fonts->CharWidth(0, 'a'), kBoxFontWidth);
+}
+
+TEST(FontconfigFontsTest, ADirectoryOfFontsIsListed)
+{
+    const auto system = MakeFontconfigFonts();
+    const int32_t number = Find(*system, "NimbusSans-Regular");
+    ASSERT_GE(number, 0);
+    FontSources sources;
+    sources.useSystemFonts = false;
+    sources.directories = {std::filesystem::path(system->At(number).file).parent_path().string()};
+    const auto fonts = MakeFontconfigFonts(sources);
+    EXPECT_GE(Find(*fonts, "NimbusSans-Regular"), 0);
+    EXPECT_GE(Find(*fonts, "Helvetica"), 0) << "its stand-in";
+    EXPECT_LE(fonts->Count(), system->Count());
+}
+
+TEST(CharWidthsTest, AFileThatIsNoFontGivesBoxes)
+{
+    const CharWidths widths = ReadCharWidths(VX_SOURCE_DIR "/CMakeLists.txt", 0);
+    EXPECT_EQ(widths['a'], kBoxFontWidth);
+    EXPECT_EQ(ReadCharWidths("/no/such/font", 0)['a'], kBoxFontWidth);
+}
+
+// The same designs come in both formats, with the same metrics.
+TEST(CharWidthsTest, Type1FontsAreReadToo)
+{
+    const std::string type1 = "/usr/share/fonts/X11/Type1/NimbusSans-Regular.pfb";
+    if (!std::filesystem::exists(type1))
+        GTEST_SKIP() << "no Type 1 fonts on this machine";
+    const CharWidths widths = ReadCharWidths(type1, 0);
+    EXPECT_EQ(widths['W'], Thousandths(944));
+    EXPECT_EQ(widths[' '], Thousandths(278));
+}
+
+TEST(MacRomanTest, HasTheCharactersOfItsTime)
+{
+    EXPECT_EQ(FromMacRoman('A'), U'A');
+    EXPECT_EQ(FromMacRoman(0x80), U'\u00C4');
+    EXPECT_EQ(FromMacRoman(0xA5), U'\u2022');
+    EXPECT_EQ(FromMacRoman(0xDB), U'\u00A4') << "the currency sign, not yet the euro";
+    EXPECT_EQ(FromMacRoman(0xFF), U'\u02C7');
+}
+
+TEST(StandInsTest, EveryFamilyIsServedAndNoNameStandsTwice)
+{
+    std::set<std::string_view> names;
+    for (const ClassicFamily &family : ClassicFamilies()) {
+        EXPECT_NE(family.servedBy[0], nullptr) << family.name;
+        for (size_t style = 0; style < family.fonts.size(); ++style) {
+            if (family.fonts[style].empty())
+                continue;
+            EXPECT_TRUE(names.insert(family.fonts[style]).second) << family.fonts[style];
+            EXPECT_FALSE((*family.servedBy[0])[style].empty()) << family.fonts[style];
+        }
+    }
+}
+
+} // namespace
+} // namespace vxhost

@@ -1,0 +1,115 @@
+// A device for tests that writes down what it receives, leaving out what is as it starts.
+//
+//   fill M0 0 L9 0 Z gray 0.5 overprint
+//   stroke M0 0 C1 1 2 2 3 3 width 2 cap 1 join 2 limit 4 dash 1 [3 2] matrix 2 0 0 2 0 0 cmyk 1 0 0 0
+#pragma once
+
+#include "host/drawing/Device.h"
+
+#include <functional>
+#include <sstream>
+#include <string>
+
+namespace vxtest
+{
+
+class RecordingDevice final : public vxhost::Device
+{
+  public:
+    std::string calls;             // joined with "; "
+    std::function<void()> onPaint; // before each fill and stroke is written down
+    std::string endPageError;
+
+    void BeginPage(const vxhost::Page &page) override
+    {
+        Add("begin " + Number(page.box.Width()) + " " + Number(page.box.Height()));
+    }
+    void Save() override { Add("save"); }
+    void Restore() override { Add("restore"); }
+    void ClipPath(const vxhost::Path &path) override { Add("clip" + Text(path)); }
+    void FillPath(const vxhost::Path &path, const vxhost::Paint &paint) override
+    {
+        if (onPaint)
+            onPaint();
+        Add("fill" + Text(path) + Text(paint));
+    }
+    void StrokePath(const vxhost::Path &path, const vxhost::StrokeStyle &style,
+                    const vxhost::Paint &paint) override
+    {
+        if (onPaint)
+            onPaint();
+        Add("stroke" + Text(path) + Text(style) + Text(paint));
+    }
+    std::string EndPage() override
+    {
+        Add("end");
+        return endPageError;
+    }
+
+  private:
+    void Add(const std::string &call) { calls += (calls.empty() ? "" : "; ") + call; }
+
+    static std::string Number(double value)
+    {
+        std::ostringstream text;
+        text << value;
+        return text.str();
+    }
+
+    static std::string Text(const vxhost::Path &path)
+    {
+        constexpr const char *kLetters = "MLCZ";
+        constexpr size_t kPoints[] = {1, 1, 3, 0};
+        std::string text;
+        size_t next = 0;
+        for (const vxhost::Verb verb : path.verbs) {
+            const auto kind = static_cast<size_t>(verb);
+            text += std::string(" ") + kLetters[kind];
+            for (size_t i = 0; i < kPoints[kind]; ++i, ++next) {
+                text += (i > 0 ? " " : "") + Number(path.points.at(next).x) + " " +
+                        Number(path.points.at(next).y);
+            }
+        }
+        return next == path.points.size() ? text : text + " and points too many";
+    }
+
+    static std::string Text(const vxhost::StrokeStyle &style)
+    {
+        const vxhost::StrokeStyle start;
+        std::string text;
+        if (style.width != start.width)
+            text += " width " + Number(style.width);
+        if (style.cap != start.cap)
+            text += " cap " + std::to_string(static_cast<int>(style.cap));
+        if (style.join != start.join)
+            text += " join " + std::to_string(static_cast<int>(style.join));
+        if (style.miterLimit != start.miterLimit)
+            text += " limit " + Number(style.miterLimit);
+        if (!style.dashes.empty() || style.dashPhase != 0) {
+            text += " dash " + Number(style.dashPhase) + " [";
+            for (const double length : style.dashes)
+                text += (text.back() == '[' ? "" : " ") + Number(length);
+            text += "]";
+        }
+        if (style.matrix != start.matrix) {
+            const vxhost::Matrix &m = style.matrix;
+            text += " matrix";
+            for (const double value : {m.a, m.b, m.c, m.d, m.tx, m.ty})
+                text += " " + Number(value);
+        }
+        return text;
+    }
+
+    static std::string Text(const vxhost::Paint &paint)
+    {
+        std::string text;
+        const bool isGray = paint.colour.space == vxhost::ColourSpace::Gray;
+        if (paint.colour != vxhost::Colour())
+            text += isGray ? " gray" : " cmyk";
+        for (size_t ink = 0; !text.empty() && ink < (isGray ? 1u : 4u); ++ink)
+            text += " " + Number(paint.colour.ink[ink]);
+        return text + (paint.overprint ? " overprint" : "");
+    }
+};
+
+} // namespace vxtest
