@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 
 constexpr int kMaxAttempts = 100;
 
-// A link is written through, so that it still is one afterwards. One that leads nowhere yet names the new file.
+// A link is written through, so that it still is one afterwards. One that leads nowhere is replaced.
 std::string ResolveLinks(const std::string &path)
 {
     std::error_code failure;

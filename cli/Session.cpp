@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <limits>
 #include <unistd.h>
 #include <utility>
 
@@ -62,6 +63,8 @@ std::string ResultError(const Finding &finding, const Purpose &purpose, const st
 
 std::string OutOfMemoryError(const Purpose &purpose, int64_t limit)
 {
+    if (limit == 0)
+        return fmt::format("needs more memory than there is{}: close other programs", purpose.lost);
     return fmt::format("needs more than {} of memory{}: allow more with --max-memory", SizeText(limit),
                        purpose.lost);
 }
@@ -155,8 +158,8 @@ WorkerTask Session::TaskFor(const Document &document, const Work &work) const
     return [this, &document, &work](WorkerLink &link) {
         ParseOptions parse;
         parse.fonts = fonts_.get();
-        if (options_.limits.memory > 0) // one bound for both: together they stay under the worker's own
-            parse.maxHeap = parse.maxDrawing = options_.limits.memory;
+        const int64_t limit = options_.limits.memory;
+        parse.maxHeap = parse.maxDrawing = limit > 0 ? limit : std::numeric_limits<int64_t>::max();
         if (options_.showProgress)
             parse.onProgress = [&link](int64_t read, int64_t total) { link.Progress(read, total); };
         Finding finding;

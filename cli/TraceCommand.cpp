@@ -67,7 +67,9 @@ TraceCommand::TraceCommand(CLI::App *command) : common_("0")
 
 Status TraceCommand::Run(Messages *messages) const
 {
-    const CommonOptions options = common_.Read();
+    CommonOptions options = common_.Read();
+    if (isatty(STDOUT_FILENO) == 1)
+        options.showProgress = false; // it would stand in the middle of the lines
     if (options.inputs.size() > 1)
         throw UsageError("more than one FILE: trace one at a time");
     Session session(options, messages);

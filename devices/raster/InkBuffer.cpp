@@ -87,7 +87,7 @@ void InkBuffer::PaintWhole(int left, int right, const Ink &ink)
         const uint64_t split = split_[word] & bits;
         for (uint64_t rest = split; rest != 0; rest &= rest - 1) {
             const int at = (x & ~63) + std::countr_zero(rest);
-            if (ink.keep == 0) {
+            if (ink.Replaces()) {
                 band_->freeBlocks.push_back(pixels_[at]); // the whole pixel has one ink again
             } else {
                 InkWord *block = band_->Block(pixels_[at], blockWords_);
@@ -97,7 +97,7 @@ void InkBuffer::PaintWhole(int left, int right, const Ink &ink)
                     block[samplesPerBlock_] = block[samplesPerBlock_ + 1] = UINT32_MAX;
             }
         }
-        if (ink.keep == 0) {
+        if (ink.Replaces()) {
             split_[word] &= ~bits;
             std::fill(pixels_ + x, pixels_ + end, ink.value);
         } else {
@@ -138,6 +138,12 @@ void InkBuffer::PaintPart(int x, uint64_t mask, const Ink &ink)
     // least four.
     const InkWord value = ink.value, replace = ~ink.keep;
     uint64_t rest = mask;
+    if (ink.strength != Ink::kFullStrength) {
+        for (; rest != 0; rest &= rest - 1) {
+            InkWord &sample = block[std::countr_zero(rest)];
+            sample = ink.Over(sample);
+        }
+    }
     for (InkWord *four = block; rest != 0; four += 4, rest >>= 4) {
         const InkWord *chosen = kFourSamples[rest & 15];
         for (int i = 0; i < 4; ++i)

@@ -19,11 +19,34 @@ namespace vxhost::raster
 // Four inks in one word: cyan in the lowest byte, black in the highest. 0 is paper.
 using InkWord = uint32_t;
 
-// What one paint does to a sample: the inks in keep stay, the others become those of value.
+// What one paint does to a sample: the inks in keep stay, the others become those of value, or go towards them by
+// as much as strength says.
 struct Ink {
-    InkWord value = 0;
+    static constexpr int kFullStrength = 256;
+
+    InkWord value = 0; // nothing in kept inks
     InkWord keep = 0;
-    InkWord Over(InkWord below) const { return (below & keep) | value; } // value has nothing in kept inks
+    int strength = kFullStrength;
+
+    bool Replaces() const { return keep == 0 && strength == kFullStrength; }
+    InkWord Over(InkWord below) const
+    {
+        const InkWord full = (below & keep) | value;
+        return strength == kFullStrength ? full : Mix(below, full);
+    }
+
+  private:
+    InkWord Mix(InkWord below, InkWord above) const
+    {
+        InkWord mixed = 0;
+        for (int shift = 0; shift < 32; shift += 8) {
+            const auto from = static_cast<int>((below >> shift) & 0xFF),
+                       to = static_cast<int>((above >> shift) & 0xFF);
+            mixed |= static_cast<InkWord>(from + ((to - from) * strength + kFullStrength / 2) / kFullStrength)
+                     << shift;
+        }
+        return mixed;
+    }
 };
 
 struct Band; // 64 rows

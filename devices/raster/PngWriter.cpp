@@ -65,7 +65,7 @@ struct PngWriter::State {
 
 bool PngWriter::State::Start()
 {
-    if (setjmp(png_jmpbuf(png)) != 0)
+    if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the only way that libpng has
         return false;
     png_set_write_fn(png, this, WriteBytes, Flush);
     png_set_compression_level(png, kCompressionLevel);
@@ -98,7 +98,7 @@ bool PngWriter::State::Start()
 
 bool PngWriter::State::Row(const uint8_t *row)
 {
-    if (setjmp(png_jmpbuf(png)) != 0)
+    if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the only way that libpng has
         return false;
     png_write_row(png, row);
     return true;
@@ -106,7 +106,7 @@ bool PngWriter::State::Row(const uint8_t *row)
 
 bool PngWriter::State::Finish()
 {
-    if (setjmp(png_jmpbuf(png)) != 0)
+    if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the only way that libpng has
         return false;
     png_write_end(png, nullptr);
     return true;

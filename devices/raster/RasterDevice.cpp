@@ -160,10 +160,11 @@ class RasterDevice : public Device
 
     void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override
     {
-        const Ink ink = FindInk(paint, options_.overprint);
+        Ink ink = FindInk(paint, options_.overprint);
         const Bounds &limits = clips_.Top().Limits();
         const Matrix userToSamples = UserToSamples(style.matrix);
         stroker_.Begin(style, userToSamples, options_.samples, &scanner_);
+        ink.strength = static_cast<int>(std::lround(stroker_.Strength() * Ink::kFullStrength));
         const double reach = stroker_.Reach();
         if (!IsSeen(path, reach) || ink.keep == ~InkWord{0})
             return;

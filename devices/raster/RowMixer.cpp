@@ -26,11 +26,9 @@ void RowMixer::Mix(const InkBuffer &buffer, int y, uint8_t *bytes)
     const InkBuffer::Row row = buffer.ReadRow(y);
     const Rgb unpainted = background_.value_or(Rgb{0, 0, 0});
     for (int x = 0; x < buffer.Width(); ++x) {
-        if (row.IsBlank())
-            bytes = Put(bytes, unpainted, 0);
-        else if (row.IsSplit(x))
+        if (!row.IsBlank() && row.IsSplit(x))
             bytes = MixSamples(row, x, bytes);
-        else if (row.IsPainted(x))
+        else if (!row.IsBlank() && row.IsPainted(x))
             bytes = Put(bytes, colours_->Convert(row.Pixel(x)), 255);
         else
             bytes = Put(bytes, unpainted, 0);

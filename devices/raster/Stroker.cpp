@@ -10,8 +10,12 @@ namespace vxhost::raster
 namespace
 {
 
-// Rounding must not take the last centre out of a stroke that is exactly one sample wide.
-constexpr double kOneSample = 1.0 + 1.0 / 128;
+// Rounding to the grid of the scanner must not take the last centre out of a stroke that is just one sample wide. No
+// more than that: what is added here darkens every thin line.
+constexpr double kOneSample = 1.0 + 1.0 / 4096;
+
+// What is left of the ink of the thinnest lines: enough to be seen.
+constexpr double kFaintest = 0.25;
 
 // Points closer than this have no direction worth keeping.
 constexpr double kDistinct = 1.0 / 32;
@@ -46,8 +50,11 @@ Pen::Pen(double width, const Matrix &toSamples, int samplesPerPixel)
     const double g = (toSamples.b + toSamples.c) / 2, h = (toSamples.b - toSamples.c) / 2;
     const double q = std::hypot(e, h), r = std::hypot(f, g);
     const double thinnest = width > 0 ? kOneSample / 2 : samplesPerPixel * kOneSample / 2;
+    const double shortRadius = ClampFar(std::abs(q - r) * width / 2);
     radiusX_ = std::max(ClampFar((q + r) * width / 2), thinnest);
-    radiusY_ = std::max(ClampFar(std::abs(q - r) * width / 2), thinnest);
+    radiusY_ = std::max(shortRadius, thinnest);
+    if (width > 0)
+        strength_ = std::clamp(shortRadius / thinnest, kFaintest, 1.0);
     const double angle = (std::atan2(g, f) + std::atan2(h, e)) / 2;
     if (radiusX_ != radiusY_ && std::isfinite(angle)) {
         cos_ = std::cos(angle);

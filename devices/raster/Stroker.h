@@ -20,17 +20,20 @@ class Pen
 {
   public:
     Pen() = default;
-    // toSamples maps the user's space; the ellipse is widened to a sample, or to a pixel when width is 0.
+    // toSamples maps the user's space; the ellipse is widened to a sample, or to a pixel when width is 0. What is
+    // widened to a sample is drawn in as much less ink, so that it does not come out darker than it is wide.
     Pen(double width, const Matrix &toSamples, int samplesPerPixel);
 
     Point ToSamples(Point p) const;
     Point ToPen(Point p) const;
     double LongRadius() const { return std::max(radiusX_, radiusY_); }
     double ShortRadius() const { return std::min(radiusX_, radiusY_); }
+    double Strength() const { return strength_; } // of the ink, up to 1
 
   private:
     double cos_ = 1, sin_ = 0; // of the ellipse's axes among the samples
     double radiusX_ = 1, radiusY_ = 1;
+    double strength_ = 1;
 };
 
 struct StrokePoint {
@@ -46,6 +49,7 @@ class Stroker
 
     // How far from its line a stroke can paint, in samples.
     double Reach() const;
+    double Strength() const { return pen_.Strength(); }
 
     // At least one point each. Where all points are the same, only round caps paint.
     void StrokeOpen(std::span<const StrokePoint> points);

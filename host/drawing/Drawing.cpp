@@ -120,7 +120,6 @@ void Drawing::ClosePath()
     if (state_.pen != Pen::Open)
         return;
     path_.Append(Verb::Close, 0);
-    state_.current = state_.start;
     state_.pen = Pen::Closed;
 }
 
@@ -151,7 +150,6 @@ void Drawing::Restore()
     state_ = saved_.back();
     saved_.pop_back();
     path_.Restore();
-    CutDashes(state_.dashEnd);
     budget_.Give(sizeof(State));
 }
 

@@ -63,7 +63,8 @@ class Drawing
     const Counts &GetCounts() const { return counts_; }
 
   private:
-    enum class Pen : uint8_t { None, Open, Closed }; // Closed: the next segment starts a subpath at start
+    // Closed: the current point is start, and the next segment starts a subpath there.
+    enum class Pen : uint8_t { None, Open, Closed };
 
     struct State {
         Matrix matrix;
@@ -91,8 +92,9 @@ class Drawing
     PathStack path_;
     State state_;
     std::vector<State> saved_;
-    std::vector<double> dashes_; // those of each level behind those of the levels below
-    StrokeStyle style_;          // what the last stroke was given; keeps its storage
+    // Those of each level behind those of the levels below; behind them what is no longer used.
+    std::vector<double> dashes_;
+    StrokeStyle style_; // what the last stroke was given; keeps its storage
     Counts counts_;
 };
 

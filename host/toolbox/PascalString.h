@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 
 namespace vxhost
@@ -21,7 +20,7 @@ inline void StorePascal(std::string_view text, uint8_t *to)
 {
     const size_t length = std::min(text.size(), kMaxPascalLength);
     to[0] = static_cast<uint8_t>(length);
-    std::memcpy(to + 1, text.data(), length);
+    std::copy_n(text.begin(), length, to + 1); // an empty text may have no bytes to point at
 }
 
 } // namespace vxhost

@@ -535,4 +535,4 @@ class Worker(CommandTest):
 
 
 if __name__ == "__main__":
-    unittest.main(argv=[sys.argv[0], *sys.argv[1:]], verbosity=1)
+    unittest.main(argv=[sys.argv[0], *sys.argv[1:]], verbosity=2)

@@ -9,7 +9,8 @@ namespace vxtest
 {
 
 struct CaseName {
-    template <typename Case> std::string operator()(const testing::TestParamInfo<Case> &info) const
+    template <typename Case>
+    std::string operator()(const testing::TestParamInfo<Case> &info) const
     {
         return info.param.name;
     }

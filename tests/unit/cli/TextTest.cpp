@@ -35,12 +35,8 @@ const TextCase kTexts[] = {
     {"Surrogate", "\xED\xA0\x80", "\\xED\\xA0\\x80", BAD BAD BAD},
     {"PastTheEnd", "\xF4\x90\x80\x80", "\\xF4\\x90\\x80\\x80", BAD BAD BAD BAD},
     {"FourBytes", "\xF0\x9F\x8E\xB5", "\xF0\x9F\x8E\xB5", "\xF0\x9F\x8E\xB5"},
-    {"DirectionOverride",
-     "\xE2\x80\xAE"
-     "vx",
-     "\\xE2\\x80\\xAEvx",
-     "\xE2\x80\xAE"
-     "vx"},
+    // Byte by byte: as a literal it would turn this line round in an editor.
+    {"DirectionOverride", std::string{'\xE2', '\x80', '\xAE'} + "vx", "\\xE2\\x80\\xAEvx", nullptr},
 };
 
 TEST(PrintableTest, EscapesWhatATerminalWouldObey)

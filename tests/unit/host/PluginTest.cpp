@@ -130,6 +130,17 @@ TEST_F(PluginTest, ADocumentIsDrawn)
     EXPECT_EQ(device_.calls, kSquareCalls);
 }
 
+TEST_F(PluginTest, SavesThatStayOpenAreRestoredBeforeThePageEnds)
+{
+    Run([](int32_t selector, HostCallRecord *record, void *, int16_t *) {
+        if (selector != kVXParse)
+            return;
+        reinterpret_cast<ZRKPathProc>(record->procs->entry[kZRKGSave])(record->drawing);
+        reinterpret_cast<ZRKPathProc>(record->procs->entry[kZRKClip])(record->drawing);
+    });
+    EXPECT_EQ(device_.calls, "begin 100 100; save; clip; restore; end");
+}
+
 TEST_F(PluginTest, TooLittleMemoryIsAnOutcome)
 {
     options_.maxHeap = 1000;

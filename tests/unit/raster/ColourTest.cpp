@@ -3,11 +3,10 @@
 
 #include "devices/raster/Fogra39.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace vxhost
 {
@@ -42,7 +41,7 @@ int Level(const std::string &colour, size_t component)
     size_t at = 0;
     for (; component > 0; --component)
         at = colour.find(' ', at) + 1;
-    return std::atoi(colour.c_str() + at);
+    return std::stoi(colour.substr(at));
 }
 
 struct Range {
@@ -88,7 +87,7 @@ class ProfileFiles : public testing::Test
 {
   protected:
     ProfileFiles()
-        : path_(std::filesystem::temp_directory_path() / ("profile-" + std::to_string(std::rand()) + ".icc"))
+        : path_(std::filesystem::temp_directory_path() / ("profile-" + std::to_string(getpid()) + ".icc"))
     {
     }
     ~ProfileFiles() override { std::filesystem::remove(path_); }

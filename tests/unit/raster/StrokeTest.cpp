@@ -49,13 +49,17 @@ const PixelCase kStrokes[] = {
     {"AScaleWidens", "2 0 0 2 0 0 cm 2 w 0 4 m 8 4 l s", 4, 2, "0 0 0"},
     {"AMirrorChangesNothing", "-1 0 0 1 0 0 cm " CORNER, 6, 6, "0 0 0"},
     {"ATurnChangesNothing", "0 1 -1 0 0 0 cm " CORNER, 6, 6, "0 0 0"},
-    // A matrix without an inverse squeezes the pen flat; a sample's width is left: one row of four.
-    {"AFlattenedPenKeepsASample", "1 0 0 0 0 0 cm 4 w 0 3.9 m 8 3.9 l s", 4, 4, "191 191 191"},
+    // A matrix without an inverse squeezes the pen flat; a sample's width is left, one row of four, in a quarter of
+    // the ink: 255 - 64 / 4.
+    {"AFlattenedPenKeepsASample", "1 0 0 0 0 0 cm 4 w 0 3.9 m 8 3.9 l s", 4, 4, "239 239 239"},
     // Two rows of samples on either side of the line.
     {"WidthNoughtIsAPixel", "0 w 0 4 m 8 4 l s", 4, 3, "128 128 128"},
     {"WidthNoughtIsAPixelBelow", "0 w 0 4 m 8 4 l s", 4, 4, "128 128 128"},
-    {"ThinLinesAreASample", "0.001 w 0 4.06 m 8 4.06 l s", 4, 3, "191 191 191"},
-    {"ThinLinesAreASampleUpright", "0.001 w 4.06 0 m 4.06 8 l s", 4, 3, "191 191 191"},
+    {"ThinLinesAreASample", "0.001 w 0 4.06 m 8 4.06 l s", 4, 3, "239 239 239"},
+    {"ThinLinesAreASampleUpright", "0.001 w 4.06 0 m 4.06 8 l s", 4, 3, "239 239 239"},
+    // Half as wide as a sample is half the ink, 255 - 127 / 4; as wide as a sample is all of it.
+    {"LinesHalfASampleWideAreHalfAsDark", "0.125 w 0 4.06 m 8 4.06 l s", 4, 3, "223 223 223"},
+    {"LinesASampleWideAreFullInk", "0.2501 w 0 4.125 m 8 4.125 l s", 4, 3, "191 191 191"},
     // Flat ends, a tenth of a sample apart: drawn one sample long, eight high.
     {"ShortLinesKeepASample", "2 w 3.1 4 m 3.125 4 l s", 3, 4, "191 191 191"},
 };
