@@ -26,6 +26,12 @@ int32_t SizeOfName(const char *name)
     return static_cast<int32_t>(strlen(name)) + 1;
 }
 
+const char *StoreName(char *to, const char *name)
+{
+    memcpy(to, name, static_cast<size_t>(SizeOfName(name)));
+    return to;
+}
+
 // The first record of a string at the end of the chain, or null. styleName may be null.
 ZRKTextRecord *AppendHeadRecord(ParseContext *context, TextObject *text, const BigString *string,
                                 const char *fontName, int32_t fontNameSize, const char *styleName)
@@ -38,10 +44,10 @@ ZRKTextRecord *AppendHeadRecord(ParseContext *context, TextObject *text, const B
         return nullptr;
     auto *record = new (block) ZRKTextRecord();
     char *names = static_cast<char *>(block) + headerSize;
-    record->fontName = strcpy(names, fontName);
+    record->fontName = StoreName(names, fontName);
     names += fontNameSize;
     if (styleName != nullptr)
-        record->styleName = strcpy(names, styleName);
+        record->styleName = StoreName(names, styleName);
     auto *bytes = reinterpret_cast<uint8_t *>(names + styleNameSize);
     memcpy(bytes, string->text, static_cast<size_t>(string->length));
     bytes[string->length] = 0;
