@@ -65,6 +65,14 @@ inline void CallCurveToFromCurrent(const ParseContext *context, const FixedPoint
 {
     TableEntry<ZRKCurveToFromCurrentProc>(context, kZRKCurveToFromCurrent)(context->refCon, control2, to);
 }
+inline void CallTranslate(const ParseContext *context, Fixed dx, Fixed dy)
+{
+    TableEntry<ZRKTranslateProc>(context, kZRKTranslate)(context->refCon, dx, dy);
+}
+inline void CallConcat(const ParseContext *context, const FixedMatrix *matrix)
+{
+    TableEntry<ZRKConcatProc>(context, kZRKConcat)(context->refCon, matrix, 0);
+}
 inline void CallSetLineWidth(const ParseContext *context, Fixed width)
 {
     TableEntry<ZRKSetFixedProc>(context, kZRKSetLineWidth)(context->refCon, width);
@@ -98,9 +106,11 @@ inline void CallSetOverprint(const ParseContext *context, int32_t overprint)
 {
     TableEntry<ZRKSetIntegerProc>(context, kZRKSetOverprint)(context->refCon, overprint);
 }
-inline void CallComment(const ParseContext *context, uint32_t signature, const char *text, int32_t length)
+// Tells the host that the path is about to be painted.
+inline void CallPathComment(const ParseContext *context)
 {
-    TableEntry<ZRKCommentProc>(context, kZRKComment)(context->refCon, signature, text, length);
+    static constexpr char kText[] = {'p', 'a', 't', 'h'};
+    TableEntry<ZRKCommentProc>(context, kZRKComment)(context->refCon, kZRKPathComment, kText, sizeof kText);
 }
 
 } // namespace vx
