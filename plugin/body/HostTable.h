@@ -106,11 +106,15 @@ inline void CallSetOverprint(const ParseContext *context, int32_t overprint)
 {
     TableEntry<ZRKSetIntegerProc>(context, kZRKSetOverprint)(context->refCon, overprint);
 }
-// Tells the host that the path is about to be painted.
+inline void CallComment(const ParseContext *context, uint32_t signature, const char *text, int32_t length)
+{
+    TableEntry<ZRKCommentProc>(context, kZRKComment)(context->refCon, signature, text, length);
+}
+// Says that the path is about to be painted.
 inline void CallPathComment(const ParseContext *context)
 {
     static constexpr char kText[] = {'p', 'a', 't', 'h'};
-    TableEntry<ZRKCommentProc>(context, kZRKComment)(context->refCon, kZRKPathComment, kText, sizeof kText);
+    CallComment(context, kZRKPathComment, kText, sizeof kText);
 }
 
 } // namespace vx
