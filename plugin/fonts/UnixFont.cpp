@@ -1,5 +1,6 @@
 #include "plugin/fonts/UnixFont.h"
 
+#include "plugin/Memory.h"
 #include "plugin/body/ParseContext.h"
 #include "plugin/entry/AboutBox.h"
 #include "plugin/fonts/NameHash.h"
@@ -28,17 +29,11 @@ constexpr int32_t kMaxIndexedFonts = INT16_MAX + 1;
 // The code whose width stands for all double-byte characters.
 constexpr int32_t kDoubleByteCode = 0x81;
 
-void Release(const HostCallRecord *record, void *block)
-{
-    if (block != nullptr)
-        record->memory->release(block, record->memory->refcon);
-}
-
 // A length-prefixed string as a zero-terminated one; both have kFontNameSize bytes.
 void CopyTerminated(char *to, uint8_t *lengthPrefixed)
 {
-    strncpy(to, p2cstr(lengthPrefixed), kFontNameSize - 1);
-    to[kFontNameSize - 1] = 0;
+    const char *text = p2cstr(lengthPrefixed);
+    memcpy(to, text, strlen(text) + 1);
 }
 
 void GetListString(int16_t list, int16_t index, char *to)
@@ -84,7 +79,7 @@ bool ReadSuffixes(const HostCallRecord *record, int16_t list, int16_t most, char
 void ReleaseSuffixes(const HostCallRecord *record, char **suffixes, int16_t count)
 {
     for (int16_t i = 0; i < count; ++i) {
-        Release(record, suffixes[i]);
+        ReleaseBlock(record->memory, suffixes[i]);
         suffixes[i] = nullptr;
     }
 }
@@ -207,7 +202,7 @@ bool InitializeSuffixTables(const HostCallRecord *record, FontTable *table)
 
 void ReleaseFontTable(const HostCallRecord *record, FontTable *table)
 {
-    Release(record, table->entries);
+    ReleaseBlock(record->memory, table->entries);
     table->entries = nullptr;
     table->entryCount = 0;
     table->nameSlots = nullptr;

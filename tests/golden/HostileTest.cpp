@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <iterator>
 #include <random>
+#include <sstream>
 
 namespace vxtest
 {
@@ -77,157 +78,28 @@ TEST_P(Sample, MayFailAtAnyAllocation)
     FailEachAllocation(ReadBytes(GetParam().path), &RecordingHost::failAllocation);
 }
 
-// Everything that means something somewhere, in any order.
-constexpr const char *kWords[] = {
-    "0",
-    "1",
-    "-1",
-    "0.5",
-    "32767",
-    "-40000",
-    "99999999999",
-    "1e5",
-    ".",
-    "+",
-    "m",
-    "l",
-    "L",
-    "c",
-    "C",
-    "v",
-    "V",
-    "y",
-    "Y",
-    "h",
-    "H",
-    "U",
-    "u",
-    "N",
-    "n",
-    "f",
-    "F",
-    "s",
-    "S",
-    "b",
-    "B",
-    "W",
-    "q",
-    "Q",
-    "Mb",
-    "MB",
-    "*u",
-    "*U",
-    "*w",
-    "*W",
-    "*",
-    "w",
-    "j",
-    "J",
-    "M",
-    "d",
-    "A",
-    "D",
-    "i",
-    "g",
-    "G",
-    "k",
-    "K",
-    "x",
-    "X",
-    "p",
-    "P",
-    "O",
-    "R",
-    "`",
-    "~",
-    "E",
-    "Lb",
-    "LB",
-    "Ln",
-    "XX",
-    "abc",
-    "T",
-    "Z",
-    "a",
-    "e",
-    "o",
-    "r",
-    "t",
-    "z",
-    "To",
-    "TO",
-    "Tp",
-    "TP",
-    "Tf",
-    "Tx",
-    "Tj",
-    "TS",
-    "T~",
-    "T-",
-    "T*",
-    "T+",
-    "Tc",
-    "Tw",
-    "Ts",
-    "Tk",
-    "Tt",
-    "Tz",
-    "Tl",
-    "Ta",
-    "TA",
-    "Tr",
-    "Tm",
-    "TM",
-    "Td",
-    "Te",
-    "TR",
-    "TZ",
-    "Tv",
-    "TV",
-    "Ty",
-    "Bb",
-    "BB",
-    "Bg",
-    "Bc",
-    "Bd",
-    "BD",
-    "Bh",
-    "Bm",
-    "Bs",
-    "(text)",
-    "(a\\)b\\101)",
-    "(open",
-    ")",
-    "<48 65>",
-    "<4",
-    ">",
-    "[",
-    "]",
-    "{",
-    "}",
-    "/Name",
-    "//Name",
-    "/",
-    "%x",
-    "\n%_Bd ",
-    "\n%_Bs ",
-    "\n%_BD ",
-    "\n%_Mb ",
-    "\n%%EndSetup\n",
-    "\n%VX3_BeginEncoding: A B\n",
-    "\n%VX3_EndEncoding\n",
-    "\n%VX5_BeginGradient: (a)\n",
-    "\n%%BeginBinary: 1\n",
-    "\n%%EndBinary\n",
-    "\n%VX3_BeginCrops\n",
-    "\n%VX5_BeginPlace\n",
-    "\n%VX5_EndPlace\n",
-    "\n%%PageTrailer\n",
-    "\n%%EOF\n",
-    "\r",
-    "\n",
-    "\r\n",
-};
+// Everything that means something somewhere: words that may stand anywhere in a line,
+constexpr const char *kWords = "0 1 -1 0.5 32767 -40000 99999999999 1e5 . + "
+                               "m l L c C v V y Y h H U u N n f F s S b B W q Q Mb MB *u *U *w *W * "
+                               "w j J M d A D i g G k K x X p P O R ` ~ E Lb LB Ln XX abc "
+                               "T Z a e o r t z To TO Tp TP Tf Tx Tj TS T~ T- T* T+ Tc Tw Ts Tk Tt Tz Tl Ta "
+                               "TA Tr Tm TM Td Te TR TZ Tv TV Ty "
+                               "Bb BB Bg Bc Bd BD Bh Bm Bs "
+                               "(text) (a\\)b\\101) (open ) <4865> <4 > [ ] { } /Name //Name / %x";
+
+// and lines.
+constexpr const char *kLines =
+    "%_Bd\n%_Bs\n%_BD\n%_Mb\n%%EndSetup\n%VX3_BeginEncoding: A B\n%VX3_EndEncoding\n%VX5_BeginGradient: (a)\n"
+    "%%BeginBinary: 1\n%%EndBinary\n%VX3_BeginCrops\n%VX5_BeginPlace\n%VX5_EndPlace\n%%PageTrailer\n%%EOF";
+
+std::vector<std::string> Split(const char *text, char separator)
+{
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, separator);)
+        parts.push_back(part);
+    return parts;
+}
 
 const char *const kHeaders[] = {
     "%!PS-Tavro-3.0\n%%BoundingBox: 0 0 9 9\n%VX5_FileFormat 3\n%%EndComments\n%%BeginSetup\n",
@@ -247,17 +119,24 @@ class Random
     std::mt19937 engine_;
 };
 
-// Lines of a few words with now and then an operator that fits, so that parses get somewhere.
+// Words and lines in any order, with now and then operators that fit, so that parses get somewhere.
 std::string MakeBody(Random *random)
 {
+    static const std::vector<std::string> words = Split(kWords, ' '), lines = Split(kLines, '\n');
     std::string body;
-    for (size_t words = random->Below(120); words > 0; --words) {
-        if (random->Below(3) == 0) {
+    for (size_t count = random->Below(120); count > 0; --count) {
+        switch (random->Below(8)) {
+        case 0:
+        case 1:
             body += "0.5 g 1 2 m 3 4 l 5 6 7 8 v f\n";
-            continue;
+            break;
+        case 2:
+            body += '\n' + lines[random->Below(lines.size())] + '\n';
+            break;
+        default:
+            body += words[random->Below(words.size())] + (random->Below(4) == 0 ? '\r' : ' ');
+            break;
         }
-        body += kWords[random->Below(std::size(kWords))];
-        body += random->Below(4) == 0 ? "\n" : " ";
     }
     return body;
 }

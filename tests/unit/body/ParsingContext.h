@@ -40,6 +40,11 @@ class ParsingContext : public testing::Test
 
     ~ParsingContext() override
     {
+        // What the line has defined is released as after a parse.
+        vx::SetUpRecord setup = {nullptr, &encoding};
+        host.record.setup = &setup;
+        vx::DeallocateFontDataObj(&host.record);
+        host.record.setup = nullptr;
         vx::TerminatePostScriptObjectBuffer(&pool);
         vx::TerminateStringBuffer(&stringBuffer);
         EXPECT_EQ(host.liveBlocks, 0);

@@ -16,14 +16,6 @@ using namespace vxtest;
 class ReencodedFonts : public ParsingContext
 {
   protected:
-    ~ReencodedFonts() override
-    {
-        while (ReencodedFont *font = encoding.firstFont) {
-            encoding.firstFont = font->next;
-            host.record.memory->release(font, host.record.memory->refcon);
-        }
-    }
-
     // The full name that a name is found under, or "". The script is told in either case.
     std::string Find(const char *name)
     {
