@@ -355,11 +355,11 @@ struct ParameterCase {
     Fixed t, shaped;
 };
 
-class Parameters : public testing::TestWithParam<ParameterCase>
+class ShapedParameters : public testing::TestWithParam<ParameterCase>
 {
 };
 
-TEST_P(Parameters, AreShaped)
+TEST_P(ShapedParameters, AreShaped)
 {
     const BlendStopObject a = GrayStop(0, Percent(GetParam().midPoint));
     const BlendRamp ramp = AutoBlendCalcTwoColorRamp(&a, &a);
@@ -395,7 +395,7 @@ const ParameterCase kParameters[] = {
     {"TheMirroredStartStays", 25, 0, 0},
     {"TheMirroredEndStays", 25, kOne, kOne},
 };
-INSTANTIATE_TEST_SUITE_P(Gradients, Parameters, testing::ValuesIn(kParameters), CaseName());
+INSTANTIATE_TEST_SUITE_P(Gradients, ShapedParameters, testing::ValuesIn(kParameters), CaseName());
 
 TEST(ShapesTest, NeverGoBack)
 {

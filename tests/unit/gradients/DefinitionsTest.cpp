@@ -31,11 +31,11 @@ struct BeginCase {
     int32_t type, stopCount;
 };
 
-class Definitions : public GradientContext, public testing::WithParamInterface<BeginCase>
+class GradientDefinitions : public GradientContext, public testing::WithParamInterface<BeginCase>
 {
 };
 
-TEST_P(Definitions, Begin)
+TEST_P(GradientDefinitions, Begin)
 {
     ASSERT_EQ(InSetup(GetParam().line), kOk);
     ASSERT_EQ(state->gradientCount, 1);
@@ -60,7 +60,7 @@ const BeginCase kBegins[] = {
     {"AnEmptyName", "() 0 2 Bd", "", 0, 2},
     {"ANameOf99Bytes", "(" + k99Bytes + ") 0 2 Bd", k99Bytes, 0, 2},
 };
-INSTANTIATE_TEST_SUITE_P(Gradients, Definitions, testing::ValuesIn(kBegins), CaseName());
+INSTANTIATE_TEST_SUITE_P(Gradients, GradientDefinitions, testing::ValuesIn(kBegins), CaseName());
 
 struct BadBeginCase {
     const char *name;
@@ -68,11 +68,11 @@ struct BadBeginCase {
     int32_t gradientCount;
 };
 
-class BadDefinitions : public GradientContext, public testing::WithParamInterface<BadBeginCase>
+class BadGradientDefinitions : public GradientContext, public testing::WithParamInterface<BadBeginCase>
 {
 };
 
-TEST_P(BadDefinitions, Fail)
+TEST_P(BadGradientDefinitions, Fail)
 {
     EXPECT_EQ(InSetup(GetParam().line), kParserBadFormat);
     EXPECT_EQ(state->gradientCount, GetParam().gradientCount);
@@ -90,7 +90,7 @@ const BadBeginCase kBadBegins[] = {
     {"WithANumberForName", "3 0 2 Bd", 1},
     {"WithANameOf100Bytes", "(" + k100Bytes + ") 0 2 Bd", 1},
 };
-INSTANTIATE_TEST_SUITE_P(Gradients, BadDefinitions, testing::ValuesIn(kBadBegins), CaseName());
+INSTANTIATE_TEST_SUITE_P(Gradients, BadGradientDefinitions, testing::ValuesIn(kBadBegins), CaseName());
 
 TEST_F(GradientContext, DefinitionsAreListedInOrder)
 {

@@ -110,11 +110,11 @@ struct LookUpCase {
     int32_t index; // where the look-up stops
 };
 
-class LookUps : public Instances, public testing::WithParamInterface<LookUpCase>
+class GradientLookUps : public Instances, public testing::WithParamInterface<LookUpCase>
 {
 };
 
-TEST_P(LookUps, FindTheFirstOfTheirName)
+TEST_P(GradientLookUps, FindTheFirstOfTheirName)
 {
     const LookUpCase &c = GetParam();
     const std::string line = "1 " + std::string(c.text) + " 0 0 0 100 1 0 0 1 0 0 Bg";
@@ -132,7 +132,7 @@ const LookUpCase kLookUps[] = {
     {"AnUnknownName", "(SKY)", -1, 5}, {"APrefix", "(Sk)", -1, 5},
     {"ALongerName", "(Skyy)", -1, 5},  {"AnEmptyNameIsNotLookedUp", "()", -1, 0},
 };
-INSTANTIATE_TEST_SUITE_P(Gradients, LookUps, testing::ValuesIn(kLookUps), CaseName());
+INSTANTIATE_TEST_SUITE_P(Gradients, GradientLookUps, testing::ValuesIn(kLookUps), CaseName());
 
 TEST_F(GradientContext, LookUpsInAnEmptyListFail)
 {
@@ -203,11 +203,11 @@ struct BadCase {
     const char *name, *line;
 };
 
-class BadOperands : public Instances, public testing::WithParamInterface<BadCase>
+class BadGradientOperands : public Instances, public testing::WithParamInterface<BadCase>
 {
 };
 
-TEST_P(BadOperands, FailWithoutACall)
+TEST_P(BadGradientOperands, FailWithoutACall)
 {
     Begin();
     EXPECT_EQ(Calls(GetParam().line, kParserBadFormat), "");
@@ -235,7 +235,7 @@ const BadCase kBadOperands[] = {
     {"BBWithAFraction", "0.5 BB"},
     {"BBWithAString", "(0) BB"},
 };
-INSTANTIATE_TEST_SUITE_P(Gradients, BadOperands, testing::ValuesIn(kBadOperands), CaseName());
+INSTANTIATE_TEST_SUITE_P(Gradients, BadGradientOperands, testing::ValuesIn(kBadOperands), CaseName());
 
 TEST_F(Instances, CheckOperandsEvenWhereMatricesAreIgnored)
 {
@@ -249,11 +249,11 @@ struct ModeCase {
     const char *name, *mode, *calls; // after the restore
 };
 
-class PaintModes : public Instances, public testing::WithParamInterface<ModeCase>
+class GradientPaintModes : public Instances, public testing::WithParamInterface<ModeCase>
 {
 };
 
-TEST_P(PaintModes, UseThePath)
+TEST_P(GradientPaintModes, UseThePath)
 {
     ASSERT_EQ(Interpret("0.25 G"), kOk);
     Begin();
@@ -270,7 +270,7 @@ const ModeCase kModes[] = {
     {"ThreeLeavesIt", "3", ""},
     {"NegativeOnesLeaveIt", "-1", ""},
 };
-INSTANTIATE_TEST_SUITE_P(Gradients, PaintModes, testing::ValuesIn(kModes), CaseName());
+INSTANTIATE_TEST_SUITE_P(Gradients, GradientPaintModes, testing::ValuesIn(kModes), CaseName());
 
 TEST_F(Instances, EndWithoutARestoreWhenNothingWasBound)
 {
@@ -306,11 +306,11 @@ struct MatrixCase {
     bool paints;
 };
 
-class Painting : public Instances, public testing::WithParamInterface<MatrixCase>
+class InstancePainting : public Instances, public testing::WithParamInterface<MatrixCase>
 {
 };
 
-TEST_P(Painting, NeedsAMatrix)
+TEST_P(InstancePainting, NeedsAMatrix)
 {
     Begin();
     ASSERT_EQ(Interpret(GetParam().line), kOk);
@@ -325,6 +325,6 @@ const MatrixCase kMatrices[] = {
     {"ASegmentMatrix", "1 0 0 1 0 0 Bm", true},
     {"Both", "1 0 0 1 0 0 Bc 1 0 0 1 0 0 Bm", true},
 };
-INSTANTIATE_TEST_SUITE_P(Gradients, Painting, testing::ValuesIn(kMatrices), CaseName());
+INSTANTIATE_TEST_SUITE_P(Gradients, InstancePainting, testing::ValuesIn(kMatrices), CaseName());
 
 } // namespace

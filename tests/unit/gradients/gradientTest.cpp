@@ -29,12 +29,12 @@ struct DispatchCase {
     Result result;
 };
 
-class Dispatch : public GradientContext, public testing::WithParamInterface<DispatchCase>
+class GradientDispatch : public GradientContext, public testing::WithParamInterface<DispatchCase>
 {
 };
 
 // With no operand on the stack, operators that need some fail, and so show that they ran.
-TEST_P(Dispatch, LooksAtOneLetterAndTheSection)
+TEST_P(GradientDispatch, LooksAtOneLetterAndTheSection)
 {
     context.setupEnded = GetParam().setupEnded;
     EXPECT_EQ(ParseGradientData(GetParam().operatorText, &context), GetParam().result);
@@ -72,7 +72,7 @@ const DispatchCase kDispatches[] = {
     {"AnotherLetterInTheBody", "x", 1, kNothing, kOk},
     {"NoLetter", "", 0, kNothing, kOk},
 };
-INSTANTIATE_TEST_SUITE_P(Gradients, Dispatch, testing::ValuesIn(kDispatches), CaseName());
+INSTANTIATE_TEST_SUITE_P(Gradients, GradientDispatch, testing::ValuesIn(kDispatches), CaseName());
 
 struct NoStateCase {
     const char *name, *line;
