@@ -165,6 +165,7 @@ Result ParseBodyWithStringBuffer(ParseContext *context)
         return kOutOfMemory;
     context->objectBuffer = &pool;
     const Result result = ParseBodyWithBuffers(context);
+    context->objectBuffer = nullptr;
     TerminatePostScriptObjectBuffer(&pool);
     return result;
 }
@@ -177,6 +178,7 @@ Result ParseBodyWithBuffers(ParseContext *context)
     SetLineStreamFlushingProc(context->lineStream, FlushStackStringsToBuffer, &record);
     context->operandStack = &stack;
     const Result result = DoParsing(context);
+    context->operandStack = nullptr;
     SetLineStreamFlushingProc(context->lineStream, nullptr, nullptr);
     return result;
 }
