@@ -77,11 +77,7 @@ std::optional<Box> ReadShownBox(const std::string &text)
     if (!box)
         throw UsageError(
             fmt::format("--box {}: not a box: give bbox, or left,bottom,right,top in points", text));
-    if (box->left > box->right)
-        std::swap(box->left, box->right);
-    if (box->bottom > box->top)
-        std::swap(box->bottom, box->top);
-    if (box->Width() <= 0 || box->Height() <= 0)
+    if (box->Width() == 0 || box->Height() == 0)
         throw UsageError(
             fmt::format("--box {}: the box is empty: give left,bottom,right,top in points", text));
     return box;

@@ -7,6 +7,7 @@
 
 #include "host/drawing/Path.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -51,6 +52,11 @@ struct Box {
     double left = 0, bottom = 0, right = 0, top = 0;
     double Width() const { return right - left; }
     double Height() const { return top - bottom; }
+    // The same corners, whichever way round they were written.
+    Box Upright() const
+    {
+        return {std::min(left, right), std::min(bottom, top), std::max(left, right), std::max(bottom, top)};
+    }
 };
 
 // What a device needs to know before the first paint.

@@ -314,6 +314,9 @@ class Render(CommandTest):
         self.assertIn("--box", self.refused("render", "a.vx", "-o", "a.png", status=1))
         self.run_vx("render", "a.vx", "-o", "a.png", "--box", "0,0,5,5")
 
+    def test_an_inverted_box_is_turned(self):
+        self.assertEqual(self.render(data=document(box="72 36 0 0")).rows, self.render().rows)
+
     def test_too_many_pixels_are_a_limit(self):
         self.write("a.vx", document())
         self.assertIn("too large", self.refused("render", "a.vx", "-o", "a.png", "--dpi", "99999", status=5))
