@@ -151,6 +151,7 @@ Result ParseBody(LineStream *stream, HostCallRecord *record, FileVersion /*versi
         InitializeDefaultFont(&context.text.fonts);
         result = ParseBodyWithStringBuffer(&context);
     }
+    TerminateTextState(&context);
     ReleaseFontTable(record, &context.text.fonts);
     SetProcsToPrintable(&context);
     TerminateStringBuffer(&buffer);

@@ -98,6 +98,10 @@ inline void CallSetOverprint(const ParseContext *context, int32_t overprint)
 {
     TableEntry<ZRKSetIntegerProc>(context, kZRKSetOverprint)(context->refCon, overprint);
 }
+inline void CallShow(const ParseContext *context, const ZRKTextRecord *first, uint32_t mode)
+{
+    TableEntry<ZRKShowProc>(context, kZRKShow)(context->refCon, first, static_cast<int32_t>(mode));
+}
 inline void CallComment(const ParseContext *context, uint32_t signature, const char *text, int32_t length)
 {
     TableEntry<ZRKCommentProc>(context, kZRKComment)(context->refCon, signature, text, length);

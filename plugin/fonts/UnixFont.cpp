@@ -2,6 +2,8 @@
 
 #include "plugin/body/ParseContext.h"
 #include "plugin/entry/AboutBox.h"
+#include "plugin/fonts/NameHash.h"
+#include "plugin/input/Fixed.h"
 #include "plugin/input/MacString.h"
 
 #include <cstring>
@@ -20,10 +22,11 @@ constexpr int16_t kReplacementFaceNames = 16201;
 constexpr int16_t kEncodingSuffixes = 16300;
 constexpr int16_t kOrientationSuffixes = 16301;
 
-constexpr int32_t kMaxFonts = INT32_MAX / static_cast<int32_t>(sizeof(FontTableEntry));
-
 // Fonts are told apart by a signed 16-bit index; any further ones are never found.
 constexpr int32_t kMaxIndexedFonts = INT16_MAX + 1;
+
+// The code whose width stands for all double-byte characters.
+constexpr int32_t kDoubleByteCode = 0x81;
 
 void Release(const HostCallRecord *record, void *block)
 {
@@ -86,40 +89,96 @@ void ReleaseSuffixes(const HostCallRecord *record, char **suffixes, int16_t coun
     }
 }
 
+// Where a name of that length ends without its suffix.
+size_t LengthWithoutSuffix(const char *name, size_t length, char *const *suffixes, int32_t count)
+{
+    if (length == 0)
+        return 0;
+    for (int32_t i = 0; i < count; ++i) {
+        const char *found = strstr(name + 1, suffixes[i]);
+        if (found == nullptr)
+            continue;
+        const auto position = static_cast<size_t>(found - name);
+        if (position + strlen(suffixes[i]) <= length)
+            return position;
+    }
+    return length;
+}
+
+// A name without its suffixes is the start of it.
+size_t StrippedLength(const char *name, const FontTable *table)
+{
+    size_t length = strlen(name);
+    length = LengthWithoutSuffix(name, length, table->orientationSuffix, table->orientationSuffixCount);
+    return LengthWithoutSuffix(name, length, table->encodingSuffix, table->encodingSuffixCount);
+}
+
 void CutAtSuffix(char *name, char *const *suffixes, int32_t count)
 {
-    if (name[0] == 0)
-        return;
-    for (int32_t i = 0; i < count; ++i) {
-        if (char *found = strstr(name + 1, suffixes[i])) {
-            memset(found, 0, strlen(found));
-            return;
-        }
+    const size_t length = strlen(name);
+    const size_t kept = LengthWithoutSuffix(name, length, suffixes, count);
+    memset(name + kept, 0, length - kept);
+}
+
+int32_t IndexedFontCount(int32_t fonts)
+{
+    return fonts < kMaxIndexedFonts ? fonts : kMaxIndexedFonts;
+}
+
+// Half of the slots at least stay free, so that a search soon ends.
+uint32_t NameSlotCount(int32_t fonts)
+{
+    uint32_t count = 2;
+    while (count < 2 * static_cast<uint32_t>(IndexedFontCount(fonts)))
+        count *= 2;
+    return count;
+}
+
+// The slot of a stripped name, or the free one where it belongs.
+FontNameSlot *FindNameSlot(const FontTable *table, const char *name, size_t length)
+{
+    const uint32_t hash = HashName(name, static_cast<int32_t>(length));
+    for (uint32_t i = hash;; ++i) {
+        FontNameSlot *slot = &table->nameSlots[i & (table->nameSlotCount - 1)];
+        if (slot->font == kNoFont)
+            return slot;
+        if (slot->hash == hash && static_cast<size_t>(slot->nameLength) == length &&
+            memcmp(table->entries[slot->font].postScriptName, name, length) == 0)
+            return slot;
     }
 }
 
-// A name without its suffixes.
-struct StrippedName {
-    char text[kFontNameSize];
-
-    StrippedName(const char *name, const FontTable *table)
-    {
-        strncpy(text, name, sizeof text - 1);
-        text[sizeof text - 1] = 0;
-        RemoveOrientationSuffix(text, table);
-        RemoveEncodingSuffix(text, table);
+// Where entries share a name, the first one keeps it.
+void IndexFontNames(FontTable *table)
+{
+    for (uint32_t i = 0; i < table->nameSlotCount; ++i)
+        table->nameSlots[i].font = kNoFont;
+    for (int32_t i = 0; i < IndexedFontCount(table->entryCount); ++i) {
+        const char *name = table->entries[i].postScriptName;
+        const size_t length = StrippedLength(name, table);
+        FontNameSlot *slot = FindNameSlot(table, name, length);
+        if (slot->font == kNoFont) {
+            slot->hash = HashName(name, static_cast<int32_t>(length));
+            slot->font = static_cast<int16_t>(i);
+            slot->nameLength = static_cast<int16_t>(length);
+        }
     }
-};
+}
 
 } // namespace
 
 bool InitializeFontTable(const HostCallRecord *record, FontTable *table)
 {
     const int32_t count = UNIXNumFonts();
-    if (count <= 0 || count > kMaxFonts)
+    if (count <= 0)
         return false;
-    const int32_t size = count * static_cast<int32_t>(sizeof(FontTableEntry));
-    void *block = record->memory->allocate(size, record->memory->refcon);
+    static_assert(sizeof(FontTableEntry) % alignof(FontNameSlot) == 0);
+    const uint32_t slotCount = NameSlotCount(count);
+    const int64_t entriesSize = int64_t{count} * static_cast<int64_t>(sizeof(FontTableEntry));
+    const int64_t size = entriesSize + int64_t{slotCount} * static_cast<int64_t>(sizeof(FontNameSlot));
+    if (size > INT32_MAX)
+        return false;
+    void *block = record->memory->allocate(static_cast<int32_t>(size), record->memory->refcon);
     if (block == nullptr)
         return false;
     memset(block, 0, static_cast<size_t>(size));
@@ -130,7 +189,12 @@ bool InitializeFontTable(const HostCallRecord *record, FontTable *table)
     for (int32_t i = 0; i < count; ++i)
         if (ReadFontEntry(i, &table->entries[i]))
             anyRead = true;
-    return anyRead && InitializeSuffixTables(record, table);
+    if (!anyRead || !InitializeSuffixTables(record, table))
+        return false;
+    table->nameSlots = reinterpret_cast<FontNameSlot *>(table->entries + count);
+    table->nameSlotCount = slotCount;
+    IndexFontNames(table);
+    return true;
 }
 
 bool InitializeSuffixTables(const HostCallRecord *record, FontTable *table)
@@ -146,6 +210,7 @@ void ReleaseFontTable(const HostCallRecord *record, FontTable *table)
     Release(record, table->entries);
     table->entries = nullptr;
     table->entryCount = 0;
+    table->nameSlots = nullptr;
     ReleaseSuffixTables(record, table);
 }
 
@@ -183,21 +248,15 @@ void RemoveEncodingSuffix(char *name, const FontTable *table)
 
 int16_t PSNameSearchFontTable(const char *name, const FontTable *table)
 {
-    const StrippedName wanted(name, table);
-    const int32_t count = table->entryCount < kMaxIndexedFonts ? table->entryCount : kMaxIndexedFonts;
-    for (int32_t i = 0; i < count; ++i) {
-        const StrippedName candidate(table->entries[i].postScriptName, table);
-        if (strcmp(wanted.text, candidate.text) == 0)
-            return static_cast<int16_t>(i);
-    }
-    return kNoFont;
+    if (table->nameSlots == nullptr)
+        return kNoFont;
+    return FindNameSlot(table, name, StrippedLength(name, table))->font;
 }
 
 bool ComparePostScriptName(const char *name1, const char *name2, const FontTable *table)
 {
-    const StrippedName first(name1, table);
-    const StrippedName second(name2, table);
-    return strcmp(first.text, second.text) == 0;
+    const size_t length = StrippedLength(name1, table);
+    return StrippedLength(name2, table) == length && memcmp(name1, name2, length) == 0;
 }
 
 const char *GetValidPostScriptName(const char *name, int16_t script, bool /*vertical*/,
@@ -236,7 +295,7 @@ void MacFontPostScriptFontName(uint8_t *name)
         name[1 + name[0]] = 0;
 }
 
-bool GetCharacterWidthTable(const char *name, Fixed widths[kCharacterCodes], const ParseContext *context)
+bool GetCharacterWidthTable(const char *name, Fixed widths[kCharacterCodes], ParseContext *context)
 {
     const FontTable *table = &context->text.fonts;
     const int16_t font = PSNameSearchFontTable(name, table);
@@ -244,6 +303,8 @@ bool GetCharacterWidthTable(const char *name, Fixed widths[kCharacterCodes], con
         widths[code] = font == kNoFont
                            ? 0
                            : UNIXGetCharWidth(table->entries[font].fontNumber, static_cast<int16_t>(code));
+    const Fixed doubleByte = widths[kDoubleByteCode];
+    context->text.doubleByteWidth = doubleByte != 0 ? doubleByte : kFixedOne;
     return true;
 }
 

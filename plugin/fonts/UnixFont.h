@@ -26,6 +26,13 @@ struct FontTableEntry {
     int16_t flags;
 };
 
+// The first entry of a stripped name. Slots are searched by hash, from the slot of that number on.
+struct FontNameSlot {
+    uint32_t hash;
+    int16_t font;       // an index of entries, or kNoFont for a free slot
+    int16_t nameLength; // of the entry's name, without its suffixes
+};
+
 struct FontTable {
     FontTableEntry *entries; // by host font index
     int32_t entryCount;
@@ -34,6 +41,8 @@ struct FontTable {
     char *orientationSuffix[kMaxOrientationSuffixes];
     int32_t orientationSuffixCount;
     int32_t defaultFont[kScriptCount]; // index by script, or kNoFont
+    FontNameSlot *nameSlots;           // in the block of the entries; null before the suffixes are known
+    uint32_t nameSlotCount;            // a power of two, larger than the number of names
 };
 
 // False when the host has no memory, no font, or an unusable suffix list. The table comes zero-filled, and is to be
@@ -51,7 +60,8 @@ void InitializeDefaultFont(FontTable *table);
 void RemoveOrientationSuffix(char *name, const FontTable *table);
 void RemoveEncodingSuffix(char *name, const FontTable *table);
 
-// The first entry of that name, both without their suffixes; kNoFont if there is none.
+// The first entry of that name, both without their suffixes; kNoFont if there is none. Does not depend on how many
+// fonts the host has.
 int16_t PSNameSearchFontTable(const char *name, const FontTable *table);
 bool ComparePostScriptName(const char *name1, const char *name2, const FontTable *table);
 
@@ -65,8 +75,9 @@ bool SubstituteFaceName(char *name);
 // "family$rest", length-prefixed, becomes "$rest": the sign stays, on purpose.
 void MacFontPostScriptFontName(uint8_t *name);
 
-// The widths of all codes in ems; all zero for a name that no host font serves. Always true.
-bool GetCharacterWidthTable(const char *name, Fixed widths[kCharacterCodes], const ParseContext *context);
+// The widths of all codes in ems; all zero for a name that no host font serves. The text state learns the width of
+// a double-byte character. Always true.
+bool GetCharacterWidthTable(const char *name, Fixed widths[kCharacterCodes], ParseContext *context);
 
 // Asks whether to go on with substituted fonts.
 bool ConfirmFontSubstitution(ParseContext *context);

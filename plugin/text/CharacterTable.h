@@ -1,0 +1,284 @@
+// Character table: the codes of the standard Latin glyphs on a Mac and on a PC.
+//
+// Mac OS Roman beside code page 1252 as it was before the euro and the letter z with caron were added to it. Three
+// rows differ from the published code pages on purpose: bullet, currency and sterling.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <string_view>
+
+namespace vx
+{
+
+// The encoding has no code for the glyph.
+constexpr uint32_t kNoCode = 0xFFFFFFFF;
+
+struct CharacterRow {
+    const char *glyph;
+    uint32_t mac;
+    uint32_t pc;
+};
+
+// In the order of the glyph names. The row's number is the index that both columns share.
+// clang-format off
+constexpr CharacterRow kCharacterRows[] = {
+    {"", 0x7F, kNoCode}, // delete: a code, but not a glyph
+    {"A", 0x41, 0x41},
+    {"AE", 0xAE, 0xC6},
+    {"Aacute", 0xE7, 0xC1},
+    {"Acircumflex", 0xE5, 0xC2},
+    {"Adieresis", 0x80, 0xC4},
+    {"Agrave", 0xCB, 0xC0},
+    {"Aring", 0x81, 0xC5},
+    {"Atilde", 0xCC, 0xC3},
+    {"B", 0x42, 0x42},
+    {"C", 0x43, 0x43},
+    {"Ccedilla", 0x82, 0xC7},
+    {"D", 0x44, 0x44},
+    {"E", 0x45, 0x45},
+    {"Eacute", 0x83, 0xC9},
+    {"Ecircumflex", 0xE6, 0xCA},
+    {"Edieresis", 0xE8, 0xCB},
+    {"Egrave", 0xE9, 0xC8},
+    {"Eth", kNoCode, 0xD0},
+    {"F", 0x46, 0x46},
+    {"G", 0x47, 0x47},
+    {"H", 0x48, 0x48},
+    {"I", 0x49, 0x49},
+    {"Iacute", 0xEA, 0xCD},
+    {"Icircumflex", 0xEB, 0xCE},
+    {"Idieresis", 0xEC, 0xCF},
+    {"Igrave", 0xED, 0xCC},
+    {"J", 0x4A, 0x4A},
+    {"K", 0x4B, 0x4B},
+    {"L", 0x4C, 0x4C},
+    {"Lslash", kNoCode, kNoCode},
+    {"M", 0x4D, 0x4D},
+    {"N", 0x4E, 0x4E},
+    {"Ntilde", 0x84, 0xD1},
+    {"O", 0x4F, 0x4F},
+    {"OE", 0xCE, 0x8C},
+    {"Oacute", 0xEE, 0xD3},
+    {"Ocircumflex", 0xEF, 0xD4},
+    {"Odieresis", 0x85, 0xD6},
+    {"Ograve", 0xF1, 0xD2},
+    {"Oslash", 0xAF, 0xD8},
+    {"Otilde", 0xCD, 0xD5},
+    {"P", 0x50, 0x50},
+    {"Q", 0x51, 0x51},
+    {"R", 0x52, 0x52},
+    {"S", 0x53, 0x53},
+    {"Scaron", kNoCode, 0x8A},
+    {"T", 0x54, 0x54},
+    {"Thorn", kNoCode, 0xDE},
+    {"U", 0x55, 0x55},
+    {"Uacute", 0xF2, 0xDA},
+    {"Ucircumflex", 0xF3, 0xDB},
+    {"Udieresis", 0x86, 0xDC},
+    {"Ugrave", 0xF4, 0xD9},
+    {"V", 0x56, 0x56},
+    {"W", 0x57, 0x57},
+    {"X", 0x58, 0x58},
+    {"Y", 0x59, 0x59},
+    {"Yacute", kNoCode, 0xDD},
+    {"Ydieresis", 0xD9, 0x9F},
+    {"Z", 0x5A, 0x5A},
+    {"Zcaron", kNoCode, kNoCode},
+    {"a", 0x61, 0x61},
+    {"aacute", 0x87, 0xE1},
+    {"acircumflex", 0x89, 0xE2},
+    {"acute", 0xAB, 0xB4},
+    {"adieresis", 0x8A, 0xE4},
+    {"ae", 0xBE, 0xE6},
+    {"agrave", 0x88, 0xE0},
+    {"ampersand", 0x26, 0x26},
+    {"aring", 0x8C, 0xE5},
+    {"asciicircum", 0x5E, 0x5E},
+    {"asciitilde", 0x7E, 0x7E},
+    {"asterisk", 0x2A, 0x2A},
+    {"at", 0x40, 0x40},
+    {"atilde", 0x8B, 0xE3},
+    {"b", 0x62, 0x62},
+    {"backslash", 0x5C, 0x5C},
+    {"bar", 0x7C, 0x7C},
+    {"braceleft", 0x7B, 0x7B},
+    {"braceright", 0x7D, 0x7D},
+    {"bracketleft", 0x5B, 0x5B},
+    {"bracketright", 0x5D, 0x5D},
+    {"breve", 0xF9, kNoCode},
+    {"brokenbar", kNoCode, 0xA6},
+    {"bullet", 0xA5, 0x7F}, // a PC writes its bullet as 0x7F, not as 0x95
+    {"c", 0x63, 0x63},
+    {"caron", 0xFF, kNoCode},
+    {"ccedilla", 0x8D, 0xE7},
+    {"cedilla", 0xFC, 0xB8},
+    {"cent", 0xA2, 0xA2},
+    {"circumflex", 0xF6, 0x88},
+    {"colon", 0x3A, 0x3A},
+    {"comma", 0x2C, 0x2C},
+    {"copyright", 0xA9, 0xA9},
+    {"currency", 0xDB, 0xA4}, // the Mac code that the euro took over later
+    {"d", 0x64, 0x64},
+    {"dagger", 0xA0, 0x86},
+    {"daggerdbl", 0xE0, 0x87},
+    {"degree", 0xA1, 0xB0},
+    {"dieresis", 0xAC, 0xA8},
+    {"divide", 0xD6, 0xF7},
+    {"dollar", 0x24, 0x24},
+    {"dotaccent", 0xFA, kNoCode},
+    {"dotlessi", 0xF5, kNoCode},
+    {"e", 0x65, 0x65},
+    {"eacute", 0x8E, 0xE9},
+    {"ecircumflex", 0x90, 0xEA},
+    {"edieresis", 0x91, 0xEB},
+    {"egrave", 0x8F, 0xE8},
+    {"eight", 0x38, 0x38},
+    {"ellipsis", 0xC9, 0x85},
+    {"emdash", 0xD1, 0x97},
+    {"endash", 0xD0, 0x96},
+    {"equal", 0x3D, 0x3D},
+    {"eth", kNoCode, 0xF0},
+    {"exclam", 0x21, 0x21},
+    {"exclamdown", 0xC1, 0xA1},
+    {"f", 0x66, 0x66},
+    {"fi", 0xDE, kNoCode},
+    {"five", 0x35, 0x35},
+    {"fl", 0xDF, kNoCode},
+    {"florin", 0xC4, 0x83},
+    {"four", 0x34, 0x34},
+    {"fraction", 0xDA, kNoCode},
+    {"g", 0x67, 0x67},
+    {"germandbls", 0xA7, 0xDF},
+    {"grave", 0x60, 0x60},
+    {"greater", 0x3E, 0x3E},
+    {"guillemotleft", 0xC7, 0xAB},
+    {"guillemotright", 0xC8, 0xBB},
+    {"guilsinglleft", 0xDC, 0x8B},
+    {"guilsinglright", 0xDD, 0x9B},
+    {"h", 0x68, 0x68},
+    {"hungarumlaut", 0xFD, kNoCode},
+    {"hyphen", 0x2D, 0x2D},
+    {"i", 0x69, 0x69},
+    {"iacute", 0x92, 0xED},
+    {"icircumflex", 0x94, 0xEE},
+    {"idieresis", 0x95, 0xEF},
+    {"igrave", 0x93, 0xEC},
+    {"j", 0x6A, 0x6A},
+    {"k", 0x6B, 0x6B},
+    {"l", 0x6C, 0x6C},
+    {"less", 0x3C, 0x3C},
+    {"logicalnot", 0xC2, 0xAC},
+    {"lslash", kNoCode, kNoCode},
+    {"m", 0x6D, 0x6D},
+    {"macron", 0xF8, 0xAF},
+    {"minus", kNoCode, kNoCode},
+    {"mu", 0xB5, 0xB5},
+    {"multiply", kNoCode, 0xD7},
+    {"n", 0x6E, 0x6E},
+    {"nine", 0x39, 0x39},
+    {"ntilde", 0x96, 0xF1},
+    {"numbersign", 0x23, 0x23},
+    {"o", 0x6F, 0x6F},
+    {"oacute", 0x97, 0xF3},
+    {"ocircumflex", 0x99, 0xF4},
+    {"odieresis", 0x9A, 0xF6},
+    {"oe", 0xCF, 0x9C},
+    {"ogonek", 0xFE, kNoCode},
+    {"ograve", 0x98, 0xF2},
+    {"one", 0x31, 0x31},
+    {"onehalf", kNoCode, 0xBD},
+    {"onequarter", kNoCode, 0xBC},
+    {"onesuperior", kNoCode, 0xB9},
+    {"ordfeminine", 0xBB, 0xAA},
+    {"ordmasculine", 0xBC, 0xBA},
+    {"oslash", 0xBF, 0xF8},
+    {"otilde", 0x9B, 0xF5},
+    {"p", 0x70, 0x70},
+    {"paragraph", 0xA6, 0xB6},
+    {"parenleft", 0x28, 0x28},
+    {"parenright", 0x29, 0x29},
+    {"percent", 0x25, 0x25},
+    {"period", 0x2E, 0x2E},
+    {"periodcentered", 0xE1, 0xB7},
+    {"perthousand", 0xE4, 0x89},
+    {"plus", 0x2B, 0x2B},
+    {"plusminus", 0xB1, 0xB1},
+    {"q", 0x71, 0x71},
+    {"question", 0x3F, 0x3F},
+    {"questiondown", 0xC0, 0xBF},
+    {"quotedbl", 0x22, 0x22},
+    {"quotedblbase", 0xE3, 0x84},
+    {"quotedblleft", 0xD2, 0x93},
+    {"quotedblright", 0xD3, 0x94},
+    {"quoteleft", 0xD4, 0x91},
+    {"quoteright", 0xD5, 0x92},
+    {"quotesinglbase", 0xE2, 0x82},
+    {"quotesingle", 0x27, 0x27},
+    {"r", 0x72, 0x72},
+    {"registered", 0xA8, 0xAE},
+    {"ring", 0xFB, kNoCode},
+    {"s", 0x73, 0x73},
+    {"scaron", kNoCode, 0x9A},
+    {"section", 0xA4, 0xA7},
+    {"semicolon", 0x3B, 0x3B},
+    {"seven", 0x37, 0x37},
+    {"six", 0x36, 0x36},
+    {"slash", 0x2F, 0x2F},
+    {"space", 0x20, 0x20},
+    {"sterling", 0x3F, 0xA3}, // comes out as a question mark on a Mac
+    {"t", 0x74, 0x74},
+    {"thorn", kNoCode, 0xFE},
+    {"three", 0x33, 0x33},
+    {"threequarters", kNoCode, 0xBE},
+    {"threesuperior", kNoCode, 0xB3},
+    {"tilde", 0xF7, 0x98},
+    {"trademark", 0xAA, 0x99},
+    {"two", 0x32, 0x32},
+    {"twosuperior", kNoCode, 0xB2},
+    {"u", 0x75, 0x75},
+    {"uacute", 0x9C, 0xFA},
+    {"ucircumflex", 0x9E, 0xFB},
+    {"udieresis", 0x9F, 0xFC},
+    {"ugrave", 0x9D, 0xF9},
+    {"underscore", 0x5F, 0x5F},
+    {"v", 0x76, 0x76},
+    {"w", 0x77, 0x77},
+    {"x", 0x78, 0x78},
+    {"y", 0x79, 0x79},
+    {"yacute", kNoCode, 0xFD},
+    {"ydieresis", 0xD8, 0xFF},
+    {"yen", 0xB4, 0xA5},
+    {"z", 0x7A, 0x7A},
+    {"zcaron", kNoCode, kNoCode},
+    {"zero", 0x30, 0x30},
+};
+// clang-format on
+
+constexpr size_t kCharacterRowCount = std::size(kCharacterRows);
+static_assert(kCharacterRowCount == 229);
+
+constexpr bool AreGlyphsInOrder()
+{
+    for (size_t i = 1; i < kCharacterRowCount; ++i)
+        if (std::string_view(kCharacterRows[i - 1].glyph) >= kCharacterRows[i].glyph)
+            return false;
+    return true;
+}
+static_assert(AreGlyphsInOrder());
+
+constexpr auto CodesOf(uint32_t CharacterRow::*column)
+{
+    std::array<uint32_t, kCharacterRowCount> codes = {};
+    for (size_t i = 0; i < kCharacterRowCount; ++i)
+        codes[i] = kCharacterRows[i].*column;
+    return codes;
+}
+
+// The names stay with the compiler: only these two columns become part of the program.
+constexpr auto kMacCodes = CodesOf(&CharacterRow::mac);
+constexpr auto kPCCodes = CodesOf(&CharacterRow::pc);
+
+} // namespace vx
