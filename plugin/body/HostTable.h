@@ -65,6 +65,14 @@ inline void CallCurveToFromCurrent(const ParseContext *context, const FixedPoint
 {
     TableEntry<ZRKCurveToFromCurrentProc>(context, kZRKCurveToFromCurrent)(context->refCon, control2, to);
 }
+inline void CallTranslate(const ParseContext *context, Fixed dx, Fixed dy)
+{
+    TableEntry<ZRKTranslateProc>(context, kZRKTranslate)(context->refCon, dx, dy);
+}
+inline void CallConcat(const ParseContext *context, const FixedMatrix *matrix)
+{
+    TableEntry<ZRKConcatProc>(context, kZRKConcat)(context->refCon, matrix, 0);
+}
 inline void CallSetLineWidth(const ParseContext *context, Fixed width)
 {
     TableEntry<ZRKSetFixedProc>(context, kZRKSetLineWidth)(context->refCon, width);
@@ -105,6 +113,12 @@ inline void CallShow(const ParseContext *context, const ZRKTextRecord *first, ui
 inline void CallComment(const ParseContext *context, uint32_t signature, const char *text, int32_t length)
 {
     TableEntry<ZRKCommentProc>(context, kZRKComment)(context->refCon, signature, text, length);
+}
+// Says that the path is about to be painted.
+inline void CallPathComment(const ParseContext *context)
+{
+    static constexpr char kText[] = {'p', 'a', 't', 'h'};
+    CallComment(context, kZRKPathComment, kText, sizeof kText);
 }
 
 } // namespace vx

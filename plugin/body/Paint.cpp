@@ -11,7 +11,6 @@ namespace
 
 constexpr Fixed kPatternGray = kFixedOne / 2;
 constexpr int32_t kMaxDashes = 256;
-constexpr char kPathCommentText[] = {'p', 'a', 't', 'h'};
 
 // Inside a group keeps paint for its end and returns true.
 bool PutOffInGroup(ParseContext *context, PaintProc paint)
@@ -152,7 +151,7 @@ void FillAndStrokePath(ParseContext *context)
 void SendPathComment(ParseContext *context)
 {
     if (IsOutsideGroup(context))
-        CallComment(context, kZRKPathComment, kPathCommentText, sizeof kPathCommentText);
+        CallPathComment(context);
 }
 
 Result SetLineDash(ParseContext *context)

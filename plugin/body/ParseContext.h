@@ -4,6 +4,7 @@
 // testing flags at each use.
 #pragma once
 
+#include "plugin/body/Colour.h"
 #include "plugin/gradients/gradient.h"
 #include "plugin/input/LnStream.h"
 #include "plugin/input/PostObjs.h"
@@ -21,10 +22,6 @@ struct ParseContext;
 using PaintProc = void (*)(ParseContext *context);
 
 enum LoadedColour : int16_t { kNoColour = 0, kFillColour = 1, kStrokeColour = 2 };
-
-struct CMYKColour {
-    Fixed cyan, magenta, yellow, black;
-};
 
 // Entries 36 to 40 of the host's table, which non-printable layers replace.
 constexpr int kSavedProcCount = 5;

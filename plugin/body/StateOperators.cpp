@@ -5,8 +5,6 @@
 #include "plugin/body/Paint.h"
 #include "plugin/entry/AboutBox.h"
 
-#include <initializer_list>
-
 namespace vx
 {
 
@@ -31,12 +29,6 @@ void SetStroke(ParseContext *context, PaintProc colour)
     context->loadedColour = kNoColour;
 }
 
-bool PopCMYK(PostScriptObjectList *stack, CMYKColour *colour)
-{
-    return PopFixed(stack, &colour->black) && PopFixed(stack, &colour->yellow) &&
-           PopFixed(stack, &colour->magenta) && PopFixed(stack, &colour->cyan);
-}
-
 // A custom colour: its process equivalent, its name, and how far it is lightened.
 bool PopCustomColour(PostScriptObjectList *stack, CMYKColour *colour)
 {
@@ -44,9 +36,7 @@ bool PopCustomColour(PostScriptObjectList *stack, CMYKColour *colour)
     BigString name;
     if (!PopFixed(stack, &tint) || !PopString(stack, &name) || !PopCMYK(stack, colour))
         return false;
-    const Fixed strength = SubtractFixed(kFixedOne, tint);
-    for (Fixed *component : {&colour->cyan, &colour->magenta, &colour->yellow, &colour->black})
-        *component = FixedMul(strength, *component);
+    LightenCMYK(colour, tint);
     return true;
 }
 

@@ -1,10 +1,11 @@
 // Gradients: the definitions of the setup section, and the instance that the body is painting.
 //
-// GradientState is made before the body and released after it by the setup module; without it the gradient
-// operators fail.
+// Owns the records and the dispatch of the gradient operators. GradientState is made before the body and released
+// after it, with all that it lists, by the setup module; without it the gradient operators fail.
 #pragma once
 
 #include "plugin/Result.h"
+#include "plugin/body/Colour.h"
 
 #include <vx/Types.h>
 
@@ -15,17 +16,35 @@ struct ParseContext;
 
 constexpr int32_t kGradientNameSize = 100; // with the terminator
 constexpr int32_t kMaxSegmentMatrices = 31;
+constexpr int32_t kHighlightValues = 4;
+constexpr int32_t kGeometryValues = 4;
+constexpr Fixed kHundredPercent = IntegerToFixed(100); // of a stop's two points
 
-enum StopColour : int32_t { kStopGray = 0, kStopCMYK = 1, kStopPlain = 2, kStopCustom = 3 };
+// Any other type is painted as radial, but lists its stops as linear does.
+enum GradientType : int32_t { kLinearGradient = 0, kRadialGradient = 1 };
+
+// How the colour of a stop is written. Kinds without a name are painted as kStopNoColour is.
+enum StopColourKind : int32_t {
+    kStopGray = 0,
+    kStopCMYK = 1,
+    kStopNoColour = 2,
+    kStopCustom = 3,
+    kStopBlank = 4,
+};
+
+// Only what the kind of colour calls for is set; the rest is 0.
+struct StopColour {
+    Fixed gray; // 0 black to 1.0 white
+    CMYKColour process;
+    Fixed tint; // of a custom colour: 0 full strength to 1.0 nothing
+};
 
 struct BlendStopObject {
     BlendStopObject *next;
     Fixed rampPoint; // percent along the gradient
     Fixed midPoint;  // percent of the way to the following stop at which the colour is half-way
     int32_t colorKind;
-    Fixed gray;
-    Fixed cyan, magenta, yellow, black;
-    Fixed tint;
+    StopColour colour;
     char customName[kGradientNameSize];
 };
 
@@ -33,32 +52,34 @@ struct GradientObject {
     GradientObject *next;
     char name[kGradientNameSize];
     int32_t nameLength;
-    int32_t gradientType; // 0 linear, any other radial
-    int32_t stopCount;    // as declared
+    int32_t gradientType;
+    int32_t stopCount; // as declared
     int32_t stopsRead;
     BlendStopObject *firstStop;
     BlendStopObject *lastStop;
 };
 
 // The two "closed" fields: 0 inside a definition or an instance, anything else outside.
-constexpr int32_t kNeverOpened = 222;
+enum ClosedFlag : int32_t { kOpen = 0, kClosed = 1, kNeverOpened = 222 };
+
+enum InstancePhase : int32_t { kInstanceBound = 1, kInstanceUnbound = 2 };
 
 struct GradientState {
     int32_t gradientCount;
-    int32_t lookupIndex;
+    int32_t lookupIndex; // where the last look-up of a name ended
     int32_t definitionClosed;
     int32_t instanceClosed;
     int32_t instanceType;
     GradientObject *instanceGradient;
     int32_t instanceFlag;
-    Fixed instanceGeometry[4];
+    Fixed instanceGeometry[kGeometryValues];
     int32_t instancePhase;
     FixedMatrix instanceMatrix;
-    int32_t clipMatrixCount;
+    int32_t clipMatrixCount; // 0 or 1: only the first is counted
     FixedMatrix clipMatrix[2];
     int32_t segmentMatrixCount;
     FixedMatrix segmentMatrix[kMaxSegmentMatrices];
-    Fixed highlight[4];
+    Fixed highlight[kHighlightValues];
     GradientObject *firstGradient;
     GradientObject *lastGradient;
 };
@@ -73,15 +94,16 @@ inline void InitializeGradientState(GradientState *state)
 // state may be null.
 inline bool IsInGradientDefinition(const GradientState *state)
 {
-    return state != nullptr && state->definitionClosed == 0;
+    return state != nullptr && state->definitionClosed == kOpen;
 }
 inline bool IsInGradientInstance(const GradientState *state)
 {
-    return state != nullptr && state->instanceClosed == 0;
+    return state != nullptr && state->instanceClosed == kOpen;
 }
 
-// Runs the gradient operator whose text after the "B" begins with operatorText. Gradients are not painted yet:
-// every operator is taken and does nothing.
+// Runs the gradient operator whose text after the "B" begins with operatorText: of a definition until the setup
+// section has ended, of an instance after that. The others, and letters that are no operator, do nothing.
+// The context must have a gradient state.
 Result ParseGradientData(const char *operatorText, ParseContext *context);
 
 } // namespace vx

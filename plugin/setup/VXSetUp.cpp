@@ -1,6 +1,6 @@
 #include "plugin/setup/VXSetUp.h"
 
-#include <new>
+#include "plugin/Memory.h"
 
 namespace vx
 {
@@ -8,24 +8,11 @@ namespace vx
 namespace
 {
 
-template <typename Block>
-Block *Allocate(const MemoryProcs *memory)
-{
-    void *block = memory->allocate(static_cast<int32_t>(sizeof(Block)), memory->refcon);
-    return block != nullptr ? new (block) Block() : nullptr; // zero-filled
-}
-
-void Release(const MemoryProcs *memory, void *block)
-{
-    if (block != nullptr)
-        memory->release(block, memory->refcon);
-}
-
 void ReleaseStops(const MemoryProcs *memory, GradientObject *gradient)
 {
     while (BlendStopObject *stop = gradient->firstStop) {
         gradient->firstStop = stop->next;
-        memory->release(stop, memory->refcon);
+        ReleaseBlock(memory, stop);
     }
 }
 
@@ -34,15 +21,15 @@ void ReleaseStops(const MemoryProcs *memory, GradientObject *gradient)
 bool InitParseSetUp(HostCallRecord *record, FileVersion version)
 {
     const MemoryProcs *memory = record->memory;
-    auto *gradients = Allocate<GradientState>(memory);
-    auto *setup = Allocate<SetUpRecord>(memory);
-    auto *encoding = Allocate<FontEncodingObject>(memory);
+    auto *gradients = AllocateBlock<GradientState>(memory);
+    auto *setup = AllocateBlock<SetUpRecord>(memory);
+    auto *encoding = AllocateBlock<FontEncodingObject>(memory);
     const bool any = gradients != nullptr || setup != nullptr || encoding != nullptr;
     record->setup = setup;
     if (setup == nullptr) {
         // Nowhere to record them, so nobody would release them.
-        Release(memory, gradients);
-        Release(memory, encoding);
+        ReleaseBlock(memory, gradients);
+        ReleaseBlock(memory, encoding);
         return any;
     }
     *setup = {gradients, encoding};
@@ -92,8 +79,8 @@ void TerminateSetUp(HostCallRecord *record)
         return;
     DeallocateGradientObj(record);
     DeallocateFontDataObj(record);
-    Release(record->memory, setup->encoding);
-    Release(record->memory, setup);
+    ReleaseBlock(record->memory, setup->encoding);
+    ReleaseBlock(record->memory, setup);
     record->setup = nullptr;
 }
 
@@ -106,9 +93,9 @@ void DeallocateGradientObj(HostCallRecord *record)
     while (GradientObject *gradient = state->firstGradient) {
         state->firstGradient = gradient->next;
         ReleaseStops(record->memory, gradient);
-        Release(record->memory, gradient);
+        ReleaseBlock(record->memory, gradient);
     }
-    Release(record->memory, state);
+    ReleaseBlock(record->memory, state);
     setup->gradients = nullptr;
 }
 
@@ -120,7 +107,7 @@ void DeallocateFontDataObj(HostCallRecord *record)
     FontEncodingObject *encoding = setup->encoding;
     while (ReencodedFont *font = encoding->firstFont) {
         encoding->firstFont = font->next;
-        Release(record->memory, font);
+        ReleaseBlock(record->memory, font);
     }
     encoding->fontCount = 0;
 }
