@@ -83,10 +83,11 @@ class Usage(CommandTest):
         (["render", "a.vx", "-o", "a.png", "--script", "greek"], "--script greek"),
         (["render", "a.vx", "-o", "a.png", "--text", "outlines"], "--text is not in this version"),
         (["render", "a.vx", "-o", "a.png", "--pdf-x", "x3"], "--pdf-x is not in this version"),
-        (["render", "a.vx", "-o", "a.png", "--font-dir", "."], "--font-dir is not in this version"),
-        (["render", "a.vx", "-o", "a.png", "--font-map", "m"], "--font-map is not in this version"),
-        (["render", "a.vx", "-o", "a.png", "--no-system-fonts"], "--no-system-fonts is not in this version"),
-        (["render", "a.vx", "-o", "a.png", "--missing-fonts", "fail"], "--missing-fonts is not in this version"),
+        (["render", "a.vx", "-o", "a.png", "--font-dir", "none"], "--font-dir none: no such directory"),
+        (["render", "a.vx", "-o", "a.png", "--font-map", "none"], "none: cannot be read"),
+        (["render", "a.vx", "-o", "a.png", "--missing-fonts", "hide"], "--missing-fonts hide: not known"),
+        (["fonts", "--list", "a.vx"], "--list and FILE"),
+        (["fonts"], "no FILE"),
     ]
 
     def test_wrong_command_lines_are_told_in_one_line(self):
