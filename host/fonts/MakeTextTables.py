@@ -49,7 +49,7 @@ def main():
         write(out, "CodePage1252", ["cp1252"], {}, None)
         # The code page has what the Mac set takes over from the vendors' rows of the standard.
         write(out, "Japanese", ["shift_jis", "cp932"], JAPANESE, (0x81, 0xFC))
-        write(out, "Chinese", ["big5"], CHINESE, (0xA1, 0xF9))
+        write(out, "Chinese", ["cp950", "big5"], CHINESE, (0xA1, 0xF9))
         write(out, "Korean", ["euc_kr"], KOREAN, (0xA1, 0xFE))
 
 

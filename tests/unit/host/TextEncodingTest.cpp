@@ -50,7 +50,9 @@ TEST_P(Pairs, AgreeWithTheStandard)
     for (int code = 0x8100; code <= 0xFFFF; ++code) {
         const std::vector<uint8_t> bytes = {static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code)};
         const char32_t expected = Convert(converter, bytes);
-        if (expected == 0 || !IsLeadByte(param.encoding, bytes[0]))
+        // Places for characters of one's own mean nothing to others.
+        const bool isPrivate = expected >= 0xE000 && expected <= 0xF8FF;
+        if (expected == 0 || isPrivate || !IsLeadByte(param.encoding, bytes[0]))
             continue;
         ++compared;
         const DecodedCharacter decoded = DecodeCharacter(param.encoding, bytes);
@@ -63,11 +65,12 @@ TEST_P(Pairs, AgreeWithTheStandard)
     iconv_close(converter);
 }
 
-// JIS X 0208 has 6879 characters, KS X 1001 8227 (without euro and registered sign), Big5 13053 beside the vendors' own.
+// JIS X 0208 has 6879 characters and Big5 13053. KS X 1001 has 8227 with those added since: the postal code mark came
+// after these documents. Its filler, which spells syllables out of letters, shows nothing.
 const PairCase kPairCases[] = {
     {"Japanese", TextEncoding::MacJapanese, "SHIFT_JIS", 6879, {{0x815F, 0xFF3C}}},
-    {"Chinese", TextEncoding::MacChinese, "BIG5", 13053, {}},
-    {"Korean", TextEncoding::MacKorean, "EUC-KR", 8227, {}},
+    {"Chinese", TextEncoding::MacChinese, "CP950", 13053, {}},
+    {"Korean", TextEncoding::MacKorean, "EUC-KR", 8227, {{0xA2E8, 0}, {0xA4D4, 0}}},
 };
 INSTANTIATE_TEST_SUITE_P(TextEncoding, Pairs, testing::ValuesIn(kPairCases), vxtest::CaseName());
 
