@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <unistd.h>
 
 namespace vxhost
@@ -32,15 +33,23 @@ void CommonOptionReader::AddTo(CLI::App *command)
         fmt::format("seconds that a document may take; 0 is no limit ({})", maxTime_));
     add("--max-memory", &maxMemory_, "SIZE", "memory that a document may take, as 512M; 0 is no limit (1G)");
     add("--progress", &progress_, "WHEN", "auto, that is on a terminal, never or always (auto)");
+    command->add_option("--font-dir", fontDirectories_, "more fonts, in DIR and below it; may be repeated")
+        ->type_name("DIR")
+        ->allow_extra_args(false)
+        ->group(kGroup);
+    add("--font-map", &fontMap_, "FILE", "which font serves which name: lines of ASKED = FONT");
+    command->add_flag("--no-system-fonts", noSystemFonts_, "only the fonts of --font-dir")->group(kGroup);
+    add("--missing-fonts", &missingFonts_, "HOW",
+        "substitute, or fail where a document needs a font that is not there (substitute)");
     command->add_flag("--strict", strict_, "warnings give exit status 3")->group(kGroup);
     command->add_flag("-q,--quiet", quiet_, "no warnings")->group(kGroup);
     command->add_flag("-v,--verbose", verbose_, "tell more")->group(kGroup);
 }
 
-CommonOptions CommonOptionReader::Read() const
+CommonOptions CommonOptionReader::Read(bool needsInput) const
 {
     CommonOptions options;
-    if (inputs_.empty())
+    if (inputs_.empty() && needsInput)
         throw UsageError("no FILE: name a document, or - for standard input");
     if (std::count(inputs_.begin(), inputs_.end(), "-") > 1)
         throw UsageError("FILE - is given twice: standard input can be read once");
@@ -59,6 +68,7 @@ CommonOptions CommonOptionReader::Read() const
                         maxMemory_));
     options.limits.memory = *memory;
 
+    options.fonts = ReadFontChoice();
     if (quiet_ && verbose_)
         throw UsageError("-q and -v: give one of them");
     options.verbosity = quiet_ ? Verbosity::Quiet : verbose_ ? Verbosity::Detailed : Verbosity::Normal;
@@ -68,6 +78,24 @@ CommonOptions CommonOptionReader::Read() const
     options.showProgress =
         progress_ == "always" || (progress_ == "auto" && isatty(STDERR_FILENO) == 1 && !quiet_);
     return options;
+}
+
+FontChoice CommonOptionReader::ReadFontChoice() const
+{
+    FontChoice fonts;
+    for (const std::string &directory : fontDirectories_) {
+        std::error_code failure;
+        if (!std::filesystem::is_directory(directory, failure))
+            throw UsageError(fmt::format("--font-dir {}: no such directory: check the name", directory));
+    }
+    fonts.sources = {!noSystemFonts_, fontDirectories_};
+    if (!fontMap_.empty())
+        fonts.served = ReadFontMap(fontMap_);
+    if (missingFonts_ != "substitute" && missingFonts_ != "fail")
+        throw UsageError(
+            fmt::format("--missing-fonts {}: not known: give substitute or fail", missingFonts_));
+    fonts.substitute = missingFonts_ == "substitute";
+    return fonts;
 }
 
 } // namespace vxhost

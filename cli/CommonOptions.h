@@ -1,6 +1,7 @@
 // The options that every command has, and how a wrong one is told.
 #pragma once
 
+#include "cli/FontChoice.h"
 #include "cli/Messages.h"
 #include "cli/Worker.h"
 
@@ -25,6 +26,7 @@ struct UsageError : std::runtime_error {
 struct CommonOptions {
     std::vector<std::string> inputs; // "-" is standard input
     std::string plugin;              // empty: the one beside the program
+    FontChoice fonts;
     WorkerLimits limits;
     Verbosity verbosity = Verbosity::Normal;
     bool showProgress = false;
@@ -38,14 +40,21 @@ class CommonOptionReader
     // defaultTime is that of --max-time, in seconds.
     explicit CommonOptionReader(std::string defaultTime) : maxTime_(std::move(defaultTime)) {}
     void AddTo(CLI::App *command); // last, so that they stand below the command's own in its help
-    CommonOptions Read() const;    // throws UsageError
+    // Throws UsageError; without an input too, unless the command can do without.
+    CommonOptions Read(bool needsInput = true) const;
 
   private:
+    FontChoice ReadFontChoice() const;
+
     std::vector<std::string> inputs_;
     std::string plugin_;
+    std::vector<std::string> fontDirectories_;
+    std::string fontMap_;
+    std::string missingFonts_ = "substitute";
     std::string maxTime_;
     std::string maxMemory_ = "1G";
     std::string progress_ = "auto";
+    bool noSystemFonts_ = false;
     bool quiet_ = false;
     bool verbose_ = false;
     bool strict_ = false;

@@ -1,5 +1,6 @@
 // vx: opens VX drawings. Reads the command line as far as the command, and hands over.
 
+#include "cli/FontsCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/Interrupt.h"
 #include "cli/RenderCommand.h"
@@ -46,6 +47,8 @@ constexpr CommandRow kCommands[] = {
     {"render", "[options] FILE... -o OUT", "Turns documents into pictures.", MakeCommand<RenderCommand>},
     {"trace", "[options] FILE", "Prints every drawing call that a document makes.",
      MakeCommand<TraceCommand>},
+    {"fonts", "[options] FILE... | --list", "Tells which fonts documents ask for, and what serves them.",
+     MakeCommand<FontsCommand>},
 };
 
 constexpr const char *kExamples = "Examples:\n"

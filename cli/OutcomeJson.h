@@ -23,6 +23,6 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, result, box, headerAccepted, monochr
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HeaderFacts, hasPrefix, recognised, hasBox, version, epsWrapper, lineEnds,
                                    firstLine, title, creator, creationDate, processColours, customColours,
                                    fonts)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, inputError, limitError, writeError)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, inputError, limitError, lackedFont, writeError)
 
 } // namespace vxhost

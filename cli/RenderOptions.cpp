@@ -123,10 +123,6 @@ RenderOptionReader::RenderOptionReader(CLI::App *command) : common_("60")
     // Not in the help as long as they are not in the program.
     add("--text", &text_, "HOW", "")->group("");
     add("--pdf-x", &pdfX_, "LEVEL", "")->group("");
-    add("--font-dir", &fontDir_, "DIR", "")->group("");
-    add("--font-map", &fontMap_, "FILE", "")->group("");
-    add("--missing-fonts", &missingFonts_, "HOW", "")->group("");
-    command->add_flag("--no-system-fonts", noSystemFonts_)->group("");
 
     common_.AddTo(command);
     command->footer("Examples:\n"
@@ -165,9 +161,8 @@ void RenderOptionReader::CheckFormat() const
 void RenderOptionReader::RefuseWhatIsToCome() const
 {
     const std::pair<const char *, bool> toCome[] = {
-        {"--text", text_ != "text"},           {"--pdf-x", pdfX_ != "none"},
-        {"--font-dir", !fontDir_.empty()},     {"--font-map", !fontMap_.empty()},
-        {"--no-system-fonts", noSystemFonts_}, {"--missing-fonts", missingFonts_ != "substitute"},
+        {"--text", text_ != "text"},
+        {"--pdf-x", pdfX_ != "none"},
     };
     for (const auto &[option, isAsked] : toCome) {
         if (isAsked)

@@ -42,8 +42,6 @@ class RenderOptionReader
     // Known, so that asking for them is told apart from a slip; not in this version.
     std::string text_ = "text";
     std::string pdfX_ = "none";
-    std::string fontDir_, fontMap_, missingFonts_ = "substitute";
-    bool noSystemFonts_ = false;
 };
 
 } // namespace vxhost

@@ -4,13 +4,18 @@
 #include "cli/OutputFile.h"
 #include "cli/Text.h"
 #include "cli/Values.h"
+#include "host/fonts/DocumentGlyphs.h"
+#include "host/fonts/FontNameScan.h"
 #include "host/fonts/FontconfigFonts.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
 #include <limits>
+#include <set>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
@@ -48,7 +53,8 @@ std::string ResultError(const Finding &finding, const Purpose &purpose, const st
     case kVXOk:
         return "";
     case kVXStoppedByUser:
-        return fmt::format("stopped{}", purpose.lost);
+        return fmt::format("no font \"{}\"{}: install it, or go without --missing-fonts fail",
+                           finding.lackedFont, purpose.lost);
     case kVXBadFormat:
         if (!outcome.headerAccepted)
             return WhyRefused(finding.header, size);
@@ -76,7 +82,7 @@ std::string WithoutFullStop(std::string text)
     return text;
 }
 
-std::vector<std::string> Warnings(const Outcome &outcome)
+std::vector<std::string> Warnings(const Outcome &outcome, const std::string &input)
 {
     std::vector<std::string> warnings;
     for (const Report &report : outcome.reports)
@@ -84,11 +90,56 @@ std::vector<std::string> Warnings(const Outcome &outcome)
     for (const FontUse &font : outcome.fonts) {
         if (font.match == FontMatch::Substitute)
             warnings.push_back(
-                fmt::format("no font \"{}\", drawn with \"{}\": install it", font.asked, font.served));
+                fmt::format("no font \"{}\", drawn with \"{}\": install it, or see vx fonts {}", font.asked,
+                            font.served, input));
         if (font.match == FontMatch::Missing)
-            warnings.push_back(fmt::format("no font \"{}\", drawn as boxes: install it", font.asked));
+            warnings.push_back(fmt::format("no font \"{}\", drawn as boxes: install it, or see vx fonts {}",
+                                           font.asked, input));
+        if (font.match != FontMatch::Missing && font.missingGlyphs > 0)
+            warnings.push_back(
+                fmt::format("font \"{}\" lacks {} of {} characters{}: install one that has them", font.served,
+                            font.missingGlyphs, font.characters,
+                            font.served == font.asked ? "" : " of \"" + font.asked + "\""));
     }
     return warnings;
+}
+
+// A font that the user chose and that is not there is a mistake of the user's.
+void CheckServed(const FontChoice &choice, const FontList &fonts)
+{
+    std::set<std::string_view> names;
+    for (int32_t i = 0; i < fonts.Count(); ++i)
+        names.insert(fonts.At(i).postScriptName);
+    for (const auto &[asked, font] : choice.served) {
+        if (!names.contains(font))
+            throw UsageError(fmt::format("--font-map: no font \"{}\" to serve \"{}\": vx fonts --list shows "
+                                         "those that there are",
+                                         font, asked));
+    }
+}
+
+constexpr int kFontProblem = 5; // of the reports
+
+// The first font that the document's text asked for and nothing of that name serves.
+std::string FindLackedFont(const DocumentFontOptions &options, const DocumentFonts &fonts)
+{
+    for (const AskedFont &asked : options.asked) {
+        if (!fonts.HasFor(asked.name))
+            return asked.name;
+    }
+    return "its name is unknown";
+}
+
+// Where nothing may be substituted, a text that boxes would stand for ends the document as well.
+void JudgeFonts(const DocumentFontOptions &options, const DocumentFonts &fonts, Finding *finding)
+{
+    Outcome &outcome = finding->outcome;
+    const bool isBoxed = std::ranges::any_of(
+        outcome.fonts, [](const FontUse &use) { return use.match == FontMatch::Missing; });
+    if (!options.substitute && isBoxed && outcome.result == kVXOk)
+        outcome.result = kVXStoppedByUser;
+    if (outcome.result == kVXStoppedByUser)
+        finding->lackedFont = FindLackedFont(options, fonts);
 }
 
 } // namespace
@@ -105,7 +156,8 @@ Session::Session(const CommonOptions &options, Messages *messages) : options_(op
     std::string path;
     plugin_ = LoadPlugin(options.plugin, &path);
     messages_->Detail("", fmt::format("plug-in {}", path));
-    fonts_ = MakeFontconfigFonts();
+    fonts_ = MakeFontconfigFonts(options.fonts.sources);
+    CheckServed(options.fonts, *fonts_);
 }
 
 Verdict Session::Interpret(const std::string &input, const Purpose &purpose, const Work &work,
@@ -153,18 +205,40 @@ Verdict Session::Interpret(const std::string &input, const Purpose &purpose, con
     }
 }
 
+// What the document's text and its header ask for.
+DocumentFontOptions Session::FontOptionsFor(const Document &document, const HeaderFacts &header) const
+{
+    constexpr int kWindowsVersion = 4;
+    DocumentFontOptions options;
+    options.asked = ScanFontNames(document.Bytes());
+    for (const std::string &name : header.fonts)
+        (void)AddAskedFont(name, &options.asked); // full is full
+    options.served = options_.fonts.served;
+    options.substitute = options_.fonts.substitute;
+    options.isCodePage1252 = header.version == kWindowsVersion;
+    return options;
+}
+
 WorkerTask Session::TaskFor(const Document &document, const Work &work) const
 {
     return [this, &document, &work](WorkerLink &link) {
+        Finding finding;
+        finding.header = ScanHeader(document.Bytes());
+        const DocumentFontOptions fontOptions = FontOptionsFor(document, finding.header);
+        const DocumentFonts fonts(*fonts_, fontOptions);
+        DocumentGlyphs glyphs(&fonts);
         ParseOptions parse;
-        parse.fonts = fonts_.get();
-        const int64_t limit = options_.limits.memory;
+        parse.fonts = &fonts;
+        parse.glyphs = &glyphs;
+        const int64_t limit =
+            options_.limits.memory; // one bound for both: together they stay under the worker's own
         parse.maxHeap = parse.maxDrawing = limit > 0 ? limit : std::numeric_limits<int64_t>::max();
         if (options_.showProgress)
             parse.onProgress = [&link](int64_t read, int64_t total) { link.Progress(read, total); };
-        Finding finding;
-        finding.header = ScanHeader(document.Bytes());
+        if (!fontOptions.substitute)
+            parse.onReport = [](const Report &report) { return report.number == kFontProblem; };
         work(*plugin_, document, parse, &finding);
+        JudgeFonts(fontOptions, fonts, &finding);
         const std::vector<uint8_t> answer = nlohmann::json::to_cbor(nlohmann::json(finding));
         return std::string(answer.begin(), answer.end());
     };
@@ -173,7 +247,7 @@ WorkerTask Session::TaskFor(const Document &document, const Work &work) const
 Verdict Session::Judge(const std::string &input, const Purpose &purpose, size_t size, Finding finding)
 {
     const Outcome &outcome = finding.outcome;
-    const std::vector<std::string> warnings = Warnings(outcome);
+    const std::vector<std::string> warnings = Warnings(outcome, input);
     for (const std::string &warning : warnings)
         messages_->Warning(InputName(input), warning);
 

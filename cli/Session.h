@@ -9,7 +9,7 @@
 #include "host/Document.h"
 #include "host/Outcome.h"
 #include "host/Plugin.h"
-#include "host/fonts/FontList.h"
+#include "host/fonts/DocumentFonts.h"
 
 #include <functional>
 #include <memory>
@@ -27,7 +27,8 @@ struct Finding {
     // Found by the work itself; empty or 0: nothing.
     std::string inputError;
     std::string limitError;
-    int writeError = 0; // errno of a failed write
+    std::string lackedFont; // the document was given up for want of it
+    int writeError = 0;     // errno of a failed write
 };
 
 struct Verdict {
@@ -57,7 +58,10 @@ class Session
     Verdict Interpret(const std::string &input, const Purpose &purpose, const Work &work,
                       const std::function<Status()> &prepare = nullptr);
 
+    const FontList &Fonts() const { return *fonts_; } // of this machine
+
   private:
+    DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &header) const;
     Verdict Fail(Status status, const std::string &input, std::string error);
     Verdict Judge(const std::string &input, const Purpose &purpose, size_t size, Finding finding);
     WorkerTask TaskFor(const Document &document, const Work &work) const;

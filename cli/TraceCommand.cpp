@@ -84,9 +84,9 @@ Status TraceCommand::Run(Messages *messages) const
             writer = std::make_unique<TraceLines>(lines.Sink());
         TraceTable table(writer.get());
         ParseOptions traced = parse;
-        traced.onReport = [&table](const Report &report) {
+        traced.onReport = [&table, &parse](const Report &report) {
             table.Report(report.number);
-            return false;
+            return parse.onReport && parse.onReport(report);
         };
         finding->outcome = plugin.Parse(document, traced, table.Procs(), table.Drawing());
         table.Finish(finding->outcome.result);

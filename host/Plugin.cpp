@@ -147,12 +147,14 @@ Outcome Plugin::Draw(const Document &document, const ParseOptions &options, cons
                      Device &device) const
 {
     Drawing drawing(&device, options.maxDrawing);
-    DrawingTable table(&drawing);
+    DrawingTable table(&drawing, options.glyphs);
     device.BeginPage(page);
     Outcome outcome = Parse(document, options, table.Procs(), table.Reference());
     drawing.RestoreAll();
     outcome.deviceError = device.EndPage();
     outcome.counts = drawing.GetCounts();
+    if (options.glyphs != nullptr)
+        outcome.fonts = options.glyphs->FontsUsed();
     return outcome;
 }
 

@@ -7,6 +7,7 @@
 #include "host/Document.h"
 #include "host/Outcome.h"
 #include "host/drawing/Device.h"
+#include "host/drawing/GlyphSource.h"
 #include "host/fonts/FontList.h"
 
 #include <vx/HostCall.h>
@@ -20,6 +21,7 @@ namespace vxhost
 
 struct ParseOptions {
     const FontList *fonts = nullptr;         // must be set; may be shared by threads
+    GlyphSource *glyphs = nullptr;           // of those fonts, for Draw; null: text is counted and not drawn
     int32_t systemScript = 0;                // 0 Roman, 1 Japanese, 2 traditional Chinese, 3 Korean
     int64_t maxHeap = int64_t{64} << 20;     // bytes that the plug-in may hold at once
     int64_t maxDrawing = int64_t{256} << 20; // bytes that Draw may hold at once in paths and saved states

@@ -19,17 +19,6 @@ bool IsUsable(const Matrix &matrix)
                                [](double value) { return std::abs(value) <= kMatrixLimit; });
 }
 
-// first, then second.
-Matrix Product(const Matrix &first, const Matrix &second)
-{
-    return {first.a * second.a + first.b * second.c,
-            first.a * second.b + first.b * second.d,
-            first.c * second.a + first.d * second.c,
-            first.c * second.b + first.d * second.d,
-            first.tx * second.a + first.ty * second.c + second.tx,
-            first.tx * second.b + first.ty * second.d + second.ty};
-}
-
 double Amount(double value)
 {
     return std::clamp(value, 0.0, 1.0);
@@ -121,16 +110,6 @@ void Drawing::ClosePath()
         return;
     path_.Append(Verb::Close, 0);
     state_.pen = Pen::Closed;
-}
-
-void Drawing::Clip()
-{
-    ++counts_.clips;
-    if (!saved_.empty() && !state_.isSavedOnDevice) {
-        device_->Save();
-        state_.isSavedOnDevice = true;
-    }
-    device_->ClipPath(path_.Current());
 }
 
 void Drawing::Save()
@@ -235,37 +214,57 @@ void Drawing::CountPaint()
     counts_.overprint |= state_.paint.overprint;
 }
 
+void Drawing::FillShape(const Path &path)
+{
+    if (path.IsEmpty())
+        return;
+    CountPaint();
+    device_->FillPath(path, state_.paint);
+}
+
+void Drawing::StrokeShape(const Path &path)
+{
+    if (path.IsEmpty())
+        return;
+    CountPaint();
+    style_.width = state_.lineWidth;
+    style_.cap = state_.cap;
+    style_.join = state_.join;
+    style_.miterLimit = state_.miterLimit;
+    style_.dashPhase = state_.dashPhase;
+    const double *dashes = dashes_.data();
+    style_.dashes.assign(dashes + state_.dashBegin, dashes + state_.dashEnd);
+    style_.matrix = state_.matrix;
+    device_->StrokePath(path, style_, state_.paint);
+}
+
+void Drawing::ClipToShape(const Path &path)
+{
+    if (!saved_.empty() && !state_.isSavedOnDevice) {
+        device_->Save();
+        state_.isSavedOnDevice = true;
+    }
+    device_->ClipPath(path);
+}
+
+void Drawing::Clip()
+{
+    ++counts_.clips;
+    ClipToShape(path_.Current());
+}
+
 void Drawing::Fill()
 {
-    if (!path_.Current().IsEmpty()) {
-        ++counts_.fills;
-        CountPaint();
-        device_->FillPath(path_.Current(), state_.paint);
-    }
+    counts_.fills += path_.Current().IsEmpty() ? 0 : 1;
+    FillShape(path_.Current());
     NewPath();
 }
 
 void Drawing::Stroke()
 {
-    if (!path_.Current().IsEmpty()) {
-        ++counts_.strokes;
-        CountPaint();
-        style_.width = state_.lineWidth;
-        style_.cap = state_.cap;
-        style_.join = state_.join;
-        style_.miterLimit = state_.miterLimit;
-        style_.dashPhase = state_.dashPhase;
-        const double *dashes = dashes_.data();
-        style_.dashes.assign(dashes + state_.dashBegin, dashes + state_.dashEnd);
-        style_.matrix = state_.matrix;
-        device_->StrokePath(path_.Current(), style_, state_.paint);
-    }
+    counts_.strokes += path_.Current().IsEmpty() ? 0 : 1;
+    StrokeShape(path_.Current());
     NewPath();
-}
-
-void Drawing::ShowText()
-{
-    ++counts_.shows;
 }
 
 } // namespace vxhost

@@ -57,9 +57,15 @@ class Drawing
 
     void Fill();
     void Stroke();
-    // Text is counted, and not drawn yet.
-    void ShowText();
 
+    // Shapes beside the current path, which they leave as it is: what text is made of. On the page already.
+    const Matrix &UserToPage() const { return state_.matrix; }
+    void FillShape(const Path &path);
+    void StrokeShape(const Path &path);
+    void ClipToShape(const Path &path);
+    void CountShow() { ++counts_.shows; }
+
+    MemoryBudget &Budget() { return budget_; }
     const Counts &GetCounts() const { return counts_; }
 
   private:

@@ -77,9 +77,10 @@ void SetDash(void *reference, Fixed phase, int32_t count, const Fixed *values)
     });
 }
 
-void Show(void *reference, const ZRKTextRecord *, int32_t)
+void Show(void *reference, const ZRKTextRecord *first, int32_t mode)
 {
-    Plain<&Drawing::ShowText>(reference);
+    TextShow &text = static_cast<DrawingTable *>(reference)->Text();
+    Run(reference, [&](Drawing &) { text.Show(first, mode); });
 }
 
 void Ignore(void *) {}
@@ -92,7 +93,8 @@ void SetEntry(ZRKProcs *procs, int entry, Proc proc)
 
 } // namespace
 
-DrawingTable::DrawingTable(Drawing *drawing) : drawing_(drawing), procs_()
+DrawingTable::DrawingTable(Drawing *drawing, GlyphSource *glyphs)
+    : drawing_(drawing), text_(drawing, glyphs), procs_()
 {
     procs_.version = kZRKProcsVersion;
     procs_.count = kZRKProcCount;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "host/drawing/Drawing.h"
+#include "host/drawing/TextShow.h"
 #include "host/toolbox/HostContext.h"
 
 #include <vx/Procs.h>
@@ -17,14 +18,15 @@ namespace vxhost
 class DrawingTable
 {
   public:
-    // The drawing must outlive the table.
-    explicit DrawingTable(Drawing *drawing);
+    // The drawing must outlive the table, and so must the glyphs; without them text is counted and not drawn.
+    explicit DrawingTable(Drawing *drawing, GlyphSource *glyphs = nullptr);
     DrawingTable(const DrawingTable &) = delete;
     DrawingTable &operator=(const DrawingTable &) = delete;
 
     // What a parse is given; both live as long as this object.
     ZRKProcs *Procs() { return &procs_; }
     void *Reference() { return this; }
+    TextShow &Text() { return text_; }
 
     // Runs one call, unless one before it has failed.
     template <typename Action>
@@ -42,6 +44,7 @@ class DrawingTable
 
   private:
     Drawing *drawing_;
+    TextShow text_;
     bool hasFailed_ = false;
     ZRKProcs procs_;
 };

@@ -24,6 +24,17 @@ struct Matrix {
     friend bool operator==(const Matrix &, const Matrix &) = default;
 };
 
+// first, then second.
+inline Matrix Product(const Matrix &first, const Matrix &second)
+{
+    return {first.a * second.a + first.b * second.c,
+            first.a * second.b + first.b * second.d,
+            first.c * second.a + first.d * second.c,
+            first.c * second.b + first.d * second.d,
+            first.tx * second.a + first.ty * second.c + second.tx,
+            first.tx * second.b + first.ty * second.d + second.ty};
+}
+
 // How many points follow each verb: 1, 1, 3, 0.
 enum class Verb : uint8_t { Move, Line, Curve, Close };
 
@@ -40,5 +51,8 @@ struct Path {
         points.clear();
     }
 };
+
+// Appends the path with each subpath closed and drawn from its other end.
+void AppendReversed(const Path &from, const Matrix &matrix, Path *to);
 
 } // namespace vxhost

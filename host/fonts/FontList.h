@@ -3,6 +3,8 @@
 // Immutable once built, so that threads may share it.
 #pragma once
 
+#include "host/fonts/NameTraits.h"
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -21,6 +23,12 @@ class FontList
         int faceIndex = 0; // as fontconfig counts: the face in its file, plus 65536 times the named variation
         std::string
             servedBy; // PostScript name of the font in file when it stands in for this one, else empty
+        FaceStyle style;
+        uint8_t scripts = 0;       // of the font in file: bits by Script
+        bool isSubstitute = false; // what serves it is of another design
+
+        bool HasScript(Script script) const { return (scripts >> static_cast<int>(script) & 1) != 0; }
+        bool HasEastAsianScript() const { return scripts >> 1 != 0; }
     };
 
     virtual ~FontList() = default;

@@ -2,6 +2,7 @@
 
 #include "host/fonts/CharWidths.h"
 #include "host/fonts/FontNames.h"
+#include "host/fonts/Owned.h"
 #include "host/fonts/StandIns.h"
 
 #include <fontconfig/fontconfig.h>
@@ -19,17 +20,6 @@ namespace
 {
 
 constexpr size_t kMaxNameLength = 255;
-
-template <auto kRelease>
-struct Releaser {
-    template <typename Object>
-    void operator()(Object *object) const
-    {
-        kRelease(object);
-    }
-};
-template <typename Object, auto kRelease>
-using Owned = std::unique_ptr<Object, Releaser<kRelease>>;
 
 const FcChar8 *AsFcString(const std::string &text)
 {
@@ -53,6 +43,40 @@ struct Candidate {
     auto Rank() const { return std::tie(entry.postScriptName, isType1, entry.file, entry.faceIndex); }
 };
 
+int NumberOf(const FcPattern *pattern, const char *property, int missing)
+{
+    int number = missing;
+    return FcPatternGetInteger(pattern, property, 0, &number) == FcResultMatch ? number : missing;
+}
+
+// From fontconfig's scales, in which 80 is a regular weight, 200 bold, and 100 the normal width.
+FaceStyle StyleOf(const FcPattern *pattern)
+{
+    FaceStyle style;
+    const int weight = NumberOf(pattern, FC_WEIGHT, FC_WEIGHT_REGULAR);
+    style.weight =
+        weight < FC_WEIGHT_REGULAR ? (weight - FC_WEIGHT_REGULAR) / 2 : (weight - FC_WEIGHT_REGULAR) / 6;
+    style.width = (NumberOf(pattern, FC_WIDTH, FC_WIDTH_NORMAL) - FC_WIDTH_NORMAL) * 4 / 5;
+    style.isSlanted = NumberOf(pattern, FC_SLANT, FC_SLANT_ROMAN) != FC_SLANT_ROMAN;
+    return style;
+}
+
+// A font has a script when it has what a language of it needs.
+uint8_t ScriptsOf(const FcPattern *pattern)
+{
+    constexpr const char *kLanguages[] = {"en", "ja", "zh-tw", "ko"}; // by Script
+    FcLangSet *languages = nullptr;
+    if (FcPatternGetLangSet(pattern, FC_LANG, 0, &languages) != FcResultMatch)
+        return 0;
+    uint8_t scripts = 0;
+    for (size_t i = 0; i < std::size(kLanguages); ++i) {
+        const auto *language = reinterpret_cast<const FcChar8 *>(kLanguages[i]);
+        if (FcLangSetHasLang(languages, language) != FcLangDifferentLang)
+            scripts |= static_cast<uint8_t>(1U << i);
+    }
+    return scripts;
+}
+
 bool ReadCandidate(const FcPattern *pattern, Candidate *candidate)
 {
     FontList::Entry &entry = candidate->entry;
@@ -60,7 +84,9 @@ bool ReadCandidate(const FcPattern *pattern, Candidate *candidate)
     entry.familyName = TextOf(pattern, FC_FAMILY);
     entry.file = TextOf(pattern, FC_FILE);
     candidate->isType1 = TextOf(pattern, FC_FONTFORMAT) == "Type 1";
-    FcPatternGetInteger(pattern, FC_INDEX, 0, &entry.faceIndex);
+    entry.faceIndex = NumberOf(pattern, FC_INDEX, 0);
+    entry.style = StyleOf(pattern);
+    entry.scripts = ScriptsOf(pattern);
     return !entry.postScriptName.empty() && entry.postScriptName.size() <= kMaxNameLength &&
            !entry.file.empty();
 }
@@ -95,7 +121,8 @@ std::vector<FontList::Entry> ListInstalled(const FontSources &sources)
     const Owned<FcPattern, FcPatternDestroy> outlines(
         FcPatternBuild(nullptr, FC_OUTLINE, FcTypeBool, FcTrue, FC_VARIABLE, FcTypeBool, FcFalse, nullptr));
     const Owned<FcObjectSet, FcObjectSetDestroy> wanted(
-        FcObjectSetBuild(FC_POSTSCRIPT_NAME, FC_FAMILY, FC_FILE, FC_INDEX, FC_FONTFORMAT, nullptr));
+        FcObjectSetBuild(FC_POSTSCRIPT_NAME, FC_FAMILY, FC_FILE, FC_INDEX, FC_FONTFORMAT, FC_WEIGHT, FC_WIDTH,
+                         FC_SLANT, FC_LANG, nullptr));
     const Owned<FcFontSet, FcFontSetDestroy> found(FcFontList(config.get(), outlines.get(), wanted.get()));
     if (found == nullptr)
         return {};
@@ -150,8 +177,10 @@ void AddStandIns(std::vector<FontList::Entry> *entries)
             const FontList::Entry *font = FindStandIn(*entries, installed, family, style);
             if (font == nullptr)
                 continue;
-            FontList::Entry entry = {std::string(name), std::string(family.name), font->file, font->faceIndex,
-                                     font->postScriptName};
+            FontList::Entry entry = *font;
+            entry.servedBy = std::move(entry.postScriptName);
+            entry.postScriptName = name;
+            entry.familyName = family.name;
             entries->push_back(std::move(entry));
         }
     }
@@ -195,7 +224,7 @@ std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources)
     std::vector<FontList::Entry> entries = ListInstalled(sources);
     AddStandIns(&entries);
     if (entries.empty())
-        entries.push_back({std::string(kBoxFontName), std::string(kBoxFontFamily), "", 0, ""});
+        entries.push_back({std::string(kBoxFontName), std::string(kBoxFontFamily), "", 0, "", {}, 0, false});
     return std::make_unique<FontconfigFonts>(std::move(entries));
 }
 

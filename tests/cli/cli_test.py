@@ -83,10 +83,11 @@ class Usage(CommandTest):
         (["render", "a.vx", "-o", "a.png", "--script", "greek"], "--script greek"),
         (["render", "a.vx", "-o", "a.png", "--text", "outlines"], "--text is not in this version"),
         (["render", "a.vx", "-o", "a.png", "--pdf-x", "x3"], "--pdf-x is not in this version"),
-        (["render", "a.vx", "-o", "a.png", "--font-dir", "."], "--font-dir is not in this version"),
-        (["render", "a.vx", "-o", "a.png", "--font-map", "m"], "--font-map is not in this version"),
-        (["render", "a.vx", "-o", "a.png", "--no-system-fonts"], "--no-system-fonts is not in this version"),
-        (["render", "a.vx", "-o", "a.png", "--missing-fonts", "fail"], "--missing-fonts is not in this version"),
+        (["render", "a.vx", "-o", "a.png", "--font-dir", "none"], "--font-dir none: no such directory"),
+        (["render", "a.vx", "-o", "a.png", "--font-map", "none"], "none: cannot be read"),
+        (["render", "a.vx", "-o", "a.png", "--missing-fonts", "hide"], "--missing-fonts hide: not known"),
+        (["fonts", "--list", "a.vx"], "--list and FILE"),
+        (["fonts"], "no FILE"),
     ]
 
     def test_wrong_command_lines_are_told_in_one_line(self):
@@ -457,6 +458,66 @@ class Trace(CommandTest):
         self.write("a.vx", document("1.5 -2 m\n" * 100000))
         output, _ = self.run_vx("trace", "a.vx")
         self.assertEqual(output, b"moveto 1.5 -2\n" * 100000 + b"result 0\n")
+
+
+# A text in each of the fonts.
+def text_document(*fonts):
+    return document("".join(f"0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_{font} 12 Tf\n(Hand) Tx\nTO\n" for font in fonts))
+
+
+class Fonts(CommandTest):
+    ONLY = ["--no-system-fonts", "--font-dir", "/usr/share/fonts/opentype/urw-base35"]
+
+    def fonts(self, *words):
+        output, messages = self.run_vx("fonts", "--json", *words)
+        return {font["asked"]: font for font in json.loads(output)["fonts"]}, messages
+
+    def test_what_serves_and_why(self):
+        self.write("a.vx", text_document("NimbusSans-Bold", "Helvetica", "Frutiger-Black"))
+        fonts, messages = self.fonts("a.vx", *self.ONLY)
+        self.assertEqual([(font["match"], font["served"]) for font in fonts.values()],
+                         [("exact", "NimbusSans-Bold"), ("stand-in", "NimbusSans-Regular"),
+                          ("substitute", "NimbusSans-Bold")])
+        self.assertEqual({(font["strings"], font["characters"], font["missingGlyphs"]) for font in fonts.values()},
+                         {(1, 4, 0)})
+        self.assertEqual(messages, ['vx: a.vx: warning: no font "Frutiger-Black", drawn with "NimbusSans-Bold": '
+                                    "install it, or see vx fonts a.vx"])
+
+    def test_a_map_decides(self):
+        self.write("a.vx", text_document("Frutiger"))
+        self.write("map", b"# ours\nFrutiger = C059-Bold\n")
+        fonts, _ = self.fonts("a.vx", *self.ONLY, "--font-map", "map")
+        self.assertEqual(fonts["Frutiger"]["served"], "C059-Bold")
+        self.write("map", b"Frutiger = Nowhere\n")
+        _, messages = self.run_vx("fonts", "a.vx", *self.ONLY, "--font-map", "map", status=2)
+        self.assertIn('no font "Nowhere"', messages[0])
+        self.write("map", b"Frutiger\n")
+        _, messages = self.run_vx("fonts", "a.vx", *self.ONLY, "--font-map", "map", status=2)
+        self.assertIn('map: line 1 is "Frutiger"', messages[0])
+
+    def test_a_missing_font_may_fail(self):
+        self.write("a.vx", text_document("Frutiger"))
+        _, messages = self.run_vx("render", "a.vx", "-o", "a.png", *self.ONLY, "--missing-fonts", "fail", status=1)
+        self.assertIn('no font "Frutiger", nothing written', messages[-1])
+        self.assertFalse(os.path.exists(self.path("a.png")))
+        self.write("b.vx", text_document("Helvetica"))
+        self.run_vx("render", "b.vx", "-o", "b.png", *self.ONLY, "--missing-fonts", "fail")
+
+    def test_without_fonts_boxes_are_drawn(self):
+        self.write("a.vx", text_document("Helvetica"))
+        fonts, messages = self.fonts("a.vx", "--no-system-fonts")
+        self.assertEqual((fonts["Helvetica"]["match"], fonts["Helvetica"]["missingGlyphs"]), ("missing", 4))
+        self.assertEqual(messages, ['vx: a.vx: warning: no font "Helvetica", drawn as boxes: install it, or see '
+                                    "vx fonts a.vx"])
+
+    def test_the_list(self):
+        output, _ = self.run_vx("fonts", "--list", *self.ONLY)
+        lines = output.decode().splitlines()
+        self.assertIn("NimbusSans-Bold: /usr/share/fonts/opentype/urw-base35/NimbusSans-Bold.otf", lines)
+        self.assertIn("Helvetica, stand-in NimbusSans-Regular: "
+                      "/usr/share/fonts/opentype/urw-base35/NimbusSans-Regular.otf", lines)
+        output, _ = self.run_vx("fonts", "--list", "--json", *self.ONLY)
+        self.assertIn("NimbusSans-Bold", [json.loads(line)["name"] for line in output.splitlines()])
 
 
 class Worker(CommandTest):

@@ -515,13 +515,16 @@ const DrawingCase kAttributeCases[] = {
          d.Stroke();
      },
      "stroke M0 0 L9 0 dash 5 [3]"},
-    {"TextDrawsNothing",
+    {"ShapesLeaveThePathAsItIs",
      [](Drawing &d) {
+         const Path shape = {{Verb::Move, Verb::Line}, {{1, 1}, {2, 2}}};
          Line(d);
-         d.ShowText();
+         d.FillShape(shape);
+         d.StrokeShape(shape);
+         d.ClipToShape(shape);
          d.Fill();
      },
-     "fill M0 0 L9 0"},
+     "fill M1 1 L2 2; stroke M1 1 L2 2; clip M1 1 L2 2; fill M0 0 L9 0"},
 };
 
 class Drawings : public testing::TestWithParam<DrawingCase>
@@ -556,7 +559,7 @@ TEST(DrawingCounts, TellWhatReachedTheDevice)
     Line(drawing);
     drawing.Clip();
     drawing.Stroke();
-    drawing.ShowText();
+    drawing.CountShow();
     const Counts &counts = drawing.GetCounts();
     EXPECT_EQ(counts.fills, 1u);
     EXPECT_EQ(counts.strokes, 1u);

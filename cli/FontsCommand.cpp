@@ -1,0 +1,53 @@
+#include "cli/FontsCommand.h"
+
+#include "cli/FontsText.h"
+#include "cli/Inspect.h"
+#include "cli/OutputFile.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cerrno>
+#include <unistd.h>
+
+namespace vxhost
+{
+
+FontsCommand::FontsCommand(CLI::App *command) : common_("60")
+{
+    command->add_flag("--list", list_, "the fonts that there are, instead of those of documents");
+    command->add_flag("--json", json_, "one JSON object a document, or a font, each on a line of its own");
+    common_.AddTo(command);
+    command->footer("Examples:\n"
+                    "  vx fonts map.vx\n"
+                    "  vx fonts --list --font-dir fonts\n"
+                    "  vx fonts --json *.vx | jq -r '.fonts[] | select(.match == \"substitute\") | .asked'");
+}
+
+Status FontsCommand::Run(Messages *messages) const
+{
+    const CommonOptions options = common_.Read(!list_);
+    if (list_ && !options.inputs.empty())
+        throw UsageError("--list and FILE: give one of them");
+    Session session(options, messages);
+    const auto print = [messages](const std::string &text) {
+        if (WriteAll(STDOUT_FILENO, text))
+            return true;
+        if (errno != EPIPE)
+            messages->Error("standard output", "cannot be written, " + SystemText(errno));
+        return false;
+    };
+    if (list_)
+        return print(json_ ? FontListJson(session.Fonts()) : FontListText(session.Fonts()))
+                   ? Status::Done
+                   : Status::OutputFailed;
+    Status worst = Status::Done;
+    for (const std::string &input : options.inputs) {
+        const Verdict verdict = session.Interpret(input, {}, Inspect);
+        worst = Worst(worst, verdict.status);
+        if (!print(json_ ? FontsJson(input, verdict) : FontsText(input, verdict)))
+            return Worst(worst, Status::OutputFailed);
+    }
+    return worst;
+}
+
+} // namespace vxhost

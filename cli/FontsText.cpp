@@ -1,0 +1,114 @@
+#include "cli/FontsText.h"
+
+#include "cli/OutcomeJson.h"
+#include "cli/Text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr size_t kMaxName = 255;
+
+std::string Why(const FontUse &font)
+{
+    switch (font.match) {
+    case FontMatch::Exact:
+        return "itself";
+    case FontMatch::StandIn:
+        return fmt::format("stand-in {}, of the same widths", Printable(font.served, kMaxName));
+    case FontMatch::Substitute:
+        return fmt::format("substitute {}", Printable(font.served, kMaxName));
+    default:
+        return "missing, boxes";
+    }
+}
+
+std::string Counted(uint64_t count, const char *noun)
+{
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+template <typename Fonts, typename NameOf>
+size_t WidestName(const Fonts &fonts, NameOf &&nameOf)
+{
+    size_t widest = 0;
+    for (const auto &font : fonts)
+        widest = std::max(widest, nameOf(font).size());
+    return widest;
+}
+
+std::string DumpLine(const nlohmann::ordered_json &json)
+{
+    return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+}
+
+} // namespace
+
+std::string FontsText(const std::string &input, const Verdict &verdict)
+{
+    const Outcome &outcome = verdict.finding.outcome;
+    if (!outcome.headerAccepted)
+        return "";
+    std::string text = fmt::format("{}: {}\n", Printable(InputName(input), 4096),
+                                   outcome.fonts.empty() ? "no text" : Counted(outcome.fonts.size(), "font"));
+    const size_t width =
+        WidestName(outcome.fonts, [](const FontUse &font) { return Printable(font.asked, kMaxName); });
+    for (const FontUse &font : outcome.fonts) {
+        text += fmt::format("  {:<{}}  {}; {}, {}", Printable(font.asked, kMaxName), width, Why(font),
+                            Counted(font.strings, "string"), Counted(font.characters, "character"));
+        if (font.missingGlyphs > 0)
+            text += fmt::format(", {} missing", font.missingGlyphs);
+        text += "\n";
+        if (!font.file.empty())
+            text += fmt::format("  {:<{}}  {}\n", "", width, Printable(font.file, 4096));
+    }
+    return text;
+}
+
+std::string FontsJson(const std::string &input, const Verdict &verdict)
+{
+    const Outcome &outcome = verdict.finding.outcome;
+    nlohmann::ordered_json json;
+    json["file"] = input;
+    json["vx"] = outcome.headerAccepted;
+    if (!verdict.error.empty())
+        json["error"] = verdict.error;
+    json["fonts"] = nlohmann::ordered_json(nlohmann::json(outcome.fonts));
+    return DumpLine(json);
+}
+
+std::string FontListText(const FontList &fonts)
+{
+    std::string text;
+    for (int32_t i = 0; i < fonts.Count(); ++i) {
+        const FontList::Entry &font = fonts.At(i);
+        text += Printable(font.postScriptName, kMaxName);
+        if (!font.servedBy.empty())
+            text += ", stand-in " + Printable(font.servedBy, kMaxName);
+        text += fmt::format(": {}\n", font.file.empty() ? "boxes" : Printable(font.file, 4096));
+    }
+    return text;
+}
+
+std::string FontListJson(const FontList &fonts)
+{
+    std::string text;
+    for (int32_t i = 0; i < fonts.Count(); ++i) {
+        const FontList::Entry &font = fonts.At(i);
+        nlohmann::ordered_json json;
+        json["name"] = font.postScriptName;
+        json["family"] = font.familyName;
+        json["served"] = font.servedBy.empty() ? font.postScriptName : font.servedBy;
+        json["file"] = font.file;
+        text += DumpLine(json);
+    }
+    return text;
+}
+
+} // namespace vxhost

@@ -1,0 +1,17 @@
+// The fonts of a document, or of the machine, as vx fonts prints them: aligned lines, or lines of JSON.
+#pragma once
+
+#include "cli/Session.h"
+
+#include <string>
+
+namespace vxhost
+{
+
+std::string FontsText(const std::string &input, const Verdict &verdict);
+std::string FontsJson(const std::string &input, const Verdict &verdict);
+
+std::string FontListText(const FontList &fonts);
+std::string FontListJson(const FontList &fonts);
+
+} // namespace vxhost

@@ -1,0 +1,43 @@
+// Where text gets its characters: what a drawing asks of fonts, and no more.
+//
+// Free of font libraries, so that text is placed and tested without one.
+#pragma once
+
+#include "host/Outcome.h"
+#include "host/drawing/Path.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace vxhost
+{
+
+// One character taken off a text.
+struct Glyph {
+    size_t bytes = 1;              // that it takes, 1 or more
+    double advance = 0;            // ems
+    const Path *outline = nullptr; // ems, y up, from the left end of the baseline, outer contours
+                                   // anticlockwise; null: nothing to paint. Valid until the next call
+};
+
+class GlyphSource
+{
+  public:
+    GlyphSource() = default;
+    GlyphSource(const GlyphSource &) = delete;
+    GlyphSource &operator=(const GlyphSource &) = delete;
+    virtual ~GlyphSource() = default;
+
+    // What follows is one string in that font.
+    virtual void BeginString(std::string_view fontName) = 0;
+    // The first character of text, which is not empty. isUpright: in its form for a column.
+    virtual Glyph Next(std::span<const uint8_t> text, bool isUpright) = 0;
+
+    // In the order of their first strings.
+    virtual std::vector<FontUse> FontsUsed() const = 0;
+};
+
+} // namespace vxhost

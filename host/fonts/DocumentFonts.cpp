@@ -1,0 +1,188 @@
+#include "host/fonts/DocumentFonts.h"
+
+#include "host/fonts/FontMatcher.h"
+#include "host/fonts/FontNames.h"
+
+#include <optional>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr int32_t kOneEm = 0x10000;
+constexpr uint8_t kFirstVisible = 0x20;
+constexpr uint8_t kDelete = 0x7F;
+
+// A font that has several of the East Asian scripts says nothing, unless the system's own is among them.
+std::optional<Script> ScriptOfFont(const FontList::Entry &entry, Script systemScript)
+{
+    if (systemScript != Script::Roman && entry.HasScript(systemScript))
+        return systemScript;
+    std::optional<Script> only;
+    for (const Script script : {Script::Japanese, Script::TraditionalChinese, Script::Korean}) {
+        if (!entry.HasScript(script))
+            continue;
+        if (only)
+            return std::nullopt;
+        only = script;
+    }
+    return only;
+}
+
+// The font in one entry's file serves the name of another.
+void Serve(const FontList::Entry &from, FontList::Entry *entry)
+{
+    entry->file = from.file;
+    entry->faceIndex = from.faceIndex;
+    entry->servedBy = from.servedBy.empty() ? from.postScriptName : from.servedBy;
+    entry->style = from.style;
+    entry->scripts = from.scripts;
+    entry->isSubstitute = true;
+}
+
+} // namespace
+
+DocumentFonts::DocumentFonts(const FontList &installed, const DocumentFontOptions &options)
+{
+    for (int32_t i = 0; i < installed.Count(); ++i)
+        entries_.push_back(installed.At(i));
+    IndexNames();
+    AddAsked(installed, options);
+    details_.resize(entries_.size());
+    ChooseEncodings(options);
+}
+
+void DocumentFonts::IndexNames()
+{
+    for (int32_t i = 0; i < Count(); ++i) {
+        const std::string &name = At(i).postScriptName;
+        byName_.try_emplace(name, i);
+        byBareName_.try_emplace(std::string(WithoutSuffixes(name)), i);
+    }
+}
+
+void DocumentFonts::AddAsked(const FontList &installed, const DocumentFontOptions &options)
+{
+    const FontMatcher matcher(installed);
+    for (const AskedFont &asked : options.asked) {
+        const std::string bareName(WithoutSuffixes(asked.name));
+        const auto found = byBareName_.find(bareName);
+        auto chosen = options.served.find(asked.name);
+        if (chosen == options.served.end())
+            chosen = options.served.find(bareName);
+        int32_t serving = chosen == options.served.end() ? -1 : Find(chosen->second);
+        if (serving < 0 && (found != byBareName_.end() || !options.substitute))
+            continue;
+        if (serving < 0) {
+            const Script script = ScriptOfName(asked.name).value_or(asked.script.value_or(Script::Roman));
+            serving = matcher.FindNearest(asked.name, script);
+        }
+        Entry entry;
+        entry.postScriptName = asked.name;
+        entry.familyName = asked.name.substr(0, asked.name.find('-'));
+        if (serving >= 0)
+            Serve(At(serving), &entry);
+        if (found != byBareName_.end()) {
+            Serve(At(serving), &entries_[static_cast<size_t>(found->second)]);
+            continue;
+        }
+        byName_.try_emplace(asked.name, Count());
+        byBareName_.try_emplace(bareName, Count());
+        entries_.push_back(std::move(entry));
+    }
+}
+
+void DocumentFonts::ChooseEncodings(const DocumentFontOptions &options)
+{
+    std::vector<bool> isReencoded(entries_.size());
+    std::vector<std::optional<Script>> scripts(entries_.size());
+    for (const AskedFont &asked : options.asked) {
+        const auto found = byBareName_.find(std::string(WithoutSuffixes(asked.name)));
+        if (found == byBareName_.end())
+            continue;
+        const auto index = static_cast<size_t>(found->second);
+        if (details_[index].asked.empty())
+            details_[index].asked = asked.name;
+        isReencoded[index] = isReencoded[index] || asked.isReencoded;
+        if (!scripts[index])
+            scripts[index] = ScriptOfName(asked.name);
+        if (!scripts[index] && asked.script != Script::Roman)
+            scripts[index] = asked.script;
+    }
+    for (size_t i = 0; i < entries_.size(); ++i) {
+        if (!scripts[i])
+            scripts[i] = ScriptOfName(entries_[i].postScriptName);
+        if (!scripts[i])
+            scripts[i] = ScriptOfFont(entries_[i], options.systemScript);
+        const Script script = scripts[i].value_or(Script::Roman);
+        const bool isWindows = script == Script::Roman && options.isCodePage1252 && !isReencoded[i];
+        details_[i].encoding = isWindows ? TextEncoding::CodePage1252 : MacEncoding(script);
+    }
+}
+
+int32_t DocumentFonts::Find(std::string_view postScriptName) const
+{
+    const auto found = byName_.find(std::string(postScriptName));
+    return found == byName_.end() ? -1 : found->second;
+}
+
+bool DocumentFonts::HasFor(std::string_view asked) const
+{
+    return byBareName_.contains(std::string(WithoutSuffixes(asked)));
+}
+
+const FontFile *DocumentFonts::FileOf(int32_t index) const
+{
+    const Detail &detail = details_[static_cast<size_t>(index)];
+    if (!detail.isFileOpened && !At(index).file.empty())
+        detail.file = FontFile::Open(At(index).file, At(index).faceIndex);
+    detail.isFileOpened = true;
+    return detail.file.get();
+}
+
+void DocumentFonts::MakeWidths(int32_t index) const
+{
+    const Detail &detail = details_[static_cast<size_t>(index)];
+    const FontFile *file = FileOf(index);
+    detail.widths = std::make_unique<CharWidths>();
+    for (size_t i = kFirstVisible; i < detail.widths->size(); ++i) {
+        const auto byte = static_cast<uint8_t>(i);
+        int32_t &width = (*detail.widths)[i];
+        if (byte == kDelete)
+            continue;
+        if (IsLeadByte(detail.encoding, byte))
+            width = kOneEm;
+        else if (file == nullptr)
+            width = kBoxFontWidth;
+        else
+            width = file->Advance(file->FindGlyph(DecodeCharacter(detail.encoding, {&byte, 1}).character));
+    }
+}
+
+int32_t DocumentFonts::CharWidth(int16_t number, int16_t character) const
+{
+    const Detail &detail = details_[static_cast<size_t>(number)];
+    if (detail.widths == nullptr)
+        MakeWidths(number);
+    return (*detail.widths)[static_cast<uint8_t>(character)];
+}
+
+FontUse DocumentFonts::Describe(int32_t index) const
+{
+    const Entry &entry = At(index);
+    const Detail &detail = details_[static_cast<size_t>(index)];
+    FontUse use;
+    use.asked = detail.asked.empty() ? entry.postScriptName : detail.asked;
+    if (FileOf(index) == nullptr)
+        return use;
+    use.served = entry.servedBy.empty() ? entry.postScriptName : entry.servedBy;
+    use.file = entry.file;
+    use.match = entry.servedBy.empty() ? FontMatch::Exact
+                : entry.isSubstitute   ? FontMatch::Substitute
+                                       : FontMatch::StandIn;
+    return use;
+}
+
+} // namespace vxhost

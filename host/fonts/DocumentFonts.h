@@ -1,0 +1,69 @@
+// The font list of one document: the machine's fonts, and what serves each further name that the document asks for.
+//
+// Knows in which character set the text of each font stands, and opens the font files, each when it is first needed.
+// For one thread at a time.
+#pragma once
+
+#include "host/Outcome.h"
+#include "host/fonts/CharWidths.h"
+#include "host/fonts/FontFile.h"
+#include "host/fonts/FontList.h"
+#include "host/fonts/FontNameScan.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace vxhost
+{
+
+struct DocumentFontOptions {
+    std::vector<AskedFont> asked;
+    std::map<std::string, std::string> served; // by the user's own choice: name asked for, PostScript name
+    bool substitute = true;                    // false: names that nothing serves stay out of the list
+    bool isCodePage1252 = false;               // Roman text in fonts that are not re-encoded
+    Script systemScript = Script::Roman;
+};
+
+class DocumentFonts final : public FontList
+{
+  public:
+    DocumentFonts(const FontList &installed, const DocumentFontOptions &options);
+
+    int32_t Count() const override { return static_cast<int32_t>(entries_.size()); }
+    const Entry &At(int32_t index) const override { return entries_[static_cast<size_t>(index)]; }
+    int32_t CharWidth(int16_t number, int16_t character) const override;
+
+    int32_t Find(std::string_view postScriptName) const; // -1: not in the list
+    bool HasFor(std::string_view asked) const;           // whatever its suffixes
+    TextEncoding EncodingOf(int32_t index) const { return details_[static_cast<size_t>(index)].encoding; }
+    const FontFile *FileOf(int32_t index) const; // null: boxes
+    // Asked, served, file and match; nothing counted yet.
+    FontUse Describe(int32_t index) const;
+
+  private:
+    struct Detail {
+        TextEncoding encoding = TextEncoding::MacRoman;
+        std::string asked; // as the document writes it; empty: as the entry is named
+        mutable std::unique_ptr<CharWidths> widths;
+        mutable std::unique_ptr<FontFile> file;
+        mutable bool isFileOpened = false;
+    };
+
+    void IndexNames();
+    void AddAsked(const FontList &installed, const DocumentFontOptions &options);
+    void ChooseEncodings(const DocumentFontOptions &options);
+    void MakeWidths(int32_t index) const;
+
+    std::vector<Entry> entries_;
+    std::vector<Detail> details_; // beside entries_
+    std::unordered_map<std::string, int32_t> byName_;
+    std::unordered_map<std::string, int32_t>
+        byBareName_; // without suffixes; the first of each, as the plug-in searches
+};
+
+} // namespace vxhost

@@ -1,0 +1,46 @@
+// The glyphs of a document's text: bytes decoded by the font's character set, outlines from the font's file.
+//
+// Owns a bounded cache of outlines, and the account of which fonts were used and what they lacked.
+#pragma once
+
+#include "host/drawing/GlyphSource.h"
+#include "host/fonts/DocumentFonts.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace vxhost
+{
+
+class DocumentGlyphs final : public GlyphSource
+{
+  public:
+    // The fonts must outlive this object.
+    explicit DocumentGlyphs(const DocumentFonts *fonts) : fonts_(fonts) {}
+
+    void BeginString(std::string_view fontName) override;
+    Glyph Next(std::span<const uint8_t> text, bool isUpright) override;
+    std::vector<FontUse> FontsUsed() const override { return uses_; }
+
+  private:
+    struct CachedGlyph {
+        Path outline;
+        bool isMissing = false;
+    };
+
+    CachedGlyph MakeGlyph(char32_t character, bool isUpright, bool isWide) const;
+    const CachedGlyph &FindGlyph(char32_t character, bool isUpright, bool isWide);
+
+    const DocumentFonts *fonts_;
+    int32_t font_ = -1; // of the current string; -1: none of the list, boxes
+    size_t use_ = 0;    // of it, in uses_
+    std::vector<FontUse> uses_;
+    std::map<std::string, size_t, std::less<>> useOfName_;
+    std::unordered_map<uint64_t, CachedGlyph> cache_;
+    size_t cachedPoints_ = 0;
+};
+
+} // namespace vxhost

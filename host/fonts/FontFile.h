@@ -1,0 +1,35 @@
+// One face of a font file: its glyphs, their advances and outlines.
+//
+// HarfBuzz reads OpenType; FreeType reads Type 1 alone, which HarfBuzz does not.
+#pragma once
+
+#include "host/drawing/Path.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace vxhost
+{
+
+class FontFile
+{
+  public:
+    // Null when the file is not there or neither library can read it. faceIndex as in FontList::Entry.
+    static std::unique_ptr<FontFile> Open(const std::string &file, int faceIndex);
+
+    FontFile() = default;
+    FontFile(const FontFile &) = delete;
+    FontFile &operator=(const FontFile &) = delete;
+    virtual ~FontFile() = default;
+
+    // 0, the glyph that says "missing", when the font has none.
+    virtual uint32_t FindGlyph(char32_t character) const = 0;
+    // The form that stands upright in a column, where the font has one of its own.
+    virtual uint32_t FindVerticalGlyph(char32_t character) const = 0;
+    virtual int32_t Advance(uint32_t glyph) const = 0; // ems, 16.16
+    // Ems, y up, outer contours anticlockwise. Empty for a blank.
+    virtual Path Outline(uint32_t glyph) const = 0;
+};
+
+} // namespace vxhost

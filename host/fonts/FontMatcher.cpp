@@ -1,0 +1,76 @@
+#include "host/fonts/FontMatcher.h"
+
+#include <cstdlib>
+#include <limits>
+
+namespace vxhost
+{
+
+namespace
+{
+
+// What each likeness is worth; a greater one outweighs all the smaller ones together.
+constexpr int kHasScript = 10000;
+constexpr int kIsFamily = 4000;
+constexpr int kIsClassicOfClass = 1000;
+constexpr int kIsClass = 500;
+constexpr int kForeignScripts = -300; // Roman text in an East Asian font
+constexpr int kOtherSlant = -150;
+constexpr int kStyleStep = -4; // for each unit of weight and of width
+
+std::string_view ClassicFamily(FaceClass faceClass)
+{
+    switch (faceClass) {
+    case FaceClass::Serif:
+        return "Times";
+    case FaceClass::Mono:
+        return "Courier";
+    default:
+        return "Helvetica";
+    }
+}
+
+} // namespace
+
+FontMatcher::FontMatcher(const FontList &fonts) : fonts_(fonts)
+{
+    for (int32_t i = 0; i < fonts.Count(); ++i) {
+        const FontList::Entry &entry = fonts.At(i);
+        if (!entry.file.empty())
+            candidates_.push_back(
+                {i, PlainName(entry.familyName), TraitsOfName(entry.postScriptName).faceClass});
+    }
+}
+
+int32_t FontMatcher::FindNearest(std::string_view asked, Script script) const
+{
+    const FaceTraits wanted = TraitsOfName(asked);
+    const std::string_view classic = ClassicFamily(wanted.faceClass);
+    int32_t best = -1;
+    int bestScore = std::numeric_limits<int>::min();
+    for (const Candidate &candidate : candidates_) {
+        const FontList::Entry &entry = fonts_.At(candidate.index);
+        int score = 0;
+        if (entry.HasScript(script))
+            score += kHasScript;
+        if (!wanted.family.empty() && candidate.family == wanted.family)
+            score += kIsFamily;
+        if (script == Script::Roman && entry.familyName == classic)
+            score += kIsClassicOfClass;
+        else if (candidate.faceClass == wanted.faceClass)
+            score += kIsClass;
+        if (script == Script::Roman && entry.HasEastAsianScript())
+            score += kForeignScripts;
+        if (entry.style.isSlanted != wanted.style.isSlanted)
+            score += kOtherSlant;
+        score += kStyleStep * (std::abs(entry.style.weight - wanted.style.weight) +
+                               std::abs(entry.style.width - wanted.style.width));
+        if (score > bestScore) {
+            best = candidate.index;
+            bestScore = score;
+        }
+    }
+    return best;
+}
+
+} // namespace vxhost

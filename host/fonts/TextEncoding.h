@@ -1,0 +1,31 @@
+// The character sets in which the bytes of text stand, and what they mean in Unicode.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace vxhost
+{
+
+// By number as the plug-in counts scripts.
+enum class Script : uint8_t { Roman, Japanese, TraditionalChinese, Korean };
+
+enum class TextEncoding : uint8_t { MacRoman, CodePage1252, MacJapanese, MacChinese, MacKorean };
+
+// The Mac set of a script.
+TextEncoding MacEncoding(Script script);
+
+struct DecodedCharacter {
+    char32_t character = 0;      // 0: the code means nothing
+    size_t bytes = 1;            // that it takes, 1 or 2
+    bool isVerticalForm = false; // a code of its own for the form in a column
+};
+
+// The first character of text, which is not empty. A first byte of two that stands alone means nothing.
+DecodedCharacter DecodeCharacter(TextEncoding encoding, std::span<const uint8_t> text);
+
+// Whether a byte begins a character of two bytes.
+bool IsLeadByte(TextEncoding encoding, uint8_t byte);
+
+} // namespace vxhost

@@ -1,0 +1,226 @@
+// What serves the fonts that a document asks for, with fonts of installed packages through a directory of our own.
+#include "host/fonts/DocumentFonts.h"
+
+#include "host/fonts/DocumentGlyphs.h"
+#include "host/fonts/FontconfigFonts.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace vxhost
+{
+namespace
+{
+
+constexpr const char *kRomanFonts = "/usr/share/fonts/opentype/urw-base35";
+constexpr const char *kJapaneseFonts = "/usr/share/fonts/opentype/ipafont-gothic";
+
+class DocumentFontsTest : public testing::Test
+{
+  protected:
+    static void SetUpTestSuite()
+    {
+        installed_ = MakeFontconfigFonts({false, {kRomanFonts, kJapaneseFonts}}).release();
+    }
+    static void TearDownTestSuite()
+    {
+        delete installed_;
+        installed_ = nullptr;
+    }
+
+    void Ask(const std::string &name, bool isReencoded = false)
+    {
+        options_.asked.push_back({name, isReencoded, {}});
+    }
+
+    // The PostScript name of the font that is drawn.
+    std::string ServedFor(const std::string &name)
+    {
+        Ask(name);
+        const DocumentFonts fonts(*installed_, options_);
+        const int32_t index = fonts.Find(name);
+        return index < 0 ? "" : fonts.Describe(index).served;
+    }
+
+    static FontList *installed_;
+    DocumentFontOptions options_;
+};
+
+FontList *DocumentFontsTest::installed_ = nullptr;
+
+TEST_F(DocumentFontsTest, ServesTheNearest)
+{
+    const struct {
+        const char *asked;
+        const char *served;
+    } cases[] = {
+        {"NimbusSans-Bold", "NimbusSans-Bold"},
+        {"Helvetica-Bold", "NimbusSans-Bold"},
+        {"Frutiger", "NimbusSans-Regular"},
+        {"Frutiger-Black", "NimbusSans-Bold"},
+        {"Frutiger-BlackItalic", "NimbusSans-BoldItalic"},
+        {"Helvetica-Condensed", "NimbusSans-Regular"},
+        {"Helvetica-Black", "NimbusSans-Bold"},
+        {"AGaramond-Italic", "NimbusRoman-Italic"},
+        {"LetterTypewriter", "NimbusMonoPS-Regular"},
+        {"GothicBBB-Medium-83pv-RKSJ-H", "IPAGothic"},
+        {"Unheard-RKSJ-V", "IPAGothic"},
+    };
+    for (const auto &row : cases) {
+        options_ = {};
+        EXPECT_EQ(ServedFor(row.asked), row.served) << row.asked;
+    }
+}
+
+TEST_F(DocumentFontsTest, SaysWhy)
+{
+    for (const char *name : {"NimbusSans-Bold", "Helvetica", "Frutiger"})
+        Ask(name);
+    const DocumentFonts fonts(*installed_, options_);
+    EXPECT_EQ(fonts.Describe(fonts.Find("NimbusSans-Bold")).match, FontMatch::Exact);
+    EXPECT_EQ(fonts.Describe(fonts.Find("Helvetica")).match, FontMatch::StandIn);
+    EXPECT_EQ(fonts.Describe(fonts.Find("Frutiger")).match, FontMatch::Substitute);
+}
+
+TEST_F(DocumentFontsTest, OneEntryServesAllSuffixesOfAName)
+{
+    Ask("Ryumin-Light-83pv-RKSJ-H");
+    Ask("Ryumin-Light-83pv-RKSJ-V");
+    const DocumentFonts fonts(*installed_, options_);
+    EXPECT_EQ(fonts.Count(), installed_->Count() + 1);
+    EXPECT_EQ(fonts.At(fonts.Count() - 1).postScriptName, "Ryumin-Light-83pv-RKSJ-H");
+    EXPECT_TRUE(fonts.HasFor("Ryumin-Light"));
+}
+
+TEST_F(DocumentFontsTest, WithoutSubstitutesUnknownNamesStayOut)
+{
+    options_.substitute = false;
+    Ask("Frutiger");
+    const DocumentFonts fonts(*installed_, options_);
+    EXPECT_EQ(fonts.Count(), installed_->Count());
+    EXPECT_FALSE(fonts.HasFor("Frutiger"));
+    EXPECT_TRUE(fonts.HasFor("Helvetica"));
+}
+
+TEST_F(DocumentFontsTest, TheUsersChoiceComesFirst)
+{
+    options_.served = {{"Frutiger", "C059-Bold"}, {"Helvetica", "C059-Roman"}};
+    Ask("Frutiger");
+    Ask("Helvetica");
+    const DocumentFonts fonts(*installed_, options_);
+    EXPECT_EQ(fonts.Describe(fonts.Find("Frutiger")).served, "C059-Bold");
+    EXPECT_EQ(fonts.Describe(fonts.Find("Helvetica")).served, "C059-Roman");
+    EXPECT_EQ(fonts.Count(), installed_->Count() + 1);
+}
+
+TEST_F(DocumentFontsTest, TextOfWindowsIsItsCodePageUnlessReencoded)
+{
+    options_.isCodePage1252 = true;
+    Ask("Helvetica");
+    Ask("Times-Roman", true);
+    Ask("IPAGothic");
+    const DocumentFonts fonts(*installed_, options_);
+    EXPECT_EQ(fonts.EncodingOf(fonts.Find("Helvetica")), TextEncoding::CodePage1252);
+    EXPECT_EQ(fonts.EncodingOf(fonts.Find("Times-Roman")), TextEncoding::MacRoman);
+    EXPECT_EQ(fonts.EncodingOf(fonts.Find("IPAGothic")), TextEncoding::MacJapanese);
+}
+
+// 0xC9 is the accented capital E of Windows (667) and three dots of the Mac (1000).
+TEST_F(DocumentFontsTest, WidthsFollowTheCharacterSet)
+{
+    Ask("Helvetica");
+    const DocumentFonts mac(*installed_, options_);
+    options_.isCodePage1252 = true;
+    const DocumentFonts windows(*installed_, options_);
+    const auto number = static_cast<int16_t>(mac.Find("Helvetica"));
+    EXPECT_EQ(mac.CharWidth(number, 0xC9), 65536);
+    EXPECT_EQ(windows.CharWidth(number, 0xC9), (667 * 65536 + 500) / 1000);
+}
+
+TEST_F(DocumentFontsTest, BytesThatBeginTwoAreAnEmWide)
+{
+    const DocumentFonts fonts(*installed_, options_);
+    const auto number = static_cast<int16_t>(fonts.Find("IPAGothic"));
+    EXPECT_EQ(fonts.CharWidth(number, 0x81), 65536);
+    EXPECT_EQ(fonts.CharWidth(number, 'A'), 32768);
+    EXPECT_EQ(fonts.CharWidth(number, 0xB1), 32768) << "half-width katakana";
+    EXPECT_EQ(fonts.CharWidth(number, '\n'), 0);
+}
+
+class DocumentGlyphsTest : public DocumentFontsTest
+{
+  protected:
+    static Glyph Take(DocumentGlyphs *glyphs, std::initializer_list<uint8_t> text, bool isUpright = false)
+    {
+        return glyphs->Next({text.begin(), text.size()}, isUpright);
+    }
+};
+
+TEST_F(DocumentGlyphsTest, OutlinesStandOnTheBaseline)
+{
+    const DocumentFonts fonts(*installed_, options_);
+    DocumentGlyphs glyphs(&fonts);
+    glyphs.BeginString("Helvetica");
+    const Glyph glyph = Take(&glyphs, {'H'});
+    ASSERT_NE(glyph.outline, nullptr);
+    EXPECT_NEAR(glyph.advance, 0.722, 1e-3);
+    double low = 9, high = -9;
+    for (const Point &point : glyph.outline->points) {
+        low = std::min(low, point.y);
+        high = std::max(high, point.y);
+    }
+    EXPECT_NEAR(low, 0, 1e-3);
+    EXPECT_NEAR(high, 0.729, 1e-3); // the capitals' height
+}
+
+TEST_F(DocumentGlyphsTest, ColumnsHaveFormsOfTheirOwn)
+{
+    const DocumentFonts fonts(*installed_, options_);
+    DocumentGlyphs glyphs(&fonts);
+    glyphs.BeginString("IPAGothic");
+    const Path along = *Take(&glyphs, {0x81, 0x75}).outline; // left corner bracket
+    const Path upright = *Take(&glyphs, {0x81, 0x75}, true).outline;
+    const Path byCode = *Take(&glyphs, {0xEB, 0x75}).outline;
+    EXPECT_NE(along.points, upright.points);
+    EXPECT_EQ(byCode.points, upright.points);
+}
+
+TEST_F(DocumentGlyphsTest, CountsWhatIsShownAndWhatLacks)
+{
+    const DocumentFonts fonts(*installed_, options_);
+    DocumentGlyphs glyphs(&fonts);
+    glyphs.BeginString("Helvetica");
+    Take(&glyphs, {'a'});
+    Take(&glyphs, {'\t'});
+    glyphs.BeginString("Helvetica");
+    Take(&glyphs, {0xF0}); // a maker's mark, which no font has
+    const std::vector<FontUse> uses = glyphs.FontsUsed();
+    ASSERT_EQ(uses.size(), 1u);
+    EXPECT_EQ(uses[0].strings, 2u);
+    EXPECT_EQ(uses[0].characters, 2u);
+    EXPECT_EQ(uses[0].missingGlyphs, 1u);
+    EXPECT_EQ(uses[0].served, "NimbusSans-Regular");
+    EXPECT_EQ(uses[0].match, FontMatch::StandIn);
+}
+
+TEST_F(DocumentGlyphsTest, WithoutAFontTextIsBoxes)
+{
+    const auto none = MakeFontconfigFonts({false, {}});
+    Ask("Helvetica");
+    const DocumentFonts fonts(*none, options_);
+    DocumentGlyphs glyphs(&fonts);
+    glyphs.BeginString("Helvetica");
+    const Glyph box = Take(&glyphs, {'a'});
+    ASSERT_NE(box.outline, nullptr);
+    EXPECT_EQ(box.outline->points.size(), 8u) << "a frame";
+    EXPECT_EQ(box.advance, 0.5);
+    EXPECT_EQ(Take(&glyphs, {' '}).outline, nullptr);
+    const std::vector<FontUse> uses = glyphs.FontsUsed();
+    ASSERT_EQ(uses.size(), 1u);
+    EXPECT_EQ(uses[0].match, FontMatch::Missing);
+    EXPECT_EQ(uses[0].served, "");
+}
+
+} // namespace
+} // namespace vxhost
