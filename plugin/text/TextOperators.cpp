@@ -14,7 +14,8 @@ namespace
 
 constexpr Fixed kHundred = IntegerToFixed(100);
 constexpr Fixed kThousand = IntegerToFixed(1000);
-constexpr uint8_t kHyphen[] = {'-'};
+constexpr uint8_t kHyphenText[] = {'-'};
+constexpr BigString kHyphen = {kHyphenText, sizeof kHyphenText};
 
 struct RenderModeRow {
     uint32_t mode;
@@ -131,8 +132,7 @@ Result Operator_Tx(ParseContext *context, TextObject *text)
 
 Result Operator_T_hyphen(ParseContext *context, TextObject *text)
 {
-    const BigString hyphen = {kHyphen, sizeof kHyphen};
-    return CallZRKShowCorrectly(context, text, &hyphen);
+    return CallZRKShowCorrectly(context, text, &kHyphen);
 }
 
 Result Operator_Tc(ParseContext *context, TextObject *text)
