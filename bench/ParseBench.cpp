@@ -46,7 +46,7 @@ void ParseWithIdleHost(benchmark::State &state)
     vxhost::ParseOptions options;
     options.fonts = &fonts;
     int64_t peakHeap = 0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         ZRKProcs procs = MakeIdleTable();
         int64_t calls = 0;
         const vxhost::Outcome outcome = plugin->Parse(*document, options, &procs, &calls);
@@ -80,6 +80,7 @@ int64_t SumOfLine(const char *text, const char *end)
         double value;
         const auto [stop, error] = std::from_chars(word, text, value, std::chars_format::fixed);
         if (error == std::errc() && stop == text)
+            // The sum only keeps the loop alive. NOLINTNEXTLINE(bugprone-incorrect-roundings)
             sum += static_cast<int64_t>(value * 65536.0 + 0.5);
     }
     return sum;
@@ -88,7 +89,7 @@ int64_t SumOfLine(const char *text, const char *end)
 void TokensOnly(benchmark::State &state)
 {
     const std::string text = vxbench::MakePathDocument(static_cast<size_t>(state.range(0)));
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         int64_t sum = 0;
         const char *line = text.data();
         const char *end = line + text.size();
