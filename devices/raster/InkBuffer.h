@@ -5,6 +5,7 @@
 // first painted.
 #pragma once
 
+#include "devices/colour/Inks.h"
 #include "devices/raster/MemoryCap.h"
 
 #include <cstddef>
@@ -15,9 +16,6 @@
 
 namespace vxhost::raster
 {
-
-// Four inks in one word: cyan in the lowest byte, black in the highest. 0 is paper.
-using InkWord = uint32_t;
 
 // What one paint does to a sample: the inks in keep stay, the others become those of value, or go towards them by
 // as much as strength says.

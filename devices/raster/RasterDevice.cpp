@@ -3,6 +3,8 @@
 // are mixed and handed out.
 #include "devices/raster/RasterDevice.h"
 
+#include "devices/colour/Inks.h"
+#include "devices/colour/ScreenColours.h"
 #include "devices/raster/Clip.h"
 #include "devices/raster/Dasher.h"
 #include "devices/raster/Flatten.h"
@@ -10,7 +12,6 @@
 #include "devices/raster/Painter.h"
 #include "devices/raster/PngWriter.h"
 #include "devices/raster/RowMixer.h"
-#include "devices/raster/ScreenColours.h"
 #include "devices/raster/Stroker.h"
 
 #include <cerrno>
@@ -33,19 +34,17 @@ constexpr size_t kStrokeEdges = 1u << 16;
 
 Ink FindInk(const Paint &paint, bool simulateOverprint)
 {
-    const auto amount = [](double level) {
-        return static_cast<InkWord>(std::lround(std::clamp(level, 0.0, 1.0) * 255));
-    };
     const bool overprint = paint.overprint && simulateOverprint;
     constexpr InkWord kAllButBlack = 0x00FFFFFF;
-    if (paint.colour.space == ColourSpace::Gray)
-        return {amount(1 - paint.colour.ink[0]) << 24, overprint ? kAllButBlack : 0};
     Ink ink;
-    for (int i = 0; i < 4; ++i) {
-        if (overprint && paint.colour.ink[i] == 0)
+    ink.value = InksOf(paint.colour);
+    if (!overprint)
+        return ink;
+    if (paint.colour.space == ColourSpace::Gray)
+        ink.keep = kAllButBlack;
+    for (int i = 0; i < 4 && paint.colour.space == ColourSpace::Cmyk; ++i) {
+        if (paint.colour.ink[i] == 0)
             ink.keep |= InkWord{0xFF} << (8 * i);
-        else
-            ink.value |= amount(paint.colour.ink[i]) << (8 * i);
     }
     return ink;
 }

@@ -5,22 +5,17 @@
 #pragma once
 
 #include "devices/raster/RasterOptions.h"
+#include "host/ByteSink.h"
 #include "host/drawing/Device.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <functional>
 #include <memory>
-#include <span>
 #include <string>
 #include <vector>
 
 namespace vxhost
 {
-
-// Takes the next bytes of a file. Returns an empty string, or why they could not be written.
-using ByteSink = std::function<std::string(std::span<const std::byte>)>;
 
 // Writes to the file, which stays the caller's to flush and to close.
 ByteSink WriteTo(std::FILE *file);

@@ -1,6 +1,7 @@
 // What a person may choose about a picture, and the size that follows from it.
 #pragma once
 
+#include "devices/colour/ScreenOptions.h"
 #include "host/drawing/Device.h"
 
 #include <cstdint>
@@ -10,14 +11,7 @@
 namespace vxhost
 {
 
-struct Rgb {
-    uint8_t r = 0, g = 0, b = 0;
-    friend bool operator==(const Rgb &, const Rgb &) = default;
-};
-
-enum class Intent : uint8_t { Relative, Perceptual }; // black point compensation with either
-
-struct RasterOptions {
+struct RasterOptions : ScreenOptions {
     // The size: fit, if not 0, makes the longer side that many pixels; else width and height, of which one
     // that is 0 follows the aspect of the box; else dpi times zoom.
     double dpi = 150;
@@ -26,10 +20,8 @@ struct RasterOptions {
     int fit = 0;
 
     std::optional<Rgb> background = Rgb{255, 255, 255}; // none: what is not painted is transparent
-    std::string profile = "fogra39"; // or "none", plain arithmetic; or an ICC file of a CMYK press
-    Intent intent = Intent::Relative;
-    bool overprint = true; // false: every paint replaces all inks
-    int samples = 4;       // a side of a pixel: 1, 2, 4 or 8
+    bool overprint = true;                              // false: every paint replaces all inks
+    int samples = 4;                                    // a side of a pixel: 1, 2, 4 or 8
     uint64_t memoryLimit = uint64_t{1} << 30;
 };
 

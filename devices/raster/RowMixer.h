@@ -1,9 +1,9 @@
 // Mixes the samples of a row of pixels into the bytes of a picture.
 #pragma once
 
+#include "devices/colour/ScreenColours.h"
 #include "devices/raster/InkBuffer.h"
 #include "devices/raster/RasterOptions.h"
-#include "devices/raster/ScreenColours.h"
 
 #include <optional>
 

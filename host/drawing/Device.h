@@ -5,48 +5,17 @@
 // device reports failure from EndPage only; after its own failure it ignores what else it is given.
 #pragma once
 
+#include "host/drawing/GlyphRun.h"
+#include "host/drawing/Paint.h"
 #include "host/drawing/Path.h"
+#include "host/drawing/Shading.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <span>
 #include <string>
-#include <vector>
 
 namespace vxhost
 {
-
-enum class ColourSpace : uint8_t { Gray, Cmyk };
-
-// As the document says it. Gray: ink[0] is the level, 0 black, 1.0 white. Cmyk: ink amounts, 0 none, 1.0 full.
-// Components outside 0 to 1.0 have been clamped.
-struct Colour {
-    ColourSpace space = ColourSpace::Gray;
-    double ink[4] = {0, 0, 0, 0};
-    friend bool operator==(const Colour &, const Colour &) = default;
-};
-
-// With overprint, a CMYK component of 0 leaves that ink as it is and gray touches black alone; without it every
-// paint replaces all inks.
-struct Paint {
-    Colour colour;
-    bool overprint = false;
-    friend bool operator==(const Paint &, const Paint &) = default;
-};
-
-enum class LineCap : uint8_t { Butt, Round, Square };
-enum class LineJoin : uint8_t { Miter, Round, Bevel };
-
-// Lengths are in the user space of the stroke; matrix maps that space to the page (the path is already there).
-struct StrokeStyle {
-    double width = 1; // 0: the thinnest line that can be seen
-    LineCap cap = LineCap::Butt;
-    LineJoin join = LineJoin::Miter;
-    double miterLimit = 10;
-    double dashPhase = 0;
-    std::vector<double> dashes; // on and off in turn; empty: solid. Never negative, never all zero
-    Matrix matrix;
-    friend bool operator==(const StrokeStyle &, const StrokeStyle &) = default;
-};
 
 struct Box {
     double left = 0, bottom = 0, right = 0, top = 0;
@@ -85,6 +54,15 @@ class Device
 
     virtual void FillPath(const Path &path, const Paint &paint) = 0; // non-zero winding
     virtual void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) = 0;
+
+    // Paints under the clip. Without an implementation of its own a device receives flat shapes.
+    virtual void Shade(const Shading &shading) { PaintAsShapes(shading, this); }
+
+    // Whether the device sets text in that font itself; text that it does not set reaches it as shapes.
+    virtual bool CanShow(const TextFont &) { return false; }
+    // Paints run by run, in fonts that it can show. A text that clips comes with all of its runs, whose outlines are
+    // united and then intersected with the clip.
+    virtual void ShowText(std::span<const GlyphRun>, const TextPaint &) {}
 
     // Completes the output. Returns an empty string, or what went wrong as one line for a person.
     virtual std::string EndPage() = 0;

@@ -1,5 +1,7 @@
 #include "host/drawing/Drawing.h"
 
+#include <vx/TextRecord.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -227,24 +229,50 @@ void Drawing::StrokeShape(const Path &path)
     if (path.IsEmpty())
         return;
     CountPaint();
-    style_.width = state_.lineWidth;
-    style_.cap = state_.cap;
-    style_.join = state_.join;
-    style_.miterLimit = state_.miterLimit;
-    style_.dashPhase = state_.dashPhase;
-    const double *dashes = dashes_.data();
-    style_.dashes.assign(dashes + state_.dashBegin, dashes + state_.dashEnd);
-    style_.matrix = state_.matrix;
+    FindStyle(&style_);
     device_->StrokePath(path, style_, state_.paint);
+}
+
+void Drawing::FindStyle(StrokeStyle *style) const
+{
+    style->width = state_.lineWidth;
+    style->cap = state_.cap;
+    style->join = state_.join;
+    style->miterLimit = state_.miterLimit;
+    style->dashPhase = state_.dashPhase;
+    const double *dashes = dashes_.data();
+    style->dashes.assign(dashes + state_.dashBegin, dashes + state_.dashEnd);
+    style->matrix = state_.matrix;
+}
+
+void Drawing::SaveOnDevice()
+{
+    if (saved_.empty() || state_.isSavedOnDevice)
+        return;
+    device_->Save();
+    state_.isSavedOnDevice = true;
 }
 
 void Drawing::ClipToShape(const Path &path)
 {
-    if (!saved_.empty() && !state_.isSavedOnDevice) {
-        device_->Save();
-        state_.isSavedOnDevice = true;
-    }
+    SaveOnDevice();
     device_->ClipPath(path);
+}
+
+void Drawing::ShowText(std::span<const GlyphRun> runs, int32_t mode)
+{
+    text_.fills = (mode & kZRKShowFill) != 0;
+    text_.strokes = (mode & kZRKShowStroke) != 0;
+    text_.clips = (mode & kZRKShowClip) != 0;
+    if (text_.fills || text_.strokes)
+        CountPaint();
+    if (text_.strokes)
+        FindStyle(&text_.style);
+    if (text_.clips)
+        SaveOnDevice();
+    text_.paint = state_.paint;
+    if (text_.fills || text_.strokes || text_.clips)
+        device_->ShowText(runs, text_);
 }
 
 void Drawing::Clip()

@@ -63,6 +63,9 @@ class Drawing
     void FillShape(const Path &path);
     void StrokeShape(const Path &path);
     void ClipToShape(const Path &path);
+    // Text for a device that sets it. mode as of the show procedure.
+    bool CanShow(const TextFont &font) const { return device_->CanShow(font); }
+    void ShowText(std::span<const GlyphRun> runs, int32_t mode);
     void CountShow() { ++counts_.shows; }
 
     MemoryBudget &Budget() { return budget_; }
@@ -92,6 +95,8 @@ class Drawing
     void OpenSubpath(Point ifNone);
     void CutDashes(size_t length);
     void CountPaint();
+    void FindStyle(StrokeStyle *style) const;
+    void SaveOnDevice();
 
     Device *device_;
     MemoryBudget budget_;
@@ -100,7 +105,8 @@ class Drawing
     std::vector<State> saved_;
     // Those of each level behind those of the levels below; behind them what is no longer used.
     std::vector<double> dashes_;
-    StrokeStyle style_; // what the last stroke was given; keeps its storage
+    StrokeStyle style_; // what the last stroke was given; both keep their storage
+    TextPaint text_;
     Counts counts_;
 };
 

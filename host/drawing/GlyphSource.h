@@ -4,6 +4,7 @@
 #pragma once
 
 #include "host/Outcome.h"
+#include "host/drawing/GlyphRun.h"
 #include "host/drawing/Path.h"
 
 #include <cstddef>
@@ -19,6 +20,8 @@ namespace vxhost
 struct Glyph {
     size_t bytes = 1;              // that it takes, 1 or more
     double advance = 0;            // ems
+    uint32_t glyph = 0;            // of the string's font; 0: that of a missing character
+    char32_t character = 0;        // 0: nothing to show, a control code
     const Path *outline = nullptr; // ems, y up, from the left end of the baseline, outer contours
                                    // anticlockwise; null: nothing to paint. Valid until the next call
 };
@@ -31,6 +34,8 @@ class GlyphSource
     GlyphSource &operator=(const GlyphSource &) = delete;
     virtual ~GlyphSource() = default;
 
+    // What serves that name; null: nothing, its characters are boxes. Valid as long as this object.
+    virtual const TextFont *FindFont(std::string_view fontName) const = 0;
     // What follows is one string in that font.
     virtual void BeginString(std::string_view fontName) = 0;
     // The first character of text, which is not empty. isUpright: in its form for a column.

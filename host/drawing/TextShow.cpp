@@ -1,6 +1,7 @@
 #include "host/drawing/TextShow.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vxhost
 {
@@ -10,6 +11,7 @@ namespace
 
 constexpr uint8_t kSpace = ' ';
 constexpr int32_t kPlacements = kZRKPlaceAt | kZRKMoveBy;
+constexpr size_t kMaxRunGlyphs = 1024; // devices stream: a run need not be longer than a line
 
 constexpr double FromFixed(Fixed value)
 {
@@ -33,6 +35,12 @@ Matrix UprightMatrix(const ZRKTextRecord &record)
     return {FromFixed(record.a), FromFixed(record.b), -FromFixed(record.c), -FromFixed(record.d), 0, 0};
 }
 
+Matrix WithoutTranslation(Matrix matrix)
+{
+    matrix.tx = matrix.ty = 0;
+    return matrix;
+}
+
 struct Spacing {
     Point character;
     Point word;
@@ -54,40 +62,112 @@ Spacing SpacingOf(const ZRKTextRecord &record)
 
 void TextShow::Show(const ZRKTextRecord *first, int32_t mode)
 {
+    const bool clips = (mode & kZRKShowClip) != 0;
     drawing_->CountShow();
     if (glyphs_ == nullptr)
         return;
-    const char *font = nullptr;
+    // What clips is one shape, so it is of one kind.
+    const bool showsShapes = clips && !CanShowAll(first);
+    const char *name = nullptr;
+    const TextFont *font = nullptr;
     for (const ZRKTextRecord *record = first; record != nullptr; record = record->next) {
         // The records of one string share the name.
-        if (record->fontName != font)
-            glyphs_->BeginString(record->fontName);
-        font = record->fontName;
-        BuildRecord(*record);
-        // Record by record, so that a stroke stands on the fill of its own characters.
-        if ((mode & kZRKShowFill) != 0)
-            drawing_->FillShape(record_);
-        if ((mode & kZRKShowStroke) != 0)
-            drawing_->StrokeShape(record_);
-        if ((mode & kZRKShowClip) != 0)
-            AddToClip();
+        if (record->fontName != name) {
+            name = record->fontName;
+            glyphs_->BeginString(name);
+            font = showsShapes ? nullptr : FindFontToShow(name);
+        }
+        BuildRecord(*record, font, mode);
     }
-    if ((mode & kZRKShowClip) != 0) {
-        drawing_->ClipToShape(clip_);
-        drawing_->Budget().Give(clipBytes_);
-        clipBytes_ = 0;
-        clip_ = {};
+    if (!clips || !runs_.empty())
+        ShowRuns(mode);
+    else
+        ClipToChain();
+}
+
+const TextFont *TextShow::FindFontToShow(const char *name) const
+{
+    const TextFont *font = glyphs_->FindFont(name);
+    return font != nullptr && drawing_->CanShow(*font) ? font : nullptr;
+}
+
+bool TextShow::CanShowAll(const ZRKTextRecord *first) const
+{
+    const char *name = nullptr;
+    for (const ZRKTextRecord *record = first; record != nullptr; record = record->next) {
+        if (record->fontName != name && FindFontToShow(record->fontName) == nullptr)
+            return false;
+        name = record->fontName;
     }
+    return true;
+}
+
+// Record by record, so that a stroke stands on the fill of its own characters.
+void TextShow::ShowShape(int32_t mode)
+{
+    if ((mode & kZRKShowFill) != 0)
+        drawing_->FillShape(record_);
+    if ((mode & kZRKShowStroke) != 0)
+        drawing_->StrokeShape(record_);
+    if ((mode & kZRKShowClip) != 0)
+        AddToClip();
 }
 
 // A chain may be as long as the document.
+void TextShow::TakeBytes(size_t bytes)
+{
+    drawing_->Budget().Take(bytes);
+    chainBytes_ += bytes;
+}
+
 void TextShow::AddToClip()
 {
-    const size_t bytes = record_.verbs.size() * sizeof(Verb) + record_.points.size() * sizeof(Point);
-    drawing_->Budget().Take(bytes);
-    clipBytes_ += bytes;
+    TakeBytes(record_.verbs.size() * sizeof(Verb) + record_.points.size() * sizeof(Point));
     clip_.verbs.insert(clip_.verbs.end(), record_.verbs.begin(), record_.verbs.end());
     clip_.points.insert(clip_.points.end(), record_.points.begin(), record_.points.end());
+}
+
+void TextShow::ClipToChain()
+{
+    drawing_->ClipToShape(clip_);
+    clip_ = {};
+    drawing_->Budget().Give(std::exchange(chainBytes_, 0));
+}
+
+// Records of one font and one matrix are one run: text that is placed character by character is still a line.
+void TextShow::BeginRun(const TextFont *font, const Matrix &matrix, bool isColumn, int32_t mode)
+{
+    if (!runs_.empty()) {
+        const GlyphRun &last = runs_.back();
+        const bool isSame = last.font == font && last.matrix == matrix && last.isColumn == isColumn;
+        if (isSame && last.glyphs.size() < kMaxRunGlyphs)
+            return;
+        if ((mode & kZRKShowClip) == 0)
+            ShowRuns(mode);
+    }
+    TakeBytes(sizeof(GlyphRun));
+    runs_.push_back({font, matrix, isColumn, {}});
+}
+
+void TextShow::AddToRun(const Glyph &glyph)
+{
+    if (glyph.character == 0)
+        return;
+    TakeBytes(sizeof(PlacedGlyph));
+    runs_.back().glyphs.push_back({glyph.glyph, glyph.character, glyph.advance, end_});
+}
+
+void TextShow::ShowRuns(int32_t mode)
+{
+    if (runs_.empty())
+        return;
+    std::erase_if(runs_, [](const GlyphRun &run) { return run.glyphs.empty(); });
+    if (!runs_.empty())
+        drawing_->ShowText(runs_, mode);
+    else if ((mode & kZRKShowClip) != 0)
+        drawing_->ClipToShape({});
+    runs_.clear();
+    drawing_->Budget().Give(std::exchange(chainBytes_, 0));
 }
 
 void TextShow::Place(const ZRKTextRecord &record)
@@ -111,13 +191,18 @@ void TextShow::Move(Point byUser)
     end_ = {end_.x + by.x, end_.y + by.y};
 }
 
-void TextShow::BuildRecord(const ZRKTextRecord &record)
+void TextShow::BuildRecord(const ZRKTextRecord &record, const TextFont *font, int32_t mode)
 {
     record_.Clear();
     Place(record);
     const Matrix glyph = UprightMatrix(record);
     const Spacing spacing = SpacingOf(record);
     const bool isUpright = (record.placement & kZRKUprightInColumn) != 0;
+    const Matrix toPage = WithoutTranslation(Product(glyph, drawing_->UserToPage()));
+    if (font != nullptr)
+        BeginRun(font, toPage, isUpright, mode);
+    else
+        ShowRuns(mode);
     // Text goes on along the baseline, or down the column.
     const Point direction = isUpright ? Point{-glyph.c, -glyph.d} : Point{glyph.a, glyph.b};
     std::span<const uint8_t> text(record.text, static_cast<size_t>(std::max(record.length, 0)));
@@ -125,12 +210,16 @@ void TextShow::BuildRecord(const ZRKTextRecord &record)
         if (text.front() == kSpace)
             Move(spacing.word);
         const Glyph next = glyphs_->Next(text, isUpright);
-        if (next.outline != nullptr)
-            AddOutline(*next.outline, Product(glyph, drawing_->UserToPage()));
+        if (font != nullptr)
+            AddToRun(next);
+        else if (next.outline != nullptr)
+            AddOutline(*next.outline, toPage);
         Move({direction.x * next.advance, direction.y * next.advance});
         Move(spacing.character);
         text = text.subspan(std::min(next.bytes, text.size()));
     }
+    if (font == nullptr)
+        ShowShape(mode);
 }
 
 void TextShow::AddOutline(const Path &outline, Matrix toPage)

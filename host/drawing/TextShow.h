@@ -1,4 +1,5 @@
-// Shows chains of text records: characters from a glyph source, placed, then painted as shapes.
+// Shows chains of text records: characters from a glyph source, placed, then handed to the device as runs of glyphs,
+// where it can set their font, and else as shapes.
 //
 // Owns the point where the previous text ended. It lies on the page and is no part of the graphics state.
 #pragma once
@@ -7,6 +8,8 @@
 #include "host/drawing/GlyphSource.h"
 
 #include <vx/TextRecord.h>
+
+#include <vector>
 
 namespace vxhost
 {
@@ -20,18 +23,27 @@ class TextShow
     void Show(const ZRKTextRecord *first, int32_t mode);
 
   private:
+    const TextFont *FindFontToShow(const char *name) const;
+    bool CanShowAll(const ZRKTextRecord *first) const;
     void Place(const ZRKTextRecord &record);
-    void BuildRecord(const ZRKTextRecord &record);
+    void BuildRecord(const ZRKTextRecord &record, const TextFont *font, int32_t mode);
     void AddOutline(const Path &outline, Matrix toPage);
+    void BeginRun(const TextFont *font, const Matrix &matrix, bool isColumn, int32_t mode);
+    void AddToRun(const Glyph &glyph);
+    void ShowRuns(int32_t mode);
+    void ShowShape(int32_t mode);
     void AddToClip();
+    void ClipToChain();
+    void TakeBytes(size_t bytes);
     void Move(Point byUser);
 
     Drawing *drawing_;
     GlyphSource *glyphs_;
-    Point end_;   // of the previous text, on the page
-    Path record_; // of the record being shown; keeps its storage
-    Path clip_;   // of the chain so far
-    size_t clipBytes_ = 0;
+    Point end_;                  // of the previous text, on the page
+    Path record_;                // of the record being shown; keeps its storage
+    Path clip_;                  // of the chain so far
+    std::vector<GlyphRun> runs_; // not yet shown: one, or all of a chain that clips
+    size_t chainBytes_ = 0;      // that the runs and the clip have taken of the budget
 };
 
 } // namespace vxhost

@@ -169,16 +169,29 @@ int32_t DocumentFonts::CharWidth(int16_t number, int16_t character) const
     return (*detail.widths)[static_cast<uint8_t>(character)];
 }
 
+const TextFont *DocumentFonts::TextFontOf(int32_t index) const
+{
+    const Detail &detail = details_[static_cast<size_t>(index)];
+    if (detail.textFont == nullptr && FileOf(index) != nullptr) {
+        const Entry &entry = At(index);
+        detail.textFont = std::make_unique<TextFont>(TextFont{
+            detail.asked.empty() ? entry.postScriptName : detail.asked,
+            entry.servedBy.empty() ? entry.postScriptName : entry.servedBy, entry.file, entry.faceIndex});
+    }
+    return detail.textFont.get();
+}
+
 FontUse DocumentFonts::Describe(int32_t index) const
 {
     const Entry &entry = At(index);
     const Detail &detail = details_[static_cast<size_t>(index)];
+    const TextFont *font = TextFontOf(index);
     FontUse use;
     use.asked = detail.asked.empty() ? entry.postScriptName : detail.asked;
-    if (FileOf(index) == nullptr)
+    if (font == nullptr)
         return use;
-    use.served = entry.servedBy.empty() ? entry.postScriptName : entry.servedBy;
-    use.file = entry.file;
+    use.served = font->served;
+    use.file = font->file;
     use.match = entry.servedBy.empty() ? FontMatch::Exact
                 : entry.isSubstitute   ? FontMatch::Substitute
                                        : FontMatch::StandIn;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "host/Outcome.h"
+#include "host/drawing/GlyphRun.h"
 #include "host/fonts/CharWidths.h"
 #include "host/fonts/FontFile.h"
 #include "host/fonts/FontList.h"
@@ -41,7 +42,8 @@ class DocumentFonts final : public FontList
     int32_t Find(std::string_view postScriptName) const; // -1: not in the list
     bool HasFor(std::string_view asked) const;           // whatever its suffixes
     TextEncoding EncodingOf(int32_t index) const { return details_[static_cast<size_t>(index)].encoding; }
-    const FontFile *FileOf(int32_t index) const; // null: boxes
+    const FontFile *FileOf(int32_t index) const;     // null: boxes
+    const TextFont *TextFontOf(int32_t index) const; // null: boxes; the same object each time
     // Asked, served, file and match; nothing counted yet.
     FontUse Describe(int32_t index) const;
 
@@ -51,6 +53,7 @@ class DocumentFonts final : public FontList
         std::string asked; // as the document writes it; empty: as the entry is named
         mutable std::unique_ptr<CharWidths> widths;
         mutable std::unique_ptr<FontFile> file;
+        mutable std::unique_ptr<TextFont> textFont;
         mutable bool isFileOpened = false;
     };
 

@@ -67,6 +67,12 @@ Path BoxOutline(double width)
 
 } // namespace
 
+const TextFont *DocumentGlyphs::FindFont(std::string_view fontName) const
+{
+    const int32_t font = fonts_->Find(fontName);
+    return font < 0 ? nullptr : fonts_->TextFontOf(font);
+}
+
 void DocumentGlyphs::BeginString(std::string_view fontName)
 {
     font_ = fonts_->Find(fontName);
@@ -97,6 +103,8 @@ Glyph DocumentGlyphs::Next(std::span<const uint8_t> text, bool isUpright)
                     : font_ < 0 ? kBoxFontWidth / kOneEm
                                 : fonts_->CharWidth(static_cast<int16_t>(font_), byte) / kOneEm;
     const CachedGlyph &cached = FindGlyph(decoded.character, isUpright || decoded.isVerticalForm, isWide);
+    glyph.glyph = cached.glyph;
+    glyph.character = decoded.character;
     if (cached.isMissing)
         ++uses_[use_].missingGlyphs;
     if (!cached.outline.IsEmpty())
@@ -131,9 +139,9 @@ DocumentGlyphs::CachedGlyph DocumentGlyphs::MakeGlyph(char32_t character, bool i
             glyph.outline = BoxOutline(isWide ? 1 : kBoxFontWidth / kOneEm);
         return glyph;
     }
-    const uint32_t found = FindInFile(*file, character, isUpright);
-    glyph.isMissing = found == 0;
-    glyph.outline = file->Outline(found);
+    glyph.glyph = FindInFile(*file, character, isUpright);
+    glyph.isMissing = glyph.glyph == 0;
+    glyph.outline = file->Outline(glyph.glyph);
     return glyph;
 }
 

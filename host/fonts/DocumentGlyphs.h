@@ -21,6 +21,7 @@ class DocumentGlyphs final : public GlyphSource
     // The fonts must outlive this object.
     explicit DocumentGlyphs(const DocumentFonts *fonts) : fonts_(fonts) {}
 
+    const TextFont *FindFont(std::string_view fontName) const override;
     void BeginString(std::string_view fontName) override;
     Glyph Next(std::span<const uint8_t> text, bool isUpright) override;
     std::vector<FontUse> FontsUsed() const override { return uses_; }
@@ -28,6 +29,7 @@ class DocumentGlyphs final : public GlyphSource
   private:
     struct CachedGlyph {
         Path outline;
+        uint32_t glyph = 0;
         bool isMissing = false;
     };
 

@@ -7,6 +7,7 @@
 #include "host/drawing/Device.h"
 
 #include <functional>
+#include <span>
 #include <sstream>
 #include <string>
 
@@ -19,6 +20,7 @@ class RecordingDevice final : public vxhost::Device
     std::string calls;             // joined with "; "
     std::function<void()> onPaint; // before each fill and stroke is written down
     std::string endPageError;
+    std::string canShow; // the font, as it is asked for, that it sets itself
 
     void BeginPage(const vxhost::Page &page) override
     {
@@ -39,6 +41,24 @@ class RecordingDevice final : public vxhost::Device
         if (onPaint)
             onPaint();
         Add("stroke" + Text(path) + Text(style) + Text(paint));
+    }
+    bool CanShow(const vxhost::TextFont &font) override { return font.asked == canShow; }
+    // text fill stroke clip Served 10 0 0 10 column 50@100,50+0.2 51@102,50+0.3 width 2
+    void ShowText(std::span<const vxhost::GlyphRun> runs, const vxhost::TextPaint &how) override
+    {
+        std::string text = "text";
+        text += std::string(how.fills ? " fill" : "") + (how.strokes ? " stroke" : "") +
+                (how.clips ? " clip" : "");
+        for (const vxhost::GlyphRun &run : runs) {
+            text += " " + run.font->served;
+            for (const double value : {run.matrix.a, run.matrix.b, run.matrix.c, run.matrix.d})
+                text += " " + Number(value);
+            text += run.isColumn ? " column" : "";
+            for (const vxhost::PlacedGlyph &glyph : run.glyphs)
+                text += " " + std::to_string(glyph.glyph) + "@" + Number(glyph.origin.x) + "," +
+                        Number(glyph.origin.y) + "+" + Number(glyph.advance);
+        }
+        Add(text + (how.strokes ? Text(how.style) : "") + Text(how.paint));
     }
     std::string EndPage() override
     {

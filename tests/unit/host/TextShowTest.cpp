@@ -24,12 +24,18 @@ class FakeGlyphs final : public GlyphSource
   public:
     std::string strings; // the fonts of the strings begun
 
+    const TextFont *FindFont(std::string_view fontName) const override
+    {
+        return fontName == font_.asked ? &font_ : nullptr;
+    }
     void BeginString(std::string_view fontName) override { strings += std::string(fontName) + ";"; }
     Glyph Next(std::span<const uint8_t> text, bool isUpright) override
     {
         const uint8_t byte = text.front();
         Glyph glyph;
         glyph.bytes = byte >= 0x80 ? 2 : 1;
+        glyph.glyph = byte + (isUpright ? 1000U : 0U);
+        glyph.character = byte;
         glyph.advance = byte >= 0x80 ? 1 : byte == ' ' ? 0.5 : (byte - '0') / 10.0;
         outline_.verbs = {Verb::Move, Verb::Line, Verb::Line, Verb::Close};
         outline_.points = {{0, 0}, {isUpright ? 0.3 : 0.1, 0}, {0, 0.2}};
@@ -39,6 +45,7 @@ class FakeGlyphs final : public GlyphSource
     std::vector<FontUse> FontsUsed() const override { return {}; }
 
   private:
+    TextFont font_ = {"Fake", "Served", "fake.otf", 0};
     Path outline_;
 };
 
@@ -237,6 +244,82 @@ TEST(TextShowMemory, AClipIsBounded)
     record.length = 100;
     record.placement = kZRKPlaceAt;
     EXPECT_THROW(show.Show(&record, kZRKShowClip), BudgetSpent);
+}
+
+// A device that sets text itself.
+class GlyphRunTest : public TextShowTest
+{
+  protected:
+    GlyphRunTest() { device_.canShow = "Fake"; }
+};
+
+TEST_F(GlyphRunTest, GetsGlyphsWithTheirPlacesAndWidths)
+{
+    Add("2 4", 100, 50, kZRKPlaceAt);
+    EXPECT_EQ(Show(kZRKShowFill), "text fill Served 10 0 0 10 50@100,50+0.2 32@102,50+0.5 52@107,50+0.4");
+}
+
+TEST_F(GlyphRunTest, RecordsOfOneFontAndMatrixAreOneRun)
+{
+    Add("2", 100, 50, kZRKPlaceAt);
+    Add("3", 7, 0, kZRKMoveBy);
+    Add("4", 0, 0, kZRKContinue).a = 20 * kOne;
+    EXPECT_EQ(Show(kZRKShowFill), "text fill Served 10 0 0 10 50@100,50+0.2 51@109,50+0.3; "
+                                  "text fill Served 20 0 0 10 52@112,50+0.4");
+}
+
+TEST_F(GlyphRunTest, UprightCharactersAreARunOfAColumn)
+{
+    Add("5", 100, 50, kZRKPlaceAt | kZRKUprightInColumn);
+    EXPECT_EQ(Show(kZRKShowFill), "text fill Served 10 0 0 10 column 1053@100,50+0.5");
+}
+
+TEST_F(GlyphRunTest, StrokesHaveTheLineWidthOfThePage)
+{
+    drawing_.SetLineWidth(3);
+    drawing_.SetGray(0.5);
+    Add("2", 100, 50, kZRKPlaceAt);
+    EXPECT_EQ(Show(kZRKShowFill | kZRKShowStroke),
+              "text fill stroke Served 10 0 0 10 50@100,50+0.2 width 3 gray 0.5");
+}
+
+TEST_F(GlyphRunTest, AChainThatClipsComesAsAWhole)
+{
+    drawing_.Save();
+    Add("2", 100, 50, kZRKPlaceAt);
+    Add("3", 0, 0, kZRKContinue).a = 20 * kOne;
+    EXPECT_EQ(Show(kZRKShowClip),
+              "save; text clip Served 10 0 0 10 50@100,50+0.2 Served 20 0 0 10 51@102,50+0.3");
+    drawing_.Restore();
+}
+
+TEST_F(GlyphRunTest, AChainThatClipsIsOfOneKind)
+{
+    Add("2", 100, 50, kZRKPlaceAt);
+    Add("3", 0, 0, kZRKContinue).fontName = "Other";
+    EXPECT_EQ(Show(kZRKShowClip), "clip M100 50 L101 50 L100 52 Z M102 50 L103 50 L102 52 Z");
+}
+
+TEST_F(GlyphRunTest, OtherFontsStayShapes)
+{
+    Add("2", 100, 50, kZRKPlaceAt);
+    Add("3", 0, 0, kZRKContinue).fontName = "Other";
+    EXPECT_EQ(Show(kZRKShowFill), "text fill Served 10 0 0 10 50@100,50+0.2; fill M102 50 L103 50 L102 52 Z");
+}
+
+TEST_F(GlyphRunTest, AnEmptyChainClipsEverything)
+{
+    EXPECT_EQ(Show(kZRKShowClip), "clip");
+    Add("", 1, 1, kZRKPlaceAt);
+    EXPECT_EQ(Show(kZRKShowClip), "clip");
+}
+
+TEST_F(GlyphRunTest, WithoutAModeItOnlyMoves)
+{
+    Add("2", 100, 50, kZRKPlaceAt);
+    EXPECT_EQ(Show(0), "");
+    Add("3", 0, 0, kZRKContinue);
+    EXPECT_EQ(Show(kZRKShowFill), "text fill Served 10 0 0 10 51@102,50+0.3");
 }
 
 } // namespace

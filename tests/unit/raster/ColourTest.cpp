@@ -1,7 +1,7 @@
 // From inks to the screen: plain arithmetic, the built-in profile, profiles from files, backgrounds.
 #include "tests/unit/raster/Canvas.h"
 
-#include "devices/raster/Fogra39.h"
+#include "devices/colour/Fogra39.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,21 +1,21 @@
 // From ink to the colours of a screen.
 #pragma once
 
-#include "devices/raster/InkBuffer.h"
-#include "devices/raster/RasterOptions.h"
+#include "devices/colour/Inks.h"
+#include "devices/colour/ScreenOptions.h"
 
 #include <memory>
 #include <string>
 #include <vector>
 
-namespace vxhost::raster
+namespace vxhost
 {
 
 class ScreenColours
 {
   public:
     // Null when the profile of the options cannot be used; error says why.
-    static std::unique_ptr<ScreenColours> Make(const RasterOptions &options, std::string *error);
+    static std::unique_ptr<ScreenColours> Make(const ScreenOptions &options, std::string *error);
     virtual ~ScreenColours() = default;
 
     // The profile and the intent, for a person.
@@ -43,4 +43,4 @@ class ScreenColours
     std::vector<Known> cache_;
 };
 
-} // namespace vxhost::raster
+} // namespace vxhost

@@ -1,5 +1,5 @@
 // The assembler takes the file in as it is; the build names it.
-#include "devices/raster/Fogra39.h"
+#include "devices/colour/Fogra39.h"
 
 asm(".section .rodata\n"
     ".balign 16\n"

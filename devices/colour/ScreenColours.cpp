@@ -2,13 +2,13 @@
 // more than most documents have colours. Samples are converted before they are averaged, since a mixture of
 // inks is lighter than a mixture of colours and would show as a fringe between black outlines and coloured
 // areas.
-#include "devices/raster/ScreenColours.h"
+#include "devices/colour/ScreenColours.h"
 
-#include "devices/raster/Fogra39.h"
+#include "devices/colour/Fogra39.h"
 
 #include <lcms2.h>
 
-namespace vxhost::raster
+namespace vxhost
 {
 
 namespace
@@ -56,7 +56,7 @@ using Transform = std::unique_ptr<void, TransformCloser>;
 class ProfileColours final : public ScreenColours
 {
   public:
-    static std::unique_ptr<ScreenColours> Make(const RasterOptions &options, std::string *error)
+    static std::unique_ptr<ScreenColours> Make(const ScreenOptions &options, std::string *error)
     {
         auto made = std::make_unique<ProfileColours>();
         made->context_.reset(cmsCreateContext(nullptr, nullptr));
@@ -125,11 +125,11 @@ class ProfileColours final : public ScreenColours
 
 } // namespace
 
-std::unique_ptr<ScreenColours> ScreenColours::Make(const RasterOptions &options, std::string *error)
+std::unique_ptr<ScreenColours> ScreenColours::Make(const ScreenOptions &options, std::string *error)
 {
     if (options.profile == "none")
         return std::make_unique<PlainColours>();
     return ProfileColours::Make(options, error);
 }
 
-} // namespace vxhost::raster
+} // namespace vxhost

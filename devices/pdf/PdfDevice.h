@@ -1,0 +1,32 @@
+// Press-ready PDF: the document's own gray and CMYK numbers, overprint, text in embedded fonts.
+#pragma once
+
+#include "devices/OutputOptions.h"
+#include "devices/colour/ScreenOptions.h"
+#include "host/ByteSink.h"
+#include "host/drawing/Device.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace vxhost
+{
+
+enum class PdfX : uint8_t { None, X1a, X3 };
+
+struct PdfOptions {
+    std::optional<Rgb> background; // none: the paper
+    TextOutput text = TextOutput::Text;
+    PdfX standard = PdfX::None;
+    std::string profile = "fogra39"; // output intent of PDF/X: that name, or an ICC file of a CMYK press
+    std::optional<int64_t> date;     // seconds since 1970: of creation, instead of the document's own
+    bool compress = true;
+};
+
+// Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has
+// returned an empty string.
+std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, std::string *error);
+
+} // namespace vxhost

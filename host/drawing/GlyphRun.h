@@ -1,0 +1,44 @@
+// Text as a device receives it that sets text itself: which glyphs of which font, and where each stands.
+#pragma once
+
+#include "host/drawing/Paint.h"
+#include "host/drawing/Path.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vxhost
+{
+
+// A font that serves a document. Lives as long as the parse and is the same object for the same name asked for.
+struct TextFont {
+    std::string asked;  // as the document names it, without "/" and "_"
+    std::string served; // PostScript name of the font in file
+    std::string file;
+    int faceIndex = 0; // the face in its file, plus 65536 times the named variation
+};
+
+struct PlacedGlyph {
+    uint32_t glyph = 0;     // of the font; 0 is the one that says "missing"
+    char32_t character = 0; // that it stands for
+    double advance = 0;     // ems, along the line or down the column, spacing not counted
+    Point origin;           // of the glyph, the left end of its baseline, on the page; in a column as well
+};
+
+// Characters of one font and one size, in reading order.
+struct GlyphRun {
+    const TextFont *font = nullptr;
+    Matrix matrix;         // ems, y up, to the page; its translation is 0
+    bool isColumn = false; // upright glyphs, one below the other
+    std::vector<PlacedGlyph> glyphs;
+};
+
+// How text is painted: filled, then stroked, then made part of the clip, as far as asked for.
+struct TextPaint {
+    bool fills = false, strokes = false, clips = false;
+    Paint paint;
+    StrokeStyle style; // of a stroke; in the page's space, not the glyphs'
+};
+
+} // namespace vxhost
