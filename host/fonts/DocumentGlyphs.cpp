@@ -11,6 +11,7 @@ namespace
 {
 
 constexpr double kOneEm = 65536;
+constexpr char32_t kUnknownCharacter = 0xFFFD;
 constexpr uint8_t kFirstVisible = 0x20;
 constexpr uint8_t kDelete = 0x7F;
 constexpr size_t kMaxUses = 1024;
@@ -104,7 +105,7 @@ Glyph DocumentGlyphs::Next(std::span<const uint8_t> text, bool isUpright)
                                 : fonts_->CharWidth(static_cast<int16_t>(font_), byte) / kOneEm;
     const CachedGlyph &cached = FindGlyph(decoded.character, isUpright || decoded.isVerticalForm, isWide);
     glyph.glyph = cached.glyph;
-    glyph.character = decoded.character;
+    glyph.character = decoded.character != 0 ? decoded.character : kUnknownCharacter;
     if (cached.isMissing)
         ++uses_[use_].missingGlyphs;
     if (!cached.outline.IsEmpty())
