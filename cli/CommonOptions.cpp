@@ -19,6 +19,22 @@ constexpr const char *kGroup = "Options of every command";
 constexpr double kMaxSeconds = 1e9;
 constexpr int64_t kLeastMemory = int64_t{1} << 20;
 
+std::optional<Script> ReadScript(const std::string &text)
+{
+    constexpr std::pair<std::string_view, Script> kScripts[] = {{"roman", Script::Roman},
+                                                                {"japanese", Script::Japanese},
+                                                                {"chinese", Script::TraditionalChinese},
+                                                                {"korean", Script::Korean}};
+    for (const auto &[name, script] : kScripts) {
+        if (text == name)
+            return script;
+    }
+    if (text != "auto")
+        throw UsageError(
+            fmt::format("--script {}: not known: give one of auto, roman, japanese, chinese, korean", text));
+    return std::nullopt;
+}
+
 } // namespace
 
 void CommonOptionReader::AddTo(CLI::App *command)
@@ -41,6 +57,8 @@ void CommonOptionReader::AddTo(CLI::App *command)
     command->add_flag("--no-system-fonts", noSystemFonts_, "only the fonts of --font-dir")->group(kGroup);
     add("--missing-fonts", &missingFonts_, "HOW",
         "substitute, or fail where a document needs a font that is not there (substitute)");
+    add("--script", &script_, "SCRIPT",
+        "of text whose font does not say it: auto, roman, japanese, chinese or korean (auto)");
     command->add_flag("--strict", strict_, "warnings give exit status 3")->group(kGroup);
     command->add_flag("-q,--quiet", quiet_, "no warnings")->group(kGroup);
     command->add_flag("-v,--verbose", verbose_, "tell more")->group(kGroup);
@@ -69,6 +87,7 @@ CommonOptions CommonOptionReader::Read(bool needsInput) const
     options.limits.memory = *memory;
 
     options.fonts = ReadFontChoice();
+    options.script = ReadScript(script_);
     if (quiet_ && verbose_)
         throw UsageError("-q and -v: give one of them");
     options.verbosity = quiet_ ? Verbosity::Quiet : verbose_ ? Verbosity::Detailed : Verbosity::Normal;

@@ -4,7 +4,9 @@
 #include "cli/FontChoice.h"
 #include "cli/Messages.h"
 #include "cli/Worker.h"
+#include "host/fonts/TextEncoding.h"
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -27,6 +29,7 @@ struct CommonOptions {
     std::vector<std::string> inputs; // "-" is standard input
     std::string plugin;              // empty: the one beside the program
     FontChoice fonts;
+    std::optional<Script> script; // of text whose font does not say it; none: as the fonts suggest
     WorkerLimits limits;
     Verbosity verbosity = Verbosity::Normal;
     bool showProgress = false;
@@ -51,6 +54,7 @@ class CommonOptionReader
     std::vector<std::string> fontDirectories_;
     std::string fontMap_;
     std::string missingFonts_ = "substitute";
+    std::string script_ = "auto";
     std::string maxTime_;
     std::string maxMemory_ = "1G";
     std::string progress_ = "auto";

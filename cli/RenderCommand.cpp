@@ -33,10 +33,9 @@ bool FindPage(const RenderOptions &options, Finding *finding, Page *page)
     return finding->limitError.empty();
 }
 
-void Render(const RenderOptions &options, const Plugin &plugin, const Document &document, ParseOptions parse,
-            int descriptor, Finding *finding)
+void Render(const RenderOptions &options, const Plugin &plugin, const Document &document,
+            const ParseOptions &parse, int descriptor, Finding *finding)
 {
-    parse.systemScript = options.script;
     finding->outcome = plugin.ReadInfo(document, parse);
     Page page;
     if (finding->outcome.result != kVXOk || !FindPage(options, finding, &page))

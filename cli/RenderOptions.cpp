@@ -118,7 +118,6 @@ RenderOptionReader::RenderOptionReader(CLI::App *command) : common_("60")
     add("--intent", &intent_, "INTENT", "relative (with black point compensation) or perceptual (relative)");
     add("--overprint", &overprint_, "HOW", "simulate or ignore (simulate)");
     add("--samples", &samples_, "N", "samples a pixel, each way: 1, 2, 4 or 8 (4)");
-    add("--script", &script_, "SCRIPT", "auto, roman, japanese, chinese or korean (auto)");
 
     // Not in the help as long as they are not in the program.
     add("--text", &text_, "HOW", "")->group("");
@@ -143,8 +142,6 @@ RenderOptions RenderOptionReader::Read() const
     RefuseWhatIsToCome();
     options.raster = ReadRaster();
     options.box = ReadShownBox(box_);
-    options.script = Choose<int32_t>(
-        "--script", script_, {{"auto", 0}, {"roman", 0}, {"japanese", 1}, {"chinese", 2}, {"korean", 3}});
     return options;
 }
 

@@ -17,7 +17,6 @@ struct RenderOptions {
     std::vector<std::string> outputs; // one for each input
     RasterOptions raster;
     std::optional<Box> box; // as it is to be shown; without it the header's
-    int32_t script = 0;
 };
 
 class RenderOptionReader
@@ -38,7 +37,6 @@ class RenderOptionReader
     std::string dpi_, zoom_, width_, height_, fit_;
     std::string background_ = "white", box_ = "bbox";
     std::string profile_ = "fogra39", intent_ = "relative", overprint_ = "simulate", samples_ = "4";
-    std::string script_ = "auto";
     // Known, so that asking for them is told apart from a slip; not in this version.
     std::string text_ = "text";
     std::string pdfX_ = "none";

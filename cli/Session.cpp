@@ -82,12 +82,21 @@ std::string WithoutFullStop(std::string text)
     return text;
 }
 
-std::vector<std::string> Warnings(const Outcome &outcome, const std::string &input)
+constexpr int kFontProblem = 5; // of the reports
+
+// What ended the document is an error, and told as that.
+std::vector<std::string> Warnings(const Finding &finding, const std::string &input)
 {
+    const Outcome &outcome = finding.outcome;
+    const bool isGivenUp = !finding.lackedFont.empty();
     std::vector<std::string> warnings;
-    for (const Report &report : outcome.reports)
-        warnings.push_back(WithoutFullStop(report.message.empty() ? report.title : report.message));
+    for (const Report &report : outcome.reports) {
+        if (!isGivenUp || report.number != kFontProblem)
+            warnings.push_back(WithoutFullStop(report.message.empty() ? report.title : report.message));
+    }
     for (const FontUse &font : outcome.fonts) {
+        if (isGivenUp && font.match == FontMatch::Missing)
+            continue;
         if (font.match == FontMatch::Substitute)
             warnings.push_back(
                 fmt::format("no font \"{}\", drawn with \"{}\": install it, or see vx fonts {}", font.asked,
@@ -117,8 +126,6 @@ void CheckServed(const FontChoice &choice, const FontList &fonts)
                                          font, asked));
     }
 }
-
-constexpr int kFontProblem = 5; // of the reports
 
 // The first font that the document's text asked for and nothing of that name serves.
 std::string FindLackedFont(const DocumentFontOptions &options, const DocumentFonts &fonts)
@@ -215,6 +222,7 @@ DocumentFontOptions Session::FontOptionsFor(const Document &document, const Head
         (void)AddAskedFont(name, &options.asked); // full is full
     options.served = options_.fonts.served;
     options.substitute = options_.fonts.substitute;
+    options.systemScript = options_.script;
     options.isCodePage1252 = header.version == kWindowsVersion;
     return options;
 }
@@ -230,6 +238,7 @@ WorkerTask Session::TaskFor(const Document &document, const Work &work) const
         ParseOptions parse;
         parse.fonts = &fonts;
         parse.glyphs = &glyphs;
+        parse.systemScript = static_cast<int32_t>(fonts.SystemScript());
         const int64_t limit =
             options_.limits.memory; // one bound for both: together they stay under the worker's own
         parse.maxHeap = parse.maxDrawing = limit > 0 ? limit : std::numeric_limits<int64_t>::max();
@@ -247,7 +256,7 @@ WorkerTask Session::TaskFor(const Document &document, const Work &work) const
 Verdict Session::Judge(const std::string &input, const Purpose &purpose, size_t size, Finding finding)
 {
     const Outcome &outcome = finding.outcome;
-    const std::vector<std::string> warnings = Warnings(outcome, input);
+    const std::vector<std::string> warnings = Warnings(finding, input);
     for (const std::string &warning : warnings)
         messages_->Warning(InputName(input), warning);
 

@@ -1,6 +1,9 @@
 #include "host/drawing/TextShow.h"
 
 #include <algorithm>
+#include <cmath>
+#include <functional>
+#include <string>
 #include <utility>
 
 namespace vxhost
@@ -11,6 +14,8 @@ namespace
 
 constexpr uint8_t kSpace = ' ';
 constexpr int32_t kPlacements = kZRKPlaceAt | kZRKMoveBy;
+constexpr size_t kMaxPainted = 1024;   // strings of one text object that also clip; real ones have a few
+constexpr double kSamePlace = 0.05;    // points; places are summed up in two ways
 constexpr size_t kMaxRunGlyphs = 1024; // devices stream: a run need not be longer than a line
 
 constexpr double FromFixed(Fixed value)
@@ -74,15 +79,42 @@ void TextShow::Show(const ZRKTextRecord *first, int32_t mode)
         // The records of one string share the name.
         if (record->fontName != name) {
             name = record->fontName;
-            glyphs_->BeginString(name);
+            glyphs_->BeginString(name, IsNewString(*record, mode));
             font = showsShapes ? nullptr : FindFontToShow(name);
         }
         BuildRecord(*record, font, mode);
     }
+    if (clips)
+        painted_.clear();
     if (!clips || !runs_.empty())
         ShowRuns(mode);
     else
         ClipToChain();
+}
+
+// Text may be painted, and then be part of the clip that its object ends with: one string, shown twice.
+bool TextShow::IsNewString(const ZRKTextRecord &first, int32_t mode)
+{
+    std::string text = first.fontName;
+    for (const ZRKTextRecord *record = &first; record != nullptr && record->fontName == first.fontName;
+         record = record->next)
+        text.append(reinterpret_cast<const char *>(record->text),
+                    static_cast<size_t>(std::max(record->length, 0)));
+    const PaintedString string = {std::hash<std::string>()(text), PlaceOf(first)};
+    if ((mode & kZRKShowClip) == 0) {
+        if (painted_.size() == kMaxPainted)
+            painted_.pop_front();
+        painted_.push_back(string);
+        return true;
+    }
+    const auto found = std::ranges::find_if(painted_, [&](const PaintedString &each) {
+        return each.hash == string.hash && std::abs(each.place.x - string.place.x) < kSamePlace &&
+               std::abs(each.place.y - string.place.y) < kSamePlace;
+    });
+    if (found == painted_.end())
+        return true;
+    painted_.erase(found);
+    return false;
 }
 
 const TextFont *TextShow::FindFontToShow(const char *name) const
@@ -170,18 +202,18 @@ void TextShow::ShowRuns(int32_t mode)
     drawing_->Budget().Give(std::exchange(chainBytes_, 0));
 }
 
-void TextShow::Place(const ZRKTextRecord &record)
+Point TextShow::PlaceOf(const ZRKTextRecord &record) const
 {
     const Point at = {FromFixed(record.x), FromFixed(record.y)};
     switch (record.placement & kPlacements) {
     case kZRKPlaceAt:
-        end_ = drawing_->UserToPage().Map(at);
-        break;
-    case kZRKMoveBy:
-        Move(at);
-        break;
+        return drawing_->UserToPage().Map(at);
+    case kZRKMoveBy: {
+        const Point by = MapVector(drawing_->UserToPage(), at);
+        return {end_.x + by.x, end_.y + by.y};
+    }
     default:
-        break;
+        return end_;
     }
 }
 
@@ -194,7 +226,7 @@ void TextShow::Move(Point byUser)
 void TextShow::BuildRecord(const ZRKTextRecord &record, const TextFont *font, int32_t mode)
 {
     record_.Clear();
-    Place(record);
+    end_ = PlaceOf(record);
     const Matrix glyph = UprightMatrix(record);
     const Spacing spacing = SpacingOf(record);
     const bool isUpright = (record.placement & kZRKUprightInColumn) != 0;

@@ -9,6 +9,7 @@
 
 #include <vx/TextRecord.h>
 
+#include <deque>
 #include <vector>
 
 namespace vxhost
@@ -25,7 +26,8 @@ class TextShow
   private:
     const TextFont *FindFontToShow(const char *name) const;
     bool CanShowAll(const ZRKTextRecord *first) const;
-    void Place(const ZRKTextRecord &record);
+    Point PlaceOf(const ZRKTextRecord &record) const;
+    bool IsNewString(const ZRKTextRecord &first, int32_t mode);
     void BuildRecord(const ZRKTextRecord &record, const TextFont *font, int32_t mode);
     void AddOutline(const Path &outline, Matrix toPage);
     void BeginRun(const TextFont *font, const Matrix &matrix, bool isColumn, int32_t mode);
@@ -37,13 +39,20 @@ class TextShow
     void TakeBytes(size_t bytes);
     void Move(Point byUser);
 
+    // A string that was painted, which the chain that clips at the end of its text object may hold again.
+    struct PaintedString {
+        size_t hash;
+        Point place; // on the page
+    };
+
     Drawing *drawing_;
     GlyphSource *glyphs_;
-    Point end_;                  // of the previous text, on the page
-    Path record_;                // of the record being shown; keeps its storage
-    Path clip_;                  // of the chain so far
-    std::vector<GlyphRun> runs_; // not yet shown: one, or all of a chain that clips
-    size_t chainBytes_ = 0;      // that the runs and the clip have taken of the budget
+    Point end_;                         // of the previous text, on the page
+    Path record_;                       // of the record being shown; keeps its storage
+    Path clip_;                         // of the chain so far
+    std::vector<GlyphRun> runs_;        // not yet shown: one, or all of a chain that clips
+    size_t chainBytes_ = 0;             // that the runs and the clip have taken of the budget
+    std::deque<PaintedString> painted_; // the last ones since a chain clipped
 };
 
 } // namespace vxhost

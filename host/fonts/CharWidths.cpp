@@ -1,8 +1,8 @@
 #include "host/fonts/CharWidths.h"
 
-#include "host/fonts/FontFile.h"
 #include "host/fonts/FontNames.h"
-#include "host/fonts/MacRoman.h"
+#include "host/fonts/GlyphChoice.h"
+#include "host/fonts/NameTraits.h"
 
 namespace vxhost
 {
@@ -10,22 +10,38 @@ namespace vxhost
 namespace
 {
 
+constexpr int32_t kOneEm = 0x10000;
 constexpr uint8_t kFirstVisible = 0x20;
 constexpr uint8_t kDelete = 0x7F;
 
+// A character that no font of these signs goes without.
+constexpr char32_t kAlpha = 0x03B1;
+constexpr char32_t kScissors = 0x2702;
+
 } // namespace
 
-CharWidths ReadCharWidths(const std::string &file, int faceIndex)
+bool GoesByBytes(const FontFile &file, std::string_view postScriptName, TextEncoding encoding)
+{
+    if (SignsOfName(postScriptName) != encoding)
+        return false;
+    return file.FindGlyph(encoding == TextEncoding::Symbol ? kAlpha : kScissors) == 0;
+}
+
+CharWidths ReadCharWidths(const FontFile *file, TextEncoding encoding, bool goesByBytes)
 {
     CharWidths widths = {};
-    const std::unique_ptr<FontFile> font = FontFile::Open(file, faceIndex);
-    if (font == nullptr) {
-        widths.fill(kBoxFontWidth);
-        return widths;
-    }
-    for (size_t byte = kFirstVisible; byte < widths.size(); ++byte) {
-        if (byte != kDelete)
-            widths[byte] = font->Advance(font->FindGlyph(FromMacRoman(static_cast<uint8_t>(byte))));
+    for (size_t i = kFirstVisible; i < widths.size(); ++i) {
+        const auto byte = static_cast<uint8_t>(i);
+        if (byte == kDelete)
+            continue;
+        if (IsLeadByte(encoding, byte)) {
+            widths[i] = kOneEm;
+        } else if (file == nullptr) {
+            widths[i] = kBoxFontWidth;
+        } else {
+            const char32_t character = goesByBytes ? byte : DecodeCharacter(encoding, {&byte, 1}).character;
+            widths[i] = file->Advance(ChooseGlyph(*file, character));
+        }
     }
     return widths;
 }

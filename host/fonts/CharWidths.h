@@ -1,18 +1,25 @@
-// The widths of a font file's characters.
+// The widths of the bytes of text in one font.
 #pragma once
+
+#include "host/fonts/FontFile.h"
+#include "host/fonts/TextEncoding.h"
 
 #include <array>
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 namespace vxhost
 {
 
-// Of each byte of Roman text; ems, 16.16.
+// Of each byte; ems, 16.16.
 using CharWidths = std::array<int32_t, 256>;
 
-// A character that the font lacks is as wide as what is drawn for it; control characters have no width. A file that
-// cannot be read gives the width of a box for all.
-CharWidths ReadCharWidths(const std::string &file, int faceIndex);
+// Whether the file of the font of that PostScript name, whose text stands in the encoding, finds its glyphs by those
+// very bytes: the fonts of signs often do, and call them Latin letters.
+bool GoesByBytes(const FontFile &file, std::string_view postScriptName, TextEncoding encoding);
+
+// A character that the font lacks is as wide as what is drawn for it; control characters have no width, and a byte that
+// begins a character of two is an em wide. Null for file: boxes.
+CharWidths ReadCharWidths(const FontFile *file, TextEncoding encoding, bool goesByBytes);
 
 } // namespace vxhost

@@ -1,7 +1,6 @@
 #include "host/fonts/DocumentFonts.h"
 
 #include "host/fonts/FontMatcher.h"
-#include "host/fonts/FontNames.h"
 
 #include <optional>
 
@@ -11,14 +10,10 @@ namespace vxhost
 namespace
 {
 
-constexpr int32_t kOneEm = 0x10000;
-constexpr uint8_t kFirstVisible = 0x20;
-constexpr uint8_t kDelete = 0x7F;
-
 // A font that has several of the East Asian scripts says nothing, unless the system's own is among them.
-std::optional<Script> ScriptOfFont(const FontList::Entry &entry, Script systemScript)
+std::optional<Script> ScriptOfFont(const FontList::Entry &entry, std::optional<Script> systemScript)
 {
-    if (systemScript != Script::Roman && entry.HasScript(systemScript))
+    if (systemScript && (*systemScript == Script::Roman || entry.HasScript(*systemScript)))
         return systemScript;
     std::optional<Script> only;
     for (const Script script : {Script::Japanese, Script::TraditionalChinese, Script::Korean}) {
@@ -31,12 +26,17 @@ std::optional<Script> ScriptOfFont(const FontList::Entry &entry, Script systemSc
     return only;
 }
 
+const std::string &ServedName(const FontList::Entry &entry)
+{
+    return entry.servedBy.empty() ? entry.postScriptName : entry.servedBy;
+}
+
 // The font in one entry's file serves the name of another.
 void Serve(const FontList::Entry &from, FontList::Entry *entry)
 {
     entry->file = from.file;
     entry->faceIndex = from.faceIndex;
-    entry->servedBy = from.servedBy.empty() ? from.postScriptName : from.servedBy;
+    entry->servedBy = ServedName(from);
     entry->style = from.style;
     entry->scripts = from.scripts;
     entry->isSubstitute = true;
@@ -52,6 +52,7 @@ DocumentFonts::DocumentFonts(const FontList &installed, const DocumentFontOption
     AddAsked(installed, options);
     details_.resize(entries_.size());
     ChooseEncodings(options);
+    systemScript_ = FindSystemScript(options);
 }
 
 void DocumentFonts::IndexNames()
@@ -117,9 +118,28 @@ void DocumentFonts::ChooseEncodings(const DocumentFontOptions &options)
         if (!scripts[i])
             scripts[i] = ScriptOfFont(entries_[i], options.systemScript);
         const Script script = scripts[i].value_or(Script::Roman);
+        std::optional<TextEncoding> signs = SignsOfName(details_[i].asked);
+        if (!signs)
+            signs = SignsOfName(ServedName(entries_[i]));
         const bool isWindows = script == Script::Roman && options.isCodePage1252 && !isReencoded[i];
-        details_[i].encoding = isWindows ? TextEncoding::CodePage1252 : MacEncoding(script);
+        details_[i].encoding = signs ? *signs : isWindows ? TextEncoding::CodePage1252 : MacEncoding(script);
     }
+}
+
+// The system's script counts for the fonts that the document does not re-encode, so it is theirs.
+Script DocumentFonts::FindSystemScript(const DocumentFontOptions &options) const
+{
+    if (options.systemScript)
+        return *options.systemScript;
+    for (const AskedFont &asked : options.asked) {
+        const auto found = byBareName_.find(std::string(WithoutSuffixes(asked.name)));
+        if (asked.isReencoded || found == byBareName_.end())
+            continue;
+        const Script script = ScriptOf(EncodingOf(found->second));
+        if (script != Script::Roman)
+            return script;
+    }
+    return Script::Roman;
 }
 
 int32_t DocumentFonts::Find(std::string_view postScriptName) const
@@ -138,34 +158,26 @@ const FontFile *DocumentFonts::FileOf(int32_t index) const
     const Detail &detail = details_[static_cast<size_t>(index)];
     if (!detail.isFileOpened && !At(index).file.empty())
         detail.file = FontFile::Open(At(index).file, At(index).faceIndex);
+    if (!detail.isFileOpened && detail.file != nullptr)
+        detail.goesByBytes = vxhost::GoesByBytes(*detail.file, ServedName(At(index)), detail.encoding);
     detail.isFileOpened = true;
     return detail.file.get();
 }
 
-void DocumentFonts::MakeWidths(int32_t index) const
+bool DocumentFonts::GoesByBytes(int32_t index) const
 {
-    const Detail &detail = details_[static_cast<size_t>(index)];
-    const FontFile *file = FileOf(index);
-    detail.widths = std::make_unique<CharWidths>();
-    for (size_t i = kFirstVisible; i < detail.widths->size(); ++i) {
-        const auto byte = static_cast<uint8_t>(i);
-        int32_t &width = (*detail.widths)[i];
-        if (byte == kDelete)
-            continue;
-        if (IsLeadByte(detail.encoding, byte))
-            width = kOneEm;
-        else if (file == nullptr)
-            width = kBoxFontWidth;
-        else
-            width = file->Advance(file->FindGlyph(DecodeCharacter(detail.encoding, {&byte, 1}).character));
-    }
+    (void)FileOf(index); // which finds it out
+    return details_[static_cast<size_t>(index)].goesByBytes;
 }
 
 int32_t DocumentFonts::CharWidth(int16_t number, int16_t character) const
 {
     const Detail &detail = details_[static_cast<size_t>(number)];
-    if (detail.widths == nullptr)
-        MakeWidths(number);
+    if (detail.widths == nullptr) {
+        const FontFile *file = FileOf(number);
+        detail.widths =
+            std::make_unique<CharWidths>(ReadCharWidths(file, detail.encoding, detail.goesByBytes));
+    }
     return (*detail.widths)[static_cast<uint8_t>(character)];
 }
 
@@ -174,9 +186,9 @@ const TextFont *DocumentFonts::TextFontOf(int32_t index) const
     const Detail &detail = details_[static_cast<size_t>(index)];
     if (detail.textFont == nullptr && FileOf(index) != nullptr) {
         const Entry &entry = At(index);
-        detail.textFont = std::make_unique<TextFont>(TextFont{
-            detail.asked.empty() ? entry.postScriptName : detail.asked,
-            entry.servedBy.empty() ? entry.postScriptName : entry.servedBy, entry.file, entry.faceIndex});
+        detail.textFont =
+            std::make_unique<TextFont>(TextFont{detail.asked.empty() ? entry.postScriptName : detail.asked,
+                                                ServedName(entry), entry.file, entry.faceIndex});
     }
     return detail.textFont.get();
 }

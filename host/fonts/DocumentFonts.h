@@ -13,6 +13,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -27,7 +28,8 @@ struct DocumentFontOptions {
     std::map<std::string, std::string> served; // by the user's own choice: name asked for, PostScript name
     bool substitute = true;                    // false: names that nothing serves stay out of the list
     bool isCodePage1252 = false;               // Roman text in fonts that are not re-encoded
-    Script systemScript = Script::Roman;
+    std::optional<Script>
+        systemScript; // of text whose font does not say its script; none: as the fonts suggest
 };
 
 class DocumentFonts final : public FontList
@@ -39,10 +41,12 @@ class DocumentFonts final : public FontList
     const Entry &At(int32_t index) const override { return entries_[static_cast<size_t>(index)]; }
     int32_t CharWidth(int16_t number, int16_t character) const override;
 
-    int32_t Find(std::string_view postScriptName) const; // -1: not in the list
-    bool HasFor(std::string_view asked) const;           // whatever its suffixes
+    int32_t Find(std::string_view postScriptName) const;  // -1: not in the list
+    bool HasFor(std::string_view asked) const;            // whatever its suffixes
+    Script SystemScript() const { return systemScript_; } // to be told to the plug-in
     TextEncoding EncodingOf(int32_t index) const { return details_[static_cast<size_t>(index)].encoding; }
     const FontFile *FileOf(int32_t index) const;     // null: boxes
+    bool GoesByBytes(int32_t index) const;           // its file finds the glyphs of signs by their bytes
     const TextFont *TextFontOf(int32_t index) const; // null: boxes; the same object each time
     // Asked, served, file and match; nothing counted yet.
     FontUse Describe(int32_t index) const;
@@ -55,15 +59,17 @@ class DocumentFonts final : public FontList
         mutable std::unique_ptr<FontFile> file;
         mutable std::unique_ptr<TextFont> textFont;
         mutable bool isFileOpened = false;
+        mutable bool goesByBytes = false; // known with the file
     };
 
     void IndexNames();
     void AddAsked(const FontList &installed, const DocumentFontOptions &options);
     void ChooseEncodings(const DocumentFontOptions &options);
-    void MakeWidths(int32_t index) const;
+    Script FindSystemScript(const DocumentFontOptions &options) const;
 
     std::vector<Entry> entries_;
     std::vector<Detail> details_; // beside entries_
+    Script systemScript_ = Script::Roman;
     std::unordered_map<std::string, int32_t> byName_;
     std::unordered_map<std::string, int32_t>
         byBareName_; // without suffixes; the first of each, as the plug-in searches

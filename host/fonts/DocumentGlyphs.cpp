@@ -1,8 +1,7 @@
 #include "host/fonts/DocumentGlyphs.h"
 
 #include "host/fonts/FontNames.h"
-
-#include <algorithm>
+#include "host/fonts/GlyphChoice.h"
 
 namespace vxhost
 {
@@ -17,36 +16,6 @@ constexpr uint8_t kDelete = 0x7F;
 constexpr size_t kMaxUses = 1024;
 constexpr size_t kMaxCachedGlyphs = 8192;
 constexpr size_t kMaxCachedPoints = size_t{1} << 20;
-
-// Characters that fonts have at one place or at the other.
-constexpr struct {
-    char32_t character;
-    char32_t instead;
-} kAlternates[] = {
-    {0x00A0, 0x0020}, {0x00AF, 0x02C9}, {0x00B5, 0x03BC}, {0x00B7, 0x2219},
-    {0x03A9, 0x2126}, {0x2206, 0x0394}, {0x2014, 0x2015}, {0x2015, 0x2014},
-    {0x2016, 0x2225}, {0x2044, 0x2215}, {0x2212, 0xFF0D}, {0x301C, 0xFF5E},
-    {0xFFE0, 0x00A2}, {0xFFE1, 0x00A3}, {0xFFE2, 0x00AC}, {0xFFE3, 0x00AF},
-};
-
-char32_t AlternateOf(char32_t character)
-{
-    const auto *found =
-        std::ranges::find(kAlternates, character, [](const auto &row) { return row.character; });
-    return found == std::end(kAlternates) ? 0 : found->instead;
-}
-
-uint32_t FindInFile(const FontFile &file, char32_t character, bool isUpright)
-{
-    for (const char32_t each : {character, AlternateOf(character)}) {
-        const uint32_t glyph = each == 0   ? 0
-                               : isUpright ? file.FindVerticalGlyph(each)
-                                           : file.FindGlyph(each);
-        if (glyph != 0)
-            return glyph;
-    }
-    return 0;
-}
 
 void AddRectangle(Point from, Point to, Path *path)
 {
@@ -74,7 +43,7 @@ const TextFont *DocumentGlyphs::FindFont(std::string_view fontName) const
     return font < 0 ? nullptr : fonts_->TextFontOf(font);
 }
 
-void DocumentGlyphs::BeginString(std::string_view fontName)
+void DocumentGlyphs::BeginString(std::string_view fontName, bool isNew)
 {
     font_ = fonts_->Find(fontName);
     auto found = useOfName_.find(fontName);
@@ -86,7 +55,8 @@ void DocumentGlyphs::BeginString(std::string_view fontName)
     }
     // Beyond any real document: the last font of the account takes the rest.
     use_ = found == useOfName_.end() ? uses_.size() - 1 : found->second;
-    ++uses_[use_].strings;
+    isNew_ = isNew;
+    uses_[use_].strings += isNew_ ? 1 : 0;
 }
 
 Glyph DocumentGlyphs::Next(std::span<const uint8_t> text, bool isUpright)
@@ -99,14 +69,16 @@ Glyph DocumentGlyphs::Next(std::span<const uint8_t> text, bool isUpright)
     glyph.bytes = decoded.bytes;
     if (byte < kFirstVisible || byte == kDelete)
         return glyph;
-    ++uses_[use_].characters;
+    uses_[use_].characters += isNew_ ? 1 : 0;
     glyph.advance = isWide      ? 1
                     : font_ < 0 ? kBoxFontWidth / kOneEm
                                 : fonts_->CharWidth(static_cast<int16_t>(font_), byte) / kOneEm;
-    const CachedGlyph &cached = FindGlyph(decoded.character, isUpright || decoded.isVerticalForm, isWide);
+    const bool goesByBytes = font_ >= 0 && fonts_->GoesByBytes(font_);
+    const CachedGlyph &cached =
+        FindGlyph(goesByBytes ? byte : decoded.character, isUpright || decoded.isVerticalForm, isWide);
     glyph.glyph = cached.glyph;
     glyph.character = decoded.character != 0 ? decoded.character : kUnknownCharacter;
-    if (cached.isMissing)
+    if (cached.isMissing && isNew_)
         ++uses_[use_].missingGlyphs;
     if (!cached.outline.IsEmpty())
         glyph.outline = &cached.outline;
@@ -140,7 +112,7 @@ DocumentGlyphs::CachedGlyph DocumentGlyphs::MakeGlyph(char32_t character, bool i
             glyph.outline = BoxOutline(isWide ? 1 : kBoxFontWidth / kOneEm);
         return glyph;
     }
-    glyph.glyph = FindInFile(*file, character, isUpright);
+    glyph.glyph = ChooseGlyph(*file, character, isUpright);
     glyph.isMissing = glyph.glyph == 0;
     glyph.outline = file->Outline(glyph.glyph);
     return glyph;

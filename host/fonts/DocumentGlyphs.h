@@ -22,7 +22,7 @@ class DocumentGlyphs final : public GlyphSource
     explicit DocumentGlyphs(const DocumentFonts *fonts) : fonts_(fonts) {}
 
     const TextFont *FindFont(std::string_view fontName) const override;
-    void BeginString(std::string_view fontName) override;
+    void BeginString(std::string_view fontName, bool isNew) override;
     Glyph Next(std::span<const uint8_t> text, bool isUpright) override;
     std::vector<FontUse> FontsUsed() const override { return uses_; }
 
@@ -39,6 +39,7 @@ class DocumentGlyphs final : public GlyphSource
     const DocumentFonts *fonts_;
     int32_t font_ = -1; // of the current string; -1: none of the list, boxes
     size_t use_ = 0;    // of it, in uses_
+    bool isNew_ = true; // the current string is counted
     std::vector<FontUse> uses_;
     std::map<std::string, size_t, std::less<>> useOfName_;
     std::unordered_map<uint64_t, CachedGlyph> cache_;

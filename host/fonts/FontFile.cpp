@@ -188,6 +188,9 @@ class Type1File final : public FontFile
         if (FT_New_Face(library, file.c_str(), faceIndex, &face) != 0)
             return nullptr;
         opened->face_.reset(face);
+        // The names of some fonts' glyphs say nothing to FreeType: what is left is their own order.
+        if (FT_Get_Char_Index(face, 'A') == 0)
+            (void)FT_Select_Charmap(face, FT_ENCODING_ADOBE_CUSTOM); // else as it is
         return face->units_per_EM == 0 || !FT_IS_SCALABLE(face) ? nullptr : std::move(opened);
     }
 

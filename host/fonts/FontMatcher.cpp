@@ -10,7 +10,7 @@ namespace
 {
 
 // What each likeness is worth; a greater one outweighs all the smaller ones together.
-constexpr int kHasScript = 10000;
+constexpr int kHasScript = 10000; // or the signs asked for
 constexpr int kIsFamily = 4000;
 constexpr int kIsClassicOfClass = 1000;
 constexpr int kIsClass = 500;
@@ -18,15 +18,15 @@ constexpr int kForeignScripts = -300; // Roman text in an East Asian font
 constexpr int kOtherSlant = -150;
 constexpr int kStyleStep = -4; // for each unit of weight and of width
 
-std::string_view ClassicFamily(FaceClass faceClass)
+bool IsClassicFamily(std::string_view family, FaceClass faceClass)
 {
     switch (faceClass) {
     case FaceClass::Serif:
-        return "Times";
+        return family == "Times";
     case FaceClass::Mono:
-        return "Courier";
+        return family == "Courier";
     default:
-        return "Helvetica";
+        return family == "Helvetica" || family == "Helvetica Narrow";
     }
 }
 
@@ -37,25 +37,26 @@ FontMatcher::FontMatcher(const FontList &fonts) : fonts_(fonts)
     for (int32_t i = 0; i < fonts.Count(); ++i) {
         const FontList::Entry &entry = fonts.At(i);
         if (!entry.file.empty())
-            candidates_.push_back(
-                {i, PlainName(entry.familyName), TraitsOfName(entry.postScriptName).faceClass});
+            candidates_.push_back({i, TraitsOfName(entry.familyName).family,
+                                   TraitsOfName(entry.postScriptName).faceClass,
+                                   SignsOfName(entry.postScriptName)});
     }
 }
 
 int32_t FontMatcher::FindNearest(std::string_view asked, Script script) const
 {
     const FaceTraits wanted = TraitsOfName(asked);
-    const std::string_view classic = ClassicFamily(wanted.faceClass);
+    const std::optional<TextEncoding> signs = SignsOfName(asked);
     int32_t best = -1;
     int bestScore = std::numeric_limits<int>::min();
     for (const Candidate &candidate : candidates_) {
         const FontList::Entry &entry = fonts_.At(candidate.index);
         int score = 0;
-        if (entry.HasScript(script))
+        if (signs ? candidate.signs == signs : entry.HasScript(script))
             score += kHasScript;
         if (!wanted.family.empty() && candidate.family == wanted.family)
             score += kIsFamily;
-        if (script == Script::Roman && entry.familyName == classic)
+        if (script == Script::Roman && IsClassicFamily(entry.familyName, wanted.faceClass))
             score += kIsClassicOfClass;
         else if (candidate.faceClass == wanted.faceClass)
             score += kIsClass;

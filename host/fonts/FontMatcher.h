@@ -4,6 +4,8 @@
 #include "host/fonts/FontList.h"
 #include "host/fonts/NameTraits.h"
 
+#include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -24,6 +26,7 @@ class FontMatcher
         int32_t index;
         std::string family;
         FaceClass faceClass;
+        std::optional<TextEncoding> signs;
     };
 
     const FontList &fonts_;

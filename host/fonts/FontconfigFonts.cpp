@@ -86,7 +86,8 @@ bool ReadCandidate(const FcPattern *pattern, Candidate *candidate)
     candidate->isType1 = TextOf(pattern, FC_FONTFORMAT) == "Type 1";
     entry.faceIndex = NumberOf(pattern, FC_INDEX, 0);
     entry.style = StyleOf(pattern);
-    entry.scripts = ScriptsOf(pattern);
+    // Fonts of signs may call them Latin letters.
+    entry.scripts = SignsOfName(entry.postScriptName) ? uint8_t{0} : ScriptsOf(pattern);
     return !entry.postScriptName.empty() && entry.postScriptName.size() <= kMaxNameLength &&
            !entry.file.empty();
 }
@@ -203,7 +204,12 @@ class FontconfigFonts final : public FontList
         if (entry.file.empty())
             return kBoxFontWidth;
         LazyWidths &lazy = widths_[static_cast<size_t>(number)];
-        std::call_once(lazy.read, [&] { lazy.widths = ReadCharWidths(entry.file, entry.faceIndex); });
+        std::call_once(lazy.read, [&] {
+            const TextEncoding encoding = SignsOfName(entry.postScriptName).value_or(TextEncoding::MacRoman);
+            const std::unique_ptr<FontFile> file = FontFile::Open(entry.file, entry.faceIndex);
+            const bool goesByBytes = file != nullptr && GoesByBytes(*file, entry.postScriptName, encoding);
+            lazy.widths = ReadCharWidths(file.get(), encoding, goesByBytes);
+        });
         return lazy.widths[static_cast<uint8_t>(character)];
     }
 

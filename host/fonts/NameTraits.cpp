@@ -89,6 +89,18 @@ constexpr NamedScript kFaces[] = {
     {"undotum", Script::Korean},
 };
 
+struct NamedSigns {
+    std::string_view text;
+    TextEncoding encoding;
+};
+
+// Starts of plain names.
+constexpr NamedSigns kSigns[] = {
+    {"symbol", TextEncoding::Symbol},         {"standardsym", TextEncoding::Symbol},
+    {"zapfdingbats", TextEncoding::Dingbats}, {"itczapfdingbats", TextEncoding::Dingbats},
+    {"dingbats", TextEncoding::Dingbats},     {"d050000l", TextEncoding::Dingbats},
+};
+
 struct WeightWord {
     std::string_view word;
     int weight;
@@ -181,6 +193,16 @@ std::optional<Script> ScriptOfName(std::string_view name)
     for (const NamedScript &face : kFaces) {
         if (plain.starts_with(face.text))
             return face.script;
+    }
+    return std::nullopt;
+}
+
+std::optional<TextEncoding> SignsOfName(std::string_view name)
+{
+    const std::string plain = PlainName(name);
+    for (const NamedSigns &signs : kSigns) {
+        if (plain.starts_with(signs.text))
+            return signs.encoding;
     }
     return std::nullopt;
 }

@@ -16,6 +16,9 @@ std::string_view WithoutSuffixes(std::string_view name);
 // From an encoding suffix, else from a known East Asian face; nothing where the name says nothing.
 std::optional<Script> ScriptOfName(std::string_view name);
 
+// Of the fonts of signs, whose text stands in a set of its own; nothing for all others.
+std::optional<TextEncoding> SignsOfName(std::string_view name);
+
 enum class FaceClass : uint8_t { Sans, Serif, Mono };
 
 // weight and width: 0 regular, less is lighter or narrower, more is heavier or wider.

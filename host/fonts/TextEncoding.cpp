@@ -1,6 +1,7 @@
 #include "host/fonts/TextEncoding.h"
 
 #include "host/fonts/MacRoman.h"
+#include "host/fonts/SymbolSets.h"
 
 #include <algorithm>
 #include <iterator>
@@ -59,6 +60,10 @@ char32_t DecodeSingle(TextEncoding encoding, const DoubleByteSet *set, uint8_t b
 {
     if (encoding == TextEncoding::MacRoman)
         return FromMacRoman(byte);
+    if (encoding == TextEncoding::Symbol)
+        return FromSymbol(byte);
+    if (encoding == TextEncoding::Dingbats)
+        return FromDingbats(byte);
     if (encoding == TextEncoding::MacJapanese && byte == '\\')
         return U'\u00A5'; // where other sets have the backslash, the Japanese one has the yen sign
     if (byte < kUpperHalf)
@@ -79,6 +84,20 @@ TextEncoding MacEncoding(Script script)
         return TextEncoding::MacKorean;
     default:
         return TextEncoding::MacRoman;
+    }
+}
+
+Script ScriptOf(TextEncoding encoding)
+{
+    switch (encoding) {
+    case TextEncoding::MacJapanese:
+        return Script::Japanese;
+    case TextEncoding::MacChinese:
+        return Script::TraditionalChinese;
+    case TextEncoding::MacKorean:
+        return Script::Korean;
+    default:
+        return Script::Roman;
     }
 }
 

@@ -11,10 +11,20 @@ namespace vxhost
 // By number as the plug-in counts scripts.
 enum class Script : uint8_t { Roman, Japanese, TraditionalChinese, Korean };
 
-enum class TextEncoding : uint8_t { MacRoman, CodePage1252, MacJapanese, MacChinese, MacKorean };
+enum class TextEncoding : uint8_t {
+    MacRoman,
+    CodePage1252,
+    MacJapanese,
+    MacChinese,
+    MacKorean,
+    Symbol,  // of the font of that name, and its like
+    Dingbats // of Zapf's font of that name
+};
 
 // The Mac set of a script.
 TextEncoding MacEncoding(Script script);
+
+Script ScriptOf(TextEncoding encoding);
 
 struct DecodedCharacter {
     char32_t character = 0;      // 0: the code means nothing

@@ -236,6 +236,53 @@ const SearchCase kSearches[] = {
 };
 INSTANTIATE_TEST_SUITE_P(UnixFont, Searches, testing::ValuesIn(kSearches), CaseName());
 
+// What the index must find: the first entry, one by one, that is equal once both are stripped.
+int16_t SearchOneByOne(const std::string &wanted, const FontTable *table)
+{
+    const auto stripped = [table](const char *name) {
+        char copy[kFontNameSize] = {};
+        strncpy(copy, name, sizeof copy - 1);
+        RemoveOrientationSuffix(copy, table);
+        RemoveEncodingSuffix(copy, table);
+        return std::string(copy);
+    };
+    const std::string name = stripped(wanted.c_str());
+    for (int32_t i = 0; i < table->entryCount; ++i) {
+        if (table->entries[i].postScriptName[0] != 0 && stripped(table->entries[i].postScriptName) == name)
+            return static_cast<int16_t>(i);
+    }
+    return kNoFont;
+}
+
+// Names out of few parts, so that many are equal, have suffixes inside, or are suffixes themselves.
+TEST(PSNameSearchFontTableTest, FindsWhatASearchOneByOneFinds)
+{
+    constexpr const char *kParts[] = {"", "A", "B", "-", "-H", "-V", "-RKSJ", "-Roman", "Mincho", "x"};
+    uint32_t state = 1;
+    const auto randomName = [&] {
+        std::string name;
+        for (int parts = 4; parts > 0; --parts) {
+            state = state * 1664525u + 1013904223u;
+            name += kParts[(state >> 16) % std::size(kParts)];
+        }
+        return name;
+    };
+    Strings names;
+    for (int i = 0; i < 3000; ++i)
+        names.push_back(randomName());
+    FontTables fonts(names);
+    ASSERT_TRUE(fonts.Initialize());
+    int found = 0;
+    for (int i = 0; i < 4000; ++i) {
+        const std::string wanted = randomName() + (i % 2 == 0 ? "" : "y");
+        const int16_t expected = SearchOneByOne(wanted, &fonts.table);
+        EXPECT_EQ(PSNameSearchFontTable(wanted.c_str(), &fonts.table), expected) << wanted;
+        found += expected != kNoFont ? 1 : 0;
+    }
+    EXPECT_GT(found, 1000);
+    EXPECT_LT(found, 3900);
+}
+
 TEST(PSNameSearchFontTableTest, AnEmptyTableHasNoFont)
 {
     const FontTable table = {};

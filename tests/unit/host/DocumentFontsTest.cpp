@@ -15,13 +15,16 @@ namespace
 
 constexpr const char *kRomanFonts = "/usr/share/fonts/opentype/urw-base35";
 constexpr const char *kJapaneseFonts = "/usr/share/fonts/opentype/ipafont-gothic";
+constexpr const char *kChineseFonts = "/usr/share/fonts/truetype/arphic-bsmi00lp";
+constexpr const char *kKoreanFonts = "/usr/share/fonts/truetype/baekmuk";
 
 class DocumentFontsTest : public testing::Test
 {
   protected:
     static void SetUpTestSuite()
     {
-        installed_ = MakeFontconfigFonts({false, {kRomanFonts, kJapaneseFonts}}).release();
+        installed_ = MakeFontconfigFonts({false, {kRomanFonts, kJapaneseFonts, kChineseFonts, kKoreanFonts}})
+                         .release();
     }
     static void TearDownTestSuite()
     {
@@ -60,12 +63,18 @@ TEST_F(DocumentFontsTest, ServesTheNearest)
         {"Frutiger", "NimbusSans-Regular"},
         {"Frutiger-Black", "NimbusSans-Bold"},
         {"Frutiger-BlackItalic", "NimbusSans-BoldItalic"},
-        {"Helvetica-Condensed", "NimbusSans-Regular"},
+        {"Helvetica-Condensed", "NimbusSansNarrow-Regular"},
+        {"Frutiger-BoldCond", "NimbusSansNarrow-Bold"},
+        {"CenturySchoolbook-Bold", "NimbusRoman-Bold"},
+        {"SymbolMT", "StandardSymbolsPS"},
+        {"ITCZapfDingbats-Medium", "D050000L"},
         {"Helvetica-Black", "NimbusSans-Bold"},
         {"AGaramond-Italic", "NimbusRoman-Italic"},
         {"LetterTypewriter", "NimbusMonoPS-Regular"},
         {"GothicBBB-Medium-83pv-RKSJ-H", "IPAGothic"},
         {"Unheard-RKSJ-V", "IPAGothic"},
+        {"MSung-Light-ETen-B5-H", "ShanHeiSun-Light"},
+        {"HYSMyeongJo-Medium-KSCms-UHC-H", "Baekmuk-Batang"},
     };
     for (const auto &row : cases) {
         options_ = {};
@@ -126,6 +135,79 @@ TEST_F(DocumentFontsTest, TextOfWindowsIsItsCodePageUnlessReencoded)
     EXPECT_EQ(fonts.EncodingOf(fonts.Find("IPAGothic")), TextEncoding::MacJapanese);
 }
 
+TEST_F(DocumentFontsTest, TextStandsInTheSetOfItsFont)
+{
+    Ask("HYSMyeongJo-Medium");
+    Ask("MSung-Light-ETen-B5-H");
+    Ask("Symbol");
+    Ask("ZapfDingbats");
+    options_.isCodePage1252 = true; // of Roman text alone
+    const DocumentFonts fonts(*installed_, options_);
+    EXPECT_EQ(fonts.EncodingOf(fonts.Find("HYSMyeongJo-Medium")), TextEncoding::MacKorean);
+    EXPECT_EQ(fonts.EncodingOf(fonts.Find("MSung-Light-ETen-B5-H")), TextEncoding::MacChinese);
+    EXPECT_EQ(fonts.EncodingOf(fonts.Find("Symbol")), TextEncoding::Symbol);
+    EXPECT_EQ(fonts.EncodingOf(fonts.Find("ZapfDingbats")), TextEncoding::Dingbats);
+}
+
+TEST_F(DocumentFontsTest, AFontOfSignsMakesTheSetOfANameThatItServes)
+{
+    options_.served = {{"Greek", "StandardSymbolsPS"}};
+    Ask("Greek");
+    const DocumentFonts fonts(*installed_, options_);
+    EXPECT_EQ(fonts.EncodingOf(fonts.Find("Greek")), TextEncoding::Symbol);
+}
+
+struct SystemCase {
+    const char *why;
+    std::vector<AskedFont> asked;
+    std::optional<Script> said;
+    Script script;
+};
+
+TEST_F(DocumentFontsTest, TheSystemsScriptIsThatOfTheFontsThatAreNotReencoded)
+{
+    const SystemCase cases[] = {
+        {"nothing is asked for", {}, std::nullopt, Script::Roman},
+        {"Roman fonts", {{"Helvetica", false, {}}, {"Frutiger", false, {}}}, std::nullopt, Script::Roman},
+        {"a Japanese name",
+         {{"Helvetica", false, {}}, {"Ryumin-Light", false, {}}},
+         std::nullopt,
+         Script::Japanese},
+        {"the font itself is Korean", {{"Baekmuk-Dotum", false, {}}}, std::nullopt, Script::Korean},
+        {"the first of them",
+         {{"MSung", false, {}}, {"Osaka", false, {}}},
+         std::nullopt,
+         Script::TraditionalChinese},
+        {"a re-encoded one says its script itself",
+         {{"Ryumin-Light", true, Script::Japanese}, {"Helvetica", false, {}}},
+         std::nullopt,
+         Script::Roman},
+        {"the user says so", {{"Helvetica", false, {}}}, Script::Korean, Script::Korean},
+        {"the user knows better", {{"Ryumin-Light", false, {}}}, Script::Roman, Script::Roman},
+    };
+    for (const SystemCase &row : cases) {
+        options_ = {};
+        options_.asked = row.asked;
+        options_.systemScript = row.said;
+        const DocumentFonts fonts(*installed_, options_);
+        EXPECT_EQ(fonts.SystemScript(), row.script) << row.why;
+    }
+}
+
+TEST_F(DocumentFontsTest, TheSystemsScriptReadsTextWhoseNameSaysNothing)
+{
+    options_.served = {{"Plain", "IPAGothic"}};
+    Ask("Plain");
+    const DocumentFonts found(*installed_, options_);
+    EXPECT_EQ(found.EncodingOf(found.Find("Plain")), TextEncoding::MacJapanese);
+    options_.systemScript = Script::Roman;
+    const DocumentFonts roman(*installed_, options_);
+    EXPECT_EQ(roman.EncodingOf(roman.Find("Plain")), TextEncoding::MacRoman);
+    options_.systemScript = Script::Korean; // which that font has not
+    const DocumentFonts korean(*installed_, options_);
+    EXPECT_EQ(korean.EncodingOf(korean.Find("Plain")), TextEncoding::MacJapanese);
+}
+
 // 0xC9 is the accented capital E of Windows (667) and three dots of the Mac (1000).
 TEST_F(DocumentFontsTest, WidthsFollowTheCharacterSet)
 {
@@ -161,7 +243,7 @@ TEST_F(DocumentGlyphsTest, OutlinesStandOnTheBaseline)
 {
     const DocumentFonts fonts(*installed_, options_);
     DocumentGlyphs glyphs(&fonts);
-    glyphs.BeginString("Helvetica");
+    glyphs.BeginString("Helvetica", true);
     const Glyph glyph = Take(&glyphs, {'H'});
     ASSERT_NE(glyph.outline, nullptr);
     EXPECT_NEAR(glyph.advance, 0.722, 1e-3);
@@ -178,7 +260,7 @@ TEST_F(DocumentGlyphsTest, ColumnsHaveFormsOfTheirOwn)
 {
     const DocumentFonts fonts(*installed_, options_);
     DocumentGlyphs glyphs(&fonts);
-    glyphs.BeginString("IPAGothic");
+    glyphs.BeginString("IPAGothic", true);
     const Path along = *Take(&glyphs, {0x81, 0x75}).outline; // left corner bracket
     const Path upright = *Take(&glyphs, {0x81, 0x75}, true).outline;
     const Path byCode = *Take(&glyphs, {0xEB, 0x75}).outline;
@@ -190,10 +272,10 @@ TEST_F(DocumentGlyphsTest, CountsWhatIsShownAndWhatLacks)
 {
     const DocumentFonts fonts(*installed_, options_);
     DocumentGlyphs glyphs(&fonts);
-    glyphs.BeginString("Helvetica");
+    glyphs.BeginString("Helvetica", true);
     Take(&glyphs, {'a'});
     Take(&glyphs, {'\t'});
-    glyphs.BeginString("Helvetica");
+    glyphs.BeginString("Helvetica", true);
     Take(&glyphs, {0xF0}); // a maker's mark, which no font has
     const std::vector<FontUse> uses = glyphs.FontsUsed();
     ASSERT_EQ(uses.size(), 1u);
@@ -204,13 +286,61 @@ TEST_F(DocumentGlyphsTest, CountsWhatIsShownAndWhatLacks)
     EXPECT_EQ(uses[0].match, FontMatch::StandIn);
 }
 
+TEST_F(DocumentGlyphsTest, AStringThatIsShownAgainIsNotCountedAgain)
+{
+    const DocumentFonts fonts(*installed_, options_);
+    DocumentGlyphs glyphs(&fonts);
+    for (const bool isNew : {true, false}) {
+        glyphs.BeginString("Helvetica", isNew);
+        Take(&glyphs, {'a'});
+        Take(&glyphs, {0xF0});
+    }
+    const std::vector<FontUse> uses = glyphs.FontsUsed();
+    ASSERT_EQ(uses.size(), 1u);
+    EXPECT_EQ(uses[0].strings, 1u);
+    EXPECT_EQ(uses[0].characters, 2u);
+    EXPECT_EQ(uses[0].missingGlyphs, 1u);
+}
+
+// The font calls alpha "a"; as a character it is the Greek letter.
+TEST_F(DocumentGlyphsTest, SignsAreTheirCharacters)
+{
+    const DocumentFonts fonts(*installed_, options_);
+    DocumentGlyphs glyphs(&fonts);
+    glyphs.BeginString("Symbol", true);
+    const Glyph alpha = Take(&glyphs, {'a'});
+    EXPECT_EQ(alpha.character, 0x03B1u);
+    EXPECT_NEAR(alpha.advance, 0.631, 1e-4);
+    EXPECT_EQ(Take(&glyphs, {0xD2}).character, U'\u00AE');
+    EXPECT_NE(Take(&glyphs, {0xD2}).glyph, Take(&glyphs, {0xE2}).glyph) << "with serifs, and without";
+    Take(&glyphs, {0xF0});
+    const std::vector<FontUse> uses = glyphs.FontsUsed();
+    ASSERT_EQ(uses.size(), 1u);
+    EXPECT_EQ(uses[0].characters, 5u);
+    EXPECT_EQ(uses[0].missingGlyphs, 1u) << "the code that no sign has";
+}
+
+// Another font that serves the name is asked for the characters, not for the bytes.
+TEST_F(DocumentGlyphsTest, SignsOfAFontOfLettersAreFoundByCharacter)
+{
+    options_.served = {{"Symbol", "IPAGothic"}};
+    Ask("Symbol");
+    const DocumentFonts fonts(*installed_, options_);
+    DocumentGlyphs glyphs(&fonts);
+    glyphs.BeginString("Symbol", true);
+    const uint32_t alpha = Take(&glyphs, {'a'}).glyph;
+    glyphs.BeginString("IPAGothic", true);
+    EXPECT_EQ(Take(&glyphs, {0x83, 0xBF}).glyph, alpha); // the Greek letter in the Japanese set
+    EXPECT_NE(alpha, 0u);
+}
+
 TEST_F(DocumentGlyphsTest, WithoutAFontTextIsBoxes)
 {
     const auto none = MakeFontconfigFonts({false, {}});
     Ask("Helvetica");
     const DocumentFonts fonts(*none, options_);
     DocumentGlyphs glyphs(&fonts);
-    glyphs.BeginString("Helvetica");
+    glyphs.BeginString("Helvetica", true);
     const Glyph box = Take(&glyphs, {'a'});
     ASSERT_NE(box.outline, nullptr);
     EXPECT_EQ(box.outline->points.size(), 8u) << "a frame";

@@ -76,6 +76,9 @@ TEST(FontconfigFontsTest, TheClassicFontsHaveTheirOwnWidths)
         {"Times-BoldItalic", 'm', 778}, {"Courier", 'i', 600},     {"Courier-Oblique", 'W', 600},
         {"Helvetica", 0x80, 667},   // A with dieresis
         {"Times-Roman", 0xD5, 333}, // right single quotation mark
+        {"Symbol", 'a', 631},       // alpha
+        {"Symbol", 0xA5, 713},      // infinity
+        {"ZapfDingbats", '"', 961}, // scissors
     };
     for (const auto &row : widths) {
         const int32_t number = Find(*fonts, row.font);
@@ -131,9 +134,9 @@ TEST(FontconfigFontsTest, ADirectoryOfFontsIsListed)
 
 TEST(CharWidthsTest, AFileThatIsNoFontGivesBoxes)
 {
-    const CharWidths widths = ReadCharWidths(VX_SOURCE_DIR "/CMakeLists.txt", 0);
-    EXPECT_EQ(widths['a'], kBoxFontWidth);
-    EXPECT_EQ(ReadCharWidths("/no/such/font", 0)['a'], kBoxFontWidth);
+    EXPECT_EQ(FontFile::Open(VX_SOURCE_DIR "/CMakeLists.txt", 0), nullptr);
+    EXPECT_EQ(FontFile::Open("/no/such/font", 0), nullptr);
+    EXPECT_EQ(ReadCharWidths(nullptr, TextEncoding::MacRoman, false)['a'], kBoxFontWidth);
 }
 
 // The same designs come in both formats, with the same metrics.
@@ -142,7 +145,9 @@ TEST(CharWidthsTest, Type1FontsAreReadToo)
     const std::string type1 = "/usr/share/fonts/X11/Type1/NimbusSans-Regular.pfb";
     if (!std::filesystem::exists(type1))
         GTEST_SKIP() << "no Type 1 fonts on this machine";
-    const CharWidths widths = ReadCharWidths(type1, 0);
+    const std::unique_ptr<FontFile> font = FontFile::Open(type1, 0);
+    ASSERT_NE(font, nullptr);
+    const CharWidths widths = ReadCharWidths(font.get(), TextEncoding::MacRoman, false);
     EXPECT_EQ(widths['W'], Thousandths(944));
     EXPECT_EQ(widths[' '], Thousandths(278));
 }

@@ -8,6 +8,7 @@
 #include <iconv.h>
 
 #include <map>
+#include <set>
 #include <vector>
 
 namespace vxhost
@@ -137,6 +138,94 @@ TEST(TextEncodingTest, SingleBytesOfTheJapaneseSet)
     }
 }
 
+// The national standards have no single bytes beside ASCII; these are the Mac's own.
+TEST(TextEncodingTest, SingleBytesOfTheOtherDoubleByteSets)
+{
+    const iconv_t converter = iconv_open("UTF-32LE", "ASCII");
+    ASSERT_NE(converter, reinterpret_cast<iconv_t>(-1));
+    const struct {
+        TextEncoding encoding;
+        std::map<int, char32_t> ours;
+    } cases[] = {
+        {TextEncoding::MacChinese,
+         {{0x80, 0x5C}, {0xA0, 0xA0}, {0xFD, 0xA9}, {0xFE, 0x2122}, {0xFF, 0x2026}}},
+        {TextEncoding::MacKorean,
+         {{0x80, 0xA0}, {0x81, 0x20A9}, {0x82, 0x2013}, {0x83, 0xA9}, {0x84, 0xFF3F}, {0xFF, 0x2026}}},
+    };
+    for (const auto &row : cases) {
+        for (int byte = 1; byte < 256; ++byte) {
+            const auto code = static_cast<uint8_t>(byte);
+            if (IsLeadByte(row.encoding, code))
+                continue;
+            const auto found = row.ours.find(byte);
+            EXPECT_EQ(DecodeCharacter(row.encoding, {&code, 1}).character,
+                      found == row.ours.end() ? Convert(converter, {code}) : found->second)
+                << std::hex << byte;
+        }
+    }
+    iconv_close(converter);
+}
+
+struct SignCase {
+    TextEncoding encoding;
+    uint8_t byte;
+    char32_t character;
+};
+
+TEST(TextEncodingTest, SignsStandInTheSetsOfTheirFonts)
+{
+    const SignCase cases[] = {
+        {TextEncoding::Symbol, ' ', U' '},      {TextEncoding::Symbol, 'a', 0x03B1},
+        {TextEncoding::Symbol, 'z', 0x03B6},    {TextEncoding::Symbol, 'C', 0x03A7},
+        {TextEncoding::Symbol, 'V', 0x03C2},    {TextEncoding::Symbol, '5', U'5'},
+        {TextEncoding::Symbol, '"', 0x2200},    {TextEncoding::Symbol, '@', 0x2245},
+        {TextEncoding::Symbol, 0x7F, 0},        {TextEncoding::Symbol, 0x80, 0},
+        {TextEncoding::Symbol, 0xA5, 0x221E},   {TextEncoding::Symbol, 0xB7, 0x2022},
+        {TextEncoding::Symbol, 0xD6, 0x221A},   {TextEncoding::Symbol, 0xE5, 0x2211},
+        {TextEncoding::Symbol, 0xF0, 0},        {TextEncoding::Symbol, 0xF2, 0x222B},
+        {TextEncoding::Symbol, 0xFE, 0x23AD},   {TextEncoding::Symbol, 0xFF, 0},
+        {TextEncoding::Dingbats, ' ', U' '},    {TextEncoding::Dingbats, '!', 0x2701},
+        {TextEncoding::Dingbats, '%', 0x260E},  {TextEncoding::Dingbats, '4', 0x2714},
+        {TextEncoding::Dingbats, 'H', 0x2605},  {TextEncoding::Dingbats, 'l', 0x25CF},
+        {TextEncoding::Dingbats, 'w', 0x25D7},  {TextEncoding::Dingbats, '~', 0x275E},
+        {TextEncoding::Dingbats, 0x7F, 0},      {TextEncoding::Dingbats, 0x80, 0x2768},
+        {TextEncoding::Dingbats, 0x8D, 0x2775}, {TextEncoding::Dingbats, 0x8E, 0},
+        {TextEncoding::Dingbats, 0xA0, 0},      {TextEncoding::Dingbats, 0xA7, 0x2767},
+        {TextEncoding::Dingbats, 0xAA, 0x2665}, {TextEncoding::Dingbats, 0xAC, 0x2460},
+        {TextEncoding::Dingbats, 0xB5, 0x2469}, {TextEncoding::Dingbats, 0xB6, 0x2776},
+        {TextEncoding::Dingbats, 0xD4, 0x2794}, {TextEncoding::Dingbats, 0xD5, 0x2192},
+        {TextEncoding::Dingbats, 0xD7, 0x2195}, {TextEncoding::Dingbats, 0xD8, 0x2798},
+        {TextEncoding::Dingbats, 0xEF, 0x27AF}, {TextEncoding::Dingbats, 0xF0, 0},
+        {TextEncoding::Dingbats, 0xF1, 0x27B1}, {TextEncoding::Dingbats, 0xFE, 0x27BE},
+        {TextEncoding::Dingbats, 0xFF, 0},
+    };
+    for (const SignCase &row : cases) {
+        const DecodedCharacter decoded = DecodeCharacter(row.encoding, {&row.byte, 1});
+        EXPECT_EQ(decoded.character, row.character) << std::hex << static_cast<int>(row.byte);
+        EXPECT_EQ(decoded.bytes, 1u);
+    }
+}
+
+// 189 codes, of which three pairs are one mark with serifs and without; 202, each another character.
+TEST(TextEncodingTest, SignsAreAsManyAsTheirFontsHave)
+{
+    const struct {
+        TextEncoding encoding;
+        size_t codes, characters;
+    } cases[] = {{TextEncoding::Symbol, 189, 186}, {TextEncoding::Dingbats, 202, 202}};
+    for (const auto &row : cases) {
+        std::multiset<char32_t> characters;
+        for (int byte = 0; byte < 256; ++byte) {
+            const auto code = static_cast<uint8_t>(byte);
+            const char32_t character = DecodeCharacter(row.encoding, {&code, 1}).character;
+            if (character != 0)
+                characters.insert(character);
+        }
+        EXPECT_EQ(characters.size(), row.codes);
+        EXPECT_EQ(std::set<char32_t>(characters.begin(), characters.end()).size(), row.characters);
+    }
+}
+
 TEST(TextEncodingTest, LeadBytes)
 {
     const struct {
@@ -148,6 +237,8 @@ TEST(TextEncodingTest, LeadBytes)
         {TextEncoding::MacJapanese, 0x81, 0xFC, 0xA0, 0xDF},
         {TextEncoding::MacChinese, 0xA1, 0xF9, 256, 256},
         {TextEncoding::MacKorean, 0xA1, 0xFE, 256, 256},
+        {TextEncoding::Symbol, 256, 256, 0, 0},
+        {TextEncoding::Dingbats, 256, 256, 0, 0},
     };
     for (const auto &row : cases) {
         for (int byte = 0; byte < 256; ++byte) {

@@ -28,7 +28,10 @@ class FakeGlyphs final : public GlyphSource
     {
         return fontName == font_.asked ? &font_ : nullptr;
     }
-    void BeginString(std::string_view fontName) override { strings += std::string(fontName) + ";"; }
+    void BeginString(std::string_view fontName, bool isNew) override
+    {
+        strings += std::string(fontName) + (isNew ? ";" : " again;");
+    }
     Glyph Next(std::span<const uint8_t> text, bool isUpright) override
     {
         const uint8_t byte = text.front();
@@ -223,6 +226,41 @@ TEST_F(TextShowTest, RecordsThatShareANameAreOneString)
     Add("1", 0, 0, kZRKPlaceAt).fontName = second.c_str();
     Show(kZRKShowFill);
     EXPECT_EQ(glyphs_.strings, "Fake;Fake;");
+}
+
+TEST_F(TextShowTest, AStringThatIsPaintedAndClipsIsOneString)
+{
+    Add("12", 5, 5, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add("34", 8, 5, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    // As a clip the first is placed character by character, and the second goes on behind it: 5 + 1 + 2.
+    Add("1", 5, 5, kZRKPlaceAt);
+    Add("2", 6, 5, kZRKPlaceAt);
+    const std::string other = "Fake";
+    Add("34", 0, 0, kZRKContinue).fontName = other.c_str();
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake;Fake again;Fake again;");
+}
+
+TEST_F(TextShowTest, AShadowBelowAClipIsAStringOfItsOwn)
+{
+    Add("12", 6, 4, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add("12", 5, 5, kZRKPlaceAt);
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake;");
+}
+
+TEST_F(TextShowTest, AClipTakesAStringBackOnce)
+{
+    Add("12", 5, 5, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    for (int i = 0; i < 2; ++i) {
+        Add("12", 5, 5, kZRKPlaceAt);
+        Show(kZRKShowClip);
+    }
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake again;Fake;");
 }
 
 TEST_F(TextShowTest, ANegativeLengthIsEmpty)

@@ -102,6 +102,23 @@ const TextCase kSpacedStrings[] = {
      "show 4 | Helvetica [12 0 0 -12] 0 0 placement 1 () | Helvetica [12 0 0 -12] 4 20 placement 1 (A); "
      "newpath",
      kVXOk},
+    {"AnEmptyStringDoesNotMove", "7 Tr 1 Tc () Tx (A) Tx TO",
+     "show 4 | Helvetica [12 0 0 -12] 0 0 placement 1 () | Helvetica [12 0 0 -12] 10 20 placement 1 (A); "
+     "newpath",
+     kVXOk},
+    // Both from the same place; and the position is the one that painting has left, 10 + 2 × (6 + 1).
+    {"PaintAndClipStartAtTheSamePlace", "4 Tr 1 Tc (AB) Tx 0 Tc 0 Tr (C) Tx TO",
+     "show 1 | Helvetica [12 0 0 -12] 10 20 placement 1 (A) | Helvetica [12 0 0 -12] 17 20 placement 1 (B); "
+     "show 1 | Helvetica [12 0 0 -12] 24 20 placement 1 (C); "
+     "show 4 | Helvetica [12 0 0 -12] 10 20 placement 1 (A) | Helvetica [12 0 0 -12] 17 20 placement 1 (B); "
+     "newpath",
+     kVXOk},
+    // Painted text goes on where the clip ended.
+    {"TheTextMovesOverTheClip", "7 Tr 1 Tc (AB) Tx 0 Tc 0 Tr (C) Tx TO",
+     "show 1 | Helvetica [12 0 0 -12] 24 20 placement 1 (C); "
+     "show 4 | Helvetica [12 0 0 -12] 10 20 placement 1 (A) | Helvetica [12 0 0 -12] 17 20 placement 1 (B); "
+     "newpath",
+     kVXOk},
     {"SwappedScales", "7 Tr 1 Tc 1 Ty 200 50 Tz (AB) Tx TO",
      "show 4 | Helvetica [6 0 0 -24] 10 20 placement 1 (A) | Helvetica [6 0 0 -24] 13.5 20 placement 1 (B); "
      "newpath",
@@ -125,6 +142,10 @@ const TextCase kColumns[] = {
     {"WhilePaintGoesRight", "4 Tr 1 Tv 3 Ts (A) Tx TO",
      "show 1 | Helvetica [12 0 0 -12] 10 9.5 placement 1 (A); "
      "show 4 | Helvetica [12 0 0 -12] 4 9.5 placement 1 (A); newpath",
+     kVXOk},
+    {"AnEmptyStringDoesNotMove", "7 Tr 1 Tv () Tx (A) Tx TO",
+     "show 4 | Helvetica [12 0 0 -12] 0 0 placement 1 () | Helvetica [12 0 0 -12] 7 9.5 placement 1 (A); "
+     "newpath",
      kVXOk},
     {"AnEmptyStringIsPlacedNowhere", "7 Tr 1 Tv () Tx TO",
      "show 4 | Helvetica [12 0 0 -12] 0 0 placement 1 (); newpath", kVXOk},

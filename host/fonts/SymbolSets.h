@@ -1,0 +1,13 @@
+// The character sets of the two classic fonts of signs, in which the bytes of their text stand.
+#pragma once
+
+#include <cstdint>
+
+namespace vxhost
+{
+
+// What a byte of text means in Unicode; 0: nothing.
+char32_t FromSymbol(uint8_t byte);
+char32_t FromDingbats(uint8_t byte);
+
+} // namespace vxhost
