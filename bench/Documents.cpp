@@ -21,6 +21,8 @@ constexpr const char *kHeader = "%!PS-Tavro-3.0 EPSF-3.0\n"
                                 "%%BeginSetup\n"
                                 "%%EndSetup\n";
 
+constexpr const char *kTrailer = "%%PageTrailer\n%%EOF\n";
+
 // A linear congruential generator: the same numbers everywhere.
 class Numbers
 {
@@ -78,7 +80,26 @@ std::string MakePathDocument(size_t size)
     text += "0 0 0 1 K\n1 w\n";
     while (text.size() < size)
         AppendShape(&text, &numbers);
-    return text + "%%PageTrailer\n%%EOF\n";
+    return text + kTrailer;
+}
+
+std::string TextFontName(int font)
+{
+    return "Asked-" + std::to_string(font);
+}
+
+std::string MakeTextDocument(int strings)
+{
+    Numbers numbers;
+    std::string text = kHeader;
+    text += "0 g\n0 To\n1 0 0 1 20 20 0 Tp\nTP\n0 Tr\n";
+    for (int i = 0; i < strings; ++i) {
+        const std::string place =
+            std::to_string(numbers.Below(kPageWidth)) + " " + std::to_string(numbers.Below(kPageHeight));
+        text +=
+            "/_" + TextFontName(i % kTextFonts) + " 12 Tf\n1 0 0 1 " + place + " Tm\n(a line of text) Tx\n";
+    }
+    return text + "TO\n" + kTrailer;
 }
 
 } // namespace vxbench

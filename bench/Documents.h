@@ -11,4 +11,9 @@ namespace vxbench
 // are mostly made of. At least size bytes, ended properly.
 std::string MakePathDocument(size_t size);
 
+// Lines of text, each placed and set in another of a few fonts than the line before.
+std::string MakeTextDocument(int strings);
+constexpr int kTextFonts = 8;
+std::string TextFontName(int font);
+
 } // namespace vxbench
