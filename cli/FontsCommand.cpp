@@ -42,7 +42,9 @@ Status FontsCommand::Run(Messages *messages) const
                    : Status::OutputFailed;
     Status worst = Status::Done;
     for (const std::string &input : options.inputs) {
-        const Verdict verdict = session.Interpret(input, {}, Inspect);
+        Purpose purpose;
+        purpose.isFonts = true;
+        const Verdict verdict = session.Interpret(input, purpose, Inspect);
         worst = Worst(worst, verdict.status);
         if (!print(json_ ? FontsJson(input, verdict) : FontsText(input, verdict)))
             return Worst(worst, Status::OutputFailed);

@@ -50,6 +50,13 @@ std::string DumpLine(const nlohmann::ordered_json &json)
 
 } // namespace
 
+std::string FontUseText(const FontUse &font)
+{
+    std::string text = fmt::format("{}; {}, {}", Why(font), Counted(font.strings, "string"),
+                                   Counted(font.characters, "character"));
+    return font.missingGlyphs > 0 ? text + fmt::format(", {} missing", font.missingGlyphs) : text;
+}
+
 std::string FontsText(const std::string &input, const Verdict &verdict)
 {
     const Outcome &outcome = verdict.finding.outcome;
@@ -60,11 +67,7 @@ std::string FontsText(const std::string &input, const Verdict &verdict)
     const size_t width =
         WidestName(outcome.fonts, [](const FontUse &font) { return Printable(font.asked, kMaxName); });
     for (const FontUse &font : outcome.fonts) {
-        text += fmt::format("  {:<{}}  {}; {}, {}", Printable(font.asked, kMaxName), width, Why(font),
-                            Counted(font.strings, "string"), Counted(font.characters, "character"));
-        if (font.missingGlyphs > 0)
-            text += fmt::format(", {} missing", font.missingGlyphs);
-        text += "\n";
+        text += fmt::format("  {:<{}}  {}\n", Printable(font.asked, kMaxName), width, FontUseText(font));
         if (!font.file.empty())
             text += fmt::format("  {:<{}}  {}\n", "", width, Printable(font.file, 4096));
     }

@@ -8,6 +8,9 @@
 namespace vxhost
 {
 
+// What serves it and why, and what it showed: "substitute NimbusSans-Bold; 1 string, 4 characters, 1 missing".
+std::string FontUseText(const FontUse &font);
+
 std::string FontsText(const std::string &input, const Verdict &verdict);
 std::string FontsJson(const std::string &input, const Verdict &verdict);
 

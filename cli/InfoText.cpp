@@ -1,5 +1,6 @@
 #include "cli/InfoText.h"
 
+#include "cli/FontsText.h"
 #include "cli/OutcomeJson.h"
 #include "cli/Text.h"
 
@@ -51,15 +52,15 @@ std::string UsedColours(const Outcome &outcome)
     return outcome.monochrome ? text + "; declared black and white" : text;
 }
 
-std::string UsedFonts(const Finding &finding)
+// One row a font; where no text is shown, what the header declares.
+std::string FontRows(const Finding &finding)
 {
-    std::vector<std::string> fonts;
+    if (finding.outcome.fonts.empty())
+        return Row("fonts", Joined(finding.header.fonts));
+    std::string rows;
     for (const FontUse &font : finding.outcome.fonts)
-        fonts.push_back(
-            font.match == FontMatch::Exact
-                ? font.asked
-                : fmt::format("{} (drawn with {})", font.asked, font.served.empty() ? "boxes" : font.served));
-    return fonts.empty() ? Joined(finding.header.fonts) : Joined(fonts);
+        rows += Row(rows.empty() ? "fonts" : "", font.asked + ": " + FontUseText(font));
+    return rows;
 }
 
 std::string Usage(const Counts &counts)
@@ -92,7 +93,7 @@ std::string InfoText(const std::string &input, const Verdict &verdict)
     text += Row("colour", UsedColours(outcome));
     text += Row("process colours", Joined(header.processColours));
     text += Row("custom colours", Joined(header.customColours));
-    text += Row("fonts", UsedFonts(verdict.finding));
+    text += FontRows(verdict.finding);
     text += Row("uses", Usage(outcome.counts));
     text += Row("file", fmt::format("{} bytes, line ends {}{}", outcome.bytesTotal,
                                     header.lineEnds.empty() ? "none" : header.lineEnds,

@@ -85,8 +85,10 @@ std::string WithoutFullStop(std::string text)
 constexpr int kFontProblem = 5; // of the reports
 
 // What ended the document is an error, and told as that.
-std::vector<std::string> Warnings(const Finding &finding, const std::string &input)
+std::vector<std::string> Warnings(const Finding &finding, const Purpose &purpose, const std::string &input)
 {
+    const std::string help =
+        "install it, or " + (purpose.isFonts ? "choose another with --font-map" : "see vx fonts " + input);
     const Outcome &outcome = finding.outcome;
     const bool isGivenUp = !finding.lackedFont.empty();
     std::vector<std::string> warnings;
@@ -99,11 +101,9 @@ std::vector<std::string> Warnings(const Finding &finding, const std::string &inp
             continue;
         if (font.match == FontMatch::Substitute)
             warnings.push_back(
-                fmt::format("no font \"{}\", drawn with \"{}\": install it, or see vx fonts {}", font.asked,
-                            font.served, input));
+                fmt::format("no font \"{}\", drawn with \"{}\": {}", font.asked, font.served, help));
         if (font.match == FontMatch::Missing)
-            warnings.push_back(fmt::format("no font \"{}\", drawn as boxes: install it, or see vx fonts {}",
-                                           font.asked, input));
+            warnings.push_back(fmt::format("no font \"{}\", drawn as boxes: {}", font.asked, help));
         if (font.match != FontMatch::Missing && font.missingGlyphs > 0)
             warnings.push_back(
                 fmt::format("font \"{}\" lacks {} of {} characters{}: install one that has them", font.served,
@@ -256,7 +256,7 @@ WorkerTask Session::TaskFor(const Document &document, const Work &work) const
 Verdict Session::Judge(const std::string &input, const Purpose &purpose, size_t size, Finding finding)
 {
     const Outcome &outcome = finding.outcome;
-    const std::vector<std::string> warnings = Warnings(finding, input);
+    const std::vector<std::string> warnings = Warnings(finding, purpose, input);
     for (const std::string &warning : warnings)
         messages_->Warning(InputName(input), warning);
 

@@ -45,6 +45,7 @@ struct Purpose {
     std::string_view lost;                  // what an error costs: ", nothing written"
     std::string output = "standard output"; // as a message names it
     bool isTrace = false;                   // then nobody is sent to vx trace
+    bool isFonts = false;                   // nor to vx fonts
 };
 
 class Session

@@ -3,6 +3,7 @@
 The environment names what is tested: VX the program, VX_HOSTILE_PLUGIN a plug-in that misbehaves as VX_HOSTILE says,
 VX_SANITIZED whether both are instrumented.
 """
+import glob
 import json
 import os
 import resource
@@ -14,6 +15,8 @@ import time
 import unittest
 
 from vxcommand import CommandTest, LEFT_HALF, Png, SANITIZED, document
+
+SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../samples")
 
 
 class Usage(CommandTest):
@@ -483,8 +486,18 @@ class Fonts(CommandTest):
                           ("substitute", "NimbusSans-Bold")])
         self.assertEqual({(font["strings"], font["characters"], font["missingGlyphs"]) for font in fonts.values()},
                          {(1, 4, 0)})
-        self.assertEqual(messages, ['vx: a.vx: warning: no font "Frutiger-Black", drawn with "NimbusSans-Bold": '
-                                    "install it, or see vx fonts a.vx"])
+        told = 'vx: a.vx: warning: no font "Frutiger-Black", drawn with "NimbusSans-Bold": install it, or '
+        self.assertEqual(messages, [told + "choose another with --font-map"])
+        for words in (["info"], ["render", "-o", "a.png"]):
+            _, messages = self.run_vx(*words, "a.vx", *self.ONLY)
+            self.assertEqual(messages, [told + "see vx fonts a.vx"])
+
+    def test_info_tells_it_too(self):
+        self.write("a.vx", text_document("Helvetica", "Frutiger"))
+        output, _ = self.run_vx("info", "a.vx", *self.ONLY)
+        self.assertIn("  fonts           Helvetica: stand-in NimbusSans-Regular, of the same widths; 1 string, 4 characters\n"
+                      "                  Frutiger: substitute NimbusSans-Regular; 1 string, 4 characters\n",
+                      output.decode())
 
     def test_a_map_decides(self):
         self.write("a.vx", text_document("Frutiger"))
@@ -501,8 +514,11 @@ class Fonts(CommandTest):
     def test_a_missing_font_may_fail(self):
         self.write("a.vx", text_document("Frutiger"))
         _, messages = self.run_vx("render", "a.vx", "-o", "a.png", *self.ONLY, "--missing-fonts", "fail", status=1)
-        self.assertIn('no font "Frutiger", nothing written', messages[-1])
+        self.assertEqual(messages, ['vx: a.vx: no font "Frutiger", nothing written: install it, or go without '
+                                    "--missing-fonts fail"])
         self.assertFalse(os.path.exists(self.path("a.png")))
+        _, messages = self.run_vx("fonts", "a.vx", "--no-system-fonts", "--missing-fonts", "fail", status=1)
+        self.assertEqual(len(messages), 1, messages)
         self.write("b.vx", text_document("Helvetica"))
         self.run_vx("render", "b.vx", "-o", "b.png", *self.ONLY, "--missing-fonts", "fail")
 
@@ -510,8 +526,39 @@ class Fonts(CommandTest):
         self.write("a.vx", text_document("Helvetica"))
         fonts, messages = self.fonts("a.vx", "--no-system-fonts")
         self.assertEqual((fonts["Helvetica"]["match"], fonts["Helvetica"]["missingGlyphs"]), ("missing", 4))
-        self.assertEqual(messages, ['vx: a.vx: warning: no font "Helvetica", drawn as boxes: install it, or see '
-                                    "vx fonts a.vx"])
+        self.assertEqual(messages, ['vx: a.vx: warning: no font "Helvetica", drawn as boxes: install it, or '
+                                    "choose another with --font-map"])
+
+    # Spaced text is a record a character: of two bytes where the script has such.
+    def test_the_script_is_that_of_the_fonts_unless_it_is_said(self):
+        body = "0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_{} 12 Tf\n1 Tc\n(\\260\\241\\260\\242) Tx\nTO\n"
+        self.write("korean.vx", document(body.format("HYSMyeongJo-Medium")))
+        self.write("roman.vx", document(body.format("Helvetica")))
+        for name, words, characters in (("korean.vx", [], 2), ("korean.vx", ["--script", "roman"], 4),
+                                        ("roman.vx", [], 4), ("roman.vx", ["--script", "korean"], 2)):
+            with self.subTest(name=name, words=words):
+                output, _ = self.run_vx("trace", name, *words, *self.ONLY)
+                self.assertEqual(output.count(b" placement "), characters, output)
+        for words in (["info"], ["fonts"], ["render", "-o", "a.png"]):
+            self.run_vx(*words, "roman.vx", "--script", "korean", *self.ONLY)
+            self.assertIn("--script greek: not known", self.refused(*words, "roman.vx", "--script", "greek", status=2))
+
+    # No warnings, and all glyphs there, with the fonts that the samples name.
+    def test_the_text_of_the_samples_has_its_fonts(self):
+        folders = ("opentype/urw-base35", "opentype/ipafont-gothic", "truetype/baekmuk", "truetype/arphic-bsmi00lp")
+        only = ["--no-system-fonts"] + [word for folder in folders for word in ("--font-dir", f"/usr/share/fonts/{folder}")]
+        for path in sorted(glob.glob(os.path.join(SAMPLES, "text-*.vx"))):
+            with self.subTest(path=path):
+                fonts, messages = self.fonts(path, *only)
+                self.assertGreater(sum(font["characters"] for font in fonts.values()), 5)
+                self.assertEqual(sum(font["missingGlyphs"] for font in fonts.values()), 0)
+                missing = 5 if path.endswith("text-missing.vx") else 0
+                self.assertEqual([font["match"] for font in fonts.values()].count("substitute"), missing)
+                self.assertEqual(len(messages), missing)
+
+    def test_a_painted_clip_is_one_string(self):
+        fonts, _ = self.fonts(os.path.join(SAMPLES, "text-clip.vx"), *self.ONLY)
+        self.assertEqual((fonts["Helvetica-Bold"]["strings"], fonts["Helvetica-Bold"]["characters"]), (2, 12))
 
     def test_the_list(self):
         output, _ = self.run_vx("fonts", "--list", *self.ONLY)
