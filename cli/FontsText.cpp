@@ -25,7 +25,7 @@ std::string Why(const FontUse &font)
     case FontMatch::Substitute:
         return fmt::format("substitute {}", Printable(font.served, kMaxName));
     default:
-        return "missing, boxes";
+        return font.strings > 0 ? "missing, boxes" : "missing";
     }
 }
 

@@ -127,17 +127,8 @@ void CheckServed(const FontChoice &choice, const FontList &fonts)
     }
 }
 
-// The first font that the document's text asked for and nothing of that name serves.
-std::string FindLackedFont(const DocumentFontOptions &options, const DocumentFonts &fonts)
-{
-    for (const AskedFont &asked : options.asked) {
-        if (!fonts.HasFor(asked.name))
-            return asked.name;
-    }
-    return "its name is unknown";
-}
-
-// Where nothing may be substituted, a text that boxes would stand for ends the document as well.
+// Where nothing may be substituted, a text that boxes would stand for ends the document as well. Of a document that was
+// given up nothing is known but what it asks for.
 void JudgeFonts(const DocumentFontOptions &options, const DocumentFonts &fonts, Finding *finding)
 {
     Outcome &outcome = finding->outcome;
@@ -145,8 +136,21 @@ void JudgeFonts(const DocumentFontOptions &options, const DocumentFonts &fonts, 
         outcome.fonts, [](const FontUse &use) { return use.match == FontMatch::Missing; });
     if (!options.substitute && isBoxed && outcome.result == kVXOk)
         outcome.result = kVXStoppedByUser;
-    if (outcome.result == kVXStoppedByUser)
-        finding->lackedFont = FindLackedFont(options, fonts);
+    if (outcome.result != kVXStoppedByUser)
+        return;
+    outcome.fonts.clear();
+    for (const AskedFont &asked : options.asked) {
+        const int32_t index = fonts.FindFor(asked.name);
+        FontUse use;
+        if (index >= 0)
+            use = fonts.Describe(index);
+        use.asked = asked.name;
+        if (use.match == FontMatch::Missing && finding->lackedFont.empty())
+            finding->lackedFont = asked.name;
+        outcome.fonts.push_back(use);
+    }
+    if (finding->lackedFont.empty())
+        finding->lackedFont = "its name is unknown";
 }
 
 } // namespace

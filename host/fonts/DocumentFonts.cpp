@@ -100,10 +100,10 @@ void DocumentFonts::ChooseEncodings(const DocumentFontOptions &options)
     std::vector<bool> isReencoded(entries_.size());
     std::vector<std::optional<Script>> scripts(entries_.size());
     for (const AskedFont &asked : options.asked) {
-        const auto found = byBareName_.find(std::string(WithoutSuffixes(asked.name)));
-        if (found == byBareName_.end())
+        const int32_t found = FindFor(asked.name);
+        if (found < 0)
             continue;
-        const auto index = static_cast<size_t>(found->second);
+        const auto index = static_cast<size_t>(found);
         if (details_[index].asked.empty())
             details_[index].asked = asked.name;
         isReencoded[index] = isReencoded[index] || asked.isReencoded;
@@ -132,10 +132,10 @@ Script DocumentFonts::FindSystemScript(const DocumentFontOptions &options) const
     if (options.systemScript)
         return *options.systemScript;
     for (const AskedFont &asked : options.asked) {
-        const auto found = byBareName_.find(std::string(WithoutSuffixes(asked.name)));
-        if (asked.isReencoded || found == byBareName_.end())
+        const int32_t index = FindFor(asked.name);
+        if (asked.isReencoded || index < 0)
             continue;
-        const Script script = ScriptOf(EncodingOf(found->second));
+        const Script script = ScriptOf(EncodingOf(index));
         if (script != Script::Roman)
             return script;
     }
@@ -148,9 +148,10 @@ int32_t DocumentFonts::Find(std::string_view postScriptName) const
     return found == byName_.end() ? -1 : found->second;
 }
 
-bool DocumentFonts::HasFor(std::string_view asked) const
+int32_t DocumentFonts::FindFor(std::string_view asked) const
 {
-    return byBareName_.contains(std::string(WithoutSuffixes(asked)));
+    const auto found = byBareName_.find(std::string(WithoutSuffixes(asked)));
+    return found == byBareName_.end() ? -1 : found->second;
 }
 
 const FontFile *DocumentFonts::FileOf(int32_t index) const

@@ -42,7 +42,7 @@ class DocumentFonts final : public FontList
     int32_t CharWidth(int16_t number, int16_t character) const override;
 
     int32_t Find(std::string_view postScriptName) const;  // -1: not in the list
-    bool HasFor(std::string_view asked) const;            // whatever its suffixes
+    int32_t FindFor(std::string_view asked) const;        // the same, whatever its suffixes
     Script SystemScript() const { return systemScript_; } // to be told to the plug-in
     TextEncoding EncodingOf(int32_t index) const { return details_[static_cast<size_t>(index)].encoding; }
     const FontFile *FileOf(int32_t index) const;     // null: boxes

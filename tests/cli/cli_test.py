@@ -517,6 +517,11 @@ class Fonts(CommandTest):
         self.assertEqual(messages, ['vx: a.vx: no font "Frutiger", nothing written: install it, or go without '
                                     "--missing-fonts fail"])
         self.assertFalse(os.path.exists(self.path("a.png")))
+        self.write("c.vx", text_document("Helvetica", "Frutiger"))
+        output, messages = self.run_vx("fonts", "c.vx", *self.ONLY, "--missing-fonts", "fail", status=1)
+        self.assertEqual(len(messages), 1, messages)
+        self.assertIn("Helvetica  stand-in NimbusSans-Regular", output.decode())
+        self.assertIn("Frutiger   missing; 0 strings", output.decode())
         _, messages = self.run_vx("fonts", "a.vx", "--no-system-fonts", "--missing-fonts", "fail", status=1)
         self.assertEqual(len(messages), 1, messages)
         self.write("b.vx", text_document("Helvetica"))
