@@ -23,6 +23,7 @@ constexpr int kManyFonts = 3000;
 vxhost::FixedFontList MakeFonts(int count)
 {
     std::vector<std::string> names;
+    names.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
         names.push_back("Unasked-" + std::to_string(i));
     for (int i = 0; i < vxbench::kTextFonts; ++i)

@@ -37,7 +37,8 @@ constexpr std::array<char16_t, 96> kSymbolUpper = {
     0x23AE, 0x2321, 0x239E, 0x239F, 0x23A0, 0x23A4, 0x23A5, 0x23A6, 0x23AB, 0x23AC, 0x23AD, 0x0000,
 };
 
-// Dingbats stand in Unicode in the order of their codes, but for those that were there already.
+// Dingbats stand in Unicode in the order of their codes, but for those that were there already. The first range that
+// holds a byte counts.
 struct Range {
     uint8_t first, last;
     char16_t character; // of the first
