@@ -2,6 +2,7 @@
 
 #include "host/CappedHeap.h"
 #include "host/DocumentReader.h"
+#include "host/drawing/BlendFilter.h"
 #include "host/drawing/DrawingTable.h"
 #include "host/resources/StringLists.h"
 #include "host/toolbox/HostContext.h"
@@ -146,12 +147,13 @@ Outcome Plugin::Parse(const Document &document, const ParseOptions &options, ZRK
 Outcome Plugin::Draw(const Document &document, const ParseOptions &options, const Page &page,
                      Device &device) const
 {
-    Drawing drawing(&device, options.maxDrawing);
+    BlendFilter filter(&device);
+    Drawing drawing(&filter, options.maxDrawing);
     DrawingTable table(&drawing, options.glyphs);
-    device.BeginPage(page);
+    filter.BeginPage(page);
     Outcome outcome = Parse(document, options, table.Procs(), table.Reference());
     drawing.RestoreAll();
-    outcome.deviceError = device.EndPage();
+    outcome.deviceError = filter.EndPage();
     outcome.counts = drawing.GetCounts();
     if (options.glyphs != nullptr)
         outcome.fonts = options.glyphs->FontsUsed();

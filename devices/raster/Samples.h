@@ -3,7 +3,7 @@
 // and ink.
 #pragma once
 
-#include "host/drawing/Path.h"
+#include "host/drawing/Vectors.h"
 
 #include <algorithm>
 #include <cmath>
@@ -53,30 +53,5 @@ struct Extent {
     }
     double Size() const { return std::max(right - left, bottom - top); }
 };
-
-inline Point operator+(Point a, Point b)
-{
-    return {a.x + b.x, a.y + b.y};
-}
-inline Point operator-(Point a, Point b)
-{
-    return {a.x - b.x, a.y - b.y};
-}
-inline Point operator*(Point a, double f)
-{
-    return {a.x * f, a.y * f};
-}
-inline double Dot(Point a, Point b)
-{
-    return a.x * b.x + a.y * b.y;
-}
-inline double Cross(Point a, Point b)
-{
-    return a.x * b.y - a.y * b.x;
-}
-inline double Length(Point a)
-{
-    return std::sqrt(Dot(a, a));
-}
 
 } // namespace vxhost::raster

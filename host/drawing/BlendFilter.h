@@ -1,0 +1,46 @@
+// Blend filter: stands before a device and gives it each blend as one shading.
+//
+// Documents paint blends as runs of strips and discs of flat colour. Those that step one blend are held back until the
+// run ends and go on as one; everything else goes on as it came, in its order.
+#pragma once
+
+#include "host/drawing/DiscBlend.h"
+#include "host/drawing/StripBlend.h"
+
+namespace vxhost
+{
+
+class BlendFilter final : public Device
+{
+  public:
+    explicit BlendFilter(Device *device) : device_(device) {}
+
+    void BeginPage(const Page &page) override;
+    void Save() override;
+    void Restore() override;
+    void ClipPath(const Path &path) override;
+    void FillPath(const Path &path, const Paint &paint) override;
+    void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override;
+    void Shade(const Shading &shading) override;
+    bool CanShow(const TextFont &font) override;
+    void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override;
+    std::string EndPage() override;
+
+  private:
+    // The device, for anything but a further step.
+    Device *Flushed()
+    {
+        if (!strips_.IsEmpty())
+            strips_.Flush(device_);
+        if (!discs_.IsEmpty())
+            discs_.Flush(device_);
+        return device_;
+    }
+
+    Device *device_;
+    // One of them holds something back at a time.
+    StripBlend strips_;
+    DiscBlend discs_;
+};
+
+} // namespace vxhost

@@ -1,0 +1,128 @@
+#include "host/drawing/DiscBlend.h"
+
+#include "host/drawing/ColourRamp.h"
+#include "host/drawing/Vectors.h"
+
+#include <algorithm>
+
+namespace vxhost
+{
+
+namespace
+{
+
+// A circle without a close, as blends draw it.
+constexpr Verb kDiscVerbs[] = {Verb::Move, Verb::Curve, Verb::Curve, Verb::Curve, Verb::Curve};
+
+// What went through one matrix is the same up to the last bits of a double; documents are in steps of 1/65536.
+constexpr double kExact = 1e-6;
+
+// Control points of a quarter of the unit circle lie this far along its tangents, but for the rounding to 16.16, which
+// shows in the smallest discs.
+constexpr double kQuarter = 0.5522847498307936;
+constexpr double kQuarterError = 0.01;
+
+// How far from its place a centre may be, in steps of the radius.
+constexpr double kPlaceError = 0.1;
+
+} // namespace
+
+bool DiscBlend::ReadDisc(const Path &path, Disc *disc)
+{
+    if (!std::ranges::equal(path.verbs, kDiscVerbs))
+        return false;
+    const Point *p = path.points.data();
+    const Point centre = (p[0] + p[6]) * 0.5;
+    const Point u = p[0] - centre, v = p[3] - centre;
+    std::copy_n(p, disc->path.size(), disc->path.begin());
+    disc->centre = centre;
+    disc->u = u;
+    disc->v = v;
+    if (p[12] != p[0] || !AreNear((p[3] + p[9]) * 0.5, centre, kExact) || Cross(u, v) == 0)
+        return false;
+    const double error = kQuarterError * (Length(u) + Length(v));
+    const auto isAt = [&](int i, double x, double y) { return AreNear(p[i], centre + u * x + v * y, error); };
+    return isAt(1, 1, kQuarter) && isAt(2, kQuarter, 1) && isAt(4, -kQuarter, 1) && isAt(5, -1, kQuarter) &&
+           isAt(7, -1, -kQuarter) && isAt(8, -kQuarter, -1) && isAt(10, kQuarter, -1) &&
+           isAt(11, 1, -kQuarter);
+}
+
+bool DiscBlend::Continues(const Disc &disc, const Paint &paint) const
+{
+    const Disc &last = discs_.Back();
+    const double ratio = Dot(disc.u, last.u) / Dot(last.u, last.u);
+    return AreAlike(paint, discs_.BackPaint()) && ratio > 0 && ratio < 1 &&
+           AreNear(disc.u, last.u * ratio, kExact) && AreNear(disc.v, last.v * ratio, kExact);
+}
+
+bool DiscBlend::Add(const Path &path, const Paint &paint, Device *device)
+{
+    Disc disc;
+    if (!ReadDisc(path, &disc))
+        return false;
+    if (!discs_.IsEmpty() && !Continues(disc, paint))
+        Flush(device);
+    if (discs_.IsEmpty())
+        radius_ = Length(disc.u);
+    discs_.Push(disc, paint, radius_ - Length(disc.u));
+    if (discs_.IsFull())
+        TakeShape(device);
+    return true;
+}
+
+void DiscBlend::Flush(Device *device)
+{
+    while (!discs_.IsEmpty())
+        TakeShape(device);
+}
+
+// The first discs of the queue go on as a shading, or the first as it is.
+void DiscBlend::TakeShape(Device *device)
+{
+    const size_t steps = discs_.CountRamp();
+    Shading shading;
+    if (steps > 0 && MakeShading(steps, &shading)) {
+        device->Shade(shading);
+        discs_.Pop(steps);
+        return;
+    }
+    const Disc &first = discs_.Front();
+    path_.verbs.assign(std::begin(kDiscVerbs), std::end(kDiscVerbs));
+    path_.points.assign(first.path.begin(), first.path.end());
+    device->FillPath(path_, discs_.Paints(1).front());
+    discs_.Pop(1);
+}
+
+// False when the centres do not move by equal steps, or move out of the first disc.
+bool DiscBlend::MakeShading(size_t steps, Shading *shading) const
+{
+    const std::span<const Disc> discs = discs_.Shapes(steps);
+    const std::span<const double> starts = discs_.Starts(steps);
+    const Disc &outer = discs.front();
+    const auto intervals = static_cast<double>(steps - 1);
+    const Point move = discs.back().centre - outer.centre;
+    const double radius = Length(outer.u), step = (starts.back() - starts.front()) / intervals;
+    const double error = kPlaceError * step * std::min(1.0, Length(outer.v) / radius);
+    for (size_t i = 1; i < steps; ++i) {
+        const Point place = outer.centre + move * (static_cast<double>(i) / intervals);
+        if (!AreNear(discs[i].centre, place, error))
+            return false;
+    }
+
+    // The last disc ends one step before the circle that the colours run to.
+    const double end = std::min(starts.back() + step, starts.front() + radius);
+    const double area = Cross(outer.u, outer.v);
+    const Point lastCentre = {Cross(move, outer.v) / area, Cross(outer.u, move) / area};
+    const double lastRadius = 1 - (end - starts.front()) / radius;
+    if (!(Length(lastCentre) <= 1 - lastRadius))
+        return false;
+    shading->kind = ShadingKind::Radial;
+    shading->matrix = {outer.u.x, outer.u.y, outer.v.x, outer.v.y, outer.centre.x, outer.centre.y};
+    shading->first = {{0, 0}, 1};
+    shading->last = {lastCentre, lastRadius};
+    shading->spans = MakeSpans(discs_.Paints(steps), starts, end);
+    shading->overprint = discs_.BackPaint().overprint;
+    return true;
+}
+
+} // namespace vxhost

@@ -1,0 +1,42 @@
+// Disc blends: finds the radial blends among discs that are painted one upon the other, ever smaller.
+//
+// Between two stops they shrink by equal steps, and with a highlight their centres move by equal steps. The discs of
+// two stops become one radial shading.
+#pragma once
+
+#include "host/drawing/Device.h"
+#include "host/drawing/StepQueue.h"
+
+#include <array>
+
+namespace vxhost
+{
+
+class DiscBlend
+{
+  public:
+    // Holds the shape back, or does nothing and returns false when it is no disc. What can no longer become part of a
+    // shading goes on to the device, which is the same one for all calls.
+    bool Add(const Path &path, const Paint &paint, Device *device);
+    // All that is held back goes on.
+    void Flush(Device *device);
+    bool IsEmpty() const { return discs_.IsEmpty(); }
+
+  private:
+    // The unit circle under a matrix: its centre, and what (1, 0) and (0, 1) become of, less the centre.
+    struct Disc {
+        std::array<Point, 13> path;
+        Point centre, u, v;
+    };
+
+    static bool ReadDisc(const Path &path, Disc *disc);
+    bool Continues(const Disc &disc, const Paint &paint) const;
+    void TakeShape(Device *device);
+    bool MakeShading(size_t steps, Shading *shading) const;
+
+    StepQueue<Disc> discs_;
+    double radius_ = 0; // of the first that came into the empty queue
+    Path path_;         // keeps its storage
+};
+
+} // namespace vxhost

@@ -1,0 +1,60 @@
+// Strip blends: finds the linear blends among parallelograms that follow each other, side to side.
+//
+// A blend is painted as strips, with a cap before and one behind; between three and more stops there are strips of
+// several blends. All that make one straight band become one axial shading.
+#pragma once
+
+#include "host/drawing/Device.h"
+#include "host/drawing/StepQueue.h"
+
+#include <vector>
+
+namespace vxhost
+{
+
+class StripBlend
+{
+  public:
+    // Holds the shape back, or does nothing and returns false when it is no parallelogram. What can no longer become
+    // part of a shading goes on to the device, which is the same one for all calls.
+    bool Add(const Path &path, const Paint &paint, Device *device);
+    // All that is held back goes on.
+    void Flush(Device *device);
+    bool IsEmpty() const { return strips_.IsEmpty() && band_.empty(); }
+
+  private:
+    // As a strip is drawn: along one edge, over on the far side, and back along the other edge.
+    struct Quad {
+        Point near0, far0, far1, near1;
+        Quad Turned() const { return {far0, far1, near1, near0}; }
+        Quad Mirrored() const { return {near1, far1, far0, near0}; }
+    };
+    // A ramp, or, without spans, a strip of one colour.
+    struct Piece {
+        Quad drawn;
+        Quad placed;                   // so that the next piece of the band is on the far side
+        Paint paint;                   // of the first strip
+        std::vector<ColourSpan> spans; // from 0 to 1 across the piece
+        double end = 0;                // from 0 to 1 across the band; set by MakesBand
+        bool IsRamp() const { return !spans.empty(); }
+    };
+
+    static bool ReadQuad(const Path &path, Quad *quad);
+    bool Continues(const Quad &quad, const Paint &paint) const;
+    void EndStrips(Device *device);
+    void TakePiece(Device *device);
+    Piece MakePiece(size_t steps) const;
+    void AddPiece(Piece piece, Device *device);
+    bool JoinsLast();
+    bool MakesBand();
+    void EndBand(Device *device);
+    void FillPieces(Device *device);
+    void ShadeBand(Device *device);
+
+    StepQueue<Quad> strips_;  // neighbours of about one width
+    Point start_;             // of the first of them
+    std::vector<Piece> band_; // one behind the other
+    Path path_;               // keeps its storage
+};
+
+} // namespace vxhost
