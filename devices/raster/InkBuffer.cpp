@@ -27,7 +27,30 @@ constexpr auto kFourSamples = [] {
     return four;
 }();
 
+// Of the pixels x to end, which lie in one word.
+uint64_t BitsOf(int x, int end)
+{
+    return (~uint64_t{0} >> (64 - (end - x))) << (x & 63);
+}
+
 } // namespace
+
+Ink FindInk(const Paint &paint, bool simulateOverprint)
+{
+    const bool overprint = paint.overprint && simulateOverprint;
+    constexpr InkWord kAllButBlack = 0x00FFFFFF;
+    Ink ink;
+    ink.value = InksOf(paint.colour);
+    if (!overprint)
+        return ink;
+    if (paint.colour.space == ColourSpace::Gray)
+        ink.keep = kAllButBlack;
+    for (int i = 0; i < 4 && paint.colour.space == ColourSpace::Cmyk; ++i) {
+        if (paint.colour.ink[i] == 0)
+            ink.keep |= InkWord{0xFF} << (8 * i);
+    }
+    return ink;
+}
 
 struct Band {
     std::vector<InkWord> pixels;   // ink, or the number of a block where split
@@ -77,34 +100,50 @@ bool InkBuffer::SelectRow(int y)
     return true;
 }
 
-void InkBuffer::PaintWhole(int left, int right, const Ink &ink)
+// Splits no pixel between the two any more, and takes them for painted.
+void InkBuffer::MakeWhole(int left, int right)
 {
     for (int x = left; x < right;) {
         const int end = std::min(right, (x | 63) + 1);
-        const uint64_t bits = (~uint64_t{0} >> (64 - (end - x))) << (x & 63);
+        const uint64_t bits = BitsOf(x, end);
         const size_t word = static_cast<size_t>(x >> 6);
+        for (uint64_t rest = split_[word] & bits; rest != 0; rest &= rest - 1)
+            band_->freeBlocks.push_back(pixels_[(x & ~63) + std::countr_zero(rest)]);
+        split_[word] &= ~bits;
+        if (tracked_)
+            painted_[word] |= bits;
+        x = end;
+    }
+}
 
+void InkBuffer::PaintWhole(int left, std::span<const InkWord> inks)
+{
+    MakeWhole(left, left + static_cast<int>(inks.size()));
+    std::ranges::copy(inks, pixels_ + left);
+}
+
+void InkBuffer::PaintWhole(int left, int right, const Ink &ink)
+{
+    if (ink.Replaces()) {
+        MakeWhole(left, right);
+        std::fill(pixels_ + left, pixels_ + right, ink.value);
+        return;
+    }
+    for (int x = left; x < right;) {
+        const int end = std::min(right, (x | 63) + 1);
+        const uint64_t bits = BitsOf(x, end);
+        const size_t word = static_cast<size_t>(x >> 6);
         const uint64_t split = split_[word] & bits;
         for (uint64_t rest = split; rest != 0; rest &= rest - 1) {
-            const int at = (x & ~63) + std::countr_zero(rest);
-            if (ink.Replaces()) {
-                band_->freeBlocks.push_back(pixels_[at]); // the whole pixel has one ink again
-            } else {
-                InkWord *block = band_->Block(pixels_[at], blockWords_);
-                for (size_t i = 0; i < samplesPerBlock_; ++i)
-                    block[i] = ink.Over(block[i]);
-                if (tracked_)
-                    block[samplesPerBlock_] = block[samplesPerBlock_ + 1] = UINT32_MAX;
-            }
+            InkWord *block = band_->Block(pixels_[(x & ~63) + std::countr_zero(rest)], blockWords_);
+            for (size_t i = 0; i < samplesPerBlock_; ++i)
+                block[i] = ink.Over(block[i]);
+            if (tracked_)
+                block[samplesPerBlock_] = block[samplesPerBlock_ + 1] = UINT32_MAX;
         }
-        if (ink.Replaces()) {
-            split_[word] &= ~bits;
-            std::fill(pixels_ + x, pixels_ + end, ink.value);
-        } else {
-            for (int at = x; at < end; ++at) {
-                if (((split >> (at & 63)) & 1) == 0)
-                    pixels_[at] = ink.Over(pixels_[at]);
-            }
+        for (int at = x; at < end; ++at) {
+            if (((split >> (at & 63)) & 1) == 0)
+                pixels_[at] = ink.Over(pixels_[at]);
         }
         if (tracked_)
             painted_[word] |= bits;

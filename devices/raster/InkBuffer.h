@@ -47,6 +47,9 @@ struct Ink {
     }
 };
 
+// Without overprint every paint replaces all inks.
+Ink FindInk(const Paint &paint, bool simulateOverprint);
+
 struct Band; // 64 rows
 
 class InkBuffer
@@ -71,6 +74,16 @@ class InkBuffer
         else
             for (int x = left; x < right; ++x)
                 PaintPart(x, mask, ink);
+    }
+
+    // The same for pixels from left on, each with an ink of its own that replaces all.
+    void Paint(int left, std::span<const InkWord> inks, uint64_t mask)
+    {
+        if (mask == fullMask_)
+            PaintWhole(left, inks);
+        else
+            for (const InkWord ink : inks)
+                PaintPart(left++, mask, {ink});
     }
 
     int Width() const { return width_; }
@@ -103,6 +116,8 @@ class InkBuffer
   private:
     InkWord *TakeBlock(uint32_t *number);
     void PaintWhole(int left, int right, const Ink &ink);
+    void PaintWhole(int left, std::span<const InkWord> inks);
+    void MakeWhole(int left, int right);
     void PaintPart(int x, uint64_t mask, const Ink &ink);
 
     const int width_, height_, samples_;

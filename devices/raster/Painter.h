@@ -1,9 +1,11 @@
-// Lays the rows of samples of a shape down as ink, pixel by pixel.
+// Brings the rows of samples of a shape together into pixels, to be laid down as ink.
 #pragma once
 
 #include "devices/raster/Clip.h"
 #include "devices/raster/InkBuffer.h"
 #include "devices/raster/Scanner.h"
+
+#include <bit>
 
 namespace vxhost::raster
 {
@@ -11,12 +13,54 @@ namespace vxhost::raster
 class Painter
 {
   public:
-    // Paints the shape in the scanner, which was begun with the clip's limits, where the clip allows.
-    void Paint(Scanner *shape, const Clip &clip, const Ink &ink, InkBuffer *buffer);
+    // Hands out the pixels of the shape in the scanner, which was begun with the clip's limits, where the clip allows:
+    // lay(y, left, right, mask) for neighbours with one mask, in row y, which the buffer has selected.
+    template <class Lay>
+    void Paint(Scanner *shape, const Clip &clip, InkBuffer *buffer, Lay &&lay)
+    {
+        Begin(*buffer);
+        int32_t pixelRow = -1;
+        const auto endRow = [&] {
+            if (IsRowEmpty() || !buffer->SelectRow(pixelRow))
+                return;
+            LayRow([&](int left, int right, uint64_t mask) { lay(pixelRow, left, right, mask); });
+        };
+        shape->Sweep([&](int32_t y, std::span<const Span> spans) {
+            if (y >> shift_ != pixelRow) {
+                endRow();
+                pixelRow = y >> shift_;
+            }
+            const std::span<const Span> visible = clip.Intersect(y, spans, &scratch_);
+            if (!visible.empty())
+                AddSpans(visible, y & (samples_ - 1));
+        });
+        endRow();
+    }
 
   private:
+    void Begin(const InkBuffer &buffer);
+    bool IsRowEmpty() const { return firstWord_ > lastWord_; }
     void AddSpans(std::span<const Span> spans, int rowInPixel);
-    void PaintPixels(int32_t y, const Ink &ink, InkBuffer *buffer);
+
+    template <class Lay>
+    void LayRow(Lay &&lay)
+    {
+        uint64_t inside = 0;
+        size_t begin = 0;
+        for (size_t word = firstWord_; word <= lastWord_; ++word) {
+            for (uint64_t rest = changed_[word]; rest != 0; rest &= rest - 1) {
+                const size_t pixel = word * 64 + static_cast<size_t>(std::countr_zero(rest));
+                if (inside != 0)
+                    lay(static_cast<int>(begin), static_cast<int>(pixel), inside);
+                inside ^= changes_[pixel];
+                changes_[pixel] = 0;
+                begin = pixel;
+            }
+            changed_[word] = 0;
+        }
+        firstWord_ = changed_.size();
+        lastWord_ = 0;
+    }
 
     int shift_ = 0; // a pixel has 1 << shift_ samples a side
     int samples_ = 1;

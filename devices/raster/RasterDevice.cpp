@@ -3,7 +3,6 @@
 // are mixed and handed out.
 #include "devices/raster/RasterDevice.h"
 
-#include "devices/colour/Inks.h"
 #include "devices/colour/ScreenColours.h"
 #include "devices/raster/Clip.h"
 #include "devices/raster/Dasher.h"
@@ -12,6 +11,7 @@
 #include "devices/raster/Painter.h"
 #include "devices/raster/PngWriter.h"
 #include "devices/raster/RowMixer.h"
+#include "devices/raster/Shader.h"
 #include "devices/raster/Stroker.h"
 
 #include <cerrno>
@@ -31,23 +31,6 @@ constexpr uint64_t kEdgeShare = 4;
 
 // A stroke is painted in parts of about this many edges: its parts may overlap, since they have one ink.
 constexpr size_t kStrokeEdges = 1u << 16;
-
-Ink FindInk(const Paint &paint, bool simulateOverprint)
-{
-    const bool overprint = paint.overprint && simulateOverprint;
-    constexpr InkWord kAllButBlack = 0x00FFFFFF;
-    Ink ink;
-    ink.value = InksOf(paint.colour);
-    if (!overprint)
-        return ink;
-    if (paint.colour.space == ColourSpace::Gray)
-        ink.keep = kAllButBlack;
-    for (int i = 0; i < 4 && paint.colour.space == ColourSpace::Cmyk; ++i) {
-        if (paint.colour.ink[i] == 0)
-            ink.keep |= InkWord{0xFF} << (8 * i);
-    }
-    return ink;
-}
 
 // Closes every subpath, as fills and clips do.
 struct FillOutline {
@@ -186,6 +169,27 @@ class RasterDevice : public Device
         PaintScanned(ink);
     }
 
+    // Each part has an outline of its own, so the samples along its edges are shared out as those of all shapes are.
+    void Shade(const Shading &shading) override
+    {
+        if (buffer_ == nullptr)
+            return;
+        if (!shader_.Begin(shading, toSamples_, options_.samples, options_.overprint)) {
+            PaintAsShapes(shading, this);
+            return;
+        }
+        while (shader_.NextPart()) {
+            if (!IsSeen(shader_.Outline(), 0))
+                continue;
+            ScanFill(shader_.Outline());
+            shader_.MixInks();
+            painter_.Paint(&scanner_, clips_.Top(), buffer_.get(),
+                           [&](int y, int left, int right, uint64_t mask) {
+                               shader_.Paint(y, left, right, mask, buffer_.get());
+                           });
+        }
+    }
+
     std::string EndPage() override
     {
         if (error_.empty() && budget_.IsExhausted())
@@ -232,7 +236,9 @@ class RasterDevice : public Device
         if (scanner_.IsOverfull())
             budget_.Fail();
         else
-            painter_.Paint(&scanner_, clips_.Top(), ink, buffer_.get());
+            painter_.Paint(
+                &scanner_, clips_.Top(), buffer_.get(),
+                [&](int, int left, int right, uint64_t mask) { buffer_->Paint(left, right, mask, ink); });
     }
 
     std::string error_;
@@ -242,6 +248,7 @@ class RasterDevice : public Device
     Painter painter_;
     Stroker stroker_;
     Dasher dasher_;
+    Shader shader_;
     std::vector<StrokePoint> points_; // of the subpath being stroked
 };
 

@@ -35,21 +35,25 @@ Path Disc(const Matrix &matrix, Point centre, double radius)
 
 } // namespace
 
+Path OutlineOf(const Shading &shading, double from, double to)
+{
+    if (shading.kind == ShadingKind::Axial)
+        return Strip(shading.matrix, from, to);
+    const Shading::Circle &first = shading.first, &last = shading.last;
+    return Disc(shading.matrix, Between(first.centre, last.centre, from),
+                first.radius + (last.radius - first.radius) * from);
+}
+
 void PaintAsShapes(const Shading &shading, Device *device)
 {
     for (const ColourSpan &span : shading.spans) {
-        const double step = (span.to - span.from) / static_cast<double>(span.colours.size());
-        for (size_t i = 0; i < span.colours.size(); ++i) {
-            const double from = span.from + step * static_cast<double>(i);
-            const bool isLast = i + 1 == span.colours.size();
-            const double to = isLast ? span.to : span.from + step * static_cast<double>(i + 1);
-            const double radius = Between({shading.first.radius, 0}, {shading.last.radius, 0}, from).x;
-            const Path shape =
-                shading.kind == ShadingKind::Axial
-                    ? Strip(shading.matrix, from, to)
-                    : Disc(shading.matrix, Between(shading.first.centre, shading.last.centre, from), radius);
-            device->FillPath(shape, {span.colours[i], shading.overprint});
-        }
+        const size_t count = span.colours.size();
+        const auto at = [&](size_t i) {
+            const double part = static_cast<double>(i) / static_cast<double>(count);
+            return i < count ? span.from + (span.to - span.from) * part : span.to;
+        };
+        for (size_t i = 0; i < count; ++i)
+            device->FillPath(OutlineOf(shading, at(i), at(i + 1)), {span.colours[i], shading.overprint});
     }
 }
 

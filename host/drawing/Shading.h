@@ -41,6 +41,9 @@ struct Shading {
     bool overprint = false;        // as for a paint, at every point by its own colour
 };
 
+// What its part between two parameters covers: a strip of the square, or the disc of the first.
+Path OutlineOf(const Shading &shading, double from, double to);
+
 // Paints it as flat shapes again, one for each colour: for a device, or a combination, that knows no shadings.
 void PaintAsShapes(const Shading &shading, Device *device);
 

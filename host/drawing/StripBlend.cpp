@@ -110,26 +110,46 @@ void StripBlend::AddPiece(Piece piece, Device *device)
     band_.push_back(std::move(piece));
 }
 
-// A strip of one colour is the same whichever way it was drawn; a ramp has a direction.
+StripBlend::Quad StripBlend::Quad::Oriented(int orientation) const
+{
+    Quad quad = (orientation & 1) == 0 ? *this : Quad{near1, far1, far0, near0};
+    for (int turn = 0; turn < orientation / 2; ++turn)
+        quad = {quad.far0, quad.far1, quad.near1, quad.near0};
+    return quad;
+}
+
+bool StripBlend::Quad::HasCornerOf(const Quad &other) const
+{
+    const auto isCorner = [this](Point p) {
+        return AreNear(p, near0, kJoint) || AreNear(p, far0, kJoint) || AreNear(p, far1, kJoint) ||
+               AreNear(p, near1, kJoint);
+    };
+    return isCorner(other.near0) || isCorner(other.far0) || isCorner(other.far1) || isCorner(other.near1);
+}
+
+// A strip of one colour is the same whichever way it was drawn. A ramp has its direction, but may lie on either side
+// of the axis; the first stays as it is.
 bool StripBlend::JoinsLast()
 {
     Piece &last = band_.back(), &before = band_[band_.size() - 2];
-    if (band_.size() > kMaxPieces || !AreAlike(last.paint, before.paint))
+    if (band_.size() > kMaxPieces || !AreAlike(last.paint, before.paint) ||
+        !last.drawn.HasCornerOf(before.drawn))
         return false;
-    const int turnsBefore = band_.size() > 2 || before.IsRamp() ? 1 : 4;
-    const int turns = last.IsRamp() ? 1 : 4;
-    for (int i = 0; i < turnsBefore; ++i) {
-        for (int k = 0; k < 2 * turns; ++k) {
+    const bool isBeforeFree = band_.size() == 2 && !before.IsRamp();
+    const int orientationsBefore = isBeforeFree ? 8 : 1;
+    const int orientations = !last.IsRamp() ? 8 : isBeforeFree ? 1 : 2;
+    const Quad placedBefore = before.placed;
+    for (int i = 0; i < orientationsBefore; ++i) {
+        before.placed = placedBefore.Oriented(i);
+        for (int k = 0; k < orientations; ++k) {
+            last.placed = last.drawn.Oriented(k);
             if (AreNear(before.placed.far0, last.placed.near0, kJoint) &&
                 AreNear(before.placed.far1, last.placed.near1, kJoint) && MakesBand())
                 return true;
-            last.placed = last.placed.Mirrored();
-            if (k % 2 != 0 && turns > 1)
-                last.placed = last.placed.Turned();
         }
-        if (turnsBefore > 1)
-            before.placed = before.placed.Turned();
     }
+    before.placed = placedBefore;
+    last.placed = last.drawn;
     return false;
 }
 

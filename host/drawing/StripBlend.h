@@ -26,8 +26,9 @@ class StripBlend
     // As a strip is drawn: along one edge, over on the far side, and back along the other edge.
     struct Quad {
         Point near0, far0, far1, near1;
-        Quad Turned() const { return {far0, far1, near1, near0}; }
-        Quad Mirrored() const { return {near1, far1, far0, near0}; }
+        // The same from another side, 0 to 7: turned by half as many, and mirrored if odd. 0 and 1 keep the direction.
+        Quad Oriented(int orientation) const;
+        bool HasCornerOf(const Quad &other) const;
     };
     // A ramp, or, without spans, a strip of one colour.
     struct Piece {

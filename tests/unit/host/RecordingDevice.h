@@ -2,6 +2,8 @@
 //
 //   fill M0 0 L9 0 Z gray 0.5 overprint
 //   stroke M0 0 C1 1 2 2 3 3 width 2 cap 1 join 2 limit 4 dash 1 [3 2] matrix 2 0 0 2 0 0 cmyk 1 0 0 0
+//   shade 9 0 0 9 0 0 to 0.1 gray 0 to 1 100 gray 0 .. gray 1
+//   shade 9 0 0 9 0 0 0,0+1 0.1,0+0 to 1 3 gray 0 .. gray 0.03 overprint
 #pragma once
 
 #include "host/drawing/Device.h"
@@ -41,6 +43,22 @@ class RecordingDevice final : public vxhost::Device
         if (onPaint)
             onPaint();
         Add("stroke" + Text(path) + Text(style) + Text(paint));
+    }
+    void Shade(const vxhost::Shading &shading) override
+    {
+        std::string text = "shade" + Text(shading.matrix);
+        if (shading.kind == vxhost::ShadingKind::Radial)
+            text += Text(shading.first) + Text(shading.last);
+        double from = 0;
+        for (const vxhost::ColourSpan &span : shading.spans) {
+            text += from == span.from ? " to " + Number(span.to) : " and a gap";
+            from = span.to;
+            const size_t count = span.colours.size();
+            if (count > 1)
+                text += " " + std::to_string(count) + Text(span.colours[0]) + " ..";
+            text += Text(span.colours.at(count - 1));
+        }
+        Add(text + (shading.overprint ? " overprint" : ""));
     }
     bool CanShow(const vxhost::TextFont &font) override { return font.asked == canShow; }
     // text fill stroke clip Served 10 0 0 10 column 50@100,50+0.2 51@102,50+0.3 width 2
@@ -112,22 +130,36 @@ class RecordingDevice final : public vxhost::Device
             text += "]";
         }
         if (style.matrix != start.matrix) {
-            const vxhost::Matrix &m = style.matrix;
-            text += " matrix";
-            for (const double value : {m.a, m.b, m.c, m.d, m.tx, m.ty})
-                text += " " + Number(value);
+            text += " matrix" + Text(style.matrix);
         }
+        return text;
+    }
+
+    static std::string Text(const vxhost::Matrix &m)
+    {
+        std::string text;
+        for (const double value : {m.a, m.b, m.c, m.d, m.tx, m.ty})
+            text += " " + Number(value);
+        return text;
+    }
+
+    static std::string Text(const vxhost::Shading::Circle &circle)
+    {
+        return " " + Number(circle.centre.x) + "," + Number(circle.centre.y) + "+" + Number(circle.radius);
+    }
+
+    static std::string Text(const vxhost::Colour &colour)
+    {
+        const bool isGray = colour.space == vxhost::ColourSpace::Gray;
+        std::string text = isGray ? " gray" : " cmyk";
+        for (size_t ink = 0; ink < (isGray ? 1u : 4u); ++ink)
+            text += " " + Number(colour.ink[ink]);
         return text;
     }
 
     static std::string Text(const vxhost::Paint &paint)
     {
-        std::string text;
-        const bool isGray = paint.colour.space == vxhost::ColourSpace::Gray;
-        if (paint.colour != vxhost::Colour())
-            text += isGray ? " gray" : " cmyk";
-        for (size_t ink = 0; !text.empty() && ink < (isGray ? 1u : 4u); ++ink)
-            text += " " + Number(paint.colour.ink[ink]);
+        const std::string text = paint.colour != vxhost::Colour() ? Text(paint.colour) : "";
         return text + (paint.overprint ? " overprint" : "");
     }
 };
