@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <initializer_list>
 
 namespace vxbench
 {
@@ -10,16 +11,31 @@ namespace vxbench
 namespace
 {
 
-constexpr int kPageWidth = 1000;
-constexpr int kPageHeight = 800;
+constexpr const char *kComments = "%!PS-Tavro-3.0 EPSF-3.0\n"
+                                  "%%Creator: VX benchmark\n"
+                                  "%%BoundingBox: 0 0 1000 800\n"
+                                  "%VX5_FileFormat 3\n"
+                                  "%%EndComments\n";
+constexpr const char *kEmptySetup = "%%BeginSetup\n%%EndSetup\n";
 
-constexpr const char *kHeader = "%!PS-Tavro-3.0 EPSF-3.0\n"
-                                "%%Creator: VX benchmark\n"
-                                "%%BoundingBox: 0 0 1000 800\n"
-                                "%VX5_FileFormat 3\n"
-                                "%%EndComments\n"
-                                "%%BeginSetup\n"
-                                "%%EndSetup\n";
+// Stops of a linear gradient are listed from its far end.
+constexpr const char *kGradientSetup = "%%BeginSetup\n"
+                                       "%VX5_BeginGradient: (Line)\n"
+                                       "(Line) 0 3 Bd\n"
+                                       "[\n"
+                                       "1 0.6 0 0.1 1 50 100 Bs\n"
+                                       "0.2 0 0.7 0 1 40 50 Bs\n"
+                                       "0 0.1 0.2 0 1 50 0 Bs\n"
+                                       "BD\n"
+                                       "%VX5_EndGradient\n"
+                                       "%VX5_BeginGradient: (Point)\n"
+                                       "(Point) 1 2 Bd\n"
+                                       "[\n"
+                                       "0 0 0.2 0 1 50 0 Bs\n"
+                                       "0 0.9 1 0.2 1 65 100 Bs\n"
+                                       "BD\n"
+                                       "%VX5_EndGradient\n"
+                                       "%%EndSetup\n";
 
 constexpr const char *kTrailer = "%%PageTrailer\n%%EOF\n";
 
@@ -71,12 +87,79 @@ void AppendShape(std::string *text, Numbers *numbers)
     *text += numbers->Below(3) == 0 ? "s\n" : "f\n";
 }
 
+// A closed outline that fills most of a square of that size.
+void AppendBlob(std::string *text, Numbers *numbers, int x, int y, int size)
+{
+    const auto point = [&](int percentX, int percentY) {
+        AppendNumber(text, numbers, x + (percentX + numbers->Below(10)) * size / 100);
+        AppendNumber(text, numbers, y + (percentY + numbers->Below(10)) * size / 100);
+    };
+    constexpr int kQuarters[][6] = {
+        {75, 0, 90, 20, 90, 45}, {90, 70, 70, 90, 45, 90}, {20, 90, 0, 70, 0, 45}, {0, 20, 20, 0, 45, 0}};
+    point(45, 0);
+    *text += "m\n";
+    for (const auto &quarter : kQuarters) {
+        for (int i = 0; i < 6; i += 2)
+            point(quarter[i], quarter[i + 1]);
+        *text += "c\n";
+    }
+}
+
+std::string Line(std::initializer_list<int> numbers, const char *rest)
+{
+    std::string line;
+    for (const int number : numbers)
+        line += std::to_string(number) + ' ';
+    return line + rest + '\n';
+}
+
+// Two segments and two caps along one slope.
+void AppendLinearInstance(std::string *text, int x, int y, int size)
+{
+    const int half = size / 2;
+    *text += "Bb\n1 (Line) 0 0 0 1 1 0 0 1 0 0 Bg\n";
+    *text += Line({-size, -half, -size, 2 * size, x + half, y - half}, "Bc");
+    *text += Line({half, half / 2, -size, 2 * size, x + half, y - half}, "Bm");
+    *text += Line({half, half / 2, -size, 2 * size, x + 2 * half, y - half + half / 2}, "Bm");
+    *text += Line({size, half, -size, 2 * size, x + 3 * half, y - half + 2 * (half / 2)}, "Bc");
+    *text += "f\n0 BB\n";
+}
+
+void AppendRadialInstance(std::string *text, int x, int y, int size)
+{
+    *text += "Bb\n1 (Point) 0 0 0 1 1 0 0 1 0 0 Bg\n";
+    *text += Line({size / -8, size / 8, 0, 0}, "Bh");
+    *text += Line({size / 2, 0, 0, size / 2, x + size / 2, y + size / 2}, "Bm");
+    *text += "f\n0 BB\n";
+}
+
+std::string MakeInstances(int count, bool flat)
+{
+    constexpr int kSize = 100;
+    Numbers numbers;
+    std::string text = kComments;
+    text += flat ? kEmptySetup : kGradientSetup;
+    for (int i = 0; i < count; ++i) {
+        const int x = numbers.Below(kPageWidth - kSize), y = numbers.Below(kPageHeight - kSize);
+        if (flat)
+            text += Line({}, ("0." + std::to_string(i % 89 + 10) + " 0.3 0.4 0 k").c_str());
+        AppendBlob(&text, &numbers, x, y, kSize);
+        if (flat)
+            text += "f\n";
+        else if (i % 2 == 0)
+            AppendLinearInstance(&text, x, y, kSize);
+        else
+            AppendRadialInstance(&text, x, y, kSize);
+    }
+    return text + kTrailer;
+}
+
 } // namespace
 
 std::string MakePathDocument(size_t size)
 {
     Numbers numbers;
-    std::string text = kHeader;
+    std::string text = std::string(kComments) + kEmptySetup;
     text += "0 0 0 1 K\n1 w\n";
     while (text.size() < size)
         AppendShape(&text, &numbers);
@@ -91,7 +174,7 @@ std::string TextFontName(int font)
 std::string MakeTextDocument(int strings)
 {
     Numbers numbers;
-    std::string text = kHeader;
+    std::string text = std::string(kComments) + kEmptySetup;
     text += "0 g\n0 To\n1 0 0 1 20 20 0 Tp\nTP\n0 Tr\n";
     for (int i = 0; i < strings; ++i) {
         const std::string place =
@@ -100,6 +183,16 @@ std::string MakeTextDocument(int strings)
             "/_" + TextFontName(i % kTextFonts) + " 12 Tf\n1 0 0 1 " + place + " Tm\n(a line of text) Tx\n";
     }
     return text + "TO\n" + kTrailer;
+}
+
+std::string MakeGradientDocument(int instances)
+{
+    return MakeInstances(instances, false);
+}
+
+std::string MakeFlatDocument(int instances)
+{
+    return MakeInstances(instances, true);
 }
 
 } // namespace vxbench

@@ -16,4 +16,12 @@ std::string MakeTextDocument(int strings);
 constexpr int kTextFonts = 8;
 std::string TextFontName(int font);
 
+// The page that all documents here are made for.
+constexpr int kPageWidth = 1000, kPageHeight = 800;
+
+// So many outlines of curves, each filled with a gradient, linear and radial in turn, of process colours.
+std::string MakeGradientDocument(int instances);
+// The same outlines, each filled with one colour.
+std::string MakeFlatDocument(int instances);
+
 } // namespace vxbench

@@ -80,6 +80,11 @@ Clip Clip::Intersect(Scanner *shape, MemoryCap *budget) const
     return clip;
 }
 
+std::span<const Span> Clip::MaskRow(int32_t y) const
+{
+    return mask_->Row(y);
+}
+
 std::span<const Span> Clip::IntersectMask(int32_t y, std::span<const Span> spans,
                                           std::vector<Span> *scratch) const
 {

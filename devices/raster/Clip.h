@@ -36,8 +36,21 @@ class Clip
         return IntersectMask(y, spans, scratch);
     }
 
+    // Calls row(y, spans) for each row of samples that the clip allows, from the top, as a scanner does for a shape.
+    template <class Row>
+    void Sweep(Row &&row) const
+    {
+        const Span all = {bounds_.left, bounds_.right};
+        for (int32_t y = bounds_.top; y < bounds_.bottom && all.begin < all.end; ++y) {
+            const std::span<const Span> spans = mask_ == nullptr ? std::span(&all, 1) : MaskRow(y);
+            if (!spans.empty())
+                row(y, spans);
+        }
+    }
+
   private:
     struct Mask;
+    std::span<const Span> MaskRow(int32_t y) const;
     std::span<const Span> IntersectMask(int32_t y, std::span<const Span> spans,
                                         std::vector<Span> *scratch) const;
 

@@ -116,17 +116,10 @@ void InkBuffer::MakeWhole(int left, int right)
     }
 }
 
-void InkBuffer::PaintWhole(int left, std::span<const InkWord> inks)
-{
-    MakeWhole(left, left + static_cast<int>(inks.size()));
-    std::ranges::copy(inks, pixels_ + left);
-}
-
 void InkBuffer::PaintWhole(int left, int right, const Ink &ink)
 {
     if (ink.Replaces()) {
-        MakeWhole(left, right);
-        std::fill(pixels_ + left, pixels_ + right, ink.value);
+        std::fill_n(Replace(left, right), right - left, ink.value);
         return;
     }
     for (int x = left; x < right;) {

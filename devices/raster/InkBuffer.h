@@ -76,14 +76,12 @@ class InkBuffer
                 PaintPart(x, mask, ink);
     }
 
-    // The same for pixels from left on, each with an ink of its own that replaces all.
-    void Paint(int left, std::span<const InkWord> inks, uint64_t mask)
+    bool IsWhole(uint64_t mask) const { return mask == fullMask_; }
+    // The same pixels, all of their samples replaced by what the caller puts in.
+    InkWord *Replace(int left, int right)
     {
-        if (mask == fullMask_)
-            PaintWhole(left, inks);
-        else
-            for (const InkWord ink : inks)
-                PaintPart(left++, mask, {ink});
+        MakeWhole(left, right);
+        return pixels_ + left;
     }
 
     int Width() const { return width_; }
@@ -116,7 +114,6 @@ class InkBuffer
   private:
     InkWord *TakeBlock(uint32_t *number);
     void PaintWhole(int left, int right, const Ink &ink);
-    void PaintWhole(int left, std::span<const InkWord> inks);
     void MakeWhole(int left, int right);
     void PaintPart(int x, uint64_t mask, const Ink &ink);
 

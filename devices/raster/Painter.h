@@ -18,29 +18,45 @@ class Painter
     template <class Lay>
     void Paint(Scanner *shape, const Clip &clip, InkBuffer *buffer, Lay &&lay)
     {
-        Begin(*buffer);
-        int32_t pixelRow = -1;
-        const auto endRow = [&] {
-            if (IsRowEmpty() || !buffer->SelectRow(pixelRow))
-                return;
-            LayRow([&](int left, int right, uint64_t mask) { lay(pixelRow, left, right, mask); });
+        const auto sweep = [&](auto &&row) {
+            shape->Sweep([&](int32_t y, std::span<const Span> spans) {
+                const std::span<const Span> visible = clip.Intersect(y, spans, &scratch_);
+                if (!visible.empty())
+                    row(y, visible);
+            });
         };
-        shape->Sweep([&](int32_t y, std::span<const Span> spans) {
-            if (y >> shift_ != pixelRow) {
-                endRow();
-                pixelRow = y >> shift_;
-            }
-            const std::span<const Span> visible = clip.Intersect(y, spans, &scratch_);
-            if (!visible.empty())
-                AddSpans(visible, y & (samples_ - 1));
-        });
-        endRow();
+        PaintRows(sweep, buffer, lay);
+    }
+    // The same for a shape that covers all of the clip.
+    template <class Lay>
+    void Paint(const Clip &clip, InkBuffer *buffer, Lay &&lay)
+    {
+        PaintRows([&](auto &&row) { clip.Sweep(row); }, buffer, lay);
     }
 
   private:
     void Begin(const InkBuffer &buffer);
     bool IsRowEmpty() const { return firstWord_ > lastWord_; }
     void AddSpans(std::span<const Span> spans, int rowInPixel);
+
+    template <class Sweep, class Lay>
+    void PaintRows(Sweep &&sweep, InkBuffer *buffer, Lay &&lay)
+    {
+        Begin(*buffer);
+        int32_t pixelRow = -1;
+        const auto endRow = [&] {
+            if (!IsRowEmpty() && buffer->SelectRow(pixelRow))
+                LayRow([&](int left, int right, uint64_t mask) { lay(pixelRow, left, right, mask); });
+        };
+        sweep([&](int32_t y, std::span<const Span> spans) {
+            if (y >> shift_ != pixelRow) {
+                endRow();
+                pixelRow = y >> shift_;
+            }
+            AddSpans(spans, y & (samples_ - 1));
+        });
+        endRow();
+    }
 
     template <class Lay>
     void LayRow(Lay &&lay)

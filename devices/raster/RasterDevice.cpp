@@ -32,6 +32,15 @@ constexpr uint64_t kEdgeShare = 4;
 // A stroke is painted in parts of about this many edges: its parts may overlap, since they have one ink.
 constexpr size_t kStrokeEdges = 1u << 16;
 
+struct FlatInk {
+    InkBuffer *buffer;
+    Ink ink;
+    void operator()(int /*y*/, int left, int right, uint64_t mask) const
+    {
+        buffer->Paint(left, right, mask, ink);
+    }
+};
+
 // Closes every subpath, as fills and clips do.
 struct FillOutline {
     Scanner *scanner;
@@ -106,6 +115,7 @@ class RasterDevice : public Device
         page_ = page;
         size_ = FindPictureSize(page.box, options_);
         error_ = size_.error;
+        lastClip_.Clear();
         clips_.Reset({}); // before the budget, to which masks give back
         buffer_.reset();
         budget_ = MemoryCap(options_.memoryLimit);
@@ -121,7 +131,11 @@ class RasterDevice : public Device
     }
 
     void Save() override { clips_.Save(); }
-    void Restore() override { clips_.Restore(); }
+    void Restore() override
+    {
+        clips_.Restore();
+        lastClip_.Clear();
+    }
 
     void ClipPath(const Path &path) override
     {
@@ -129,6 +143,7 @@ class RasterDevice : public Device
             return;
         ScanFill(path);
         clips_.Replace(clips_.Top().Intersect(&scanner_, &budget_));
+        lastClip_ = path;
     }
 
     void FillPath(const Path &path, const Paint &paint) override
@@ -136,6 +151,11 @@ class RasterDevice : public Device
         const Ink ink = FindInk(paint, options_.overprint);
         if (!IsSeen(path, 0) || ink.keep == ~InkWord{0})
             return;
+        // Documents like to fill what they just clipped to: that is the clip, and known already.
+        if (path.points == lastClip_.points && path.verbs == lastClip_.verbs) {
+            painter_.Paint(clips_.Top(), buffer_.get(), FlatInk{buffer_.get(), ink});
+            return;
+        }
         ScanFill(path);
         PaintScanned(ink);
     }
@@ -178,15 +198,19 @@ class RasterDevice : public Device
             PaintAsShapes(shading, this);
             return;
         }
+        const auto lay = [&](int y, int left, int right, uint64_t mask) {
+            shader_.Paint(y, left, right, mask, buffer_.get());
+        };
         while (shader_.NextPart()) {
             if (!IsSeen(shader_.Outline(), 0))
                 continue;
-            ScanFill(shader_.Outline());
             shader_.MixInks();
-            painter_.Paint(&scanner_, clips_.Top(), buffer_.get(),
-                           [&](int y, int left, int right, uint64_t mask) {
-                               shader_.Paint(y, left, right, mask, buffer_.get());
-                           });
+            if (shader_.Covers(clips_.Top().Limits())) {
+                painter_.Paint(clips_.Top(), buffer_.get(), lay);
+            } else {
+                ScanFill(shader_.Outline());
+                painter_.Paint(&scanner_, clips_.Top(), buffer_.get(), lay);
+            }
         }
     }
 
@@ -236,14 +260,13 @@ class RasterDevice : public Device
         if (scanner_.IsOverfull())
             budget_.Fail();
         else
-            painter_.Paint(
-                &scanner_, clips_.Top(), buffer_.get(),
-                [&](int, int left, int right, uint64_t mask) { buffer_->Paint(left, right, mask, ink); });
+            painter_.Paint(&scanner_, clips_.Top(), buffer_.get(), FlatInk{buffer_.get(), ink});
     }
 
     std::string error_;
     Matrix toSamples_;
     ClipStack clips_;
+    Path lastClip_; // that made the top, if nothing has since
     Scanner scanner_;
     Painter painter_;
     Stroker stroker_;

@@ -16,8 +16,13 @@ namespace
 constexpr double kMaxInks = 1024;
 constexpr double kInksPerPixel = 2;
 
+constexpr int kBatch = 128; // pixels
+
 // Spans whose colours meet within so many of 255 run on: the last step of a blend falls a little short of its end.
 constexpr int kRunsOn = 1;
+
+// Four curves make a circle that is nowhere smaller than this.
+constexpr double kInsideCurves = 0.999;
 
 Matrix Inverse(const Matrix &m)
 {
@@ -59,6 +64,12 @@ Colour ColourAt(const ColourSpan &span, double parameter)
     return colour;
 }
 
+// The order of the operands makes what is no number 0.
+int32_t IndexOf(float place, float last)
+{
+    return static_cast<int32_t>(std::min(std::max(0.0F, place), last) + 0.5F);
+}
+
 } // namespace
 
 bool Shader::Begin(const Shading &shading, const Matrix &toSamples, int samples, bool simulateOverprint)
@@ -66,9 +77,21 @@ bool Shader::Begin(const Shading &shading, const Matrix &toSamples, int samples,
     shading_ = &shading;
     overprint_ = simulateOverprint;
     firstSpan_ = endSpan_ = 0;
-    const double scale = 1.0 / samples;
-    toUnit_ = Inverse(Product(Product(shading.matrix, toSamples), {scale, 0, 0, scale, 0, 0}));
-    return IsUsable(toUnit_) && (shading.kind == ShadingKind::Axial || AreNested(shading));
+    samples_ = samples;
+    const double pixels = 1.0 / samples;
+    toUnit_ = Inverse(Product(Product(shading.matrix, toSamples), {pixels, 0, 0, pixels, 0, 0}));
+    if (shading.kind == ShadingKind::Axial)
+        return IsUsable(toUnit_);
+    if (!AreNested(shading))
+        return false;
+    const double scale = 1 / shading.first.radius;
+    const Point move = (shading.last.centre - shading.first.centre) * scale;
+    const double grows = shading.last.radius * scale - 1;
+    toCircles_ = Product(
+        toUnit_, {scale, 0, 0, scale, -shading.first.centre.x * scale, -shading.first.centre.y * scale});
+    circles_ = {static_cast<float>(move.x), static_cast<float>(move.y), static_cast<float>(grows),
+                static_cast<float>(Dot(move, move) - grows * grows)};
+    return IsUsable(toUnit_) && IsUsable(toCircles_);
 }
 
 bool Shader::RunsOn(const ColourSpan &span, const ColourSpan &next) const
@@ -93,6 +116,39 @@ bool Shader::NextPart()
     }
     outline_ = OutlineOf(*shading_, spans[firstSpan_].from, spans[endSpan_ - 1].to);
     return true;
+}
+
+// A pixel's distance from the centre is the radius, where squares are a·t² - 2·b·t + c = 0. a and c are not positive,
+// nor is b then, and the smaller solution is wanted.
+struct Shader::RadialPlaces {
+    const Circles &circles;
+    float x, y, stepX, stepY; // of the first pixel, and on to the next
+    float first, perUnit;
+
+    float operator()(float i) const
+    {
+        const float atX = x + stepX * i, atY = y + stepY * i;
+        const float b = atX * circles.moveX + atY * circles.moveY + circles.grows;
+        const float c = atX * atX + atY * atY - 1;
+        return first + perUnit * (c / (b - std::sqrt(std::max(0.0F, b * b - circles.a * c))));
+    }
+};
+
+// Certainly: its corners lie in the part, which has no dents.
+bool Shader::Covers(const Bounds &samples) const
+{
+    const double from = shading_->spans[firstSpan_].from, to = shading_->spans[endSpan_ - 1].to;
+    const Shading::Circle &first = shading_->first, &last = shading_->last;
+    const Point centre = first.centre + (last.centre - first.centre) * from;
+    const double radius = kInsideCurves * (first.radius + (last.radius - first.radius) * from);
+    const auto isInside = [&](int32_t x, int32_t y) {
+        const Point unit = toUnit_.Map({x / samples_, y / samples_});
+        if (shading_->kind == ShadingKind::Radial)
+            return Length(unit - centre) < radius;
+        return unit.x > from && unit.x < to && unit.y > 0 && unit.y < 1;
+    };
+    return isInside(samples.left, samples.top) && isInside(samples.right, samples.top) &&
+           isInside(samples.left, samples.bottom) && isInside(samples.right, samples.bottom);
 }
 
 // How many pixels the parameter takes from 0 to 1, where that is most.
@@ -126,64 +182,70 @@ void Shader::MixInks()
     const double intervals = wanted < kMaxInks ? std::max(wanted, 2.0) - 1 : kMaxInks - 1;
     start_ = first->from;
     perUnit_ = intervals / length;
-    replaces_ = true;
     inks_.clear();
+    kept_.clear();
+    InkWord kept = 0;
     for (double i = 0; i <= intervals; ++i) {
         const double parameter = start_ + length * (i / intervals);
         while (first < last && parameter > first->to)
             ++first;
-        inks_.push_back(InkOf(ColourAt(*first, parameter)));
-        replaces_ &= inks_.back().Replaces();
+        const Ink ink = InkOf(ColourAt(*first, parameter));
+        inks_.push_back(ink.value);
+        kept_.push_back(ink.keep);
+        kept |= ink.keep;
+    }
+    if (kept == 0)
+        kept_.clear();
+}
+
+Ink Shader::InkAt(int32_t index) const
+{
+    const auto at = static_cast<size_t>(index);
+    return {inks_[at], kept_.empty() ? 0 : kept_[at]};
+}
+
+// placeAt of a pixel's distance from left. Places are found in batches of loops without a branch, which the compiler
+// turns into vectors.
+template <class PlaceAt>
+void Shader::PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, const PlaceAt &placeAt) const
+{
+    const bool replaces = kept_.empty() && buffer->IsWhole(mask);
+    InkWord *pixels = replaces ? buffer->Replace(left, right) : nullptr;
+    const InkWord *inks = inks_.data();
+    const auto last = static_cast<float>(inks_.size() - 1);
+    for (int begin = left; begin < right; begin += kBatch) {
+        int32_t index[kBatch];
+        const int count = std::min(kBatch, right - begin), offset = begin - left;
+        for (int i = 0; i < count; ++i)
+            index[i] = IndexOf(placeAt(static_cast<float>(offset + i)), last);
+        if (replaces) {
+            for (int i = 0; i < count; ++i)
+                *pixels++ = inks[index[i]];
+        } else {
+            for (int i = 0; i < count; ++i)
+                buffer->Paint(begin + i, begin + i + 1, mask, InkAt(index[i]));
+        }
     }
 }
 
-// Of the smallest circle around the point.
-double Shader::Parameter(Point unit) const
+void Shader::Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
 {
-    const Shading::Circle &first = shading_->first, &last = shading_->last;
-    const Point move = last.centre - first.centre, from = unit - first.centre;
-    const double grows = last.radius - first.radius;
-    // The distance from the centre is the radius, where squares are a·t² - 2·b·t + c = 0. a and c are not positive, nor
-    // is b then, and the smaller solution is wanted.
-    const double a = Dot(move, move) - grows * grows;
-    const double b = Dot(from, move) + first.radius * grows;
-    const double c = Dot(from, from) - first.radius * first.radius;
-    return c / (b - std::sqrt(std::max(b * b - a * c, 0.0)));
-}
-
-size_t Shader::IndexOf(double place) const
-{
-    const auto last = static_cast<double>(inks_.size() - 1);
-    return place > 0 ? static_cast<size_t>(std::min(place, last) + 0.5) : 0;
-}
-
-template <class IndexAt>
-void Shader::PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, IndexAt &&indexAt)
-{
-    if (!replaces_) {
-        for (int x = left; x < right; ++x)
-            buffer->Paint(x, x + 1, mask, inks_[indexAt(x)]);
-        return;
-    }
-    row_.resize(static_cast<size_t>(right - left));
-    for (int x = left; x < right; ++x)
-        row_[static_cast<size_t>(x - left)] = inks_[indexAt(x)].value;
-    buffer->Paint(left, row_, mask);
-}
-
-void Shader::Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer)
-{
-    const auto unit = [&](int x) { return toUnit_.Map({x + 0.5, y + 0.5}); };
+    const Point centre = {left + 0.5, y + 0.5};
+    const auto perUnit = static_cast<float>(perUnit_);
     if (shading_->kind == ShadingKind::Radial) {
+        const Point at = toCircles_.Map(centre);
         PaintEach(left, right, mask, buffer,
-                  [&](int x) { return IndexOf((Parameter(unit(x)) - start_) * perUnit_); });
+                  RadialPlaces{circles_, static_cast<float>(at.x), static_cast<float>(at.y),
+                               static_cast<float>(toCircles_.a), static_cast<float>(toCircles_.b),
+                               static_cast<float>(-start_ * perUnit_), perUnit});
         return;
     }
-    const double place = (unit(left).x - start_) * perUnit_, step = toUnit_.a * perUnit_;
+    const auto first = static_cast<float>((toUnit_.Map(centre).x - start_) * perUnit_),
+               step = static_cast<float>(toUnit_.a * perUnit_);
     if (step == 0)
-        buffer->Paint(left, right, mask, inks_[IndexOf(place)]);
+        buffer->Paint(left, right, mask, InkAt(IndexOf(first, static_cast<float>(inks_.size() - 1))));
     else
-        PaintEach(left, right, mask, buffer, [&](int x) { return IndexOf(place + step * (x - left)); });
+        PaintEach(left, right, mask, buffer, [=](float i) { return first + step * i; });
 }
 
 } // namespace vxhost::raster

@@ -23,33 +23,42 @@ class Shader
     // Goes to the first part, the next, and returns false behind the last.
     bool NextPart();
     const Path &Outline() const { return outline_; }
+    bool Covers(const Bounds &samples) const;
     // Once a part, before it is painted.
     void MixInks();
     // Neighbouring pixels of row y, which is selected in the buffer: the samples of mask.
-    void Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer);
+    void Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const;
 
   private:
     Ink InkOf(const Colour &colour) const { return FindInk({colour, shading_->overprint}, overprint_); }
     bool RunsOn(const ColourSpan &span, const ColourSpan &next) const;
     double PixelsAcross() const;
-    double Parameter(Point unit) const;
-    size_t IndexOf(double place) const;
-    template <class IndexAt>
-    void PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, IndexAt &&indexAt);
+    Ink InkAt(int32_t index) const;
+    template <class PlaceAt>
+    void PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, const PlaceAt &placeAt) const;
+
+    // Of a radial shading, in radii of its first circle.
+    struct Circles {
+        float moveX, moveY, grows; // from the first to the last
+        float a;                   // of the equation that finds the circle around a point
+    };
+    struct RadialPlaces;
 
     const Shading *shading_ = nullptr;
     bool overprint_ = false;
-    Matrix toUnit_; // pixels to the space that the shading is in
+    Matrix toUnit_;      // pixels to the space that the shading is in
+    double samples_ = 1; // a side of a pixel
+    Matrix toCircles_;   // pixels to radii, from the centre of the first circle
+    Circles circles_ = {};
 
     size_t firstSpan_ = 0, endSpan_ = 0; // of the part
     Path outline_;
 
-    // The inks of the part, at equal distances from the parameter start_ on.
-    std::vector<Ink> inks_;
-    bool replaces_ = false; // all of them
+    // The inks of the part, at equal distances from the parameter start_ on. A place counts in them.
+    std::vector<InkWord> inks_;
+    std::vector<InkWord> kept_; // with each of them; none when all replace
     double start_ = 0;
     double perUnit_ = 0; // inks from a parameter to one more by 1
-    std::vector<InkWord> row_;
 };
 
 } // namespace vxhost::raster

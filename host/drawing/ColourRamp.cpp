@@ -103,6 +103,7 @@ std::vector<ColourSpan> MakeSpans(std::span<const Paint> paints, std::span<const
         if (next < paints.size() && !IsEdge(paints[next - 1], paints[next]))
             continue;
         ColourSpan span = {at(first), at(next), {}};
+        span.colours.reserve(next - first);
         for (size_t i = first; i < next; ++i)
             span.colours.push_back(paints[i].colour);
         if (span.colours.front() == span.colours.back()) // no ink turns back: they are all the same
