@@ -16,6 +16,7 @@ namespace vxhost
 struct SvgOptions : ScreenOptions {
     std::optional<Rgb> background; // none: transparent
     TextOutput text = TextOutput::Text;
+    bool overprint = true; // show overprint as well as a screen can; it is noted in any case
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has

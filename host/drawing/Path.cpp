@@ -15,6 +15,15 @@ size_t PointCount(Verb verb)
 
 } // namespace
 
+void AppendOutline(const Path &outline, const Matrix &matrix, Path *to)
+{
+    if (matrix.a * matrix.d - matrix.b * matrix.c < 0)
+        return AppendReversed(outline, matrix, to);
+    to->verbs.insert(to->verbs.end(), outline.verbs.begin(), outline.verbs.end());
+    for (const Point &point : outline.points)
+        to->points.push_back(matrix.Map(point));
+}
+
 void AppendReversed(const Path &from, const Matrix &matrix, Path *to)
 {
     size_t firstPoint = 0;

@@ -52,6 +52,10 @@ struct Path {
     }
 };
 
+// Appends an outline of a glyph. One that the matrix mirrors keeps the direction of its contours all the same, so that
+// glyphs unite.
+void AppendOutline(const Path &outline, const Matrix &matrix, Path *to);
+
 // Appends the path with each subpath closed and drawn from its other end.
 void AppendReversed(const Path &from, const Matrix &matrix, Path *to);
 

@@ -258,14 +258,7 @@ void TextShow::AddOutline(const Path &outline, Matrix toPage)
 {
     toPage.tx = end_.x;
     toPage.ty = end_.y;
-    // A mirrored outline keeps the direction of its contours, so that all glyphs of a chain unite.
-    if (toPage.a * toPage.d - toPage.b * toPage.c < 0) {
-        AppendReversed(outline, toPage, &record_);
-        return;
-    }
-    record_.verbs.insert(record_.verbs.end(), outline.verbs.begin(), outline.verbs.end());
-    for (const Point &point : outline.points)
-        record_.points.push_back(toPage.Map(point));
+    AppendOutline(outline, toPage, &record_);
 }
 
 } // namespace vxhost

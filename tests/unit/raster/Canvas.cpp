@@ -116,6 +116,11 @@ RasterOptions PlainOptions()
     return options;
 }
 
+void DrawScript(const std::string &script, Device *device)
+{
+    Script(device).Run(script);
+}
+
 std::string TryDraw(const std::string &script, const Box &box, const RasterOptions &options, Picture *picture)
 {
     std::string error;
@@ -123,7 +128,7 @@ std::string TryDraw(const std::string &script, const Box &box, const RasterOptio
     if (device == nullptr)
         return error;
     device->BeginPage({box, {}, {}});
-    Script(device.get()).Run(script);
+    DrawScript(script, device.get());
     return device->EndPage();
 }
 

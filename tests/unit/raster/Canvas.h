@@ -16,6 +16,9 @@ namespace vxhost
 // 72 dots an inch: a pixel a point. No profile, so colours can be worked out by hand.
 RasterOptions PlainOptions();
 
+// Paints the script on a device whose page has begun.
+void DrawScript(const std::string &script, Device *device);
+
 // Draws the script on a page of width × height points. A failure is a failure of the test.
 Picture Draw(const std::string &script, double width = 8, double height = 8,
              const RasterOptions &options = PlainOptions());

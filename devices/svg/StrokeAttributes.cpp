@@ -1,0 +1,52 @@
+#include "devices/svg/StrokeAttributes.h"
+
+#include <algorithm>
+
+namespace vxhost::svg
+{
+
+namespace
+{
+
+// Of a line that is to be as thin as can be seen, where a viewer does not know of lines in pixels; points.
+constexpr double kThinnest = 0.5;
+constexpr double kLeastNumber = 0.5e-4; // less is written as 0
+
+} // namespace
+
+Frame FindStrokeFrame(const StrokeStyle &style, const Matrix &toPicture)
+{
+    return FindFrame(Product(style.matrix, toPicture));
+}
+
+void WriteStroke(const StrokeStyle &style, const Frame &frame, XmlWriter *xml)
+{
+    const double width = style.width * frame.scale;
+    const bool isThinnest = width < kLeastNumber;
+    const bool isDashed = std::ranges::any_of(
+        style.dashes, [&](double length) { return length * frame.scale >= kLeastNumber; });
+    xml->Attribute("stroke-width", isThinnest ? kThinnest : width);
+    // Dashes would be in pixels as well.
+    if (isThinnest && !isDashed)
+        xml->Markup(" vector-effect=\"non-scaling-stroke\"");
+    if (style.cap != LineCap::Butt)
+        xml->Markup(style.cap == LineCap::Round ? " stroke-linecap=\"round\"" : " stroke-linecap=\"square\"");
+    if (style.join != LineJoin::Miter)
+        xml->Markup(style.join == LineJoin::Round ? " stroke-linejoin=\"round\""
+                                                  : " stroke-linejoin=\"bevel\"");
+    else if (style.miterLimit != kDefaultMiterLimit)
+        xml->Attribute("stroke-miterlimit", style.miterLimit);
+    if (!isDashed)
+        return;
+    xml->Markup(" stroke-dasharray=\"");
+    for (size_t i = 0; i < style.dashes.size(); ++i) {
+        if (i > 0)
+            xml->Markup(" ");
+        xml->Number(style.dashes[i] * frame.scale);
+    }
+    xml->Markup("\"");
+    if (style.dashPhase * frame.scale >= kLeastNumber)
+        xml->Attribute("stroke-dashoffset", style.dashPhase * frame.scale);
+}
+
+} // namespace vxhost::svg

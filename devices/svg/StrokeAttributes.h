@@ -1,0 +1,21 @@
+// Strokes as attributes, in the space where their pen is round.
+#pragma once
+
+#include "devices/svg/Frame.h"
+#include "devices/svg/XmlWriter.h"
+#include "host/drawing/Paint.h"
+
+namespace vxhost::svg
+{
+
+// What the root element says once, and elements say only where theirs differs.
+constexpr double kDefaultMiterLimit = 10;
+
+// The frame of a stroke whose path goes to the picture by toPicture.
+Frame FindStrokeFrame(const StrokeStyle &style, const Matrix &toPicture);
+
+// " stroke-width="…"" and whatever else differs from what strokes are without attributes. The element carries the
+// frame's transform.
+void WriteStroke(const StrokeStyle &style, const Frame &frame, XmlWriter *xml);
+
+} // namespace vxhost::svg

@@ -1,0 +1,186 @@
+// Rules for setting text (kerning, ligatures, alternates) stay behind: every character has its place already.
+#include "devices/svg/WebFont.h"
+
+#include "host/fonts/NameTraits.h"
+
+#include <hb-ot.h>
+#include <hb.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace vxhost::svg
+{
+
+namespace
+{
+
+using Blob = Owned<hb_blob_t, hb_blob_destroy>;
+
+constexpr size_t kMaxOutlines = 4096;
+
+// Tables that change what a character looks like, or that only an uncut font needs.
+constexpr hb_tag_t kDroppedTables[] = {
+    HB_TAG('G', 'S', 'U', 'B'), HB_TAG('G', 'P', 'O', 'S'), HB_TAG('G', 'D', 'E', 'F'),
+    HB_TAG('B', 'A', 'S', 'E'), HB_TAG('k', 'e', 'r', 'n'), HB_TAG('D', 'S', 'I', 'G'),
+    HB_TAG('v', 'h', 'e', 'a'), HB_TAG('v', 'm', 't', 'x'), HB_TAG('V', 'O', 'R', 'G'),
+    HB_TAG('f', 'v', 'a', 'r'), HB_TAG('g', 'v', 'a', 'r'), HB_TAG('a', 'v', 'a', 'r'),
+    HB_TAG('c', 'v', 'a', 'r'), HB_TAG('H', 'V', 'A', 'R'), HB_TAG('V', 'V', 'A', 'R'),
+    HB_TAG('M', 'V', 'A', 'R'), HB_TAG('S', 'T', 'A', 'T'),
+};
+
+// What the table OS/2 says; its numbers are big-endian, two bytes each.
+class Os2Table
+{
+  public:
+    explicit Os2Table(hb_face_t *face) : blob_(hb_face_reference_table(face, HB_TAG('O', 'S', '/', '2')))
+    {
+        unsigned length = 0;
+        const char *bytes = hb_blob_get_data(blob_.get(), &length);
+        bytes_ = {bytes, length};
+    }
+    bool Exists() const { return bytes_.size() >= kLeastSize; }
+
+    // Of several ways of embedding the least restrictive counts, so what forbids it does so alone. Nor may the font
+    // forbid cutting, or all but its bitmaps.
+    bool AllowsEmbedding() const
+    {
+        constexpr unsigned kWays = 0x000F, kForbidden = 0x0002, kUncutOrBitmaps = 0x0300;
+        const unsigned bits = Number(8);
+        return (bits & kWays) != kForbidden && (bits & kUncutOrBitmaps) == 0;
+    }
+
+  private:
+    static constexpr size_t kLeastSize = 68;
+
+    unsigned Number(size_t at) const
+    {
+        const auto byte = [this](size_t i) { return static_cast<unsigned>(static_cast<uint8_t>(bytes_[i])); };
+        return byte(at) << 8 | byte(at + 1);
+    }
+
+    Blob blob_;
+    std::string_view bytes_;
+};
+
+bool HasTable(hb_face_t *face, hb_tag_t tag)
+{
+    const Blob blob(hb_face_reference_table(face, tag));
+    return hb_blob_get_length(blob.get()) > 0;
+}
+
+std::string ReadName(hb_face_t *face, hb_ot_name_id_t id)
+{
+    char text[256];
+    unsigned size = sizeof text;
+    hb_ot_name_get_utf8(face, id, HB_LANGUAGE_INVALID, &size, text);
+    std::string name(text, std::min<size_t>(size, sizeof text - 1));
+    std::erase_if(name, [](char c) { return c == '\'' || c == '"' || c == '\\'; });
+    return name;
+}
+
+const char *GenericName(FaceClass faceClass)
+{
+    return faceClass == FaceClass::Mono    ? "monospace"
+           : faceClass == FaceClass::Serif ? "serif"
+                                           : "sans-serif";
+}
+
+const char *StretchName(float percent)
+{
+    constexpr struct {
+        float most;
+        const char *name;
+    } kNames[] = {{56, "ultra-condensed"}, {69, "extra-condensed"}, {81, "condensed"},
+                  {94, "semi-condensed"},  {106, "normal"},         {119, "semi-expanded"},
+                  {137, "expanded"},       {175, "extra-expanded"}};
+    for (const auto &row : kNames) {
+        if (percent < row.most)
+            return row.name;
+    }
+    return "ultra-expanded";
+}
+
+} // namespace
+
+std::unique_ptr<WebFont> WebFont::Open(const TextFont &font)
+{
+    const auto index = static_cast<unsigned>(font.faceIndex);
+    const bool isNamedVariation = index >> 16 != 0;
+    const Blob blob(hb_blob_create_from_file_or_fail(font.file.c_str()));
+    if (blob == nullptr || isNamedVariation)
+        return nullptr;
+    std::unique_ptr<WebFont> opened(new WebFont);
+    opened->face_.reset(hb_face_create(blob.get(), index));
+    hb_face_t *face = opened->face_.get();
+    const bool hasOutlines =
+        HasTable(face, HB_TAG('g', 'l', 'y', 'f')) || HasTable(face, HB_TAG('C', 'F', 'F', ' '));
+    const Os2Table os2(face);
+    if (!hasOutlines || !os2.Exists() || !os2.AllowsEmbedding())
+        return nullptr;
+    opened->file_ = FontFile::Open(font.file, font.faceIndex);
+    if (opened->file_ == nullptr)
+        return nullptr;
+    opened->reached_.reset(hb_set_create());
+    opened->FindNames();
+    opened->names_.generic = GenericName(TraitsOfName(font.asked).faceClass);
+    return opened;
+}
+
+void WebFont::FindNames()
+{
+    names_.family = ReadName(face_.get(), HB_OT_NAME_ID_TYPOGRAPHIC_FAMILY);
+    if (names_.family.empty())
+        names_.family = ReadName(face_.get(), HB_OT_NAME_ID_FONT_FAMILY);
+    const Owned<hb_font_t, hb_font_destroy> font(hb_font_create(face_.get()));
+    names_.weight =
+        std::clamp(static_cast<int>(hb_style_get_value(font.get(), HB_STYLE_TAG_WEIGHT)), 1, 1000);
+    names_.isItalic = hb_style_get_value(font.get(), HB_STYLE_TAG_ITALIC) > 0;
+    names_.stretch = StretchName(hb_style_get_value(font.get(), HB_STYLE_TAG_WIDTH));
+}
+
+bool WebFont::Reaches(char32_t character, uint32_t glyph)
+{
+    Known &known = known_[character & 0xFF];
+    if (known.character != character)
+        known = {character, file_->FindGlyph(character), false};
+    if (glyph == 0 || known.glyph != glyph)
+        return false;
+    if (!known.isReached)
+        hb_set_add(reached_.get(), character);
+    known.isReached = true;
+    return true;
+}
+
+const Path &WebFont::Outline(uint32_t glyph)
+{
+    const auto found = outlines_.find(glyph);
+    if (found != outlines_.end())
+        return found->second;
+    if (outlines_.size() == kMaxOutlines)
+        outlines_.clear();
+    return outlines_.emplace(glyph, file_->Outline(glyph)).first->second;
+}
+
+std::vector<std::byte> WebFont::MakeSubset() const
+{
+    if (hb_set_is_empty(reached_.get()) != 0)
+        return {};
+    const Owned<hb_subset_input_t, hb_subset_input_destroy> input(hb_subset_input_create_or_fail());
+    if (input == nullptr)
+        return {};
+    hb_set_union(hb_subset_input_unicode_set(input.get()), reached_.get());
+    hb_set_t *dropped = hb_subset_input_set(input.get(), HB_SUBSET_SETS_DROP_TABLE_TAG);
+    for (const hb_tag_t tag : kDroppedTables)
+        hb_set_add(dropped, tag);
+    hb_subset_input_set_flags(input.get(), HB_SUBSET_FLAGS_NO_HINTING);
+    const Owned<hb_face_t, hb_face_destroy> subset(hb_subset_or_fail(face_.get(), input.get()));
+    if (subset == nullptr)
+        return {};
+    const Blob blob(hb_face_reference_blob(subset.get()));
+    unsigned length = 0;
+    const auto *bytes = reinterpret_cast<const std::byte *>(hb_blob_get_data(blob.get(), &length));
+    return {bytes, bytes + length};
+}
+
+} // namespace vxhost::svg

@@ -1,0 +1,65 @@
+// A font of a document, to be carried inside a picture: what may be embedded, which characters it is asked for, and
+// the small font of those alone.
+#pragma once
+
+#include "host/drawing/GlyphRun.h"
+#include "host/fonts/FontFile.h"
+#include "host/fonts/Owned.h"
+
+#include <hb-subset.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace vxhost::svg
+{
+
+// How a style sheet names the font where it is installed.
+struct FontNames {
+    std::string family; // UTF-8, without quotes and backslashes; may be empty
+    const char *generic = "sans-serif";
+    int weight = 400;
+    bool isItalic = false;
+    const char *stretch = "normal";
+};
+
+class WebFont
+{
+  public:
+    // Null: the licence in the font's own bits forbids it, or browsers do not take fonts of that kind.
+    static std::unique_ptr<WebFont> Open(const TextFont &font);
+
+    const FontNames &Names() const { return names_; }
+
+    // Whether the embedded font will show that glyph for the character. If so it will have it.
+    bool Reaches(char32_t character, uint32_t glyph);
+    // Ems, y up.
+    const Path &Outline(uint32_t glyph);
+
+    // The font with the characters that were reached. Empty when it could not be made, or there are none.
+    std::vector<std::byte> MakeSubset() const;
+
+  private:
+    struct Known {
+        char32_t character = 0;
+        uint32_t glyph = 0;
+        bool isReached = false;
+    };
+
+    WebFont() = default;
+    void FindNames();
+
+    Owned<hb_face_t, hb_face_destroy> face_;
+    std::unique_ptr<FontFile> file_;
+    FontNames names_;
+    std::array<Known, 256> known_; // by the character's last byte, the latest of each
+    Owned<hb_set_t, hb_set_destroy> reached_;
+    std::unordered_map<uint32_t, Path> outlines_;
+};
+
+} // namespace vxhost::svg

@@ -1,0 +1,155 @@
+#include "devices/svg/XmlWriter.h"
+
+#include <algorithm>
+
+namespace vxhost::svg
+{
+
+namespace
+{
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+// What XML 1.0 calls a character.
+bool IsAllowed(char32_t character)
+{
+    return character == '\t' || character == '\n' || character == '\r' ||
+           (character >= 0x20 && character < 0xD800) || (character >= 0xE000 && character < 0xFFFE) ||
+           (character >= 0x10000 && character < 0x110000);
+}
+
+// Takes the first character off the text. What is not well formed is one byte long and stands for the replacement.
+char32_t TakeCharacter(std::string_view *utf8)
+{
+    const auto at = [&](size_t i) { return static_cast<uint8_t>((*utf8)[i]); };
+    const uint8_t lead = at(0);
+    const size_t length = lead < 0x80   ? 1
+                          : lead < 0xC2 ? 0
+                          : lead < 0xE0 ? 2
+                          : lead < 0xF0 ? 3
+                          : lead < 0xF5 ? 4
+                                        : 0;
+    char32_t character = length == 1 ? lead : lead & (0x7FU >> length);
+    bool isWhole = length != 0 && length <= utf8->size();
+    for (size_t i = 1; isWhole && i < length; ++i) {
+        isWhole = (at(i) & 0xC0) == 0x80;
+        character = character << 6 | (at(i) & 0x3FU);
+    }
+    constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+    isWhole = isWhole && character >= kLeast[length];
+    utf8->remove_prefix(isWhole ? length : 1);
+    return isWhole ? character : kReplacement;
+}
+
+} // namespace
+
+void XmlWriter::Flush()
+{
+    if (error_.empty() && at_ != buffer_.data())
+        error_ = sink_(std::as_bytes(std::span(buffer_.data(), at_)));
+    at_ = buffer_.data();
+}
+
+void XmlWriter::MarkupInParts(std::string_view text)
+{
+    while (!text.empty()) {
+        Reserve(1);
+        const std::string_view part = text.substr(0, std::min(text.size(), Room()));
+        Markup(part);
+        text.remove_prefix(part.size());
+    }
+}
+
+void XmlWriter::Attribute(std::string_view name, double value)
+{
+    Markup(" ");
+    Markup(name);
+    Markup("=\"");
+    Number(value);
+    Markup("\"");
+}
+
+void XmlWriter::Attribute(std::string_view name, std::string_view value)
+{
+    Markup(" ");
+    Markup(name);
+    Markup("=\"");
+    Escaped(value);
+    Markup("\"");
+}
+
+void XmlWriter::Transform(const Matrix &matrix)
+{
+    Markup(" transform=\"matrix(");
+    for (const double factor : {matrix.a, matrix.b, matrix.c, matrix.d}) {
+        Reserve(kMaxDecimalText + 1);
+        at_ = WriteFactor(factor, at_);
+        *at_++ = ' ';
+    }
+    Coordinates({matrix.tx, matrix.ty});
+    Markup(")\"");
+}
+
+void XmlWriter::Escaped(std::string_view utf8)
+{
+    while (!utf8.empty())
+        Character(TakeCharacter(&utf8));
+}
+
+void XmlWriter::Character(char32_t character)
+{
+    switch (character) {
+    case '<':
+        return Markup("&lt;");
+    case '>':
+        return Markup("&gt;");
+    case '&':
+        return Markup("&amp;");
+    case '"':
+        return Markup("&quot;");
+    case '\r': // a reader would take it for a line feed
+        return Markup("&#13;");
+    default:
+        break;
+    }
+    if (!IsAllowed(character))
+        character = kReplacement;
+    Reserve(4);
+    const auto put = [this](uint32_t byte) { *at_++ = static_cast<char>(byte); };
+    const auto tail = [&](int shift) { put(0x80 | (character >> shift & 0x3F)); };
+    if (character < 0x80)
+        return put(character);
+    if (character < 0x800) {
+        put(0xC0 | character >> 6);
+    } else if (character < 0x10000) {
+        put(0xE0 | character >> 12);
+        tail(6);
+    } else {
+        put(0xF0 | character >> 18);
+        tail(12);
+        tail(6);
+    }
+    tail(0);
+}
+
+void XmlWriter::Base64(std::span<const std::byte> bytes)
+{
+    static constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    for (size_t i = 0; i < bytes.size(); i += 3) {
+        const size_t count = std::min<size_t>(3, bytes.size() - i);
+        uint32_t three = 0;
+        for (size_t k = 0; k < 3; ++k)
+            three = three << 8 | (k < count ? std::to_integer<uint32_t>(bytes[i + k]) : 0);
+        Reserve(4);
+        for (size_t k = 0; k < 4; ++k)
+            *at_++ = k <= count ? kDigits[three >> (18 - 6 * k) & 0x3F] : '=';
+    }
+}
+
+std::string XmlWriter::Finish()
+{
+    Flush();
+    return error_;
+}
+
+} // namespace vxhost::svg
