@@ -16,7 +16,7 @@ using InkWord = uint32_t;
 // 0 to 1.0, rounded; what lies outside is clamped.
 inline InkWord InkByte(double amount)
 {
-    return static_cast<InkWord>(std::clamp(amount, 0.0, 1.0) * 255 + 0.5);
+    return static_cast<InkWord>(std::lround(std::clamp(amount, 0.0, 1.0) * 255));
 }
 
 // Gray is black ink alone.

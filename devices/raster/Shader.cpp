@@ -64,10 +64,11 @@ Colour ColourAt(const ColourSpan &span, double parameter)
     return colour;
 }
 
-// The order of the operands makes what is no number 0.
+// An ink's places begin half of one before it. The order of the operands makes what is no number 0.
+constexpr double kHalf = 0.5;
 int32_t IndexOf(float place, float last)
 {
-    return static_cast<int32_t>(std::min(std::max(0.0F, place), last) + 0.5F);
+    return static_cast<int32_t>(std::min(std::max(0.0F, place), last));
 }
 
 } // namespace
@@ -159,9 +160,9 @@ double Shader::PixelsAcross() const
     const double shrinks = shading_->first.radius - shading_->last.radius;
     const double moves = Length(shading_->last.centre - shading_->first.centre);
     const double area = std::abs(toUnit_.a * toUnit_.d - toUnit_.b * toUnit_.c);
-    const double pixelsPerUnit = std::hypot(toUnit_.a, toUnit_.b, std::hypot(toUnit_.c, toUnit_.d)) /
-                                 area; // of the longer axis or more
-    return (shrinks + moves) * pixelsPerUnit;
+    // The longer axis of an ellipse is no longer than this diagonal.
+    const double diagonal = std::hypot(toUnit_.a, toUnit_.b, std::hypot(toUnit_.c, toUnit_.d)) / area;
+    return (shrinks + moves) * diagonal;
 }
 
 void Shader::MixInks()
@@ -185,7 +186,7 @@ void Shader::MixInks()
     inks_.clear();
     kept_.clear();
     InkWord kept = 0;
-    for (double i = 0; i <= intervals; ++i) {
+    for (int i = 0; i <= static_cast<int>(intervals); ++i) {
         const double parameter = start_ + length * (i / intervals);
         while (first < last && parameter > first->to)
             ++first;
@@ -237,10 +238,10 @@ void Shader::Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer)
         PaintEach(left, right, mask, buffer,
                   RadialPlaces{circles_, static_cast<float>(at.x), static_cast<float>(at.y),
                                static_cast<float>(toCircles_.a), static_cast<float>(toCircles_.b),
-                               static_cast<float>(-start_ * perUnit_), perUnit});
+                               static_cast<float>(kHalf - start_ * perUnit_), perUnit});
         return;
     }
-    const auto first = static_cast<float>((toUnit_.Map(centre).x - start_) * perUnit_),
+    const auto first = static_cast<float>((toUnit_.Map(centre).x - start_) * perUnit_ + kHalf),
                step = static_cast<float>(toUnit_.a * perUnit_);
     if (step == 0)
         buffer->Paint(left, right, mask, InkAt(IndexOf(first, static_cast<float>(inks_.size() - 1))));

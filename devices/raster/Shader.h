@@ -23,7 +23,7 @@ class Shader
     // Goes to the first part, the next, and returns false behind the last.
     bool NextPart();
     const Path &Outline() const { return outline_; }
-    bool Covers(const Bounds &samples) const;
+    bool Covers(const Bounds &samples) const; // surely, so that its outline does not matter
     // Once a part, before it is painted.
     void MixInks();
     // Neighbouring pixels of row y, which is selected in the buffer: the samples of mask.

@@ -16,6 +16,8 @@ constexpr Verb kStripVerbs[] = {Verb::Move, Verb::Line, Verb::Line, Verb::Line, 
 
 // More than the blends of a gradient and its caps.
 constexpr size_t kMaxPieces = 64;
+// A cap, and blends without a change.
+constexpr size_t kMaxWaiting = 4;
 
 // What went through one matrix is the same up to the last bits of a double; documents are in steps of 1/65536.
 constexpr double kExact = 1e-6;
@@ -67,6 +69,7 @@ bool StripBlend::Add(const Path &path, const Paint &paint, Device *device)
 void StripBlend::Flush(Device *device)
 {
     EndStrips(device);
+    FillWaiting(waiting_.size(), device);
     EndBand(device);
 }
 
@@ -87,27 +90,39 @@ void StripBlend::TakePiece(Device *device)
 StripBlend::Piece StripBlend::MakePiece(size_t steps) const
 {
     Piece piece;
-    piece.drawn = strips_.Front();
+    piece.quad = strips_.Front();
     piece.paint = strips_.Paints(1).front();
     if (steps > 0) {
         const Quad &far = strips_.Shapes(steps).back();
-        piece.drawn.far0 = far.far0;
-        piece.drawn.far1 = far.far1;
+        piece.quad.far0 = far.far0;
+        piece.quad.far1 = far.far1;
         piece.spans = MakeSpans(strips_.Paints(steps), strips_.Starts(steps), Length(far.far0 - start_));
     }
-    piece.placed = piece.drawn;
     return piece;
 }
 
 void StripBlend::AddPiece(Piece piece, Device *device)
 {
-    band_.push_back(std::move(piece));
-    if (band_.size() == 1 || JoinsLast())
+    if (!band_.empty()) {
+        if (Join(piece, true))
+            return;
+        EndBand(device);
+    }
+    if (piece.IsRamp()) {
+        BeginBand(std::move(piece), device);
         return;
-    piece = std::move(band_.back());
-    band_.pop_back();
-    EndBand(device);
-    band_.push_back(std::move(piece));
+    }
+    waiting_.push_back(std::move(piece));
+    if (waiting_.size() > kMaxWaiting)
+        FillWaiting(1, device);
+}
+
+void StripBlend::BeginBand(Piece ramp, Device *device)
+{
+    band_.push_back(std::move(ramp));
+    while (!waiting_.empty() && Join(waiting_.back(), false))
+        waiting_.pop_back();
+    FillWaiting(waiting_.size(), device);
 }
 
 StripBlend::Quad StripBlend::Quad::Oriented(int orientation) const
@@ -118,50 +133,36 @@ StripBlend::Quad StripBlend::Quad::Oriented(int orientation) const
     return quad;
 }
 
-bool StripBlend::Quad::HasCornerOf(const Quad &other) const
-{
-    const auto isCorner = [this](Point p) {
-        return AreNear(p, near0, kJoint) || AreNear(p, far0, kJoint) || AreNear(p, far1, kJoint) ||
-               AreNear(p, near1, kJoint);
-    };
-    return isCorner(other.near0) || isCorner(other.far0) || isCorner(other.far1) || isCorner(other.near1);
-}
-
 // A strip of one colour is the same whichever way it was drawn. A ramp has its direction, but may lie on either side
 // of the axis; the first stays as it is.
-bool StripBlend::JoinsLast()
+bool StripBlend::Join(const Piece &piece, bool behind)
 {
-    Piece &last = band_.back(), &before = band_[band_.size() - 2];
-    if (band_.size() > kMaxPieces || !AreAlike(last.paint, before.paint) ||
-        !last.drawn.HasCornerOf(before.drawn))
+    if (band_.size() == kMaxPieces || !AreAlike(piece.paint, band_.front().paint))
         return false;
-    const bool isBeforeFree = band_.size() == 2 && !before.IsRamp();
-    const int orientationsBefore = isBeforeFree ? 8 : 1;
-    const int orientations = !last.IsRamp() ? 8 : isBeforeFree ? 1 : 2;
-    const Quad placedBefore = before.placed;
-    for (int i = 0; i < orientationsBefore; ++i) {
-        before.placed = placedBefore.Oriented(i);
-        for (int k = 0; k < orientations; ++k) {
-            last.placed = last.drawn.Oriented(k);
-            if (AreNear(before.placed.far0, last.placed.near0, kJoint) &&
-                AreNear(before.placed.far1, last.placed.near1, kJoint) && MakesBand())
-                return true;
-        }
+    const int orientations = piece.IsRamp() ? 2 : 8;
+    for (int i = 0; i < orientations; ++i) {
+        const Quad quad = piece.quad.Oriented(i);
+        const Quad &first = behind ? band_.back().quad : quad, &second = behind ? quad : band_.front().quad;
+        if (!AreNear(first.far0, second.near0, kJoint) || !AreNear(first.far1, second.near1, kJoint))
+            continue;
+        const auto place = band_.insert(behind ? band_.end() : band_.begin(), piece);
+        place->quad = quad;
+        if (MakesBand())
+            return true;
+        band_.erase(place);
     }
-    before.placed = placedBefore;
-    last.placed = last.drawn;
     return false;
 }
 
 // Whether all far sides lie across one parallelogram, in order; and where they lie, from 0 to 1.
 bool StripBlend::MakesBand()
 {
-    const Quad &first = band_.front().placed;
-    const Point axis = band_.back().placed.far0 - first.near0;
+    const Quad &first = band_.front().quad;
+    const Point axis = band_.back().quad.far0 - first.near0;
     const double square = Dot(axis, axis);
     double before = 0;
     for (Piece &piece : band_) {
-        const Quad &quad = piece.placed;
+        const Quad &quad = piece.quad;
         piece.end = Dot(quad.far0 - first.near0, axis) / square;
         if (!(piece.end > before && AreNear(first.near0 + axis * piece.end, quad.far0, kJoint) &&
               AreNear(first.near1 + axis * piece.end, quad.far1, kJoint)))
@@ -171,29 +172,24 @@ bool StripBlend::MakesBand()
     return true;
 }
 
+void StripBlend::FillWaiting(size_t count, Device *device)
+{
+    for (size_t i = 0; i < count; ++i) {
+        const Quad &quad = waiting_[i].quad;
+        path_.verbs.assign(std::begin(kStripVerbs), std::end(kStripVerbs));
+        path_.points = {quad.near0, quad.far0, quad.far1, quad.near1};
+        device->FillPath(path_, waiting_[i].paint);
+    }
+    waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<ptrdiff_t>(count));
+}
+
 void StripBlend::EndBand(Device *device)
 {
-    if (std::ranges::any_of(band_, &Piece::IsRamp))
-        ShadeBand(device);
-    else
-        FillPieces(device);
-    band_.clear();
-}
-
-void StripBlend::FillPieces(Device *device)
-{
-    for (const Piece &piece : band_) {
-        path_.verbs.assign(std::begin(kStripVerbs), std::end(kStripVerbs));
-        path_.points = {piece.drawn.near0, piece.drawn.far0, piece.drawn.far1, piece.drawn.near1};
-        device->FillPath(path_, piece.paint);
-    }
-}
-
-void StripBlend::ShadeBand(Device *device)
-{
-    MakesBand(); // it does; the ends may be those of a piece that did not join
-    const Quad &first = band_.front().placed;
-    const Point axis = band_.back().placed.far0 - first.near0, edge = first.near1 - first.near0;
+    if (band_.empty())
+        return;
+    MakesBand(); // it does, but the ends may be those of a piece that did not join
+    const Quad &first = band_.front().quad;
+    const Point axis = band_.back().quad.far0 - first.near0, edge = first.near1 - first.near0;
     Shading shading;
     shading.matrix = {axis.x, axis.y, edge.x, edge.y, first.near0.x, first.near0.y};
     shading.overprint = band_.front().paint.overprint;
@@ -206,6 +202,7 @@ void StripBlend::ShadeBand(Device *device)
             shading.spans.push_back({place(span.from), place(span.to), std::move(span.colours)});
         start = piece.end;
     }
+    band_.clear();
     device->Shade(shading);
 }
 

@@ -20,7 +20,7 @@ class StripBlend
     bool Add(const Path &path, const Paint &paint, Device *device);
     // All that is held back goes on.
     void Flush(Device *device);
-    bool IsEmpty() const { return strips_.IsEmpty() && band_.empty(); }
+    bool IsEmpty() const { return strips_.IsEmpty() && waiting_.empty() && band_.empty(); }
 
   private:
     // As a strip is drawn: along one edge, over on the far side, and back along the other edge.
@@ -28,12 +28,10 @@ class StripBlend
         Point near0, far0, far1, near1;
         // The same from another side, 0 to 7: turned by half as many, and mirrored if odd. 0 and 1 keep the direction.
         Quad Oriented(int orientation) const;
-        bool HasCornerOf(const Quad &other) const;
     };
     // A ramp, or, without spans, a strip of one colour.
     struct Piece {
-        Quad drawn;
-        Quad placed;                   // so that the next piece of the band is on the far side
+        Quad quad;
         Paint paint;                   // of the first strip
         std::vector<ColourSpan> spans; // from 0 to 1 across the piece
         double end = 0;                // from 0 to 1 across the band; set by MakesBand
@@ -46,16 +44,18 @@ class StripBlend
     void TakePiece(Device *device);
     Piece MakePiece(size_t steps) const;
     void AddPiece(Piece piece, Device *device);
-    bool JoinsLast();
+    void BeginBand(Piece ramp, Device *device);
+    bool Join(const Piece &piece, bool behind);
     bool MakesBand();
     void EndBand(Device *device);
-    void FillPieces(Device *device);
-    void ShadeBand(Device *device);
+    void FillWaiting(size_t count, Device *device);
 
-    StepQueue<Quad> strips_;  // neighbours of about one width
-    Point start_;             // of the first of them
-    std::vector<Piece> band_; // one behind the other
-    Path path_;               // keeps its storage
+    // Of the three only the first and one more hold something at a time.
+    StepQueue<Quad> strips_;     // neighbours of about one width
+    Point start_;                // of the first of them
+    std::vector<Piece> waiting_; // of one colour, for a ramp that they may lie before
+    std::vector<Piece> band_;    // joined one behind the other, a ramp among them
+    Path path_;                  // keeps its storage
 };
 
 } // namespace vxhost

@@ -33,6 +33,12 @@ const PixelCase kClips[] = {
     {"TwoClipsAtOneLevelGoTogether", "q 4 0 8 8 re W 6 0 8 8 re W Q " FILL, 3, 0, "0 0 0"},
     {"ASurplusRestoreIsIgnored", "2 2 6 6 re W Q Q " FILL, 0, 0, "255 255 255"},
     {"StrokesAreClipped", "4 0 8 8 re W 2 w 0 4 m 8 4 l s", 3, 4, "255 255 255"},
+    // The same path once more, for a fill: the device knows its samples already.
+    {"AClipMayBeFilled", "2 2 6 6 re W 2 2 6 6 re f", 3, 3, "0 0 0"},
+    {"AFilledClipIsNoLarger", "2 2 6 6 re W 2 2 6 6 re f", 1, 3, "255 255 255"},
+    {"AFilledClipCutsSamples", "0 0 2.5 8 re W 0 0 2.5 8 re f", 2, 0, "128 128 128"},
+    {"AFilledClipIsAlsoInTheOneAroundIt", "0 0 5 8 re W 3 0 8 8 re W 3 0 8 8 re f", 5, 0, "255 255 255"},
+    {"AClipThatIsGoneIsFilledWhole", "q 0 0 5 8 re W 3 0 8 8 re W Q 3 0 8 8 re f", 6, 0, "0 0 0"},
     {"AClipWindsNonZero", "0 0 8 8 re 2 2 6 6 re W " FILL, 4, 4, "0 0 0"},
 };
 
