@@ -1,0 +1,261 @@
+"""SVG files as other programs see them: an XML reader, and rsvg-convert beside our own pictures.
+
+The environment names what is tested: VX the program, VX_SANITIZED whether it is instrumented.
+"""
+import base64
+import glob
+import os
+import re
+import resource
+import struct
+import subprocess
+import unittest
+import xml.etree.ElementTree as ElementTree
+
+from vxcommand import CommandTest, Png, SANITIZED, VX, document
+
+SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "samples")
+SVG = "{http://www.w3.org/2000/svg}"
+XLINK = "{http://www.w3.org/1999/xlink}"
+
+
+def sample(name):
+    return os.path.join(SAMPLES, name + ".vx")
+
+
+def sample_names():
+    return sorted(os.path.splitext(os.path.basename(path))[0] for path in glob.glob(os.path.join(SAMPLES, "*.vx")))
+
+
+class SvgTest(CommandTest):
+    def svg(self, source, *words):
+        """The bytes that vx makes of a document."""
+        self.run_vx("render", source, "-f", "svg", "-o", "out.svg", "-q", *words)
+        return self.read("out.svg")
+
+    def root(self, source, *words):
+        return ElementTree.fromstring(self.svg(source, *words))
+
+    def ours(self, source, *words):
+        self.run_vx("render", source, "-f", "png", "-o", "ours.png", "-q", *words)
+        return Png(self.read("ours.png"))
+
+    def theirs(self, width, height):
+        """out.svg as rsvg-convert draws it."""
+        subprocess.run(["rsvg-convert", "--background-color", "white", "--width", str(width), "--height", str(height),
+                        "-o", "theirs.png", "out.svg"], cwd=self.folder, check=True, timeout=120)
+        return Png(self.read("theirs.png"))
+
+
+class Files(SvgTest):
+    ELEMENTS = {"svg", "title", "g", "path", "rect", "circle", "text", "tspan", "style", "clipPath", "linearGradient",
+                "radialGradient", "stop"}
+
+    def check_inks(self, element):
+        for name, value in element.attrib.items():
+            kind = re.fullmatch(r"data-(?:stroke-)?(cmyk|gray)", name)
+            if kind:
+                inks = [float(ink) for ink in value.split(" ")]
+                self.assertEqual(len(inks), 4 if kind[1] == "cmyk" else 1)
+                self.assertTrue(all(0 <= ink <= 1 for ink in inks), value)
+
+    def check_paint(self, element):
+        """Each colour of the screen has the numbers of the document beside it."""
+        for use, prefix in (("fill", "data-"), ("stroke", "data-stroke-")):
+            if element.get(use, "").startswith("#"):
+                self.assertRegex(element.get(use), r"^#[0-9a-f]{6}$")
+                self.assertEqual((prefix + "cmyk" in element.attrib) + (prefix + "gray" in element.attrib), 1)
+
+    def check_references(self, root):
+        ids = [element.get("id") for element in root.iter() if element.get("id")]
+        self.assertEqual(len(ids), len(set(ids)), "an id is used twice")
+        for element in root.iter():
+            for value in element.attrib.values():
+                for name in re.findall(r"url\(#(.*?)\)", value):
+                    self.assertIn(name, ids)
+            if element.get(XLINK + "href"):
+                self.assertIn(element.get(XLINK + "href")[1:], ids)
+
+    def test_every_sample_is_well_formed(self):
+        for name in sample_names():
+            for words in ((), ("--text", "outlines")):
+                with self.subTest(sample=name, words=words):
+                    root = self.root(sample(name), *words)
+                    self.assertEqual(root.tag, SVG + "svg")
+                    width, height = (float(root.get(side).removesuffix("pt")) for side in ("width", "height"))
+                    self.assertEqual(root.get("viewBox").split(" ")[:2], ["0", "0"])
+                    self.assertEqual([float(number) for number in root.get("viewBox").split(" ")[2:]], [width, height])
+                    self.check_references(root)
+                    for element in root.iter():
+                        self.assertIn(element.tag.removeprefix(SVG), self.ELEMENTS)
+                        self.check_inks(element)
+                        self.check_paint(element)
+
+    def test_the_same_input_gives_the_same_bytes(self):
+        for name in ("poster", "text-vertical", "gradients"):
+            self.assertEqual(self.svg(sample(name)), self.svg(sample(name)))
+
+    # What a reader finds in the document, in order.
+    TEXTS = [
+        ("text-point", ["Handgloves", "Ligne, Zeile, fine", "one, two, three", "turned by ninety degrees"]),
+        ("text-version-4", ["Été, garçon, naïve", "Été, garçon, naïve"]),
+        ("text-vertical", ["縦書きの「見本」", "「見本」、ちっテー①", "ABC図VX", "Side"]),
+        ("text-render-modes", ["Fill", "Stroke", "Both", "CLIP"]),
+        ("text-spacing", ["three points apart", "condensed to seventy", "kerning: AVA"]),
+    ]
+
+    def test_text_is_text(self):
+        for name, texts in self.TEXTS:
+            with self.subTest(sample=name):
+                root = self.root(sample(name))
+                text = "".join("".join(element.itertext()) for element in root.iter(SVG + "text"))
+                at = 0
+                for part in texts:
+                    self.assertIn(part, text[at:])
+                    at = text.index(part, at) + len(part)
+
+    def test_outlines_have_no_text(self):
+        for name, _ in self.TEXTS:
+            root = self.root(sample(name), "--text", "outlines")
+            self.assertEqual([element for tag in ("text", "style") for element in root.iter(SVG + tag)], [])
+
+    def test_fonts_are_embedded(self):
+        root = self.root(sample("text-point"))
+        fonts = {}
+        for style in root.iter(SVG + "style"):
+            rule = re.fullmatch(r"@font-face\{font-family:(\w+);[^}]*;src:url\(data:font/otf;base64,([\w+/=]+)\)\}",
+                                style.text)
+            font = base64.b64decode(rule[2], validate=True)
+            count = struct.unpack(">H", font[4:6])[0]
+            tables = {font[at:at + 4].decode() for at in range(12, 12 + 16 * count, 16)}
+            # Without one of these browsers leave a font alone.
+            self.assertLessEqual({"CFF ", "OS/2", "cmap", "head", "hhea", "hmtx", "maxp", "name", "post"}, tables)
+            # These would move or exchange what has its place already.
+            self.assertFalse({"GPOS", "GSUB", "kern"} & tables)
+            fonts[rule[1]] = font
+        families = {element.get("font-family").split(",")[0] for element in root.iter(SVG + "text")}
+        self.assertEqual(families, set(fonts))
+        self.assertEqual(len(fonts), 6)
+
+    def test_the_title_is_the_documents(self):
+        self.write("a.vx", document().replace(b"(A \\(small\\) square)", b"(a < b & c)"))
+        self.assertEqual(self.root("a.vx").find(SVG + "title").text, "a < b & c")
+
+
+class Agreement(SvgTest):
+    SIDE = 360    # pixels at most, each way
+    # Differences over all blocks and over the worst one, of 255. Along edges two renderers differ by a few levels; a shape
+    # that is missing, or half a pixel off, shows as more.
+    USUAL = (1.5, 16)
+    LARGER = {
+        "hairlines": (5, 40),        # a pixel is not the same thing to all
+        "pocket-trumpet": (3, 40),   # as there: most lines are thinner than a pixel
+        "overprint": (3, 70),        # multiplied screen colours come out purer than inks upon each other
+    }
+    # rsvg-convert kerns, so letters move by a pixel or two within their words; how much is painted about there stays.
+    KERNED = (2, 30)
+
+    def blocks(self, picture, side):
+        """The bytes of each square block of pixels, colour by colour."""
+        for top in range(0, picture.height, side):
+            rows = picture.rows[top:top + side]
+            for left in range(0, picture.width, side):
+                edges = left * picture.channels, min(left + side, picture.width) * picture.channels
+                for colour in range(3):
+                    yield b"".join(row[edges[0] + colour:edges[1]:picture.channels] for row in rows)
+
+    def check_differences(self, found, most):
+        self.assertLess(sum(found) / len(found), most[0])
+        self.assertLess(max(found), most[1])
+
+    def draw_both(self, name, *words):
+        self.svg(sample(name), *words)
+        ours = self.ours(sample(name), "--fit", str(self.SIDE))
+        theirs = self.theirs(ours.width, ours.height)
+        self.assertEqual((ours.width, ours.height), (theirs.width, theirs.height))
+        return ours, theirs
+
+    def check_pixels(self, name, most, *words):
+        """Compares pixel by pixel, and averages the differences over small blocks."""
+        ours, theirs = self.draw_both(name, *words)
+        self.check_differences([sum(abs(x - y) for x, y in zip(a, b)) / len(a)
+                                for a, b in zip(self.blocks(ours, 8), self.blocks(theirs, 8))], most)
+
+    def check_averages(self, name, most, *words):
+        """Compares the averages of larger blocks."""
+        ours, theirs = self.draw_both(name, *words)
+        self.check_differences([abs(sum(a) - sum(b)) / len(a)
+                                for a, b in zip(self.blocks(ours, 24), self.blocks(theirs, 24))], most)
+
+    def test_outlines_look_like_our_pictures(self):
+        for name in sample_names():
+            with self.subTest(sample=name):
+                self.check_pixels(name, self.LARGER.get(name, self.USUAL), "--text", "outlines")
+
+    # The fonts are installed here, so a viewer that does not read the embedded ones finds them.
+    def test_text_looks_like_our_pictures(self):
+        for name in sample_names():
+            if name.startswith("text-"):
+                with self.subTest(sample=name):
+                    self.check_averages(name, self.KERNED)
+        for name in ("text-japanese", "text-vertical"):  # in fonts without kerning
+            with self.subTest(sample=name):
+                self.check_pixels(name, self.USUAL)
+
+
+class Seams(SvgTest):
+    def check_smooth(self, levels):
+        """No pixel is off the mean of its neighbours by more than 3."""
+        self.assertGreater(len(levels), 20)
+        self.assertGreater(max(levels) - min(levels), 40, "no ramp at all")
+        for before, level, after in zip(levels, levels[1:], levels[2:]):
+            self.assertLessEqual(abs(level - (before + after) / 2), 3)
+
+    def test_blends_are_smooth(self):
+        self.svg(sample("gradients"))
+        picture = self.theirs(600, 400)
+        column = lambda x, top, bottom, colour: [picture.pixel(x, y)[colour] for y in range(top, bottom)]
+        # The sky down to the hills, and the water down to the bottom.
+        for x in (10, 201, 333, 580):
+            self.check_smooth(column(x, 0, 120, 0))
+            self.check_smooth(column(x, 270, 400, 0))
+        # The sun, from its rim up to its middle, and the slope of the hill.
+        self.check_smooth(column(280, 200, 260, 2))
+        self.check_smooth([picture.pixel(x, 255)[0] for x in range(425, 600)])
+
+    def test_a_blend_is_one_element(self):
+        root = self.root(sample("gradients"))
+        self.assertGreaterEqual(len(list(root.iter(SVG + "radialGradient"))), 2)
+        self.assertLess(len(list(root.iter(SVG + "path"))), 60)
+
+
+class Limits(SvgTest):
+    def test_deep_clips_can_be_read(self):
+        clip = "0 0 m\n72 0 l\n72 36 l\n0 36 l\nh\nW\nn\n"
+        depth = 20  # as deep as the format saves
+        body = ("q\n" + clip * 40) * depth + "0 0 0 1 k\n0 0 m\n36 0 l\n36 36 l\n0 36 l\nf\n" + "Q\n" * depth
+        self.write("deep.vx", document(body))
+        svg = self.svg("deep.vx").decode()
+        depth = deepest = 0
+        for tag in re.findall(r"<g |</g>", svg):
+            depth += 1 if tag == "<g " else -1
+            deepest = max(deepest, depth)
+        self.assertEqual(svg.count("<clipPath "), 800)
+        self.assertEqual(depth, 0)
+        self.assertEqual(deepest, 200)
+        picture = self.theirs(72, 36)
+        self.assertEqual((picture.pixel(10, 10)[:3], picture.pixel(60, 10)[:3]), ((32, 31, 30), (255, 255, 255)))
+
+    @unittest.skipIf(SANITIZED, "sanitizers need the whole address space")
+    def test_memory_does_not_grow_with_the_document(self):
+        # What the program may write to, its own variables and heap. The document is only read.
+        limit = 24 << 20
+        shape = "0.1 0.2 0.3 0 k\n1 1 m\n" + "2.5 3.25 4.125 5 6 7 c\n" * 20 + "f\n"
+        self.write("many.vx", document(shape * 80_000))
+        self.run_vx("render", "many.vx", "-o", "many.svg",
+                    preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_DATA, (limit, limit)))
+        self.assertGreater(os.path.getsize(self.path("many.svg")), 40_000_000)
+
+
+if __name__ == "__main__":
+    unittest.main()
