@@ -18,8 +18,8 @@ constexpr double kSmallestFont = 0.1, kLargestFont = 2000;
 constexpr double kFlattest = 0.02;
 constexpr double kSameNumber = 1e-9;
 constexpr double kSamePlace = 0.5e-4;
-// How far a character may be from where the widths of those before it put it, until it is placed anew; ems. Viewers that
-// know but one place for a piece of text go wrong by no more than this, and by kerning of their own.
+// How far a character may be from where the widths and the kerning of those before it put it, until it is placed anew;
+// ems. Viewers that know but one place for a piece of text go wrong by no more than this.
 constexpr double kSlack = 0.01;
 // A gap that is no letter spacing; ems.
 constexpr double kWidestSpacing = 1;
@@ -119,7 +119,8 @@ double TextWriter::FindSpacing(const GlyphRun &run, double size) const
 }
 
 // A chunk has one y and is placed once for simple viewers: a word, or as much of it as is set without a gap.
-size_t TextWriter::FindChunkEnd(const GlyphRun &run, size_t begin, double size, double spacing) const
+size_t TextWriter::FindChunkEnd(const GlyphRun &run, size_t begin, double size, double spacing,
+                                WebFont *font) const
 {
     const PlacedCharacter &first = placed_[begin];
     double expected = first.at.x;
@@ -127,6 +128,8 @@ size_t TextWriter::FindChunkEnd(const GlyphRun &run, size_t begin, double size, 
     for (; end < placed_.size(); ++end) {
         const PlacedCharacter &last = placed_[end - 1], &next = placed_[end];
         expected += run.glyphs[end - 1].advance * size + spacing;
+        if (!next.isHidden)
+            expected += font->Kerning(last.character, next.character) * size;
         if (std::abs(next.at.y - first.at.y) > kSamePlace || next.isHidden != first.isHidden ||
             std::abs(next.at.x - expected) > kSlack * size ||
             (last.character == kSpace && next.character != kSpace))
@@ -186,7 +189,7 @@ void TextWriter::WriteElement(const GlyphRun &run, const Face &face, const Setti
 {
     const size_t count = placed_.size();
     const double spacing = FindSpacing(run, setting.size);
-    const bool isOneChunk = FindChunkEnd(run, 0, setting.size, spacing) == count;
+    const bool isOneChunk = FindChunkEnd(run, 0, setting.size, spacing, face.font.get()) == count;
     const bool isUnpainted = isOneChunk && placed_.front().isHidden;
     double y = std::numeric_limits<double>::quiet_NaN(); // none yet
     xml_->Markup("<text xml:space=\"preserve\"");
@@ -211,7 +214,7 @@ void TextWriter::WriteElement(const GlyphRun &run, const Face &face, const Setti
     if (isOneChunk)
         WriteChunk(0, count);
     for (size_t begin = 0; begin < count && !isOneChunk;) {
-        const size_t end = FindChunkEnd(run, begin, setting.size, spacing);
+        const size_t end = FindChunkEnd(run, begin, setting.size, spacing, face.font.get());
         xml_->Markup("<tspan");
         WriteChunkPlace(begin, end, &y);
         if (placed_[begin].isHidden)

@@ -64,7 +64,7 @@ class TextWriter
                       bool strokes);
     void WriteFontAttributes(const TextFont &font, const Face &face, double size);
     double FindSpacing(const GlyphRun &run, double size) const;
-    size_t FindChunkEnd(const GlyphRun &run, size_t begin, double size, double spacing) const;
+    size_t FindChunkEnd(const GlyphRun &run, size_t begin, double size, double spacing, WebFont *font) const;
     void WriteChunkPlace(size_t begin, size_t end, double *y);
     void WriteChunk(size_t begin, size_t end);
     void AppendOutlines(const GlyphRun &run, bool hiddenAlone, WebFont *font, Path *path) const;

@@ -18,6 +18,7 @@ namespace
 using Blob = Owned<hb_blob_t, hb_blob_destroy>;
 
 constexpr size_t kMaxOutlines = 4096;
+constexpr int kOneEm = 0x10000;
 
 // Tables that change what a character looks like, or that only an uncut font needs.
 constexpr hb_tag_t kDroppedTables[] = {
@@ -121,6 +122,8 @@ std::unique_ptr<WebFont> WebFont::Open(const TextFont &font)
     opened->file_ = FontFile::Open(font.file, font.faceIndex);
     if (opened->file_ == nullptr)
         return nullptr;
+    opened->font_.reset(hb_font_create(face));
+    hb_font_set_scale(opened->font_.get(), kOneEm, kOneEm);
     opened->reached_.reset(hb_set_create());
     opened->FindNames();
     opened->names_.generic = GenericName(TraitsOfName(font.asked).faceClass);
@@ -132,11 +135,10 @@ void WebFont::FindNames()
     names_.family = ReadName(face_.get(), HB_OT_NAME_ID_TYPOGRAPHIC_FAMILY);
     if (names_.family.empty())
         names_.family = ReadName(face_.get(), HB_OT_NAME_ID_FONT_FAMILY);
-    const Owned<hb_font_t, hb_font_destroy> font(hb_font_create(face_.get()));
-    names_.weight =
-        std::clamp(static_cast<int>(hb_style_get_value(font.get(), HB_STYLE_TAG_WEIGHT)), 1, 1000);
-    names_.isItalic = hb_style_get_value(font.get(), HB_STYLE_TAG_ITALIC) > 0;
-    names_.stretch = StretchName(hb_style_get_value(font.get(), HB_STYLE_TAG_WIDTH));
+    hb_font_t *font = font_.get();
+    names_.weight = std::clamp(static_cast<int>(hb_style_get_value(font, HB_STYLE_TAG_WEIGHT)), 1, 1000);
+    names_.isItalic = hb_style_get_value(font, HB_STYLE_TAG_ITALIC) > 0;
+    names_.stretch = StretchName(hb_style_get_value(font, HB_STYLE_TAG_WIDTH));
 }
 
 bool WebFont::Reaches(char32_t character, uint32_t glyph)
@@ -150,6 +152,30 @@ bool WebFont::Reaches(char32_t character, uint32_t glyph)
         hb_set_add(reached_.get(), character);
     known.isReached = true;
     return true;
+}
+
+double WebFont::FindKerning(char32_t first, char32_t second) const
+{
+    const uint32_t text[] = {first, second};
+    const Owned<hb_buffer_t, hb_buffer_destroy> buffer(hb_buffer_create());
+    hb_buffer_add_utf32(buffer.get(), text, 2, 0, 2);
+    hb_buffer_set_direction(buffer.get(), HB_DIRECTION_LTR);
+    hb_buffer_guess_segment_properties(buffer.get());
+    hb_shape(font_.get(), buffer.get(), nullptr, 0);
+    unsigned count = 0;
+    const hb_glyph_position_t *positions = hb_buffer_get_glyph_positions(buffer.get(), &count);
+    if (count != 2)
+        return 1;
+    const int32_t placed = positions[0].x_advance + positions[1].x_offset;
+    return static_cast<double>(placed - file_->Advance(file_->FindGlyph(first))) / kOneEm;
+}
+
+double WebFont::Kerning(char32_t first, char32_t second)
+{
+    KnownPair &known = pairs_[(first * 67 + second) % kKnownPairs];
+    if (known.first != first || known.second != second)
+        known = {first, second, FindKerning(first, second)};
+    return known.kerning;
 }
 
 const Path &WebFont::Outline(uint32_t glyph)

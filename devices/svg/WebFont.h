@@ -38,6 +38,9 @@ class WebFont
 
     // Whether the embedded font will show that glyph for the character. If so it will have it.
     bool Reaches(char32_t character, uint32_t glyph);
+    // How much nearer or farther than their widths say a viewer that kerns sets the second character, ems. An em where it
+    // would make one glyph of both.
+    double Kerning(char32_t first, char32_t second);
     // Ems, y up.
     const Path &Outline(uint32_t glyph);
 
@@ -51,13 +54,22 @@ class WebFont
         bool isReached = false;
     };
 
-    WebFont() = default;
+    struct KnownPair {
+        char32_t first = 0, second = 0;
+        double kerning = 0;
+    };
+    static constexpr size_t kKnownPairs = 4096;
+
+    WebFont() : pairs_(kKnownPairs) {}
+    double FindKerning(char32_t first, char32_t second) const;
     void FindNames();
 
     Owned<hb_face_t, hb_face_destroy> face_;
+    Owned<hb_font_t, hb_font_destroy> font_; // of the face, in ems of 16.16
     std::unique_ptr<FontFile> file_;
     FontNames names_;
     std::array<Known, 256> known_; // by the character's last byte, the latest of each
+    std::vector<KnownPair> pairs_; // at a place that both characters make, the latest of each
     Owned<hb_set_t, hb_set_destroy> reached_;
     std::unordered_map<uint32_t, Path> outlines_;
 };

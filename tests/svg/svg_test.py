@@ -99,7 +99,7 @@ class Files(SvgTest):
     TEXTS = [
         ("text-point", ["Handgloves", "Ligne, Zeile, fine", "one, two, three", "turned by ninety degrees"]),
         ("text-version-4", ["Été, garçon, naïve", "Été, garçon, naïve"]),
-        ("text-vertical", ["縦書きの「見本」", "縦「見本」、ー", "ABC図VX", "Side"]),
+        ("text-vertical", ["縦書きの「見本」", "「見本」、ちっテー①", "ABC図VX", "Side"]),
         ("text-render-modes", ["Fill", "Stroke", "Both", "CLIP"]),
         ("text-spacing", ["three points apart", "condensed to seventy", "kerning: AVA"]),
     ]
@@ -144,51 +144,63 @@ class Files(SvgTest):
 
 class Agreement(SvgTest):
     SIDE = 360    # pixels at most, each way
-    BLOCK = 8     # pixels of the squares over which differences are averaged
-    # Means over all blocks and over the worst one, of 255. Along edges two renderers differ by a few levels; a shape
+    # Differences over all blocks and over the worst one, of 255. Along edges two renderers differ by a few levels; a shape
     # that is missing, or half a pixel off, shows as more.
     USUAL = (1.5, 16)
     LARGER = {
         "hairlines": (5, 40),        # a pixel is not the same thing to all
         "pocket-trumpet": (3, 40),   # as there: most lines are thinner than a pixel
-        "overprint": (3, 60),        # multiplied screen colours come out purer than inks upon each other
+        "overprint": (3, 70),        # multiplied screen colours come out purer than inks upon each other
     }
-    KERNED = (3.5, 255)  # rsvg-convert moves letters within their words
+    # rsvg-convert kerns, so letters move by a pixel or two within their words; how much is painted about there stays.
+    KERNED = (2, 30)
 
-    def blocks(self, ours, theirs):
-        """The mean difference of each square block of pixels, over its three colours."""
+    def blocks(self, picture, side):
+        """The bytes of each square block of pixels, colour by colour."""
+        for top in range(0, picture.height, side):
+            rows = picture.rows[top:top + side]
+            for left in range(0, picture.width, side):
+                edges = left * picture.channels, min(left + side, picture.width) * picture.channels
+                for colour in range(3):
+                    yield b"".join(row[edges[0] + colour:edges[1]:picture.channels] for row in rows)
+
+    def check_differences(self, found, most):
+        self.assertLess(sum(found) / len(found), most[0])
+        self.assertLess(max(found), most[1])
+
+    def draw_both(self, name, *words):
+        self.svg(sample(name), *words)
+        ours = self.ours(sample(name), "--fit", str(self.SIDE))
+        theirs = self.theirs(ours.width, ours.height)
         self.assertEqual((ours.width, ours.height), (theirs.width, theirs.height))
-        for top in range(0, ours.height, self.BLOCK):
-            rows = [(ours.rows[y], theirs.rows[y]) for y in range(top, min(top + self.BLOCK, ours.height))]
-            for left in range(0, ours.width, self.BLOCK):
-                right = min(left + self.BLOCK, ours.width)
-                total = 0
-                for own, other in rows:
-                    for colour in range(3):
-                        a = own[left * ours.channels + colour:right * ours.channels:ours.channels]
-                        b = other[left * theirs.channels + colour:right * theirs.channels:theirs.channels]
-                        total += sum(abs(x - y) for x, y in zip(a, b))
-                yield total / (3 * len(rows) * (right - left))
+        return ours, theirs
 
-    def compare(self, name, tolerance, *words):
-        with self.subTest(sample=name):
-            self.svg(sample(name), *words)
-            ours = self.ours(sample(name), "--fit", str(self.SIDE))
-            found = list(self.blocks(ours, self.theirs(ours.width, ours.height)))
-            mean, worst = sum(found) / len(found), max(found)
-            self.assertLess(mean, tolerance[0])
-            self.assertLess(worst, tolerance[1])
+    def check_pixels(self, name, most, *words):
+        """Compares pixel by pixel, and averages the differences over small blocks."""
+        ours, theirs = self.draw_both(name, *words)
+        self.check_differences([sum(abs(x - y) for x, y in zip(a, b)) / len(a)
+                                for a, b in zip(self.blocks(ours, 8), self.blocks(theirs, 8))], most)
+
+    def check_averages(self, name, most, *words):
+        """Compares the averages of larger blocks."""
+        ours, theirs = self.draw_both(name, *words)
+        self.check_differences([abs(sum(a) - sum(b)) / len(a)
+                                for a, b in zip(self.blocks(ours, 24), self.blocks(theirs, 24))], most)
 
     def test_outlines_look_like_our_pictures(self):
         for name in sample_names():
-            self.compare(name, self.LARGER.get(name, self.USUAL), "--text", "outlines")
+            with self.subTest(sample=name):
+                self.check_pixels(name, self.LARGER.get(name, self.USUAL), "--text", "outlines")
 
     # The fonts are installed here, so a viewer that does not read the embedded ones finds them.
     def test_text_looks_like_our_pictures(self):
         for name in sample_names():
             if name.startswith("text-"):
-                is_kerned = name not in ("text-japanese", "text-vertical")
-                self.compare(name, self.KERNED if is_kerned else self.USUAL)
+                with self.subTest(sample=name):
+                    self.check_averages(name, self.KERNED)
+        for name in ("text-japanese", "text-vertical"):  # in fonts without kerning
+            with self.subTest(sample=name):
+                self.check_pixels(name, self.USUAL)
 
 
 class Seams(SvgTest):
