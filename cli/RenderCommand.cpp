@@ -24,6 +24,7 @@ bool FindPage(const RenderOptions &options, Finding *finding, Page *page)
 {
     page->title = finding->header.title;
     page->creator = finding->header.creator;
+    page->created = finding->header.creationDate;
     page->box = options.box.value_or(finding->outcome.box).Upright();
     if (page->box.Width() <= 0 || page->box.Height() <= 0) {
         finding->inputError = "its bounding box is empty, nothing written: name one with --box L,B,R,T";

@@ -33,6 +33,7 @@ struct Page {
     Box box;           // the part of page space to show, left < right and bottom < top
     std::string title; // from the document's header, UTF-8, may be empty
     std::string creator;
+    std::string created = {}; // when, as somebody wrote it there
 };
 
 class Device
