@@ -23,10 +23,17 @@ struct PdfOptions {
     std::string profile = "fogra39"; // output intent of PDF/X: that name, or an ICC file of a CMYK press
     std::optional<int64_t> date;     // seconds since 1970: of creation, instead of the document's own
     bool compress = true;
+    // An open file of the caller's, to be read and written, for what is too long to keep in memory; -1: a temporary
+    // one is made in TMPDIR, by MakePdfDevice, which is the last time that the device opens anything but fonts.
+    int spool = -1;
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has
 // returned an empty string.
 std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, std::string *error);
+
+// Why such a file cannot be made of that page, as one line for a person; empty: it can. A device that is given the
+// page all the same says so at its end.
+std::string WhyNoPdf(const PdfOptions &options, const Page &page);
 
 } // namespace vxhost

@@ -1,0 +1,69 @@
+// The operators of a page, as they are written: numbers, names, paths.
+//
+// Holds one piece of the page in memory; a full piece is compressed and spooled. Pieces end between two tokens, as a
+// page that is an array of streams asks for.
+#pragma once
+
+#include "devices/pdf/Deflater.h"
+#include "devices/pdf/Numbers.h"
+#include "devices/pdf/PieceSpool.h"
+#include "host/drawing/Path.h"
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+namespace vxhost::pdf
+{
+
+class ContentStream
+{
+  public:
+    static constexpr size_t kMaxRaw = 60000;
+
+    // Both outlive it. deflater may be null: pieces stay as they are.
+    ContentStream(PieceSpool *spool, Deflater *deflater);
+
+    ContentStream &Number(double value)
+    {
+        char *to = WriteNumber(value, Room());
+        *to++ = ' ';
+        at_ = to;
+        return *this;
+    }
+    ContentStream &Factor(double value);
+    ContentStream &At(Point point) { return Number(point.x).Number(point.y); }
+    // The operands of a matrix; its translation is a point like others.
+    ContentStream &Factors(const Matrix &matrix);
+    ContentStream &Name(std::string_view name); // without its "/"
+    ContentStream &Raw(std::string_view text);  // whole tokens, as they stand, of kMaxRaw characters at most
+    void Operator(std::string_view text);       // ends the line
+
+    // Construction alone: the caller ends it with an operator that paints or clips.
+    void AddPath(const Path &path);
+    void AddPath(const Path &path, const Matrix &matrix);
+
+    // Hands over what is left.
+    void Finish();
+
+  private:
+    static constexpr size_t kPieceBytes = size_t{2} << 20;
+    static constexpr size_t kSlack = kMaxRaw + 16;
+
+    // Where the next token goes.
+    char *Room()
+    {
+        if (at_ > room_.get() + kPieceBytes)
+            Finish();
+        return at_;
+    }
+    template <typename MapPoint>
+    void AddMapped(const Path &path, MapPoint map);
+
+    PieceSpool *spool_;
+    Deflater *deflater_;
+    std::unique_ptr<char[]> room_;
+    char *at_;
+};
+
+} // namespace vxhost::pdf

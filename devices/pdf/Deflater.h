@@ -1,0 +1,31 @@
+// Deflate at its default level, by the faster library.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+
+struct libdeflate_compressor;
+
+namespace vxhost::pdf
+{
+
+class Deflater
+{
+  public:
+    Deflater(); // throws std::bad_alloc
+    ~Deflater();
+    Deflater(const Deflater &) = delete;
+    Deflater &operator=(const Deflater &) = delete;
+
+    // With the zlib wrapper, which is what PDF calls FlateDecode. Valid until the next call.
+    std::span<const char> Compress(std::span<const char> bytes);
+
+  private:
+    libdeflate_compressor *compressor_;
+    std::unique_ptr<char[]> room_;
+    size_t roomBytes_ = 0;
+};
+
+} // namespace vxhost::pdf

@@ -1,0 +1,73 @@
+// A font of the document: which of its glyphs are used, by which codes strings name them, and the objects that say all
+// that in the file.
+//
+// TrueType and CFF fonts have codes of two bytes. A Type 1 font has codes of one byte, given out in the order of first
+// use; where 255 do not do, it is several fonts with the same program.
+#pragma once
+
+#include "devices/pdf/FontProgram.h"
+#include "devices/pdf/PdfFile.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vxhost::pdf
+{
+
+struct GlyphCode {
+    uint32_t part = 0; // of the fonts that it is
+    uint32_t code = 0;
+    double width = 0;          // 1/1000 em
+    bool needsOwnText = false; // the code stands for another character elsewhere
+};
+
+class EmbeddedFont
+{
+  public:
+    // A column's glyph hangs from the middle of its top, so far from the origin of its outline; in 1/1000 em.
+    static constexpr double kColumnX = 500, kColumnY = 880;
+
+    // number tells the document's fonts apart; asked is the name that the file gives the font.
+    EmbeddedFont(std::unique_ptr<FontProgram> program, const std::string &asked, size_t number);
+
+    bool CanRunDown() const { return program_->Kind() != FontKind::Type1; }
+    int CodeBytes() const { return program_->Kind() == FontKind::Type1 ? 1 : 2; }
+
+    GlyphCode Use(uint32_t glyph, char32_t character);
+    // Of the resource; the part is needed from now on.
+    const std::string &ResourceName(uint32_t part, bool runsDown);
+
+    // Adds what was used to the file and to the page's fonts. Returns an empty string, or what went wrong.
+    std::string AddTo(PdfFile *file, QPDFObjectHandle *resources) const;
+
+  private:
+    struct Used {
+        bool isUsed = false;
+        uint32_t part = 0, code = 0;
+        double width = 0;
+        char32_t character = 0;
+    };
+    struct Part { // codes of one font object
+        std::map<uint32_t, char32_t> characters;
+        std::map<uint32_t, uint32_t> glyphs;
+        std::string nameAcross, nameDown; // of resources; empty: not used
+    };
+
+    std::string BaseName(const EmbeddedProgram &program) const;
+    QPDFObjectHandle Descriptor(PdfFile *file, const EmbeddedProgram &program, const std::string &name) const;
+    void AddComposite(PdfFile *file, const QPDFObjectHandle &descriptor, const std::string &name,
+                      QPDFObjectHandle *resources) const;
+    void AddSimple(PdfFile *file, const QPDFObjectHandle &descriptor, const std::string &name,
+                   QPDFObjectHandle *resources) const;
+
+    std::unique_ptr<FontProgram> program_;
+    std::string asked_;
+    std::string resource_;   // what the names of its resources start with
+    std::vector<Used> used_; // by glyph
+    std::vector<Part> parts_;
+};
+
+} // namespace vxhost::pdf

@@ -1,0 +1,144 @@
+#include "devices/pdf/GraphicsState.h"
+
+#include <algorithm>
+
+namespace vxhost::pdf
+{
+
+namespace
+{
+
+// Shorter dashes would be written as 0, and a dash of nothing but zeros is none.
+constexpr double kShortestDash = 1.0 / 65536;
+
+} // namespace
+
+void GraphicsState::Save()
+{
+    content_->Operator("q");
+    saved_.push_back(state_);
+}
+
+void GraphicsState::Restore()
+{
+    content_->Operator("Q");
+    state_ = std::move(saved_.back());
+    saved_.pop_back();
+}
+
+// Gray that overprints touches black alone. DeviceGray would take the other inks away, and DeviceCMYK with overprint
+// mode 1 would leave black as it is where the gray is white; black as an ink of its own does neither.
+GraphicsState::Ink GraphicsState::InkOf(const Paint &paint)
+{
+    const Colour &colour = paint.colour;
+    if (colour.space == ColourSpace::Cmyk)
+        return {Space::Cmyk, {colour.ink[0], colour.ink[1], colour.ink[2], colour.ink[3]}};
+    if (paint.overprint)
+        return {Space::BlackInk, {1 - colour.ink[0], 0, 0, 0}};
+    return {Space::Gray, {colour.ink[0], 0, 0, 0}};
+}
+
+void GraphicsState::WriteInk(const Ink &ink, bool isStroke)
+{
+    switch (ink.space) {
+    case Space::Gray:
+        content_->Number(ink.parts[0]).Operator(isStroke ? "G" : "g");
+        break;
+    case Space::Cmyk:
+        for (const double part : ink.parts)
+            content_->Number(part);
+        content_->Operator(isStroke ? "K" : "k");
+        break;
+    case Space::BlackInk:
+        usesBlackInk_ = true;
+        content_->Name(kBlackInk).Operator(isStroke ? "CS" : "cs");
+        content_->Number(ink.parts[0]).Operator(isStroke ? "SCN" : "scn");
+        break;
+    }
+}
+
+void GraphicsState::SetFill(const Paint &paint)
+{
+    SetOverprint(paint.overprint);
+    const Ink ink = InkOf(paint);
+    if (ink == state_.fill)
+        return;
+    WriteInk(ink, false);
+    state_.fill = ink;
+}
+
+void GraphicsState::SetStroke(const Paint &paint)
+{
+    SetOverprint(paint.overprint);
+    const Ink ink = InkOf(paint);
+    if (ink == state_.stroke)
+        return;
+    WriteInk(ink, true);
+    state_.stroke = ink;
+}
+
+void GraphicsState::SetOverprint(bool on)
+{
+    if (state_.overprint == on)
+        return;
+    content_->Name(on ? kOverprintOn : kOverprintOff).Operator("gs");
+    usesOverprint_ = true;
+    state_.overprint = on;
+}
+
+void GraphicsState::SetLine(const StrokeStyle &style, const StrokeSpace &space)
+{
+    Line &line = state_.line;
+    const double width = space.isFlat ? 0 : style.width * space.scale;
+    if (line.width != width)
+        content_->Number(width).Operator("w");
+    if (line.cap != style.cap)
+        content_->Number(static_cast<int>(style.cap)).Operator("J");
+    if (line.join != style.join)
+        content_->Number(static_cast<int>(style.join)).Operator("j");
+    if (line.miterLimit != style.miterLimit)
+        content_->Number(style.miterLimit).Operator("M");
+    line.width = width;
+    line.cap = style.cap;
+    line.join = style.join;
+    line.miterLimit = style.miterLimit;
+    SetDash(style, space.scale);
+}
+
+void GraphicsState::SetDash(const StrokeStyle &style, double scale)
+{
+    Line &line = state_.line;
+    dashes_.clear();
+    for (const double dash : style.dashes)
+        dashes_.push_back(dash * scale);
+    if (std::ranges::none_of(dashes_, [](double dash) { return dash >= kShortestDash; }))
+        dashes_.clear();
+    const double phase = dashes_.empty() ? 0 : style.dashPhase * scale;
+    if (dashes_ == line.dashes && phase == line.dashPhase)
+        return;
+    content_->Raw("[");
+    for (const double dash : dashes_)
+        content_->Number(dash);
+    content_->Raw("] ").Number(phase).Operator("d");
+    line.dashes = dashes_;
+    line.dashPhase = phase;
+}
+
+void GraphicsState::SetFont(std::string_view name, double size)
+{
+    if (IsFont(name, size))
+        return;
+    content_->Name(name).Number(size).Operator("Tf");
+    state_.font = name;
+    state_.fontSize = size;
+}
+
+void GraphicsState::SetTextMode(int mode)
+{
+    if (state_.textMode == mode)
+        return;
+    content_->Number(mode).Operator("Tr");
+    state_.textMode = mode;
+}
+
+} // namespace vxhost::pdf

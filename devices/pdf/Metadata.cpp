@@ -1,0 +1,38 @@
+#include "devices/pdf/Metadata.h"
+
+#include "devices/pdf/Dates.h"
+
+namespace vxhost::pdf
+{
+
+std::string DateOf(const PdfOptions &options, const Page &page)
+{
+    return options.date ? PdfDate(*options.date) : PdfDateOf(page.created).value_or("");
+}
+
+// The standards for print ask for both dates, a title, and a word on trapping; the page is as the document has it,
+// which nobody has trapped.
+void AddMetadata(const PdfOptions &options, const Page &page, PdfFile *file)
+{
+    QPDFObjectHandle info = QPDFObjectHandle::newDictionary();
+    const auto add = [&](const char *key, const std::string &text) {
+        if (!text.empty())
+            info.replaceKey(key, QPDFObjectHandle::newUnicodeString(text));
+    };
+    const bool isForPrint = options.standard != PdfX::None;
+    const std::string date = DateOf(options, page);
+    add("/Title", page.title.empty() && isForPrint ? "Untitled" : page.title);
+    add("/Creator", page.creator);
+    add("/Producer", "vx");
+    add("/CreationDate", date);
+    if (date.empty())
+        add("/DocumentDate", page.created);
+    if (isForPrint) {
+        add("/ModDate", date);
+        add("/GTS_PDFXVersion", options.standard == PdfX::X1a ? "PDF/X-1a:2003" : "PDF/X-3:2003");
+        info.replaceKey("/Trapped", MakeName("False"));
+    }
+    file->Trailer().replaceKey("/Info", file->Add(info));
+}
+
+} // namespace vxhost::pdf

@@ -1,0 +1,104 @@
+#include "devices/pdf/OutputIntent.h"
+
+#include "devices/colour/Fogra39.h"
+#include "host/fonts/Owned.h"
+
+#include <lcms2.h>
+
+#include <array>
+#include <fstream>
+
+namespace vxhost::pdf
+{
+
+namespace
+{
+
+constexpr size_t kMaxProfileBytes = size_t{32} << 20;
+constexpr int kInks = 4;
+// The standards of 2003 stand on a PDF that knows no later one.
+constexpr int kLastVersion = 2;
+
+// Places in the head of a profile.
+constexpr size_t kHeadBytes = 128, kVersionAt = 8, kClassAt = 12, kSpaceAt = 16, kSignatureAt = 36;
+
+std::string ReadFile(const std::string &name)
+{
+    std::ifstream file(name, std::ios::binary);
+    std::string bytes;
+    std::array<char, 65536> part;
+    while (file && bytes.size() <= kMaxProfileBytes) {
+        file.read(part.data(), part.size());
+        bytes.append(part.data(), static_cast<size_t>(file.gcount()));
+    }
+    return bytes;
+}
+
+std::string WhyUnfit(const std::string &bytes)
+{
+    const auto at = [&](size_t place) { return bytes.substr(place, 4); };
+    if (bytes.size() < kHeadBytes || bytes.size() > kMaxProfileBytes || at(kSignatureAt) != "acsp")
+        return "is no ICC profile that can be read";
+    if (at(kClassAt) != "prtr" || at(kSpaceAt) != "CMYK")
+        return "is not of a CMYK press";
+    if (const int version = static_cast<uint8_t>(bytes[kVersionAt]); version > kLastVersion)
+        return "is of ICC version " + std::to_string(version) + ", PDF/X of 2003 takes version 2";
+    return {};
+}
+
+// Empty when the profile does not say.
+std::string DescriptionOf(const std::string &bytes)
+{
+    const auto close = [](void *profile) { cmsCloseProfile(profile); };
+    const std::unique_ptr<void, decltype(close)> profile(
+        cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())), close);
+    std::array<char, 256> text = {};
+    if (profile != nullptr)
+        cmsGetProfileInfoASCII(profile.get(), cmsInfoDescription, "en", "US", text.data(), text.size());
+    text.back() = '\0';
+    return text.data();
+}
+
+} // namespace
+
+std::optional<PressProfile> ReadPressProfile(const std::string &profile, std::string *error)
+{
+    PressProfile press;
+    if (profile == "fogra39") {
+        const auto bytes = Fogra39Profile();
+        press.bytes.assign(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+        press.condition = "FOGRA39";
+        press.description = "Offset printing on coated paper, ISO 12647-2:2004, FOGRA39";
+        press.isRegistered = true;
+        return press;
+    }
+    press.bytes = ReadFile(profile);
+    if (const std::string why = WhyUnfit(press.bytes); !why.empty()) {
+        *error = "profile \"" + profile + "\" " + why + ": name one of the press, or fogra39";
+        return std::nullopt;
+    }
+    press.condition = "Custom";
+    press.description = DescriptionOf(press.bytes);
+    if (press.description.empty())
+        press.description = "As the profile says";
+    return press;
+}
+
+void AddOutputIntent(const PressProfile &profile, PdfFile *file)
+{
+    const auto text = [](const std::string &value) { return QPDFObjectHandle::newUnicodeString(value); };
+    QPDFObjectHandle stream = QPDFObjectHandle::newDictionary();
+    stream.replaceKey("/N", QPDFObjectHandle::newInteger(kInks));
+    stream.replaceKey("/Alternate", MakeName("DeviceCMYK"));
+    QPDFObjectHandle intent = QPDFObjectHandle::newDictionary();
+    intent.replaceKey("/Type", MakeName("OutputIntent"));
+    intent.replaceKey("/S", MakeName("GTS_PDFX"));
+    intent.replaceKey("/OutputConditionIdentifier", text(profile.condition));
+    intent.replaceKey("/Info", text(profile.description));
+    if (profile.isRegistered)
+        intent.replaceKey("/RegistryName", text("http://www.color.org"));
+    intent.replaceKey("/DestOutputProfile", file->AddStream(stream, profile.bytes));
+    file->Catalog().replaceKey("/OutputIntents", QPDFObjectHandle::newArray({file->Add(intent)}));
+}
+
+} // namespace vxhost::pdf

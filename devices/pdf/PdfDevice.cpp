@@ -1,0 +1,379 @@
+// The device only brings the parts together: operators go to the page's program as they come; what they refer to is
+// gathered, and added to the file at the end.
+#include "devices/pdf/PdfDevice.h"
+
+#include "devices/pdf/ContentStream.h"
+#include "devices/pdf/EmbeddedFont.h"
+#include "devices/pdf/GraphicsState.h"
+#include "devices/pdf/InkSpaces.h"
+#include "devices/pdf/Metadata.h"
+#include "devices/pdf/OutputIntent.h"
+#include "devices/pdf/PdfFile.h"
+#include "devices/pdf/PieceSpool.h"
+#include "devices/pdf/Shadings.h"
+#include "devices/pdf/StrokeSpace.h"
+#include "devices/pdf/TextWriter.h"
+
+#include <algorithm>
+#include <exception>
+#include <map>
+#include <new>
+#include <utility>
+
+namespace vxhost
+{
+
+using namespace pdf;
+
+namespace
+{
+
+// Control points of a quarter of the unit circle lie this far along its tangents.
+constexpr double kQuarter = 0.5522847498307936;
+
+const Path &UnitSquare()
+{
+    static const Path path = {{Verb::Move, Verb::Line, Verb::Line, Verb::Line, Verb::Close},
+                              {{0, 0}, {1, 0}, {1, 1}, {0, 1}}};
+    return path;
+}
+
+const Path &UnitCircle()
+{
+    static const Path path = {{Verb::Move, Verb::Curve, Verb::Curve, Verb::Curve, Verb::Curve, Verb::Close},
+                              {{1, 0},
+                               {1, kQuarter},
+                               {kQuarter, 1},
+                               {0, 1},
+                               {-kQuarter, 1},
+                               {-1, kQuarter},
+                               {-1, 0},
+                               {-1, -kQuarter},
+                               {-kQuarter, -1},
+                               {0, -1},
+                               {kQuarter, -1},
+                               {1, -kQuarter},
+                               {1, 0}}};
+    return path;
+}
+
+bool HasSegments(const Path &path)
+{
+    return std::ranges::any_of(path.verbs,
+                               [](Verb verb) { return verb == Verb::Line || verb == Verb::Curve; });
+}
+
+// How text is painted by one operator, as its mode: strokes 1, both 2, and 4 more for those that also clip.
+int TextMode(bool fills, bool strokes, bool clips)
+{
+    if (!fills && !strokes)
+        return 7;
+    return (strokes ? (fills ? 2 : 1) : 0) + (clips ? 4 : 0);
+}
+
+// What grows while a page is drawn.
+struct PageProgram {
+    PageProgram(PieceSpool *spool, Deflater *deflater)
+        : content(spool, deflater), state(&content), text(&content, &state)
+    {
+    }
+
+    ContentStream content;
+    GraphicsState state;
+    TextWriter text;
+    Shadings shadings;
+    std::map<const TextFont *, std::unique_ptr<EmbeddedFont>> fonts; // null: one that cannot be embedded
+    std::vector<EmbeddedFont *> fontsInOrder;                        // of first question
+};
+
+class PdfDevice final : public Device
+{
+  public:
+    PdfDevice(const PdfOptions &options, std::optional<PressProfile> press, std::unique_ptr<PieceSpool> spool,
+              ByteSink sink)
+        : options_(options), press_(std::move(press)), spool_(std::move(spool)), sink_(std::move(sink)),
+          deflater_(options.compress ? std::make_unique<Deflater>() : nullptr)
+    {
+    }
+
+    void BeginPage(const Page &page) override
+    {
+        page_ = page;
+        spool_->Clear();
+        program_.emplace(spool_.get(), deflater_.get());
+        if (!options_.background)
+            return;
+        const Rgb &colour = *options_.background;
+        ContentStream &content = program_->content;
+        content.Operator("q");
+        content.Number(colour.r / 255.0).Number(colour.g / 255.0).Number(colour.b / 255.0).Operator("rg");
+        AddRectangle(page.box);
+        content.Operator("f");
+        content.Operator("Q");
+    }
+
+    void Save() override
+    {
+        program_->text.End();
+        program_->state.Save();
+    }
+    void Restore() override
+    {
+        program_->text.End();
+        program_->state.Restore();
+    }
+
+    void ClipPath(const Path &path) override
+    {
+        program_->text.End();
+        // What clips everything is drawn as a clip beside the page, which no reader can round to a pixel of it.
+        if (HasSegments(path))
+            program_->content.AddPath(path);
+        else
+            AddRectangle(
+                {page_.box.left - 2, page_.box.bottom - 2, page_.box.left - 1, page_.box.bottom - 1});
+        program_->content.Operator("W n");
+    }
+
+    void FillPath(const Path &path, const Paint &paint) override
+    {
+        program_->text.End();
+        program_->state.SetFill(paint);
+        program_->content.AddPath(path);
+        program_->content.Operator("f");
+    }
+
+    void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override
+    {
+        const StrokeSpace space = FindStrokeSpace(style.matrix);
+        ContentStream &content = program_->content;
+        program_->text.End();
+        program_->state.SetStroke(paint);
+        program_->state.SetLine(style, space);
+        if (space.isPage) {
+            content.AddPath(path);
+            content.Operator("S");
+            return;
+        }
+        content.Operator("q");
+        content.Factors(space.toPage).Operator("cm");
+        content.AddPath(path, space.fromPage);
+        content.Operator("S");
+        content.Operator("Q");
+    }
+
+    void Shade(const Shading &shading) override
+    {
+        const std::optional<ShadingUse> use = program_->shadings.Use(shading);
+        if (!use)
+            return PaintAsShapes(shading, this);
+        ContentStream &content = program_->content;
+        program_->text.End();
+        program_->state.SetOverprint(shading.overprint);
+        content.Operator("q");
+        content.Factors(use->matrix).Operator("cm");
+        content.AddPath(shading.kind == ShadingKind::Axial ? UnitSquare() : UnitCircle());
+        content.Operator("W n");
+        content.Name(use->name).Operator("sh");
+        content.Operator("Q");
+    }
+
+    bool CanShow(const TextFont &font) override
+    {
+        return options_.text == TextOutput::Text && FindFont(font) != nullptr;
+    }
+
+    void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override
+    {
+        const StrokeSpace space = paint.strokes ? FindStrokeSpace(paint.style.matrix) : StrokeSpace{};
+        if (paint.fills)
+            program_->state.SetFill(paint.paint);
+        if (paint.strokes) {
+            program_->state.SetStroke(paint.paint);
+            program_->state.SetLine(paint.style, space);
+        }
+        if (space.isPage) {
+            ShowRuns(runs, TextMode(paint.fills, paint.strokes, paint.clips), {});
+            return;
+        }
+        // The pen's own space must not change the others' glyphs, nor end with the clip.
+        if (paint.fills)
+            ShowRuns(runs, TextMode(true, false, false), {});
+        program_->text.End();
+        program_->state.Save();
+        program_->content.Factors(space.toPage).Operator("cm");
+        ShowRuns(runs, TextMode(false, true, false), space.fromPage);
+        program_->text.End();
+        program_->state.Restore();
+        if (paint.clips)
+            ShowRuns(runs, TextMode(false, false, true), {});
+    }
+
+    std::string EndPage() override
+    {
+        if (std::string why = WhyNoPdf(options_, page_); !why.empty())
+            return why;
+        program_->text.End();
+        program_->content.Finish();
+        if (!spool_->Error().empty())
+            return spool_->Error();
+        // The library that makes the file throws.
+        try {
+            const std::string error = WriteFile();
+            return error.empty() ? spool_->Error() : error;
+        } catch (const std::bad_alloc &) {
+            return "the file needs more memory than it may use: choose a higher limit";
+        } catch (const std::exception &failure) {
+            return failure.what();
+        }
+    }
+
+  private:
+    void AddRectangle(const Box &box)
+    {
+        program_->content.Number(box.left)
+            .Number(box.bottom)
+            .Number(box.Width())
+            .Number(box.Height())
+            .Operator("re");
+    }
+
+    EmbeddedFont *FindFont(const TextFont &font)
+    {
+        auto found = program_->fonts.find(&font);
+        if (found != program_->fonts.end())
+            return found->second.get();
+        std::unique_ptr<FontProgram> opened = FontProgram::Open(font);
+        std::unique_ptr<EmbeddedFont> embedded;
+        if (opened != nullptr) {
+            const size_t number = program_->fontsInOrder.size() + 1;
+            embedded = std::make_unique<EmbeddedFont>(std::move(opened), font.asked, number);
+            program_->fontsInOrder.push_back(embedded.get());
+        }
+        return program_->fonts.emplace(&font, std::move(embedded)).first->second.get();
+    }
+
+    // A text that clips is an object of its own, at whose end the clip comes into force.
+    void ShowRuns(std::span<const GlyphRun> runs, int mode, const Matrix &fromPage)
+    {
+        const bool clips = mode >= TextMode(true, false, true);
+        if (clips)
+            program_->text.End();
+        program_->text.Begin();
+        program_->state.SetTextMode(mode);
+        for (const GlyphRun &run : runs) {
+            if (EmbeddedFont *font = FindFont(*run.font))
+                program_->text.Show(run, fromPage, font);
+        }
+        if (clips)
+            program_->text.End();
+    }
+
+    // The page keeps the document's own coordinates: its box need not start at the origin, and the numbers of its
+    // program stay those that the document has.
+    std::string WriteFile()
+    {
+        PdfFile file(deflater_.get());
+        QPDFObjectHandle resources = QPDFObjectHandle::newDictionary();
+        if (std::string error = AddFonts(&file, &resources); !error.empty())
+            return error;
+        AddInks(&file, &resources);
+        const Box &box = page_.box;
+        const QPDFObjectHandle size = QPDFObjectHandle::newArray(
+            {MakeNumber(box.left), MakeNumber(box.bottom), MakeNumber(box.right), MakeNumber(box.top)});
+        QPDFObjectHandle page = QPDFObjectHandle::newDictionary();
+        page.replaceKey("/Type", MakeName("Page"));
+        page.replaceKey("/MediaBox", size);
+        page.replaceKey("/TrimBox", size);
+        page.replaceKey("/Resources", resources);
+        page.replaceKey("/Contents", file.AddPieces(spool_.get()));
+        file.AddPage(file.Add(page));
+        AddMetadata(options_, page_, &file);
+        if (press_)
+            AddOutputIntent(*press_, &file);
+        return file.Write(sink_);
+    }
+
+    std::string AddFonts(PdfFile *file, QPDFObjectHandle *resources)
+    {
+        QPDFObjectHandle fonts = QPDFObjectHandle::newDictionary();
+        for (const EmbeddedFont *font : program_->fontsInOrder) {
+            if (std::string error = font->AddTo(file, &fonts); !error.empty())
+                return error;
+        }
+        AddResource("/Font", fonts, resources);
+        return {};
+    }
+
+    void AddInks(PdfFile *file, QPDFObjectHandle *resources)
+    {
+        QPDFObjectHandle shadings = QPDFObjectHandle::newDictionary();
+        program_->shadings.AddTo(file, &shadings);
+        AddResource("/Shading", shadings, resources);
+        QPDFObjectHandle spaces = QPDFObjectHandle::newDictionary();
+        if (program_->state.UsesBlackInk())
+            spaces.replaceKey(KeyOf(kBlackInk), BlackInkSpace());
+        AddResource("/ColorSpace", spaces, resources);
+        QPDFObjectHandle states = QPDFObjectHandle::newDictionary();
+        if (program_->state.UsesOverprint()) {
+            states.replaceKey(KeyOf(kOverprintOn), OverprintState(true));
+            states.replaceKey(KeyOf(kOverprintOff), OverprintState(false));
+        }
+        AddResource("/ExtGState", states, resources);
+    }
+
+    static QPDFObjectHandle OverprintState(bool isOn)
+    {
+        QPDFObjectHandle state = QPDFObjectHandle::newDictionary();
+        state.replaceKey("/OP", QPDFObjectHandle::newBool(isOn));
+        state.replaceKey("/op", QPDFObjectHandle::newBool(isOn));
+        state.replaceKey("/OPM", QPDFObjectHandle::newInteger(isOn ? 1 : 0));
+        return state;
+    }
+
+    static void AddResource(const char *key, QPDFObjectHandle &of, QPDFObjectHandle *resources)
+    {
+        if (!of.getKeys().empty())
+            resources->replaceKey(key, of);
+    }
+
+    const PdfOptions options_;
+    std::optional<PressProfile> press_;
+    std::unique_ptr<PieceSpool> spool_;
+    ByteSink sink_;
+    std::unique_ptr<Deflater> deflater_; // null: nothing is compressed
+    Page page_;
+    std::optional<PageProgram> program_;
+};
+
+} // namespace
+
+std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, std::string *error)
+{
+    std::optional<PressProfile> press;
+    if (options.standard != PdfX::None) {
+        if (options.background) {
+            *error = "PDF/X has no colours of a screen, and the background is one: leave it to the paper";
+            return nullptr;
+        }
+        press = ReadPressProfile(options.profile, error);
+        if (!press)
+            return nullptr;
+    }
+    std::unique_ptr<PieceSpool> spool = PieceSpool::Open(options.spool, error);
+    if (spool == nullptr)
+        return nullptr;
+    return std::make_unique<PdfDevice>(options, std::move(press), std::move(spool), std::move(sink));
+}
+
+std::string WhyNoPdf(const PdfOptions &options, const Page &page)
+{
+    if (options.standard == PdfX::None || !DateOf(options, page).empty())
+        return {};
+    const std::string has =
+        page.created.empty() ? "none" : "\"" + page.created + "\", which can be read in two ways";
+    return "PDF/X asks for the date of creation, and the document has " + has +
+           ": set SOURCE_DATE_EPOCH to its seconds since 1970";
+}
+
+} // namespace vxhost

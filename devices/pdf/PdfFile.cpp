@@ -1,0 +1,142 @@
+#include "devices/pdf/PdfFile.h"
+
+#include "devices/pdf/Numbers.h"
+
+#include <qpdf/Pipeline.hh>
+#include <qpdf/QPDFWriter.hh>
+
+#include <memory>
+
+namespace vxhost::pdf
+{
+
+namespace
+{
+
+// What qpdf writes, on its way to the sink. A failure is kept, and nothing handed on after it: qpdf also writes from
+// destructors, where it must not be thrown.
+class SinkPipeline final : public Pipeline
+{
+  public:
+    explicit SinkPipeline(const ByteSink &sink) : Pipeline("output", nullptr), sink_(sink)
+    {
+        gathered_.reserve(kGatherBytes);
+    }
+
+    void write(const unsigned char *data, size_t length) override
+    {
+        if (gathered_.size() + length > kGatherBytes)
+            finish();
+        const std::string_view bytes(reinterpret_cast<const char *>(data), length);
+        if (length < kGatherBytes)
+            gathered_ += bytes;
+        else
+            Send(bytes);
+    }
+    void finish() override
+    {
+        Send(gathered_);
+        gathered_.clear();
+    }
+
+    const std::string &Error() const { return error_; }
+
+  private:
+    static constexpr size_t kGatherBytes = 64 * 1024; // of qpdf's small writes
+
+    void Send(std::string_view bytes)
+    {
+        if (!bytes.empty() && error_.empty())
+            error_ = sink_(std::as_bytes(std::span(bytes)));
+    }
+
+    const ByteSink &sink_;
+    std::string error_;
+    std::string gathered_;
+};
+
+class PieceProvider final : public QPDFObjectHandle::StreamDataProvider
+{
+  public:
+    PieceProvider(PieceSpool *spool, size_t piece) : spool_(spool), piece_(piece) {}
+
+    void provideStreamData(const QPDFObjGen &, Pipeline *to) override
+    {
+        spool_->Read(piece_, [to](std::span<const char> part) { to->write(part.data(), part.size()); });
+        to->finish();
+    }
+
+  private:
+    PieceSpool *spool_;
+    size_t piece_;
+};
+
+} // namespace
+
+PdfFile::PdfFile(Deflater *deflater) : deflater_(deflater)
+{
+    file_.emptyPDF();
+    file_.setSuppressWarnings(true);
+}
+
+QPDFObjectHandle PdfFile::AddStream(const QPDFObjectHandle &dictionary, std::string_view bytes)
+{
+    QPDFObjectHandle stream = QPDFObjectHandle::newStream(&file_);
+    stream.replaceDict(dictionary);
+    if (deflater_ == nullptr) {
+        stream.replaceStreamData(std::string(bytes), QPDFObjectHandle::newNull(),
+                                 QPDFObjectHandle::newNull());
+        return stream;
+    }
+    const std::span<const char> packed = deflater_->Compress(bytes);
+    stream.replaceStreamData(std::string(packed.begin(), packed.end()), MakeName("FlateDecode"),
+                             QPDFObjectHandle::newNull());
+    return stream;
+}
+
+QPDFObjectHandle PdfFile::AddPieces(PieceSpool *spool)
+{
+    QPDFObjectHandle array = QPDFObjectHandle::newArray();
+    for (size_t piece = 0; piece < spool->Count(); ++piece) {
+        QPDFObjectHandle stream = QPDFObjectHandle::newStream(&file_);
+        stream.replaceStreamData(std::make_shared<PieceProvider>(spool, piece),
+                                 deflater_ == nullptr ? QPDFObjectHandle::newNull() : MakeName("FlateDecode"),
+                                 QPDFObjectHandle::newNull());
+        array.appendItem(stream);
+    }
+    return array;
+}
+
+std::string PdfFile::Write(const ByteSink &sink)
+{
+    SinkPipeline output(sink);
+    QPDFWriter writer(file_);
+    writer.setOutputPipeline(&output);
+    writer.setMinimumPDFVersion("1.4");
+    writer.setObjectStreamMode(qpdf_o_disable);
+    writer.setCompressStreams(false); // they are as they shall be
+    writer.setDecodeLevel(qpdf_dl_none);
+    writer.setDeterministicID(true);
+    writer.write();
+    output.finish();
+    return output.Error();
+}
+
+std::string KeyOf(std::string_view name)
+{
+    std::string key(1, '/');
+    key += name;
+    return key;
+}
+
+QPDFObjectHandle MakeName(std::string_view name)
+{
+    return QPDFObjectHandle::newName(KeyOf(name));
+}
+
+QPDFObjectHandle MakeNumber(double value)
+{
+    return QPDFObjectHandle::newReal(FactorText(value));
+}
+
+} // namespace vxhost::pdf

@@ -1,0 +1,48 @@
+// The file around the page: objects, streams, and the writing of all of it.
+//
+// The same objects give the same bytes: the file's identity is computed from what it holds.
+#pragma once
+
+#include "devices/pdf/Deflater.h"
+#include "devices/pdf/PieceSpool.h"
+#include "host/ByteSink.h"
+
+// qpdf's own pointers are standard ones; it asks its users to say that they know.
+#define POINTERHOLDER_TRANSITION 4
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFObjectHandle.hh>
+
+#include <string>
+#include <string_view>
+
+namespace vxhost::pdf
+{
+
+// Procedures of the library may throw std::exception.
+class PdfFile
+{
+  public:
+    // deflater may be null: nothing is compressed. It outlives the file.
+    explicit PdfFile(Deflater *deflater);
+
+    QPDFObjectHandle Add(const QPDFObjectHandle &object) { return file_.makeIndirectObject(object); }
+    QPDFObjectHandle AddStream(const QPDFObjectHandle &dictionary, std::string_view bytes);
+    // An array of streams; what is in the spool is compressed if other streams are. The spool outlives the file.
+    QPDFObjectHandle AddPieces(PieceSpool *spool);
+    void AddPage(const QPDFObjectHandle &page) { file_.addPage(page, false); }
+    QPDFObjectHandle Catalog() { return file_.getRoot(); }
+    QPDFObjectHandle Trailer() { return file_.getTrailer(); }
+
+    // Returns an empty string, or why the bytes could not be written.
+    std::string Write(const ByteSink &sink);
+
+  private:
+    QPDF file_;
+    Deflater *deflater_;
+};
+
+std::string KeyOf(std::string_view name);         // "/name"
+QPDFObjectHandle MakeName(std::string_view name); // without "/"
+QPDFObjectHandle MakeNumber(double value);
+
+} // namespace vxhost::pdf

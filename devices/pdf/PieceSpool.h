@@ -1,0 +1,51 @@
+// Keeps the finished pieces of a long stream on disk until the file around them can be written.
+//
+// Owns one file, as a rule a temporary one without a name. It is opened when the spool is made: a program that has
+// given up opening files by the time it reads a document can still spool.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace vxhost::pdf
+{
+
+class PieceSpool
+{
+  public:
+    // Uses a copy of the descriptor; -1: a temporary file. Null when there is no place for one; error says why.
+    static std::unique_ptr<PieceSpool> Open(int descriptor, std::string *error);
+    ~PieceSpool();
+    PieceSpool(const PieceSpool &) = delete;
+    PieceSpool &operator=(const PieceSpool &) = delete;
+
+    void Clear();
+    void Add(std::span<const char> piece);
+    size_t Count() const { return pieces_.size(); }
+    // Hands the bytes of a piece out in parts.
+    void Read(size_t piece, const std::function<void(std::span<const char>)> &take);
+
+    // Of the first failure, in words; empty: none. After one nothing more is kept.
+    const std::string &Error() const { return error_; }
+
+  private:
+    struct Piece {
+        int64_t offset;
+        size_t bytes;
+    };
+
+    explicit PieceSpool(int file) : file_(file) {}
+    void Fail(int cause);
+
+    int file_;
+    std::vector<Piece> pieces_;
+    int64_t end_ = 0;
+    std::string error_;
+};
+
+} // namespace vxhost::pdf

@@ -1,0 +1,39 @@
+// A page drawn by the PDF device, and the file that came of it, read back.
+#pragma once
+
+#include "devices/pdf/PdfDevice.h"
+#include "devices/pdf/PdfFile.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace vxtest
+{
+
+vxhost::Path Rectangle(double left, double bottom, double width, double height);
+vxhost::Paint Gray(double level, bool overprint = false);
+vxhost::Paint Cmyk(double cyan, double magenta, double yellow, double black, bool overprint = false);
+
+class DrawnPage
+{
+  public:
+    // A page of 100 by 50 points, not compressed.
+    explicit DrawnPage(const std::function<void(vxhost::Device &)> &draw, vxhost::PdfOptions options = {},
+                       vxhost::Page page = {});
+
+    std::string error; // of the device
+    std::string bytes;
+    std::string Program(); // of the page; line by line as it was written
+    QPDFObjectHandle Page();
+    // "Font", "F1", ... : from the page's resources down.
+    QPDFObjectHandle Resource(const std::string &kind, const std::string &name);
+    QPDF &File() { return *file_; }
+
+  private:
+    std::unique_ptr<QPDF> file_;
+};
+
+std::string StreamText(QPDFObjectHandle stream);
+
+} // namespace vxtest

@@ -1,0 +1,167 @@
+#include "devices/pdf/InkSpaces.h"
+#include "tests/support/CaseName.h"
+#include "tests/unit/pdf/DrawnPage.h"
+
+#include <gtest/gtest.h>
+
+using namespace vxhost;
+using namespace vxtest;
+
+namespace
+{
+
+Colour CmykColour(double cyan, double magenta, double yellow, double black)
+{
+    return Cmyk(cyan, magenta, yellow, black).colour;
+}
+
+Shading Axial(std::vector<ColourSpan> spans, bool overprint = false)
+{
+    Shading shading;
+    shading.matrix = {40, 0, 0, 20, 10, 5};
+    shading.spans = std::move(spans);
+    shading.overprint = overprint;
+    return shading;
+}
+
+Shading Radial(Shading::Circle first, Shading::Circle last)
+{
+    Shading shading = Axial({{0, 1, {Gray(0).colour, Gray(1).colour}}});
+    shading.kind = ShadingKind::Radial;
+    shading.first = first;
+    shading.last = last;
+    return shading;
+}
+
+constexpr const char *kPainted = "q\n40 0 0 20 10 5 cm\n0 0 m\n1 0 l\n1 1 l\n0 1 l\nh\nW n\n/Blend1 sh\nQ\n";
+
+DrawnPage Drawn(const Shading &shading)
+{
+    return DrawnPage([&](Device &d) { d.Shade(shading); });
+}
+
+QPDFObjectHandle Blend(DrawnPage &page)
+{
+    return page.Resource("Shading", "Blend1");
+}
+
+TEST(PdfShading, IsPaintedUnderItsSquare)
+{
+    DrawnPage page = Drawn(Axial({{0, 1, {CmykColour(1, 0, 0, 0), CmykColour(0, 0.5, 0, 0)}}}));
+    EXPECT_EQ(page.Program(), kPainted);
+    EXPECT_EQ(Blend(page).getKey("/ShadingType").getIntValue(), 2);
+    EXPECT_EQ(Blend(page).getKey("/Coords").unparse(), "[ 0 0 1 0 ]");
+    EXPECT_EQ(Blend(page).getKey("/ColorSpace").unparse(), "/DeviceCMYK");
+    EXPECT_EQ(Blend(page).getKey("/Extend").unparse(), "[ true true ]");
+    EXPECT_EQ(Blend(page).getKey("/Function").unparse(),
+              "<< /C0 [ 1 0 0 0 ] /C1 [ 0 .5 0 0 ] /Domain [ 0 1 ] /FunctionType 2 /N 1 >>");
+}
+
+TEST(PdfShading, StitchesItsSpans)
+{
+    DrawnPage page = Drawn(Axial({{0, 0.25, {Gray(0).colour}},
+                                  {0.25, 0.25, {Gray(0.5).colour}}, // of no width
+                                  {0.25, 0.75, {Gray(0).colour, Gray(1).colour, Gray(0.5).colour}},
+                                  {0.75, 1, {Gray(0.5).colour, Gray(0).colour}}}));
+    QPDFObjectHandle function = Blend(page).getKey("/Function");
+    EXPECT_EQ(function.getKey("/FunctionType").getIntValue(), 3);
+    EXPECT_EQ(function.getKey("/Bounds").unparse(), "[ .25 .75 ]");
+    EXPECT_EQ(function.getKey("/Encode").unparse(), "[ 0 1 0 1 0 1 ]");
+    ASSERT_EQ(function.getKey("/Functions").getArrayNItems(), 3);
+    EXPECT_EQ(function.getKey("/Functions").getArrayItem(0).getKey("/C1").unparse(), "[ 0 ]");
+    QPDFObjectHandle sampled = function.getKey("/Functions").getArrayItem(1);
+    EXPECT_EQ(sampled.getDict().getKey("/Size").unparse(), "[ 3 ]");
+    EXPECT_EQ(StreamText(sampled), std::string("\0\0\xFF\xFF\x80\0", 6)); // 0.5 * 65535 rounds up
+}
+
+TEST(PdfShading, GoesFromTheUnitCircleInwards)
+{
+    DrawnPage page = Drawn(Radial({{0.5, 0.5}, 0.5}, {{0.6, 0.5}, 0.1}));
+    // Of radius 0.5 about (0.5, 0.5) of the matrix: half its size, about (30, 15).
+    EXPECT_EQ(page.Program().substr(0, 23), "q\n20 0 0 10 30 15 cm\n1 ");
+    EXPECT_EQ(Blend(page).getKey("/ShadingType").getIntValue(), 3);
+    EXPECT_EQ(Blend(page).getKey("/Coords").unparse(), "[ 0 0 1 .2 0 .2 ]");
+    EXPECT_EQ(Blend(page).getKey("/Extend").unparse(), "[ true true ]");
+}
+
+TEST(PdfShading, IsSharedByBlendsOfOneRamp)
+{
+    const Shading shading = Axial({{0, 1, {Gray(0).colour, Gray(1).colour}}});
+    Shading other = shading;
+    other.matrix.tx = 50;
+    Shading third = shading;
+    third.spans[0].colours[1] = Gray(0.5).colour;
+    DrawnPage page([&](Device &d) {
+        d.Shade(shading);
+        d.Shade(other);
+        d.Shade(third);
+    });
+    EXPECT_EQ(page.Page().getKey("/Resources").getKey("/Shading").getKeys(),
+              (std::set<std::string>{"/Blend1", "/Blend2"}));
+}
+
+struct InkCase {
+    const char *name;
+    Colour from, to;
+    std::string space; // of inks; "": painted as shapes
+};
+
+const InkCase kInks[] = {
+    {"GrayIsBlack", Gray(0).colour, Gray(1).colour, "/Black"},
+    {"OneInk", CmykColour(0, 1, 0, 0), CmykColour(0, 0.2, 0, 0), "/Magenta"},
+    {"ThoseThatAreThere", CmykColour(1, 0, 0, 0.5), CmykColour(0.5, 0, 0, 1), "[ /Cyan /Black ]"},
+    {"OneThatIsThereAtTimes", CmykColour(1, 0, 0, 0), CmykColour(1, 1, 0, 0), ""},
+    {"NoneAtAll", CmykColour(0, 0, 0, 0), CmykColour(0, 0, 0, 0), ""},
+};
+
+class PdfShadingInks : public testing::TestWithParam<InkCase>
+{
+};
+
+TEST_P(PdfShadingInks, UnderOverprint)
+{
+    DrawnPage page = Drawn(Axial({{0, 1, {GetParam().from, GetParam().to}}}, true));
+    EXPECT_TRUE(page.Program().starts_with("/OverprintOn gs\n"));
+    if (GetParam().space.empty()) {
+        EXPECT_EQ(page.Program().find(" sh\n"), std::string::npos);
+        EXPECT_NE(page.Program().find("\nf\n"), std::string::npos);
+        return;
+    }
+    QPDFObjectHandle space = Blend(page).getKey("/ColorSpace");
+    EXPECT_EQ(space.getArrayItem(1).unparse(), GetParam().space);
+    EXPECT_EQ(space.getArrayItem(2).unparse(), "/DeviceCMYK");
+}
+INSTANTIATE_TEST_SUITE_P(Pdf, PdfShadingInks, testing::ValuesIn(kInks), CaseName());
+
+// A program of the stack machine: what it makes of the inks in order, 0 for those that are not there.
+TEST(PdfInkSpace, PutsZerosInTheirPlaces)
+{
+    DrawnPage page = Drawn(Axial({{0, 1, {CmykColour(1, 0, 0, 0.5), CmykColour(0.5, 0, 0, 1)}}}, true));
+    // c k | c k 0 | c 0 k | c 0 k 0 | c 0 0 k
+    EXPECT_EQ(StreamText(Blend(page).getKey("/ColorSpace").getArrayItem(3)), "{ 0 2 1 roll 0 2 1 roll }");
+}
+
+struct ShapesCase {
+    const char *name;
+    Shading shading;
+};
+
+const ShapesCase kShapes[] = {
+    {"CirclesThatGrow", Radial({{0.5, 0.5}, 0.1}, {{0.5, 0.5}, 0.5})},
+    {"CirclesSideBySide", Radial({{0.2, 0.5}, 0.2}, {{0.8, 0.5}, 0.1})},
+    {"CirclesThatTouch", Radial({{0.5, 0.5}, 0.5}, {{0.9, 0.5}, 0.1})},
+};
+
+class PdfShadingShapes : public testing::TestWithParam<ShapesCase>
+{
+};
+
+TEST_P(PdfShadingShapes, StayShapes)
+{
+    DrawnPage page = Drawn(GetParam().shading);
+    EXPECT_EQ(page.Program().find(" sh\n"), std::string::npos);
+    EXPECT_NE(page.Program().find("\nf\n"), std::string::npos);
+}
+INSTANTIATE_TEST_SUITE_P(Pdf, PdfShadingShapes, testing::ValuesIn(kShapes), CaseName());
+
+} // namespace
