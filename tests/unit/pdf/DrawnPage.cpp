@@ -16,16 +16,6 @@ Path Rectangle(double left, double bottom, double width, double height)
         {{left, bottom}, {left + width, bottom}, {left + width, bottom + height}, {left, bottom + height}}};
 }
 
-Paint Gray(double level, bool overprint)
-{
-    return {{ColourSpace::Gray, {level, 0, 0, 0}}, overprint};
-}
-
-Paint Cmyk(double cyan, double magenta, double yellow, double black, bool overprint)
-{
-    return {{ColourSpace::Cmyk, {cyan, magenta, yellow, black}}, overprint};
-}
-
 DrawnPage::DrawnPage(const std::function<void(Device &)> &draw, PdfOptions options, vxhost::Page page)
 {
     options.compress = false;

@@ -3,6 +3,7 @@
 
 #include "devices/pdf/PdfDevice.h"
 #include "devices/pdf/PdfFile.h"
+#include "tests/unit/host/BlendSteps.h"
 
 #include <functional>
 #include <memory>
@@ -12,8 +13,6 @@ namespace vxtest
 {
 
 vxhost::Path Rectangle(double left, double bottom, double width, double height);
-vxhost::Paint Gray(double level, bool overprint = false);
-vxhost::Paint Cmyk(double cyan, double magenta, double yellow, double black, bool overprint = false);
 
 class DrawnPage
 {

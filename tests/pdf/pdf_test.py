@@ -1,0 +1,234 @@
+"""PDF output, judged by other people's programs: qpdf, poppler, MuPDF and Ghostscript."""
+import glob
+import os
+import re
+import sys
+import unittest
+import unittest.mock
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+sys.path.insert(0, os.path.join(HERE, "..", "cli"))
+
+from vxcommand import CommandTest, Png, document  # noqa: E402
+
+import pictures  # noqa: E402
+from pictures import run  # noqa: E402
+
+SAMPLES = os.path.join(HERE, "..", "..", "samples")
+
+
+def sample(name):
+    return os.path.join(SAMPLES, name + ".vx")
+
+
+def all_samples():
+    return [os.path.basename(path)[:-3] for path in sorted(glob.glob(sample("*")))]
+
+
+class PdfTest(CommandTest):
+    def pdf(self, source, *options, name="out.pdf"):
+        self.run_vx("render", "-q", source, "-o", name, *options)
+        return self.path(name)
+
+    def pdf_of(self, body, *options, **header):
+        self.write("in.vx", document(body, **header))
+        return self.pdf("in.vx", *options)
+
+
+class Structure(PdfTest):
+    def test_every_sample_is_a_sound_file(self):
+        for name in all_samples():
+            with self.subTest(name):
+                report = run("qpdf", "--check", self.pdf(sample(name))).decode()
+                self.assertIn("No syntax or stream encoding errors found", report)
+                self.assertNotIn("WARNING", report)
+
+    def test_the_same_document_gives_the_same_bytes(self):
+        for name in ("text-vertical", "gradients", "poster"):
+            self.pdf(sample(name), name="one.pdf")
+            self.pdf(sample(name), name="two.pdf")
+            self.assertEqual(self.read("one.pdf"), self.read("two.pdf"), name)
+
+    def test_the_page_is_the_documents_box(self):
+        pdf = self.pdf_of("0 g\n0 0 m\n9 9 L\nS\n", box="-5 10 67 46")
+        report = run("pdfinfo", "-box", pdf).decode()
+        self.assertRegex(report, r"MediaBox: +-5\.00 +10\.00 +67\.00 +46\.00")
+        self.assertRegex(report, r"TrimBox: +-5\.00 +10\.00 +67\.00 +46\.00")
+
+    def test_title_and_creator_are_the_documents(self):
+        report = run("pdfinfo", self.pdf_of("")).decode()
+        self.assertRegex(report, r"Title: +A \(small\) square\n")
+        self.assertRegex(report, r"Creator: +by hand\n")
+        self.assertNotIn("CreationDate", report)
+
+
+class Text(PdfTest):
+    def text(self, name, *options):
+        return run("pdftotext", "-layout", self.pdf(sample(name), *options), "-").decode()
+
+    def test_fonts_are_embedded_subsets_that_know_their_characters(self):
+        for name in [name for name in all_samples() if name.startswith("text-")]:
+            with self.subTest(name):
+                rows = run("pdffonts", self.pdf(sample(name))).decode().splitlines()[2:]
+                self.assertTrue(rows)
+                for row in rows:
+                    self.assertRegex(row, r"^[A-Z]{6}\+\S.* yes +yes +yes +\d+ +0$")
+
+    def test_accents_come_back(self):
+        self.assertIn("Été, garçon, naïve", self.text("text-version-4"))
+
+    def test_japanese_comes_back(self):
+        text = self.text("text-japanese")
+        for line in ("古い図面を開く", "「平成」とVX、カタカナ。", "字間をあける"):
+            self.assertIn(line, text)
+
+    def test_columns_come_back(self):
+        text = self.text("text-vertical")
+        for column in ("縦書きの「見本」", "「見本」、ちっテー①"):
+            self.assertIn(column, text)
+
+    def test_words_keep_their_spaces(self):
+        text = self.text("text-spacing")
+        for line in ("As the text was written", "wide word spaces here", "condensed to seventy"):
+            self.assertIn(line, text)
+
+    def test_text_that_clips_comes_back(self):
+        self.assertIn("CLIP", self.text("text-render-modes"))
+
+    def test_glyphs_that_have_numbers_are_found_by_them(self):
+        body = ("0 g\n0 To\n1 0 0 1 0 0 0 Tp\nTP\n0 Tr\n/_CidKeyed 40 Tf\n(A) Tx\nTO\n")
+        fonts = os.path.join(HERE, "..", "unit", "pdf", "fonts")
+        pdf = self.pdf_of(body, "--font-dir", fonts, "--no-system-fonts", box="0 0 40 40")
+        self.assertIn("CidKeyed", run("pdffonts", pdf).decode())
+        # The square goes from (4, 0) to (20, 16).
+        for image in (pictures.mutool_inks(pdf, 72), pictures.ghostscript_inks(pdf, 72, self.path("out.tif"))):
+            self.assertEqual([image.pixel(*at)[3] for at in ((12, 32), (2, 32), (22, 32), (12, 20))], [255, 0, 0, 0])
+
+    def test_outlines_are_no_text(self):
+        pdf = self.pdf(sample("text-japanese"), "--text", "outlines")
+        self.assertEqual(len(run("pdffonts", pdf).decode().splitlines()), 2)
+        self.assertEqual(run("pdftotext", pdf, "-").decode().strip(), "")
+
+
+# Four squares on cyan: yellow without overprint, with it; gray without it, with it.
+OVERPRINT = """1 0 0 0 k
+0 0 m
+100 0 L
+100 20 L
+0 20 L
+f
+""" + "".join(f"""{flag} O
+{colour}
+{x} 5 m
+{x + 10} 5 L
+{x + 10} 15 L
+{x} 15 L
+f
+""" for x, flag, colour in ((5, 0, "0 0 1 0 k"), (25, 1, "0 0 1 0 k"), (45, 0, "0.4 g"), (65, 1, "0.4 g")))
+
+
+class Inks(PdfTest):
+    def test_ink_under_overprint_survives(self):
+        plates = pictures.separations(self.pdf_of(OVERPRINT, box="0 0 100 20"), 72, self.path("plate"))
+        amounts = {ink: [255 - plates[ink].pixel(x, 10)[0] for x in (2, 10, 30, 50, 70)] for ink in plates}
+        # Beside the squares, then on each. 0.4 gray is 0.6 black, of 255.
+        self.assertEqual(amounts["Cyan"], [255, 0, 255, 0, 255])
+        self.assertEqual(amounts["Magenta"], [0] * 5)
+        self.assertEqual(amounts["Yellow"], [0, 255, 255, 0, 0])
+        self.assertEqual(amounts["Black"], [0, 0, 0, 153, 153])
+
+    def test_white_that_overprints_takes_black_alone(self):
+        body = "0.5 0 0 0.5 k\n0 0 m\n20 0 L\n20 20 L\n0 20 L\nf\n1 O\n1 g\n0 0 m\n10 0 L\n10 20 L\n0 20 L\nf\n"
+        plates = pictures.separations(self.pdf_of(body, box="0 0 20 20"), 72, self.path("plate"))
+        amounts = {ink: [255 - plates[ink].pixel(x, 10)[0] for x in (5, 15)] for ink in plates}
+        for ink, (painted, beside) in {"Cyan": (128, 128), "Black": (0, 128)}.items():
+            self.assertAlmostEqual(amounts[ink][0], painted, delta=1)
+            self.assertAlmostEqual(amounts[ink][1], beside, delta=1)
+
+    def test_inks_are_the_documents_numbers(self):
+        body = "0.2 0.4 0.6 0.1 k\n0 0 m\n20 0 L\n20 20 L\n0 20 L\nf\n"
+        pdf = self.pdf_of(body, box="0 0 20 20")
+        for image in (pictures.mutool_inks(pdf, 72), pictures.ghostscript_inks(pdf, 72, self.path("out.tif"))):
+            for amount, wanted in zip(image.pixel(10, 10), (51, 102, 153, 25.5)):
+                self.assertAlmostEqual(amount, wanted, delta=1)
+
+
+# Lines of width 0 are as thin as each program's own samples.
+THIN = {"hairlines"}
+# Poppler shows no overprint on a screen, and gray as no ink.
+NOT_POPPLER = {"overprint", "process-colours", "version-5", "gray"}
+DPI = 72
+
+
+class Pictures(PdfTest):
+    """Against our own PNG, which is drawn without a profile as the plain arithmetic of inks."""
+
+    def box(self, name):
+        """The document's, in whole points, so that every program has the same pixels."""
+        with open(sample(name), encoding="latin-1") as file:
+            left, bottom, right, top = map(int, re.search(r"%%BoundingBox: *(.*)", file.read())[1].split())
+        return f"--box={left},{bottom},{right},{top}"
+
+    def own(self, name):
+        self.run_vx("render", "-q", sample(name), "-o", "own.png", "--profile", "none", "-r", str(DPI), self.box(name))
+        png = Png(self.read("own.png"))
+        return pictures.Image(png.width, png.height, png.channels, b"".join(png.rows))
+
+    def check(self, one, other, what):
+        self.assertEqual((one.width, one.height, one.channels), (other.width, other.height, other.channels), what)
+        mean, far = pictures.difference(one, other)
+        self.assertLess(mean, 5, what)  # small text is half edges
+        self.assertLess(far, 0.02, what)
+
+    def test_every_sample_looks_as_in_our_png(self):
+        for name in all_samples():
+            if name in THIN:
+                continue
+            with self.subTest(name):
+                pdf = self.pdf(sample(name), self.box(name))
+                own = self.own(name)
+                mutool = pictures.mutool_inks(pdf, DPI)
+                gs = pictures.ghostscript_inks(pdf, DPI, self.path("out.tif"))
+                self.check(own, mutool.changed(pictures.plain), f"{name} by mutool")
+                self.check(own, gs.changed(pictures.plain), f"{name} by gs")
+                if name not in NOT_POPPLER:
+                    poppler = pictures.poppler_colours(pdf, DPI)
+                    self.check(poppler, mutool.changed(pictures.as_poppler), f"{name} by poppler")
+
+
+class Standards(PdfTest):
+    DATE = {"SOURCE_DATE_EPOCH": "951782400"}
+
+    def test_a_file_for_print_says_so(self):
+        with unittest.mock.patch.dict(os.environ, self.DATE):
+            for level, version in (("x1a", "PDF/X-1a:2003"), ("x3", "PDF/X-3:2003")):
+                report = run("pdfinfo", self.pdf(sample("text-point"), "--pdf-x", level)).decode()
+                self.assertIn(version, report)
+                self.assertRegex(report, r"PDF version: +1\.4\n")
+
+    def test_it_paints_in_inks_alone(self):
+        with unittest.mock.patch.dict(os.environ, self.DATE):
+            for name in ("gradients", "overprint", "text-japanese"):
+                pdf = self.pdf(sample(name), "--pdf-x", "x1a")
+                plain = run("qpdf", "--qdf", "--object-streams=disable", pdf, "-")
+                self.assertNotRegex(plain, rb"/(DeviceRGB|CalRGB|Lab|SMask|BM)\b")
+                self.assertNotRegex(plain, rb"(?m) (rg|RG)$")
+
+    def test_it_needs_a_date(self):
+        with unittest.mock.patch.dict(os.environ):
+            os.environ.pop("SOURCE_DATE_EPOCH", None)
+            message = self.refused("render", sample("text-point"), "-o", "out.pdf", "--pdf-x", "x1a", status=1)
+        self.assertTrue(re.search("date of creation.*SOURCE_DATE_EPOCH", message), message)
+        self.assertEqual(self.files(), [])
+
+    def test_a_background_of_a_screen_is_refused(self):
+        with unittest.mock.patch.dict(os.environ, self.DATE):
+            process = self.start("render", sample("poster"), "-o", "out.pdf", "--pdf-x", "x1a", "-b", "white")
+            _, errors = process.communicate(timeout=120)
+            self.assertIn(process.returncode, (1, 2))
+            self.assertIn("background", errors.decode())
+            self.assertEqual(self.files(), [])
+
+
+if __name__ == "__main__":
+    unittest.main()
