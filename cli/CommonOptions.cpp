@@ -37,9 +37,9 @@ std::optional<Script> ReadScript(const std::string &text)
 
 } // namespace
 
-void CommonOptionReader::AddTo(CLI::App *command)
+void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
 {
-    command->add_option("FILE", inputs_, "documents to read; - is standard input")->type_name("");
+    command->add_option("FILE", inputs_, inputs)->type_name("");
     const auto add = [command](const char *names, std::string *to, const char *value,
                                const std::string &help) {
         command->add_option(names, *to, help)->type_name(value)->group(kGroup);

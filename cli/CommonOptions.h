@@ -42,7 +42,8 @@ class CommonOptionReader
   public:
     // defaultTime is that of --max-time, in seconds.
     explicit CommonOptionReader(std::string defaultTime) : maxTime_(std::move(defaultTime)) {}
-    void AddTo(CLI::App *command); // last, so that they stand below the command's own in its help
+    // Last, so that they stand below the command's own in its help.
+    void AddTo(CLI::App *command, const std::string &inputs = "documents to read; - is standard input");
     // Throws UsageError; without an input too, unless the command can do without.
     CommonOptions Read(bool needsInput = true) const;
 

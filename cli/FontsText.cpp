@@ -1,5 +1,6 @@
 #include "cli/FontsText.h"
 
+#include "cli/FactsJson.h"
 #include "cli/OutcomeJson.h"
 #include "cli/Text.h"
 
@@ -43,11 +44,6 @@ size_t WidestName(const Fonts &fonts, NameOf &&nameOf)
     return widest;
 }
 
-std::string DumpLine(const nlohmann::ordered_json &json)
-{
-    return json.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
-}
-
 } // namespace
 
 std::string FontUseText(const FontUse &font)
@@ -83,7 +79,7 @@ std::string FontsJson(const std::string &input, const Verdict &verdict)
     if (!verdict.error.empty())
         json["error"] = verdict.error;
     json["fonts"] = nlohmann::ordered_json(nlohmann::json(outcome.fonts));
-    return DumpLine(json);
+    return JsonLine(json);
 }
 
 std::string FontListText(const FontList &fonts)
@@ -109,7 +105,7 @@ std::string FontListJson(const FontList &fonts)
         json["family"] = font.familyName;
         json["served"] = font.servedBy.empty() ? font.postScriptName : font.servedBy;
         json["file"] = font.file;
-        text += DumpLine(json);
+        text += JsonLine(json);
     }
     return text;
 }

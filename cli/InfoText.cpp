@@ -1,7 +1,7 @@
 #include "cli/InfoText.h"
 
+#include "cli/FactsJson.h"
 #include "cli/FontsText.h"
-#include "cli/OutcomeJson.h"
 #include "cli/Text.h"
 
 #include <fmt/format.h>
@@ -15,13 +15,7 @@ namespace vxhost
 namespace
 {
 
-constexpr double kMillimetresPerPoint = 25.4 / 72;
 constexpr size_t kLabelWidth = 16;
-
-double Millimetres(double points)
-{
-    return points * kMillimetresPerPoint;
-}
 
 // "Label           value"; nothing at all for an empty value.
 std::string Row(std::string_view label, std::string_view value)
@@ -107,35 +101,12 @@ std::string InfoText(const std::string &input, const Verdict &verdict)
 
 std::string InfoJson(const std::string &input, const Verdict &verdict)
 {
-    const Outcome &outcome = verdict.finding.outcome;
-    const HeaderFacts &header = verdict.finding.header;
     nlohmann::ordered_json json;
     json["file"] = input;
-    json["vx"] = outcome.headerAccepted;
     if (!verdict.error.empty())
         json["error"] = verdict.error;
-    if (outcome.headerAccepted) {
-        const Box &box = outcome.box;
-        json["version"] = header.version;
-        json["title"] = header.title;
-        json["creator"] = header.creator;
-        json["creationDate"] = header.creationDate;
-        json["box"] = {box.left, box.bottom, box.right, box.top};
-        json["points"] = {box.Width(), box.Height()};
-        json["millimetres"] = {Millimetres(box.Width()), Millimetres(box.Height())};
-        json["monochrome"] = outcome.monochrome;
-        json["processColours"] = header.processColours;
-        json["customColours"] = header.customColours;
-        json["declaredFonts"] = header.fonts;
-        json["fonts"] = nlohmann::json(outcome.fonts);
-        json["uses"] = nlohmann::json(outcome.counts);
-        json["problems"] = nlohmann::json(outcome.reports);
-        json["bytes"] = outcome.bytesTotal;
-        json["lineEnds"] = header.lineEnds;
-        json["epsWrapper"] = header.epsWrapper;
-        json["result"] = outcome.result;
-    }
-    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    AddFacts(verdict.finding, &json);
+    return JsonLine(json);
 }
 
 } // namespace vxhost

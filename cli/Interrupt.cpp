@@ -2,9 +2,8 @@
 
 #include "cli/Status.h"
 
-#include <climits>
 #include <csignal>
-#include <cstring>
+#include <set>
 #include <unistd.h>
 
 namespace vxhost
@@ -15,22 +14,50 @@ namespace
 
 constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
-// Read by the handler. The path is whole whenever the flag is set.
-char g_path[PATH_MAX];
-volatile std::sig_atomic_t g_hasPath = 0;
+// Read by the handler, changed only while no handler can run. Never freed: a handler may run until the very end.
+std::set<std::string> &Paths()
+{
+    static auto *const paths = new std::set<std::string>;
+    return *paths;
+}
 
 extern "C" void EndInterrupted(int)
 {
-    if (g_hasPath != 0)
-        unlink(g_path);
+    for (const std::string &path : Paths())
+        unlink(path.c_str());
     _exit(static_cast<int>(Status::Interrupted));
 }
+
+sigset_t AllSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : kSignals)
+        sigaddset(&signals, signal);
+    return signals;
+}
+
+class SignalsHeldBack
+{
+  public:
+    SignalsHeldBack()
+    {
+        const sigset_t signals = AllSignals();
+        sigprocmask(SIG_BLOCK, &signals, &before_);
+    }
+    SignalsHeldBack(const SignalsHeldBack &) = delete;
+    SignalsHeldBack &operator=(const SignalsHeldBack &) = delete;
+    ~SignalsHeldBack() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+  private:
+    sigset_t before_;
+};
 
 void SetHandler(void (*handler)(int))
 {
     struct sigaction action = {};
     action.sa_handler = handler;
-    sigemptyset(&action.sa_mask);
+    action.sa_mask = AllSignals();
     for (const int signal : kSignals) {
         struct sigaction present = {};
         sigaction(signal, nullptr, &present);
@@ -43,6 +70,7 @@ void SetHandler(void (*handler)(int))
 
 void CatchInterrupts()
 {
+    (void)Paths(); // made here, not in the handler
     SetHandler(EndInterrupted);
 }
 
@@ -53,11 +81,14 @@ void ForgetInterrupts()
 
 void RemoveWhenInterrupted(const std::string &path)
 {
-    g_hasPath = 0;
-    if (path.empty() || path.size() >= sizeof g_path)
-        return;
-    std::memcpy(g_path, path.c_str(), path.size() + 1);
-    g_hasPath = 1;
+    const SignalsHeldBack heldBack;
+    Paths().insert(path);
+}
+
+void KeepWhenInterrupted(const std::string &path)
+{
+    const SignalsHeldBack heldBack;
+    Paths().erase(path);
 }
 
 } // namespace vxhost

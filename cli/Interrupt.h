@@ -12,7 +12,8 @@ namespace vxhost
 void CatchInterrupts();
 void ForgetInterrupts(); // in a worker: a signal ends it, the parent tidies up
 
-// A file to remove when interrupted; empty: none. One at a time.
+// Files to remove when interrupted. Neither is interrupted itself.
 void RemoveWhenInterrupted(const std::string &path);
+void KeepWhenInterrupted(const std::string &path);
 
 } // namespace vxhost

@@ -1,5 +1,6 @@
 // vx: opens VX drawings. Reads the command line as far as the command, and hands over.
 
+#include "cli/BatchCommand.h"
 #include "cli/FontsCommand.h"
 #include "cli/InfoCommand.h"
 #include "cli/Interrupt.h"
@@ -49,10 +50,12 @@ constexpr CommandRow kCommands[] = {
      MakeCommand<TraceCommand>},
     {"fonts", "[options] FILE... | --list", "Tells which fonts documents ask for, and what serves them.",
      MakeCommand<FontsCommand>},
+    {"batch", "[options] [FILE...|-]", "Renders all documents of a manifest, and tells of each in JSON.",
+     MakeCommand<BatchCommand>},
 };
 
 constexpr const char *kExamples = "Examples:\n"
-                                  "  vx render harp.vx -o harp.png\n"
+                                  "  vx render harp.vx -o harp.pdf\n"
                                   "  vx info *.vx\n"
                                   "  vx trace harp.vx | less\n"
                                   "  vx render --help";

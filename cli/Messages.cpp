@@ -15,6 +15,7 @@ namespace
 
 constexpr size_t kMaxSubject = 4096; // a path is never cut
 constexpr size_t kMaxText = 1000;
+constexpr size_t kMaxRemembered = 1000; // lines
 
 // One write, so that lines of several processes do not mix. What cannot be told is lost: there is nowhere else
 // to tell it.
@@ -54,15 +55,23 @@ void Messages::Say(std::string_view subject, std::string_view text)
     if (!subject.empty())
         line += Printable(subject, kMaxSubject) + ": ";
     line += Printable(text, kMaxText) + "\n";
+    if (said_.size() >= kMaxRemembered)
+        said_.clear();
     if (said_.insert(line).second)
         WriteToStandardError(line);
 }
 
 void Messages::Progress(std::string_view subject, int percent)
 {
+    if (showProgress_)
+        Progress(fmt::format("{} {} %", Printable(subject, 60), percent));
+}
+
+void Messages::Progress(std::string_view text)
+{
     if (!showProgress_)
         return;
-    WriteToStandardError(fmt::format("\r\x1B[K{} {} %", Printable(subject, 60), percent));
+    WriteToStandardError(fmt::format("\r\x1B[K{}", text));
     progressStands_ = true;
 }
 

@@ -1,5 +1,5 @@
 // What the command tells a person, on standard error: one line each, never the same twice, and the progress of
-// the document at hand.
+// the work at hand.
 //
 //   vx: FILE: what is wrong with which value: what to do
 #pragma once
@@ -26,6 +26,7 @@ class Messages
 
     // Shown in place, until the next message or EraseProgress.
     void Progress(std::string_view subject, int percent);
+    void Progress(std::string_view text);
     void EraseProgress();
 
   private:
@@ -34,7 +35,8 @@ class Messages
     Verbosity verbosity_ = Verbosity::Normal;
     bool showProgress_ = false;
     bool progressStands_ = false;
-    std::set<std::string, std::less<>> said_;
+    std::set<std::string, std::less<>>
+        said_; // not all of it for ever: a run may go through any number of documents
 };
 
 } // namespace vxhost

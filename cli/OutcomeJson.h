@@ -23,6 +23,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, result, box, headerAccepted, monochr
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HeaderFacts, hasPrefix, recognised, hasBox, version, epsWrapper, lineEnds,
                                    firstLine, title, creator, creationDate, processColours, customColours,
                                    fonts)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, inputError, limitError, lackedFont, writeError)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, inputError, limitError, lackedFont, writeError,
+                                   failedOutput)
 
 } // namespace vxhost

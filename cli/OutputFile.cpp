@@ -21,7 +21,9 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr int kMaxAttempts = 100;
+constexpr int kMaxAttempts = 1000;   // more than outputs under way at once
+constexpr mode_t kOutputMode = 0666; // less what the user's mask takes away
+constexpr mode_t kSpoolMode = 0600;
 
 // A link is written through, so that it still is one afterwards. One that leads nowhere is replaced.
 std::string ResolveLinks(const std::string &path)
@@ -29,6 +31,29 @@ std::string ResolveLinks(const std::string &path)
     std::error_code failure;
     const fs::path resolved = fs::weakly_canonical(path, failure);
     return failure ? path : resolved.string();
+}
+
+fs::path FolderOf(const std::string &path)
+{
+    const fs::path folder = fs::path(path).parent_path();
+    return folder.empty() ? "." : folder;
+}
+
+// How a file without a name can be given one.
+std::string DescriptorPath(int descriptor)
+{
+    return fmt::format("/proc/self/fd/{}", descriptor);
+}
+
+// A file in the folder that ends with its last descriptor; -1 where there can be none, or none that can be given a
+// name later.
+int OpenUnnamed(const fs::path &folder, mode_t mode)
+{
+    const int descriptor = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode);
+    if (descriptor < 0 || access(DescriptorPath(descriptor).c_str(), F_OK) == 0)
+        return descriptor;
+    close(descriptor);
+    return -1;
 }
 
 std::string CreateError(int error)
@@ -63,7 +88,7 @@ std::unique_ptr<OutputFile> OutputFile::Create(const std::string &path, std::str
 {
     std::unique_ptr<OutputFile> file(new OutputFile);
     if (path == "-") {
-        file->target_ = dup(STDOUT_FILENO);
+        file->target_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
         if (file->target_ >= 0)
             return file->Spool(error) ? std::move(file) : nullptr;
         *error = CreateError(errno);
@@ -91,7 +116,7 @@ OutputFile::~OutputFile()
 {
     if (!temporary_.empty()) {
         unlink(temporary_.c_str());
-        RemoveWhenInterrupted("");
+        KeepWhenInterrupted(temporary_);
     }
     for (const int descriptor : {descriptor_, target_}) {
         if (descriptor >= 0)
@@ -107,59 +132,87 @@ bool OutputFile::CreateBeside(std::string *error)
         *error = CreateError(errno); // the folder may allow what the file's own permissions forbid
         return false;
     }
-    const fs::path folder = fs::path(path_).parent_path();
+    descriptor_ = OpenUnnamed(FolderOf(path_), kOutputMode);
+    const auto openNamed = [this](const char *name) {
+        descriptor_ = open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOutputMode);
+        return descriptor_ >= 0;
+    };
+    if ((descriptor_ < 0 && !TakeTemporaryName(openNamed)) ||
+        (exists && fchmod(descriptor_, present.st_mode & 07777) != 0)) {
+        *error = CreateError(errno);
+        return false;
+    }
+    return true;
+}
+
+// makeName gives the file the name that it is called with; false with errno set when it cannot.
+template <typename MakeName>
+bool OutputFile::TakeTemporaryName(const MakeName &makeName)
+{
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-        const std::string name = (folder / fmt::format(".vx-{}-{}.part", getpid(), attempt)).string();
-        // The handler knows the name before the file exists: there is no moment in which it would stay behind.
+        const std::string name =
+            (FolderOf(path_) / fmt::format(".vx-{}-{}.part", getpid(), attempt)).string();
+        // The handler knows the name before the file has it: there is no moment in which it would stay behind. One
+        // that another output of ours has is known already.
+        if (access(name.c_str(), F_OK) == 0)
+            continue;
         RemoveWhenInterrupted(name);
-        descriptor_ = open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (descriptor_ >= 0) {
+        if (makeName(name.c_str())) {
             temporary_ = name;
-            if (exists && fchmod(descriptor_, present.st_mode & 07777) != 0) {
-                *error = CreateError(errno);
-                return false;
-            }
             return true;
         }
-        RemoveWhenInterrupted("");
-        if (errno != EEXIST)
-            break;
+        const int failure = errno;
+        KeepWhenInterrupted(name);
+        errno = failure;
+        if (failure != EEXIST)
+            return false;
     }
-    *error = CreateError(errno);
     return false;
 }
 
 bool OutputFile::Spool(std::string *error)
 {
-    std::string name = (fs::temp_directory_path() / "vx-XXXXXX").string();
-    descriptor_ = mkostemp(name.data(), O_CLOEXEC);
+    const fs::path folder = fs::temp_directory_path();
+    descriptor_ = OpenUnnamed(folder, kSpoolMode);
     if (descriptor_ < 0) {
-        *error = fmt::format("no room for a temporary file, {}: set TMPDIR to a folder with space",
-                             SystemText(errno));
-        return false;
+        std::string name = (folder / "vx-XXXXXX").string();
+        descriptor_ = mkostemp(name.data(), O_CLOEXEC);
+        if (descriptor_ >= 0)
+            unlink(name.c_str());
     }
-    unlink(name.c_str());
-    return true;
+    if (descriptor_ >= 0)
+        return true;
+    *error =
+        fmt::format("no room for a temporary file, {}: set TMPDIR to a folder with space", SystemText(errno));
+    return false;
 }
 
 bool OutputFile::Commit(std::string *error)
 {
-    return target_ >= 0 ? CopyTo(target_, error) : Rename(error);
+    return target_ >= 0 ? CopyTo(target_, error) : TakeName(error);
 }
 
-bool OutputFile::Rename(std::string *error)
+bool OutputFile::TakeName(std::string *error)
 {
-    // Some file systems report a full disk only here.
+    const auto link = [this](const char *name) {
+        return linkat(AT_FDCWD, DescriptorPath(descriptor_).c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0;
+    };
+    // Some file systems report a full disk only here. A name must not stand for a file that is not on the disk.
     if (fsync(descriptor_) != 0 && errno != EINVAL && errno != ENOTSUP) {
         *error = CreateError(errno);
         return false;
     }
-    if (rename(temporary_.c_str(), path_.c_str()) != 0) {
+    // A link does not replace what has the name, a renaming does.
+    const bool isUnnamed = temporary_.empty();
+    if (isUnnamed && link(path_.c_str()))
+        return true;
+    if ((isUnnamed && (errno != EEXIST || !TakeTemporaryName(link))) ||
+        rename(temporary_.c_str(), path_.c_str()) != 0) {
         *error = CreateError(errno);
         return false;
     }
+    KeepWhenInterrupted(temporary_);
     temporary_.clear();
-    RemoveWhenInterrupted("");
     return true;
 }
 

@@ -1,8 +1,9 @@
 // One result on its way to its place: it appears there whole, or not at all.
 //
-// For a file it is written under a temporary name in the same folder and renamed at the end. For standard
-// output, a device or a pipe it is kept in an unnamed file and copied at the end. Either way a document that
-// fails half way leaves no trace.
+// For a file it is written without a name in the same folder, or where the file system cannot do that under a
+// temporary one, and takes its name at the end. For standard output, a device or a pipe it is kept in an unnamed
+// file and copied at the end. A document that fails half way leaves no trace; nor does an end by force, but for the
+// temporary name.
 #pragma once
 
 #include <memory>
@@ -35,12 +36,14 @@ class OutputFile
   private:
     OutputFile() = default;
     bool CreateBeside(std::string *error);
+    template <typename MakeName>
+    bool TakeTemporaryName(const MakeName &makeName);
     bool Spool(std::string *error);
-    bool Rename(std::string *error);
+    bool TakeName(std::string *error);
     bool CopyTo(int target, std::string *error);
 
     std::string path_;      // links resolved
-    std::string temporary_; // empty: spooled
+    std::string temporary_; // name in the same folder; empty: it has none
     int descriptor_ = -1;
     int target_ = -1; // where a spooled result goes
 };

@@ -21,66 +21,77 @@ struct Placeholder {
     std::string value;
 };
 
-std::string NameFor(const std::string &pattern, const std::string &input, std::string_view extension)
+// What a pattern makes of a folder.
+std::string WholePattern(const std::string &pattern)
 {
+    std::error_code failure;
+    if (pattern.ends_with('/'))
+        return pattern + "{stem}.{ext}";
+    return pattern != "-" && fs::is_directory(pattern, failure) ? pattern + "/{stem}.{ext}" : pattern;
+}
+
+} // namespace
+
+std::string FillPattern(const std::string &pattern, const std::string &input, Format format)
+{
+    const std::string whole = WholePattern(pattern);
     const fs::path path = input == "-" ? fs::path("stdin") : fs::path(input);
     const std::string folder = path.parent_path().string();
     const Placeholder placeholders[] = {
         {"{stem}", path.stem().string()},
         {"{dir}", folder.empty() ? "." : folder},
-        {"{ext}", std::string(extension)},
+        {"{ext}", std::string(NameOf(format))},
     };
     std::string name;
-    for (size_t at = 0; at < pattern.size();) {
+    for (size_t at = 0; at < whole.size();) {
         const Placeholder *found = nullptr;
         for (const Placeholder &placeholder : placeholders) {
-            if (pattern.compare(at, placeholder.text.size(), placeholder.text) == 0)
+            if (whole.compare(at, placeholder.text.size(), placeholder.text) == 0)
                 found = &placeholder;
         }
-        name += found != nullptr ? found->value : std::string(1, pattern[at]);
+        name += found != nullptr ? found->value : std::string(1, whole[at]);
         at += found != nullptr ? found->text.size() : 1;
     }
     return name;
 }
 
-// One text for all spellings of a path that need not exist.
-std::string Place(const std::string &path)
+std::string PlaceOf(const std::string &path)
 {
     std::error_code failure;
     const fs::path place = fs::weakly_canonical(path, failure);
     return failure ? path : place.string();
 }
 
-} // namespace
-
 std::vector<std::string> OutputNames(const std::string &pattern, const std::vector<std::string> &inputs,
-                                     std::string_view extension)
+                                     std::span<const Format> formats)
 {
-    std::string whole = pattern;
-    std::error_code failure;
-    if (whole.ends_with('/') || (whole != "-" && fs::is_directory(whole, failure)))
-        whole += whole.ends_with('/') ? "{stem}.{ext}" : "/{stem}.{ext}";
-
     std::map<std::string, std::string> readers; // place → the input that is read there
     for (const std::string &input : inputs) {
         if (input != "-")
-            readers.emplace(Place(input), input);
+            readers.emplace(PlaceOf(input), input);
     }
     std::vector<std::string> outputs;
     std::map<std::string, std::string> writers; // place → the input whose result goes there
     for (const std::string &input : inputs) {
-        const std::string output = NameFor(whole, input, extension);
-        const std::string place = output == "-" ? output : Place(output);
-        if (const auto reader = readers.find(place); reader != readers.end())
-            throw UsageError(fmt::format("-o {}: would overwrite the input \"{}\": choose another name",
-                                         pattern, reader->second));
-        const auto [writer, isNew] = writers.try_emplace(place, input);
-        if (!isNew)
-            throw UsageError(
-                fmt::format("-o {}: \"{}\" and \"{}\" would both be written to \"{}\": name each after "
-                            "its input, as -o '{{dir}}/{{stem}}.{}'",
-                            pattern, InputName(writer->second), InputName(input), output, extension));
-        outputs.push_back(output);
+        for (const Format format : formats) {
+            const std::string output = FillPattern(pattern, input, format);
+            const std::string place = output == "-" ? output : PlaceOf(output);
+            if (const auto reader = readers.find(place); reader != readers.end())
+                throw UsageError(fmt::format("-o {}: would overwrite the input \"{}\": choose another name",
+                                             pattern, reader->second));
+            const auto [writer, isNew] = writers.try_emplace(place, input);
+            if (!isNew && formats.size() > 1 && writer->second == input)
+                throw UsageError(
+                    fmt::format("-o {}: the formats of \"{}\" would all be written to \"{}\": name "
+                                "each after its format, as -o '{{stem}}.{{ext}}'",
+                                pattern, InputName(input), output));
+            if (!isNew)
+                throw UsageError(
+                    fmt::format("-o {}: \"{}\" and \"{}\" would both be written to \"{}\": name each "
+                                "after its input, as -o '{{dir}}/{{stem}}.{{ext}}'",
+                                pattern, InputName(writer->second), InputName(input), output));
+            outputs.push_back(output);
+        }
     }
     return outputs;
 }

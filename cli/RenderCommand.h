@@ -1,9 +1,12 @@
-// vx render: documents to pictures, each in a worker process, each output whole or not at all.
+// vx render: documents to pictures, one after the other.
 #pragma once
 
+#include "cli/CommonOptions.h"
 #include "cli/Messages.h"
-#include "cli/RenderOptions.h"
+#include "cli/RenderWords.h"
 #include "cli/Status.h"
+
+#include <string>
 
 namespace vxhost
 {
@@ -11,11 +14,13 @@ namespace vxhost
 class RenderCommand
 {
   public:
-    explicit RenderCommand(CLI::App *command) : reader_(command) {}
+    explicit RenderCommand(CLI::App *command);
     Status Run(Messages *messages) const;
 
   private:
-    RenderOptionReader reader_;
+    CommonOptionReader common_;
+    std::string output_;
+    RenderWords words_;
 };
 
 } // namespace vxhost

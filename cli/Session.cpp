@@ -153,11 +153,30 @@ void JudgeFonts(const DocumentFontOptions &options, const DocumentFonts &fonts, 
         finding->lackedFont = "its name is unknown";
 }
 
+bool HasFailed(const Finding &finding)
+{
+    return finding.outcome.result != kVXOk || finding.outcome.memoryLimitHit || finding.writeError != 0 ||
+           !finding.inputError.empty() || !finding.limitError.empty();
+}
+
 } // namespace
+
+Verdict Failed(Status status, std::string error)
+{
+    Verdict verdict;
+    verdict.status = status;
+    verdict.error = std::move(error);
+    return verdict;
+}
 
 std::string InputName(const std::string &input)
 {
     return input == "-" ? "standard input" : input;
+}
+
+std::string OutputName(const std::string &output)
+{
+    return output == "-" ? "standard output" : output;
 }
 
 Session::Session(const CommonOptions &options, Messages *messages) : options_(options), messages_(messages)
@@ -171,49 +190,87 @@ Session::Session(const CommonOptions &options, Messages *messages) : options_(op
     CheckServed(options.fonts, *fonts_);
 }
 
-Verdict Session::Interpret(const std::string &input, const Purpose &purpose, const Work &work,
-                           const std::function<Status()> &prepare)
+Verdict Session::Interpret(const std::string &input, const Purpose &purpose, const Work &work)
+{
+    Verdict verdict;
+    if (const std::unique_ptr<Document> document = Open(input, &verdict)) {
+        const auto prepare = [&work](Finding *) { return std::vector<Work>{work}; };
+        const auto interpretation = Begin(input, purpose, *document, prepare, {}, &verdict);
+        if (interpretation != nullptr) {
+            Worker *worker = interpretation->worker.get();
+            (void)Worker::WaitForAny({&worker, 1});
+            verdict = End(interpretation.get());
+        }
+    }
+    Tell(input, verdict);
+    return verdict;
+}
+
+std::unique_ptr<Document> Session::Open(const std::string &input, Verdict *verdict)
 {
     std::string error;
-    const std::unique_ptr<Document> document =
+    std::unique_ptr<Document> document =
         input == "-" ? Document::FromDescriptor(STDIN_FILENO, &error) : Document::Open(input, &error);
     if (document == nullptr)
-        return Fail(Status::InputFailed, input, error);
-    if (prepare) {
-        const Status status = prepare();
-        if (status != Status::Done)
-            return {status, "", {}};
-    }
+        *verdict = Failed(Status::InputFailed, error);
+    return document;
+}
 
-    const std::string name = InputName(input);
-    const WorkerEnd end = RunWorker(options_.limits, TaskFor(*document, work),
-                                    [&](int percent) { messages_->Progress(name, percent); });
-    messages_->EraseProgress();
+std::unique_ptr<Interpretation> Session::Begin(const std::string &input, const Purpose &purpose,
+                                               const Document &document, const Preparation &prepare,
+                                               const std::vector<int> &descriptors, Verdict *verdict)
+{
+    std::string error;
+    std::unique_ptr<Worker> worker = Worker::Start(
+        options_.limits, descriptors, TaskFor(document, prepare),
+        [this, name = InputName(input)](int percent) { messages_->Progress(name, percent); }, &error);
+    if (worker == nullptr) {
+        *verdict = Failed(Status::InputFailed, fmt::format("no worker process, {}: try again later", error));
+        return nullptr;
+    }
+    return std::make_unique<Interpretation>(
+        Interpretation{input, purpose, document.Bytes().size(), std::move(worker)});
+}
+
+Verdict Session::End(Interpretation *interpretation) const
+{
+    const Purpose &purpose = interpretation->purpose;
+    const WorkerEnd end = interpretation->worker->TakeEnd();
     switch (end.fate) {
-    case WorkerFate::CannotStart:
-        return Fail(Status::InputFailed, input,
-                    fmt::format("no worker process, {}: try again later", end.detail));
     case WorkerFate::OutOfTime:
-        return Fail(Status::LimitHit, input,
-                    fmt::format("not done after {} s{}: allow more with --max-time",
-                                Decimal(options_.limits.seconds), purpose.lost));
+        return Failed(Status::LimitHit, fmt::format("not done after {} s{}: allow more with --max-time",
+                                                    Decimal(options_.limits.seconds), purpose.lost));
     case WorkerFate::OutOfMemory:
-        return Fail(Status::LimitHit, input, OutOfMemoryError(purpose, options_.limits.memory));
+        return Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits.memory));
     case WorkerFate::Crashed:
-        return Fail(Status::WorkerCrashed, input,
-                    fmt::format("the worker process crashed, {}{}: keep the document and report it",
-                                end.detail, purpose.lost));
+        return Failed(Status::WorkerCrashed,
+                      fmt::format("the worker process crashed, {}{}: keep the document and report it",
+                                  end.detail, purpose.lost));
     case WorkerFate::Finished:
         break;
     }
     try {
-        return Judge(input, purpose, document->Bytes().size(),
-                     nlohmann::json::from_cbor(end.answer).get<Finding>());
+        return Judge(*interpretation, nlohmann::json::from_cbor(end.answer).get<Finding>());
     } catch (const nlohmann::json::exception &) {
-        return Fail(Status::WorkerCrashed, input,
-                    fmt::format("the worker process answered nonsense{}: keep the document and report it",
-                                purpose.lost));
+        return Failed(Status::WorkerCrashed,
+                      fmt::format("the worker process answered nonsense{}: keep the document and report it",
+                                  purpose.lost));
     }
+}
+
+void Session::Tell(const std::string &input, const Verdict &verdict)
+{
+    messages_->EraseProgress();
+    for (const std::string &warning : verdict.warnings)
+        messages_->Warning(InputName(input), warning);
+    if (!verdict.error.empty())
+        messages_->Error(verdict.errorSubject.empty() ? InputName(input) : verdict.errorSubject,
+                         verdict.error);
+    const Counts &counts = verdict.finding.outcome.counts;
+    for (const std::string &output : verdict.written)
+        messages_->Detail(OutputName(output),
+                          fmt::format("written, {} fills, {} strokes, {} clips, {} path segments",
+                                      counts.fills, counts.strokes, counts.clips, counts.segments));
 }
 
 // What the document's text and its header ask for.
@@ -231,66 +288,65 @@ DocumentFontOptions Session::FontOptionsFor(const Document &document, const Head
     return options;
 }
 
-WorkerTask Session::TaskFor(const Document &document, const Work &work) const
+WorkerTask Session::TaskFor(const Document &document, const Preparation &prepare) const
 {
-    return [this, &document, &work](WorkerLink &link) {
+    return [this, &document, &prepare](WorkerLink &link) {
         Finding finding;
+        const std::vector<Work> works = prepare(&finding);
         finding.header = ScanHeader(document.Bytes());
         const DocumentFontOptions fontOptions = FontOptionsFor(document, finding.header);
         const DocumentFonts fonts(*fonts_, fontOptions);
-        DocumentGlyphs glyphs(&fonts);
         ParseOptions parse;
         parse.fonts = &fonts;
-        parse.glyphs = &glyphs;
         parse.systemScript = static_cast<int32_t>(fonts.SystemScript());
         const int64_t limit =
             options_.limits.memory; // one bound for both: together they stay under the worker's own
         parse.maxHeap = parse.maxDrawing = limit > 0 ? limit : std::numeric_limits<int64_t>::max();
-        if (options_.showProgress)
-            parse.onProgress = [&link](int64_t read, int64_t total) { link.Progress(read, total); };
         if (!fontOptions.substitute)
             parse.onReport = [](const Report &report) { return report.number == kFontProblem; };
-        work(*plugin_, document, parse, &finding);
-        JudgeFonts(fontOptions, fonts, &finding);
+        const auto count = static_cast<int64_t>(works.size());
+        for (int64_t done = 0; done < count && !HasFailed(finding); ++done) {
+            DocumentGlyphs glyphs(&fonts);
+            parse.glyphs = &glyphs;
+            if (options_.showProgress)
+                parse.onProgress = [&link, done, count](int64_t read, int64_t total) {
+                    link.Progress(done * total + read, count * total);
+                };
+            works[static_cast<size_t>(done)](*plugin_, document, parse, &finding);
+            JudgeFonts(fontOptions, fonts, &finding);
+        }
         const std::vector<uint8_t> answer = nlohmann::json::to_cbor(nlohmann::json(finding));
         return std::string(answer.begin(), answer.end());
     };
 }
 
-Verdict Session::Judge(const std::string &input, const Purpose &purpose, size_t size, Finding finding)
+Verdict Session::Judge(const Interpretation &interpretation, Finding finding) const
 {
+    const auto &[input, purpose, size, worker] = interpretation;
     const Outcome &outcome = finding.outcome;
-    const std::vector<std::string> warnings = Warnings(finding, purpose, input);
-    for (const std::string &warning : warnings)
-        messages_->Warning(InputName(input), warning);
-
     Verdict verdict;
     if (finding.writeError != 0) {
         // A reader that left early, as head does, has what it wanted.
         verdict.status = Status::OutputFailed;
+        verdict.errorSubject = finding.failedOutput.empty() ? "standard output" : finding.failedOutput;
         if (finding.writeError != EPIPE)
-            verdict = Fail(
-                Status::OutputFailed, purpose.output,
-                fmt::format("cannot be written, {}: choose another place", SystemText(finding.writeError)));
+            verdict.error =
+                fmt::format("cannot be written, {}: choose another place", SystemText(finding.writeError));
     } else if (outcome.memoryLimitHit || outcome.result == kVXOutOfMemory) {
-        verdict = Fail(Status::LimitHit, input, OutOfMemoryError(purpose, options_.limits.memory));
+        verdict = Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits.memory));
     } else if (std::string error = ResultError(finding, purpose, input, size); !error.empty()) {
-        verdict = Fail(Status::InputFailed, input, std::move(error));
+        verdict = Failed(Status::InputFailed, std::move(error));
     } else if (!finding.limitError.empty()) {
-        verdict = Fail(Status::LimitHit, input, finding.limitError);
+        verdict = Failed(Status::LimitHit, finding.limitError);
     } else if (!finding.inputError.empty()) {
-        verdict = Fail(Status::InputFailed, input, finding.inputError);
-    } else if (options_.strict && !warnings.empty()) {
-        verdict.status = Status::Warned;
+        verdict = Failed(Status::InputFailed, finding.inputError);
     }
+    verdict.warnings = Warnings(finding, purpose, input);
+    if (verdict.status == Status::Done && options_.strict && !verdict.warnings.empty())
+        verdict.status = Status::Warned;
+    verdict.isLookedAt = true;
     verdict.finding = std::move(finding);
     return verdict;
-}
-
-Verdict Session::Fail(Status status, const std::string &input, std::string error)
-{
-    messages_->Error(InputName(input), error);
-    return {status, std::move(error), {}};
 }
 
 } // namespace vxhost

@@ -27,25 +27,44 @@ struct Finding {
     // Found by the work itself; empty or 0: nothing.
     std::string inputError;
     std::string limitError;
-    std::string lackedFont; // the document was given up for want of it
-    int writeError = 0;     // errno of a failed write
+    std::string lackedFont;   // the document was given up for want of it
+    int writeError = 0;       // errno of a failed write
+    std::string failedOutput; // which; empty: standard output
 };
 
 struct Verdict {
     Status status = Status::Done;
-    std::string error; // as it was told; empty: nothing to tell
-    Finding finding;   // as far as the worker came
+    std::string error; // one line; empty: nothing to tell
+    std::string
+        errorSubject; // what the line is about, if it is not the input: an output, as messages name it
+    std::vector<std::string> warnings;
+    std::vector<std::string> written; // names of outputs that are in their place
+    bool isLookedAt = false;          // the worker came to an end, and found out:
+    Finding finding;
+
+    bool MayBeWritten() const { return status == Status::Done || status == Status::Warned; }
 };
 
 // Runs in the worker: a parse of the document in one of Plugin's ways.
 using Work = std::function<void(const Plugin &, const Document &, const ParseOptions &, Finding *)>;
 
+// Runs in the worker before it looks at the document: opens what there is to be opened, and says what is to be done,
+// one piece after the other. The finding outlives the works.
+using Preparation = std::function<std::vector<Work>(Finding *)>;
+
 // What of a message depends on the command.
 struct Purpose {
-    std::string_view lost;                  // what an error costs: ", nothing written"
-    std::string output = "standard output"; // as a message names it
-    bool isTrace = false;                   // then nobody is sent to vx trace
-    bool isFonts = false;                   // nor to vx fonts
+    std::string_view lost; // what an error costs: ", nothing written"
+    bool isTrace = false;  // then nobody is sent to vx trace
+    bool isFonts = false;  // nor to vx fonts
+};
+
+// A document that a worker interprets.
+struct Interpretation {
+    std::string input;
+    Purpose purpose;
+    size_t size = 0; // bytes of the document
+    std::unique_ptr<Worker> worker;
 };
 
 class Session
@@ -54,18 +73,24 @@ class Session
     // Throws UsageError when there is no plug-in that works.
     Session(const CommonOptions &options, Messages *messages);
 
-    // Opens the document and runs work on it in a worker; tells what went wrong, and every warning. prepare, when
-    // it is set, runs between the two and gives up the document by returning a status other than Done.
-    Verdict Interpret(const std::string &input, const Purpose &purpose, const Work &work,
-                      const std::function<Status()> &prepare = nullptr);
+    // Opens the document, runs work on it in a worker, and tells what there is to tell.
+    Verdict Interpret(const std::string &input, const Purpose &purpose, const Work &work);
+
+    // The same in its parts, for several documents at once. Each returns null when the verdict is final.
+    static std::unique_ptr<Document> Open(const std::string &input, Verdict *verdict);
+    // Works up to the first that fails. The worker may write to the descriptors.
+    std::unique_ptr<Interpretation> Begin(const std::string &input, const Purpose &purpose,
+                                          const Document &document, const Preparation &prepare,
+                                          const std::vector<int> &descriptors, Verdict *verdict);
+    Verdict End(Interpretation *interpretation) const; // of one whose worker has ended
+    void Tell(const std::string &input, const Verdict &verdict);
 
     const FontList &Fonts() const { return *fonts_; } // of this machine
 
   private:
     DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &header) const;
-    Verdict Fail(Status status, const std::string &input, std::string error);
-    Verdict Judge(const std::string &input, const Purpose &purpose, size_t size, Finding finding);
-    WorkerTask TaskFor(const Document &document, const Work &work) const;
+    Verdict Judge(const Interpretation &interpretation, Finding finding) const;
+    WorkerTask TaskFor(const Document &document, const Preparation &prepare) const;
 
     const CommonOptions &options_;
     Messages *messages_;
@@ -73,7 +98,10 @@ class Session
     std::unique_ptr<FontList> fonts_;
 };
 
-// How a message names an input.
+Verdict Failed(Status status, std::string error);
+
+// How a message names them.
 std::string InputName(const std::string &input);
+std::string OutputName(const std::string &output);
 
 } // namespace vxhost

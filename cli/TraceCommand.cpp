@@ -92,7 +92,7 @@ Status TraceCommand::Run(Messages *messages) const
         table.Finish(finding->outcome.result);
         finding->writeError = lines.Finish();
     };
-    return session.Interpret(options.inputs[0], {"", "standard output", true}, work).status;
+    return session.Interpret(options.inputs[0], {"", true}, work).status;
 }
 
 } // namespace vxhost

@@ -67,6 +67,11 @@ std::optional<int32_t> ReadInteger(std::string_view text)
     return ReadAll<int32_t>(text);
 }
 
+std::optional<int64_t> ReadSeconds(std::string_view text)
+{
+    return text.starts_with('-') ? std::nullopt : ReadAll<int64_t>(text);
+}
+
 std::optional<int64_t> ReadSize(std::string_view text)
 {
     const std::string lower = Lower(text);

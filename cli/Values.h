@@ -14,6 +14,7 @@ namespace vxhost
 
 std::optional<double> ReadNumber(std::string_view text);   // finite decimal: 300, 0.5
 std::optional<int32_t> ReadInteger(std::string_view text); // decimal
+std::optional<int64_t> ReadSeconds(std::string_view text); // digits alone
 
 // Bytes, with K, M, G or T as powers of 1024: 512M, 1GiB.
 std::optional<int64_t> ReadSize(std::string_view text);

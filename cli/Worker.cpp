@@ -2,24 +2,25 @@
 
 #include "cli/Interrupt.h"
 #include "cli/OutputFile.h"
+#include "cli/Values.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <climits>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <new>
-#include <optional>
 #include <poll.h>
 #include <string_view>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vxhost
 {
@@ -27,7 +28,7 @@ namespace vxhost
 namespace
 {
 
-using Clock = std::chrono::steady_clock;
+namespace fs = std::filesystem;
 
 constexpr size_t kMaxAnswer = size_t{64} << 20;
 
@@ -54,11 +55,29 @@ void LimitMemory(int64_t bytes)
     (void)setrlimit(RLIMIT_DATA, &limit);
 }
 
+// What this program opened itself is closed on exec; what it was started with is not its own to close.
+void CloseOwnBut(const std::vector<int> &keep)
+{
+    std::vector<int> own;
+    std::error_code failure;
+    for (fs::directory_iterator at("/proc/self/fd", failure), end; !failure && at != end;
+         at.increment(failure)) {
+        const int descriptor = ReadInteger(at->path().filename().string()).value_or(-1);
+        const int flags = fcntl(descriptor, F_GETFD);
+        if (flags > 0 && (flags & FD_CLOEXEC) != 0 && std::ranges::find(keep, descriptor) == keep.end())
+            own.push_back(descriptor);
+    }
+    for (const int descriptor : own)
+        close(descriptor);
+}
+
 // noexcept: an exception that gets here is a bug, and ends as a crash that the parent reports.
-[[noreturn]] void BeWorker(int pipe, pid_t parent, const WorkerLimits &limits,
+[[noreturn]] void BeWorker(int pipe, pid_t parent, const WorkerLimits &limits, std::vector<int> keep,
                            const WorkerTask &task) noexcept
 {
     ForgetInterrupts();
+    keep.push_back(pipe);
+    CloseOwnBut(keep);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent)
         _exit(0);
@@ -77,12 +96,25 @@ void LimitMemory(int64_t bytes)
     _exit(told ? 0 : 1);
 }
 
-// Takes the frames out of what has arrived. False when what came is nothing that a worker sends.
-class FrameReader
+} // namespace
+
+void WorkerLink::Progress(int64_t done, int64_t total)
+{
+    const int percent = total > 0 ? static_cast<int>(std::clamp<int64_t>(done * 100 / total, 0, 100)) : 0;
+    if (percent == percent_)
+        return;
+    percent_ = percent;
+    const char frame[] = {kProgressFrame, static_cast<char>(percent)};
+    (void)WriteAll(descriptor_, {frame, sizeof frame}); // a parent that does not listen misses nothing else
+}
+
+// Takes the frames out of what has arrived.
+class Worker::FrameReader
 {
   public:
-    explicit FrameReader(const std::function<void(int)> *onProgress) : onProgress_(onProgress) {}
+    explicit FrameReader(std::function<void(int)> onProgress) : onProgress_(std::move(onProgress)) {}
 
+    // False when what came is nothing that a worker sends.
     bool Add(std::string_view bytes)
     {
         bytes_ += bytes;
@@ -95,8 +127,8 @@ class FrameReader
             } else if (rest[0] == kProgressFrame) {
                 if (rest.size() < 2)
                     break;
-                if (*onProgress_)
-                    (*onProgress_)(std::clamp<int>(rest[1], 0, 100));
+                if (onProgress_)
+                    onProgress_(std::clamp<int>(rest[1], 0, 100));
                 at += 2;
             } else if (rest[0] == kAnswerFrame) {
                 uint64_t length = 0;
@@ -121,106 +153,115 @@ class FrameReader
     std::optional<std::string> answer;
 
   private:
-    const std::function<void(int)> *onProgress_;
+    std::function<void(int)> onProgress_;
     std::string bytes_;
 };
 
-// Milliseconds to wait: -1 for ever, 0 when the time is over.
-int TimeLeft(const std::optional<Clock::time_point> &deadline)
-{
-    if (!deadline)
-        return -1;
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now()).count();
-    return static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX));
-}
+Worker::Worker() = default;
 
-enum class Listened { ToTheEnd, OutOfTime, Nonsense };
-
-Listened Listen(int pipe, const WorkerLimits &limits, FrameReader *frames)
-{
-    std::optional<Clock::time_point> deadline;
-    if (limits.seconds > 0)
-        deadline = Clock::now() +
-                   std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(limits.seconds));
-    char buffer[1 << 16];
-    while (true) {
-        pollfd ready = {pipe, POLLIN, 0};
-        const int timeout = TimeLeft(deadline);
-        const int count = poll(&ready, 1, timeout);
-        if (count == 0 && TimeLeft(deadline) == 0)
-            return Listened::OutOfTime;
-        if (count <= 0)
-            continue;
-        const ssize_t got = read(pipe, buffer, sizeof buffer);
-        if (got == 0 || (got < 0 && errno != EINTR))
-            return Listened::ToTheEnd;
-        if (got > 0 && !frames->Add({buffer, static_cast<size_t>(got)}))
-            return Listened::Nonsense;
-    }
-}
-
-int WaitFor(pid_t worker)
-{
-    int status = 0;
-    while (waitpid(worker, &status, 0) < 0 && errno == EINTR)
-        continue;
-    return status;
-}
-
-WorkerEnd JudgeEnd(Listened listened, int status, FrameReader &frames)
-{
-    if (listened == Listened::OutOfTime)
-        return {WorkerFate::OutOfTime, "", ""};
-    if (frames.outOfMemory)
-        return {WorkerFate::OutOfMemory, "", ""};
-    if (listened == Listened::Nonsense)
-        return {WorkerFate::Crashed, "", "its answer made no sense"};
-    if (WIFSIGNALED(status))
-        return {WorkerFate::Crashed, "",
-                fmt::format("signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)))};
-    if (!frames.answer || WEXITSTATUS(status) != 0)
-        return {WorkerFate::Crashed, "", fmt::format("ended with {} and no answer", WEXITSTATUS(status))};
-    return {WorkerFate::Finished, std::move(*frames.answer), ""};
-}
-
-} // namespace
-
-void WorkerLink::Progress(int64_t done, int64_t total)
-{
-    const int percent = total > 0 ? static_cast<int>(std::clamp<int64_t>(done * 100 / total, 0, 100)) : 0;
-    if (percent == percent_)
-        return;
-    percent_ = percent;
-    const char frame[] = {kProgressFrame, static_cast<char>(percent)};
-    (void)WriteAll(descriptor_, {frame, sizeof frame}); // a parent that does not listen misses nothing else
-}
-
-WorkerEnd RunWorker(const WorkerLimits &limits, const WorkerTask &task,
-                    const std::function<void(int percent)> &onProgress)
+std::unique_ptr<Worker> Worker::Start(const WorkerLimits &limits, std::vector<int> keep,
+                                      const WorkerTask &task, std::function<void(int)> onProgress,
+                                      std::string *error)
 {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
-        return {WorkerFate::CannotStart, "", SystemText(errno)};
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        *error = SystemText(errno);
+        return nullptr;
+    }
     const pid_t parent = getpid();
-    const pid_t worker = fork();
-    if (worker < 0) {
-        const int error = errno;
-        close(ends[0]);
-        close(ends[1]);
-        return {WorkerFate::CannotStart, "", SystemText(error)};
-    }
-    if (worker == 0) {
-        close(ends[0]);
-        BeWorker(ends[1], parent, limits, task);
-    }
+    const pid_t process = fork();
+    if (process == 0)
+        BeWorker(ends[1], parent, limits, std::move(keep), task);
+    const int failure = errno;
     close(ends[1]);
-    FrameReader frames(&onProgress);
-    const Listened listened = Listen(ends[0], limits, &frames);
-    close(ends[0]);
+    if (process < 0) {
+        close(ends[0]);
+        *error = SystemText(failure);
+        return nullptr;
+    }
+    std::unique_ptr<Worker> worker(new Worker);
+    worker->pipe_ = ends[0];
+    worker->process_ = process;
+    worker->frames_ = std::make_unique<FrameReader>(std::move(onProgress));
+    if (limits.seconds > 0)
+        worker->deadline_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                               std::chrono::duration<double>(limits.seconds));
+    return worker;
+}
+
+Worker::~Worker()
+{
+    if (!end_)
+        (void)WaitForProcess();
+}
+
+bool Worker::WaitForAny(std::span<Worker *const> workers, int also)
+{
+    std::optional<Clock::time_point> deadline;
+    std::vector<pollfd> ready{{also, POLLIN, 0}}; // poll passes over -1
+    for (const Worker *worker : workers) {
+        if (worker->deadline_ && (!deadline || *worker->deadline_ < *deadline))
+            deadline = worker->deadline_;
+        ready.push_back({worker->pipe_, POLLIN, 0});
+    }
+    while (std::ranges::none_of(workers, &Worker::HasEnded) && ready[0].revents == 0) {
+        int timeout = -1;
+        if (deadline) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now()).count();
+            timeout = static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX));
+        }
+        const int count = poll(ready.data(), ready.size(), timeout);
+        for (size_t i = 0; i < workers.size(); ++i) {
+            Worker &worker = *workers[i];
+            if (count > 0 && ready[i + 1].revents != 0)
+                worker.Listen();
+            // Also of one that never stops talking.
+            if (!worker.HasEnded() && worker.deadline_ && *worker.deadline_ <= Clock::now())
+                worker.Conclude(WorkerFate::OutOfTime, "");
+        }
+    }
+    return ready[0].revents != 0;
+}
+
+void Worker::Listen()
+{
+    char buffer[1 << 16];
+    const ssize_t got = read(pipe_, buffer, sizeof buffer);
+    if (got == 0 || (got < 0 && errno != EINTR))
+        Conclude(WorkerFate::Finished, "");
+    else if (got > 0 && !frames_->Add({buffer, static_cast<size_t>(got)}))
+        Conclude(WorkerFate::Crashed, "its answer made no sense");
+}
+
+// fate is what it looks like from here; how the process ended has its say.
+void Worker::Conclude(WorkerFate fate, const std::string &crash)
+{
+    const int status = WaitForProcess();
+    if (fate == WorkerFate::OutOfTime)
+        end_ = {fate, "", ""};
+    else if (frames_->outOfMemory)
+        end_ = {WorkerFate::OutOfMemory, "", ""};
+    else if (fate == WorkerFate::Crashed)
+        end_ = {fate, "", crash};
+    else if (WIFSIGNALED(status))
+        end_ = {WorkerFate::Crashed, "",
+                fmt::format("signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)))};
+    else if (!frames_->answer || WEXITSTATUS(status) != 0)
+        end_ = {WorkerFate::Crashed, "", fmt::format("ended with {} and no answer", WEXITSTATUS(status))};
+    else
+        end_ = {fate, std::move(*frames_->answer), ""};
+}
+
+int Worker::WaitForProcess()
+{
+    close(pipe_);
     // Also when it closed its end: one that goes on without it would be waited for in vain. How a process that
     // is ending already ended does not change.
-    kill(worker, SIGKILL);
-    return JudgeEnd(listened, WaitFor(worker), frames);
+    kill(process_, SIGKILL);
+    int status = 0;
+    while (waitpid(process_, &status, 0) < 0 && errno == EINTR)
+        continue;
+    return status;
 }
 
 } // namespace vxhost

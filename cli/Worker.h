@@ -1,12 +1,19 @@
 // One piece of work in a process of its own, so that a crash, an endless loop or a hunger for memory costs
 // that piece alone.
 //
-// The work answers with bytes through a pipe. What comes through it is judged, never trusted.
+// The work answers with bytes through a pipe. What comes through it is judged, never trusted. One thread looks after
+// any number of workers.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <optional>
+#include <span>
 #include <string>
+#include <sys/types.h>
+#include <vector>
 
 namespace vxhost
 {
@@ -16,12 +23,12 @@ struct WorkerLimits {
     int64_t memory = int64_t{1} << 30; // bytes of data, beside what is only mapped from files; 0: none
 };
 
-enum class WorkerFate { Finished, Crashed, OutOfTime, OutOfMemory, CannotStart };
+enum class WorkerFate { Finished, Crashed, OutOfTime, OutOfMemory };
 
 struct WorkerEnd {
     WorkerFate fate = WorkerFate::Crashed;
     std::string answer; // of a finished one
-    std::string detail; // of a crashed one, or one that did not start: how, as the rest of a message
+    std::string detail; // of a crashed one: how, as the rest of a message
 };
 
 // The worker's side of the pipe.
@@ -38,8 +45,40 @@ class WorkerLink
 
 using WorkerTask = std::function<std::string(WorkerLink &)>;
 
-WorkerEnd RunWorker(const WorkerLimits &limits, const WorkerTask &task,
-                    const std::function<void(int percent)> &onProgress);
+class Worker
+{
+  public:
+    // Null when there can be no process; error is then the system's words for why. Of what this program opened the
+    // worker holds its own pipe and the descriptors of keep, nothing that belongs to another piece of work.
+    static std::unique_ptr<Worker> Start(const WorkerLimits &limits, std::vector<int> keep,
+                                         const WorkerTask &task, std::function<void(int percent)> onProgress,
+                                         std::string *error);
+    Worker(const Worker &) = delete;
+    Worker &operator=(const Worker &) = delete;
+    ~Worker(); // ends the process if it still runs
+
+    // Waits until one of the workers has ended, or there is something to read from also, if that is not -1. True when
+    // there is.
+    static bool WaitForAny(std::span<Worker *const> workers, int also = -1);
+
+    bool HasEnded() const { return end_.has_value(); }
+    WorkerEnd TakeEnd() { return std::move(*end_); } // of one that has
+
+  private:
+    class FrameReader;
+    using Clock = std::chrono::steady_clock;
+
+    Worker();
+    void Listen();
+    void Conclude(WorkerFate fate, const std::string &crash);
+    int WaitForProcess();
+
+    int pipe_ = -1;
+    pid_t process_ = -1;
+    std::optional<Clock::time_point> deadline_;
+    std::unique_ptr<FrameReader> frames_;
+    std::optional<WorkerEnd> end_;
+};
 
 // False where the memory limit cannot be set: a program under a memory checker needs its address space.
 constexpr bool MemoryLimitWorks()

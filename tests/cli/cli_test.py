@@ -14,14 +14,15 @@ import sys
 import time
 import unittest
 
-from vxcommand import CommandTest, LEFT_HALF, Png, SANITIZED, document
+from vxcommand import CommandTest, LEFT_HALF, Png, SANITIZED, WITHOUT_UNNAMED, document
 
 SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../samples")
 
 
 class Usage(CommandTest):
     def test_help_shows_examples(self):
-        for words in (["--help"], ["-h"], ["info", "--help"], ["render", "-h"], ["trace", "--help"]):
+        for words in (["--help"], ["-h"], ["info", "--help"], ["render", "-h"], ["trace", "--help"], ["fonts", "-h"],
+                      ["batch", "--help"]):
             output, messages = self.run_vx(*words)
             self.assertIn(b"Examples:\n  vx ", output, words)
             self.assertIn(b"Usage: vx ", output, words)
@@ -58,11 +59,22 @@ class Usage(CommandTest):
         (["render", "a.vx"], "add -o"),
         (["render", "-o", "a.png"], "no FILE"),
         (["render", "a.vx", "-o", "a.png", "-o", "b.png"], "more than once"),
-        (["render", "a.vx", "-o", "a.pdf"], "pdf output is not in this version"),
-        (["render", "a.vx", "-o", "a"], "pass -f png"),
-        (["render", "a.vx", "-o", "-"], "pass -f png"),
-        (["render", "a.vx", "-o", "a.svg"], "svg output is not in this version"),
-        (["render", "a.vx", "-f", "gif", "-o", "a.gif"], "--format gif"),
+        (["render", "a.vx", "-f", "gif", "-o", "a.gif"], "--format gif: not known"),
+        (["render", "a.vx", "-f", "png,", "-o", "{ext}"], "--format png,: not known"),
+        (["render", "a.vx", "-f", "png,pdf,png", "-o", "{ext}"], "given twice"),
+        (["render", "a.vx", "-f", "png,pdf", "-o", "a.png"], 'as -o \'{stem}.{ext}\''),
+        (["render", "a.vx", "-o", "a.JPG"], "no jpg is written here"),
+        (["render", "a.vx", "-o", "a.pdf", "--dpi", "72"], "--dpi is for png, and pdf is written"),
+        (["render", "a.vx", "-f", "svg,pdf", "-o", "{ext}", "--fit", "9"], "and pdf and svg is written"),
+        (["render", "a.vx", "-o", "a.pdf", "--overprint", "ignore"], "--overprint is for svg and png"),
+        (["render", "a.vx", "-o", "a.png", "--text", "outlines"], "--text is for pdf and svg, and png is written"),
+        (["render", "a.vx", "-o", "a.png", "--pdf-x", "x3"], "--pdf-x is for pdf, and png is written"),
+        (["render", "a.vx", "-o", "a.pdf", "--intent", "relative"], "--intent is for svg and png"),
+        (["render", "a.vx", "-o", "a.pdf", "--profile", "fogra39"], "or add --pdf-x"),
+        (["render", "a.vx", "-o", "a.pdf", "--profile", "none", "--pdf-x", "x3"], "--pdf-x and --profile none"),
+        (["render", "a.vx", "-o", "a.pdf", "--pdf-x", "x4"], "--pdf-x x4"),
+        (["render", "a.vx", "-o", "a.pdf", "--text", "runes"], "--text runes"),
+        (["render", "a.vx", "-o", "a.png", "--dpi", ""], "the value is empty"),
         (["render", "a.vx", "-o", "a.vx"], "overwrite the input"),
         (["render", "a.vx", "-f", "png", "-o", "./../{dir}/a.vx", "--box", "1"], "--box 1"),
         (["render", "a.vx", "b.vx", "-o", "a.png"], "would both be written"),
@@ -84,14 +96,26 @@ class Usage(CommandTest):
         (["render", "a.vx", "-o", "a.png", "--overprint", "on"], "--overprint on"),
         (["render", "a.vx", "-o", "a.png", "--samples", "3"], "--samples 3"),
         (["render", "a.vx", "-o", "a.png", "--script", "greek"], "--script greek"),
-        (["render", "a.vx", "-o", "a.png", "--text", "outlines"], "--text is not in this version"),
-        (["render", "a.vx", "-o", "a.png", "--pdf-x", "x3"], "--pdf-x is not in this version"),
         (["render", "a.vx", "-o", "a.png", "--font-dir", "none"], "--font-dir none: no such directory"),
         (["render", "a.vx", "-o", "a.png", "--font-map", "none"], "none: cannot be read"),
         (["render", "a.vx", "-o", "a.png", "--missing-fonts", "hide"], "--missing-fonts hide: not known"),
         (["fonts", "--list", "a.vx"], "--list and FILE"),
         (["fonts"], "no FILE"),
+        (["batch", "-", "-"], "standard input can be read once"),
+        (["batch", "-", "-j", "0"], "--jobs 0"),
+        (["batch", "-", "-j", "many"], "--jobs many"),
+        (["batch", "-", "-f", "gif"], "--format gif"),
+        (["batch", "-", "--box", "1"], "--box 1"),
+        (["batch", "-", "--profile", "a.vx"], "a.vx"),
     ]
+
+    def test_a_source_date_must_be_one(self):
+        self.write("a.vx", document())
+        for date in ("", "soon", "-1", "1.5", "999999999999999", "99999999999999999999"):
+            with self.subTest(date=date):
+                told = self.refused("render", "a.vx", "-o", "a.pdf", status=2, environment={"SOURCE_DATE_EPOCH": date})
+                self.assertIn(f'SOURCE_DATE_EPOCH "{date}"', told)
+                self.assertEqual(self.files(), ["a.vx"])
 
     def test_wrong_command_lines_are_told_in_one_line(self):
         self.write("a.vx", document())
@@ -363,6 +387,65 @@ class Render(CommandTest):
             os.close(near)
 
 
+class Formats(CommandTest):
+    # The words, the files that they write, and how each of them begins.
+    BEGINNINGS = {"pdf": b"%PDF-1.", "svg": b"<", "png": b"\x89PNG\r\n\x1a\n"}
+    CHOICES = [
+        (["-o", "b.pdf"], {"b.pdf": "pdf"}),
+        (["-o", "b.svg"], {"b.svg": "svg"}),
+        (["-o", "b.PNG"], {"b.PNG": "png"}),
+        (["-o", "b"], {"b": "pdf"}),
+        (["-o", "b.v2"], {"b.v2": "pdf"}),
+        (["-o", "b.png", "-f", "svg"], {"b.png": "svg"}),
+        (["-o", "b.jpg", "-f", "pdf"], {"b.jpg": "pdf"}),
+        (["-o", "b.{ext}", "-f", "pdf,svg,png"], {"b.pdf": "pdf", "b.svg": "svg", "b.png": "png"}),
+        (["-o", ".", "-f", "png,pdf"], {"a.png": "png", "a.pdf": "pdf"}),
+    ]
+
+    def test_the_name_or_the_option_decides(self):
+        for words, files in self.CHOICES:
+            with self.subTest(words=words):
+                self.write("a.vx", document())
+                self.assertEqual(self.run_vx("render", "a.vx", *words), (b"", []))
+                self.assertEqual(self.files(), sorted([*files, "a.vx"]))
+                for name, kind in files.items():
+                    self.assertTrue(self.read(name).startswith(self.BEGINNINGS[kind]), name)
+                    os.remove(self.path(name))
+
+    def test_an_option_for_one_of_several_formats(self):
+        self.run_vx("render", "-", "-f", "svg,png", "-o", "b.{ext}", "--dpi", "72", "--text", "outlines",
+                    stdin=document())
+        self.assertEqual(Png(self.read("b.png")).width, 72)
+        self.assertEqual(self.files(), ["b.png", "b.svg"])
+
+    def test_in_a_pipe(self):
+        for kind, beginning in self.BEGINNINGS.items():
+            output, messages = self.run_vx("render", "-", "-f", kind, "-o", "-", stdin=document())
+            self.assertTrue(output.startswith(beginning), kind)
+            self.assertEqual(messages, [])
+
+    def test_warnings_of_several_formats_are_told_once(self):
+        self.write("a.vx", document("1 2 Qx\n" + LEFT_HALF))
+        self.assertEqual(len(self.run_vx("render", "a.vx", "-f", "png,pdf,svg", "-o", "{ext}")[1]), 1)
+
+    def test_all_formats_or_none(self):
+        os.mkdir(self.path("b.png"))
+        os.mkdir(self.path("b.png/c"))
+        self.write("a.vx", document())
+        self.assertIn("b.png: is a directory", self.refused("render", "a.vx", "-f", "pdf,png", "-o", "b.{ext}", status=4))
+        self.assertEqual(self.files(), ["a.vx", "b.png"])
+        self.assertIn("too large", self.refused("render", "a.vx", "-f", "pdf,png", "-o", "c.{ext}", "--dpi", "99999",
+                                                status=5))
+        self.assertEqual(self.files(), ["a.vx", "b.png"])
+
+    def test_same_input_same_bytes(self):
+        self.write("a.vx", document())
+        for kind in self.BEGINNINGS:
+            first = self.run_vx("render", "a.vx", "-f", kind, "-o", "-")[0]
+            time.sleep(1.1)  # a date of today would tell
+            self.assertEqual(self.run_vx("render", "a.vx", "-f", kind, "-o", "-")[0], first, kind)
+
+
 class Outputs(CommandTest):
     def setUp(self):
         super().setUp()
@@ -417,6 +500,18 @@ class Outputs(CommandTest):
         os.chmod(self.path("new.png"), 0o604)
         self.run_vx("render", "a.vx", "-o", "new.png")
         self.assertEqual(stat.S_IMODE(os.stat(self.path("new.png")).st_mode), 0o604)
+
+    def test_where_every_file_has_a_name(self):
+        for name, before in [("new.png", None), ("old.png", b"old")]:
+            if before:
+                self.write(name, before)
+            self.run_vx("render", "a.vx", "-o", name, environment=WITHOUT_UNNAMED)
+            self.assertEqual(Png(self.read(name)).width, 150)
+        self.assertEqual(self.files(), ["a.vx", "new.png", "old.png"])
+        self.run_vx("render", "a.vx", "-f", "png", "-o", "-", environment=WITHOUT_UNNAMED)
+        self.write("bad.vx", document("0 1 k\n"))
+        self.refused("render", "bad.vx", "-o", "old.png", status=1, environment=WITHOUT_UNNAMED)
+        self.assertEqual(self.files(), ["a.vx", "bad.vx", "new.png", "old.png"])
 
     def test_a_link_stays_a_link(self):
         self.write("target.png", b"old")
@@ -636,21 +731,41 @@ class Worker(CommandTest):
         messages = self.run_vx("info", "no.vx", "a.vx", "b.vx", status=6, hostile="crash")[1]
         self.assertEqual(len(messages), 3)
 
+    def start_loop(self, **options):
+        """A rendering that never ends, when its worker is at work."""
+        process = self.start("render", "a.vx", "-o", "a.png", hostile="loop", **options)
+        for _ in range(600):
+            if os.path.exists(self.path("worker.pid")) and self.read("worker.pid").endswith(b"\n"):
+                return process
+            time.sleep(0.05)
+        self.fail("the worker does not start")
+
     def test_interrupts_leave_nothing(self):
-        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-            with self.subTest(signal=number):
-                process = self.start("render", "a.vx", "-o", "a.png", hostile="loop")
-                for _ in range(600):
-                    if os.path.exists(self.path("worker.pid")) and self.read("worker.pid").endswith(b"\n"):
-                        break
-                    time.sleep(0.05)
-                self.assertTrue(any(name.endswith(".part") for name in self.files()), self.files())
-                process.send_signal(number)
-                errors = process.communicate(timeout=60)[1]
-                self.assertEqual((process.returncode, errors), (130, b""))
-                self.assertEqual(self.files(), ["a.vx", "worker.pid"])
-                self.assert_worker_gone()
-                os.remove(self.path("worker.pid"))
+        for preload in ({}, WITHOUT_UNNAMED):
+            for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+                with self.subTest(signal=number, preload=preload):
+                    process = self.start_loop(environment=preload)
+                    if preload:
+                        self.assertTrue(any(name.endswith(".part") for name in self.files()), self.files())
+                    process.send_signal(number)
+                    errors = process.communicate(timeout=60)[1]
+                    self.assertEqual((process.returncode, errors), (130, b""))
+                    self.assertEqual(self.files(), ["a.vx", "worker.pid"])
+                    self.assert_worker_gone()
+                    os.remove(self.path("worker.pid"))
+
+    def test_an_end_by_force_leaves_nothing(self):
+        try:
+            os.close(os.open(self.folder, os.O_TMPFILE | os.O_RDWR, 0o600))
+        except OSError:
+            self.skipTest("this file system cannot make files without a name")
+        self.write("a.png", b"old")
+        process = self.start_loop()
+        process.kill()
+        process.communicate(timeout=60)
+        self.assert_worker_gone()
+        self.assertEqual(self.files(), ["a.png", "a.vx", "worker.pid"])
+        self.assertEqual(self.read("a.png"), b"old")
 
 
 if __name__ == "__main__":

@@ -8,6 +8,8 @@ import zlib
 
 VX = os.environ["VX"]
 HOSTILE = os.environ["VX_HOSTILE_PLUGIN"]
+# For the environment of a command: the file system seems to be one where every file has a name.
+WITHOUT_UNNAMED = {"LD_PRELOAD": os.environ["VX_WITHOUT_UNNAMED"], "ASAN_OPTIONS": "verify_asan_link_order=0"}
 SANITIZED = os.environ.get("VX_SANITIZED", "0") not in ("", "0")
 
 HEADER = """%!PS-Tavro-3.0
@@ -95,8 +97,8 @@ class CommandTest(unittest.TestCase):
     def files(self):
         return sorted(os.listdir(self.folder))
 
-    def start(self, *words, hostile=None, **options):
-        environment = dict(os.environ)
+    def start(self, *words, hostile=None, environment=None, **options):
+        environment = {**os.environ, **(environment or {})}
         if hostile is not None:
             environment["VX_HOSTILE"] = hostile
             environment["VX_HOSTILE_PID"] = self.path("worker.pid")

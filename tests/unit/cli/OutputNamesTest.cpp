@@ -18,6 +18,8 @@ namespace
 
 namespace fs = std::filesystem;
 
+constexpr Format kPngAlone[] = {Format::Png};
+
 struct NameCase {
     const char *pattern;
     const char *input;
@@ -41,7 +43,7 @@ const NameCase kNames[] = {
 TEST(OutputNamesTest, FillTheirPattern)
 {
     for (const NameCase &name : kNames)
-        EXPECT_EQ(OutputNames(name.pattern, {name.input}, "png"), std::vector<std::string>{name.output})
+        EXPECT_EQ(OutputNames(name.pattern, {name.input}, kPngAlone), std::vector<std::string>{name.output})
             << name.pattern;
 }
 
@@ -65,25 +67,34 @@ class OutputNamesOnDisk : public testing::Test
 
 TEST_F(OutputNamesOnDisk, AFolderGetsTheStem)
 {
-    EXPECT_EQ(OutputNames(folder_.string(), {"in/b.vx"}, "png"), std::vector<std::string>{In("b.png")});
+    EXPECT_EQ(OutputNames(folder_.string(), {"in/b.vx"}, kPngAlone), std::vector<std::string>{In("b.png")});
 }
 
 TEST_F(OutputNamesOnDisk, AnInputIsNotOverwritten)
 {
-    EXPECT_THROW(OutputNames(In("a.vx"), {In("a.vx")}, "png"), UsageError);
-    EXPECT_THROW(OutputNames(In("./{stem}.vx"), {In("a.vx")}, "png"), UsageError);
+    EXPECT_THROW(OutputNames(In("a.vx"), {In("a.vx")}, kPngAlone), UsageError);
+    EXPECT_THROW(OutputNames(In("./{stem}.vx"), {In("a.vx")}, kPngAlone), UsageError);
     fs::create_symlink(folder_ / "a.vx", folder_ / "link.png");
-    EXPECT_THROW(OutputNames(In("link.png"), {In("a.vx")}, "png"), UsageError);
-    EXPECT_NO_THROW(OutputNames(In("a.png"), {In("a.vx")}, "png"));
+    EXPECT_THROW(OutputNames(In("link.png"), {In("a.vx")}, kPngAlone), UsageError);
+    EXPECT_NO_THROW(OutputNames(In("a.png"), {In("a.vx")}, kPngAlone));
 }
 
 TEST_F(OutputNamesOnDisk, TwoInputsDoNotShareAnOutput)
 {
-    EXPECT_THROW(OutputNames("out.png", {"a.vx", "b.vx"}, "png"), UsageError);
-    EXPECT_THROW(OutputNames("-", {"a.vx", "b.vx"}, "png"), UsageError);
-    EXPECT_THROW(OutputNames("{stem}.png", {"x/a.vx", "y/a.vx"}, "png"), UsageError);
-    EXPECT_THROW(OutputNames("{stem}.png", {"a.vx", "a.vx"}, "png"), UsageError);
-    EXPECT_NO_THROW(OutputNames("{dir}/{stem}.png", {"x/a.vx", "y/a.vx"}, "png"));
+    EXPECT_THROW(OutputNames("out.png", {"a.vx", "b.vx"}, kPngAlone), UsageError);
+    EXPECT_THROW(OutputNames("-", {"a.vx", "b.vx"}, kPngAlone), UsageError);
+    EXPECT_THROW(OutputNames("{stem}.png", {"x/a.vx", "y/a.vx"}, kPngAlone), UsageError);
+    EXPECT_THROW(OutputNames("{stem}.png", {"a.vx", "a.vx"}, kPngAlone), UsageError);
+    EXPECT_NO_THROW(OutputNames("{dir}/{stem}.png", {"x/a.vx", "y/a.vx"}, kPngAlone));
+}
+
+TEST(OutputNamesTest, FollowTheFormatsOfEachInput)
+{
+    constexpr Format kTwo[] = {Format::Pdf, Format::Svg};
+    EXPECT_EQ(OutputNames("{stem}.{ext}", {"a.vx", "b.vx"}, kTwo),
+              (std::vector<std::string>{"a.pdf", "a.svg", "b.pdf", "b.svg"}));
+    EXPECT_THROW(OutputNames("{stem}.pdf", {"a.vx"}, kTwo), UsageError);
+    EXPECT_THROW(OutputNames("x.{ext}", {"a.vx", "b.vx"}, kTwo), UsageError);
 }
 
 } // namespace

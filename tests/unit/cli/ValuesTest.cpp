@@ -21,6 +21,14 @@ TEST(ReadNumberTest, TakesPlainDecimalsOnly)
         EXPECT_EQ(ReadNumber(text), std::nullopt) << text;
 }
 
+TEST(ReadSecondsTest, TakesDigitsOnly)
+{
+    EXPECT_EQ(ReadSeconds("0"), 0);
+    EXPECT_EQ(ReadSeconds("4102444800"), 4102444800); // past 32 bits
+    for (const char *text : {"", "-1", "+1", " 1", "1 ", "1.0", "0x1", "9223372036854775808"})
+        EXPECT_EQ(ReadSeconds(text), std::nullopt) << text;
+}
+
 struct SizeCase {
     const char *text;
     std::optional<int64_t> bytes;

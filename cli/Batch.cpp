@@ -1,0 +1,245 @@
+#include "cli/Batch.h"
+
+#include "cli/FactsJson.h"
+#include "cli/OutputFile.h"
+#include "cli/OutputNames.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <string_view>
+#include <unistd.h>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+constexpr size_t kMaxSlots = 1000; // so many may wait for the one that takes longest
+
+std::string_view NameOf(Status status)
+{
+    switch (status) {
+    case Status::Done:
+        return "done";
+    case Status::Warned:
+        return "warned";
+    case Status::OutputFailed:
+        return "not written";
+    case Status::LimitHit:
+        return "limit";
+    case Status::WorkerCrashed:
+        return "crashed";
+    default:
+        return "failed";
+    }
+}
+
+// A picture takes the place of a picture, never that of a drawing, which may be the only one of its kind.
+bool IsDrawing(const std::string &path)
+{
+    std::error_code failure;
+    std::string error;
+    if (!fs::is_regular_file(path, failure))
+        return false;
+    const std::unique_ptr<Document> document = Document::Open(path, &error);
+    if (document == nullptr)
+        return false;
+    const HeaderFacts facts = ScanHeader(document->Bytes());
+    return facts.hasPrefix || facts.epsWrapper;
+}
+
+} // namespace
+
+Batch::Batch(BatchOptions options, Session *session, Messages *messages)
+    : options_(std::move(options)), session_(session), messages_(messages), manifest_(options_.manifests)
+{
+}
+
+Status Batch::Run()
+{
+    while (true) {
+        const bool isDry = StartWhatFits();
+        if (!PrintWhatIsDue())
+            return Worst(worst_, Status::OutputFailed);
+        if (isDry && slots_.empty() && manifest_.AtEnd()) {
+            messages_->EraseProgress();
+            return worst_;
+        }
+        if (!isDry && HasRoom())
+            continue;
+        ShowProgress();
+        if (Worker::WaitForAny(Workers(), HasRoom() ? manifest_.Descriptor() : -1))
+            manifest_.Read();
+        FinishWhatEnded();
+    }
+}
+
+bool Batch::HasRoom() const
+{
+    return running_ < options_.jobs && slots_.size() < kMaxSlots;
+}
+
+// True when nothing is left of what has been read of the manifests.
+bool Batch::StartWhatFits()
+{
+    while (HasRoom()) {
+        std::optional<ManifestEntry> entry = manifest_.Next();
+        if (entry)
+            Start(std::move(*entry));
+        else if (manifest_.AtEnd() || manifest_.Descriptor() >= 0)
+            return true;
+        else
+            manifest_.Read();
+    }
+    return false;
+}
+
+void Batch::Start(ManifestEntry entry)
+{
+    Slot &slot = slots_.emplace_back();
+    slot.number = ++started_;
+    slot.entry = std::move(entry);
+    try {
+        if (!slot.entry.error.empty())
+            throw UsageError(slot.entry.error);
+        slot.rendering = std::make_unique<Rendering>(PlanFor(slot), session_);
+        ++running_;
+    } catch (const UsageError &error) {
+        const bool hasLine = slot.entry.line > 0;
+        slot.verdict =
+            Failed(Status::InputFailed,
+                   hasLine ? fmt::format("line {}: {}", slot.entry.line, error.what()) : error.what());
+        if (!slot.entry.manifest.empty())
+            slot.verdict->errorSubject = InputName(slot.entry.manifest);
+    }
+    if (slot.rendering != nullptr && slot.rendering->Running() == nullptr)
+        FinishWhatEnded();
+}
+
+// Throws UsageError.
+RenderTask Batch::PlanFor(const Slot &slot)
+{
+    const ManifestEntry &entry = slot.entry;
+    const std::string &pattern = entry.output.empty() ? options_.output : entry.output;
+    if (pattern.empty())
+        throw UsageError("no output: add \"output\" to the line, or give -o");
+    const RenderWords words = options_.words.OverriddenBy(entry.words);
+    // What a line says of its own output is nearer to it than what was said of all.
+    const bool namesFormat = entry.words.format.empty() && FormatOfName(entry.output);
+    const std::vector<Format> formats = ReadFormats(namesFormat ? "" : words.format, pattern);
+    // What was said of all documents is for those that it means something for.
+    RenderWords said = entry.words;
+    if (std::ranges::find(formats, Format::Pdf) != formats.end())
+        said.pdfX = words.pdfX;
+    said.CheckMeant(formats);
+
+    RenderTask task = {entry.input, {}, {}};
+    task.settings = entry.words == RenderWords() ? options_.settings : ReadSettings(words, options_.memory);
+    for (const Format format : formats)
+        task.outputs.push_back({format, FillPattern(pattern, entry.input, format)});
+    ClaimOutputs(task, slot.number);
+    return task;
+}
+
+void Batch::ClaimOutputs(const RenderTask &task, size_t number)
+{
+    std::vector<uint64_t> places;
+    for (const RenderTask::Output &output : task.outputs) {
+        if (output.path == "-")
+            throw UsageError("standard output is for the results: name a file");
+        if (IsDrawing(output.path))
+            throw UsageError(
+                fmt::format("would overwrite the drawing \"{}\": choose another name", output.path));
+        places.push_back(std::hash<std::string>()(PlaceOf(output.path)));
+        const auto writer = writers_.find(places.back());
+        const bool isOwn = std::count(places.begin(), places.end(), places.back()) > 1;
+        if (isOwn || writer != writers_.end())
+            throw UsageError(fmt::format(
+                "would be written to \"{}\", as {} is: name each after its input and its "
+                "format, as '{{dir}}/{{stem}}.{{ext}}'",
+                output.path, isOwn ? "another of its formats" : fmt::format("document {}", writer->second)));
+    }
+    for (const uint64_t place : places)
+        writers_.emplace(place, number);
+}
+
+void Batch::FinishWhatEnded()
+{
+    for (Slot &slot : slots_) {
+        if (slot.rendering == nullptr)
+            continue;
+        const Worker *worker = slot.rendering->Running();
+        if (worker != nullptr && !worker->HasEnded())
+            continue;
+        slot.verdict = slot.rendering->Finish();
+        slot.rendering.reset();
+        --running_;
+    }
+}
+
+std::vector<Worker *> Batch::Workers() const
+{
+    std::vector<Worker *> workers;
+    for (const Slot &slot : slots_) {
+        if (slot.rendering != nullptr)
+            workers.push_back(slot.rendering->Running());
+    }
+    return workers;
+}
+
+// False when the results can be written no longer.
+bool Batch::PrintWhatIsDue()
+{
+    for (; !slots_.empty() && slots_.front().verdict; slots_.pop_front()) {
+        const Slot &slot = slots_.front();
+        const ManifestEntry &entry = slot.entry;
+        const Verdict &verdict = *slot.verdict;
+        session_->Tell(entry.input, verdict);
+
+        nlohmann::ordered_json json;
+        json["number"] = slot.number;
+        if (!entry.manifest.empty()) {
+            json["manifest"] = entry.manifest;
+            json["line"] = entry.line;
+        }
+        if (!entry.id.empty())
+            json["id"] = nlohmann::ordered_json::parse(entry.id);
+        if (entry.input.empty())
+            json["input"] = nullptr;
+        else
+            json["input"] = entry.input;
+        json["outputs"] = verdict.written;
+        json["status"] = NameOf(verdict.status);
+        json["exit"] = static_cast<int>(verdict.status);
+        if (!verdict.error.empty())
+            json["error"] = (verdict.errorSubject.empty() ? "" : verdict.errorSubject + ": ") + verdict.error;
+        json["warnings"] = verdict.warnings;
+        if (verdict.isLookedAt)
+            AddFacts(verdict.finding, &json);
+        if (!WriteAll(STDOUT_FILENO, JsonLine(json))) {
+            if (errno != EPIPE)
+                messages_->Error("standard output", "cannot be written, " + SystemText(errno));
+            return false;
+        }
+        ++printed_;
+        failed_ += verdict.MayBeWritten() ? 0 : 1;
+        worst_ = Worst(worst_, verdict.status);
+    }
+    return true;
+}
+
+void Batch::ShowProgress()
+{
+    messages_->Progress(fmt::format("{} done, {} failed, {} at work", printed_ - failed_, failed_, running_));
+}
+
+} // namespace vxhost

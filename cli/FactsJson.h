@@ -1,0 +1,18 @@
+// What is known of a document, as JSON: the same names wherever it is told.
+#pragma once
+
+#include "cli/Session.h"
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace vxhost
+{
+
+// Whether it is a VX document; if so, what it is, what it uses, what serves its fonts and what was reported.
+void AddFacts(const Finding &finding, nlohmann::ordered_json *json);
+
+// One line. Bytes that are not UTF-8 become U+FFFD.
+std::string JsonLine(const nlohmann::ordered_json &json);
+
+} // namespace vxhost

@@ -1,0 +1,52 @@
+// One document on its way to its outputs: interpreted in a worker process, each output whole or not at all.
+#pragma once
+
+#include "cli/Format.h"
+#include "cli/OutputFile.h"
+#include "cli/RenderSettings.h"
+#include "cli/Session.h"
+#include "cli/Worker.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vxhost
+{
+
+struct RenderTask {
+    struct Output {
+        Format format;
+        std::string path; // "-" is standard output
+    };
+    std::string input;
+    std::vector<Output> outputs; // of different places; at least one
+    RenderSettings settings;
+};
+
+class Rendering
+{
+  public:
+    // Opens the document and its outputs, and starts the worker. The session must outlive this object.
+    Rendering(RenderTask task, Session *session);
+
+    // Null when there is nothing to wait for.
+    Worker *Running() const { return interpretation_ == nullptr ? nullptr : interpretation_->worker.get(); }
+
+    // When the worker has ended: puts the outputs in their place. Nothing has been told yet.
+    Verdict Finish();
+
+    const RenderTask &Task() const { return task_; }
+
+  private:
+    bool OpenOutputs();
+    std::vector<Work> MakeWorks(Finding *finding) const;
+
+    RenderTask task_;
+    Session *session_;
+    std::vector<std::unique_ptr<OutputFile>> files_;
+    std::unique_ptr<Interpretation> interpretation_;
+    Verdict verdict_;
+};
+
+} // namespace vxhost

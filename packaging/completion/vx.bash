@@ -1,0 +1,61 @@
+# bash completion of vx: commands, options, their values, names of files.
+
+_vx()
+{
+    local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+    local every='--plugin --max-time --max-memory --progress --font-dir --font-map --no-system-fonts --missing-fonts
+        --script --strict --quiet --verbose --help'
+    local picture='--output --format --dpi --zoom --width --height --fit --background --box --profile --intent
+        --overprint --samples --text --pdf-x'
+    local words= files=-f
+
+    # "--option=value" comes in three words.
+    if [[ $word == '=' ]]; then
+        word=
+    elif [[ $before == '=' ]]; then
+        before=${COMP_WORDS[COMP_CWORD - 2]}
+    fi
+
+    case $before in
+    -f | --format)
+        # Several, with commas between them.
+        local list=
+        [[ $word == *,* ]] && list=${word%,*},
+        words="${list}pdf ${list}svg ${list}png" files=
+        ;;
+    --intent) words='relative perceptual' files= ;;
+    --overprint) words='simulate ignore' files= ;;
+    --samples) words='1 2 4 8' files= ;;
+    --text) words='text outlines' files= ;;
+    --pdf-x) words='x1a x3 none' files= ;;
+    --script) words='auto roman japanese chinese korean' files= ;;
+    --missing-fonts) words='substitute fail' files= ;;
+    --progress) words='auto never always' files= ;;
+    --box) words='bbox' files= ;;
+    -b | --background) words='none white black' files= ;;
+    --profile) words='fogra39 none' ;;
+    --font-dir) files=-d ;;
+    -r | --dpi | -z | --zoom | --width | --height | --fit | -j | --jobs | --max-time | --max-memory) files= ;;
+    -o | --output | --plugin | --font-map) ;;
+    *)
+        if ((COMP_CWORD == 1)); then
+            words='info render trace fonts batch --help --version' files=
+        elif [[ $word == -* ]]; then
+            files=
+            case ${COMP_WORDS[1]} in
+            info | trace) words="--json $every" ;;
+            fonts) words="--list --json $every" ;;
+            render) words="$picture $every" ;;
+            batch) words="--jobs $picture $every" ;;
+            esac
+        fi
+        ;;
+    esac
+
+    mapfile -t COMPREPLY < <(
+        compgen -W "$words" -- "$word"
+        [[ -z $files ]] || compgen "$files" -- "$word"
+    )
+    # Names get what a shell needs around them; outside of a completion there is nothing to say it to.
+    [[ -z $files ]] || compopt -o filenames 2>/dev/null || true
+} && complete -F _vx vx

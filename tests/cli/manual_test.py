@@ -1,0 +1,163 @@
+"""What the command says of itself in several places is the same in all of them: help, manual pages, completion."""
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from vxcommand import CommandTest, VX, document
+
+SOURCE = os.environ["VX_SOURCE_DIR"]
+COMMANDS = ["info", "render", "trace", "fonts", "batch"]
+COMMON = "--plugin"  # the first of those that every command has
+
+
+def text_of(*path):
+    with open(os.path.join(SOURCE, *path), encoding="utf-8") as file:
+        return file.read()
+
+
+def help_of(*command):
+    return subprocess.run([VX, *command, "--help"], capture_output=True, text=True, check=True).stdout
+
+
+def helped_options(*command):
+    """Both spellings of every option, as {"-f", "--format", ...}."""
+    lines = re.findall(r"^  ((?:-\w,)?--[\w-]+)", help_of(*command), re.MULTILINE)
+    return {name for line in lines for name in line.split(",")}
+
+
+def section(page, title):
+    return re.search(r"^## %s$(.*?)(?=^## |\Z)" % title, text_of("docs", page), re.MULTILINE | re.DOTALL)[1]
+
+
+def described_options(page, title):
+    terms = re.findall(r"^(\*\*-.*)\n: ", section(page, title), re.MULTILINE)
+    return {name for term in terms for name in re.findall(r"\*\*(--?[\w-]+)\*\*", term)}
+
+
+class Manual(unittest.TestCase):
+    def test_every_command_has_a_page(self):
+        self.assertEqual(sorted(os.listdir(os.path.join(SOURCE, "docs", "man"))),
+                         sorted(["vx.1", *(f"vx-{command}.1" for command in COMMANDS)]))
+        self.assertEqual(re.findall(r"^  (\w+)  +[A-Z]", help_of(), re.MULTILINE), COMMANDS)
+
+    def test_help_and_pages_know_the_same_options(self):
+        common = described_options("vx.1.md", "OPTIONS OF EVERY COMMAND") - {"-V", "--version"}
+        self.assertIn(COMMON, common)
+        self.assertEqual(helped_options(), {"-h", "--help", "-V", "--version"})
+        for command in COMMANDS:
+            own = described_options(f"vx-{command}.1.md", "OPTIONS")
+            with self.subTest(command=command):
+                self.assertFalse(own & common)
+                self.assertEqual(own | common, helped_options(command))
+
+    def test_members_of_a_manifest_are_options(self):
+        terms = re.findall(r"^(`.*)\n: ", section("vx-batch.1.md", "MANIFEST"), re.MULTILINE)
+        members = {f"--{name}" for term in terms for name in re.findall(r"`([\w-]+)`", term)}
+        common = described_options("vx.1.md", "OPTIONS OF EVERY COMMAND")
+        options = {name for name in helped_options("batch") - common if name.startswith("--")}
+        self.assertEqual(members - {"--input", "--id"}, options - {"--jobs"})
+
+    def test_examples_are_those_of_the_help(self):
+        for command in COMMANDS:
+            examples = help_of(command).split("Examples:\n")[1].splitlines()
+            page = section(f"vx-{command}.1.md", "EXAMPLES").splitlines()
+            for example in examples:
+                self.assertIn(example.strip(), [line.strip() for line in page], command)
+
+    def test_exit_statuses(self):
+        statuses = re.findall(r"^\*\*(\d+)\*\*\n: ", section("vx.1.md", "EXIT STATUS"), re.MULTILINE)
+        self.assertEqual(statuses, ["0", "1", "2", "3", "4", "5", "6", "130"])
+
+    @unittest.skipUnless(shutil.which("go-md2man"), "there is no go-md2man here")
+    def test_pages_are_made_from_their_sources(self):
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run([os.path.join(SOURCE, "docs", "make-man"), folder], check=True)
+            names = sorted(os.listdir(folder))
+            self.assertEqual(names, sorted(os.listdir(os.path.join(SOURCE, "docs", "man"))))
+            for name in names:
+                with open(os.path.join(folder, name), encoding="utf-8") as made:
+                    self.assertEqual(made.read(), text_of("docs", "man", name), f"{name}: run docs/make-man")
+
+
+class Completion(CommandTest):
+    BASH = os.path.join(SOURCE, "packaging", "completion", "vx.bash")
+    ZSH = os.path.join(SOURCE, "packaging", "completion", "_vx")
+
+    def complete(self, *words):
+        """What bash offers for the last of the words that follow vx."""
+        script = 'source "$0"; COMP_WORDS=(vx "$@"); COMP_CWORD=$#; _vx; printf "%s\\n" "${COMPREPLY[@]}"'
+        output = subprocess.run(["bash", "--norc", "-c", script, self.BASH, *words], cwd=self.folder, check=True,
+                                capture_output=True, text=True)
+        self.assertEqual(output.stderr, "")
+        return [line for line in output.stdout.split("\n") if line]
+
+    def test_commands(self):
+        self.assertEqual(self.complete(""), [*COMMANDS, "--help", "--version"])
+        self.assertEqual(self.complete("in"), ["info"])
+
+    def test_options_are_those_of_the_help(self):
+        for command in COMMANDS:
+            options = {name for name in helped_options(command) if name.startswith("--")}
+            self.assertEqual(set(self.complete(command, "--")), options, command)
+        self.assertEqual(self.complete("render", "a.vx", "--pdf"), ["--pdf-x"])
+
+    # What a wrong value is told to be one of.
+    CHOICES = ["--format", "--intent", "--overprint", "--samples", "--text", "--pdf-x", "--script", "--missing-fonts",
+               "--progress"]
+
+    def test_values_are_those_that_the_program_takes(self):
+        self.write("a.vx", document())
+        for option in self.CHOICES:
+            output = "a.pdf" if option in ("--text", "--pdf-x") else "a.png"
+            told = self.refused("render", "a.vx", "-o", output, option, "nonsense", status=2)
+            choices = set(re.findall(r"\w+", told.split(": give ")[1])) - {"one", "of", "or", "several", "as"}
+            self.assertEqual(set(self.complete("render", option, "")), choices, option)
+            self.assertEqual(set(self.complete("render", option, "=", "")), choices, option)
+            self.assertEqual(set(self.complete("render", option, "=")), choices, option)
+
+    def test_lists_of_formats(self):
+        self.assertEqual(self.complete("render", "-f", "pdf,s"), ["pdf,svg"])
+
+    def test_names_of_files(self):
+        for name in ("one.vx", "two words.vx"):
+            self.write(name, b"")
+        os.mkdir(self.path("fonts"))
+        self.assertEqual(sorted(self.complete("render", "")), ["fonts", "one.vx", "two words.vx"])
+        self.assertEqual(self.complete("render", "tw"), ["two words.vx"])
+        self.assertEqual(self.complete("info", "--font-dir", ""), ["fonts"])
+        self.assertEqual(self.complete("render", "--profile", "f"), ["fogra39", "fonts"])
+        self.assertEqual(self.complete("render", "--dpi", ""), [])
+
+    # Stands in for what zsh completes with, and shows what it was asked for.
+    ZSH_STUBS = """
+        _arguments() { print -rl -- "$@" }
+        _describe() { print -rl -- ${(P)2} }
+        _vx=$1; shift; words=(vx "$@"); CURRENT=$(($# + 1)); source $_vx
+    """
+
+    @unittest.skipUnless(shutil.which("zsh"), "there is no zsh here")
+    def test_zsh_knows_the_same(self):
+        def offered(*words):
+            return subprocess.run(["zsh", "-f", "-c", self.ZSH_STUBS, "zsh", self.ZSH, *words], check=True,
+                                  capture_output=True, text=True).stdout.splitlines()
+
+        self.assertEqual([line.split(":")[0] for line in offered("")][:len(COMMANDS)], COMMANDS)
+        for command in COMMANDS:
+            specs = {}
+            for spec in offered(command, ""):
+                match = re.match(r"(?:\*|\([^)]*\))?(--?[\w-]+)\[", spec)
+                if match:
+                    specs[match[1]] = spec
+            self.assertEqual(set(specs), helped_options(command), command)
+        for option in self.CHOICES:
+            for value in self.complete("render", option, ""):
+                spec = [line for line in offered("render", "") if re.match(r"(\*|\(.*?\))?%s\[" % option, line)][0]
+                self.assertIn(value, re.findall(r"\w+", spec.split(":")[-1]), option)
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[1:]], verbosity=2)
