@@ -6,6 +6,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <utility>
 
 namespace vxhost::pdf
 {
@@ -13,8 +17,9 @@ namespace vxhost::pdf
 namespace
 {
 
-// Ramps beyond this are painted as shapes: a document that never repeats one must not fill the memory.
-constexpr size_t kMaxBytes = size_t{64} << 20;
+// What is beyond these is painted as shapes: a document that never repeats a blend must not fill the memory.
+constexpr size_t kMaxBlends = 16384;
+constexpr size_t kMaxRampBytes = size_t{16} << 20;
 // Circles that touch have no ring between them that a reader could follow.
 constexpr double kClosest = 1e-4;
 constexpr int kSampleBits = 16;
@@ -35,22 +40,34 @@ bool Normalise(const Shading &shading, Matrix *matrix, Shading::Circle *last)
     return true;
 }
 
-// Which inks a blend paints with. Nothing when one of them is there at some steps alone and the others keep it.
-std::optional<std::vector<int>> FindInks(const Shading &shading)
+// False when a blend that overprints has one of the inks at some steps alone, or none at all.
+bool FindSpace(const Shading &shading, PaintSpace *space)
 {
-    std::vector<int> inks;
-    for (int ink = 0; ink < kInkCount; ++ink) {
+    bool isGray = false;
+    for (const ColourSpan &span : shading.spans)
+        isGray |= !span.colours.empty() && span.colours.front().space == ColourSpace::Gray;
+    space->isBlackInk = isGray && shading.overprint;
+    for (int ink = 0; ink < kInkCount && !isGray; ++ink) {
         bool isSomewhere = false, isEverywhere = true;
         for (const ColourSpan &span : shading.spans) {
-            for (const Colour &colour : span.colours)
-                (colour.ink[ink] != 0 ? isSomewhere : isEverywhere) = colour.ink[ink] != 0;
+            for (const Colour &colour : span.colours) {
+                isSomewhere |= colour.ink[ink] != 0;
+                isEverywhere &= colour.ink[ink] != 0;
+            }
         }
         if (!shading.overprint || isSomewhere)
-            inks.push_back(ink);
+            space->inks.push_back(ink);
         if (shading.overprint && isSomewhere && !isEverywhere)
-            return std::nullopt;
+            return false;
     }
-    return inks;
+    return isGray || !space->inks.empty();
+}
+
+std::string NameOf(size_t number)
+{
+    std::string name = "Blend";
+    name += std::to_string(number + 1);
+    return name;
 }
 
 void AppendBytes(const double *values, size_t count, std::string *to)
@@ -66,14 +83,39 @@ QPDFObjectHandle Numbers(std::initializer_list<double> values)
     return array;
 }
 
-// What the colour space of the ramp takes, in its order.
-std::vector<double> ComponentsOf(const Colour &colour, const std::vector<int> &inks, bool isBlackInk)
+// What the colour space takes, in its order.
+void AppendComponents(const Colour &colour, const PaintSpace &space, std::vector<double> *to)
 {
-    if (inks.empty())
-        return {isBlackInk ? 1 - colour.ink[0] : colour.ink[0]};
-    std::vector<double> components(inks.size());
-    std::ranges::transform(inks, components.begin(), [&](int ink) { return colour.ink[ink]; });
-    return components;
+    if (space.inks.empty())
+        to->push_back(space.isBlackInk ? 1 - colour.ink[0] : colour.ink[0]);
+    for (const int ink : space.inks)
+        to->push_back(colour.ink[ink]);
+}
+
+// A ramp as it is kept and compared. Two colours, or one, keep their numbers; more become samples. The first byte says
+// which it is, the second of how many components.
+constexpr char kLinear = 'l', kSampled = 's';
+constexpr size_t kRampHead = 2;
+
+std::string RampOf(const ColourSpan &span, const PaintSpace &space)
+{
+    std::vector<double> values;
+    for (const Colour &colour : span.colours)
+        AppendComponents(colour, space, &values);
+    const size_t components = values.size() / span.colours.size();
+    if (span.colours.size() == 1)
+        values.insert(values.end(), values.begin(), values.begin() + static_cast<std::ptrdiff_t>(components));
+    std::string ramp = {span.colours.size() <= 2 ? kLinear : kSampled, static_cast<char>(components)};
+    if (ramp[0] == kLinear) {
+        AppendBytes(values.data(), values.size(), &ramp);
+        return ramp;
+    }
+    for (const double value : values) {
+        const auto level = static_cast<uint16_t>(std::lround(std::clamp(value, 0.0, 1.0) * 0xFFFF));
+        ramp += static_cast<char>(level >> 8);
+        ramp += static_cast<char>(level & 0xFF);
+    }
+    return ramp;
 }
 
 QPDFObjectHandle Domain(size_t dimensions)
@@ -86,159 +128,160 @@ QPDFObjectHandle Domain(size_t dimensions)
     return array;
 }
 
-QPDFObjectHandle ArrayOf(const std::vector<double> &values)
+QPDFObjectHandle LinearFunction(PdfFile *file, const std::string &ramp)
 {
-    QPDFObjectHandle array = QPDFObjectHandle::newArray();
-    for (const double value : values)
-        array.appendItem(QPDFObjectHandle::newReal(NumberText(value)));
-    return array;
-}
-
-// Two colours, or one: exact numbers.
-QPDFObjectHandle LinearFunction(const std::vector<double> &from, const std::vector<double> &to)
-{
+    std::vector<double> values((ramp.size() - kRampHead) / sizeof(double));
+    std::memcpy(values.data(), ramp.data() + kRampHead, values.size() * sizeof(double));
+    const auto colour = [&](size_t first) {
+        QPDFObjectHandle array = QPDFObjectHandle::newArray();
+        for (size_t i = first; i < first + values.size() / 2; ++i)
+            array.appendItem(QPDFObjectHandle::newReal(NumberText(values[i])));
+        return array;
+    };
     QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
     function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(2));
     function.replaceKey("/Domain", Domain(1));
-    function.replaceKey("/C0", ArrayOf(from));
-    function.replaceKey("/C1", ArrayOf(to));
+    function.replaceKey("/C0", colour(0));
+    function.replaceKey("/C1", colour(values.size() / 2));
     function.replaceKey("/N", QPDFObjectHandle::newInteger(1));
-    return function;
+    return file->Add(function);
 }
 
-QPDFObjectHandle SampledFunction(PdfFile *file, const std::vector<std::vector<double>> &samples)
+QPDFObjectHandle SampledFunction(PdfFile *file, const std::string &ramp)
 {
-    std::string bytes;
-    for (const std::vector<double> &sample : samples) {
-        for (const double value : sample) {
-            const auto level = static_cast<uint16_t>(std::lround(std::clamp(value, 0.0, 1.0) * 0xFFFF));
-            bytes += static_cast<char>(level >> 8);
-            bytes += static_cast<char>(level & 0xFF);
-        }
-    }
+    const auto components = static_cast<size_t>(static_cast<uint8_t>(ramp[1]));
+    const size_t samples = (ramp.size() - kRampHead) / (components * kSampleBits / 8);
     QPDFObjectHandle dictionary = QPDFObjectHandle::newDictionary();
     dictionary.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(0));
     dictionary.replaceKey("/Domain", Domain(1));
-    dictionary.replaceKey("/Range", Domain(samples.front().size()));
-    dictionary.replaceKey("/Size", QPDFObjectHandle::newArray(
-                                       {QPDFObjectHandle::newInteger(static_cast<int64_t>(samples.size()))}));
+    dictionary.replaceKey("/Range", Domain(components));
+    dictionary.replaceKey(
+        "/Size", QPDFObjectHandle::newArray({QPDFObjectHandle::newInteger(static_cast<int64_t>(samples))}));
     dictionary.replaceKey("/BitsPerSample", QPDFObjectHandle::newInteger(kSampleBits));
-    return file->AddStream(dictionary, bytes);
+    return file->AddStream(dictionary, std::string_view(ramp).substr(kRampHead));
 }
 
-QPDFObjectHandle SpanFunction(PdfFile *file, const ColourSpan &span, const std::vector<int> &inks,
-                              bool isBlackInk)
+QPDFObjectHandle ColourSpaceOf(PdfFile *file, const PaintSpace &space)
 {
-    std::vector<std::vector<double>> samples;
-    for (const Colour &colour : span.colours)
-        samples.push_back(ComponentsOf(colour, inks, isBlackInk));
-    if (samples.size() <= 2)
-        return LinearFunction(samples.front(), samples.back());
-    return SampledFunction(file, samples);
+    if (space.isBlackInk)
+        return BlackInkSpace();
+    if (space.inks.empty())
+        return MakeName("DeviceGray");
+    return space.inks.size() == kInkCount ? MakeName("DeviceCMYK") : InkSpace(file, space.inks);
 }
 
 } // namespace
 
 std::optional<ShadingUse> Shadings::Use(const Shading &shading)
 {
-    Ramp ramp;
+    Blend blend;
     ShadingUse use;
     use.matrix = shading.matrix;
-    ramp.kind = shading.kind;
-    if (shading.kind == ShadingKind::Radial && !Normalise(shading, &use.matrix, &ramp.last))
+    blend.kind = shading.kind;
+    if (shading.kind == ShadingKind::Radial && !Normalise(shading, &use.matrix, &blend.last))
+        return std::nullopt;
+    if (!IsInvertible(use.matrix) || !FindSpace(shading, &blend.space))
         return std::nullopt;
     for (const ColourSpan &span : shading.spans) {
-        if (!span.colours.empty() && span.to > span.from)
-            ramp.spans.push_back(span);
+        if (span.colours.empty() || !(span.to > span.from))
+            continue;
+        const std::optional<size_t> ramp = FindOrAddRamp(RampOf(span, blend.space));
+        if (!ramp)
+            return std::nullopt;
+        blend.spans.push_back({span.to, *ramp});
     }
-    if (ramp.spans.empty() || !IsInvertible(use.matrix))
+    const std::optional<size_t> number = blend.spans.empty() ? std::nullopt : FindOrAdd(std::move(blend));
+    if (!number)
         return std::nullopt;
-    if (ramp.spans.front().colours.front().space == ColourSpace::Gray) {
-        ramp.isBlackInk = shading.overprint;
-    } else {
-        std::optional<std::vector<int>> inks = FindInks(shading);
-        if (!inks || inks->empty())
-            return std::nullopt;
-        ramp.inks = std::move(*inks);
-    }
-    std::string key = KeyOf(ramp);
-    auto found = nameOfKey_.find(key);
-    if (found == nameOfKey_.end()) {
-        bytes_ += 2 * key.size();
-        if (bytes_ > kMaxBytes)
-            return std::nullopt;
-        found = nameOfKey_.emplace(std::move(key), "Blend" + std::to_string(ramps_.size() + 1)).first;
-        ramps_.push_back(std::move(ramp));
-    }
-    use.name = found->second;
+    use.name = NameOf(*number);
     return use;
 }
 
-std::string Shadings::KeyOf(const Ramp &ramp)
+std::optional<size_t> Shadings::FindOrAddRamp(std::string ramp)
+{
+    const auto found = ramps_.find(ramp);
+    if (found != ramps_.end())
+        return found->second;
+    rampBytes_ += ramp.size();
+    if (rampBytes_ > kMaxRampBytes)
+        return std::nullopt;
+    return ramps_.emplace(std::move(ramp), ramps_.size()).first->second;
+}
+
+std::optional<size_t> Shadings::FindOrAdd(Blend blend)
+{
+    std::string key = KeyOf(blend);
+    const auto found = blendOfKey_.find(key);
+    if (found != blendOfKey_.end())
+        return found->second;
+    if (blends_.size() == kMaxBlends)
+        return std::nullopt;
+    blends_.push_back(std::move(blend));
+    return blendOfKey_.emplace(std::move(key), blends_.size() - 1).first->second;
+}
+
+std::string Shadings::KeyOf(const Blend &blend)
 {
     std::string key;
-    key += ramp.kind == ShadingKind::Axial ? 'a' : 'r';
-    key += ramp.isBlackInk ? 'b' : 'g';
-    for (const int ink : ramp.inks)
+    key += blend.kind == ShadingKind::Axial ? 'a' : 'r';
+    key += blend.space.isBlackInk ? 'b' : 'g';
+    for (const int ink : blend.space.inks)
         key += static_cast<char>('0' + ink);
-    const double circle[] = {ramp.last.centre.x, ramp.last.centre.y, ramp.last.radius};
+    const double circle[] = {blend.last.centre.x, blend.last.centre.y, blend.last.radius};
     AppendBytes(circle, std::size(circle), &key);
-    for (const ColourSpan &span : ramp.spans) {
-        const double ends[] = {span.from, span.to, static_cast<double>(span.colours.size())};
-        AppendBytes(ends, std::size(ends), &key);
-        for (const Colour &colour : span.colours)
-            AppendBytes(colour.ink, std::size(colour.ink), &key);
+    for (const Span &span : blend.spans) {
+        const double values[] = {span.to, static_cast<double>(span.ramp)};
+        AppendBytes(values, std::size(values), &key);
     }
     return key;
 }
 
-QPDFObjectHandle Shadings::ColourSpaceOf(PdfFile *file, const Ramp &ramp)
+// One ramp as it is, several stitched together.
+QPDFObjectHandle Shadings::FunctionOf(const Blend &blend, const std::vector<QPDFObjectHandle> &ramps)
 {
-    if (ramp.isBlackInk)
-        return BlackInkSpace();
-    if (ramp.inks.empty())
-        return MakeName("DeviceGray");
-    return ramp.inks.size() == kInkCount ? MakeName("DeviceCMYK") : InkSpace(file, ramp.inks);
-}
-
-QPDFObjectHandle Shadings::FunctionOf(PdfFile *file, const Ramp &ramp)
-{
-    if (ramp.spans.size() == 1)
-        return SpanFunction(file, ramp.spans.front(), ramp.inks, ramp.isBlackInk);
-    QPDFObjectHandle functions = QPDFObjectHandle::newArray(), bounds = QPDFObjectHandle::newArray(),
-                     encode = QPDFObjectHandle::newArray();
-    for (const ColourSpan &span : ramp.spans) {
-        functions.appendItem(SpanFunction(file, span, ramp.inks, ramp.isBlackInk));
-        encode.appendItem(QPDFObjectHandle::newInteger(0));
-        encode.appendItem(QPDFObjectHandle::newInteger(1));
-        if (&span != &ramp.spans.back())
+    if (blend.spans.size() == 1)
+        return ramps[blend.spans.front().ramp];
+    QPDFObjectHandle bounds = QPDFObjectHandle::newArray(), parts = QPDFObjectHandle::newArray();
+    for (const Span &span : blend.spans) {
+        parts.appendItem(ramps[span.ramp]);
+        if (&span != &blend.spans.back())
             bounds.appendItem(MakeNumber(span.to));
     }
     QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
     function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(3));
     function.replaceKey("/Domain", Domain(1));
-    function.replaceKey("/Functions", functions);
+    function.replaceKey("/Functions", parts);
     function.replaceKey("/Bounds", bounds);
-    function.replaceKey("/Encode", encode);
+    function.replaceKey("/Encode", Domain(blend.spans.size()));
     return function;
 }
 
 // Both ends go on beyond the shape, whose edge is the clip's to draw; a radial one fills its inner disc so.
 void Shadings::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
 {
+    std::vector<QPDFObjectHandle> functions(ramps_.size());
+    for (const auto &[ramp, number] : ramps_)
+        functions[number] = ramp[0] == kLinear ? LinearFunction(file, ramp) : SampledFunction(file, ramp);
+    std::map<std::vector<int>, QPDFObjectHandle> spaces; // gray has another place for its black ink
     const QPDFObjectHandle yes = QPDFObjectHandle::newBool(true);
-    for (size_t i = 0; i < ramps_.size(); ++i) {
-        const Ramp &ramp = ramps_[i];
-        const bool isAxial = ramp.kind == ShadingKind::Axial;
+    for (size_t i = 0; i < blends_.size(); ++i) {
+        const Blend &blend = blends_[i];
+        const bool isAxial = blend.kind == ShadingKind::Axial;
+        const std::vector<int> spaceKey =
+            blend.space.isBlackInk ? std::vector<int>{kInkCount} : blend.space.inks;
+        QPDFObjectHandle &space = spaces[spaceKey];
+        if (!space.isInitialized())
+            space = ColourSpaceOf(file, blend.space);
+        const Shading::Circle &last = blend.last;
         QPDFObjectHandle shading = QPDFObjectHandle::newDictionary();
         shading.replaceKey("/ShadingType", QPDFObjectHandle::newInteger(isAxial ? 2 : 3));
-        shading.replaceKey("/ColorSpace", ColourSpaceOf(file, ramp));
-        shading.replaceKey("/Coords", isAxial ? Numbers({0, 0, 1, 0})
-                                              : Numbers({0, 0, 1, ramp.last.centre.x, ramp.last.centre.y,
-                                                         ramp.last.radius}));
-        shading.replaceKey("/Function", FunctionOf(file, ramp));
+        shading.replaceKey("/ColorSpace", space);
+        shading.replaceKey("/Coords", isAxial
+                                          ? Numbers({0, 0, 1, 0})
+                                          : Numbers({0, 0, 1, last.centre.x, last.centre.y, last.radius}));
+        shading.replaceKey("/Function", FunctionOf(blend, functions));
         shading.replaceKey("/Extend", QPDFObjectHandle::newArray({yes, yes}));
-        resources->replaceKey("/Blend" + std::to_string(i + 1), file->Add(shading));
+        resources->replaceKey(pdf::KeyOf(NameOf(i)), file->Add(shading));
     }
 }
 

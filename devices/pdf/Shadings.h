@@ -1,7 +1,7 @@
 // Blends as the shadings of PDF: along a line, and from circle to circle.
 //
-// Owns the shading resources of a page. Each is made in a space of its own (the unit square, the unit circle), so that
-// the blends of a document share the few ramps that it defines.
+// Owns the shading resources of a page. Each is made in a space of its own (the unit square, the unit circle), and the
+// colours of its spans apart from where they lie: instances of one gradient differ in nothing else.
 #pragma once
 
 #include "devices/pdf/PdfFile.h"
@@ -23,33 +23,44 @@ struct ShadingUse {
     Matrix matrix; // from the shading's space to the page
 };
 
+// What a blend paints with: gray, black ink alone, or some of the four inks.
+struct PaintSpace {
+    bool isBlackInk = false;
+    std::vector<int> inks; // by number; empty: gray
+};
+
 class Shadings
 {
   public:
     // Nothing when PDF has no shading that looks like it; it is to be painted as shapes then. That is so for circles
     // that do not lie one inside the other, and for blends that overprint and have an ink at some steps alone: at the
-    // others that ink stays as it is on the page, which no shading can say.
+    // others that ink stays as it is on the page, which no shading can say. It is also so when there are more of them
+    // than memory should be filled with.
     std::optional<ShadingUse> Use(const Shading &shading);
 
     void AddTo(PdfFile *file, QPDFObjectHandle *resources) const;
 
   private:
-    // Everything that makes two shadings the same object.
-    struct Ramp {
+    struct Span {
+        double to = 1;
+        size_t ramp = 0;
+    };
+    struct Blend {
         ShadingKind kind = ShadingKind::Axial;
-        Shading::Circle last;    // of a radial one, whose first is the unit circle
-        std::vector<int> inks;   // of the four that it paints with; empty: gray
-        bool isBlackInk = false; // gray as black ink
-        std::vector<ColourSpan> spans;
+        Shading::Circle last; // of a radial one, whose first is the unit circle
+        PaintSpace space;
+        std::vector<Span> spans;
     };
 
-    static std::string KeyOf(const Ramp &ramp);
-    static QPDFObjectHandle ColourSpaceOf(PdfFile *file, const Ramp &ramp);
-    static QPDFObjectHandle FunctionOf(PdfFile *file, const Ramp &ramp);
+    // Of a blend that is like it, which may be this one now; nothing when there is no room for it.
+    std::optional<size_t> FindOrAdd(Blend blend);
+    std::optional<size_t> FindOrAddRamp(std::string ramp);
+    static std::string KeyOf(const Blend &blend);
+    static QPDFObjectHandle FunctionOf(const Blend &blend, const std::vector<QPDFObjectHandle> &ramps);
 
-    std::map<std::string, std::string, std::less<>> nameOfKey_;
-    std::vector<Ramp> ramps_; // by number, which is in the name
-    size_t bytes_ = 0;        // that the ramps take
+    std::map<std::string, size_t, std::less<>> blendOfKey_, ramps_; // ramps as they are written, by number
+    std::vector<Blend> blends_;                                     // by number, which is in the name
+    size_t rampBytes_ = 0;
 };
 
 } // namespace vxhost::pdf

@@ -53,7 +53,7 @@ TEST(PdfShading, IsPaintedUnderItsSquare)
     EXPECT_EQ(Blend(page).getKey("/Coords").unparse(), "[ 0 0 1 0 ]");
     EXPECT_EQ(Blend(page).getKey("/ColorSpace").unparse(), "/DeviceCMYK");
     EXPECT_EQ(Blend(page).getKey("/Extend").unparse(), "[ true true ]");
-    EXPECT_EQ(Blend(page).getKey("/Function").unparse(),
+    EXPECT_EQ(Blend(page).getKey("/Function").unparseResolved(),
               "<< /C0 [ 1 0 0 0 ] /C1 [ 0 .5 0 0 ] /Domain [ 0 1 ] /FunctionType 2 /N 1 >>");
 }
 
