@@ -156,7 +156,7 @@ class Inks(PdfTest):
 # Lines of width 0 are as thin as each program's own samples.
 THIN = {"hairlines"}
 # Poppler shows no overprint on a screen, and gray as no ink.
-NOT_POPPLER = {"overprint", "process-colours", "version-5", "gray"}
+NOT_POPPLER = {"overprint", "process-colours", "version-5", "gray", "gradient-black-to-white", "gradient-caps"}
 DPI = 72
 
 
@@ -194,6 +194,36 @@ class Pictures(PdfTest):
                 if name not in NOT_POPPLER:
                     poppler = pictures.poppler_colours(pdf, DPI)
                     self.check(poppler, mutool.changed(pictures.as_poppler), f"{name} by poppler")
+
+
+class Seams(PdfTest):
+    def check_smooth(self, levels, what):
+        """No pixel is off the mean of its neighbours by more than 3."""
+        self.assertGreater(max(levels) - min(levels), 40, f"no ramp at all: {what}")
+        for before, level, after in zip(levels, levels[1:], levels[2:]):
+            self.assertLessEqual(abs(level - (before + after) / 2), 3, what)
+
+    def test_blends_are_smooth(self):
+        pdf = self.pdf(sample("gradients"))
+        dpi = 144  # 600 by 400 pixels
+        programs = {"poppler": pictures.poppler_colours(pdf, dpi),
+                    "mutool": pictures.mutool_inks(pdf, dpi).changed(pictures.plain),
+                    "gs": pictures.ghostscript_inks(pdf, dpi, self.path("out.tif")).changed(pictures.plain)}
+        for program, picture in programs.items():
+            def column(x, top, bottom, colour):
+                return [picture.pixel(x, y)[colour] for y in range(top, bottom)]
+            # The sky down to the hills, and the water down to the bottom.
+            for x in (10, 201, 333, 580):
+                self.check_smooth(column(x, 0, 120, 0), f"the sky at {x} by {program}")
+                self.check_smooth(column(x, 270, 399, 0), f"the water at {x} by {program}")
+            # The sun, from its rim up to its middle, and the slope of the hill.
+            self.check_smooth(column(280, 200, 260, 2), f"the sun by {program}")
+            self.check_smooth([picture.pixel(x, 255)[0] for x in range(425, 600)], f"the hill by {program}")
+
+    def test_a_blend_is_one_shading(self):
+        plain = run("qpdf", "--qdf", "--object-streams=disable", self.pdf(sample("gradients")), "-")
+        self.assertGreaterEqual(plain.count(b" sh\n"), 4)
+        self.assertLess(plain.count(b"\nf\n"), 60)
 
 
 class Standards(PdfTest):
