@@ -15,7 +15,8 @@ namespace
 // As a coordinate it lies beyond any page; times 10^6 it still fits into 64 bits.
 constexpr double kFarthest = 9e11;
 constexpr double kFarthestWhole = 1e15;
-constexpr double kHalf = 0.5; // makes rounding of cutting off; a call of the library's would cost as much as the digits
+constexpr double kHalf =
+    0.5; // makes rounding of cutting off; a call of the library's would cost as much as the digits
 
 constexpr std::array<char, 200> MakePairs()
 {

@@ -86,6 +86,14 @@ TEST(SvgTextTest, AGapBeginsAPiece)
                                "><tspan x=\"0 5\" y=\"50\">ab</tspan><tspan x=\"8\">c</tspan></text>\n");
 }
 
+// Simple viewers would draw these two nearer to each other than the document has them.
+TEST(SvgTextTest, APairThatIsKernedIsTwoPieces)
+{
+    EXPECT_EQ(Body({MakeRun(U"AV", {10, 20})}),
+              "<text xml:space=\"preserve\"" + kSansAttributes + kBlackFill +
+                  "><tspan x=\"0\" y=\"50\">A</tspan><tspan x=\"5\">V</tspan></text>\n");
+}
+
 TEST(SvgTextTest, EvenGapsAreLetterSpacing)
 {
     GlyphRun run = MakeRun(U"abc", {10, 20});
