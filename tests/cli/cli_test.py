@@ -418,6 +418,36 @@ class Formats(CommandTest):
         self.assertEqual(Png(self.read("b.png")).width, 72)
         self.assertEqual(self.files(), ["b.png", "b.svg"])
 
+    # Words, a format, and what its file then holds; without the words it does not.
+    TOLD = [
+        ("svg", ["--box", "36,0,72,36"], b'width="36pt" height="36pt"'),
+        ("pdf", ["--box", "0,0,36,18"], b"/MediaBox [ 0 0 36 18 ]"),
+        ("svg", ["-b", "#010203"], b"#010203"),
+        ("svg", ["--profile", "none"], b'fill="#000000"'),
+        ("svg", ["--text", "outlines"], None),
+        ("pdf", ["--text", "outlines"], None),
+    ]
+
+    def test_options_reach_the_device(self):
+        for kind, words, told in self.TOLD:
+            with self.subTest(kind=kind, words=words):
+                self.write("a.vx", document(LEFT_HALF) if told else text_document("Helvetica"))
+                plain, chosen = (self.run_vx("render", "a.vx", "-f", kind, "-o", "-", *more, *Fonts.ONLY)[0]
+                                 for more in ([], words))
+                font = told or {"svg": b"<text", "pdf": b"/FontFile"}[kind]
+                self.assertEqual((font in plain, font in chosen), (not told, bool(told)))
+
+    def test_the_date_of_a_pdf(self):
+        self.write("a.vx", document())
+        self.run_vx("render", "a.vx", "-o", "none.pdf")
+        self.assertNotIn(b"/CreationDate", self.read("none.pdf"))
+        told = self.refused("render", "a.vx", "-o", "x.pdf", "--pdf-x", "x1a", status=1)
+        self.assertIn("set SOURCE_DATE_EPOCH", told)
+        for level, name in (("x1a", b"PDF/X-1"), ("x3", b"PDF/X-3")):
+            self.run_vx("render", "a.vx", "-o", "x.pdf", "--pdf-x", level, environment={"SOURCE_DATE_EPOCH": "86400"})
+            self.assertIn(b"/CreationDate (D:19700102000000", self.read("x.pdf"))
+            self.assertIn(name, self.read("x.pdf"))
+
     def test_in_a_pipe(self):
         for kind, beginning in self.BEGINNINGS.items():
             output, messages = self.run_vx("render", "-", "-f", kind, "-o", "-", stdin=document())
