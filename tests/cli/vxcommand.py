@@ -7,9 +7,9 @@ import unittest
 import zlib
 
 VX = os.environ["VX"]
-HOSTILE = os.environ["VX_HOSTILE_PLUGIN"]
+HOSTILE = os.environ.get("VX_HOSTILE_PLUGIN", "")
 # For the environment of a command: the file system seems to be one where every file has a name.
-WITHOUT_UNNAMED = {"LD_PRELOAD": os.environ["VX_WITHOUT_UNNAMED"], "ASAN_OPTIONS": "verify_asan_link_order=0"}
+WITHOUT_UNNAMED = {"LD_PRELOAD": os.environ.get("VX_WITHOUT_UNNAMED", ""), "ASAN_OPTIONS": "verify_asan_link_order=0"}
 SANITIZED = os.environ.get("VX_SANITIZED", "0") not in ("", "0")
 
 HEADER = """%!PS-Tavro-3.0
