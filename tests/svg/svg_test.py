@@ -12,7 +12,7 @@ import subprocess
 import unittest
 import xml.etree.ElementTree as ElementTree
 
-from vxcommand import CommandTest, Png, SANITIZED, VX, document
+from vxcommand import CommandTest, Png, SANITIZED, document
 
 SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "samples")
 SVG = "{http://www.w3.org/2000/svg}"
