@@ -1,9 +1,6 @@
 // The exit statuses of the command, and which of several wins.
 #pragma once
 
-#include <algorithm>
-#include <iterator>
-
 namespace vxhost
 {
 
@@ -23,9 +20,12 @@ constexpr Status Worst(Status left, Status right)
 {
     constexpr Status kWorstFirst[] = {Status::Interrupted, Status::Usage,        Status::WorkerCrashed,
                                       Status::LimitHit,    Status::OutputFailed, Status::InputFailed,
-                                      Status::Warned,      Status::Done};
-    return *std::find_if(std::begin(kWorstFirst), std::end(kWorstFirst),
-                         [=](Status status) { return status == left || status == right; });
+                                      Status::Warned};
+    for (const Status status : kWorstFirst) {
+        if (status == left || status == right)
+            return status;
+    }
+    return Status::Done;
 }
 
 } // namespace vxhost
