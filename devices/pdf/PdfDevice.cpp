@@ -28,33 +28,13 @@ using namespace pdf;
 namespace
 {
 
-// Control points of a quarter of the unit circle lie this far along its tangents.
-constexpr double kQuarter = 0.5522847498307936;
-
-const Path &UnitSquare()
+// What a shading covers in its own space: the unit square, or the unit circle.
+Path AreaOf(ShadingKind kind)
 {
-    static const Path path = {{Verb::Move, Verb::Line, Verb::Line, Verb::Line, Verb::Close},
-                              {{0, 0}, {1, 0}, {1, 1}, {0, 1}}};
-    return path;
-}
-
-const Path &UnitCircle()
-{
-    static const Path path = {{Verb::Move, Verb::Curve, Verb::Curve, Verb::Curve, Verb::Curve, Verb::Close},
-                              {{1, 0},
-                               {1, kQuarter},
-                               {kQuarter, 1},
-                               {0, 1},
-                               {-kQuarter, 1},
-                               {-1, kQuarter},
-                               {-1, 0},
-                               {-1, -kQuarter},
-                               {-kQuarter, -1},
-                               {0, -1},
-                               {kQuarter, -1},
-                               {1, -kQuarter},
-                               {1, 0}}};
-    return path;
+    Shading unit;
+    unit.kind = kind;
+    unit.first.radius = 1;
+    return OutlineOf(unit, 0, 1);
 }
 
 bool HasSegments(const Path &path)
@@ -172,7 +152,7 @@ class PdfDevice final : public Device
         program_->state.SetOverprint(shading.overprint);
         content.Operator("q");
         content.Factors(use->matrix).Operator("cm");
-        content.AddPath(shading.kind == ShadingKind::Axial ? UnitSquare() : UnitCircle());
+        content.AddPath(AreaOf(shading.kind));
         content.Operator("W n");
         content.Name(use->name).Operator("sh");
         content.Operator("Q");
