@@ -2,6 +2,7 @@
 
 #include "cli/OutcomeJson.h"
 #include "cli/OutputFile.h"
+#include "cli/Sandbox.h"
 #include "cli/Text.h"
 #include "cli/Values.h"
 #include "host/fonts/DocumentGlyphs.h"
@@ -127,6 +128,15 @@ void CheckServed(const FontChoice &choice, const FontList &fonts)
     }
 }
 
+// Font files are opened when they are first drawn with, when the worker is confined already.
+std::vector<std::string> FoldersOf(const FontList &fonts)
+{
+    std::set<std::string> folders;
+    for (int32_t i = 0; i < fonts.Count(); ++i)
+        folders.insert(fs::path(fonts.At(i).file).parent_path().string());
+    return {folders.begin(), folders.end()};
+}
+
 // Where nothing may be substituted, a text that boxes would stand for ends the document as well. Of a document that was
 // given up nothing is known but what it asks for.
 void JudgeFonts(const DocumentFontOptions &options, const DocumentFonts &fonts, Finding *finding)
@@ -188,6 +198,7 @@ Session::Session(const CommonOptions &options, Messages *messages) : options_(op
     messages_->Detail("", fmt::format("plug-in {}", path));
     fonts_ = MakeFontconfigFonts(options.fonts.sources);
     CheckServed(options.fonts, *fonts_);
+    fontFolders_ = FoldersOf(*fonts_);
 }
 
 Verdict Session::Interpret(const std::string &input, const Purpose &purpose, const Work &work)
@@ -293,6 +304,8 @@ WorkerTask Session::TaskFor(const Document &document, const Preparation &prepare
     return [this, &document, &prepare](WorkerLink &link) {
         Finding finding;
         const std::vector<Work> works = prepare(&finding);
+        // Devices are made; from here on bytes of the document are read.
+        finding.unconfined = EnterSandbox(fontFolders_);
         finding.header = ScanHeader(document.Bytes());
         const DocumentFontOptions fontOptions = FontOptionsFor(document, finding.header);
         const DocumentFonts fonts(*fonts_, fontOptions);
@@ -324,6 +337,8 @@ Verdict Session::Judge(const Interpretation &interpretation, Finding finding) co
 {
     const auto &[input, purpose, size, worker] = interpretation;
     const Outcome &outcome = finding.outcome;
+    if (!finding.unconfined.empty())
+        messages_->Detail("", fmt::format("no sandbox for {}", finding.unconfined));
     Verdict verdict;
     if (finding.writeError != 0) {
         // A reader that left early, as head does, has what it wanted.

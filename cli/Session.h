@@ -30,6 +30,7 @@ struct Finding {
     std::string lackedFont;   // the document was given up for want of it
     int writeError = 0;       // errno of a failed write
     std::string failedOutput; // which; empty: standard output
+    std::string unconfined;   // what the worker could not be kept from; empty: nothing
 };
 
 struct Verdict {
@@ -96,6 +97,7 @@ class Session
     Messages *messages_;
     std::unique_ptr<Plugin> plugin_;
     std::unique_ptr<FontList> fonts_;
+    std::vector<std::string> fontFolders_;
 };
 
 Verdict Failed(Status status, std::string error);

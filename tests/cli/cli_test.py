@@ -3,6 +3,7 @@
 The environment names what is tested: VX the program, VX_HOSTILE_PLUGIN a plug-in that misbehaves as VX_HOSTILE says,
 VX_SANITIZED whether both are instrumented.
 """
+import errno
 import glob
 import json
 import os
@@ -708,11 +709,11 @@ class Worker(CommandTest):
     def hostile(self, behaviour, *words, status):
         message = self.refused("render", "a.vx", "-o", "a.png", *words, status=status, hostile=behaviour)
         self.assertTrue(message.startswith("vx: a.vx: "), message)
-        self.assertEqual(self.files(), ["a.vx", "worker.pid"])
+        self.assertEqual(self.files(), ["a.vx", "worker.notes"])
         return message
 
     def assert_worker_gone(self):
-        worker = int(self.read("worker.pid"))
+        worker = int(self.read("worker.notes").split()[0])
         for _ in range(100):
             try:
                 os.kill(worker, 0)
@@ -765,7 +766,7 @@ class Worker(CommandTest):
         """A rendering that never ends, when its worker is at work."""
         process = self.start("render", "a.vx", "-o", "a.png", hostile="loop", **options)
         for _ in range(600):
-            if os.path.exists(self.path("worker.pid")) and self.read("worker.pid").endswith(b"\n"):
+            if os.path.exists(self.path("worker.notes")) and self.read("worker.notes").endswith(b"\n"):
                 return process
             time.sleep(0.05)
         self.fail("the worker does not start")
@@ -780,9 +781,9 @@ class Worker(CommandTest):
                     process.send_signal(number)
                     errors = process.communicate(timeout=60)[1]
                     self.assertEqual((process.returncode, errors), (130, b""))
-                    self.assertEqual(self.files(), ["a.vx", "worker.pid"])
+                    self.assertEqual(self.files(), ["a.vx", "worker.notes"])
                     self.assert_worker_gone()
-                    os.remove(self.path("worker.pid"))
+                    os.remove(self.path("worker.notes"))
 
     def test_an_end_by_force_leaves_nothing(self):
         try:
@@ -794,8 +795,26 @@ class Worker(CommandTest):
         process.kill()
         process.communicate(timeout=60)
         self.assert_worker_gone()
-        self.assertEqual(self.files(), ["a.png", "a.vx", "worker.pid"])
+        self.assertEqual(self.files(), ["a.png", "a.vx", "worker.notes"])
         self.assertEqual(self.read("a.png"), b"old")
+
+    def test_a_worker_reaches_nothing_but_fonts(self):
+        """Landlock and seccomp; a kernel without them says so, and then this test says it did not test."""
+        fonts = "/usr/share/fonts/opentype/urw-base35"
+        details = self.run_vx("info", "-v", self.write("b.vx", document()))[1]
+        lacking = [line for line in details if "no sandbox" in line]
+        if lacking:
+            self.skipTest(lacking[0])
+        self.write("mine", b"mine")
+        self.run_vx("info", "a.vx", "--font-dir", fonts, status=1, hostile="reach", environment={
+            "VX_HOSTILE_READ": "/etc/passwd", "VX_HOSTILE_WRITE": self.path("mine"),
+            "VX_HOSTILE_CREATE": self.path("new"), "VX_HOSTILE_FONT": fonts + "/NimbusSans-Regular.otf"})
+        notes = self.read("worker.notes").decode().splitlines()[1:]
+        denied = ["read %d" % errno.EACCES, "write %d" % errno.EPERM, "create %d" % errno.EPERM, "font 0"]
+        denied += ["%s %d" % (what, errno.EPERM) for what in ("internet", "local", "signal")]
+        denied += ["self 0", "process %d" % errno.EPERM, "program %d" % errno.EPERM]
+        self.assertEqual(notes[:len(denied)], denied)
+        self.assertNotIn("new", self.files())
 
 
 if __name__ == "__main__":

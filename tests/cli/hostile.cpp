@@ -1,11 +1,16 @@
 // A plug-in that does what no plug-in should, so that the command's guards can be seen at work. VX_HOSTILE says what.
 #include <vx/HostCall.h>
 
+#include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <string_view>
+#include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace
@@ -42,15 +47,43 @@ void CloseAndLoop()
     LoopForEver();
 }
 
-void TellProcess()
+// A descriptor that the test hands down, since a worker opens no file for writing.
+int Notebook()
 {
-    const char *path = std::getenv("VX_HOSTILE_PID");
-    if (path == nullptr)
-        return;
-    if (std::FILE *file = std::fopen(path, "w")) {
-        std::fprintf(file, "%d\n", static_cast<int>(getpid()));
-        std::fclose(file);
-    }
+    const char *number = std::getenv("VX_HOSTILE_NOTEBOOK");
+    return number == nullptr ? -1 : std::atoi(number);
+}
+
+// "what 0" or "what" and the errno.
+void Note(const char *what, long outcome)
+{
+    dprintf(Notebook(), "%s %d\n", what, outcome < 0 ? errno : 0);
+}
+
+void NoteOpening(const char *what, const char *variable, int flags)
+{
+    const char *path = std::getenv(variable);
+    Note(what, path == nullptr ? -1 : open(path, flags, 0600));
+}
+
+// What code that took over the worker would try first.
+void ReachOut()
+{
+    NoteOpening("read", "VX_HOSTILE_READ", O_RDONLY);
+    NoteOpening("write", "VX_HOSTILE_WRITE", O_WRONLY);
+    NoteOpening("create", "VX_HOSTILE_CREATE", O_WRONLY | O_CREAT);
+    NoteOpening("font", "VX_HOSTILE_FONT", O_RDONLY);
+    Note("internet", socket(AF_INET, SOCK_STREAM, 0));
+    Note("local", socket(AF_UNIX, SOCK_STREAM, 0));
+    Note("signal", kill(1, 0));
+    Note("self", syscall(SYS_tgkill, getpid(), syscall(SYS_gettid), 0));
+    const pid_t child = static_cast<pid_t>(syscall(SYS_fork));
+    if (child == 0)
+        _exit(0);
+    Note("process", child);
+    char program[] = "/bin/true";
+    char *const words[] = {program, nullptr};
+    Note("program", execv(program, words));
 }
 
 } // namespace
@@ -64,8 +97,10 @@ extern "C" void HostileMain(int32_t selector, HostCallRecord *record, void *data
     (void)data;
     const char *behaviour = std::getenv("VX_HOSTILE");
     const std::string_view how = behaviour == nullptr ? "" : behaviour;
-    TellProcess();
+    dprintf(Notebook(), "%d\n", static_cast<int>(getpid()));
     *result = -9999;
+    if (how == "reach")
+        ReachOut();
     if (how == "crash")
         std::abort();
     if (how == "exit")

@@ -101,8 +101,14 @@ class CommandTest(unittest.TestCase):
         environment = {**os.environ, **(environment or {})}
         if hostile is not None:
             environment["VX_HOSTILE"] = hostile
-            environment["VX_HOSTILE_PID"] = self.path("worker.pid")
             words += ("--plugin", HOSTILE)
+            # The worker may open no file for writing, so it gets one that is open. Its number comes first.
+            with open(self.path("worker.notes"), "wb") as notes:
+                environment["VX_HOSTILE_NOTEBOOK"] = str(notes.fileno())
+                return self.spawn(words, environment, pass_fds=[notes.fileno()], **options)
+        return self.spawn(words, environment, **options)
+
+    def spawn(self, words, environment, **options):
         options = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options}
         return subprocess.Popen([VX, *words], cwd=self.folder, env=environment, **options)
 
