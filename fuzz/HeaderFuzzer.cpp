@@ -1,0 +1,24 @@
+// What is read of a document before it is interpreted: its header, by the plug-in and by the command, and its font names.
+#include "cli/HeaderScan.h"
+#include "fuzz/HostileHost.h"
+#include "host/fonts/FontNameScan.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    vxfuzz::Input input(data, size);
+    const auto bytes = std::as_bytes(input.document);
+    const vxhost::HeaderFacts facts = vxhost::ScanHeader(bytes);
+    const std::vector<vxhost::AskedFont> fonts = vxhost::ScanFontNames(bytes);
+    if (vxhost::WhyRefused(facts, size).find('\n') != std::string::npos ||
+        fonts.size() > vxhost::kMaxAskedFonts) {
+        std::fputs("header: a message of two lines, or too many fonts\n", stderr);
+        std::abort();
+    }
+    input.behaviour.selector = size % 2 == 0 ? kVXCanRead : kVXStreamInfo;
+    vxfuzz::HostileHost host(input);
+    host.Call();
+    return 0;
+}

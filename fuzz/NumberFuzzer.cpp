@@ -1,0 +1,85 @@
+// Numbers: the conversions from text against plain decimal arithmetic, and the fixed-point operations against wider ones.
+#include "plugin/input/BigStrs.h"
+#include "plugin/input/Fixed.h"
+
+#include "host/drawing/FixedText.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace
+{
+
+void Require(bool holds, const char *otherwise)
+{
+    if (!holds) {
+        std::fprintf(stderr, "number: %s\n", otherwise);
+        std::abort();
+    }
+}
+
+// A sign, up to nine digits, a point and up to four: small enough that nothing saturates or is dropped.
+bool IsPlain(const std::string &text)
+{
+    size_t at = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+    const size_t point = std::min(text.find('.'), text.size());
+    const auto areDigits = [&](size_t from, size_t to) {
+        return text.substr(from, to - from).find_first_not_of("0123456789") == std::string::npos;
+    };
+    return point > at && point - at <= 4 && areDigits(at, point) && text.size() <= point + 5 &&
+           (point == text.size() || (text.size() > point + 1 && areDigits(point + 1, text.size())));
+}
+
+void CheckText(const std::string &text)
+{
+    const vx::BigString view = {reinterpret_cast<const uint8_t *>(text.data()),
+                                static_cast<int32_t>(text.size())};
+    int32_t integer = 0;
+    Fixed fixed = 0;
+    const bool isInteger = vx::BigStringAsInteger(&view, &integer);
+    const bool isFixed = vx::BigStringAsFixed(&view, &fixed);
+    if (!IsPlain(text))
+        return;
+    const double value = std::strtod(text.c_str(), nullptr);
+    Require(isFixed && std::abs(fixed / 65536.0 - value) <= 1 / 65536.0, "a decimal that is read as another");
+    if (text.find('.') == std::string::npos)
+        Require(isInteger && integer == value, "an integer that is read as another");
+}
+
+void CheckArithmetic(Fixed a, Fixed b)
+{
+    const double product = a / 65536.0 * (b / 65536.0);
+    if (std::abs(product) < 32767)
+        Require(std::abs(vx::FixedMul(a, b) / 65536.0 - product) <= 1 / 65536.0, "a product that is another");
+    if (b != 0) {
+        const double quotient = static_cast<double>(a) / b;
+        if (std::abs(quotient) < 32767)
+            Require(std::abs(vx::FixedDiv(a, b) / 65536.0 - quotient) <= 1 / 65536.0,
+                    "a quotient that is another");
+    }
+    (void)vx::FixedDiv(a, 0);
+    // What is printed of a number is read as the same number, as long as its digits are few enough to be taken.
+    const std::string text = vxhost::FixedText(a);
+    const vx::BigString view = {reinterpret_cast<const uint8_t *>(text.data()),
+                                static_cast<int32_t>(text.size())};
+    Fixed back = 0;
+    if (std::abs(a / 65536.0) < 21474)
+        Require(vx::BigStringAsFixed(&view, &back) && std::abs(back - a) <= 1,
+                "a number that is printed as another");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    CheckText(std::string(reinterpret_cast<const char *>(data), size));
+    Fixed pair[2];
+    for (size_t at = 0; at + sizeof pair <= size; at += sizeof pair) {
+        std::memcpy(pair, data + at, sizeof pair);
+        CheckArithmetic(pair[0], pair[1]);
+    }
+    return 0;
+}
