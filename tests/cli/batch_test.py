@@ -197,11 +197,11 @@ class Batch(CommandTest):
         process = self.start("batch", "-o", "{stem}.png", "-j", "2", hostile="loop", stdin=subprocess.PIPE)
         process.stdin.write(b"a.vx\nb.vx\n")
         process.stdin.flush()
-        while not os.path.exists(self.path("worker.pid")):
+        while not self.read("worker.notes").endswith(b"\n"):
             time.sleep(0.05)
         process.send_signal(signal.SIGINT)
         self.assertEqual((*process.communicate(timeout=60), process.returncode), (b"", b"", 130))
-        self.assertEqual(self.files(), ["a.vx", "b.vx", "worker.pid"])
+        self.assertEqual(self.files(), ["a.vx", "b.vx", "worker.notes"])
 
     def test_a_reader_that_leaves_ends_the_batch(self):
         self.write_documents("a.vx")
