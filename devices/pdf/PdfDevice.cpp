@@ -152,8 +152,10 @@ class PdfDevice final : public Device
         program_->state.SetOverprint(shading.overprint);
         content.Operator("q");
         content.Factors(use->matrix).Operator("cm");
-        content.AddPath(AreaOf(shading.kind));
-        content.Operator("W n");
+        if (shading.ground.IsEmpty()) {
+            content.AddPath(AreaOf(shading.kind));
+            content.Operator("W n");
+        }
         content.Name(use->name).Operator("sh");
         content.Operator("Q");
     }

@@ -152,7 +152,7 @@ class RasterDevice : public Device
         if (!IsSeen(path, 0) || ink.keep == ~InkWord{0})
             return;
         // Documents like to fill what they just clipped to: that is the clip, and known already.
-        if (path.points == lastClip_.points && path.verbs == lastClip_.verbs) {
+        if (path == lastClip_) {
             painter_.Paint(clips_.Top(), buffer_.get(), FlatInk{buffer_.get(), ink});
             return;
         }
@@ -205,7 +205,7 @@ class RasterDevice : public Device
             if (!IsSeen(shader_.Outline(), 0))
                 continue;
             shader_.MixInks();
-            if (shader_.Covers(clips_.Top().Limits())) {
+            if (shader_.Outline() == lastClip_ || shader_.Covers(clips_.Top().Limits())) {
                 painter_.Paint(clips_.Top(), buffer_.get(), lay);
             } else {
                 ScanFill(shader_.Outline());

@@ -115,8 +115,14 @@ bool Gradients::PaintRadial(const Shading &shading, const Matrix &matrix)
         xml_->Attribute("fx", focus.x);
         xml_->Attribute("fy", focus.y);
     }
-    xml_->Markup("/>\n<circle");
-    writeCircle();
+    if (shading.ground.IsEmpty()) {
+        xml_->Markup("/>\n<circle");
+        writeCircle();
+    } else {
+        xml_->Markup("/>\n<path d=\"");
+        WritePathData(shading.ground, Product(toPicture_, frame.fromPicture), xml_);
+        xml_->Markup("\"");
+    }
     if (!frame.isPlain)
         xml_->Transform(frame.toPicture);
     EndShape(shading, ramp);

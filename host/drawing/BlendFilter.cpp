@@ -6,6 +6,7 @@ namespace vxhost
 void BlendFilter::BeginPage(const Page &page)
 {
     Flushed()->BeginPage(page);
+    clip_.Clear();
 }
 
 void BlendFilter::Save()
@@ -16,15 +17,22 @@ void BlendFilter::Save()
 void BlendFilter::Restore()
 {
     Flushed()->Restore();
+    clip_.Clear();
 }
 
 void BlendFilter::ClipPath(const Path &path)
 {
     Flushed()->ClipPath(path);
+    clip_ = path;
 }
 
 void BlendFilter::FillPath(const Path &path, const Paint &paint)
 {
+    if (!clip_.IsEmpty() && path == clip_) {
+        Flushed();
+        discs_.HoldGround(&clip_, paint);
+        return;
+    }
     // The path of a strip and that of a disc have five verbs, and few others do.
     constexpr size_t kStepVerbs = 5;
     if (path.verbs.size() == kStepVerbs) {

@@ -41,6 +41,7 @@ class BlendFilter final : public Device
     // One of them holds something back at a time.
     StripBlend strips_;
     DiscBlend discs_;
+    Path clip_; // the innermost one, as long as that is known; keeps its storage
 };
 
 } // namespace vxhost

@@ -4,6 +4,8 @@
 #include "host/drawing/Vectors.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace vxhost
 {
@@ -24,6 +26,11 @@ constexpr double kQuarterError = 0.01;
 
 // How far from its place a centre may be, in steps of the radius.
 constexpr double kPlaceError = 0.1;
+
+// A blend has about one step a percent.
+constexpr double kGroundStep = 0.01;
+// Circles that touch do not reach all that lies around them.
+constexpr double kMostOffCentre = 0.99;
 
 } // namespace
 
@@ -74,6 +81,13 @@ void DiscBlend::Flush(Device *device)
 {
     while (!discs_.IsEmpty())
         TakeShape(device);
+    FillGround(device);
+}
+
+void DiscBlend::FillGround(Device *device)
+{
+    if (ground_ != nullptr)
+        device->FillPath(*std::exchange(ground_, nullptr), groundPaint_);
 }
 
 // The first discs of the queue go on as a shading, or the first as it is.
@@ -82,10 +96,13 @@ void DiscBlend::TakeShape(Device *device)
     const size_t steps = discs_.CountRamp();
     Shading shading;
     if (steps > 0 && MakeShading(steps, &shading)) {
+        TakeGround(&shading);
+        FillGround(device);
         device->Shade(shading);
         discs_.Pop(steps);
         return;
     }
+    FillGround(device);
     const Disc &first = discs_.Front();
     path_.verbs.assign(std::begin(kDiscVerbs), std::end(kDiscVerbs));
     path_.points.assign(first.path.begin(), first.path.end());
@@ -123,6 +140,23 @@ bool DiscBlend::MakeShading(size_t steps, Shading *shading) const
     shading->spans = MakeSpans(discs_.Paints(steps), starts, end);
     shading->overprint = discs_.BackPaint().overprint;
     return true;
+}
+
+// Its colour is where the blend begins, at most one step before the first disc's. Overprinted discs leave of the
+// ground's inks those that they have not, which a shading cannot.
+void DiscBlend::TakeGround(Shading *shading)
+{
+    Colour &first = shading->spans.front().colours.front();
+    if (ground_ == nullptr || shading->overprint || !AreAlike(groundPaint_, discs_.Paints(1).front()))
+        return;
+    for (int i = 0; i < 4; ++i) {
+        if (std::abs(groundPaint_.colour.ink[i] - first.ink[i]) > kGroundStep)
+            return;
+    }
+    if (Length(shading->last.centre) > (1 - shading->last.radius) * kMostOffCentre)
+        return;
+    first = groundPaint_.colour;
+    shading->ground = *std::exchange(ground_, nullptr);
 }
 
 } // namespace vxhost

@@ -1,7 +1,7 @@
 // Disc blends: finds the radial blends among discs that are painted one upon the other, ever smaller.
 //
 // Between two stops they shrink by equal steps, and with a highlight their centres move by equal steps. The discs of
-// two stops become one radial shading.
+// two stops become one radial shading. What lies around the first disc is painted first, as the ground, and belongs to it.
 #pragma once
 
 #include "host/drawing/Device.h"
@@ -18,9 +18,16 @@ class DiscBlend
     // Holds the shape back, or does nothing and returns false when it is no disc. What can no longer become part of a
     // shading goes on to the device, which is the same one for all calls.
     bool Add(const Path &path, const Paint &paint, Device *device);
+    // Holds back what may be the ground of the discs that come next, if nothing else is held. The path of the clip lasts
+    // until the next flush.
+    void HoldGround(const Path *clip, const Paint &paint)
+    {
+        ground_ = clip;
+        groundPaint_ = paint;
+    }
     // All that is held back goes on.
     void Flush(Device *device);
-    bool IsEmpty() const { return discs_.IsEmpty(); }
+    bool IsEmpty() const { return discs_.IsEmpty() && ground_ == nullptr; }
 
   private:
     // The unit circle under a matrix: its centre, and what (1, 0) and (0, 1) become of, less the centre.
@@ -32,8 +39,12 @@ class DiscBlend
     static bool ReadDisc(const Path &path, Disc *disc);
     bool Continues(const Disc &disc, const Paint &paint) const;
     void TakeShape(Device *device);
+    void FillGround(Device *device);
     bool MakeShading(size_t steps, Shading *shading) const;
+    void TakeGround(Shading *shading);
 
+    const Path *ground_ = nullptr;
+    Paint groundPaint_;
     StepQueue<Disc> discs_;
     double radius_ = 0; // of the first that came into the empty queue
     Path path_;         // keeps its storage

@@ -43,6 +43,7 @@ struct Path {
     std::vector<Verb> verbs;
     std::vector<Point> points;
 
+    friend bool operator==(const Path &, const Path &) = default;
     bool IsEmpty() const { return verbs.empty(); }
     // Keeps the storage, so that a path of the same size costs no allocation.
     void Clear()

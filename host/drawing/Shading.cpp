@@ -39,6 +39,8 @@ Path OutlineOf(const Shading &shading, double from, double to)
 {
     if (shading.kind == ShadingKind::Axial)
         return Strip(shading.matrix, from, to);
+    if (from == 0 && !shading.ground.IsEmpty())
+        return shading.ground;
     const Shading::Circle &first = shading.first, &last = shading.last;
     return Disc(shading.matrix, Between(first.centre, last.centre, from),
                 first.radius + (last.radius - first.radius) * from);

@@ -39,9 +39,12 @@ struct Shading {
     Circle first, last;
     std::vector<ColourSpan> spans; // adjoining, from 0 to 1, in ascending order
     bool overprint = false;        // as for a paint, at every point by its own colour
+    // Radial, with the last circle well inside the first: when not empty, the path of a clip in force, all of which is
+    // painted, beyond the first circle in the first colour.
+    Path ground = {};
 };
 
-// What its part between two parameters covers: a strip of the square, or the disc of the first.
+// What its part between two parameters covers: a strip of the square, or the disc of the first, or the ground.
 Path OutlineOf(const Shading &shading, double from, double to);
 
 // Paints it as flat shapes again, one for each colour: for a device, or a combination, that knows no shadings.

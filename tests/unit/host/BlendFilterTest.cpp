@@ -49,6 +49,7 @@ constexpr Matrix kSegment = {40, 0, 0, 80, 10, 5};
 constexpr Matrix kNextSegment = {60, 0, 0, 80, 50, 5};
 
 const Paint kBlack = Gray(0), kWhite = Gray(1);
+const Path kTriangle = {{Verb::Move, Verb::Line, Verb::Line}, {{0, 0}, {90, 0}, {90, 90}}};
 
 struct BlendCase {
     const char *name;
@@ -238,6 +239,64 @@ const BlendCase kBlends[] = {
      "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 1 64 gray 0.999844 .. gray 0.36; "
      "shade 40 0 0 80 10 5 to 1 65 gray 0 .. gray 0.65; "
      "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 1 64 gray 0.999844 .. gray 0.36; end"},
+    // What was just clipped to is filled with the outer stop's colour, which is where the shading begins then.
+    {"DiscsOnTheirGround",
+     [](Device *to) {
+         to->ClipPath(kTriangle);
+         to->FillPath(kTriangle, kWhite);
+         FillDiscs(to, {30, 0, 0, 30, 50, 60}, 64, 0.5, Gray(0.36), 1, kWhite);
+         FillDiscs(to, {30, 0, 0, 30, 50, 60}, 32, 0, Gray(0.68), 0.5, Gray(0.36));
+     },
+     "clip M0 0 L90 0 L90 90; "
+     "shade 30 0 0 30 50 60 0,0+1 0,0+0.5 to 1 64 gray 1 .. gray 0.36 around M0 0 L90 0 L90 90; "
+     "shade 15 0 0 15 50 60 0,0+1 0,0+0 to 1 32 gray 0.36001 .. gray 0.68; end"},
+    // A clip within lasts no longer than its level, and then it is not known what the clip is.
+    {"DiscsOnWhatMayNotBeTheirGround",
+     [](Device *to) {
+         to->ClipPath(kTriangle);
+         to->Save();
+         to->ClipPath(kTriangle);
+         to->Restore();
+         to->FillPath(kTriangle, kWhite);
+         FillDiscs(to, {30, 0, 0, 30, 50, 60}, 64, 0, Gray(0.36), 1, kWhite);
+     },
+     "clip M0 0 L90 0 L90 90; save; clip M0 0 L90 0 L90 90; restore; fill M0 0 L90 0 L90 90 gray 1; "
+     "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 1 64 gray 0.999844 .. gray 0.36; end"},
+    // 2 of 100 darker than the first disc, or of ink.
+    {"DiscsOnOtherGrounds",
+     [](Device *to) {
+         for (const Paint &ground : {Gray(0.98), Cmyk(0, 0, 0, 0), Gray(1, true)}) {
+             to->ClipPath(kTriangle);
+             to->FillPath(kTriangle, ground);
+             FillDiscs(to, {30, 0, 0, 30, 50, 60}, 64, 0, Gray(0.36), 1, kWhite);
+         }
+     },
+     "clip M0 0 L90 0 L90 90; fill M0 0 L90 0 L90 90 gray 0.98; "
+     "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 1 64 gray 0.999844 .. gray 0.36; "
+     "clip M0 0 L90 0 L90 90; fill M0 0 L90 0 L90 90 cmyk 0 0 0 0; "
+     "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 1 64 gray 0.999844 .. gray 0.36; "
+     "clip M0 0 L90 0 L90 90; fill M0 0 L90 0 L90 90 gray 1 overprint; "
+     "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 1 64 gray 0.999844 .. gray 0.36; end"},
+    // Overprinted, discs without cyan leave what the ground has of it.
+    {"OverprintedDiscsOnTheirGround",
+     [](Device *to) {
+         to->ClipPath(kTriangle);
+         to->FillPath(kTriangle, Cmyk(0.64, 0.5, 0, 0, true));
+         FillDiscs(to, {30, 0, 0, 30, 50, 60}, 64, 0, Cmyk(0, 0.5, 0, 0, true), 1,
+                   Cmyk(0.64, 0.5, 0, 0, true));
+     },
+     "clip M0 0 L90 0 L90 90; fill M0 0 L90 0 L90 90 cmyk 0.64 0.5 0 0 overprint; "
+     "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 0.984375 63 cmyk 0.639844 0.5 0 0 .. cmyk 0.0101563 0.5 0 0 "
+     "to 1 cmyk 0 0.5 0 0 overprint; end"},
+    // All of the highlight's way is all of the radius: the circles touch, and none of them reaches what lies there.
+    {"DiscsThatTouchOnTheirGround",
+     [](Device *to) {
+         to->ClipPath(kTriangle);
+         to->FillPath(kTriangle, kWhite);
+         FillDiscs(to, {10, 0, 0, 10, 0, 0}, 64, 0, Gray(0.36), 1, kWhite, {9.96875, 0});
+     },
+     "clip M0 0 L90 0 L90 90; fill M0 0 L90 0 L90 90 gray 1; "
+     "shade 10 0 0 10 0.00244141 0 0,0+1 0.996631,0+0 to 1 64 gray 0.999844 .. gray 0.36; end"},
 };
 
 class Blends : public testing::TestWithParam<BlendCase>
@@ -272,6 +331,18 @@ void FillFields(Device *to, const std::vector<double> &grays, double width = 10)
 
 const OrdinaryCase kOrdinary[] = {
     {"Nothing", [](Device *) {}},
+    {"GroundsWithoutDiscs",
+     [](Device *to) {
+         to->ClipPath(kTriangle);
+         to->FillPath(kTriangle, kWhite);
+         to->FillPath(kTriangle, kBlack);
+         to->Save();
+         to->FillPath(kTriangle, kWhite);
+         to->FillPath(Strip(kSegment, 0, 1), kBlack);
+         to->FillPath(kTriangle, kWhite);
+         to->FillPath(Disc(kSegment, 1), kBlack);
+         to->FillPath(kTriangle, kWhite);
+     }},
     {"TwoRectangles",
      [](Device *to) {
          FillFields(to, {0.5, 0.51});
@@ -544,8 +615,8 @@ const DocumentCase kDocuments[] = {
     // highlight's 3 and 4 the largest of the 64 discs has 65520/65536.
     {"Radial", "(Ramp) 1 2 Bd\n[\n0.36 0 50 0 Bs\n1 0 50 100 Bs\nBD\n",
      "1 (Ramp) 0 0 0 80 1 0 0 1 0 0 Bg\n3 4 0 0 Bh\n10 0 0 10 0 0 Bm\n",
-     "fill M0 0 L90 0 L90 90 Z gray 1; shade 10 0 0 10 0.000732422 0.000976562 0,0+1 "
-     "0.299927,0.399902+0 to 1 64 gray 0.999847 .. gray 0.360001"},
+     "shade 10 0 0 10 0.000732422 0.000976562 0,0+1 0.299927,0.399902+0 to 1 64 gray 1 .. gray 0.360001 "
+     "around M0 0 L90 0 L90 90 Z"},
 };
 
 class BlendDocuments : public testing::TestWithParam<DocumentCase>

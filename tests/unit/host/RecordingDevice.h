@@ -58,6 +58,8 @@ class RecordingDevice final : public vxhost::Device
                 text += " " + std::to_string(count) + Text(span.colours[0]) + " ..";
             text += Text(span.colours.at(count - 1));
         }
+        if (!shading.ground.IsEmpty())
+            text += " around" + Text(shading.ground);
         Add(text + (shading.overprint ? " overprint" : ""));
     }
     bool CanShow(const vxhost::TextFont &font) override { return font.asked == canShow; }
