@@ -21,7 +21,7 @@ void Painter::Begin(const InkBuffer &buffer)
 
 // The end of a span changes the rest of the samples in its own pixel and, from the next pixel on, the first
 // ones as well.
-void Painter::AddSpans(std::span<const Span> spans, int rowInPixel)
+void Painter::AddSpans(std::span<const Span> spans, int rowInPixel, const InkBuffer &buffer)
 {
     const int shift = shift_, at = rowInPixel << shift_, last = samples_ - 1;
     const uint64_t row = (uint64_t{2} << last) - 1;
@@ -33,6 +33,7 @@ void Painter::AddSpans(std::span<const Span> spans, int rowInPixel)
     };
     const auto addEnd = [&](int32_t column) {
         const auto pixel = static_cast<size_t>(column >> shift);
+        buffer.Prefetch(column >> shift);
         const uint64_t first = (uint64_t{1} << (column & last)) - 1;
         change(pixel, row & ~first);
         if (first != 0)

@@ -36,24 +36,26 @@ class Painter
 
   private:
     void Begin(const InkBuffer &buffer);
-    bool IsRowEmpty() const { return firstWord_ > lastWord_; }
-    void AddSpans(std::span<const Span> spans, int rowInPixel);
+    void AddSpans(std::span<const Span> spans, int rowInPixel, const InkBuffer &buffer);
 
     template <class Sweep, class Lay>
     void PaintRows(Sweep &&sweep, InkBuffer *buffer, Lay &&lay)
     {
         Begin(*buffer);
         int32_t pixelRow = -1;
+        bool hasMemory = false;
         const auto endRow = [&] {
-            if (!IsRowEmpty() && buffer->SelectRow(pixelRow))
+            if (hasMemory)
                 LayRow([&](int left, int right, uint64_t mask) { lay(pixelRow, left, right, mask); });
         };
         sweep([&](int32_t y, std::span<const Span> spans) {
             if (y >> shift_ != pixelRow) {
                 endRow();
                 pixelRow = y >> shift_;
+                hasMemory = buffer->SelectRow(pixelRow);
             }
-            AddSpans(spans, y & (samples_ - 1));
+            if (hasMemory)
+                AddSpans(spans, y & (samples_ - 1), *buffer);
         });
         endRow();
     }

@@ -21,6 +21,9 @@ constexpr int kBatch = 128; // pixels
 // Spans whose colours meet within so many of 255 run on: the last step of a blend falls a little short of its end.
 constexpr int kRunsOn = 1;
 
+// Circles that touch make no cone.
+constexpr double kMostOffCentre = 0.99;
+
 // Four curves make a circle that is nowhere smaller than this.
 constexpr double kInsideCurves = 0.999;
 
@@ -45,7 +48,7 @@ bool AreNested(const Shading &shading)
 {
     const double shrinks = shading.first.radius - shading.last.radius;
     return shrinks > 0 && shading.last.radius >= 0 &&
-           Length(shading.last.centre - shading.first.centre) <= shrinks;
+           Length(shading.last.centre - shading.first.centre) <= shrinks * kMostOffCentre;
 }
 
 Colour ColourAt(const ColourSpan &span, double parameter)
@@ -66,9 +69,9 @@ Colour ColourAt(const ColourSpan &span, double parameter)
 
 // An ink's places begin half of one before it. The order of the operands makes what is no number 0.
 constexpr double kHalf = 0.5;
-int32_t IndexOf(float place, float last)
+float Clamped(float place, float last)
 {
-    return static_cast<int32_t>(std::min(std::max(0.0F, place), last));
+    return std::max(0.0F, std::min(place, last));
 }
 
 } // namespace
@@ -85,14 +88,21 @@ bool Shader::Begin(const Shading &shading, const Matrix &toSamples, int samples,
         return IsUsable(toUnit_);
     if (!AreNested(shading))
         return false;
+    // In radii of the first circle and along the way of the centres, the circle of t around a point (x, y) solves
+    //   (x - move t)² + y² = (1 + grows t)².
+    // With a = move² - grows², below 0, u = grows x + move and v = √-a y, the smaller solution is
+    //   t = (move u / grows - a / grows + √(u² + v²)) / a.
     const double scale = 1 / shading.first.radius;
-    const Point move = (shading.last.centre - shading.first.centre) * scale;
-    const double grows = shading.last.radius * scale - 1;
-    toCircles_ = Product(
-        toUnit_, {scale, 0, 0, scale, -shading.first.centre.x * scale, -shading.first.centre.y * scale});
-    circles_ = {static_cast<float>(move.x), static_cast<float>(move.y), static_cast<float>(grows),
-                static_cast<float>(Dot(move, move) - grows * grows)};
-    return IsUsable(toUnit_) && IsUsable(toCircles_);
+    const Point way = (shading.last.centre - shading.first.centre) * scale;
+    const double move = Length(way), grows = shading.last.radius * scale - 1, a = move * move - grows * grows;
+    const Point along = move > 0 ? way * (1 / move) : Point{1, 0};
+    const double across = std::sqrt(-a);
+    const Matrix toRadii = {
+        scale, 0, 0, scale, -shading.first.centre.x * scale, -shading.first.centre.y * scale};
+    const Matrix toCone = {grows * along.x, -across * along.y, grows * along.y, across * along.x, move, 0};
+    toCone_ = Product(Product(toUnit_, toRadii), toCone);
+    cone_ = {-1 / grows, move / (grows * a), 1 / a};
+    return IsUsable(toUnit_) && IsUsable(toCone_);
 }
 
 bool Shader::RunsOn(const ColourSpan &span, const ColourSpan &next) const
@@ -119,19 +129,15 @@ bool Shader::NextPart()
     return true;
 }
 
-// A pixel's distance from the centre is the radius, where squares are a·t² - 2·b·t + c = 0. a and c are not positive,
-// nor is b then, and the smaller solution is wanted.
+// The place of a pixel, which is the larger the smaller the circle that it lies on.
 struct Shader::RadialPlaces {
-    const Circles &circles;
-    float x, y, stepX, stepY; // of the first pixel, and on to the next
-    float first, perUnit;
+    float x, y, stepX, stepY; // in the cone, of the first pixel, and on to the next
+    float tip, perX, perLength;
 
     float operator()(float i) const
     {
         const float atX = x + stepX * i, atY = y + stepY * i;
-        const float b = atX * circles.moveX + atY * circles.moveY + circles.grows;
-        const float c = atX * atX + atY * atY - 1;
-        return first + perUnit * (c / (b - std::sqrt(std::max(0.0F, b * b - circles.a * c))));
+        return tip + perX * atX + perLength * std::sqrt(atX * atX + atY * atY);
     }
 };
 
@@ -199,9 +205,9 @@ void Shader::MixInks()
         kept_.clear();
 }
 
-Ink Shader::InkAt(int32_t index) const
+Ink Shader::InkAt(float place) const
 {
-    const auto at = static_cast<size_t>(index);
+    const auto at = static_cast<size_t>(place);
     return {inks_[at], kept_.empty() ? 0 : kept_[at]};
 }
 
@@ -210,21 +216,25 @@ Ink Shader::InkAt(int32_t index) const
 template <class PlaceAt>
 void Shader::PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, const PlaceAt &placeAt) const
 {
+    const auto last = static_cast<float>(inks_.size() - 1);
+    if (right - left == 1) { // as at every edge
+        buffer->Paint(left, right, mask, InkAt(Clamped(placeAt(0), last)));
+        return;
+    }
     const bool replaces = kept_.empty() && buffer->IsWhole(mask);
     InkWord *pixels = replaces ? buffer->Replace(left, right) : nullptr;
     const InkWord *inks = inks_.data();
-    const auto last = static_cast<float>(inks_.size() - 1);
     for (int begin = left; begin < right; begin += kBatch) {
-        int32_t index[kBatch];
+        float places[kBatch];
         const int count = std::min(kBatch, right - begin), offset = begin - left;
         for (int i = 0; i < count; ++i)
-            index[i] = IndexOf(placeAt(static_cast<float>(offset + i)), last);
+            places[i] = Clamped(placeAt(static_cast<float>(offset + i)), last);
         if (replaces) {
             for (int i = 0; i < count; ++i)
-                *pixels++ = inks[index[i]];
+                *pixels++ = inks[static_cast<int32_t>(places[i])];
         } else {
             for (int i = 0; i < count; ++i)
-                buffer->Paint(begin + i, begin + i + 1, mask, InkAt(index[i]));
+                buffer->Paint(begin + i, begin + i + 1, mask, InkAt(places[i]));
         }
     }
 }
@@ -232,19 +242,20 @@ void Shader::PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, co
 void Shader::Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
 {
     const Point centre = {left + 0.5, y + 0.5};
-    const auto perUnit = static_cast<float>(perUnit_);
     if (shading_->kind == ShadingKind::Radial) {
-        const Point at = toCircles_.Map(centre);
+        const Point at = toCone_.Map(centre);
         PaintEach(left, right, mask, buffer,
-                  RadialPlaces{circles_, static_cast<float>(at.x), static_cast<float>(at.y),
-                               static_cast<float>(toCircles_.a), static_cast<float>(toCircles_.b),
-                               static_cast<float>(kHalf - start_ * perUnit_), perUnit});
+                  RadialPlaces{static_cast<float>(at.x), static_cast<float>(at.y),
+                               static_cast<float>(toCone_.a), static_cast<float>(toCone_.b),
+                               static_cast<float>((cone_.tip - start_) * perUnit_ + kHalf),
+                               static_cast<float>(cone_.perX * perUnit_),
+                               static_cast<float>(cone_.perLength * perUnit_)});
         return;
     }
     const auto first = static_cast<float>((toUnit_.Map(centre).x - start_) * perUnit_ + kHalf),
                step = static_cast<float>(toUnit_.a * perUnit_);
     if (step == 0)
-        buffer->Paint(left, right, mask, InkAt(IndexOf(first, static_cast<float>(inks_.size() - 1))));
+        buffer->Paint(left, right, mask, InkAt(Clamped(first, static_cast<float>(inks_.size() - 1))));
     else
         PaintEach(left, right, mask, buffer, [=](float i) { return first + step * i; });
 }

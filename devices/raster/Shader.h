@@ -33,14 +33,14 @@ class Shader
     Ink InkOf(const Colour &colour) const { return FindInk({colour, shading_->overprint}, overprint_); }
     bool RunsOn(const ColourSpan &span, const ColourSpan &next) const;
     double PixelsAcross() const;
-    Ink InkAt(int32_t index) const;
+    Ink InkAt(float place) const; // from 0 to the last one's
     template <class PlaceAt>
     void PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, const PlaceAt &placeAt) const;
 
-    // Of a radial shading, in radii of its first circle.
-    struct Circles {
-        float moveX, moveY, grows; // from the first to the last
-        float a;                   // of the equation that finds the circle around a point
+    // A radial shading is a cone seen from its tip: a parameter is made of the distance to the tip and that along the
+    // way of the centres.
+    struct Cone {
+        double tip, perX, perLength;
     };
     struct RadialPlaces;
 
@@ -48,8 +48,8 @@ class Shader
     bool overprint_ = false;
     Matrix toUnit_;      // pixels to the space that the shading is in
     double samples_ = 1; // a side of a pixel
-    Matrix toCircles_;   // pixels to radii, from the centre of the first circle
-    Circles circles_ = {};
+    Matrix toCone_;      // pixels to the space of the cone, whose tip is 0, 0
+    Cone cone_ = {};
 
     size_t firstSpan_ = 0, endSpan_ = 0; // of the part
     Path outline_;
