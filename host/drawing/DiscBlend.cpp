@@ -29,6 +29,9 @@ constexpr double kPlaceError = 0.1;
 
 // A blend has about one step a percent.
 constexpr double kGroundStep = 0.01;
+// More than the stops of a gradient.
+constexpr size_t kMaxSpans = 64;
+
 // Circles that touch do not reach all that lies around them.
 constexpr double kMostOffCentre = 0.99;
 
@@ -81,6 +84,7 @@ void DiscBlend::Flush(Device *device)
 {
     while (!discs_.IsEmpty())
         TakeShape(device);
+    EndCone(device);
     FillGround(device);
 }
 
@@ -96,12 +100,16 @@ void DiscBlend::TakeShape(Device *device)
     const size_t steps = discs_.CountRamp();
     Shading shading;
     if (steps > 0 && MakeShading(steps, &shading)) {
-        TakeGround(&shading);
-        FillGround(device);
-        device->Shade(shading);
+        if (!Join(shading)) {
+            EndCone(device);
+            TakeGround(&shading);
+            FillGround(device);
+            cone_ = std::move(shading);
+        }
         discs_.Pop(steps);
         return;
     }
+    EndCone(device);
     FillGround(device);
     const Disc &first = discs_.Front();
     path_.verbs.assign(std::begin(kDiscVerbs), std::end(kDiscVerbs));
@@ -157,6 +165,42 @@ void DiscBlend::TakeGround(Shading *shading)
         return;
     first = groundPaint_.colour;
     shading->ground = *std::exchange(ground_, nullptr);
+}
+
+// False when the inner shading does not begin at the last circle, or is not on the way to the tip. Overprinted ones stay
+// apart: which inks they have differs.
+bool DiscBlend::Join(const Shading &inner)
+{
+    if (inner.overprint || cone_.spans.empty() || cone_.spans.size() + inner.spans.size() > kMaxSpans)
+        return false;
+    // Both are discs of one queue, so their matrices differ by a move and a factor.
+    const Point u = {cone_.matrix.a, cone_.matrix.b}, v = {cone_.matrix.c, cone_.matrix.d};
+    const Point move = Point{inner.matrix.tx, inner.matrix.ty} - Point{cone_.matrix.tx, cone_.matrix.ty};
+    const double area = Cross(u, v), factor = Length({inner.matrix.a, inner.matrix.b}) / Length(u);
+    const Point centre = {Cross(move, v) / area, Cross(u, move) / area};
+    const Shading::Circle last = {centre + inner.last.centre * factor, inner.last.radius * factor};
+    const double joint = (1 - factor) / (1 - last.radius);
+    const double step = (1 - factor) / static_cast<double>(cone_.spans.back().colours.size());
+    const auto isNear = [&](double difference) { return std::abs(difference) <= kPlaceError * step; };
+    if (!isNear(cone_.last.radius - factor) || !AreNear(centre, last.centre * joint, kPlaceError * step) ||
+        !AreNear(cone_.last.centre, last.centre * joint, kPlaceError * step))
+        return false;
+    for (ColourSpan &span : cone_.spans) {
+        span.from *= joint;
+        span.to = span.to < 1 ? span.to * joint : joint;
+    }
+    for (const ColourSpan &span : inner.spans) {
+        const auto place = [&](double t) { return t < 1 ? joint + t * (1 - joint) : 1; };
+        cone_.spans.push_back({place(span.from), place(span.to), span.colours});
+    }
+    cone_.last = last;
+    return true;
+}
+
+void DiscBlend::EndCone(Device *device)
+{
+    if (!cone_.spans.empty())
+        device->Shade(std::exchange(cone_, {}));
 }
 
 } // namespace vxhost

@@ -1,7 +1,7 @@
 // Disc blends: finds the radial blends among discs that are painted one upon the other, ever smaller.
 //
 // Between two stops they shrink by equal steps, and with a highlight their centres move by equal steps. The discs of
-// two stops become one radial shading. What lies around the first disc is painted first, as the ground, and belongs to it.
+// all stops become one radial shading, which is a cone seen from its tip. What lies around the first disc is painted first, as the ground, and belongs to it.
 #pragma once
 
 #include "host/drawing/Device.h"
@@ -27,7 +27,7 @@ class DiscBlend
     }
     // All that is held back goes on.
     void Flush(Device *device);
-    bool IsEmpty() const { return discs_.IsEmpty() && ground_ == nullptr; }
+    bool IsEmpty() const { return discs_.IsEmpty() && ground_ == nullptr && cone_.spans.empty(); }
 
   private:
     // The unit circle under a matrix: its centre, and what (1, 0) and (0, 1) become of, less the centre.
@@ -42,10 +42,13 @@ class DiscBlend
     void FillGround(Device *device);
     bool MakeShading(size_t steps, Shading *shading) const;
     void TakeGround(Shading *shading);
+    bool Join(const Shading &inner);
+    void EndCone(Device *device);
 
     const Path *ground_ = nullptr;
     Paint groundPaint_;
     StepQueue<Disc> discs_;
+    Shading cone_;      // what discs have become, for more within; without spans: nothing
     double radius_ = 0; // of the first that came into the empty queue
     Path path_;         // keeps its storage
 };

@@ -208,28 +208,50 @@ const BlendCase kBlends[] = {
      },
      "shade 10 0 0 10 0.00146484 -0.000732422 0,0+1 0.599854,-0.299927+0 to 1 64 gray 0.999844 .. gray 0.36; "
      "end"},
-    // The inner stop lies at half of the radius, which is where the second shading begins, 65534/65536 of its way.
+    // The inner stop lies at half of the radius, where the second blend begins, 65534/65536 of its way.
     {"DiscsOfThreeStops",
      [](Device *to) {
          FillDiscs(to, {30, 0, 0, 30, 50, 60}, 64, 0.5, Gray(0.36), 1, kWhite);
          FillDiscs(to, {30, 0, 0, 30, 50, 60}, 32, 0, Gray(0.68), 0.5, Gray(0.36));
      },
+     "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 0.5 64 gray 0.999844 .. gray 0.36 to 1 32 gray 0.36001 .. gray "
+     "0.68; "
+     "end"},
+    // On the way to the highlight, 6 to the right, the joint lies half way.
+    {"DiscsOfThreeStopsTowardsAHighlight",
+     [](Device *to) {
+         FillDiscs(to, {10, 0, 0, 10, 0, 0}, 64, 0.5, Gray(0.36), 1, kWhite, {6, 0});
+         FillDiscs(to, {10, 0, 0, 10, 0, 0}, 32, 0, Gray(0.68), 0.5, Gray(0.36), {6, 0});
+     },
+     "shade 10 0 0 10 0.000732422 0 0,0+1 0.599927,0+0 to 0.5 64 gray 0.999844 .. gray 0.36 "
+     "to 1 32 gray 0.36001 .. gray 0.68; end"},
+    // The second goes on straight down from the joint. Its outer disc has 65534/65536 of half of the way, 6, behind it.
+    {"DiscsThatTurn",
+     [](Device *to) {
+         FillDiscs(to, {30, 0, 0, 30, 50, 60}, 64, 0.5, Gray(0.36), 1, kWhite);
+         FillDiscs(to, {30, 0, 0, 30, 50, 63}, 32, 0, Gray(0.68), 0.5, Gray(0.36), {0, -6});
+     },
      "shade 30 0 0 30 50 60 0,0+1 0,0+0.5 to 1 64 gray 0.999844 .. gray 0.36; "
-     "shade 15 0 0 15 50 60 0,0+1 0,0+0 to 1 32 gray 0.36001 .. gray 0.68; end"},
+     "shade 15 0 0 15 50 59.9999 0,0+1 0,-0.199994+0 to 1 32 gray 0.36001 .. gray 0.68; end"},
+    // Inks that the inner ones have not stay as the outer ones left them.
+    {"OverprintedDiscsOfThreeStops",
+     [](Device *to) {
+         FillDiscs(to, {30, 0, 0, 30, 50, 60}, 64, 0.5, Gray(0.36, true), 1, Gray(1, true));
+         FillDiscs(to, {30, 0, 0, 30, 50, 60}, 32, 0, Gray(0.68, true), 0.5, Gray(0.36, true));
+     },
+     "shade 30 0 0 30 50 60 0,0+1 0,0+0.5 to 1 64 gray 0.999844 .. gray 0.36 overprint; "
+     "shade 15 0 0 15 50 60 0,0+1 0,0+0 to 1 32 gray 0.36001 .. gray 0.68 overprint; end"},
     {"ManyStopsOfDiscs",
      [](Device *to) {
          for (int stop = 8; stop > 0; --stop)
              FillDiscs(to, {64, 0, 0, 64, 0, 0}, 64, (stop - 1) / 8.0, Gray(stop % 2 * 0.64), stop / 8.0,
                        Gray((stop - 1) % 2 * 0.64));
      },
-     "shade 64 0 0 64 0 0 0,0+1 0,0+0.875 to 1 64 gray 0.639844 .. gray 0; "
-     "shade 56 0 0 56 0 0 0,0+1 0,0+0.857143 to 1 64 gray 0.00015625 .. gray 0.64; "
-     "shade 48 0 0 48 0 0 0,0+1 0,0+0.833333 to 1 64 gray 0.639844 .. gray 0; "
-     "shade 40 0 0 40 0 0 0,0+1 0,0+0.8 to 1 64 gray 0.00015625 .. gray 0.64; "
-     "shade 32 0 0 32 0 0 0,0+1 0,0+0.75 to 1 64 gray 0.639844 .. gray 0; "
-     "shade 24 0 0 24 0 0 0,0+1 0,0+0.666667 to 1 64 gray 0.00015625 .. gray 0.64; "
-     "shade 16 0 0 16 0 0 0,0+1 0,0+0.5 to 1 64 gray 0.639844 .. gray 0; "
-     "shade 8 0 0 8 0 0 0,0+1 0,0+0 to 1 64 gray 0.00015625 .. gray 0.64; end"},
+     "shade 64 0 0 64 0 0 0,0+1 0,0+0 to 0.125 64 gray 0.639844 .. gray 0 to 0.25 64 gray 0.00015625 .. gray "
+     "0.64 "
+     "to 0.375 64 gray 0.639844 .. gray 0 to 0.5 64 gray 0.00015625 .. gray 0.64 "
+     "to 0.625 64 gray 0.639844 .. gray 0 to 0.75 64 gray 0.00015625 .. gray 0.64 "
+     "to 0.875 64 gray 0.639844 .. gray 0 to 1 64 gray 0.00015625 .. gray 0.64; end"},
     {"DiscsThenStrips",
      [](Device *to) {
          FillDiscs(to, {30, 0, 0, 30, 50, 60}, 64, 0, Gray(0.36), 1, kWhite);
@@ -248,8 +270,8 @@ const BlendCase kBlends[] = {
          FillDiscs(to, {30, 0, 0, 30, 50, 60}, 32, 0, Gray(0.68), 0.5, Gray(0.36));
      },
      "clip M0 0 L90 0 L90 90; "
-     "shade 30 0 0 30 50 60 0,0+1 0,0+0.5 to 1 64 gray 1 .. gray 0.36 around M0 0 L90 0 L90 90; "
-     "shade 15 0 0 15 50 60 0,0+1 0,0+0 to 1 32 gray 0.36001 .. gray 0.68; end"},
+     "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 0.5 64 gray 1 .. gray 0.36 to 1 32 gray 0.36001 .. gray 0.68 "
+     "around M0 0 L90 0 L90 90; end"},
     // A clip within lasts no longer than its level, and then it is not known what the clip is.
     {"DiscsOnWhatMayNotBeTheirGround",
      [](Device *to) {
