@@ -139,6 +139,8 @@ void Dasher::Walk(std::span<const StrokePoint> points, bool closed)
     if (closed && points.back().at != start)
         WalkSegment(points.back().at, {start, false});
 
+    if (startsOn && drawing_ && dash_.back().at == start)
+        dash_.back().leaving = points[0].leaving;
     if (startsOn && holdFirst_) { // one dash all round
         stroker_->StrokeClosed(dash_);
         return;

@@ -6,6 +6,8 @@
 
 #include "devices/raster/Samples.h"
 
+#include <array>
+
 namespace vxhost::raster
 {
 
@@ -19,9 +21,23 @@ struct CurvePoints {
     Point p0, p1, p2, p3;
     int Lines() const;
     Point At(double t) const;
+    // Of any length; 0 where the curve is a point.
+    Point DirectionAtStart() const { return FirstVector({p1 - p0, p2 - p0, p3 - p0}); }
+    Point DirectionAtEnd() const { return FirstVector({p3 - p2, p3 - p1, p3 - p0}); }
+
+  private:
+    static Point FirstVector(const std::array<Point, 3> &vectors)
+    {
+        for (const Point vector : vectors) {
+            if (vector != Point{})
+                return vector;
+        }
+        return {};
+    }
 };
 
-// Calls sink.Move(p), Line(p), Smooth(p) and Close(); Smooth is a line to a point in the middle of a curve.
+// Calls sink.Move(p), Line(p), Smooth(p) and Close(); Smooth is a line to a point in the middle of a curve. Each curve is
+// between sink.Leave(direction) and sink.Arrive(direction), since its lines have other directions than itself.
 // A curve that stays outside of bounds grown by reach is given as the line to its end.
 template <class Sink>
 void Flatten(const Path &path, const Matrix &toSamples, const Bounds &bounds, double reach, Sink &&sink)
@@ -50,10 +66,12 @@ void Flatten(const Path &path, const Matrix &toSamples, const Bounds &bounds, do
                 extent.Add(p);
             const int lines = extent.Misses(bounds, reach) ? 1 : curve.Lines();
             const double step = 1.0 / lines;
+            sink.Leave(curve.DirectionAtStart());
             for (int i = 1; i < lines; ++i)
                 sink.Smooth(curve.At(i * step));
             current = curve.p3;
             sink.Line(current);
+            sink.Arrive(curve.DirectionAtEnd());
             break;
         }
         case Verb::Close:

@@ -57,6 +57,8 @@ struct FillOutline {
         current = p;
     }
     void Smooth(Point p) { Line(p); }
+    void Leave(Point) {}
+    void Arrive(Point) {}
     void Close()
     {
         if (current != start)
@@ -78,6 +80,12 @@ struct StrokeLines {
     }
     void Line(Point p) { Add(p, false); }
     void Smooth(Point p) { Add(p, true); }
+    void Leave(Point direction)
+    {
+        if (!points->empty())
+            points->back().leaving = direction;
+    }
+    void Arrive(Point direction) { points->back().arriving = direction; }
     void Add(Point p, bool smooth)
     {
         points->push_back({p, smooth});

@@ -154,7 +154,8 @@ void Stroker::StrokeDot(Point at, Point direction)
         AddCell(at);
 }
 
-// Leaves in kept_ the points that differ from the one before; false when fewer than two are left.
+// Leaves in kept_ the points that differ from the one before; false when fewer than two are left. Of points that are the
+// same the line arrives at the first and leaves the last.
 bool Stroker::KeepDistinct(std::span<const StrokePoint> points, bool closed)
 {
     const auto differ = [](Point a, Point b) { return Dot(a - b, a - b) > kDistinct * kDistinct; };
@@ -162,9 +163,13 @@ bool Stroker::KeepDistinct(std::span<const StrokePoint> points, bool closed)
     for (const StrokePoint &p : points) {
         if (kept_.empty() || differ(p.at, kept_.back().at))
             kept_.push_back(p);
+        else
+            kept_.back().leaving = p.leaving;
     }
-    while (closed && kept_.size() > 1 && !differ(kept_.back().at, kept_.front().at))
+    while (closed && kept_.size() > 1 && !differ(kept_.back().at, kept_.front().at)) {
+        kept_.front().arriving = kept_.back().arriving;
         kept_.pop_back();
+    }
     return kept_.size() > 1;
 }
 
@@ -208,6 +213,15 @@ Stroker::Segment Stroker::MakeSegment(Point from, Point to) const
     return segment;
 }
 
+// In pen space, where the segment is the line next to a point and direction the one that a curve has there.
+Point Stroker::UnitOf(Point direction, const Segment &segment) const
+{
+    if (direction == Point{})
+        return segment.unit;
+    const Point inPen = pen_.ToPen(direction);
+    return inPen * (1 / Length(inPen));
+}
+
 void Stroker::BeginSides(Point at, const Segment &segment)
 {
     left_ = at + segment.offset;
@@ -229,12 +243,19 @@ void Stroker::AddJoin(const StrokePoint &at, const Segment &before, const Segmen
     const double cross = Cross(before.unit, after.unit);
     const double shorter = std::min(before.length, after.length);
     const LineJoin join = at.smooth ? LineJoin::Round : join_;
-    const bool mitred = join == LineJoin::Miter && (1 + dot) * miterLimit_ * miterLimit_ >= 2;
+    // A corner of curves is as sharp as they are, not as the lines that stand for them.
+    Point arriving, leaving;
+    bool mitred = false;
+    if (join == LineJoin::Miter) {
+        arriving = UnitOf(at.arriving, before);
+        leaving = UnitOf(at.leaving, after);
+        mitred = (1 + Dot(arriving, leaving)) * miterLimit_ * miterLimit_ >= 2;
+    }
     const bool nearlyStraight = join == LineJoin::Round && dot >= arcStepCos_;
 
     // Most corners: the sides meet where their lines do, inside and outside alike. Inside, that is right
     // while the place lies along both segments.
-    if ((mitred || nearlyStraight) && std::abs(cross) <= shorter * (1 + dot)) {
+    if ((mitred || nearlyStraight) && std::abs(cross) < shorter * (1 + dot)) {
         const Point corner = pen_.ToSamples((before.normal + after.normal) * (1 / (1 + dot)));
         AddSides(at.at + corner, at.at - corner);
         return;
@@ -264,7 +285,8 @@ void Stroker::AddJoin(const StrokePoint &at, const Segment &before, const Segmen
         const double angle = std::acos(std::clamp(dot, -1.0, 1.0));
         AddArc(at.at, before.normal * side, -angle * side, outerFrom, outerTo, addOuter);
     } else if (mitred) {
-        const Point tip = at.at + pen_.ToSamples((before.normal + after.normal) * (side / (1 + dot)));
+        const Point across = {-arriving.y - leaving.y, arriving.x + leaving.x};
+        const Point tip = at.at + pen_.ToSamples(across * (side / (1 + Dot(arriving, leaving))));
         addOuter(outerFrom, tip);
         addOuter(tip, outerTo);
     } else {

@@ -39,6 +39,8 @@ class Pen
 struct StrokePoint {
     Point at;
     bool smooth; // in the middle of a curve: joined round, whatever the style says
+    // Of the curves that end and begin here; 0: as the lines to the points beside it.
+    Point arriving = {}, leaving = {};
 };
 
 class Stroker
@@ -70,6 +72,7 @@ class Stroker
     void StrokeTiny(std::span<const StrokePoint> points);
     void AddCell(Point at);
     Segment MakeSegment(Point from, Point to) const;
+    Point UnitOf(Point direction, const Segment &segment) const;
     void BeginSides(Point at, const Segment &segment);
     void AddSides(Point left, Point right);
     void AddJoin(const StrokePoint &at, const Segment &before, const Segment &after);

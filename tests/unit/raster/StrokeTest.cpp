@@ -28,6 +28,10 @@ const PixelCase kStrokes[] = {
     // A right angle's mitre is 1.414 widths long.
     {"BelowTheLimitAMitreIsABevel", "1.4 M " CORNER, 6, 6, "159 159 159"},
     {"AtTheLimitAMitreStays", "1.42 M " CORNER, 6, 6, "0 0 0"},
+    // The curve leaves upwards, and the first of the four lines that stand for it 13 degrees from there: a mitre of 1.28
+    // to that one. The bevel to it lies below 10 of the 16 centres.
+    {"ACurvesOwnDirectionHasTheLimit", "1.4 M 2 w 2 2 m 6 2 l 6 3 7 4 8 4 c s", 6, 6, "96 96 96"},
+    {"ACurvesMitreStaysAtTheLimit", "1.42 M 2 w 2 2 m 6 2 l 6 3 7 4 8 4 c s", 6, 6, "0 0 0"},
     {"TheInsideOfACornerIsClean", CORNER, 4, 4, "255 255 255"},
     {"TurningTheOtherWayIsTheSame", "2 w 6 6 m 6 2 l 2 2 l s", 6, 6, "0 0 0"},
     {"BackOnItselfHasNoMitre", "2 w 2 4 m 6 4 l 2 4 l s", 6, 4, "255 255 255"},
