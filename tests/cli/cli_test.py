@@ -4,7 +4,6 @@ The environment names what is tested: VX the program, VX_HOSTILE_PLUGIN a plug-i
 VX_SANITIZED whether both are instrumented.
 """
 import errno
-import glob
 import json
 import os
 import resource
@@ -15,9 +14,7 @@ import sys
 import time
 import unittest
 
-from vxcommand import CommandTest, LEFT_HALF, Png, SANITIZED, WITHOUT_UNNAMED, document
-
-SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../samples")
+from vxcommand import CommandTest, LEFT_HALF, Png, SANITIZED, WITHOUT_UNNAMED, document, sample, sample_names
 
 
 class Usage(CommandTest):
@@ -678,17 +675,17 @@ class Fonts(CommandTest):
     def test_the_text_of_the_samples_has_its_fonts(self):
         folders = ("opentype/urw-base35", "opentype/ipafont-gothic", "truetype/baekmuk", "truetype/arphic-bsmi00lp")
         only = ["--no-system-fonts"] + [word for folder in folders for word in ("--font-dir", f"/usr/share/fonts/{folder}")]
-        for path in sorted(glob.glob(os.path.join(SAMPLES, "text-*.vx"))):
-            with self.subTest(path=path):
-                fonts, messages = self.fonts(path, *only)
+        for name in [name for name in sample_names() if name.startswith("text-")]:
+            with self.subTest(name):
+                fonts, messages = self.fonts(sample(name), *only)
                 self.assertGreater(sum(font["characters"] for font in fonts.values()), 5)
                 self.assertEqual(sum(font["missingGlyphs"] for font in fonts.values()), 0)
-                missing = 5 if path.endswith("text-missing.vx") else 0
+                missing = 5 if name == "text-missing" else 0
                 self.assertEqual([font["match"] for font in fonts.values()].count("substitute"), missing)
                 self.assertEqual(len(messages), missing)
 
     def test_a_painted_clip_is_one_string(self):
-        fonts, _ = self.fonts(os.path.join(SAMPLES, "text-clip.vx"), *self.ONLY)
+        fonts, _ = self.fonts(sample("text-clip"), *self.ONLY)
         self.assertEqual((fonts["Helvetica-Bold"]["strings"], fonts["Helvetica-Bold"]["characters"]), (2, 12))
 
     def test_the_list(self):

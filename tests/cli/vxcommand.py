@@ -1,4 +1,5 @@
 """What the tests of the vx command stand on: documents, a reader of PNG files, and a command line to run."""
+import glob
 import os
 import struct
 import subprocess
@@ -24,6 +25,16 @@ HEADER = """%!PS-Tavro-3.0
 
 # Paints the left half of a page of 72 by 36 points black.
 LEFT_HALF = "0 0 0 1 k\n0 0 m\n36 0 l\n36 36 l\n0 36 l\nf\n"
+
+SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "samples")
+
+
+def sample(name):
+    return os.path.join(SAMPLES, name + ".vx")
+
+
+def sample_names():
+    return sorted(os.path.splitext(os.path.basename(path))[0] for path in glob.glob(sample("*")))
 
 
 def document(body=LEFT_HALF, box="0 0 72 36", end="%%PageTrailer\n%%EOF\n"):

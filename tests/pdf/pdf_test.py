@@ -1,28 +1,14 @@
 """PDF output, judged by other people's programs: qpdf, poppler, MuPDF and Ghostscript."""
-import glob
 import os
 import re
-import sys
 import unittest
 import unittest.mock
 
+import pictures
+from pictures import run
+from vxcommand import CommandTest, document, sample, sample_names
+
 HERE = os.path.dirname(os.path.abspath(__file__))
-sys.path.insert(0, os.path.join(HERE, "..", "cli"))
-
-from vxcommand import CommandTest, Png, document  # noqa: E402
-
-import pictures  # noqa: E402
-from pictures import run  # noqa: E402
-
-SAMPLES = os.path.join(HERE, "..", "..", "samples")
-
-
-def sample(name):
-    return os.path.join(SAMPLES, name + ".vx")
-
-
-def all_samples():
-    return [os.path.basename(path)[:-3] for path in sorted(glob.glob(sample("*")))]
 
 
 class PdfTest(CommandTest):
@@ -37,7 +23,7 @@ class PdfTest(CommandTest):
 
 class Structure(PdfTest):
     def test_every_sample_is_a_sound_file(self):
-        for name in all_samples():
+        for name in sample_names():
             with self.subTest(name):
                 report = run("qpdf", "--check", self.pdf(sample(name))).decode()
                 self.assertIn("No syntax or stream encoding errors found", report)
@@ -62,12 +48,18 @@ class Structure(PdfTest):
         self.assertNotIn("CreationDate", report)
 
 
+    def test_a_blend_is_one_shading(self):
+        plain = run("qpdf", "--qdf", "--object-streams=disable", self.pdf(sample("gradients")), "-")
+        self.assertGreaterEqual(plain.count(b" sh\n"), 4)
+        self.assertLess(plain.count(b"\nf\n"), 60)
+
+
 class Text(PdfTest):
     def text(self, name, *options):
         return run("pdftotext", "-layout", self.pdf(sample(name), *options), "-").decode()
 
     def test_fonts_are_embedded_subsets_that_know_their_characters(self):
-        for name in [name for name in all_samples() if name.startswith("text-")]:
+        for name in [name for name in sample_names() if name.startswith("text-")]:
             with self.subTest(name):
                 rows = run("pdffonts", self.pdf(sample(name))).decode().splitlines()[2:]
                 self.assertTrue(rows)
@@ -101,8 +93,9 @@ class Text(PdfTest):
         pdf = self.pdf_of(body, "--font-dir", fonts, "--no-system-fonts", box="0 0 40 40")
         self.assertIn("CidKeyed", run("pdffonts", pdf).decode())
         # The square goes from (4, 0) to (20, 16).
-        for image in (pictures.mutool_inks(pdf, 72), pictures.ghostscript_inks(pdf, 72, self.path("out.tif"))):
-            self.assertEqual([image.pixel(*at)[3] for at in ((12, 32), (2, 32), (22, 32), (12, 20))], [255, 0, 0, 0])
+        for inks in pictures.PDF_PROGRAMS.values():
+            image = inks(pdf, 72, self.folder)
+            self.assertEqual([image.getpixel(at)[3] for at in ((12, 32), (2, 32), (22, 32), (12, 20))], [255, 0, 0, 0])
 
     def test_outlines_are_no_text(self):
         pdf = self.pdf(sample("text-japanese"), "--text", "outlines")
@@ -129,8 +122,8 @@ f
 
 class Inks(PdfTest):
     def test_ink_under_overprint_survives(self):
-        plates = pictures.separations(self.pdf_of(OVERPRINT, box="0 0 100 20"), 72, self.path("plate"))
-        amounts = {ink: [255 - plates[ink].pixel(x, 10)[0] for x in (2, 10, 30, 50, 70)] for ink in plates}
+        plates = pictures.plates(self.pdf_of(OVERPRINT, box="0 0 100 20"), 72, self.folder)
+        amounts = {ink: [255 - plates[ink].getpixel((x, 10)) for x in (2, 10, 30, 50, 70)] for ink in plates}
         # Beside the squares, then on each. 0.4 gray is 0.6 black, of 255.
         self.assertEqual(amounts["Cyan"], [255, 0, 255, 0, 255])
         self.assertEqual(amounts["Magenta"], [0] * 5)
@@ -139,8 +132,8 @@ class Inks(PdfTest):
 
     def test_white_that_overprints_takes_black_alone(self):
         body = "0.5 0 0 0.5 k\n0 0 m\n20 0 L\n20 20 L\n0 20 L\nf\n1 O\n1 g\n0 0 m\n10 0 L\n10 20 L\n0 20 L\nf\n"
-        plates = pictures.separations(self.pdf_of(body, box="0 0 20 20"), 72, self.path("plate"))
-        amounts = {ink: [255 - plates[ink].pixel(x, 10)[0] for x in (5, 15)] for ink in plates}
+        plates = pictures.plates(self.pdf_of(body, box="0 0 20 20"), 72, self.folder)
+        amounts = {ink: [255 - plates[ink].getpixel((x, 10)) for x in (5, 15)] for ink in plates}
         for ink, (painted, beside) in {"Cyan": (128, 128), "Black": (0, 128)}.items():
             self.assertAlmostEqual(amounts[ink][0], painted, delta=1)
             self.assertAlmostEqual(amounts[ink][1], beside, delta=1)
@@ -148,82 +141,9 @@ class Inks(PdfTest):
     def test_inks_are_the_documents_numbers(self):
         body = "0.2 0.4 0.6 0.1 k\n0 0 m\n20 0 L\n20 20 L\n0 20 L\nf\n"
         pdf = self.pdf_of(body, box="0 0 20 20")
-        for image in (pictures.mutool_inks(pdf, 72), pictures.ghostscript_inks(pdf, 72, self.path("out.tif"))):
-            for amount, wanted in zip(image.pixel(10, 10), (51, 102, 153, 25.5)):
+        for inks in pictures.PDF_PROGRAMS.values():
+            for amount, wanted in zip(inks(pdf, 72, self.folder).getpixel((10, 10)), (51, 102, 153, 25.5)):
                 self.assertAlmostEqual(amount, wanted, delta=1)
-
-
-# Lines of width 0 are as thin as each program's own samples.
-THIN = {"hairlines"}
-# Poppler shows no overprint on a screen, and gray as no ink.
-NOT_POPPLER = {"overprint", "process-colours", "version-5", "gray", "gradient-black-to-white", "gradient-caps"}
-DPI = 72
-
-
-class Pictures(PdfTest):
-    """Against our own PNG, which is drawn without a profile as the plain arithmetic of inks."""
-
-    def box(self, name):
-        """The document's, in whole points, so that every program has the same pixels."""
-        with open(sample(name), encoding="latin-1") as file:
-            left, bottom, right, top = map(int, re.search(r"%%BoundingBox: *(.*)", file.read())[1].split())
-        return f"--box={left},{bottom},{right},{top}"
-
-    def own(self, name):
-        self.run_vx("render", "-q", sample(name), "-o", "own.png", "--profile", "none", "-r", str(DPI), self.box(name))
-        png = Png(self.read("own.png"))
-        return pictures.Image(png.width, png.height, png.channels, b"".join(png.rows))
-
-    def check(self, one, other, what):
-        self.assertEqual((one.width, one.height, one.channels), (other.width, other.height, other.channels), what)
-        mean, far = pictures.difference(one, other)
-        self.assertLess(mean, 5, what)  # small text is half edges
-        self.assertLess(far, 0.02, what)
-
-    def test_every_sample_looks_as_in_our_png(self):
-        for name in all_samples():
-            if name in THIN:
-                continue
-            with self.subTest(name):
-                pdf = self.pdf(sample(name), self.box(name))
-                own = self.own(name)
-                mutool = pictures.mutool_inks(pdf, DPI)
-                gs = pictures.ghostscript_inks(pdf, DPI, self.path("out.tif"))
-                self.check(own, mutool.changed(pictures.plain), f"{name} by mutool")
-                self.check(own, gs.changed(pictures.plain), f"{name} by gs")
-                if name not in NOT_POPPLER:
-                    poppler = pictures.poppler_colours(pdf, DPI)
-                    self.check(poppler, mutool.changed(pictures.as_poppler), f"{name} by poppler")
-
-
-class Seams(PdfTest):
-    def check_smooth(self, levels, what):
-        """No pixel is off the mean of its neighbours by more than 3."""
-        self.assertGreater(max(levels) - min(levels), 40, f"no ramp at all: {what}")
-        for before, level, after in zip(levels, levels[1:], levels[2:]):
-            self.assertLessEqual(abs(level - (before + after) / 2), 3, what)
-
-    def test_blends_are_smooth(self):
-        pdf = self.pdf(sample("gradients"))
-        dpi = 144  # 600 by 400 pixels
-        programs = {"poppler": pictures.poppler_colours(pdf, dpi),
-                    "mutool": pictures.mutool_inks(pdf, dpi).changed(pictures.plain),
-                    "gs": pictures.ghostscript_inks(pdf, dpi, self.path("out.tif")).changed(pictures.plain)}
-        for program, picture in programs.items():
-            def column(x, top, bottom, colour):
-                return [picture.pixel(x, y)[colour] for y in range(top, bottom)]
-            # The sky down to the hills, and the water down to the bottom.
-            for x in (10, 201, 333, 580):
-                self.check_smooth(column(x, 0, 120, 0), f"the sky at {x} by {program}")
-                self.check_smooth(column(x, 270, 399, 0), f"the water at {x} by {program}")
-            # The sun, from its rim up to its middle, and the slope of the hill.
-            self.check_smooth(column(280, 200, 260, 2), f"the sun by {program}")
-            self.check_smooth([picture.pixel(x, 255)[0] for x in range(425, 600)], f"the hill by {program}")
-
-    def test_a_blend_is_one_shading(self):
-        plain = run("qpdf", "--qdf", "--object-streams=disable", self.pdf(sample("gradients")), "-")
-        self.assertGreaterEqual(plain.count(b" sh\n"), 4)
-        self.assertLess(plain.count(b"\nf\n"), 60)
 
 
 class Standards(PdfTest):

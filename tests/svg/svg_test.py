@@ -1,30 +1,20 @@
-"""SVG files as other programs see them: an XML reader, and rsvg-convert beside our own pictures.
+"""SVG files as other programs see them: an XML reader, and rsvg-convert.
 
 The environment names what is tested: VX the program, VX_SANITIZED whether it is instrumented.
 """
 import base64
-import glob
 import os
 import re
 import resource
 import struct
-import subprocess
 import unittest
 import xml.etree.ElementTree as ElementTree
 
-from vxcommand import CommandTest, Png, SANITIZED, document
+import pictures
+from vxcommand import CommandTest, SANITIZED, document, sample, sample_names
 
-SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "samples")
 SVG = "{http://www.w3.org/2000/svg}"
 XLINK = "{http://www.w3.org/1999/xlink}"
-
-
-def sample(name):
-    return os.path.join(SAMPLES, name + ".vx")
-
-
-def sample_names():
-    return sorted(os.path.splitext(os.path.basename(path))[0] for path in glob.glob(os.path.join(SAMPLES, "*.vx")))
 
 
 class SvgTest(CommandTest):
@@ -35,16 +25,6 @@ class SvgTest(CommandTest):
 
     def root(self, source, *words):
         return ElementTree.fromstring(self.svg(source, *words))
-
-    def ours(self, source, *words):
-        self.run_vx("render", source, "-f", "png", "-o", "ours.png", "-q", *words)
-        return Png(self.read("ours.png"))
-
-    def theirs(self, width, height):
-        """out.svg as rsvg-convert draws it."""
-        subprocess.run(["rsvg-convert", "--background-color", "white", "--width", str(width), "--height", str(height),
-                        "-o", "theirs.png", "out.svg"], cwd=self.folder, check=True, timeout=120)
-        return Png(self.read("theirs.png"))
 
 
 class Files(SvgTest):
@@ -137,78 +117,14 @@ class Files(SvgTest):
         self.assertEqual(families, set(fonts))
         self.assertEqual(len(fonts), 6)
 
-    def test_the_title_is_the_documents(self):
-        self.write("a.vx", document().replace(b"(A \\(small\\) square)", b"(a < b & c)"))
-        self.assertEqual(self.root("a.vx").find(SVG + "title").text, "a < b & c")
-
-
-class Agreement(SvgTest):
-    SIDE = 360    # pixels at most, each way
-    # Differences over all blocks and over the worst one, of 255. Along edges two renderers differ by a few levels; a shape
-    # that is missing, or half a pixel off, shows as more.
-    USUAL = (1.5, 16)
-    LARGER = {
-        "hairlines": (5, 40),        # a pixel is not the same thing to all
-        "pocket-trumpet": (3, 40),   # as there: most lines are thinner than a pixel
-        "overprint": (3, 70),        # multiplied screen colours come out purer than inks upon each other
-    }
-    TEXT = (2.5, 45)  # small letters are smoothed in their own way
-
-    def blocks(self, picture):
-        """The bytes of each block of eight pixels by eight, colour by colour."""
-        for top in range(0, picture.height, 8):
-            rows = picture.rows[top:top + 8]
-            for left in range(0, picture.width, 8):
-                edges = left * picture.channels, min(left + 8, picture.width) * picture.channels
-                for colour in range(3):
-                    yield b"".join(row[edges[0] + colour:edges[1]:picture.channels] for row in rows)
-
-    def compare(self, name, most, *words):
-        with self.subTest(sample=name):
-            self.svg(sample(name), *words)
-            ours = self.ours(sample(name), "--fit", str(self.SIDE))
-            theirs = self.theirs(ours.width, ours.height)
-            self.assertEqual((ours.width, ours.height), (theirs.width, theirs.height))
-            found = [sum(abs(x - y) for x, y in zip(a, b)) / len(a)
-                     for a, b in zip(self.blocks(ours), self.blocks(theirs))]
-            self.assertLess(sum(found) / len(found), most[0])
-            self.assertLess(max(found), most[1])
-
-    def test_outlines_look_like_our_pictures(self):
-        for name in sample_names():
-            self.compare(name, self.LARGER.get(name, self.USUAL), "--text", "outlines")
-
-    # The fonts are installed here, so a viewer that does not read the embedded ones finds them.
-    def test_text_looks_like_our_pictures(self):
-        for name in sample_names():
-            if name.startswith("text-"):
-                self.compare(name, self.TEXT)
-
-
-class Seams(SvgTest):
-    def check_smooth(self, levels):
-        """No pixel is off the mean of its neighbours by more than 3."""
-        self.assertGreater(len(levels), 20)
-        self.assertGreater(max(levels) - min(levels), 40, "no ramp at all")
-        for before, level, after in zip(levels, levels[1:], levels[2:]):
-            self.assertLessEqual(abs(level - (before + after) / 2), 3)
-
-    def test_blends_are_smooth(self):
-        self.svg(sample("gradients"))
-        picture = self.theirs(600, 400)
-        column = lambda x, top, bottom, colour: [picture.pixel(x, y)[colour] for y in range(top, bottom)]
-        # The sky down to the hills, and the water down to the bottom.
-        for x in (10, 201, 333, 580):
-            self.check_smooth(column(x, 0, 120, 0))
-            self.check_smooth(column(x, 270, 400, 0))
-        # The sun, from its rim up to its middle, and the slope of the hill.
-        self.check_smooth(column(280, 200, 260, 2))
-        self.check_smooth([picture.pixel(x, 255)[0] for x in range(425, 600)])
-
     def test_a_blend_is_one_element(self):
         root = self.root(sample("gradients"))
         self.assertGreaterEqual(len(list(root.iter(SVG + "radialGradient"))), 2)
         self.assertLess(len(list(root.iter(SVG + "path"))), 60)
+
+    def test_the_title_is_the_documents(self):
+        self.write("a.vx", document().replace(b"(A \\(small\\) square)", b"(a < b & c)"))
+        self.assertEqual(self.root("a.vx").find(SVG + "title").text, "a < b & c")
 
 
 class Limits(SvgTest):
@@ -225,8 +141,8 @@ class Limits(SvgTest):
         self.assertEqual(svg.count("<clipPath "), 800)
         self.assertEqual(depth, 0)
         self.assertEqual(deepest, 200)
-        picture = self.theirs(72, 36)
-        self.assertEqual((picture.pixel(10, 10)[:3], picture.pixel(60, 10)[:3]), ((32, 31, 30), (255, 255, 255)))
+        picture = pictures.colours_by_rsvg(self.path("out.svg"), (72, 36), self.folder)
+        self.assertEqual([picture.getpixel((x, 10)) for x in (10, 60)], [(32, 31, 30), (255, 255, 255)])
 
     @unittest.skipIf(SANITIZED, "sanitizers need the whole address space")
     def test_memory_does_not_grow_with_the_document(self):
