@@ -5,7 +5,7 @@
 #pragma once
 
 #include "devices/pdf/Deflater.h"
-#include "devices/pdf/Numbers.h"
+#include "devices/vector/Numbers.h"
 #include "devices/pdf/PieceSpool.h"
 #include "host/drawing/Path.h"
 

@@ -1,6 +1,6 @@
 #include "devices/pdf/EmbeddedFont.h"
 
-#include "devices/pdf/Numbers.h"
+#include "devices/vector/Numbers.h"
 #include "devices/pdf/ToUnicode.h"
 
 #include <algorithm>

@@ -5,14 +5,6 @@
 namespace vxhost::pdf
 {
 
-namespace
-{
-
-// Shorter dashes would be written as 0, and a dash of nothing but zeros is none.
-constexpr double kShortestDash = 1.0 / 65536;
-
-} // namespace
-
 void GraphicsState::Save()
 {
     content_->Operator("q");
@@ -86,10 +78,10 @@ void GraphicsState::SetOverprint(bool on)
     state_.overprint = on;
 }
 
-void GraphicsState::SetLine(const StrokeStyle &style, const StrokeSpace &space)
+void GraphicsState::SetLine(const StrokeStyle &style, const Frame &frame)
 {
     Line &line = state_.line;
-    const double width = space.isFlat ? 0 : style.width * space.scale;
+    const double width = style.width * frame.scale;
     if (line.width != width)
         content_->Number(width).Operator("w");
     if (line.cap != style.cap)
@@ -102,7 +94,7 @@ void GraphicsState::SetLine(const StrokeStyle &style, const StrokeSpace &space)
     line.cap = style.cap;
     line.join = style.join;
     line.miterLimit = style.miterLimit;
-    SetDash(style, space.scale);
+    SetDash(style, frame.scale);
 }
 
 void GraphicsState::SetDash(const StrokeStyle &style, double scale)
@@ -111,7 +103,8 @@ void GraphicsState::SetDash(const StrokeStyle &style, double scale)
     dashes_.clear();
     for (const double dash : style.dashes)
         dashes_.push_back(dash * scale);
-    if (std::ranges::none_of(dashes_, [](double dash) { return dash >= kShortestDash; }))
+    // A dash of nothing but zeros is none.
+    if (std::ranges::none_of(dashes_, [](double dash) { return dash >= kSmallestNumber; }))
         dashes_.clear();
     const double phase = dashes_.empty() ? 0 : style.dashPhase * scale;
     if (dashes_ == line.dashes && phase == line.dashPhase)

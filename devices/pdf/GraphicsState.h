@@ -4,7 +4,7 @@
 #pragma once
 
 #include "devices/pdf/ContentStream.h"
-#include "devices/pdf/StrokeSpace.h"
+#include "devices/vector/Frame.h"
 #include "host/drawing/Paint.h"
 
 #include <cstdint>
@@ -31,7 +31,7 @@ class GraphicsState
     void SetFill(const Paint &paint);
     void SetStroke(const Paint &paint);
     void SetOverprint(bool on); // as the colours do it themselves
-    void SetLine(const StrokeStyle &style, const StrokeSpace &space);
+    void SetLine(const StrokeStyle &style, const Frame &frame);
     bool IsFont(std::string_view name, double size) const
     {
         return state_.font == name && state_.fontSize == size;

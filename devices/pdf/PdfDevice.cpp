@@ -11,8 +11,8 @@
 #include "devices/pdf/PdfFile.h"
 #include "devices/pdf/PieceSpool.h"
 #include "devices/pdf/Shadings.h"
-#include "devices/pdf/StrokeSpace.h"
 #include "devices/pdf/TextWriter.h"
+#include "devices/vector/Frame.h"
 
 #include <algorithm>
 #include <exception>
@@ -125,19 +125,19 @@ class PdfDevice final : public Device
 
     void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override
     {
-        const StrokeSpace space = FindStrokeSpace(style.matrix);
+        const Frame frame = FindFrame(style.matrix);
         ContentStream &content = program_->content;
         program_->text.End();
         program_->state.SetStroke(paint);
-        program_->state.SetLine(style, space);
-        if (space.isPage) {
+        program_->state.SetLine(style, frame);
+        if (frame.isPlain) {
             content.AddPath(path);
             content.Operator("S");
             return;
         }
         content.Operator("q");
-        content.Factors(space.toPage).Operator("cm");
-        content.AddPath(path, space.fromPage);
+        content.Factors(frame.toPicture).Operator("cm");
+        content.AddPath(path, frame.fromPicture);
         content.Operator("S");
         content.Operator("Q");
     }
@@ -167,14 +167,14 @@ class PdfDevice final : public Device
 
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override
     {
-        const StrokeSpace space = paint.strokes ? FindStrokeSpace(paint.style.matrix) : StrokeSpace{};
+        const Frame frame = paint.strokes ? FindFrame(paint.style.matrix) : Frame{};
         if (paint.fills)
             program_->state.SetFill(paint.paint);
         if (paint.strokes) {
             program_->state.SetStroke(paint.paint);
-            program_->state.SetLine(paint.style, space);
+            program_->state.SetLine(paint.style, frame);
         }
-        if (space.isPage) {
+        if (frame.isPlain) {
             ShowRuns(runs, TextMode(paint.fills, paint.strokes, paint.clips), {});
             return;
         }
@@ -183,8 +183,8 @@ class PdfDevice final : public Device
             ShowRuns(runs, TextMode(true, false, false), {});
         program_->text.End();
         program_->state.Save();
-        program_->content.Factors(space.toPage).Operator("cm");
-        ShowRuns(runs, TextMode(false, true, false), space.fromPage);
+        program_->content.Factors(frame.toPicture).Operator("cm");
+        ShowRuns(runs, TextMode(false, true, false), frame.fromPicture);
         program_->text.End();
         program_->state.Restore();
         if (paint.clips)

@@ -1,6 +1,6 @@
 #include "devices/pdf/PdfFile.h"
 
-#include "devices/pdf/Numbers.h"
+#include "devices/vector/Numbers.h"
 
 #include <qpdf/Pipeline.hh>
 #include <qpdf/QPDFWriter.hh>

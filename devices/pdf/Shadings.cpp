@@ -2,7 +2,7 @@
 
 #include "devices/pdf/InkSpaces.h"
 #include "devices/pdf/Matrices.h"
-#include "devices/pdf/Numbers.h"
+#include "devices/vector/Numbers.h"
 
 #include <algorithm>
 #include <cmath>

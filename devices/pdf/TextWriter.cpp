@@ -1,7 +1,7 @@
 #include "devices/pdf/TextWriter.h"
 
 #include "devices/pdf/Matrices.h"
-#include "devices/pdf/Numbers.h"
+#include "devices/vector/Numbers.h"
 #include "devices/pdf/ToUnicode.h"
 
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "devices/svg/Gradients.h"
 
-#include "devices/svg/Frame.h"
 #include "devices/svg/PathData.h"
 #include "devices/svg/RampStops.h"
+#include "devices/vector/Frame.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,8 +36,8 @@ Point Apex(const Circle &outer, const Circle &inner)
 
 void AppendNumber(double value, std::string *to)
 {
-    char text[kMaxDecimalText];
-    to->append(text, WriteDecimal(value, text));
+    char text[kMaxNumber];
+    to->append(text, WriteNumber(value, text));
     *to += ' ';
 }
 

@@ -10,7 +10,6 @@ namespace
 
 // Of a line that is to be as thin as can be seen, where a viewer does not know of lines in pixels; points.
 constexpr double kThinnest = 0.5;
-constexpr double kLeastNumber = 0.5e-4; // less is written as 0
 
 } // namespace
 
@@ -22,9 +21,9 @@ Frame FindStrokeFrame(const StrokeStyle &style, const Matrix &toPicture)
 void WriteStroke(const StrokeStyle &style, const Frame &frame, XmlWriter *xml)
 {
     const double width = style.width * frame.scale;
-    const bool isThinnest = width < kLeastNumber;
+    const bool isThinnest = width < kSmallestNumber;
     const bool isDashed = std::ranges::any_of(
-        style.dashes, [&](double length) { return length * frame.scale >= kLeastNumber; });
+        style.dashes, [&](double length) { return length * frame.scale >= kSmallestNumber; });
     xml->Attribute("stroke-width", isThinnest ? kThinnest : width);
     // Dashes would be in pixels as well.
     if (isThinnest && !isDashed)
@@ -45,7 +44,7 @@ void WriteStroke(const StrokeStyle &style, const Frame &frame, XmlWriter *xml)
         xml->Number(style.dashes[i] * frame.scale);
     }
     xml->Markup("\"");
-    if (style.dashPhase * frame.scale >= kLeastNumber)
+    if (style.dashPhase * frame.scale >= kSmallestNumber)
         xml->Attribute("stroke-dashoffset", style.dashPhase * frame.scale);
 }
 

@@ -1,8 +1,8 @@
 // Strokes as attributes, in the space where their pen is round.
 #pragma once
 
-#include "devices/svg/Frame.h"
 #include "devices/svg/XmlWriter.h"
+#include "devices/vector/Frame.h"
 #include "host/drawing/Paint.h"
 
 namespace vxhost::svg

@@ -82,7 +82,7 @@ void XmlWriter::Transform(const Matrix &matrix)
 {
     Markup(" transform=\"matrix(");
     for (const double factor : {matrix.a, matrix.b, matrix.c, matrix.d}) {
-        Reserve(kMaxDecimalText + 1);
+        Reserve(kMaxNumber + 1);
         at_ = WriteFactor(factor, at_);
         *at_++ = ' ';
     }

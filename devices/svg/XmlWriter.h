@@ -4,7 +4,7 @@
 // that format or escape them.
 #pragma once
 
-#include "devices/text/DecimalText.h"
+#include "devices/vector/Numbers.h"
 #include "host/ByteSink.h"
 #include "host/drawing/Path.h"
 
@@ -33,18 +33,18 @@ class XmlWriter
     }
     void Number(double value)
     {
-        Reserve(kMaxDecimalText);
-        at_ = WriteDecimal(value, at_);
+        Reserve(kMaxNumber);
+        at_ = WriteNumber(value, at_);
     }
     // "x y", behind a letter if there is one.
     void Coordinates(Point point, char before = 0)
     {
-        Reserve(2 * kMaxDecimalText + 2);
+        Reserve(2 * kMaxNumber + 2);
         if (before != 0)
             *at_++ = before;
-        at_ = WriteDecimal(point.x, at_);
+        at_ = WriteNumber(point.x, at_);
         *at_++ = ' ';
-        at_ = WriteDecimal(point.y, at_);
+        at_ = WriteNumber(point.y, at_);
     }
     // " name="value"".
     void Attribute(std::string_view name, double value);

@@ -125,12 +125,12 @@ const ProgramCase kPrograms[] = {
          d.StrokePath({{Verb::Move, Verb::Line}, {{0, 0}, {10, 5}}}, Style(1, {4, 0, 0, 2, 7, 7}), Gray(0));
      },
      "4 w\nq\n1 0 0 .5 0 0 cm\n0 0 m\n10 10 l\nS\nQ\n"},
-    {"APenWithoutBreadthIsTheThinnestLine",
+    {"AFlatPenKeepsAThousandth",
      [](Device &d) {
-         d.StrokePath(kLine, Style(5, {1, 0, 0, 0, 0, 0}), Gray(0));
+         d.StrokePath({{Verb::Move, Verb::Line}, {{0, 0}, {10, 5}}}, Style(5, {1, 0, 0, 0, 0, 0}), Gray(0));
      },
-     std::string("0 w\n") + kLineText + "S\n"},
-    {"ANullPenToo",
+     "5 w\nq\n1 0 0 .001 0 0 cm\n0 0 m\n10 5000 l\nS\nQ\n"},
+    {"ANullPenIsTheThinnestLine",
      [](Device &d) {
          d.StrokePath(kLine, Style(5, {0, 0, 0, 0, 0, 0}), Gray(0));
      },

@@ -85,8 +85,8 @@ TEST(SvgGradientTest, ColoursMayJump)
     Shading shading = Axial({100, 0, 0, 50, 10, 20});
     shading.spans = {{0, 0.25, {Cyan(0)}}, {0.25, 1, {Cyan(1)}}};
     EXPECT_NE(Body({shading}).find("<stop offset=\"0\" stop-color=\"#ffffff\" data-cmyk=\"0 0 0 0\"/>"
-                                   "<stop offset=\"0.25\" stop-color=\"#ffffff\" data-cmyk=\"0 0 0 0\"/>"
-                                   "<stop offset=\"0.25\" stop-color=\"#00ffff\" data-cmyk=\"1 0 0 0\"/>"
+                                   "<stop offset=\".25\" stop-color=\"#ffffff\" data-cmyk=\"0 0 0 0\"/>"
+                                   "<stop offset=\".25\" stop-color=\"#00ffff\" data-cmyk=\"1 0 0 0\"/>"
                                    "<stop offset=\"1\" stop-color=\"#00ffff\" data-cmyk=\"1 0 0 0\"/>"),
               std::string::npos);
 }
@@ -96,7 +96,7 @@ TEST(SvgGradientTest, CirclesAreARadialGradient)
 {
     EXPECT_EQ(
         Body({Radial({1, 0, 0, 1, 60, 45}, {{0, 0}, 20}, {{0, 0}, 5})}),
-        "<linearGradient id=\"r1\"><stop offset=\"0.25\" stop-color=\"#00ffff\" data-cmyk=\"1 0 0 0\"/>"
+        "<linearGradient id=\"r1\"><stop offset=\".25\" stop-color=\"#00ffff\" data-cmyk=\"1 0 0 0\"/>"
         "<stop offset=\"1\" stop-color=\"#ffffff\" data-cmyk=\"0 0 0 0\"/></linearGradient>\n"
         "<radialGradient id=\"g1\" xlink:href=\"#r1\" gradientUnits=\"userSpaceOnUse\" cx=\"50\" cy=\"25\" "
         "r=\"20\"/>\n"
@@ -108,7 +108,7 @@ TEST(SvgGradientTest, CirclesOffCentreShrinkToTheirFocus)
 {
     EXPECT_EQ(
         Body({Radial({1, 0, 0, 1, 60, 45}, {{0, 0}, 20}, {{6, 3}, 10})}),
-        "<linearGradient id=\"r1\"><stop offset=\"0.5\" stop-color=\"#00ffff\" data-cmyk=\"1 0 0 0\"/>"
+        "<linearGradient id=\"r1\"><stop offset=\".5\" stop-color=\"#00ffff\" data-cmyk=\"1 0 0 0\"/>"
         "<stop offset=\"1\" stop-color=\"#ffffff\" data-cmyk=\"0 0 0 0\"/></linearGradient>\n"
         "<radialGradient id=\"g1\" xlink:href=\"#r1\" gradientUnits=\"userSpaceOnUse\" cx=\"50\" cy=\"25\" "
         "r=\"20\" fx=\"62\" fy=\"19\"/>\n"
@@ -122,7 +122,7 @@ TEST(SvgGradientTest, CirclesThatBecomeEllipsesAreTransformed)
         body.find(
             "<radialGradient id=\"g1\" xlink:href=\"#r1\" gradientUnits=\"userSpaceOnUse\" cx=\"50\" "
             "cy=\"50\" r=\"40\"/>\n"
-            "<circle cx=\"50\" cy=\"50\" r=\"40\" transform=\"matrix(1 0 0 0.5 0 0)\" fill=\"url(#g1)\"/>\n"),
+            "<circle cx=\"50\" cy=\"50\" r=\"40\" transform=\"matrix(1 0 0 .5 0 0)\" fill=\"url(#g1)\"/>\n"),
         std::string::npos)
         << body;
 }

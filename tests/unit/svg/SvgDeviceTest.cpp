@@ -26,7 +26,7 @@ const ElementCase kElements[] = {
     {"AFillIsAPath", "1 0 0 0 k 10 20 m 60 20 l 60 70 l h f",
      "<path d=\"M0 50L50 50L50 0Z\" fill=\"#00ffff\" data-cmyk=\"1 0 0 0\"/>\n"},
     {"ACurveHasThreePoints", "0.5 g 10 70 m 10.5 69.25 20 60 30.0001 20 c f",
-     "<path d=\"M0 0C0.5 0.75 10 10 20.0001 50\" fill=\"#7f7f7f\" data-gray=\"0.5\"/>\n"},
+     "<path d=\"M0 0C.5 .75 10 10 20.0001 50\" fill=\"#7f7f7f\" data-gray=\".5\"/>\n"},
     {"AnEmptyPathIsNothing", "f s", ""},
     {"AStrokeIsNotFilled", "10 20 m 20 20 l s",
      "<path d=\"M0 50L10 50\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" "
@@ -55,31 +55,31 @@ const ElementCase kElements[] = {
      "<path d=\"M0 50L50 50\" fill=\"#000000\" data-cmyk=\"0 0 0 1\" data-overprint=\"true\"/>\n"},
     {"AllInksLeaveNoneAsItIs", "1 o 0.2 0.2 0.2 0.2 k 10 20 m 60 20 l f",
      // 51 of 255 of each ink: (255 - 51)² / 255 is 163.2
-     "<path d=\"M0 50L50 50\" fill=\"#a3a3a3\" data-cmyk=\"0.2 0.2 0.2 0.2\" data-overprint=\"true\"/>\n"},
+     "<path d=\"M0 50L50 50\" fill=\"#a3a3a3\" data-cmyk=\".2 .2 .2 .2\" data-overprint=\"true\"/>\n"},
     {"ATurnedPenIsRoundAllTheSame", "0 2 -2 0 5 5 cm 3 w 10 20 m 20 20 l s",
      "<path d=\"M0 50L10 50\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" "
      "stroke-width=\"6\"/>\n"},
     {"AWidePenIsSqueezedInHeight", "2 0 0 1 0 0 cm 10 20 m 20 20 l s",
-     "<path d=\"M0 100L10 100\" transform=\"matrix(1 0 0 0.5 0 0)\" fill=\"none\" stroke=\"#000000\" "
+     "<path d=\"M0 100L10 100\" transform=\"matrix(1 0 0 .5 0 0)\" fill=\"none\" stroke=\"#000000\" "
      "data-stroke-gray=\"0\" stroke-width=\"2\"/>\n"},
     {"ATallPenIsSqueezedInWidth", "1 0 0 4 0 0 cm 10 20 m 20 20 l s",
-     "<path d=\"M0 50L40 50\" transform=\"matrix(0.25 0 0 1 0 0)\" fill=\"none\" stroke=\"#000000\" "
+     "<path d=\"M0 50L40 50\" transform=\"matrix(.25 0 0 1 0 0)\" fill=\"none\" stroke=\"#000000\" "
      "data-stroke-gray=\"0\" stroke-width=\"4\"/>\n"},
     {"AFlatPenKeepsAThousandth", "1 0 0 0 0 0 cm 4 w 10 20 m 20 20 l s",
-     "<path d=\"M0 50000L10 50000\" transform=\"matrix(1 0 0 0.001 0 0)\" fill=\"none\" stroke=\"#000000\" "
+     "<path d=\"M0 50000L10 50000\" transform=\"matrix(1 0 0 .001 0 0)\" fill=\"none\" stroke=\"#000000\" "
      "data-stroke-gray=\"0\" stroke-width=\"4\"/>\n"},
     {"APenWithoutSizeIsAsThinAsCanBeSeen", "0 0 0 0 0 0 cm 10 20 m 20 20 l s",
-     "<path d=\"M0 50L10 50\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" stroke-width=\"0.5\" "
+     "<path d=\"M0 50L10 50\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" stroke-width=\".5\" "
      "vector-effect=\"non-scaling-stroke\"/>\n"},
     {"AStretchedStrokeDoesNotJoin", "10 20 m 20 20 l f 2 0 0 1 0 0 cm 10 20 m 20 20 l s",
      "<path d=\"M0 50L10 50\" fill=\"#000000\" data-gray=\"0\"/>\n"
-     "<path d=\"M0 100L10 100\" transform=\"matrix(1 0 0 0.5 0 0)\" fill=\"none\" stroke=\"#000000\" "
+     "<path d=\"M0 100L10 100\" transform=\"matrix(1 0 0 .5 0 0)\" fill=\"none\" stroke=\"#000000\" "
      "data-stroke-gray=\"0\" stroke-width=\"2\"/>\n"},
     {"WidthNoneIsAsThinAsCanBeSeen", "0 w 10 20 m 20 20 l s",
-     "<path d=\"M0 50L10 50\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" stroke-width=\"0.5\" "
+     "<path d=\"M0 50L10 50\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" stroke-width=\".5\" "
      "vector-effect=\"non-scaling-stroke\"/>\n"},
     {"DashesOfTheThinnestLineStayInPoints", "0 w 3 1 0 d 10 20 m 20 20 l s",
-     "<path d=\"M0 50L10 50\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" stroke-width=\"0.5\" "
+     "<path d=\"M0 50L10 50\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" stroke-width=\".5\" "
      "stroke-dasharray=\"3 1\"/>\n"},
     {"RoundEndsBevelledCornersAndDashes", "1 J 2 j 4 M 3 1 0.5 d 2 0 0 2 0 0 cm 10 20 m 20 20 l s",
      "<path d=\"M0 50L10 50\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" stroke-width=\"2\" "

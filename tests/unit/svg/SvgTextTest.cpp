@@ -125,7 +125,7 @@ TEST(SvgTextTest, TheFontIsAsLargeAsTheTextIsHigh)
 {
     // Condensed to four fifths.
     EXPECT_EQ(Body({MakeRun(U"ab", {30, 30}, {8, 0, 0, 10, 0, 0})}),
-              "<text xml:space=\"preserve\" x=\"0 5\" y=\"0\" transform=\"matrix(0.8 0 0 1 20 40)\"" +
+              "<text xml:space=\"preserve\" x=\"0 5\" y=\"0\" transform=\"matrix(.8 0 0 1 20 40)\"" +
                   kSansAttributes + kBlackFill + ">ab</text>\n");
 }
 
@@ -157,7 +157,7 @@ TEST(SvgTextTest, CondensedTextIsStrokedAsShapes)
     paint.strokes = true;
     const std::string body = Body({MakeRun(U"a", {30, 30}, {8, 0, 0, 10, 0, 0})}, paint);
     const std::string text =
-        "<text xml:space=\"preserve\" x=\"0\" y=\"0\" transform=\"matrix(0.8 0 0 1 20 40)\"" +
+        "<text xml:space=\"preserve\" x=\"0\" y=\"0\" transform=\"matrix(.8 0 0 1 20 40)\"" +
         kSansAttributes + " fill=\"none\">a</text>\n<path d=\"M";
     EXPECT_EQ(body.substr(0, text.size()), text);
     EXPECT_NE(body.find("Z\" fill=\"none\" stroke=\"#000000\" data-stroke-gray=\"0\" stroke-width=\"1\"/>\n"),

@@ -69,7 +69,7 @@ TEST(XmlWriterTest, LosesNothingBetweenBuffers)
     const std::string text = Written([&](XmlWriter *xml) {
         for (int i = 0; i < 20000; ++i) {
             const std::string piece = "<" + std::to_string(i) + ">";
-            expected += piece + std::to_string(i) + " 0.5";
+            expected += piece + std::to_string(i) + " .5";
             xml->Markup(piece);
             xml->Coordinates({static_cast<double>(i), 0.5});
         }

@@ -1,9 +1,9 @@
-#include "devices/svg/Frame.h"
+#include "devices/vector/Frame.h"
 
 #include <algorithm>
 #include <cmath>
 
-namespace vxhost::svg
+namespace vxhost
 {
 
 namespace
@@ -55,4 +55,4 @@ Frame FindFrame(const Matrix &matrix)
     return frame;
 }
 
-} // namespace vxhost::svg
+} // namespace vxhost

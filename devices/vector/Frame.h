@@ -1,9 +1,11 @@
-// Where an element's own space lies: how a matrix that distorts becomes a transform with sensible numbers in it.
+// Where an element's own space lies, a stroke's above all: how a matrix that distorts becomes a transform with sensible
+// numbers in it. Shapes are where they belong already; a pen that its matrix makes an ellipse needs a space in which it
+// is round, and the path mapped back to there.
 #pragma once
 
 #include "host/drawing/Path.h"
 
-namespace vxhost::svg
+namespace vxhost
 {
 
 // A space between a matrix's own and the picture. What is a circle in the matrix's own space is a circle here, `scale`
@@ -20,4 +22,4 @@ struct Frame {
 // that there is an inverse. How it turns and mirrors is not kept: circles do not show it.
 Frame FindFrame(const Matrix &matrix);
 
-} // namespace vxhost::svg
+} // namespace vxhost

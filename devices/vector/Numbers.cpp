@@ -1,9 +1,9 @@
-#include "devices/pdf/Numbers.h"
+#include "devices/vector/Numbers.h"
 
 #include <cmath>
 #include <cstdint>
 
-namespace vxhost::pdf
+namespace vxhost
 {
 
 namespace
@@ -106,4 +106,4 @@ std::string FactorText(double value)
     return {text, WriteFactor(value, text)};
 }
 
-} // namespace vxhost::pdf
+} // namespace vxhost

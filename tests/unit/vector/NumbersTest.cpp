@@ -1,4 +1,4 @@
-#include "devices/pdf/Numbers.h"
+#include "devices/vector/Numbers.h"
 #include "tests/support/CaseName.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <limits>
 
-using namespace vxhost::pdf;
+using namespace vxhost;
 
 namespace
 {
@@ -37,23 +37,23 @@ const NumberCase kNumbers[] = {
     {"FarAwayBelow", -3e12, "-1000000000"},
 };
 
-class PdfNumbers : public testing::TestWithParam<NumberCase>
+class Numbers : public testing::TestWithParam<NumberCase>
 {
 };
 
-TEST_P(PdfNumbers, AreWrittenSo)
+TEST_P(Numbers, AreWrittenSo)
 {
     EXPECT_EQ(NumberText(GetParam().value), GetParam().text);
 }
-INSTANTIATE_TEST_SUITE_P(Pdf, PdfNumbers, testing::ValuesIn(kNumbers), vxtest::CaseName());
+INSTANTIATE_TEST_SUITE_P(Vector, Numbers, testing::ValuesIn(kNumbers), vxtest::CaseName());
 
-TEST(PdfNumber, OfNothingIsZero)
+TEST(Number, OfNothingIsZero)
 {
     EXPECT_EQ(NumberText(std::numeric_limits<double>::quiet_NaN()), "0");
 }
 
 // All fractions there are: what was written is nearer to its number than to any other, and a decimal less is not.
-TEST(PdfNumber, TellsNeighboursApartInTheFewestDecimals)
+TEST(Number, TellsNeighboursApartInTheFewestDecimals)
 {
     for (int32_t raw = 1; raw < 65536; ++raw) {
         const std::string text = NumberText(raw / 65536.0);
@@ -74,14 +74,14 @@ const NumberCase kFactors[] = {
     {"Nothing", 1e-10, "0"},
 };
 
-class PdfFactors : public testing::TestWithParam<NumberCase>
+class Factors : public testing::TestWithParam<NumberCase>
 {
 };
 
-TEST_P(PdfFactors, AreWrittenSo)
+TEST_P(Factors, AreWrittenSo)
 {
     EXPECT_EQ(FactorText(GetParam().value), GetParam().text);
 }
-INSTANTIATE_TEST_SUITE_P(Pdf, PdfFactors, testing::ValuesIn(kFactors), vxtest::CaseName());
+INSTANTIATE_TEST_SUITE_P(Vector, Factors, testing::ValuesIn(kFactors), vxtest::CaseName());
 
 } // namespace
