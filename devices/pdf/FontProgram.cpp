@@ -2,6 +2,7 @@
 #include "devices/pdf/FontProgram.h"
 
 #include "devices/pdf/Type1Parts.h"
+#include "host/fonts/EmbeddingRights.h"
 #include "host/fonts/Owned.h"
 
 #include <ft2build.h>
@@ -29,9 +30,6 @@ constexpr size_t kMaxType1Bytes = size_t{16} << 20;
 constexpr uint32_t kMaxGlyphs = 65536; // a string names each by two bytes
 constexpr double kUnits = 1000;        // of an em
 
-// OS/2's word on embedding.
-constexpr FT_UShort kUseBits = 0x000F, kRestricted = 0x0002, kNoSubset = 0x0100, kBitmapsOnly = 0x0200;
-
 // What a stem measures in a font of that weight; no font says it itself but in Type 1.
 constexpr double kRegularStem = 80, kBoldStem = 140;
 
@@ -40,12 +38,6 @@ using Face = Owned<FT_FaceRec_, FT_Done_Face>;
 using HbBlob = Owned<hb_blob_t, hb_blob_destroy>;
 using HbFace = Owned<hb_face_t, hb_face_destroy>;
 using HbInput = Owned<hb_subset_input_t, hb_subset_input_destroy>;
-
-bool MayEmbed(FT_Face face)
-{
-    const FT_UShort bits = FT_Get_FSType_Flags(face);
-    return (bits & kUseBits) != kRestricted && (bits & (kNoSubset | kBitmapsOnly)) == 0;
-}
 
 // What both kinds of font file have in common.
 class MeasuredFont : public FontProgram
@@ -101,7 +93,7 @@ class MeasuredFont : public FontProgram
             return false;
         face_.reset(face);
         return FT_IS_SCALABLE(face) && face->units_per_EM > 0 && face->num_glyphs > 0 &&
-               GlyphCount() <= kMaxGlyphs && MayEmbed(face);
+               GlyphCount() <= kMaxGlyphs && AllowsEmbedding(FT_Get_FSType_Flags(face));
     }
 
     double InThousandths(FT_Pos units) const

@@ -20,23 +20,19 @@ namespace
 // What is beyond these is painted as shapes: a document that never repeats a blend must not fill the memory.
 constexpr size_t kMaxBlends = 16384;
 constexpr size_t kMaxRampBytes = size_t{16} << 20;
-// Circles that touch have no ring between them that a reader could follow.
-constexpr double kClosest = 1e-4;
 constexpr int kSampleBits = 16;
 
 // Makes the outer circle the unit circle. False when the circles do not lie one inside the other, shrinking.
 bool Normalise(const Shading &shading, Matrix *matrix, Shading::Circle *last)
 {
     const Shading::Circle &first = shading.first;
-    const double distance =
-        std::hypot(shading.last.centre.x - first.centre.x, shading.last.centre.y - first.centre.y);
-    if (!(first.radius > 0) || !(distance <= first.radius * (1 - kClosest) - shading.last.radius))
+    if (!AreNested(first, shading.last))
         return false;
     const double r = first.radius;
     *matrix = Product({r, 0, 0, r, first.centre.x, first.centre.y}, shading.matrix);
     last->centre = {(shading.last.centre.x - first.centre.x) / r,
                     (shading.last.centre.y - first.centre.y) / r};
-    last->radius = std::max(shading.last.radius / r, 0.0);
+    last->radius = shading.last.radius / r;
     return true;
 }
 

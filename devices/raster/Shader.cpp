@@ -21,9 +21,6 @@ constexpr int kBatch = 128; // pixels
 // Spans whose colours meet within so many of 255 run on: the last step of a blend falls a little short of its end.
 constexpr int kRunsOn = 1;
 
-// Circles that touch make no cone.
-constexpr double kMostOffCentre = 0.99;
-
 // Four curves make a circle that is nowhere smaller than this.
 constexpr double kInsideCurves = 0.999;
 
@@ -42,13 +39,6 @@ bool IsUsable(const Matrix &m)
 {
     return std::ranges::all_of(std::initializer_list<double>{m.a, m.b, m.c, m.d, m.tx, m.ty},
                                [](double value) { return std::abs(value) < kFar; });
-}
-
-bool AreNested(const Shading &shading)
-{
-    const double shrinks = shading.first.radius - shading.last.radius;
-    return shrinks > 0 && shading.last.radius >= 0 &&
-           Length(shading.last.centre - shading.first.centre) <= shrinks * kMostOffCentre;
 }
 
 Colour ColourAt(const ColourSpan &span, double parameter)
@@ -86,7 +76,7 @@ bool Shader::Begin(const Shading &shading, const Matrix &toSamples, int samples,
     toUnit_ = Inverse(Product(Product(shading.matrix, toSamples), {pixels, 0, 0, pixels, 0, 0}));
     if (shading.kind == ShadingKind::Axial)
         return IsUsable(toUnit_);
-    if (!AreNested(shading))
+    if (!AreNested(shading.first, shading.last))
         return false;
     // In radii of the first circle and along the way of the centres, the circle of t around a point (x, y) solves
     //   (x - move t)² + y² = (1 + grows t)².

@@ -14,17 +14,8 @@ namespace
 {
 
 constexpr size_t kMaxRampBytes = size_t{4} << 20;
-// Viewers lose their way where the two circles of a gradient touch.
-constexpr double kMostOffCentre = 0.99;
 
 using Circle = Shading::Circle;
-
-bool AreNested(const Circle &outer, const Circle &inner)
-{
-    const double distance = std::hypot(inner.centre.x - outer.centre.x, inner.centre.y - outer.centre.y);
-    return inner.radius >= 0 && inner.radius < outer.radius &&
-           distance <= (outer.radius - inner.radius) * kMostOffCentre;
-}
 
 // Where circles that go on shrinking beyond the inner one end.
 Point Apex(const Circle &outer, const Circle &inner)

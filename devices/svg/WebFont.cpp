@@ -1,13 +1,13 @@
 // Rules for setting text (kerning, ligatures, alternates) stay behind: every character has its place already.
 #include "devices/svg/WebFont.h"
 
+#include "host/fonts/EmbeddingRights.h"
 #include "host/fonts/NameTraits.h"
 
 #include <hb-ot.h>
 #include <hb.h>
 
 #include <algorithm>
-#include <string_view>
 
 namespace vxhost::svg
 {
@@ -30,39 +30,18 @@ constexpr hb_tag_t kDroppedTables[] = {
     HB_TAG('M', 'V', 'A', 'R'), HB_TAG('S', 'T', 'A', 'T'),
 };
 
-// What the table OS/2 says; its numbers are big-endian, two bytes each.
-class Os2Table
+// Browsers do not take a font without a table OS/2.
+bool IsForBrowsers(hb_face_t *face)
 {
-  public:
-    explicit Os2Table(hb_face_t *face) : blob_(hb_face_reference_table(face, HB_TAG('O', 'S', '/', '2')))
-    {
-        unsigned length = 0;
-        const char *bytes = hb_blob_get_data(blob_.get(), &length);
-        bytes_ = {bytes, length};
-    }
-    bool Exists() const { return bytes_.size() >= kLeastSize; }
-
-    // Of several ways of embedding the least restrictive counts, so what forbids it does so alone. Nor may the font
-    // forbid cutting, or all but its bitmaps.
-    bool AllowsEmbedding() const
-    {
-        constexpr unsigned kWays = 0x000F, kForbidden = 0x0002, kUncutOrBitmaps = 0x0300;
-        const unsigned bits = Number(8);
-        return (bits & kWays) != kForbidden && (bits & kUncutOrBitmaps) == 0;
-    }
-
-  private:
-    static constexpr size_t kLeastSize = 68;
-
-    unsigned Number(size_t at) const
-    {
-        const auto byte = [this](size_t i) { return static_cast<unsigned>(static_cast<uint8_t>(bytes_[i])); };
-        return byte(at) << 8 | byte(at + 1);
-    }
-
-    Blob blob_;
-    std::string_view bytes_;
-};
+    constexpr unsigned kLeastSize = 68, kRights = 8; // numbers are big-endian, two bytes each
+    const Blob table(hb_face_reference_table(face, HB_TAG('O', 'S', '/', '2')));
+    unsigned length = 0;
+    const char *bytes = hb_blob_get_data(table.get(), &length);
+    if (length < kLeastSize)
+        return false;
+    const auto byte = [bytes](size_t i) { return static_cast<unsigned>(static_cast<uint8_t>(bytes[i])); };
+    return AllowsEmbedding(byte(kRights) << 8 | byte(kRights + 1));
+}
 
 bool HasTable(hb_face_t *face, hb_tag_t tag)
 {
@@ -116,8 +95,7 @@ std::unique_ptr<WebFont> WebFont::Open(const TextFont &font)
     hb_face_t *face = opened->face_.get();
     const bool hasOutlines =
         HasTable(face, HB_TAG('g', 'l', 'y', 'f')) || HasTable(face, HB_TAG('C', 'F', 'F', ' '));
-    const Os2Table os2(face);
-    if (!hasOutlines || !os2.Exists() || !os2.AllowsEmbedding())
+    if (!hasOutlines || !IsForBrowsers(face))
         return nullptr;
     opened->file_ = FontFile::Open(font.file, font.faceIndex);
     if (opened->file_ == nullptr)

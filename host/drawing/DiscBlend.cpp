@@ -32,9 +32,6 @@ constexpr double kGroundStep = 0.01;
 // More than the stops of a gradient.
 constexpr size_t kMaxSpans = 64;
 
-// Circles that touch do not reach all that lies around them.
-constexpr double kMostOffCentre = 0.99;
-
 } // namespace
 
 bool DiscBlend::ReadDisc(const Path &path, Disc *disc)
@@ -161,7 +158,7 @@ void DiscBlend::TakeGround(Shading *shading)
         if (std::abs(groundPaint_.colour.ink[i] - first.ink[i]) > kGroundStep)
             return;
     }
-    if (Length(shading->last.centre) > (1 - shading->last.radius) * kMostOffCentre)
+    if (!AreNested(shading->first, shading->last))
         return;
     first = groundPaint_.colour;
     shading->ground = *std::exchange(ground_, nullptr);

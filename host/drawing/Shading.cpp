@@ -1,6 +1,7 @@
 #include "host/drawing/Shading.h"
 
 #include "host/drawing/Device.h"
+#include "host/drawing/Vectors.h"
 
 namespace vxhost
 {
@@ -10,6 +11,9 @@ namespace
 
 // Control points of a quarter of the unit circle lie this far along its tangents.
 constexpr double kQuarter = 0.5522847498307936;
+
+// Of the distance at which they touch.
+constexpr double kMostOffCentre = 0.99;
 
 Point Between(Point from, Point to, double t)
 {
@@ -34,6 +38,12 @@ Path Disc(const Matrix &matrix, Point centre, double radius)
 }
 
 } // namespace
+
+bool AreNested(const Shading::Circle &outer, const Shading::Circle &inner)
+{
+    return inner.radius >= 0 && inner.radius < outer.radius &&
+           Length(inner.centre - outer.centre) <= (outer.radius - inner.radius) * kMostOffCentre;
+}
 
 Path OutlineOf(const Shading &shading, double from, double to)
 {

@@ -39,10 +39,14 @@ struct Shading {
     Circle first, last;
     std::vector<ColourSpan> spans; // adjoining, from 0 to 1, in ascending order
     bool overprint = false;        // as for a paint, at every point by its own colour
-    // Radial, with the last circle well inside the first: when not empty, the path of a clip in force, all of which is
+    // Radial, of nested circles: when not empty, the path of a clip in force, all of which is
     // painted, beyond the first circle in the first colour.
     Path ground = {};
 };
+
+// Whether one lies well inside the other. Discs that shrink to where they nearly touch make no cone that reaches all around
+// them, and viewers of gradients lose their way there.
+bool AreNested(const Shading::Circle &outer, const Shading::Circle &inner);
 
 // What its part between two parameters covers: a strip of the square, or the disc of the first, or the ground.
 Path OutlineOf(const Shading &shading, double from, double to);

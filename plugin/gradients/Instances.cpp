@@ -79,10 +79,16 @@ Result EndInstance(ParseContext *context)
     return kOk;
 }
 
-// For the operators of one matrix: false when there is not exactly one.
-bool PopOnlyMatrix(PostScriptObjectList *stack, FixedMatrix *matrix)
+// For the operators whose one operand is a matrix that belongs to an instance: add(state, matrix) while one is bound.
+template <class Add>
+Result TakeMatrix(ParseContext *context, Add add)
 {
-    return GetPostScriptObjectListLength(stack) == kMatrixOperands && PopAndBuildFixedMatrix(stack, matrix);
+    PostScriptObjectList *stack = context->operandStack;
+    GradientState *state = context->gradientSetup;
+    FixedMatrix matrix;
+    if (GetPostScriptObjectListLength(stack) != kMatrixOperands || !PopAndBuildFixedMatrix(stack, &matrix))
+        return kParserBadFormat;
+    return state->instancePhase == kInstanceBound ? add(state, matrix) : kOk;
 }
 
 } // namespace
@@ -119,31 +125,23 @@ Result Operator_Bg_Instance_Bind(ParseContext *context)
 
 Result Operator_Bc_Clip_Matrix(ParseContext *context)
 {
-    GradientState *state = context->gradientSetup;
-    FixedMatrix matrix;
-    if (!PopOnlyMatrix(context->operandStack, &matrix))
-        return kParserBadFormat;
-    if (state->instancePhase != kInstanceBound)
-        return kOk;
     // The count stays at 1, so that every later matrix is the second. Binding does not clear that one: an instance
     // that gives no second matrix has that of an earlier instance, or all zeros.
-    state->clipMatrix[state->clipMatrixCount] = matrix;
-    state->clipMatrixCount = 1;
-    return kOk;
+    return TakeMatrix(context, [](GradientState *state, const FixedMatrix &matrix) {
+        state->clipMatrix[state->clipMatrixCount] = matrix;
+        state->clipMatrixCount = 1;
+        return kOk;
+    });
 }
 
 Result Operator_Bm_Segment_Matrix(ParseContext *context)
 {
-    GradientState *state = context->gradientSetup;
-    FixedMatrix matrix;
-    if (!PopOnlyMatrix(context->operandStack, &matrix))
-        return kParserBadFormat;
-    if (state->instancePhase != kInstanceBound)
+    return TakeMatrix(context, [](GradientState *state, const FixedMatrix &matrix) {
+        if (state->segmentMatrixCount == kMaxSegmentMatrices)
+            return kParserBadFormat;
+        state->segmentMatrix[state->segmentMatrixCount++] = matrix;
         return kOk;
-    if (state->segmentMatrixCount == kMaxSegmentMatrices)
-        return kParserBadFormat;
-    state->segmentMatrix[state->segmentMatrixCount++] = matrix;
-    return kOk;
+    });
 }
 
 Result Operator_Bh_Highlight(ParseContext *context)
