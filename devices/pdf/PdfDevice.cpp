@@ -355,7 +355,7 @@ std::string WhyNoPdf(const PdfOptions &options, const Page &page)
     const std::string has =
         page.created.empty() ? "none" : "\"" + page.created + "\", which can be read in two ways";
     return "PDF/X asks for the date of creation, and the document has " + has +
-           ": set SOURCE_DATE_EPOCH to its seconds since 1970";
+           ": set SOURCE_DATE_EPOCH to one, in seconds since 1970";
 }
 
 } // namespace vxhost
