@@ -5,8 +5,8 @@
 #pragma once
 
 #include "devices/pdf/Deflater.h"
-#include "devices/vector/Numbers.h"
 #include "devices/pdf/PieceSpool.h"
+#include "devices/vector/Numbers.h"
 #include "host/drawing/Path.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 #include "devices/pdf/EmbeddedFont.h"
 
-#include "devices/vector/Numbers.h"
 #include "devices/pdf/ToUnicode.h"
+#include "devices/vector/Numbers.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 #include "devices/pdf/TextWriter.h"
 
 #include "devices/pdf/Matrices.h"
-#include "devices/vector/Numbers.h"
 #include "devices/pdf/ToUnicode.h"
+#include "devices/vector/Numbers.h"
 
 #include <cmath>
 

@@ -1,9 +1,11 @@
-// A shading as flat shapes again.
+// A shading as flat shapes again, and which circles make one.
 #include "host/drawing/Shading.h"
 
 #include "tests/unit/host/RecordingDevice.h"
 
 #include <gtest/gtest.h>
+
+#include <cmath>
 
 namespace vxhost
 {
@@ -78,6 +80,32 @@ TEST(Shading, PaintsADiscForEachColour)
 TEST(Shading, WithoutSpansPaintsNothing)
 {
     EXPECT_EQ(ShapesOf({}), "");
+}
+
+// An outer circle around (3, 4) of radius 10.
+TEST(Shading, CirclesAreNestedWellBeforeTheyTouch)
+{
+    const struct {
+        Shading::Circle inner;
+        bool isNested;
+    } cases[] = {
+        {{{3, 4}, 5}, true},
+        {{{3, 4}, 0}, true},
+        {{{7.8, 4}, 5}, true}, // 4.8 of the 5 at which they touch
+        {{{8, 4}, 5}, false},
+        {{{7.96, 4}, 5}, false}, // nearer than a hundredth
+        {{{3, 13.8}, 0}, true},
+        {{{3, 14}, 0}, false},
+        {{{3, 4}, 10}, false},
+        {{{3, 4}, 12}, false},
+        {{{3, 4}, -1}, false},
+        {{{20, 4}, 5}, false},
+        {{{3, 4}, std::nan("")}, false},
+        {{{std::nan(""), 4}, 5}, false},
+    };
+    for (const auto &row : cases)
+        EXPECT_EQ(AreNested({{3, 4}, 10}, row.inner), row.isNested)
+            << row.inner.centre.x << " " << row.inner.centre.y << " " << row.inner.radius;
 }
 
 } // namespace
