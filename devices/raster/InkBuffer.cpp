@@ -3,7 +3,10 @@
 #include "devices/raster/InkBuffer.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
+#include <cstring>
+#include <iterator>
 
 namespace vxhost::raster
 {
@@ -14,15 +17,21 @@ namespace
 constexpr int kBandRows = 64;
 constexpr uint32_t kChunkBlocks = 256; // blocks are allocated this many at a time
 
+// The 16 samples of a pixel lie in one line of the cache, not across two.
+struct alignas(64) CacheLine {
+    InkWord words[16];
+};
+constexpr size_t kLineWords = std::size(CacheLine().words);
+
+// Four samples at a time, since that is one machine instruction each.
+using FourSamples = InkWord __attribute__((vector_size(16)));
+
 // For four bits of a mask, the lowest first, all ones where a bit is set.
 constexpr auto kFourSamples = [] {
-    struct {
-        InkWord table[16][4] = {};
-        constexpr const InkWord *operator[](size_t bits) const { return table[bits]; }
-    } four;
+    std::array<FourSamples, 16> four = {};
     for (unsigned bits = 0; bits < 16; ++bits) {
-        for (unsigned i = 0; i < 4; ++i)
-            four.table[bits][i] = (bits >> i & 1) != 0 ? ~InkWord{0} : 0;
+        const auto all = [&](unsigned i) { return (bits >> i & 1) != 0 ? ~InkWord{0} : 0; };
+        four[bits] = FourSamples{all(0), all(1), all(2), all(3)};
     }
     return four;
 }();
@@ -56,13 +65,14 @@ struct Band {
     std::vector<InkWord> pixels;   // ink, or the number of a block where split
     std::vector<uint64_t> split;   // one bit a pixel
     std::vector<uint64_t> painted; // one bit a pixel, for those not split; empty when not tracked
-    std::vector<std::unique_ptr<InkWord[]>> chunks;
+    std::vector<std::unique_ptr<CacheLine[]>> chunks;
     uint32_t blocks = 0;              // handed out so far
     std::vector<uint32_t> freeBlocks; // beside the blocks, not in them: those are far from any cache
 
     InkWord *Block(uint32_t number, size_t blockWords) const
     {
-        return chunks[number / kChunkBlocks].get() + (number % kChunkBlocks) * blockWords;
+        return reinterpret_cast<InkWord *>(chunks[number / kChunkBlocks].get()) +
+               (number % kChunkBlocks) * blockWords;
     }
 };
 
@@ -166,9 +176,6 @@ void InkBuffer::PaintPart(int x, uint64_t mask, const Ink &ink)
         pixel = number;
         split_[word] |= bit;
     }
-    // Four samples at a time, since that is one machine instruction each: a partly painted pixel has at
-    // least four.
-    const InkWord value = ink.value, replace = ~ink.keep;
     uint64_t rest = mask;
     if (ink.strength != Ink::kFullStrength) {
         for (; rest != 0; rest &= rest - 1) {
@@ -176,10 +183,13 @@ void InkBuffer::PaintPart(int x, uint64_t mask, const Ink &ink)
             sample = ink.Over(sample);
         }
     }
+    // A partly painted pixel has at least four samples.
     for (InkWord *four = block; rest != 0; four += 4, rest >>= 4) {
-        const InkWord *chosen = kFourSamples[rest & 15];
-        for (int i = 0; i < 4; ++i)
-            four[i] = (four[i] & ~(chosen[i] & replace)) | (chosen[i] & value);
+        const FourSamples chosen = kFourSamples[rest & 15];
+        FourSamples samples;
+        std::memcpy(&samples, four, sizeof samples);
+        samples = (samples & ~(chosen & ~ink.keep)) | (chosen & ink.value);
+        std::memcpy(four, &samples, sizeof samples);
     }
     if (tracked_) {
         block[samplesPerBlock_] |= static_cast<uint32_t>(mask);
@@ -196,10 +206,10 @@ InkWord *InkBuffer::TakeBlock(uint32_t *number)
         return band_->Block(*number, blockWords_);
     }
     if (band_->blocks % kChunkBlocks == 0) {
-        const size_t words = kChunkBlocks * blockWords_;
-        if (!budget_->Take(words * sizeof(InkWord) + kChunkBlocks * sizeof(uint32_t)))
+        const size_t lines = kChunkBlocks * blockWords_ / kLineWords; // 256 blocks of any size fill whole lines
+        if (!budget_->Take(lines * sizeof(CacheLine) + kChunkBlocks * sizeof(uint32_t)))
             return nullptr;
-        band_->chunks.push_back(std::make_unique_for_overwrite<InkWord[]>(words));
+        band_->chunks.push_back(std::make_unique_for_overwrite<CacheLine[]>(lines));
     }
     *number = band_->blocks++;
     return band_->Block(*number, blockWords_);
