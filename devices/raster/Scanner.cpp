@@ -24,13 +24,12 @@ double Snap(double v)
 // The first row or column whose centre is not before v, kept within limits.
 int32_t FirstCentre(double v, int32_t low, int32_t high)
 {
-    const double centre = v - 0.5;
-    if (!(centre > low))
-        return low;
-    if (centre >= high)
-        return high;
-    const auto whole = static_cast<int32_t>(centre); // centre is positive here: low is never negative
-    return whole + (centre > whole ? 1 : 0);
+    // Without branches: where crossings lie nobody can guess. What is not a number is low.
+    double centre = v - 0.5;
+    centre = centre > low ? centre : low;
+    centre = centre < high ? centre : high;
+    const auto whole = static_cast<int32_t>(centre); // centre is not negative, since low is not
+    return whole + static_cast<int32_t>(centre > whole);
 }
 
 void SortCrossings(int32_t *begin, int32_t *end)
@@ -87,7 +86,7 @@ int32_t Scanner::CollectRows(int32_t top)
         ++rowStart_[static_cast<size_t>(std::max(edge.begin, top) - top)];
         --rowStart_[static_cast<size_t>(edge.end - top)];
     }
-    uint32_t count = 0, total = 0;
+    uint32_t count = 0, most = 0, total = 0;
     size_t taken = 0;
     for (; taken < rows; ++taken) {
         count += rowStart_[taken];
@@ -95,11 +94,14 @@ int32_t Scanner::CollectRows(int32_t top)
             break;
         rowStart_[taken] = total;
         total += count;
+        most = std::max(most, count);
     }
     rowStart_[taken] = total;
     rowFill_.assign(rowStart_.begin(), rowStart_.begin() + static_cast<ptrdiff_t>(taken));
     if (crossings_.size() < total)
         crossings_.resize(total);
+    if (spans_.size() < most / 2)
+        spans_.resize(most / 2);
 
     const int32_t end = top + static_cast<int32_t>(taken);
     for (const Edge &edge : edges_) {
@@ -113,13 +115,18 @@ int32_t Scanner::CollectRows(int32_t top)
     return end;
 }
 
-void Scanner::JoinCrossings(int32_t row)
+std::span<const Span> Scanner::JoinCrossings(int32_t row)
 {
     int32_t *next = crossings_.data() + rowStart_[static_cast<size_t>(row)];
     int32_t *const end = crossings_.data() + rowStart_[static_cast<size_t>(row) + 1];
+    Span *const first = spans_.data();
+    if (end - next == 2) { // most rows of most shapes
+        *first = {std::min(next[0], next[1]) >> 1, std::max(next[0], next[1]) >> 1};
+        return {first, first->begin < first->end ? size_t{1} : 0};
+    }
     SortCrossings(next, end);
 
-    spans_.clear();
+    size_t count = 0;
     int32_t winding = 0, begin = 0;
     for (; next < end; ++next) {
         const int32_t column = *next >> 1;
@@ -128,11 +135,12 @@ void Scanner::JoinCrossings(int32_t row)
         winding += (*next & 1) != 0 ? -1 : 1;
         if (winding != 0 || column == begin)
             continue;
-        if (!spans_.empty() && spans_.back().end == begin)
-            spans_.back().end = column;
+        if (count > 0 && first[count - 1].end == begin)
+            first[count - 1].end = column;
         else
-            spans_.push_back({begin, column});
+            first[count++] = {begin, column};
     }
+    return {first, count};
 }
 
 } // namespace vxhost::raster

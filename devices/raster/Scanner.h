@@ -33,9 +33,9 @@ class Scanner
         for (int32_t top = first_; top < last_;) {
             const int32_t end = CollectRows(top);
             for (int32_t y = top; y < end; ++y) {
-                JoinCrossings(y - top);
-                if (!spans_.empty())
-                    row(y, std::span<const Span>(spans_));
+                const std::span<const Span> spans = JoinCrossings(y - top);
+                if (!spans.empty())
+                    row(y, spans);
             }
             top = end;
         }
@@ -50,7 +50,7 @@ class Scanner
     };
 
     int32_t CollectRows(int32_t top); // crossings of as many rows as fit; returns the row after them
-    void JoinCrossings(int32_t row);
+    std::span<const Span> JoinCrossings(int32_t row); // valid until the next call
 
     Bounds bounds_;
     size_t maxEdges_ = 0;
@@ -59,7 +59,7 @@ class Scanner
     std::vector<int32_t> crossings_; // of the rows collected: sample · 2 + up
     std::vector<uint32_t> rowStart_; // into crossings_, one a row and the end
     std::vector<uint32_t> rowFill_;  // where the row's next crossing goes
-    std::vector<Span> spans_;
+    std::vector<Span> spans_; // has room for those of one row
 };
 
 } // namespace vxhost::raster
