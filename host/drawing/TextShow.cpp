@@ -95,7 +95,8 @@ void TextShow::Show(const ZRKTextRecord *first, int32_t mode)
 // Text may be painted, and then be part of the clip that its object ends with: one string, shown twice.
 bool TextShow::IsNewString(const ZRKTextRecord &first, int32_t mode)
 {
-    std::string text = first.fontName;
+    std::string &text = string_;
+    text = first.fontName;
     for (const ZRKTextRecord *record = &first; record != nullptr && record->fontName == first.fontName;
          record = record->next)
         text.append(reinterpret_cast<const char *>(record->text),

@@ -10,6 +10,7 @@
 #include <vx/TextRecord.h>
 
 #include <deque>
+#include <string>
 #include <vector>
 
 namespace vxhost
@@ -48,6 +49,7 @@ class TextShow
     Drawing *drawing_;
     GlyphSource *glyphs_;
     Point end_;                         // of the previous text, on the page
+    std::string string_;                // whose hash is being taken; keeps its storage
     Path record_;                       // of the record being shown; keeps its storage
     Path clip_;                         // of the chain so far
     std::vector<GlyphRun> runs_;        // not yet shown: one, or all of a chain that clips

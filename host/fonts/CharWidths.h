@@ -2,17 +2,13 @@
 #pragma once
 
 #include "host/fonts/FontFile.h"
+#include "host/fonts/FontList.h"
 #include "host/fonts/TextEncoding.h"
 
-#include <array>
-#include <cstdint>
 #include <string_view>
 
 namespace vxhost
 {
-
-// Of each byte; ems, 16.16.
-using CharWidths = std::array<int32_t, 256>;
 
 // Whether the file of the font of that PostScript name, whose text stands in the encoding, finds its glyphs by those
 // very bytes: the fonts of signs often do, and call them Latin letters.

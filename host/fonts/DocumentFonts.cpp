@@ -171,7 +171,7 @@ bool DocumentFonts::GoesByBytes(int32_t index) const
     return details_[static_cast<size_t>(index)].goesByBytes;
 }
 
-int32_t DocumentFonts::CharWidth(int16_t number, int16_t character) const
+const CharWidths *DocumentFonts::Widths(int16_t number) const
 {
     const Detail &detail = details_[static_cast<size_t>(number)];
     if (detail.widths == nullptr) {
@@ -179,7 +179,7 @@ int32_t DocumentFonts::CharWidth(int16_t number, int16_t character) const
         detail.widths =
             std::make_unique<CharWidths>(ReadCharWidths(file, detail.encoding, detail.goesByBytes));
     }
-    return (*detail.widths)[static_cast<uint8_t>(character)];
+    return detail.widths.get();
 }
 
 const TextFont *DocumentFonts::TextFontOf(int32_t index) const

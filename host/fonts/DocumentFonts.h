@@ -39,7 +39,11 @@ class DocumentFonts final : public FontList
 
     int32_t Count() const override { return static_cast<int32_t>(entries_.size()); }
     const Entry &At(int32_t index) const override { return entries_[static_cast<size_t>(index)]; }
-    int32_t CharWidth(int16_t number, int16_t character) const override;
+    int32_t CharWidth(int16_t number, int16_t character) const override
+    {
+        return (*Widths(number))[static_cast<uint8_t>(character)];
+    }
+    const CharWidths *Widths(int16_t number) const override;
 
     int32_t Find(std::string_view postScriptName) const;  // -1: not in the list
     int32_t FindFor(std::string_view asked) const;        // the same, whatever its suffixes

@@ -14,6 +14,7 @@ constexpr char32_t kUnknownCharacter = 0xFFFD;
 constexpr uint8_t kFirstVisible = 0x20;
 constexpr uint8_t kDelete = 0x7F;
 constexpr size_t kMaxUses = 1024;
+constexpr size_t kMaxKnownFonts = 64;
 constexpr size_t kMaxCachedGlyphs = 8192;
 constexpr size_t kMaxCachedPoints = size_t{1} << 20;
 
@@ -55,6 +56,7 @@ void DocumentGlyphs::BeginString(std::string_view fontName, bool isNew)
     }
     // Beyond any real document: the last font of the account takes the rest.
     use_ = found == useOfName_.end() ? uses_.size() - 1 : found->second;
+    bytes_ = BytesOf(font_);
     isNew_ = isNew;
     uses_[use_].strings += isNew_ ? 1 : 0;
 }
@@ -62,27 +64,56 @@ void DocumentGlyphs::BeginString(std::string_view fontName, bool isNew)
 Glyph DocumentGlyphs::Next(std::span<const uint8_t> text, bool isUpright)
 {
     const uint8_t byte = text.front();
+    if (byte < kFirstVisible || byte == kDelete)
+        return {};
+    const FoundGlyph &known = (*bytes_)[byte];
+    const FoundGlyph found = known.isKnown && !isUpright ? known : FindCharacter(text, isUpright);
+    if (isNew_) {
+        ++uses_[use_].characters;
+        uses_[use_].missingGlyphs += found.isMissing ? 1 : 0;
+    }
+    return found.glyph;
+}
+
+DocumentGlyphs::FoundGlyph DocumentGlyphs::FindCharacter(std::span<const uint8_t> text, bool isUpright)
+{
+    const uint8_t byte = text.front();
     const TextEncoding encoding = font_ < 0 ? TextEncoding::MacRoman : fonts_->EncodingOf(font_);
     const DecodedCharacter decoded = DecodeCharacter(encoding, text);
     const bool isWide = decoded.bytes > 1;
-    Glyph glyph;
-    glyph.bytes = decoded.bytes;
-    if (byte < kFirstVisible || byte == kDelete)
-        return glyph;
-    uses_[use_].characters += isNew_ ? 1 : 0;
-    glyph.advance = isWide      ? 1
-                    : font_ < 0 ? kBoxFontWidth / kOneEm
-                                : fonts_->CharWidth(static_cast<int16_t>(font_), byte) / kOneEm;
     const bool goesByBytes = font_ >= 0 && fonts_->GoesByBytes(font_);
     const CachedGlyph &cached =
         FindGlyph(goesByBytes ? byte : decoded.character, isUpright || decoded.isVerticalForm, isWide);
-    glyph.glyph = cached.glyph;
-    glyph.character = decoded.character != 0 ? decoded.character : kUnknownCharacter;
-    if (cached.isMissing && isNew_)
-        ++uses_[use_].missingGlyphs;
+    FoundGlyph found;
+    found.isMissing = cached.isMissing;
+    found.glyph.bytes = decoded.bytes;
+    found.glyph.advance = isWide      ? 1
+                          : font_ < 0 ? kBoxFontWidth / kOneEm
+                                      : fonts_->CharWidth(static_cast<int16_t>(font_), byte) / kOneEm;
+    found.glyph.glyph = cached.glyph;
+    found.glyph.character = decoded.character != 0 ? decoded.character : kUnknownCharacter;
     if (!cached.outline.IsEmpty())
-        glyph.outline = &cached.outline;
-    return glyph;
+        found.glyph.outline = &cached.outline;
+    if (!isUpright && !IsLeadByte(encoding, byte)) {
+        found.isKnown = true;
+        (*bytes_)[byte] = found;
+    }
+    return found;
+}
+
+DocumentGlyphs::BytesOfFont *DocumentGlyphs::BytesOf(int32_t font)
+{
+    if (bytesOfFonts_.size() == kMaxKnownFonts && !bytesOfFonts_.contains(font))
+        bytesOfFonts_.clear();
+    return &bytesOfFonts_[font];
+}
+
+void DocumentGlyphs::ForgetGlyphs()
+{
+    cache_.clear();
+    cachedPoints_ = 0;
+    bytesOfFonts_.clear();
+    bytes_ = BytesOf(font_);
 }
 
 const DocumentGlyphs::CachedGlyph &DocumentGlyphs::FindGlyph(char32_t character, bool isUpright, bool isWide)
@@ -94,10 +125,8 @@ const DocumentGlyphs::CachedGlyph &DocumentGlyphs::FindGlyph(char32_t character,
         return found->second;
     CachedGlyph made = MakeGlyph(character, isUpright, isWide);
     const size_t points = made.outline.points.size();
-    if (cache_.size() == kMaxCachedGlyphs || cachedPoints_ + points > kMaxCachedPoints) {
-        cache_.clear();
-        cachedPoints_ = 0;
-    }
+    if (cache_.size() == kMaxCachedGlyphs || cachedPoints_ + points > kMaxCachedPoints)
+        ForgetGlyphs();
     cachedPoints_ += points;
     return cache_.emplace(key, std::move(made)).first->second;
 }

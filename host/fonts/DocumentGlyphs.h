@@ -6,6 +6,7 @@
 #include "host/drawing/GlyphSource.h"
 #include "host/fonts/DocumentFonts.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -32,7 +33,16 @@ class DocumentGlyphs final : public GlyphSource
         uint32_t glyph = 0;
         bool isMissing = false;
     };
+    struct FoundGlyph {
+        Glyph glyph;
+        bool isMissing = false;
+        bool isKnown = false;
+    };
+    using BytesOfFont = std::array<FoundGlyph, 256>; // those that are characters and lie in a line
 
+    FoundGlyph FindCharacter(std::span<const uint8_t> text, bool isUpright);
+    void ForgetGlyphs();
+    BytesOfFont *BytesOf(int32_t font);
     CachedGlyph MakeGlyph(char32_t character, bool isUpright, bool isWide) const;
     const CachedGlyph &FindGlyph(char32_t character, bool isUpright, bool isWide);
 
@@ -44,6 +54,9 @@ class DocumentGlyphs final : public GlyphSource
     std::map<std::string, size_t, std::less<>> useOfName_;
     std::unordered_map<uint64_t, CachedGlyph> cache_;
     size_t cachedPoints_ = 0;
+    // What most text is made of is found without a search. Points into the cache.
+    std::unordered_map<int32_t, BytesOfFont> bytesOfFonts_;
+    BytesOfFont *bytes_ = nullptr; // of the current font
 };
 
 } // namespace vxhost

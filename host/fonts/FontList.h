@@ -5,6 +5,7 @@
 
 #include "host/fonts/NameTraits.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -12,6 +13,9 @@
 
 namespace vxhost
 {
+
+// Of each byte of text; ems, 16.16.
+using CharWidths = std::array<int32_t, 256>;
 
 class FontList
 {
@@ -36,6 +40,8 @@ class FontList
     virtual const Entry &At(int32_t index) const = 0; // 0 <= index < Count()
     // Width of one byte of text in ems, 16.16. number is the entry's index. May be called by several threads.
     virtual int32_t CharWidth(int16_t number, int16_t character) const = 0;
+    // Those of all bytes, for a list that has them together; else null. Valid as long as the list.
+    virtual const CharWidths *Widths(int16_t) const { return nullptr; }
 };
 
 } // namespace vxhost

@@ -90,13 +90,21 @@ void UNIXGetFamilyParentAndSuffix(const uint8_t *name, uint8_t *family, int32_t,
     vxhost::StorePascal(vxhost::AfterDash(asked), suffix);
 }
 
+// Each string that is placed asks for the widths of all bytes, one by one.
 int32_t UNIXGetCharWidth(int16_t number, int16_t character)
 {
-    const HostContext *host = CurrentHost();
+    HostContext *host = CurrentHost();
+    const auto byte = static_cast<uint8_t>(character);
+    if (host != nullptr && host->widths != nullptr && host->widthsFont == number && byte == character)
+        return (*host->widths)[byte];
     if (number < 0 || number >= vxhost::FontCount(host))
         return 0;
     int32_t width = 0;
-    vxhost::RunCallback([&] { width = host->fonts->CharWidth(number, character); });
+    vxhost::RunCallback([&] {
+        host->widths = host->fonts->Widths(number);
+        host->widthsFont = number;
+        width = host->fonts->CharWidth(number, character);
+    });
     return width;
 }
 

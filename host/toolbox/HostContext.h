@@ -63,6 +63,8 @@ struct HostContext {
     int purgeHolds = 0;        // HNoPurge less HPurge
     int32_t lastNamedFont = 0; // index: its family is asked for next
     DialogRecord dialog;
+    int32_t widthsFont = -1;            // whose widths were asked for last
+    const CharWidths *widths = nullptr; // of it, where the list has them together
 };
 
 HostContext *CurrentHost(); // null outside of a call
