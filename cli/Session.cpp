@@ -289,7 +289,7 @@ DocumentFontOptions Session::FontOptionsFor(const Document &document, const Head
 {
     constexpr int kWindowsVersion = 4;
     DocumentFontOptions options;
-    options.asked = ScanFontNames(document.Bytes());
+    options.asked = ScanFontNames(document);
     for (const std::string &name : header.fonts)
         (void)AddAskedFont(name, &options.asked); // full is full
     options.served = options_.fonts.served;

@@ -59,7 +59,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     std::string error;
     const std::unique_ptr<Document> document = Document::FromMemory(bytes, &error);
     DocumentFontOptions fontOptions;
-    fontOptions.asked = ScanFontNames(bytes);
+    fontOptions.asked = ScanFontNames(*document);
     fontOptions.isCodePage1252 = input.behaviour.fonts % 2 == 1;
     const DocumentFonts fonts(Fonts(), fontOptions);
     DocumentGlyphs glyphs(&fonts);

@@ -5,13 +5,16 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     vxfuzz::Input input(data, size);
     const auto bytes = std::as_bytes(input.document);
     const vxhost::HeaderFacts facts = vxhost::ScanHeader(bytes);
-    const std::vector<vxhost::AskedFont> fonts = vxhost::ScanFontNames(bytes);
+    std::string error;
+    const auto document = vxhost::Document::FromMemory(bytes, &error);
+    const std::vector<vxhost::AskedFont> fonts = vxhost::ScanFontNames(*document);
     if (vxhost::WhyRefused(facts, size).find('\n') != std::string::npos ||
         fonts.size() > vxhost::kMaxAskedFonts) {
         std::fputs("header: a message of two lines, or too many fonts\n", stderr);

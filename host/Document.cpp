@@ -152,6 +152,18 @@ std::unique_ptr<Document> Document::FromMemory(std::span<const std::byte> bytes,
     return document;
 }
 
+void Document::Leave(size_t from, size_t to) const
+{
+    if (mapped_.empty())
+        return;
+    const auto page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+    const auto start = static_cast<size_t>(bytes_.data() - mapped_.data());
+    const size_t first = (start + from) / page * page, last = (start + to) / page * page;
+    // Advice: where it is not taken the pages stay.
+    if (first < last)
+        (void)::madvise(const_cast<std::byte *>(mapped_.data()) + first, last - first, MADV_DONTNEED);
+}
+
 Document::~Document()
 {
     if (!mapped_.empty())

@@ -28,6 +28,9 @@ class Document
     ~Document();
 
     std::span<const std::byte> Bytes() const { return bytes_; }
+    // What lies between the two has been read: of a mapped file it need not stay in memory, and comes back when it is
+    // read again. So memory does not follow the document's length.
+    void Leave(size_t from, size_t to) const;
 
   private:
     Document() = default;

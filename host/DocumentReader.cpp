@@ -5,13 +5,21 @@
 namespace vxhost
 {
 
+namespace
+{
+
+constexpr size_t kReadAtOnce = size_t{1} << 20; // of the document, stays in memory
+
+} // namespace
+
 int32_t DocumentReader::Read(StreamReader *stream, int32_t op, void *arg, int32_t *inout)
 {
     DocumentReader *self = reinterpret_cast<Link *>(stream)->reader;
     if (op == kVXReadBytes)
         *inout = self->Deliver(arg, *inout);
     else if (op == kVXSetPosition)
-        self->position_ = std::min(static_cast<size_t>(std::max(*inout, 0)), self->bytes_.size());
+        self->left_ = self->position_ =
+            std::min(static_cast<size_t>(std::max(*inout, 0)), self->bytes_.size());
     return 0;
 }
 
@@ -25,6 +33,10 @@ int32_t DocumentReader::Deliver(void *to, int32_t wanted)
     std::memcpy(to, bytes_.data() + position_, count);
     position_ += count;
     furthest_ = std::max(furthest_, position_);
+    if (position_ - left_ >= kReadAtOnce) {
+        document_.Leave(left_, position_);
+        left_ = position_;
+    }
     return static_cast<int32_t>(count);
 }
 

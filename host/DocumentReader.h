@@ -4,6 +4,8 @@
 // call has failed nothing more is delivered, which ends the parse.
 #pragma once
 
+#include "host/Document.h"
+
 #include <vx/HostCall.h>
 
 #include <algorithm>
@@ -17,7 +19,8 @@ namespace vxhost
 class DocumentReader
 {
   public:
-    explicit DocumentReader(std::span<const std::byte> bytes) : bytes_(bytes)
+    // The document must outlive the reader.
+    explicit DocumentReader(const Document &document) : document_(document), bytes_(document.Bytes())
     {
         link_.stream.read = Read;
         link_.reader = this;
@@ -39,8 +42,10 @@ class DocumentReader
     static int32_t Read(StreamReader *stream, int32_t op, void *arg, int32_t *inout);
     int32_t Deliver(void *to, int32_t wanted);
 
+    const Document &document_;
     std::span<const std::byte> bytes_;
     size_t position_ = 0;
+    size_t left_ = 0; // what was read before it has been left
     size_t furthest_ = 0;
     Link link_{};
 };

@@ -64,7 +64,7 @@ Outcome CallPlugin(VXMainProc entry, int32_t selector, const Document &document,
 {
     Outcome outcome;
     HostContext host = MakeContext(options, &outcome);
-    DocumentReader reader(document.Bytes());
+    DocumentReader reader(document);
     CappedHeap heap(options.maxHeap);
 
     HostCallRecord record = {};

@@ -21,6 +21,13 @@ namespace
 constexpr size_t kMaxBlends = 16384;
 constexpr size_t kMaxRampBytes = size_t{16} << 20;
 constexpr int kSampleBits = 16;
+// Instances of one gradient differ by roundings: of the whole, no output shows so small a part.
+constexpr double kPlacesOfUnit = 50000;
+
+double Rounded(double part)
+{
+    return std::round(part * kPlacesOfUnit) / kPlacesOfUnit;
+}
 
 // Makes the outer circle the unit circle. False when the circles do not lie one inside the other, shrinking.
 bool Normalise(const Shading &shading, Matrix *matrix, Shading::Circle *last)
@@ -30,9 +37,9 @@ bool Normalise(const Shading &shading, Matrix *matrix, Shading::Circle *last)
         return false;
     const double r = first.radius;
     *matrix = Product({r, 0, 0, r, first.centre.x, first.centre.y}, shading.matrix);
-    last->centre = {(shading.last.centre.x - first.centre.x) / r,
-                    (shading.last.centre.y - first.centre.y) / r};
-    last->radius = shading.last.radius / r;
+    last->centre = {Rounded((shading.last.centre.x - first.centre.x) / r),
+                    Rounded((shading.last.centre.y - first.centre.y) / r)};
+    last->radius = Rounded(shading.last.radius / r);
     return true;
 }
 
@@ -178,13 +185,16 @@ std::optional<ShadingUse> Shadings::Use(const Shading &shading)
         return std::nullopt;
     if (!IsInvertible(use.matrix) || !FindSpace(shading, &blend.space))
         return std::nullopt;
+    double from = 0;
     for (const ColourSpan &span : shading.spans) {
-        if (span.colours.empty() || !(span.to > span.from))
+        const double to = Rounded(span.to);
+        if (span.colours.empty() || !(to > from))
             continue;
+        from = to;
         const std::optional<size_t> ramp = FindOrAddRamp(RampOf(span, blend.space));
         if (!ramp)
             return std::nullopt;
-        blend.spans.push_back({span.to, *ramp});
+        blend.spans.push_back({to, *ramp});
     }
     const std::optional<size_t> number = blend.spans.empty() ? std::nullopt : FindOrAdd(std::move(blend));
     if (!number)

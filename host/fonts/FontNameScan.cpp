@@ -11,6 +11,7 @@ namespace
 
 constexpr size_t kMaxNameLength = 80; // of the plug-in's buffer
 constexpr size_t kMaxReach = 16384;   // bytes from a name to its operator: an encoding may stand between
+constexpr size_t kReadAtOnce = size_t{1} << 20; // of the document, stays in memory
 constexpr std::string_view kBlanks = {" \t\r\n\f\0", 6};
 constexpr std::string_view kDelimiters = {" \t\r\n\f\0()[]{}/%", 14};
 
@@ -100,15 +101,22 @@ AskedFont *AddAskedFont(std::string_view name, std::vector<AskedFont> *fonts)
     return &fonts->back();
 }
 
-std::vector<AskedFont> ScanFontNames(std::span<const std::byte> document)
+std::vector<AskedFont> ScanFontNames(const Document &document)
 {
     std::vector<AskedFont> fonts;
-    std::string_view rest(reinterpret_cast<const char *>(document.data()), document.size());
-    while (true) {
-        const size_t slash = rest.find('/');
+    const std::span<const std::byte> bytes = document.Bytes();
+    std::string_view rest(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+    size_t left = 0;
+    while (!rest.empty()) {
+        if (const size_t read = bytes.size() - rest.size(); read - left >= kReadAtOnce) {
+            document.Leave(left, read);
+            left = read;
+        }
+        const std::string_view next = rest.substr(0, kReadAtOnce);
+        const size_t slash = next.find('/');
+        rest.remove_prefix(std::min(slash, next.size()));
         if (slash == std::string_view::npos)
-            return fonts;
-        rest.remove_prefix(slash);
+            continue;
         std::string_view reach = rest.substr(0, kMaxReach);
         Operands operands;
         const bool isWhole = ReadOperands(&reach, &operands);
@@ -120,6 +128,7 @@ std::vector<AskedFont> ScanFontNames(std::span<const std::byte> document)
         else if ((operands.operation == "Tf" || operands.operation == "z") && !operands.lastName.empty())
             (void)AddAskedFont(operands.lastName.substr(1), &fonts); // full is full
     }
+    return fonts;
 }
 
 } // namespace vxhost

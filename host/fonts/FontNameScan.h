@@ -4,11 +4,11 @@
 // stand. Trusts nothing and keeps a bounded number of them.
 #pragma once
 
+#include "host/Document.h"
 #include "host/fonts/TextEncoding.h"
 
 #include <cstddef>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,7 +25,7 @@ struct AskedFont {
 constexpr size_t kMaxAskedFonts = 256;
 
 // Distinct, in the order of the document.
-std::vector<AskedFont> ScanFontNames(std::span<const std::byte> document);
+std::vector<AskedFont> ScanFontNames(const Document &document);
 
 // Adds the name unless it is there already or the list is full; the font of that name, or null.
 AskedFont *AddAskedFont(std::string_view name, std::vector<AskedFont> *fonts);

@@ -82,7 +82,7 @@ vxhost::Picture DrawDocument(const std::string &lines)
     static const auto installed =
         vxhost::MakeFontconfigFonts({false, {std::begin(kFolders), std::end(kFolders)}});
     vxhost::DocumentFontOptions fontOptions;
-    fontOptions.asked = vxhost::ScanFontNames(document->Bytes());
+    fontOptions.asked = vxhost::ScanFontNames(*document);
     const vxhost::DocumentFonts fonts(*installed, fontOptions);
     vxhost::DocumentGlyphs glyphs(&fonts);
     vxhost::ParseOptions options;

@@ -71,7 +71,7 @@ class Threads : public testing::Test
         std::string error;
         const auto document = Document::Open(path, &error);
         DocumentFontOptions fontOptions;
-        fontOptions.asked = ScanFontNames(document->Bytes());
+        fontOptions.asked = ScanFontNames(*document);
         const DocumentFonts fonts(*fonts_, fontOptions);
         DocumentGlyphs glyphs(&fonts);
         ParseOptions options;

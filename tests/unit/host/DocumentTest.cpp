@@ -153,7 +153,10 @@ class ReaderTest : public testing::Test
     }
 
     std::string_view bytes_ = "0123456789";
-    DocumentReader reader_{std::as_bytes(std::span(bytes_))};
+    std::string error_;
+    const std::unique_ptr<Document> document_ =
+        Document::FromMemory(std::as_bytes(std::span(bytes_)), &error_);
+    DocumentReader reader_{*document_};
 };
 
 TEST_F(ReaderTest, ReadsForwardToTheEnd)

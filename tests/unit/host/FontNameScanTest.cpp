@@ -12,7 +12,8 @@ namespace
 
 std::vector<AskedFont> Scan(const std::string &text)
 {
-    return ScanFontNames(std::as_bytes(std::span(text)));
+    std::string error;
+    return ScanFontNames(*Document::FromMemory(std::as_bytes(std::span(text)), &error));
 }
 
 // "Helvetica Times-Roman*1": a star for re-encoded, the script's number where it is said.
