@@ -133,13 +133,14 @@ void AppendRadialInstance(std::string *text, int x, int y, int size)
     *text += "f\n0 BB\n";
 }
 
-std::string MakeInstances(int count, bool flat)
+// So many of them, or, where that is more, as many as fill so many bytes.
+std::string MakeInstances(int count, size_t bytes, bool flat)
 {
     constexpr int kSize = 100;
     Numbers numbers;
     std::string text = kComments;
     text += flat ? kEmptySetup : kGradientSetup;
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < count || text.size() < bytes; ++i) {
         const int x = numbers.Below(kPageWidth - kSize), y = numbers.Below(kPageHeight - kSize);
         if (flat)
             text += Line({}, ("0." + std::to_string(i % 89 + 10) + " 0.3 0.4 0 k").c_str());
@@ -185,14 +186,38 @@ std::string MakeTextDocument(int strings)
     return text + "TO\n" + kTrailer;
 }
 
+std::string MakeTextPage(size_t size)
+{
+    constexpr int kLines = 12;
+    Numbers numbers;
+    std::string text = std::string(kComments) + kEmptySetup;
+    text += "0 0 0 1 k\n0 To\n1 0 0 1 20 20 0 Tp\nTP\n0 Tr\n";
+    for (int block = 0; text.size() < size; ++block) {
+        text += std::string("/_") + kPageFonts[block % 3] + " 12 Tf\n";
+        const int x = numbers.Below(kPageWidth / 2), y = numbers.Below(kPageHeight);
+        for (int line = 0; line < kLines; ++line) {
+            text += "1 0 0 1 " + std::to_string(x) + ' ' + std::to_string(y - 14 * line) + " Tm\n(";
+            for (int letters = 20 + numbers.Below(60); letters > 0; --letters)
+                text += numbers.Below(6) == 0 ? ' ' : static_cast<char>('a' + numbers.Below(26));
+            text += ") Tx\n";
+        }
+    }
+    return text + "TO\n" + kTrailer;
+}
+
+std::string MakeGradientPage(size_t size)
+{
+    return MakeInstances(0, size, false);
+}
+
 std::string MakeGradientDocument(int instances)
 {
-    return MakeInstances(instances, false);
+    return MakeInstances(instances, 0, false);
 }
 
 std::string MakeFlatDocument(int instances)
 {
-    return MakeInstances(instances, true);
+    return MakeInstances(instances, 0, true);
 }
 
 } // namespace vxbench

@@ -16,11 +16,17 @@ std::string MakeTextDocument(int strings);
 constexpr int kTextFonts = 8;
 std::string TextFontName(int font);
 
+// Paragraphs in three fonts that every machine has, black. At least size bytes.
+std::string MakeTextPage(size_t size);
+constexpr const char *kPageFonts[] = {"Helvetica", "Times-Roman", "Courier"};
+
 // The page that all documents here are made for.
 constexpr int kPageWidth = 1000, kPageHeight = 800;
 
 // So many outlines of curves, each filled with a gradient, linear and radial in turn, of process colours.
 std::string MakeGradientDocument(int instances);
+// As many as fill at least size bytes.
+std::string MakeGradientPage(size_t size);
 // The same outlines, each filled with one colour.
 std::string MakeFlatDocument(int instances);
 

@@ -1,4 +1,4 @@
-# What ./vx and ./check share: from a fresh clone to a finished build. To be sourced; sets nothing but functions and
+# What ./vx, ./check and bench/compare share: from a fresh clone to a finished build. To be sourced; sets nothing but functions and
 # "root" and "build", the source and the build folder.
 
 root=$(cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." && pwd -P)
@@ -73,3 +73,28 @@ claim_build() {
     flock 9
 }
 release_build() { exec 9>&-; }
+
+# bring_up_to_date TARGET...: installs, configures and builds what is missing; silent when there is nothing to do. Exits
+# when it fails.
+bring_up_to_date() {
+    # Newer than all that decides what must be installed and configured; gone while that is under way.
+    local ready=$build/.ready log=$build/build.log
+    configured() {
+        [ -f "$build/build.ninja" ] && [ -f "$ready" ] && ! [ "$root/packages.txt" -nt "$ready" ] &&
+            ! [ "$root/CMakePresets.json" -nt "$ready" ]
+    }
+    make_ready() {
+        say 'building, which takes a few minutes the first time'
+        # Where somebody has configured by hand, packages are their own business.
+        [ -f "$build/build.ninja" ] && ! command -v apt-get >/dev/null || install_packages build run || exit 1
+        configure release >"$log" 2>&1 && touch "$ready"
+    }
+    claim_build
+    if ! { configured || make_ready; } || ! cmake --build "$build" --target "$@" >"$log" 2>&1 </dev/null; then
+        rm -f "$ready"
+        cat "$log" >&2
+        say "the build failed: see $log"
+        exit 1
+    fi
+    release_build
+}

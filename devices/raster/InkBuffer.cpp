@@ -206,7 +206,8 @@ InkWord *InkBuffer::TakeBlock(uint32_t *number)
         return band_->Block(*number, blockWords_);
     }
     if (band_->blocks % kChunkBlocks == 0) {
-        const size_t lines = kChunkBlocks * blockWords_ / kLineWords; // 256 blocks of any size fill whole lines
+        const size_t lines =
+            kChunkBlocks * blockWords_ / kLineWords; // 256 blocks of any size fill whole lines
         if (!budget_->Take(lines * sizeof(CacheLine) + kChunkBlocks * sizeof(uint32_t)))
             return nullptr;
         band_->chunks.push_back(std::make_unique_for_overwrite<CacheLine[]>(lines));

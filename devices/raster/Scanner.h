@@ -59,7 +59,7 @@ class Scanner
     std::vector<int32_t> crossings_; // of the rows collected: sample · 2 + up
     std::vector<uint32_t> rowStart_; // into crossings_, one a row and the end
     std::vector<uint32_t> rowFill_;  // where the row's next crossing goes
-    std::vector<Span> spans_; // has room for those of one row
+    std::vector<Span> spans_;        // has room for those of one row
 };
 
 } // namespace vxhost::raster
