@@ -78,14 +78,6 @@ void AppendBytes(const double *values, size_t count, std::string *to)
     to->append(reinterpret_cast<const char *>(values), count * sizeof *values);
 }
 
-QPDFObjectHandle Numbers(std::initializer_list<double> values)
-{
-    QPDFObjectHandle array = QPDFObjectHandle::newArray();
-    for (const double value : values)
-        array.appendItem(MakeNumber(value));
-    return array;
-}
-
 // What the colour space takes, in its order.
 void AppendComponents(const Colour &colour, const PaintSpace &space, std::vector<double> *to)
 {
@@ -235,7 +227,13 @@ std::string Shadings::KeyOf(const Blend &blend)
         key += static_cast<char>('0' + ink);
     const double circle[] = {blend.last.centre.x, blend.last.centre.y, blend.last.radius};
     AppendBytes(circle, std::size(circle), &key);
-    for (const Span &span : blend.spans) {
+    return key + KeyOf(blend.spans);
+}
+
+std::string Shadings::KeyOf(const std::vector<Span> &spans)
+{
+    std::string key;
+    for (const Span &span : spans) {
         const double values[] = {span.to, static_cast<double>(span.ramp)};
         AppendBytes(values, std::size(values), &key);
     }
@@ -243,14 +241,15 @@ std::string Shadings::KeyOf(const Blend &blend)
 }
 
 // One ramp as it is, several stitched together.
-QPDFObjectHandle Shadings::FunctionOf(const Blend &blend, const std::vector<QPDFObjectHandle> &ramps)
+QPDFObjectHandle Shadings::FunctionOf(const std::vector<Span> &spans,
+                                      const std::vector<QPDFObjectHandle> &ramps)
 {
-    if (blend.spans.size() == 1)
-        return ramps[blend.spans.front().ramp];
+    if (spans.size() == 1)
+        return ramps[spans.front().ramp];
     QPDFObjectHandle bounds = QPDFObjectHandle::newArray(), parts = QPDFObjectHandle::newArray();
-    for (const Span &span : blend.spans) {
+    for (const Span &span : spans) {
         parts.appendItem(ramps[span.ramp]);
-        if (&span != &blend.spans.back())
+        if (&span != &spans.back())
             bounds.appendItem(MakeNumber(span.to));
     }
     QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
@@ -258,10 +257,11 @@ QPDFObjectHandle Shadings::FunctionOf(const Blend &blend, const std::vector<QPDF
     function.replaceKey("/Domain", Domain(1));
     function.replaceKey("/Functions", parts);
     function.replaceKey("/Bounds", bounds);
-    function.replaceKey("/Encode", Domain(blend.spans.size()));
+    function.replaceKey("/Encode", Domain(spans.size()));
     return function;
 }
 
+// What shadings have in common is one object for all: there may be thousands of them, and the file is written at the end.
 // Both ends go on beyond the shape, whose edge is the clip's to draw; a radial one fills its inner disc so.
 void Shadings::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
 {
@@ -269,7 +269,12 @@ void Shadings::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
     for (const auto &[ramp, number] : ramps_)
         functions[number] = ramp[0] == kLinear ? LinearFunction(file, ramp) : SampledFunction(file, ramp);
     std::map<std::vector<int>, QPDFObjectHandle> spaces; // gray has another place for its black ink
+    std::map<std::string, QPDFObjectHandle> functionOfSpans;
     const QPDFObjectHandle yes = QPDFObjectHandle::newBool(true);
+    const QPDFObjectHandle both = QPDFObjectHandle::newArray({yes, yes});
+    const QPDFObjectHandle axial = QPDFObjectHandle::newInteger(2), radial = QPDFObjectHandle::newInteger(3);
+    const QPDFObjectHandle zero = MakeNumber(0), one = MakeNumber(1);
+    const QPDFObjectHandle line = QPDFObjectHandle::newArray({zero, zero, one, zero});
     for (size_t i = 0; i < blends_.size(); ++i) {
         const Blend &blend = blends_[i];
         const bool isAxial = blend.kind == ShadingKind::Axial;
@@ -278,15 +283,21 @@ void Shadings::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
         QPDFObjectHandle &space = spaces[spaceKey];
         if (!space.isInitialized())
             space = ColourSpaceOf(file, blend.space);
+        QPDFObjectHandle &function = functionOfSpans[KeyOf(blend.spans)];
+        if (!function.isInitialized())
+            function = FunctionOf(blend.spans, functions);
+        if (!function.isIndirect())
+            function = file->Add(function);
         const Shading::Circle &last = blend.last;
         QPDFObjectHandle shading = QPDFObjectHandle::newDictionary();
-        shading.replaceKey("/ShadingType", QPDFObjectHandle::newInteger(isAxial ? 2 : 3));
+        shading.replaceKey("/ShadingType", isAxial ? axial : radial);
         shading.replaceKey("/ColorSpace", space);
-        shading.replaceKey("/Coords", isAxial
-                                          ? Numbers({0, 0, 1, 0})
-                                          : Numbers({0, 0, 1, last.centre.x, last.centre.y, last.radius}));
-        shading.replaceKey("/Function", FunctionOf(blend, functions));
-        shading.replaceKey("/Extend", QPDFObjectHandle::newArray({yes, yes}));
+        shading.replaceKey("/Coords", isAxial ? line
+                                              : QPDFObjectHandle::newArray(
+                                                    {zero, zero, one, MakeNumber(last.centre.x),
+                                                     MakeNumber(last.centre.y), MakeNumber(last.radius)}));
+        shading.replaceKey("/Function", function);
+        shading.replaceKey("/Extend", both);
         resources->replaceKey(pdf::KeyOf(NameOf(i)), file->Add(shading));
     }
 }

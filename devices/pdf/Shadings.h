@@ -56,7 +56,9 @@ class Shadings
     std::optional<size_t> FindOrAdd(Blend blend);
     std::optional<size_t> FindOrAddRamp(std::string ramp);
     static std::string KeyOf(const Blend &blend);
-    static QPDFObjectHandle FunctionOf(const Blend &blend, const std::vector<QPDFObjectHandle> &ramps);
+    static std::string KeyOf(const std::vector<Span> &spans);
+    static QPDFObjectHandle FunctionOf(const std::vector<Span> &spans,
+                                       const std::vector<QPDFObjectHandle> &ramps);
 
     std::map<std::string, size_t, std::less<>> blendOfKey_, ramps_; // ramps as they are written, by number
     std::vector<Blend> blends_;                                     // by number, which is in the name
