@@ -268,6 +268,27 @@ TEST_F(DocumentGlyphsTest, ColumnsHaveFormsOfTheirOwn)
     EXPECT_EQ(byCode.points, upright.points);
 }
 
+// Half a character at the end of one text says nothing about the whole one of the next.
+TEST_F(DocumentGlyphsTest, WhatAByteWasItIsAgainInItsFontAlone)
+{
+    const DocumentFonts fonts(*installed_, options_);
+    DocumentGlyphs glyphs(&fonts);
+    glyphs.BeginString("IPAGothic", true);
+    EXPECT_EQ(Take(&glyphs, {0x83}).bytes, 1u);
+    const Glyph whole = Take(&glyphs, {0x83, 0x41});
+    EXPECT_EQ(whole.bytes, 2u);
+    EXPECT_EQ(whole.character, U'\u30A2');
+    const Glyph japanese = Take(&glyphs, {'i'});
+    glyphs.BeginString("Helvetica", true);
+    const Glyph first = Take(&glyphs, {'i'}), second = Take(&glyphs, {'i'});
+    EXPECT_EQ(second.glyph, first.glyph);
+    EXPECT_EQ(second.outline, first.outline);
+    EXPECT_NEAR(second.advance, 0.222, 1e-3);
+    EXPECT_NEAR(japanese.advance, 0.5, 1e-3);
+    EXPECT_EQ(glyphs.FontsUsed().at(0).characters, 3u);
+    EXPECT_EQ(glyphs.FontsUsed().at(1).characters, 2u);
+}
+
 TEST_F(DocumentGlyphsTest, CountsWhatIsShownAndWhatLacks)
 {
     const DocumentFonts fonts(*installed_, options_);

@@ -5,10 +5,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <span>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
@@ -134,6 +136,55 @@ TEST_F(DocumentTest, MemoryIsBorrowed)
     ASSERT_NE(document, nullptr);
     EXPECT_EQ(static_cast<const void *>(document->Bytes().data()), bytes.data());
     EXPECT_EQ(Text(*document), bytes);
+}
+
+TEST_F(DocumentTest, WhatIsLeftComesBackWhenItIsReadAgain)
+{
+    std::string text(100000, 'a');
+    text.back() = 'z';
+    const auto document = Document::Open(Write("a.vx", text), &error_);
+    ASSERT_NE(document, nullptr) << error_;
+    document->Leave(0, text.size());
+    EXPECT_EQ(Text(*document), text);
+    document->Leave(5000, 4000); // nothing
+    const auto borrowed = Document::FromMemory(std::as_bytes(std::span(text)), &error_);
+    borrowed->Leave(0, text.size()); // its owner's memory stays
+    EXPECT_EQ(Text(*borrowed), text);
+}
+
+// Of files that are mapped.
+size_t ResidentBytes()
+{
+    size_t total = 0, resident = 0, shared = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident >> shared;
+    return shared * static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+}
+
+TEST_F(DocumentTest, MemoryDoesNotFollowTheDocumentsLength)
+{
+    constexpr size_t kLength = size_t{64} << 20, kMost = size_t{8} << 20;
+    const std::string path = Write("long.vx", "x");
+    fs::resize_file(path, kLength);
+    const auto document = Document::Open(path, &error_);
+    ASSERT_NE(document, nullptr) << error_;
+    const size_t before = ResidentBytes();
+    DocumentReader reader(*document);
+    std::array<char, 500> buffer;
+    const auto readAll = [&] {
+        size_t total = 0, most = 0;
+        for (int32_t count = 500; count > 0; total += static_cast<size_t>(count)) {
+            count = 500;
+            reader.Stream()->read(reader.Stream(), kVXReadBytes, buffer.data(), &count);
+            if (total % (size_t{1} << 20) < buffer.size())
+                most = std::max(most, ResidentBytes());
+        }
+        EXPECT_EQ(total, kLength);
+        EXPECT_LT(most, before + kMost);
+    };
+    readAll();
+    int32_t start = 0;
+    reader.Stream()->read(reader.Stream(), kVXSetPosition, nullptr, &start);
+    readAll();
 }
 
 class ReaderTest : public testing::Test

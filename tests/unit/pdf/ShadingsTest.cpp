@@ -100,6 +100,24 @@ TEST(PdfShading, IsSharedByBlendsOfOneRamp)
               (std::set<std::string>{"/Blend1", "/Blend2"}));
 }
 
+// Instances of one gradient: what was a third of each is none of either to the last bit.
+TEST(PdfShading, IsSharedByBlendsThatDifferByRoundings)
+{
+    const auto withBound = [](double bound) {
+        return Axial({{0, bound, {Gray(0).colour, Gray(1).colour}}, {bound, 1, {Gray(0.5).colour}}});
+    };
+    DrawnPage page([&](Device &d) {
+        d.Shade(withBound(0.333331));
+        d.Shade(withBound(0.333335)); // both are nearest to 16667 of 50000
+        d.Shade(withBound(0.3334));
+        d.Shade(Radial({{0, 0}, 1}, {{0.200001, 0}, 0.5}));
+        d.Shade(Radial({{0, 0}, 1}, {{0.2, 0.000003}, 0.499998}));
+    });
+    EXPECT_EQ(page.Page().getKey("/Resources").getKey("/Shading").getKeys(),
+              (std::set<std::string>{"/Blend1", "/Blend2", "/Blend3"}));
+    EXPECT_EQ(Blend(page).getKey("/Function").getKey("/Bounds").unparse(), "[ .33334 ]");
+}
+
 struct InkCase {
     const char *name;
     Colour from, to;
