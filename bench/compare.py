@@ -131,14 +131,14 @@ def markdown(head, rows):
     yield ""
 
 
-def times(job, loop):
-    ratio = job.seconds / loop.seconds
+def times(job, unit):
+    ratio = job.seconds / unit
     return f"{ratio:.2f}" if ratio < 10 else f"{ratio:.1f}"
 
 
 def comparison(title, jobs):
     """A table of one document, our own program first."""
-    rows = [[work, job.program, times(job, jobs[0]), f"{job.mebibytes:.0f} MiB"]
+    rows = [[work, job.program, times(job, jobs[0].seconds), f"{job.mebibytes:.0f} MiB"]
             for work in WORKS for job in jobs if job.work == work]
     yield f"### {title}"
     yield ""
@@ -146,7 +146,8 @@ def comparison(title, jobs):
 
 
 def growth(runs):
-    """runs: jobs by kind of document and by megabytes."""
+    """runs: jobs by kind of document and by megabytes. The unit is the loop's time for a megabyte of the longest
+    document, so that what is linear stays the same along a row, but for what it takes to start."""
     sizes = sorted({size for _, size in runs})
     kinds = list(dict.fromkeys(kind for kind, _ in runs))
 
@@ -155,7 +156,8 @@ def growth(runs):
         if not jobs:
             return ""
         job = next(job for job in jobs if job.work == work)
-        return f"{times(job, jobs[0])}, {job.mebibytes:.0f} MiB"
+        unit = runs[kind, sizes[-1]][0].seconds / sizes[-1] * size
+        return f"{times(job, unit)}, {job.mebibytes:.0f} MiB"
 
     rows = [[kind, work, *(cell(kind, size, work) for size in sizes)] for kind in kinds for work in GROWTH]
     yield "### Growth"
