@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <utility>
 
@@ -123,18 +124,16 @@ class Translator
             std::from_chars(operands.data(), operands.data() + end, ink);
             operands.remove_prefix(std::min(end + 1, operands.size()));
         }
-        const auto level = [&](double ink) {
-            return static_cast<int>(255 * std::max(0.0, 1 - ink - inks[3]) + 0.5);
-        };
+        const auto level = [&](double ink) { return std::lround(255 * std::max(0.0, 1 - ink - inks[3])); };
         std::array<char, 8> text;
-        std::snprintf(text.data(), text.size(), "#%02x%02x%02x", level(inks[0]), level(inks[1]),
+        std::snprintf(text.data(), text.size(), "#%02lx%02lx%02lx", level(inks[0]), level(inks[1]),
                       level(inks[2]));
         return text.data();
     }
 
     Language language_;
     std::string body_;
-    std::string font_ = "", place_, colour_ = "#000", path_;
+    std::string font_, place_, colour_ = "#000", path_;
 };
 
 std::string PdfAround(const std::string &content)
