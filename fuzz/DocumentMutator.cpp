@@ -1,5 +1,8 @@
 // Changes documents so that most of them stay documents: whole lines come, go and trade places, operands and operators
-// become others. What the library's own mutations of bytes do comes on top.
+// become others, and so do the bytes at the end that say how the host behaves. What the library's own mutations of bytes
+// do comes on top.
+#include "fuzz/HostileHost.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -119,6 +122,21 @@ void ChangeLines(Random &random, std::vector<std::string> &lines)
     }
 }
 
+// Another behaviour for the same document. A byte that is no text, which 0 is, sets it off from the document.
+size_t ChangeBehaviour(Random &random, uint8_t *data, size_t size, size_t maxSize)
+{
+    constexpr size_t kBytes = sizeof(vxfuzz::Behaviour);
+    const size_t length = vxfuzz::Input(data, size).document.size();
+    if (length + kBytes > maxSize)
+        return size;
+    const bool hasBytes = length < size;
+    for (size_t i = 0; i < kBytes; ++i) {
+        if (!hasBytes || random() % 4 == 0)
+            data[length + i] = static_cast<uint8_t>(random() % 2 == 0 ? 0 : random() >> 8);
+    }
+    return length + kBytes;
+}
+
 } // namespace
 
 extern "C" size_t LLVMFuzzerCustomMutator(uint8_t *data, size_t size, size_t maxSize, unsigned seed)
@@ -126,6 +144,8 @@ extern "C" size_t LLVMFuzzerCustomMutator(uint8_t *data, size_t size, size_t max
     Random random(seed + 1);
     if (random() % 4 == 0)
         return LLVMFuzzerMutate(data, size, maxSize);
+    if (random() % 8 == 0)
+        return ChangeBehaviour(random, data, size, maxSize);
     std::vector<std::string> lines = SplitLines({reinterpret_cast<const char *>(data), size});
     for (size_t changes = 1 + Below(random, 4); changes > 0; --changes)
         ChangeLines(random, lines);

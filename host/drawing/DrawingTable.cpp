@@ -84,6 +84,7 @@ void Show(void *reference, const ZRKTextRecord *first, int32_t mode)
 }
 
 void Ignore(void *) {}
+void IgnoreComment(void *, uint32_t, const char *, int32_t) {}
 
 template <typename Proc>
 void SetEntry(ZRKProcs *procs, int entry, Proc proc)
@@ -98,7 +99,7 @@ DrawingTable::DrawingTable(Drawing *drawing, GlyphSource *glyphs)
 {
     procs_.version = kZRKProcsVersion;
     procs_.count = kZRKProcCount;
-    // No entry may be missing; those that no plug-in calls draw nothing, and neither do comments.
+    // No entry may be missing: those that no plug-in calls draw nothing.
     for (int entry = 0; entry < kZRKProcCount; ++entry)
         SetEntry<ZRKPathProc>(&procs_, entry, Ignore);
 
@@ -127,6 +128,7 @@ DrawingTable::DrawingTable(Drawing *drawing, GlyphSource *glyphs)
     SetEntry<ZRKPathProc>(&procs_, kZRKFill, Plain<&Drawing::Fill>);
     SetEntry<ZRKPathProc>(&procs_, kZRKStroke, Plain<&Drawing::Stroke>);
     SetEntry<ZRKShowProc>(&procs_, kZRKShow, Show);
+    SetEntry<ZRKCommentProc>(&procs_, kZRKComment, IgnoreComment);
 }
 
 } // namespace vxhost

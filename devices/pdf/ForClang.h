@@ -1,4 +1,4 @@
-// Read before the sources of this folder by clang-tidy alone; see .clang-tidy.
+// Read before all sources that know qpdf, by Clang and clang-tidy alone: see CMakeLists.txt and .clang-tidy.
 //
 // Headers of qpdf keep a vector of a class inside that class. Clang 14 takes that where vectors are not constexpr.
 #pragma once
