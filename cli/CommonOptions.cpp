@@ -17,7 +17,6 @@ namespace
 
 constexpr const char *kGroup = "Options of every command";
 constexpr double kMaxSeconds = 1e9;
-constexpr int64_t kLeastMemory = int64_t{1} << 20;
 
 std::optional<Script> ReadScript(const std::string &text)
 {
@@ -35,6 +34,16 @@ std::optional<Script> ReadScript(const std::string &text)
     return std::nullopt;
 }
 
+int64_t ReadLimit(const char *option, const std::string &text, const char *leastText, int64_t least)
+{
+    const std::optional<int64_t> size = ReadSize(text);
+    if (!size || (*size > 0 && *size < least))
+        throw UsageError(
+            fmt::format("{} {}: not a size of {} or more: give one as 512M or 2G, or 0 for no limit", option,
+                        text, leastText));
+    return *size;
+}
+
 } // namespace
 
 void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
@@ -48,6 +57,8 @@ void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
     add("--max-time", &maxTime_, "S",
         fmt::format("seconds that a document may take; 0 is no limit ({})", maxTime_));
     add("--max-memory", &maxMemory_, "SIZE", "memory that a document may take, as 512M; 0 is no limit (1G)");
+    add("--max-output", &maxOutput_, "SIZE",
+        "bytes that a file written may take, as 100M; 0 is no limit (4G)");
     add("--progress", &progress_, "WHEN", "auto, that is on a terminal, never or always (auto)");
     command->add_option("--font-dir", fontDirectories_, "more fonts, in DIR and below it; may be repeated")
         ->type_name("DIR")
@@ -78,13 +89,8 @@ CommonOptions CommonOptionReader::Read(bool needsInput) const
     if (!seconds || *seconds < 0 || *seconds > kMaxSeconds)
         throw UsageError(fmt::format("--max-time {}: not a time: give seconds, or 0 for no limit", maxTime_));
     options.limits.seconds = *seconds;
-    const std::optional<int64_t> memory = ReadSize(maxMemory_);
-    if (!memory || (*memory > 0 && *memory < kLeastMemory))
-        throw UsageError(
-            fmt::format("--max-memory {}: not a size of 1M or more: give one as 512M or 2G, or 0 "
-                        "for no limit",
-                        maxMemory_));
-    options.limits.memory = *memory;
+    options.limits.memory = ReadLimit("--max-memory", maxMemory_, "1M", int64_t{1} << 20);
+    options.limits.output = ReadLimit("--max-output", maxOutput_, "1K", int64_t{1} << 10);
 
     options.fonts = ReadFontChoice();
     options.script = ReadScript(script_);

@@ -24,6 +24,6 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HeaderFacts, hasPrefix, recognised, hasBox, v
                                    firstLine, title, creator, creationDate, processColours, customColours,
                                    fonts)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, inputError, limitError, lackedFont, writeError,
-                                   failedOutput, unconfined)
+                                   failedOutput, isSpoolError, unconfined)
 
 } // namespace vxhost

@@ -61,7 +61,7 @@ void Draw(const RenderSettings &settings, Format format, Device *device, const P
 
 Rendering::Rendering(RenderTask task, Session *session) : task_(std::move(task)), session_(session)
 {
-    const std::unique_ptr<Document> document = Session::Open(task_.input, &verdict_);
+    const std::unique_ptr<Document> document = session_->Open(task_.input, &verdict_);
     if (document == nullptr || !OpenOutputs())
         return;
     std::vector<int> descriptors;
@@ -93,7 +93,13 @@ std::vector<Work> Rendering::MakeWorks(Finding *finding) const
     for (size_t i = 0; i < files_.size() && finding->inputError.empty(); ++i) {
         const auto &[format, path] = task_.outputs[i];
         const ByteSink sink = SinkFor(path, files_[i]->Descriptor(), finding);
-        std::shared_ptr<Device> device = MakeDevice(format, task_.settings, sink, &finding->inputError);
+        RenderSettings settings = task_.settings;
+        settings.pdf.onSpoolFailure = [name = OutputName(path), finding](int error) {
+            finding->writeError = error;
+            finding->failedOutput = name;
+            finding->isSpoolError = true;
+        };
+        std::shared_ptr<Device> device = MakeDevice(format, settings, sink, &finding->inputError);
         works.emplace_back([this, device, of = format](const Plugin &plugin, const Document &document,
                                                        const ParseOptions &parse, Finding *found) {
             Draw(task_.settings, of, device.get(), plugin, document, parse, found);

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
@@ -11,9 +12,10 @@
 #include <memory>
 #include <seccomp.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-#include <vector>
+#include <utility>
 
 namespace vxhost
 {
@@ -37,6 +39,25 @@ uint64_t HandledAccess(long version)
     if (version >= 5)
         access |= kDeviceControl;
     return access;
+}
+
+// What seccomp refuses is refused here once more, for a kernel without it.
+void ConfineResources()
+{
+    constexpr rlim_t kFiles = 256; // fonts are closed as soon as they are mapped
+    constexpr std::pair<__rlimit_resource, rlim_t> kMost[] = {{RLIMIT_CORE, 0},
+                                                              {RLIMIT_NPROC, 0},
+                                                              {RLIMIT_MEMLOCK, 0},
+                                                              {RLIMIT_MSGQUEUE, 0},
+                                                              {RLIMIT_NOFILE, kFiles}};
+    for (const auto &[resource, most] : kMost) {
+        rlimit limit = {};
+        if (getrlimit(resource, &limit) != 0)
+            continue;
+        const rlim_t lower = std::min(limit.rlim_max, most);
+        limit = {lower, lower};
+        (void)setrlimit(resource, &limit); // lowering is always allowed
+    }
 }
 
 class Descriptor
@@ -175,6 +196,7 @@ std::string EnterSandbox(std::span<const std::string> readable)
 {
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0)
         return fmt::format("files and calls, {}", SystemText(errno));
+    ConfineResources();
     std::string lacking = ConfineFiles(readable);
     const std::string calls = ConfineCalls();
     if (!lacking.empty() && !calls.empty())

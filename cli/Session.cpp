@@ -217,12 +217,21 @@ Verdict Session::Interpret(const std::string &input, const Purpose &purpose, con
     return verdict;
 }
 
-std::unique_ptr<Document> Session::Open(const std::string &input, Verdict *verdict)
+std::unique_ptr<Document> Session::Open(const std::string &input, Verdict *verdict) const
 {
+    // What a pipe delivers is held in memory, so it counts.
+    const int64_t limit = options_.limits.memory;
+    const size_t maxHeld = limit > 0 ? static_cast<size_t>(limit) : std::numeric_limits<size_t>::max();
     std::string error;
-    std::unique_ptr<Document> document =
-        input == "-" ? Document::FromDescriptor(STDIN_FILENO, &error) : Document::Open(input, &error);
-    if (document == nullptr)
+    std::unique_ptr<Document> document = input == "-"
+                                             ? Document::FromDescriptor(STDIN_FILENO, &error, maxHeld)
+                                             : Document::Open(input, &error);
+    if (document == nullptr && error.empty())
+        *verdict = Failed(Status::LimitHit,
+                          fmt::format("is longer than the {} of memory that it may take: allow more "
+                                      "with --max-memory, or name a file",
+                                      SizeText(limit)));
+    else if (document == nullptr)
         *verdict = Failed(Status::InputFailed, error);
     return document;
 }
@@ -333,6 +342,28 @@ WorkerTask Session::TaskFor(const Document &document, const Preparation &prepare
     };
 }
 
+Verdict Session::JudgeWriteError(const Finding &finding, const Purpose &purpose) const
+{
+    const int error = finding.writeError;
+    Verdict verdict;
+    if (IsOutputLimit(options_.limits, error))
+        verdict = Failed(Status::LimitHit, fmt::format("takes more than {}{}: allow more with --max-output",
+                                                       SizeText(options_.limits.output), purpose.lost));
+    else if (finding.isSpoolError)
+        verdict = Failed(
+            Status::OutputFailed,
+            fmt::format("cannot be kept in a temporary file, {}: name a folder with more room in TMPDIR",
+                        SystemText(error)));
+    else if (error == EPIPE)
+        verdict =
+            Failed(Status::OutputFailed, ""); // a reader that left early, as head does, has what it wanted
+    else
+        verdict = Failed(Status::OutputFailed,
+                         fmt::format("cannot be written, {}: choose another place", SystemText(error)));
+    verdict.errorSubject = finding.failedOutput.empty() ? "standard output" : finding.failedOutput;
+    return verdict;
+}
+
 Verdict Session::Judge(const Interpretation &interpretation, Finding finding) const
 {
     const auto &[input, purpose, size, worker] = interpretation;
@@ -341,12 +372,7 @@ Verdict Session::Judge(const Interpretation &interpretation, Finding finding) co
         messages_->Detail("", fmt::format("no sandbox for {}", finding.unconfined));
     Verdict verdict;
     if (finding.writeError != 0) {
-        // A reader that left early, as head does, has what it wanted.
-        verdict.status = Status::OutputFailed;
-        verdict.errorSubject = finding.failedOutput.empty() ? "standard output" : finding.failedOutput;
-        if (finding.writeError != EPIPE)
-            verdict.error =
-                fmt::format("cannot be written, {}: choose another place", SystemText(finding.writeError));
+        verdict = JudgeWriteError(finding, purpose);
     } else if (outcome.memoryLimitHit || outcome.result == kVXOutOfMemory) {
         verdict = Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits.memory));
     } else if (std::string error = ResultError(finding, purpose, input, size); !error.empty()) {

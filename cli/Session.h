@@ -27,10 +27,11 @@ struct Finding {
     // Found by the work itself; empty or 0: nothing.
     std::string inputError;
     std::string limitError;
-    std::string lackedFont;   // the document was given up for want of it
-    int writeError = 0;       // errno of a failed write
-    std::string failedOutput; // which; empty: standard output
-    std::string unconfined;   // what the worker could not be kept from; empty: nothing
+    std::string lackedFont;    // the document was given up for want of it
+    int writeError = 0;        // errno of a failed write
+    std::string failedOutput;  // of which output; empty: standard output
+    bool isSpoolError = false; // it was of a temporary file
+    std::string unconfined;    // what the worker could not be kept from; empty: nothing
 };
 
 struct Verdict {
@@ -78,7 +79,7 @@ class Session
     Verdict Interpret(const std::string &input, const Purpose &purpose, const Work &work);
 
     // The same in its parts, for several documents at once. Each returns null when the verdict is final.
-    static std::unique_ptr<Document> Open(const std::string &input, Verdict *verdict);
+    std::unique_ptr<Document> Open(const std::string &input, Verdict *verdict) const;
     // Works up to the first that fails. The worker may write to the descriptors.
     std::unique_ptr<Interpretation> Begin(const std::string &input, const Purpose &purpose,
                                           const Document &document, const Preparation &prepare,
@@ -90,6 +91,7 @@ class Session
 
   private:
     DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &header) const;
+    Verdict JudgeWriteError(const Finding &finding, const Purpose &purpose) const;
     Verdict Judge(const Interpretation &interpretation, Finding finding) const;
     WorkerTask TaskFor(const Document &document, const Preparation &prepare) const;
 

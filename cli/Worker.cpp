@@ -55,6 +55,20 @@ void LimitMemory(int64_t bytes)
     (void)setrlimit(RLIMIT_DATA, &limit);
 }
 
+rlim_t FileLimit()
+{
+    rlimit present = {};
+    return getrlimit(RLIMIT_FSIZE, &present) == 0 ? present.rlim_cur : RLIM_INFINITY;
+}
+
+void LimitFiles(int64_t bytes)
+{
+    const auto most = static_cast<rlim_t>(bytes);
+    const rlimit limit = {most, most};
+    if (bytes > 0 && FileLimit() > most)
+        (void)setrlimit(RLIMIT_FSIZE, &limit);
+}
+
 // What this program opened itself is closed on exec; what it was started with is not its own to close.
 void CloseOwnBut(const std::vector<int> &keep)
 {
@@ -81,10 +95,9 @@ void CloseOwnBut(const std::vector<int> &keep)
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent)
         _exit(0);
-    const rlimit noCore = {0, 0};
-    (void)setrlimit(RLIMIT_CORE, &noCore);
     g_workerPipe = pipe;
     LimitMemory(limits.memory);
+    LimitFiles(limits.output);
 
     WorkerLink link(pipe);
     const std::string answer = task(link);
@@ -262,6 +275,11 @@ int Worker::WaitForProcess()
     while (waitpid(process_, &status, 0) < 0 && errno == EINTR)
         continue;
     return status;
+}
+
+bool IsOutputLimit(const WorkerLimits &limits, int error)
+{
+    return error == EFBIG && limits.output > 0 && FileLimit() > static_cast<rlim_t>(limits.output);
 }
 
 } // namespace vxhost

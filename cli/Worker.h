@@ -21,6 +21,7 @@ namespace vxhost
 struct WorkerLimits {
     double seconds = 60;               // 0: none
     int64_t memory = int64_t{1} << 30; // bytes of data, beside what is only mapped from files; 0: none
+    int64_t output = int64_t{4} << 30; // bytes of a file that it writes; 0: none
 };
 
 enum class WorkerFate { Finished, Crashed, OutOfTime, OutOfMemory };
@@ -79,6 +80,9 @@ class Worker
     std::unique_ptr<FrameReader> frames_;
     std::optional<WorkerEnd> end_;
 };
+
+// Whether a write of the worker failed for its own limit, rather than for one that this process has as well.
+bool IsOutputLimit(const WorkerLimits &limits, int error);
 
 // False where the memory limit cannot be set: a program under a memory checker needs its address space.
 constexpr bool MemoryLimitWorks()

@@ -56,41 +56,6 @@ class Descriptor
     int number_;
 };
 
-struct Buffer {
-    std::unique_ptr<std::byte[]> bytes;
-    size_t length = 0;
-};
-
-// All that a pipe delivers; false with error set when it cannot be read, or delivers too much.
-bool ReadWhole(int descriptor, Buffer *buffer, std::string *error)
-{
-    size_t capacity = 0;
-    while (true) {
-        if (buffer->length == capacity) {
-            capacity = capacity == 0 ? kFirstRead : std::min(capacity * 2, kMaxBytes + 1);
-            auto larger = std::make_unique_for_overwrite<std::byte[]>(capacity);
-            if (buffer->length > 0)
-                std::memcpy(larger.get(), buffer->bytes.get(), buffer->length);
-            buffer->bytes = std::move(larger);
-        }
-        const ssize_t got =
-            ::read(descriptor, buffer->bytes.get() + buffer->length, capacity - buffer->length);
-        if (got == 0)
-            return true;
-        if (got < 0) {
-            if (errno == EINTR)
-                continue;
-            *error = "cannot be read, " + SystemError(errno);
-            return false;
-        }
-        buffer->length += static_cast<size_t>(got);
-        if (buffer->length > kMaxBytes) {
-            *error = kTooLong;
-            return false;
-        }
-    }
-}
-
 } // namespace
 
 std::unique_ptr<Document> Document::Open(const std::string &path, std::string *error)
@@ -103,7 +68,7 @@ std::unique_ptr<Document> Document::Open(const std::string &path, std::string *e
     return FromDescriptor(file.Get(), error);
 }
 
-std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *error)
+std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *error, size_t maxHeld)
 {
     struct stat status;
     if (::fstat(descriptor, &status) != 0) {
@@ -133,12 +98,41 @@ std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *
         }
     }
     // A pipe, or a file system that does not map or does not say how long its files are.
-    Buffer buffer;
-    if (!ReadWhole(descriptor, &buffer, error))
-        return nullptr;
-    document->bytes_ = {buffer.bytes.get(), buffer.length};
-    document->owned_ = std::move(buffer.bytes);
-    return document;
+    return document->ReadWhole(descriptor, maxHeld, error) ? std::move(document) : nullptr;
+}
+
+// By realloc, which moves pages instead of copying what they hold.
+bool Document::ReadWhole(int descriptor, size_t maxHeld, std::string *error)
+{
+    size_t capacity = 0, length = 0;
+    while (true) {
+        if (length == capacity) {
+            capacity = capacity == 0 ? kFirstRead : std::min(capacity * 2, kMaxBytes + 1);
+            void *larger = std::realloc(owned_.get(), capacity);
+            if (larger == nullptr) {
+                *error = "cannot be read, " + SystemError(ENOMEM);
+                return false;
+            }
+            (void)owned_.release();
+            owned_.reset(static_cast<std::byte *>(larger));
+        }
+        const ssize_t got = ::read(descriptor, owned_.get() + length, capacity - length);
+        if (got == 0)
+            break;
+        if (got < 0) {
+            if (errno == EINTR)
+                continue;
+            *error = "cannot be read, " + SystemError(errno);
+            return false;
+        }
+        length += static_cast<size_t>(got);
+        if (length > std::min(maxHeld, kMaxBytes)) {
+            *error = maxHeld < kMaxBytes ? "" : kTooLong;
+            return false;
+        }
+    }
+    bytes_ = {owned_.get(), length};
+    return true;
 }
 
 std::unique_ptr<Document> Document::FromMemory(std::span<const std::byte> bytes, std::string *error)

@@ -7,6 +7,8 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -19,7 +21,9 @@ class Document
   public:
     // Each returns null and sets error to one line for a person ("is a directory", "no such file …").
     static std::unique_ptr<Document> Open(const std::string &path, std::string *error);
-    static std::unique_ptr<Document> FromDescriptor(int descriptor, std::string *error);
+    // maxHeld bounds what a pipe may deliver; when it delivers more, error is empty.
+    static std::unique_ptr<Document> FromDescriptor(int descriptor, std::string *error,
+                                                    size_t maxHeld = std::numeric_limits<size_t>::max());
     // Borrows the bytes: they must outlive the document.
     static std::unique_ptr<Document> FromMemory(std::span<const std::byte> bytes, std::string *error);
 
@@ -33,10 +37,16 @@ class Document
     void Leave(size_t from, size_t to) const;
 
   private:
+    struct Free {
+        void operator()(std::byte *bytes) const { std::free(bytes); }
+    };
+    using HeldBytes = std::unique_ptr<std::byte, Free>;
+
     Document() = default;
+    bool ReadWhole(int descriptor, size_t maxHeld, std::string *error);
     std::span<const std::byte> bytes_;
     std::span<const std::byte> mapped_; // the whole mapping, which bytes_ may be a part of
-    std::unique_ptr<std::byte[]> owned_;
+    HeldBytes owned_;
 };
 
 } // namespace vxhost

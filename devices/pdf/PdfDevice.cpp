@@ -342,7 +342,7 @@ std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, 
         if (!press)
             return nullptr;
     }
-    std::unique_ptr<PieceSpool> spool = PieceSpool::Open(options.spool, error);
+    std::unique_ptr<PieceSpool> spool = PieceSpool::Open(options.spool, options.onSpoolFailure, error);
     if (spool == nullptr)
         return nullptr;
     return std::make_unique<PdfDevice>(options, std::move(press), std::move(spool), std::move(sink));

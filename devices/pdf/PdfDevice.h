@@ -7,6 +7,7 @@
 #include "host/drawing/Device.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,6 +27,8 @@ struct PdfOptions {
     // An open file of the caller's, to be read and written, for what is too long to keep in memory; -1: a temporary
     // one is made in TMPDIR, by MakePdfDevice, which is the last time that the device opens anything but fonts.
     int spool = -1;
+    // Told the errno when that file can no longer be written or read; null: nobody asks. EndPage says it in words.
+    std::function<void(int)> onSpoolFailure;
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has

@@ -39,12 +39,13 @@ int OpenUnnamed(const std::string &folder)
 
 } // namespace
 
-std::unique_ptr<PieceSpool> PieceSpool::Open(int descriptor, std::string *error)
+std::unique_ptr<PieceSpool> PieceSpool::Open(int descriptor, std::function<void(int)> onFailure,
+                                             std::string *error)
 {
     const std::string folder = TemporaryFolder();
     const int file = descriptor >= 0 ? fcntl(descriptor, F_DUPFD_CLOEXEC, 0) : OpenUnnamed(folder);
     if (file >= 0)
-        return std::unique_ptr<PieceSpool>(new PieceSpool(file));
+        return std::unique_ptr<PieceSpool>(new PieceSpool(file, std::move(onFailure)));
     *error = "cannot make a temporary file in \"" + folder + "\", " + std::strerror(errno) +
              ": name another folder in TMPDIR";
     return nullptr;
@@ -59,6 +60,8 @@ void PieceSpool::Fail(int cause)
 {
     error_ = std::string("cannot keep the page in a temporary file, ") + std::strerror(cause) +
              ": name a folder with more room in TMPDIR";
+    if (onFailure_)
+        onFailure_(cause);
 }
 
 void PieceSpool::Clear()

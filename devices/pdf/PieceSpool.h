@@ -10,6 +10,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vxhost::pdf
@@ -19,7 +20,9 @@ class PieceSpool
 {
   public:
     // Uses a copy of the descriptor; -1: a temporary file. Null when there is no place for one; error says why.
-    static std::unique_ptr<PieceSpool> Open(int descriptor, std::string *error);
+    // onFailure, unless it is null, is told the errno of the first failure.
+    static std::unique_ptr<PieceSpool> Open(int descriptor, std::function<void(int)> onFailure,
+                                            std::string *error);
     ~PieceSpool();
     PieceSpool(const PieceSpool &) = delete;
     PieceSpool &operator=(const PieceSpool &) = delete;
@@ -39,10 +42,13 @@ class PieceSpool
         size_t bytes;
     };
 
-    explicit PieceSpool(int file) : file_(file) {}
+    PieceSpool(int file, std::function<void(int)> onFailure) : file_(file), onFailure_(std::move(onFailure))
+    {
+    }
     void Fail(int cause);
 
     int file_;
+    std::function<void(int)> onFailure_;
     std::vector<Piece> pieces_;
     int64_t end_ = 0;
     std::string error_;

@@ -3,7 +3,7 @@
 _vx()
 {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-    local every='--plugin --max-time --max-memory --progress --font-dir --font-map --no-system-fonts --missing-fonts
+    local every='--plugin --max-time --max-memory --max-output --progress --font-dir --font-map --no-system-fonts --missing-fonts
         --script --strict --quiet --verbose --help'
     local picture='--output --format --dpi --zoom --width --height --fit --background --box --profile --intent
         --overprint --samples --text --pdf-x'
@@ -35,7 +35,7 @@ _vx()
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir) files=-d ;;
-    -r | --dpi | -z | --zoom | --width | --height | --fit | -j | --jobs | --max-time | --max-memory) files= ;;
+    -r | --dpi | -z | --zoom | --width | --height | --fit | -j | --jobs | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --plugin | --font-map) ;;
     *)
         if ((COMP_CWORD == 1)); then

@@ -14,7 +14,8 @@ import sys
 import time
 import unittest
 
-from vxcommand import CommandTest, LEFT_HALF, Png, SANITIZED, WITHOUT_UNNAMED, document, sample, sample_names
+from vxcommand import (CommandTest, LEFT_HALF, Png, SANITIZED, WITHOUT_LANDLOCK, WITHOUT_UNNAMED, document, sample,
+                       sample_names)
 
 
 class Usage(CommandTest):
@@ -49,6 +50,8 @@ class Usage(CommandTest):
         (["info", "a.vx", "--max-time", "-1"], "--max-time -1"),
         (["info", "a.vx", "--max-memory", "lots"], "--max-memory lots"),
         (["info", "a.vx", "--max-memory", "1k"], "--max-memory 1k"),
+        (["info", "a.vx", "--max-output", "much"], "--max-output much"),
+        (["info", "a.vx", "--max-output", "100"], "--max-output 100: not a size of 1K or more"),
         (["info", "a.vx", "--progress", "maybe"], "--progress maybe"),
         (["info", "a.vx", "--plugin", "no-such.so"], "no-such.so"),
         (["info", "a.vx", "--plugin", "a.vx"], "cannot be loaded"),
@@ -809,9 +812,16 @@ class Worker(CommandTest):
         notes = self.read("worker.notes").decode().splitlines()[1:]
         denied = ["read %d" % errno.EACCES, "write %d" % errno.EPERM, "create %d" % errno.EPERM, "font 0"]
         denied += ["%s %d" % (what, errno.EPERM) for what in ("internet", "local", "signal")]
+        denied += ["core 0", "processes 0", "files 256", "size %d" % (4 << 30)]
         denied += ["self 0", "process %d" % errno.EPERM, "program %d" % errno.EPERM]
         self.assertEqual(notes[:len(denied)], denied)
         self.assertNotIn("new", self.files())
+
+    def test_a_kernel_that_cannot_confine_is_told_and_does_not_stop(self):
+        for words in (["info", "a.vx"], ["render", "a.vx", "-o", "a.pdf"]):
+            messages = self.run_vx(*words, "-v", environment=WITHOUT_LANDLOCK)[1]
+            self.assertIn("vx: no sandbox for files, no Landlock in this kernel (function not implemented)", messages)
+            self.assertEqual(self.run_vx(*words, environment=WITHOUT_LANDLOCK)[1], [])
 
 
 if __name__ == "__main__":

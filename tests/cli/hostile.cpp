@@ -1,5 +1,6 @@
 // A plug-in that does what no plug-in should, so that the command's guards can be seen at work. VX_HOSTILE says what.
 #include <vx/HostCall.h>
+#include <vx/Procs.h>
 
 #include <cerrno>
 #include <csignal>
@@ -9,6 +10,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <string_view>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -60,6 +62,14 @@ void Note(const char *what, long outcome)
     dprintf(Notebook(), "%s %d\n", what, outcome < 0 ? errno : 0);
 }
 
+void NoteLimit(const char *what, __rlimit_resource resource)
+{
+    rlimit limit = {};
+    const int outcome = getrlimit(resource, &limit);
+    dprintf(Notebook(), "%s %llu\n", what,
+            outcome < 0 ? ~0ULL : static_cast<unsigned long long>(limit.rlim_max));
+}
+
 void NoteOpening(const char *what, const char *variable, int flags)
 {
     const char *path = std::getenv(variable);
@@ -76,6 +86,10 @@ void ReachOut()
     Note("internet", socket(AF_INET, SOCK_STREAM, 0));
     Note("local", socket(AF_UNIX, SOCK_STREAM, 0));
     Note("signal", kill(1, 0));
+    NoteLimit("core", RLIMIT_CORE);
+    NoteLimit("processes", RLIMIT_NPROC);
+    NoteLimit("files", RLIMIT_NOFILE);
+    NoteLimit("size", RLIMIT_FSIZE);
     Note("self", syscall(SYS_tgkill, getpid(), syscall(SYS_gettid), 0));
     const pid_t child = static_cast<pid_t>(syscall(SYS_fork));
     if (child == 0)
@@ -86,6 +100,34 @@ void ReachOut()
     Note("program", execv(program, words));
 }
 
+// More than any device keeps in memory, and no end: whoever waits for the note finds the worker half way.
+void ScribbleForEver(const HostCallRecord *record)
+{
+    constexpr int kFirstLines = 200000;
+    constexpr Fixed kWidth = 72 * 65536;
+    const auto moveTo = reinterpret_cast<ZRKMoveToProc>(record->procs->entry[kZRKMoveTo]);
+    const auto lineTo = reinterpret_cast<ZRKLineToProc>(record->procs->entry[kZRKLineTo]);
+    const auto stroke = reinterpret_cast<ZRKPathProc>(record->procs->entry[kZRKStroke]);
+    for (uint32_t line = 1;; ++line) {
+        const FixedPoint from = {0, static_cast<Fixed>(line * 7919 % kWidth)};
+        const FixedPoint to = {kWidth, static_cast<Fixed>(line * 104729 % kWidth)};
+        moveTo(record->drawing, &from);
+        lineTo(record->drawing, &to);
+        stroke(record->drawing);
+        if (line == kFirstLines)
+            Note("drawn", 0);
+    }
+}
+
+int16_t Scribble(int32_t selector, HostCallRecord *record)
+{
+    const Fixed box[] = {0, 0, 72 * 65536, 72 * 65536};
+    std::memcpy(record->boundingBox, box, sizeof box);
+    if (selector == kVXParse)
+        ScribbleForEver(record);
+    return kVXOk;
+}
+
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) void
@@ -93,7 +135,6 @@ HostileMain(int32_t selector, HostCallRecord *record, void *data, int16_t *resul
 
 extern "C" void HostileMain(int32_t selector, HostCallRecord *record, void *data, int16_t *result)
 {
-    (void)selector;
     (void)data;
     const char *behaviour = std::getenv("VX_HOSTILE");
     const std::string_view how = behaviour == nullptr ? "" : behaviour;
@@ -111,6 +152,8 @@ extern "C" void HostileMain(int32_t selector, HostCallRecord *record, void *data
         CloseAndLoop();
     if (how == "heap")
         TouchNewMemoryForEver();
+    if (how == "scribble")
+        *result = Scribble(selector, record);
     if (how == "memory")
         *result = TakeAllHostMemory(record->memory);
 }

@@ -9,8 +9,16 @@ import zlib
 
 VX = os.environ["VX"]
 HOSTILE = os.environ.get("VX_HOSTILE_PLUGIN", "")
-# For the environment of a command: the file system seems to be one where every file has a name.
-WITHOUT_UNNAMED = {"LD_PRELOAD": os.environ.get("VX_WITHOUT_UNNAMED", ""), "ASAN_OPTIONS": "verify_asan_link_order=0"}
+
+
+def preloaded(library):
+    return {"LD_PRELOAD": os.environ.get(library, ""), "ASAN_OPTIONS": "verify_asan_link_order=0"}
+
+
+# For the environment of a command: the file system seems to be one where every file has a name, and the kernel one that
+# cannot confine files.
+WITHOUT_UNNAMED = preloaded("VX_WITHOUT_UNNAMED")
+WITHOUT_LANDLOCK = preloaded("VX_WITHOUT_LANDLOCK")
 SANITIZED = os.environ.get("VX_SANITIZED", "0") not in ("", "0")
 
 HEADER = """%!PS-Tavro-3.0

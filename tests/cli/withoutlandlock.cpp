@@ -1,0 +1,24 @@
+// Loaded before a program: a kernel that knows no Landlock, as older ones do not.
+#include <cerrno>
+#include <cstdarg>
+#include <dlfcn.h>
+#include <linux/landlock.h>
+#include <sys/syscall.h>
+
+extern "C" long syscall(long number, ...)
+{
+    constexpr int kMostArguments = 6;
+    long arguments[kMostArguments];
+    std::va_list rest;
+    va_start(rest, number);
+    for (long &argument : arguments)
+        argument = va_arg(rest, long);
+    va_end(rest);
+    if (number == SYS_landlock_create_ruleset) {
+        errno = ENOSYS;
+        return -1;
+    }
+    using SyscallProc = long (*)(long, ...);
+    return reinterpret_cast<SyscallProc>(dlsym(RTLD_NEXT, "syscall"))(
+        number, arguments[0], arguments[1], arguments[2], arguments[3], arguments[4], arguments[5]);
+}
