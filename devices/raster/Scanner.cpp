@@ -1,5 +1,5 @@
 // Crossings are counted first and then dropped into place row by row, so nothing is sorted but the few
-// crossings of one row. A shape with very many of them is swept in several turns, so that memory follows its
+// crossings of one row; a row that has more of them than samples counts them instead. A shape with very many of them is swept in several turns, so that memory follows its
 // edges, not their height.
 #include "devices/raster/Scanner.h"
 
@@ -32,12 +32,8 @@ int32_t FirstCentre(double v, int32_t low, int32_t high)
     return whole + static_cast<int32_t>(centre > whole);
 }
 
-void SortCrossings(int32_t *begin, int32_t *end)
+void SortFew(int32_t *begin, int32_t *end)
 {
-    if (end - begin > 32) {
-        std::sort(begin, end);
-        return;
-    }
     for (int32_t *next = begin + 1; next < end; ++next) {
         const int32_t value = *next;
         int32_t *to = next;
@@ -113,6 +109,23 @@ int32_t Scanner::CollectRows(int32_t top)
         }
     }
     return end;
+}
+
+void Scanner::SortCrossings(int32_t *begin, int32_t *end)
+{
+    constexpr ptrdiff_t kFew = 32;
+    constexpr ptrdiff_t kPlacesACrossing = 4; // where sorting takes as long as looking at each place
+    const ptrdiff_t places = (ptrdiff_t{bounds_.right} - bounds_.left + 1) * 2;
+    if (end - begin <= kFew)
+        return SortFew(begin, end);
+    if (end - begin < places / kPlacesACrossing)
+        return std::sort(begin, end);
+    const int32_t lowest = bounds_.left * 2;
+    counts_.assign(static_cast<size_t>(places), 0);
+    for (const int32_t *next = begin; next < end; ++next)
+        ++counts_[static_cast<size_t>(*next - lowest)];
+    for (size_t place = 0; place < counts_.size(); ++place)
+        begin = std::fill_n(begin, counts_[place], lowest + static_cast<int32_t>(place));
 }
 
 std::span<const Span> Scanner::JoinCrossings(int32_t row)

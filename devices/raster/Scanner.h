@@ -50,6 +50,7 @@ class Scanner
     };
 
     int32_t CollectRows(int32_t top); // crossings of as many rows as fit; returns the row after them
+    void SortCrossings(int32_t *begin, int32_t *end);
     std::span<const Span> JoinCrossings(int32_t row); // valid until the next call
 
     Bounds bounds_;
@@ -59,6 +60,7 @@ class Scanner
     std::vector<int32_t> crossings_; // of the rows collected: sample · 2 + up
     std::vector<uint32_t> rowStart_; // into crossings_, one a row and the end
     std::vector<uint32_t> rowFill_;  // where the row's next crossing goes
+    std::vector<uint32_t> counts_;   // of the crossings at each place of a row that has very many
     std::vector<Span> spans_;        // has room for those of one row
 };
 
