@@ -189,8 +189,10 @@ void CheckPdf(const std::string &bytes)
         file.processMemoryFile("output", bytes.data(), bytes.size());
         std::vector<QPDFPageObjectHelper> pages = QPDFPageDocumentHelper(file).getAllPages();
         Require(pages.size() == 1, "a pdf of other than one page");
+        constexpr size_t kQuicklyRead = 32768;
         ProgramReader reader;
-        pages.front().parseContents(&reader);
+        if (bytes.size() < kQuicklyRead)
+            pages.front().parseContents(&reader);
         for (QPDFObjectHandle &object : file.getAllObjects()) {
             if (object.isStream() && object.getDict().hasKey("/Filter"))
                 object.getStreamData();
