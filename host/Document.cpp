@@ -9,7 +9,6 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace vxhost
 {
@@ -98,7 +97,9 @@ std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *
         }
     }
     // A pipe, or a file system that does not map or does not say how long its files are.
-    return document->ReadWhole(descriptor, maxHeld, error) ? std::move(document) : nullptr;
+    if (!document->ReadWhole(descriptor, maxHeld, error))
+        return nullptr;
+    return document;
 }
 
 // By realloc, which moves pages instead of copying what they hold.

@@ -32,7 +32,7 @@ int32_t FirstCentre(double v, int32_t low, int32_t high)
     return whole + static_cast<int32_t>(centre > whole);
 }
 
-void SortFew(int32_t *begin, int32_t *end)
+void SortFew(int32_t *begin, const int32_t *end)
 {
     for (int32_t *next = begin + 1; next < end; ++next) {
         const int32_t value = *next;
