@@ -4,7 +4,8 @@
 #include "host/drawing/Device.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace vxhost
@@ -13,22 +14,25 @@ namespace vxhost
 // Cyan in the lowest byte, black in the highest. 0 is paper.
 using InkWord = uint32_t;
 
-// 0 to 1.0, rounded; what lies outside is clamped.
-inline InkWord InkByte(double amount)
+// The four inks of a colour before they are cut off: 0 to 255, and a half, so that cutting rounds. Gray is black ink
+// alone. Amounts below 0 and above 1.0 are clamped.
+using InkLevels = std::array<double, 4>;
+
+inline InkLevels LevelsOf(const Colour &colour)
 {
-    constexpr double kHalf = 0.5; // cheaper than a call that also rounds what is below 0
-    return static_cast<InkWord>(static_cast<int32_t>(std::clamp(amount, 0.0, 1.0) * 255 + kHalf));
+    constexpr double kHalf = 0.5;
+    const auto level = [](double amount) { return std::clamp(amount, 0.0, 1.0) * 255 + kHalf; };
+    const auto &ink = colour.ink;
+    if (colour.space == ColourSpace::Gray)
+        return {kHalf, kHalf, kHalf, level(1 - ink[0])};
+    return {level(ink[0]), level(ink[1]), level(ink[2]), level(ink[3])};
 }
 
-// Gray is black ink alone.
 inline InkWord InksOf(const Colour &colour)
 {
-    if (colour.space == ColourSpace::Gray)
-        return InkByte(1 - colour.ink[0]) << 24;
-    InkWord inks = 0;
-    for (int i = 0; i < 4; ++i)
-        inks |= InkByte(colour.ink[i]) << (8 * i);
-    return inks;
+    const InkLevels levels = LevelsOf(colour);
+    const auto level = [&levels](size_t i) { return static_cast<InkWord>(static_cast<int32_t>(levels[i])); };
+    return level(0) | level(1) << 8 | level(2) << 16 | level(3) << 24;
 }
 
 } // namespace vxhost

@@ -18,6 +18,8 @@ constexpr double kInksPerPixel = 2;
 
 constexpr int kBatch = 128; // pixels
 
+constexpr uint64_t kParts = 1 << 16; // of the way from one colour of a span to the next
+
 // Spans whose colours meet within so many of 255 run on: the last step of a blend falls a little short of its end.
 constexpr int kRunsOn = 1;
 
@@ -39,22 +41,6 @@ bool IsUsable(const Matrix &m)
 {
     return std::ranges::all_of(std::initializer_list<double>{m.a, m.b, m.c, m.d, m.tx, m.ty},
                                [](double value) { return std::abs(value) < kFar; });
-}
-
-Colour ColourAt(const ColourSpan &span, double parameter)
-{
-    const auto last = static_cast<double>(span.colours.size() - 1);
-    const double place = (parameter - span.from) / (span.to - span.from) * last;
-    if (!(place > 0)) // a span without length as well
-        return span.colours.front();
-    if (place >= last)
-        return span.colours.back();
-    const auto index = static_cast<size_t>(place);
-    const double part = place - static_cast<double>(index);
-    Colour colour = span.colours[index];
-    for (int i = 0; i < 4; ++i)
-        colour.ink[i] += (span.colours[index + 1].ink[i] - colour.ink[i]) * part;
-    return colour;
 }
 
 // An ink's places begin half of one before it. The order of the operands makes what is no number 0.
@@ -181,18 +167,48 @@ void Shader::MixInks()
     perUnit_ = intervals / length;
     inks_.clear();
     kept_.clear();
-    InkWord kept = 0;
-    for (int i = 0; i <= static_cast<int>(intervals); ++i) {
-        const double parameter = start_ + length * (i / intervals);
-        while (first < last && parameter > first->to)
-            ++first;
-        const Ink ink = InkOf(ColourAt(*first, parameter));
-        inks_.push_back(ink.value);
-        kept_.push_back(ink.keep);
-        kept |= ink.keep;
-    }
-    if (kept == 0)
+    for (const ColourSpan *span = first; span < last; ++span)
+        MixSpan(*span, static_cast<size_t>((span->to - start_) * perUnit_) + 1);
+    MixSpan(*last, static_cast<size_t>(intervals) + 1);
+    if (std::ranges::all_of(kept_, [](InkWord keep) { return keep == 0; }))
         kept_.clear();
+}
+
+Shader::Step Shader::StepOf(const Colour &colour) const
+{
+    const InkLevels levels = LevelsOf(colour);
+    const auto part = [&levels](size_t i) {
+        return static_cast<uint64_t>(static_cast<int64_t>(levels[i] * 256));
+    };
+    const bool keeps = overprint_ && shading_->overprint;
+    return {part(0) | part(2) << 32, part(1) | part(3) << 32, keeps ? InkOf(colour).keep : 0};
+}
+
+InkWord Shader::Mix(const Step &from, const Step &to, uint64_t part)
+{
+    const auto mix = [part](uint64_t a, uint64_t b) { return (a * (kParts - part) + b * part) >> 24; };
+    const uint64_t even = mix(from.even, to.even), odd = mix(from.odd, to.odd);
+    return static_cast<InkWord>((even & 0xFF) | (odd & 0xFF) << 8 | (even >> 16 & 0xFF0000) |
+                                (odd >> 8 & 0xFF000000));
+}
+
+// Goes on to so many inks.
+void Shader::MixSpan(const ColourSpan &span, size_t count)
+{
+    steps_.clear();
+    for (const Colour &colour : span.colours)
+        steps_.push_back(StepOf(colour));
+    const size_t last = steps_.size() - 1;
+    const auto end = static_cast<double>(last * kParts);
+    const double perUnit = end / (span.to - span.from); // is no number, or endless, for a span without length
+    const double first = (start_ - span.from) * perUnit, perInk = perUnit / perUnit_;
+    for (size_t i = inks_.size(); i < count; ++i) {
+        const double place = first + static_cast<double>(i) * perInk;
+        const auto parts = static_cast<uint64_t>(static_cast<int64_t>(place > 0 ? std::min(place, end) : 0));
+        const Step &step = steps_[parts / kParts], &next = steps_[std::min<size_t>(parts / kParts + 1, last)];
+        inks_.push_back(Mix(step, next, parts % kParts));
+        kept_.push_back(parts % kParts == 0 ? step.keep : step.keep & next.keep);
+    }
 }
 
 Ink Shader::InkAt(float place) const

@@ -30,9 +30,17 @@ class Shader
     void Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const;
 
   private:
+    // A colour of a span: two inks in a word, in 256ths of their levels, with room for a product above each.
+    struct Step {
+        uint64_t even, odd;
+        InkWord keep;
+    };
     Ink InkOf(const Colour &colour) const { return FindInk({colour, shading_->overprint}, overprint_); }
     bool RunsOn(const ColourSpan &span, const ColourSpan &next) const;
     double PixelsAcross() const;
+    Step StepOf(const Colour &colour) const;
+    static InkWord Mix(const Step &from, const Step &to, uint64_t part);
+    void MixSpan(const ColourSpan &span, size_t count);
     Ink InkAt(float place) const; // from 0 to the last one's
     template <class PlaceAt>
     void PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, const PlaceAt &placeAt) const;
@@ -53,6 +61,8 @@ class Shader
 
     size_t firstSpan_ = 0, endSpan_ = 0; // of the part
     Path outline_;
+
+    std::vector<Step> steps_; // of a span
 
     // The inks of the part, at equal distances from the parameter start_ on. A place counts in them.
     std::vector<InkWord> inks_;
