@@ -131,7 +131,7 @@ constexpr int kAllowed[] = {
     SCMP_SYS(munmap),
     SCMP_SYS(nanosleep),
     SCMP_SYS(newfstatat),
-    SCMP_SYS(pipe), // through which a sanitizer looks whether memory can be read
+    SCMP_SYS(pipe2), // through which a sanitizer looks whether memory can be read
     SCMP_SYS(poll),
     SCMP_SYS(ppoll),
     SCMP_SYS(pread64),
