@@ -70,7 +70,7 @@ configure() {
 claim_build() {
     mkdir -p "$build"
     exec 9>"$build/.lock"
-    flock 9
+    flock --nonblock 9 || { say 'waiting for another build to end' && flock 9; }
 }
 release_build() { exec 9>&-; }
 
