@@ -165,6 +165,9 @@ void Shader::MixInks()
     const double intervals = wanted < kMaxInks ? std::max(wanted, 2.0) - 1 : kMaxInks - 1;
     start_ = first->from;
     perUnit_ = intervals / length;
+    tip_ = static_cast<float>((cone_.tip - start_) * perUnit_ + kHalf);
+    perX_ = static_cast<float>(cone_.perX * perUnit_);
+    perLength_ = static_cast<float>(cone_.perLength * perUnit_);
     inks_.clear();
     kept_.clear();
     for (const ColourSpan *span = first; span < last; ++span)
@@ -217,53 +220,50 @@ Ink Shader::InkAt(float place) const
     return {inks_[at], kept_.empty() ? 0 : kept_[at]};
 }
 
-// placeAt of a pixel's distance from left. Places are found in batches of loops without a branch, which the compiler
-// turns into vectors.
-template <class PlaceAt>
-void Shader::PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, const PlaceAt &placeAt) const
-{
-    const auto last = static_cast<float>(inks_.size() - 1);
-    if (right - left == 1) { // as at every edge
-        buffer->Paint(left, right, mask, InkAt(Clamped(placeAt(0), last)));
-        return;
-    }
-    const bool replaces = kept_.empty() && buffer->IsWhole(mask);
-    InkWord *pixels = replaces ? buffer->Replace(left, right) : nullptr;
-    const InkWord *inks = inks_.data();
-    for (int begin = left; begin < right; begin += kBatch) {
-        float places[kBatch];
-        const int count = std::min(kBatch, right - begin), offset = begin - left;
-        for (int i = 0; i < count; ++i)
-            places[i] = Clamped(placeAt(static_cast<float>(offset + i)), last);
-        if (replaces) {
-            for (int i = 0; i < count; ++i)
-                *pixels++ = inks[static_cast<int32_t>(places[i])];
-        } else {
-            for (int i = 0; i < count; ++i)
-                buffer->Paint(begin + i, begin + i + 1, mask, InkAt(places[i]));
-        }
-    }
-}
-
-void Shader::Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
+// use of what tells the place of a pixel by its distance from left.
+template <class Use>
+void Shader::WithPlaces(int y, int left, Use &&use) const
 {
     const Point centre = {left + 0.5, y + 0.5};
     if (shading_->kind == ShadingKind::Radial) {
         const Point at = toCone_.Map(centre);
-        PaintEach(left, right, mask, buffer,
-                  RadialPlaces{static_cast<float>(at.x), static_cast<float>(at.y),
-                               static_cast<float>(toCone_.a), static_cast<float>(toCone_.b),
-                               static_cast<float>((cone_.tip - start_) * perUnit_ + kHalf),
-                               static_cast<float>(cone_.perX * perUnit_),
-                               static_cast<float>(cone_.perLength * perUnit_)});
-        return;
+        use(RadialPlaces{static_cast<float>(at.x), static_cast<float>(at.y), static_cast<float>(toCone_.a),
+                         static_cast<float>(toCone_.b), tip_, perX_, perLength_});
+    } else {
+        const auto first = static_cast<float>((toUnit_.Map(centre).x - start_) * perUnit_ + kHalf);
+        use([first, step = static_cast<float>(toUnit_.a * perUnit_)](float i) { return first + step * i; });
     }
-    const auto first = static_cast<float>((toUnit_.Map(centre).x - start_) * perUnit_ + kHalf),
-               step = static_cast<float>(toUnit_.a * perUnit_);
-    if (step == 0)
-        buffer->Paint(left, right, mask, InkAt(Clamped(first, static_cast<float>(inks_.size() - 1))));
-    else
-        PaintEach(left, right, mask, buffer, [=](float i) { return first + step * i; });
+}
+
+void Shader::PaintOne(int y, int x, uint64_t mask, InkBuffer *buffer) const
+{
+    WithPlaces(y, x, [&](const auto &placeAt) {
+        buffer->Paint(x, x + 1, mask, InkAt(Clamped(placeAt(0), LastPlace())));
+    });
+}
+
+// Places are found in batches of loops without a branch, which the compiler turns into vectors.
+void Shader::PaintRow(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
+{
+    const bool replaces = kept_.empty() && buffer->IsWhole(mask);
+    InkWord *pixels = replaces ? buffer->Replace(left, right) : nullptr;
+    const InkWord *inks = inks_.data();
+    const float last = LastPlace();
+    WithPlaces(y, left, [&](const auto &placeAt) {
+        for (int begin = left; begin < right; begin += kBatch) {
+            float places[kBatch];
+            const int count = std::min(kBatch, right - begin), offset = begin - left;
+            for (int i = 0; i < count; ++i)
+                places[i] = Clamped(placeAt(static_cast<float>(offset + i)), last);
+            if (replaces) {
+                for (int i = 0; i < count; ++i)
+                    *pixels++ = inks[static_cast<int32_t>(places[i])];
+            } else {
+                for (int i = 0; i < count; ++i)
+                    buffer->Paint(begin + i, begin + i + 1, mask, InkAt(places[i]));
+            }
+        }
+    });
 }
 
 } // namespace vxhost::raster

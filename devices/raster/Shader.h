@@ -26,8 +26,15 @@ class Shader
     bool Covers(const Bounds &samples) const; // surely, so that its outline does not matter
     // Once a part, before it is painted.
     void MixInks();
-    // Neighbouring pixels of row y, which is selected in the buffer: the samples of mask.
-    void Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const;
+    // Neighbouring pixels of row y, which is selected in the buffer: the samples of mask. One pixel, as at every edge, has a
+    // way of its own, since what is ready for many takes longer to begin.
+    void Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
+    {
+        if (right - left == 1)
+            PaintOne(y, left, mask, buffer);
+        else
+            PaintRow(y, left, right, mask, buffer);
+    }
 
   private:
     // A colour of a span: two inks in a word, in 256ths of their levels, with room for a product above each.
@@ -42,8 +49,11 @@ class Shader
     static InkWord Mix(const Step &from, const Step &to, uint64_t part);
     void MixSpan(const ColourSpan &span, size_t count);
     Ink InkAt(float place) const; // from 0 to the last one's
-    template <class PlaceAt>
-    void PaintEach(int left, int right, uint64_t mask, InkBuffer *buffer, const PlaceAt &placeAt) const;
+    float LastPlace() const { return static_cast<float>(inks_.size() - 1); }
+    template <class Use>
+    void WithPlaces(int y, int left, Use &&use) const;
+    void PaintOne(int y, int x, uint64_t mask, InkBuffer *buffer) const;
+    void PaintRow(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const;
 
     // A radial shading is a cone seen from its tip: a parameter is made of the distance to the tip and that along the
     // way of the centres.
@@ -68,7 +78,8 @@ class Shader
     std::vector<InkWord> inks_;
     std::vector<InkWord> kept_; // with each of them; none when all replace
     double start_ = 0;
-    double perUnit_ = 0; // inks from a parameter to one more by 1
+    double perUnit_ = 0;                       // inks from a parameter to one more by 1
+    float tip_ = 0, perX_ = 0, perLength_ = 0; // of the cone, in places
 };
 
 } // namespace vxhost::raster

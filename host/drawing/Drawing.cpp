@@ -58,7 +58,7 @@ void Drawing::NewPath()
 void Drawing::StartSubpath(Point onPage)
 {
     if (!path_.ReplaceLastMove(onPage))
-        *path_.Append(Verb::Move, 1) = onPage;
+        path_.Append(Verb::Move, onPage);
     state_.start = state_.current = onPage;
     state_.pen = Pen::Open;
 }
@@ -81,7 +81,8 @@ void Drawing::LineTo(Point to)
     if (state_.pen != Pen::Open)
         OpenSubpath(to);
     ++counts_.segments;
-    state_.current = *path_.Append(Verb::Line, 1) = state_.matrix.Map(to);
+    state_.current = state_.matrix.Map(to);
+    path_.Append(Verb::Line, state_.current);
 }
 
 void Drawing::CurveTo(Point control1, Point control2, Point to)
@@ -89,10 +90,8 @@ void Drawing::CurveTo(Point control1, Point control2, Point to)
     if (state_.pen != Pen::Open)
         OpenSubpath(state_.matrix.Map(control1));
     ++counts_.segments;
-    Point *points = path_.Append(Verb::Curve, 3);
-    points[0] = state_.matrix.Map(control1);
-    points[1] = state_.matrix.Map(control2);
-    state_.current = points[2] = state_.matrix.Map(to);
+    state_.current = state_.matrix.Map(to);
+    path_.Append(Verb::Curve, state_.matrix.Map(control1), state_.matrix.Map(control2), state_.current);
 }
 
 void Drawing::CurveToFromCurrent(Point control2, Point to)
@@ -100,17 +99,16 @@ void Drawing::CurveToFromCurrent(Point control2, Point to)
     if (state_.pen != Pen::Open)
         OpenSubpath(state_.matrix.Map(control2));
     ++counts_.segments;
-    Point *points = path_.Append(Verb::Curve, 3);
-    points[0] = state_.current;
-    points[1] = state_.matrix.Map(control2);
-    state_.current = points[2] = state_.matrix.Map(to);
+    const Point from = state_.current;
+    state_.current = state_.matrix.Map(to);
+    path_.Append(Verb::Curve, from, state_.matrix.Map(control2), state_.current);
 }
 
 void Drawing::ClosePath()
 {
     if (state_.pen != Pen::Open)
         return;
-    path_.Append(Verb::Close, 0);
+    path_.Append(Verb::Close);
     state_.pen = Pen::Closed;
 }
 

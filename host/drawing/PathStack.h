@@ -26,17 +26,16 @@ class PathStack
 
     const Path &Current() const { return *current_; }
 
-    // Adds a verb and room for its points, which the caller fills in. Written in place, as copies of points that
-    // were just computed cost more than computing them.
-    Point *Append(Verb verb, size_t pointCount)
+    // Adds a verb and its points.
+    template <typename... Points>
+    void Append(Verb verb, Points... points)
     {
-        std::vector<Point> &points = current_->points;
-        const size_t size = points.size();
-        if (current_->verbs.size() == current_->verbs.capacity() || points.capacity() - size < pointCount)
+        Path &path = *current_;
+        if (path.verbs.size() == path.verbs.capacity() ||
+            path.points.capacity() - path.points.size() < sizeof...(points))
             MakeRoom();
-        current_->verbs.push_back(verb);
-        points.resize(size + pointCount);
-        return points.data() + size;
+        path.verbs.push_back(verb);
+        (path.points.push_back(points), ...);
     }
 
     // Drops the path of this level; lower levels keep theirs.
