@@ -175,41 +175,43 @@ TEST_P(Shades, NeverStepBack)
 // A step of a hundred is 2.55 of 255, so that the two may be 4 apart, roundings included.
 constexpr int kColourStep = 4;
 
+// A blend's steps one by one, and as the shading that the filter makes of them.
+void ExpectLikeItsSteps(const Drawing &draw, double zoom)
+{
+    const Picture steps = DrawPage(draw, zoom);
+    const Picture shading = DrawPage(
+        [&](Device *to) {
+            BlendFilter filter(to);
+            draw(&filter);
+            filter.Save();
+        },
+        zoom);
+    EXPECT_NE(steps.rgba, shading.rgba);
+    EXPECT_LE(LargestDifference(steps, shading, zoom, {0, 0}, 1000), kColourStep);
+}
+
 TEST_P(Shades, AgreeWithTheStrips)
 {
     for (int step = 0; step < 8; ++step) {
-        const auto draw = [&](Device *to) {
-            FillStrips(to, Turned(step * 45 + 7, 100, 100), 100, Cmyk(0.1, 1, 0.5, 0), Cmyk(0.9, 0, 0.3, 0));
-        };
-        const Picture strips = DrawPage(draw, GetParam());
-        const Picture shading = DrawPage(
+        SCOPED_TRACE(step);
+        ExpectLikeItsSteps(
             [&](Device *to) {
-                BlendFilter filter(to);
-                draw(&filter);
-                filter.Save();
+                FillStrips(to, Turned(step * 45 + 7, 100, 100), 100, Cmyk(0.1, 1, 0.5, 0),
+                           Cmyk(0.9, 0, 0.3, 0));
             },
             GetParam());
-        EXPECT_NE(strips.rgba, shading.rgba);
-        EXPECT_LE(LargestDifference(strips, shading, GetParam(), {0, 0}, 1000), kColourStep) << step;
     }
 }
 
 TEST_P(Shades, AgreeWithTheDiscs)
 {
     for (int step = 0; step < 8; ++step) {
-        const auto draw = [&](Device *to) {
-            FillDiscs(to, {60, 0, 0, 60, 20, 20}, 100, 0, Gray(0), 1, Gray(1), {step * 7.0, step * -3.0});
-        };
-        const Picture discs = DrawPage(draw, GetParam());
-        const Picture shading = DrawPage(
+        SCOPED_TRACE(step);
+        ExpectLikeItsSteps(
             [&](Device *to) {
-                BlendFilter filter(to);
-                draw(&filter);
-                filter.Save();
+                FillDiscs(to, {60, 0, 0, 60, 20, 20}, 100, 0, Gray(0), 1, Gray(1), {step * 7.0, step * -3.0});
             },
             GetParam());
-        EXPECT_NE(discs.rgba, shading.rgba);
-        EXPECT_LE(LargestDifference(discs, shading, GetParam(), {0, 0}, 1000), kColourStep) << step;
     }
 }
 
