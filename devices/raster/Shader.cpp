@@ -60,6 +60,7 @@ bool Shader::Begin(const Shading &shading, const Matrix &toSamples, int samples,
     samples_ = samples;
     const double pixels = 1.0 / samples;
     toUnit_ = Inverse(Product(Product(shading.matrix, toSamples), {pixels, 0, 0, pixels, 0, 0}));
+    isLevel_ = shading.kind == ShadingKind::Axial && toUnit_.a == 0;
     if (shading.kind == ShadingKind::Axial)
         return IsUsable(toUnit_);
     if (!AreNested(shading.first, shading.last))
@@ -235,10 +236,10 @@ void Shader::WithPlaces(int y, int left, Use &&use) const
     }
 }
 
-void Shader::PaintOne(int y, int x, uint64_t mask, InkBuffer *buffer) const
+void Shader::PaintAlike(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
 {
-    WithPlaces(y, x, [&](const auto &placeAt) {
-        buffer->Paint(x, x + 1, mask, InkAt(Clamped(placeAt(0), LastPlace())));
+    WithPlaces(y, left, [&](const auto &placeAt) {
+        buffer->Paint(left, right, mask, InkAt(Clamped(placeAt(0), LastPlace())));
     });
 }
 

@@ -26,12 +26,12 @@ class Shader
     bool Covers(const Bounds &samples) const; // surely, so that its outline does not matter
     // Once a part, before it is painted.
     void MixInks();
-    // Neighbouring pixels of row y, which is selected in the buffer: the samples of mask. One pixel, as at every edge, has a
-    // way of its own, since what is ready for many takes longer to begin.
+    // Neighbouring pixels of row y, which is selected in the buffer: the samples of mask. Those of one ink, as a single pixel
+    // at an edge, have a way of their own, since what is ready for many takes longer to begin.
     void Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
     {
-        if (right - left == 1)
-            PaintOne(y, left, mask, buffer);
+        if (right - left == 1 || isLevel_)
+            PaintAlike(y, left, right, mask, buffer);
         else
             PaintRow(y, left, right, mask, buffer);
     }
@@ -52,7 +52,7 @@ class Shader
     float LastPlace() const { return static_cast<float>(inks_.size() - 1); }
     template <class Use>
     void WithPlaces(int y, int left, Use &&use) const;
-    void PaintOne(int y, int x, uint64_t mask, InkBuffer *buffer) const;
+    void PaintAlike(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const;
     void PaintRow(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const;
 
     // A radial shading is a cone seen from its tip: a parameter is made of the distance to the tip and that along the
@@ -64,9 +64,10 @@ class Shader
 
     const Shading *shading_ = nullptr;
     bool overprint_ = false;
-    Matrix toUnit_;      // pixels to the space that the shading is in
-    double samples_ = 1; // a side of a pixel
-    Matrix toCone_;      // pixels to the space of the cone, whose tip is 0, 0
+    bool isLevel_ = false; // axial, and each row of pixels of one colour
+    Matrix toUnit_;        // pixels to the space that the shading is in
+    double samples_ = 1;   // a side of a pixel
+    Matrix toCone_;        // pixels to the space of the cone, whose tip is 0, 0
     Cone cone_ = {};
 
     size_t firstSpan_ = 0, endSpan_ = 0; // of the part

@@ -1,7 +1,8 @@
 // Disc blends: finds the radial blends among discs that are painted one upon the other, ever smaller.
 //
 // Between two stops they shrink by equal steps, and with a highlight their centres move by equal steps. The discs of
-// all stops become one radial shading, which is a cone seen from its tip. What lies around the first disc is painted first, as the ground, and belongs to it.
+// all stops become one radial shading, which is a cone seen from its tip. What lies around the first disc is painted
+// first, as the ground, and belongs to it.
 #pragma once
 
 #include "host/drawing/Device.h"
