@@ -106,12 +106,15 @@ std::span<const Span> Clip::IntersectMask(int32_t y, std::span<const Span> spans
     return *scratch;
 }
 
-void ClipStack::Restore()
+bool ClipStack::Restore()
 {
     if (levels_.back().saves > 0)
         --levels_.back().saves;
     else if (levels_.size() > 1)
         levels_.pop_back();
+    else
+        return false;
+    return true;
 }
 
 void ClipStack::Replace(Clip clip)

@@ -65,7 +65,7 @@ class ClipStack
     void Reset(const Bounds &page) { levels_.assign(1, {Clip(page), 0}); }
     const Clip &Top() const { return levels_.back().clip; }
     void Save() { ++levels_.back().saves; }
-    void Restore();
+    bool Restore(); // false when there is nothing to restore
     void Replace(Clip clip);
 
   private:

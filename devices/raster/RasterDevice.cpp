@@ -124,6 +124,7 @@ class RasterDevice : public Device
         size_ = FindPictureSize(page.box, options_);
         error_ = size_.error;
         lastClip_.Clear();
+        clipState_ = ClipState::Made;
         clips_.Reset({}); // before the budget, to which masks give back
         buffer_.reset();
         budget_ = MemoryCap(options_.memoryLimit);
@@ -138,38 +139,45 @@ class RasterDevice : public Device
                                               RowMixer::NeedsPainted(options_.background), &budget_);
     }
 
-    void Save() override { clips_.Save(); }
+    void Save() override
+    {
+        MakeClip();
+        clips_.Save();
+    }
     void Restore() override
     {
-        clips_.Restore();
+        if (!clips_.Restore())
+            return;
+        clipState_ = ClipState::Made; // what is due since Save is not any more
         lastClip_.Clear();
     }
 
     void ClipPath(const Path &path) override
     {
+        MakeClip();
         if (buffer_ == nullptr || clips_.Top().Limits().IsEmpty())
             return;
-        ScanFill(path);
-        clips_.Replace(clips_.Top().Intersect(&scanner_, &budget_));
         lastClip_ = path;
+        clipState_ = ClipState::Due;
     }
 
     void FillPath(const Path &path, const Paint &paint) override
     {
+        MakeClip();
         const Ink ink = FindInk(paint, options_.overprint);
         if (!IsSeen(path, 0) || ink.keep == ~InkWord{0})
             return;
+        const FlatInk lay = {buffer_.get(), ink};
         // Documents like to fill what they just clipped to: that is the clip, and known already.
-        if (path == lastClip_) {
-            painter_.Paint(clips_.Top(), buffer_.get(), FlatInk{buffer_.get(), ink});
-            return;
-        }
-        ScanFill(path);
-        PaintScanned(ink);
+        if (path == lastClip_)
+            painter_.Paint(clips_.Top(), buffer_.get(), lay);
+        else
+            PaintFill(path, lay);
     }
 
     void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override
     {
+        MakeClip();
         Ink ink = FindInk(paint, options_.overprint);
         const Bounds &limits = clips_.Top().Limits();
         const Matrix userToSamples = UserToSamples(style.matrix);
@@ -178,6 +186,7 @@ class RasterDevice : public Device
         const double reach = stroker_.Reach();
         if (!IsSeen(path, reach) || ink.keep == ~InkWord{0})
             return;
+        const FlatInk lay = {buffer_.get(), ink};
         const bool dashed = dasher_.Begin(style, userToSamples, limits, &stroker_);
         BeginScan();
         const auto finish = [&](bool closed) {
@@ -186,7 +195,7 @@ class RasterDevice : public Device
             else
                 closed ? stroker_.StrokeClosed(points_) : stroker_.StrokeOpen(points_);
             if (scanner_.EdgeCount() > kStrokeEdges) {
-                PaintScanned(ink);
+                PaintScanned(lay);
                 BeginScan();
             }
         };
@@ -194,13 +203,13 @@ class RasterDevice : public Device
         StrokeLines<decltype(finish)> lines{&points_, finish};
         Flatten(path, toSamples_, limits, reach, lines);
         lines.End();
-        PaintScanned(ink);
+        PaintScanned(lay);
     }
 
     // Each part has an outline of its own, so the samples along its edges are shared out as those of all shapes are.
     void Shade(const Shading &shading) override
     {
-        if (buffer_ == nullptr)
+        if (buffer_ == nullptr || budget_.IsExhausted())
             return;
         if (!shader_.Begin(shading, toSamples_, options_.samples, options_.overprint)) {
             PaintAsShapes(shading, this);
@@ -210,15 +219,20 @@ class RasterDevice : public Device
             shader_.Paint(y, left, right, mask, buffer_.get());
         };
         while (shader_.NextPart()) {
+            if (clipState_ == ClipState::Due && shader_.IsOnlyPart() && CoversDueClip()) {
+                clipState_ = ClipState::DueAgain;
+                shader_.MixInks();
+                PaintFill(lastClip_, lay);
+                return;
+            }
+            MakeClip();
             if (!IsSeen(shader_.Outline(), 0))
                 continue;
             shader_.MixInks();
-            if (shader_.Outline() == lastClip_ || shader_.Covers(clips_.Top().Limits())) {
+            if (shader_.Outline() == lastClip_ || shader_.Covers(clips_.Top().Limits()))
                 painter_.Paint(clips_.Top(), buffer_.get(), lay);
-            } else {
-                ScanFill(shader_.Outline());
-                painter_.Paint(&scanner_, clips_.Top(), buffer_.get(), lay);
-            }
+            else
+                PaintFill(shader_.Outline(), lay);
         }
     }
 
@@ -244,11 +258,20 @@ class RasterDevice : public Device
     std::unique_ptr<InkBuffer> buffer_;
 
   private:
+    // A clip is made when something needs it. The first shading that covers it does not: it is painted through the
+    // outline, and few clips of shadings are used again.
+    enum class ClipState { Due, DueAgain, Made };
+
     bool IsSeen(const Path &path, double reach) const
     {
         const Bounds &limits = clips_.Top().Limits();
         return buffer_ != nullptr && !budget_.IsExhausted() && !limits.IsEmpty() &&
                !FindExtent(path, toSamples_).Misses(limits, reach);
+    }
+    bool CoversDueClip() const
+    {
+        const Bounds bounds = FindExtent(lastClip_, toSamples_).Within(clips_.Top().Limits());
+        return !bounds.IsEmpty() && (shader_.Outline() == lastClip_ || shader_.Covers(bounds));
     }
     // Lengths and angles only.
     Matrix UserToSamples(const Matrix &m) const
@@ -263,18 +286,36 @@ class RasterDevice : public Device
         Flatten(path, toSamples_, clips_.Top().Limits(), 0, outline);
         outline.Close();
     }
-    void PaintScanned(const Ink &ink)
+    template <class Lay>
+    void PaintScanned(const Lay &lay)
     {
         if (scanner_.IsOverfull())
             budget_.Fail();
         else
-            painter_.Paint(&scanner_, clips_.Top(), buffer_.get(), FlatInk{buffer_.get(), ink});
+            painter_.Paint(&scanner_, clips_.Top(), buffer_.get(), lay);
+    }
+    template <class Lay>
+    void PaintFill(const Path &path, const Lay &lay)
+    {
+        ScanFill(path);
+        PaintScanned(lay);
+    }
+    void MakeClip()
+    {
+        if (clipState_ == ClipState::Made)
+            return;
+        clipState_ = ClipState::Made;
+        ScanFill(lastClip_);
+        if (scanner_.IsOverfull())
+            budget_.Fail();
+        clips_.Replace(clips_.Top().Intersect(&scanner_, &budget_));
     }
 
     std::string error_;
     Matrix toSamples_;
     ClipStack clips_;
-    Path lastClip_; // that made the top, if nothing has since
+    Path lastClip_; // that makes the top, if nothing else has since
+    ClipState clipState_ = ClipState::Made;
     Scanner scanner_;
     Painter painter_;
     Stroker stroker_;

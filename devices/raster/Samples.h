@@ -51,6 +51,14 @@ struct Extent {
         return right + reach < b.left || left - reach > b.right || bottom + reach < b.top ||
                top - reach > b.bottom;
     }
+    Bounds Within(const Bounds &b) const
+    {
+        const auto at = [](double v, int32_t low, int32_t high) {
+            return static_cast<int32_t>(std::clamp<double>(v, low, high));
+        };
+        return {at(std::floor(left), b.left, b.right), at(std::floor(top), b.top, b.bottom),
+                at(std::ceil(right), b.left, b.right), at(std::ceil(bottom), b.top, b.bottom)};
+    }
     double Size() const { return std::max(right - left, bottom - top); }
 };
 

@@ -22,6 +22,7 @@ class Shader
 
     // Goes to the first part, the next, and returns false behind the last.
     bool NextPart();
+    bool IsOnlyPart() const { return firstSpan_ == 0 && endSpan_ == shading_->spans.size(); }
     const Path &Outline() const { return outline_; }
     bool Covers(const Bounds &samples) const; // surely, so that its outline does not matter
     // Once a part, before it is painted.

@@ -64,6 +64,7 @@ TEST(NotNumbers, DoNoHarm)
             device->StrokePath(path, style, {});
             device->Save();
             device->ClipPath(path);
+            device->FillPath(path, {});
             device->Restore();
             Paint half;
             half.colour.ink[0] = 0.2;
@@ -100,6 +101,16 @@ TEST(ManyEdges, StopAtTheMemoryLimit)
     Picture picture;
     EXPECT_NE(TryDraw(Zigzag(20000) + "f", {0, 0, 8, 8}, options, &picture).find("needs more memory"),
               std::string::npos);
+}
+
+TEST(ManyEdges, OfAClipStopAtTheMemoryLimit)
+{
+    RasterOptions options = PlainOptions();
+    options.memoryLimit = 64 << 10;
+    Picture picture;
+    EXPECT_NE(
+        TryDraw(Zigzag(20000) + "W 0 0 8 8 re f", {0, 0, 8, 8}, options, &picture).find("needs more memory"),
+        std::string::npos);
 }
 
 // Strokes are painted in parts, so the same limit does not stop them.

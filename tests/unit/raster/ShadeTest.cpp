@@ -47,6 +47,8 @@ ColourSpan Ramp(double from, double to, const Paint &first, const Paint &last)
     return {from, to, {first.colour, last.colour}};
 }
 
+const std::vector<ColourSpan> kAllBlack = {Ramp(0, 1, Gray(0), Gray(0))};
+
 Shading Axial(const Matrix &matrix, std::vector<ColourSpan> spans, bool overprint = false)
 {
     return {ShadingKind::Axial, matrix, {}, {}, std::move(spans), overprint};
@@ -242,6 +244,67 @@ TEST(Shade, PaintsInsideTheClipAlone)
     EXPECT_EQ(PixelAt(picture, 10, 24), "255 255 255");
 }
 
+const Path kTriangle = {{Verb::Move, Verb::Line, Verb::Line, Verb::Close},
+                        {{3.3, 2.1}, {44.7, 18.2}, {11.9, 38.6}}}; // a corner beside the page
+const Path kBow = {{Verb::Move, Verb::Curve, Verb::Line, Verb::Close},
+                   {{5, 5}, {5, 50}, {35, 50}, {35, 5}, {20, 22.7}}};
+
+// A clip is only made when something needs it, which must not show: with Save it is made at once.
+TEST_P(Shades, AreTheSameThroughAClipThatIsMade)
+{
+    const Shading axial = Axial(Turned(33, 100, 100), {Ramp(0, 1, Cmyk(1, 0, 0, 0), Cmyk(0, 1, 0, 0))});
+    const Shading overprinted =
+        Axial(Turned(120, 90, 90), {Ramp(0, 1, Cmyk(0, 0, 0.5, 0), Cmyk(0, 0, 1, 0))}, true);
+    const Shading jump =
+        Axial(Turned(20, 100, 100), {{0, 0.5, {Gray(0).colour}}, {0.5, 1, {Gray(0.5).colour}}});
+    const Shading strip = Axial({15, 0, 0, 40, 10, 0}, {Ramp(0, 1, Gray(0), Gray(0.7))});
+    Shading disc = {ShadingKind::Radial, {30, 0, 0, 30, 20, 20}, {{0, 0}, 1}, {{0.2, 0.1}, 0.1}, {}, false};
+    disc.spans = {Ramp(0, 1, Gray(0), Gray(1))};
+    Shading ground = disc;
+    ground.matrix = {12, 0, 0, 12, 20, 20};
+    ground.ground = kBow;
+    const std::vector<Shading> drawings[] = {
+        {axial},        {disc},        {ground},       {jump},
+        {strip},        {axial, disc}, {strip, axial}, {axial, overprinted, jump},
+        {ground, strip}};
+    for (const std::vector<Shading> &shadings : drawings) {
+        SCOPED_TRACE(&shadings - drawings);
+        const auto draw = [&](bool made) {
+            return DrawPage(
+                [&](Device *to) {
+                    to->ClipPath(kTriangle);
+                    to->Save();
+                    to->ClipPath(kBow);
+                    if (made) {
+                        to->Save();
+                        to->Restore();
+                    }
+                    for (const Shading &shading : shadings)
+                        to->Shade(shading);
+                    to->Restore();
+                    to->FillPath(vxtest::Strip({3, 0, 0, 3, 19, 10}, 0, 1),
+                                 Gray(0.2)); // under the triangle alone
+                },
+                GetParam());
+        };
+        const Picture due = draw(false);
+        EXPECT_EQ(due.rgba, draw(true).rgba);
+        EXPECT_NE(due.rgba, DrawPage([](Device *) {}, GetParam()).rgba);
+    }
+}
+
+TEST(Shade, PaintsNothingThroughAClipOfNothing)
+{
+    for (const Path &clip : {Path{}, vxtest::Strip({10, 0, 0, 10, 50, 5}, 0, 1)}) {
+        const Picture picture = DrawPage([&](Device *to) {
+            to->ClipPath(clip);
+            to->Shade(Axial(Turned(0, 100, 100), kAllBlack));
+            to->Shade(Axial(Turned(90, 100, 100), kAllBlack));
+        });
+        EXPECT_EQ(picture.rgba, DrawPage([](Device *) {}).rgba);
+    }
+}
+
 TEST(Shade, OverprintsInkByInk)
 {
     // Magenta from 0.5 to 1 joins the cyan of the page.
@@ -295,8 +358,6 @@ struct HostileShading {
 
 const double kNan = std::numeric_limits<double>::quiet_NaN(),
              kInfinite = std::numeric_limits<double>::infinity();
-const std::vector<ColourSpan> kAllBlack = {Ramp(0, 1, Gray(0), Gray(0))};
-
 const HostileShading kHostile[] = {
     {"NoSpans", Axial({40, 0, 0, 40, 0, 0}, {}), "255 255 255"},
     {"NoArea", Axial({40, 0, 40, 0, 0, 20}, kAllBlack), "255 255 255"},
