@@ -1,5 +1,6 @@
 #include "devices/vector/Numbers.h"
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 
@@ -27,17 +28,38 @@ int64_t Nearest(double value)
     return static_cast<int64_t>(value < 0 ? value - 0.5 : value + 0.5);
 }
 
+// The digits of a value below 10,000, a byte each, the first in the lowest. All four at once: how many a number has is
+// hard to guess, and a wrong guess takes longer than a digit.
+uint32_t FourDigits(uint32_t value)
+{
+    const uint32_t hundreds = value * 5243 >> 19;
+    const uint32_t pairs = hundreds | (value - hundreds * 100) << 16;
+    const uint32_t tens = (pairs * 103 >> 10) & 0x000F000F;
+    return tens | (pairs - tens * 10) << 8;
+}
+
+// Four characters, of which the caller may want fewer.
+void Put(uint32_t digits, char *to)
+{
+    digits |= 0x30303030;
+    to[0] = static_cast<char>(digits);
+    to[1] = static_cast<char>(digits >> 8);
+    to[2] = static_cast<char>(digits >> 16);
+    to[3] = static_cast<char>(digits >> 24);
+}
+
 char *WriteWhole(uint64_t value, char *to)
 {
-    char digits[20];
-    int count = 0;
-    do {
-        digits[count++] = static_cast<char>('0' + value % 10);
-        value /= 10;
-    } while (value != 0);
-    while (count > 0)
-        *to++ = digits[--count];
-    return to;
+    constexpr uint64_t kBeyondFour = 10000;
+    if (value >= kBeyondFour) {
+        to = WriteWhole(value / kBeyondFour, to);
+        Put(FourDigits(static_cast<uint32_t>(value % kBeyondFour)), to);
+        return to + 4;
+    }
+    const uint32_t digits = FourDigits(static_cast<uint32_t>(value));
+    const int zeros = std::countr_zero(digits | 1U << 24) / 8; // but for the last
+    Put(digits >> (8 * zeros), to);
+    return to + 4 - zeros;
 }
 
 char *WriteDecimals(uint64_t value, int places, char *to)
@@ -50,17 +72,28 @@ char *WriteDecimals(uint64_t value, int places, char *to)
     return to + places;
 }
 
-// fraction / 65536, which is not 0. Five places always tell neighbours apart.
+// The fewest that tell fraction / 65536 from its neighbours: with them the nearest decimal is less than half of 1/65536
+// away. Five always do.
+int PlacesOf(uint32_t fraction)
+{
+    uint32_t enough = 1U << 5;
+    for (int places = 1; places < 5; ++places) {
+        const uint32_t power = kPowersOfTen[places];
+        enough |= static_cast<uint32_t>(((fraction * power + power / 2 - 1) & 0xFFFF) < power - 1) << places;
+    }
+    return std::countr_zero(enough);
+}
+
+// fraction / 65536, which is not 0.
 char *WriteFraction(uint32_t fraction, char *to)
 {
-    for (int places = 1;; ++places) {
-        const uint64_t power = kPowersOfTen[places];
-        const uint64_t exact = fraction * power;
-        const uint64_t decimal = (exact + 0x8000) >> 16;
-        const auto error = static_cast<int64_t>(decimal << 16) - static_cast<int64_t>(exact);
-        if (static_cast<uint64_t>(2 * std::abs(error)) < power)
-            return WriteDecimals(decimal, places, to);
-    }
+    const int places = PlacesOf(fraction);
+    const uint64_t decimal = (uint64_t{fraction} * kPowersOfTen[places] + 0x8000) >> 16;
+    if (places == 5)
+        return WriteDecimals(decimal, places, to);
+    *to++ = '.';
+    Put(FourDigits(static_cast<uint32_t>(decimal) * kPowersOfTen[4 - places]), to);
+    return to + places;
 }
 
 } // namespace
