@@ -8,6 +8,11 @@ function(vx_add_googletest)
     set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
     string(APPEND CMAKE_CXX_FLAGS_RELEASE " -O1 -w")
     add_subdirectory(${VX_GOOGLETEST_SOURCE} ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+    if(VX_SANITIZE) # its own code is not what we look for faults in, and takes long to build so
+        foreach(library gtest gtest_main gmock gmock_main)
+            target_compile_options(${library} PRIVATE -fno-sanitize=all)
+        endforeach()
+    endif()
 endfunction()
 
 if(EXISTS ${VX_GOOGLETEST_SOURCE}/CMakeLists.txt)

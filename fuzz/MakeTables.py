@@ -1,6 +1,6 @@
 """Makes what the fuzz targets are fed with from the sources, so that no operator is forgotten.
 
-MakeTables.py lines OUT DOCUMENT...      LineBank.inc: the distinct lines of the documents, and the operators
+MakeTables.py lines OUT DOCUMENT...      LineBank.inc: lines of the documents, some for each last word, and the operators
 MakeTables.py dictionary OUT             a dictionary of operators and comments in the form of libFuzzer
 MakeTables.py seeds FOLDER DOCUMENT...   the documents as a corpus
 """
@@ -11,6 +11,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 MAX_LINE = 200
+MAX_LIKE = 40  # drawings have thousands of curves, and rare operators shall come as often
 
 
 def operators():
@@ -35,6 +36,16 @@ def literal(text):
                          for byte in text) + '"'
 
 
+def spread(lines):
+    """At most MAX_LIKE of the lines that end in the same word, evenly from all of those."""
+    alike = {}
+    for line in sorted(lines):
+        alike.setdefault(line.split()[-1] if line.strip() else b"", []).append(line)
+    for found in alike.values():
+        count = min(len(found), MAX_LIKE)
+        yield from (found[i * len(found) // count] for i in range(count))
+
+
 def main(kind, out, *documents):
     if kind == "dictionary":
         words = [word.encode() for word in operators() + comments()]
@@ -44,7 +55,7 @@ def main(kind, out, *documents):
         lines = set()
         for document in documents:
             lines.update(re.split(rb"[\r\n]", pathlib.Path(document).read_bytes()))
-        kept = sorted(line for line in lines if 0 < len(line) <= MAX_LINE and b"\0" not in line)
+        kept = spread(line for line in lines if 0 < len(line) <= MAX_LINE and b"\0" not in line)
         rows = ["constexpr const char *kLines[] = {"] + ["    %s," % literal(line) for line in kept] + ["};"]
         rows += ["constexpr const char *kOperators[] = {"]
         rows += ["    %s," % literal(name.encode()) for name in operators()] + ["};"]
