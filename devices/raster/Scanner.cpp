@@ -1,6 +1,6 @@
-// Crossings are counted first and then dropped into place row by row, so nothing is sorted but the few
-// crossings of one row; a row that has more of them than samples counts them instead. A shape with very many of them is swept in several turns, so that memory follows its
-// edges, not their height.
+// Crossings are counted first and then dropped into place row by row, so nothing is sorted but the few crossings of one
+// row, which are nearly in order already; a row that has more of them than samples counts them instead. A shape with
+// very many of them is swept in several turns, so that memory follows its edges, not their height.
 #include "devices/raster/Scanner.h"
 
 namespace vxhost::raster
@@ -32,15 +32,19 @@ int32_t FirstCentre(double v, int32_t low, int32_t high)
     return whole + static_cast<int32_t>(centre > whole);
 }
 
-void SortFew(int32_t *begin, const int32_t *end)
+// True once they are in order; false, with the order changed, when that takes more than so many moves each.
+bool SortNearby(int32_t *begin, const int32_t *end, ptrdiff_t movesEach)
 {
-    for (int32_t *next = begin + 1; next < end; ++next) {
+    ptrdiff_t moves = (end - begin) * movesEach;
+    for (int32_t *next = begin + 1; next < end && moves >= 0; ++next) {
         const int32_t value = *next;
         int32_t *to = next;
         for (; to > begin && to[-1] > value; --to)
             *to = to[-1];
         *to = value;
+        moves -= next - to;
     }
+    return moves >= 0;
 }
 
 } // namespace
@@ -113,11 +117,12 @@ int32_t Scanner::CollectRows(int32_t top)
 
 void Scanner::SortCrossings(int32_t *begin, int32_t *end)
 {
-    constexpr ptrdiff_t kFew = 32;
+    constexpr ptrdiff_t kMovesEach =
+        16; // enough for any 32, and for a line of text, whose glyphs follow each other
     constexpr ptrdiff_t kPlacesACrossing = 4; // where sorting takes as long as looking at each place
     const ptrdiff_t places = (ptrdiff_t{bounds_.right} - bounds_.left + 1) * 2;
-    if (end - begin <= kFew)
-        return SortFew(begin, end);
+    if (SortNearby(begin, end, kMovesEach))
+        return;
     if (end - begin < places / kPlacesACrossing)
         return std::sort(begin, end);
     const int32_t lowest = bounds_.left * 2;
