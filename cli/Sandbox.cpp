@@ -110,6 +110,7 @@ constexpr int kAllowed[] = {
     SCMP_SYS(exit),
     SCMP_SYS(exit_group),
     SCMP_SYS(fadvise64),
+    SCMP_SYS(fallocate),
     SCMP_SYS(fdatasync),
     SCMP_SYS(fstat),
     SCMP_SYS(fstat64),

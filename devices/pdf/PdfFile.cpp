@@ -62,7 +62,7 @@ class PieceProvider final : public QPDFObjectHandle::StreamDataProvider
 
     void provideStreamData(const QPDFObjGen &, Pipeline *to) override
     {
-        spool_->Read(piece_, [to](std::span<const char> part) { to->write(part.data(), part.size()); });
+        spool_->Take(piece_, [to](std::span<const char> part) { to->write(part.data(), part.size()); });
         to->finish();
     }
 

@@ -75,7 +75,7 @@ void PieceSpool::Add(std::span<const char> piece)
 {
     if (!error_.empty())
         return;
-    pieces_.push_back({end_, piece.size()});
+    pieces_.push_back({end_, piece.size(), false});
     while (!piece.empty()) {
         const ssize_t written = pwrite(file_, piece.data(), piece.size(), end_);
         if (written < 0 && errno == EINTR)
@@ -87,19 +87,25 @@ void PieceSpool::Add(std::span<const char> piece)
     }
 }
 
-void PieceSpool::Read(size_t piece, const std::function<void(std::span<const char>)> &take)
+void PieceSpool::Take(size_t piece, const std::function<void(std::span<const char>)> &take)
 {
-    std::vector<char> part(std::min(pieces_[piece].bytes, kReadBytes));
-    int64_t at = pieces_[piece].offset;
-    const int64_t end = at + static_cast<int64_t>(pieces_[piece].bytes);
+    const Piece wanted = pieces_[piece];
+    if (wanted.isTaken)
+        return Fail(ENODATA);
+    pieces_[piece].isTaken = true;
+    std::vector<char> part(std::min(wanted.bytes, kReadBytes));
+    int64_t at = wanted.offset;
+    const int64_t end = at + static_cast<int64_t>(wanted.bytes);
     while (at < end && error_.empty()) {
-        const size_t wanted = std::min(part.size(), static_cast<size_t>(end - at));
-        const ssize_t got = pread(file_, part.data(), wanted, at);
+        const size_t count = std::min(part.size(), static_cast<size_t>(end - at));
+        const ssize_t got = pread(file_, part.data(), count, at);
         if (got < 0 && errno == EINTR)
             continue;
         if (got <= 0)
             return Fail(got < 0 ? errno : EIO);
         take({part.data(), static_cast<size_t>(got)});
+        // Where the file system cannot, it takes more room and somewhat more time.
+        static_cast<void>(fallocate(file_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, at, got));
         at += got;
     }
 }

@@ -30,8 +30,9 @@ class PieceSpool
     void Clear();
     void Add(std::span<const char> piece);
     size_t Count() const { return pieces_.size(); }
-    // Hands the bytes of a piece out in parts.
-    void Read(size_t piece, const std::function<void(std::span<const char>)> &take);
+    // Hands the bytes of a piece out in parts, once: their room on disk is given back, as the file around them takes as
+    // much.
+    void Take(size_t piece, const std::function<void(std::span<const char>)> &take);
 
     // Of the first failure, in words; empty: none. After one nothing more is kept.
     const std::string &Error() const { return error_; }
@@ -40,6 +41,7 @@ class PieceSpool
     struct Piece {
         int64_t offset;
         size_t bytes;
+        bool isTaken;
     };
 
     PieceSpool(int file, std::function<void(int)> onFailure) : file_(file), onFailure_(std::move(onFailure))
