@@ -2,8 +2,8 @@
 // drawn in turn, so that the ratio is one of times under the same load.
 #include "bench/Documents.h"
 #include "devices/raster/RasterDevice.h"
-#include "host/Plugin.h"
 #include "host/fonts/FixedFontList.h"
+#include "host/reading/Reading.h"
 
 #include <benchmark/benchmark.h>
 
@@ -19,7 +19,11 @@ class Drawer
 {
   public:
     // An empty error is success.
-    std::string Load() { return (plugin_ = vxhost::Plugin::Load(VX_PLUGIN_FILE, &error_)) ? "" : error_; }
+    std::string Load()
+    {
+        installation_.plugin = vxhost::Plugin::Load(VX_PLUGIN_FILE, &error_);
+        return installation_.plugin == nullptr ? error_ : "";
+    }
 
     // Seconds of the processor; below 0 when the drawing failed.
     double Time(const std::string &text, double dpi)
@@ -27,13 +31,12 @@ class Drawer
         const auto document = vxhost::Document::FromMemory(std::as_bytes(std::span(text)), &error_);
         vxhost::RasterOptions options;
         options.dpi = dpi;
-        vxhost::ParseOptions parseOptions;
-        parseOptions.fonts = &fonts_;
+        vxhost::Reading reading(installation_, *document, {});
         vxhost::Picture picture;
         const auto device = vxhost::MakePictureDevice(options, &picture, &error_);
         const vxhost::Page page = {{0, 0, vxbench::kPageWidth, vxbench::kPageHeight}, {}, {}};
         const std::clock_t start = std::clock();
-        const vxhost::Outcome outcome = plugin_->Draw(*document, parseOptions, page, *device);
+        const vxhost::Outcome outcome = reading.Draw(page, *device);
         const double time = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
         benchmark::DoNotOptimize(picture.rgba.data());
         return outcome.result == kVXOk && outcome.deviceError.empty() ? time : -1;
@@ -41,8 +44,8 @@ class Drawer
 
   private:
     std::string error_;
-    std::unique_ptr<vxhost::Plugin> plugin_;
-    const vxhost::FixedFontList fonts_ = vxhost::FixedFontList({"Helvetica"});
+    vxhost::Installation installation_ = {
+        nullptr, std::make_unique<vxhost::FixedFontList>(std::vector<std::string>{"Helvetica"})};
 };
 
 void DrawsGradients(benchmark::State &state)

@@ -5,8 +5,8 @@
 #include "bench/IdleHost.h"
 #include "bench/TokenLoop.h"
 #include "devices/pdf/PdfDevice.h"
-#include "host/Plugin.h"
-#include "host/fonts/FixedFontList.h"
+#include "host/fonts/FontconfigFonts.h"
+#include "host/reading/Reading.h"
 
 #include <array>
 #include <cerrno>
@@ -50,38 +50,39 @@ int Loop(const char *file)
 }
 
 // A document with what reads it.
-struct Reading {
-    explicit Reading(const char *file)
-        : plugin(vxhost::Plugin::Load(VX_PLUGIN_FILE, &error)),
-          document(plugin == nullptr ? nullptr : vxhost::Document::Open(file, &error)), fonts({"Helvetica"})
+struct Source {
+    explicit Source(const char *file)
+        : installation{vxhost::Plugin::Load(VX_PLUGIN_FILE, &error), vxhost::MakeFontconfigFonts()},
+          document(installation.plugin == nullptr ? nullptr : vxhost::Document::Open(file, &error))
     {
-        options.fonts = &fonts;
     }
 
     std::string error;
-    std::unique_ptr<vxhost::Plugin> plugin;
+    vxhost::Installation installation;
     std::unique_ptr<vxhost::Document> document;
-    vxhost::FixedFontList fonts;
-    vxhost::ParseOptions options;
 };
 
+// The plug-in alone: no font is opened, so no character has a width.
 int Parse(const char *file)
 {
-    const Reading reading(file);
-    if (reading.document == nullptr)
-        return Fail(reading.error);
+    const Source source(file);
+    if (source.document == nullptr)
+        return Fail(source.error);
+    vxhost::ParseOptions options;
+    options.fonts = source.installation.fonts.get();
     ZRKProcs procs = vxbench::MakeIdleTable();
     int64_t calls = 0;
-    const vxhost::Outcome outcome = reading.plugin->Parse(*reading.document, reading.options, &procs, &calls);
+    const vxhost::Outcome outcome =
+        source.installation.plugin->Parse(*source.document, options, &procs, &calls);
     std::printf("%lld calls\n", static_cast<long long>(calls));
     return outcome.result == kVXOk ? 0 : Fail("the document was not read to its end");
 }
 
 int WritePdf(const char *file, const char *out)
 {
-    Reading reading(file);
-    if (reading.document == nullptr)
-        return Fail(reading.error);
+    Source source(file);
+    if (source.document == nullptr)
+        return Fail(source.error);
     std::ofstream output(out, std::ios::binary);
     vxhost::PdfOptions options;
     options.compress = false;
@@ -90,12 +91,11 @@ int WritePdf(const char *file, const char *out)
                      static_cast<std::streamsize>(bytes.size()));
         return output ? "" : "the output cannot be written";
     };
-    const auto device = vxhost::MakePdfDevice(options, sink, &reading.error);
+    const auto device = vxhost::MakePdfDevice(options, sink, &source.error);
     if (device == nullptr)
-        return Fail(reading.error);
-    vxhost::Page page;
-    page.box = reading.plugin->ReadInfo(*reading.document, reading.options).box;
-    const vxhost::Outcome outcome = reading.plugin->Draw(*reading.document, reading.options, page, *device);
+        return Fail(source.error);
+    vxhost::Reading reading(source.installation, *source.document, {});
+    const vxhost::Outcome outcome = reading.Draw(reading.PageFor(), *device);
     return outcome.result == kVXOk && outcome.deviceError.empty() ? 0
                                                                   : Fail("no PDF: " + outcome.deviceError);
 }

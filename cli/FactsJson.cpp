@@ -1,7 +1,7 @@
 #include "cli/FactsJson.h"
 
+#include "cli/Decimal.h"
 #include "cli/OutcomeJson.h"
-#include "cli/Text.h"
 
 namespace vxhost
 {

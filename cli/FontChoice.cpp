@@ -1,7 +1,7 @@
 #include "cli/FontChoice.h"
 
 #include "cli/CommonOptions.h"
-#include "cli/Text.h"
+#include "host/reading/Utf8.h"
 
 #include <fmt/format.h>
 

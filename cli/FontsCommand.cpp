@@ -1,7 +1,6 @@
 #include "cli/FontsCommand.h"
 
 #include "cli/FontsText.h"
-#include "cli/Inspect.h"
 #include "cli/OutputFile.h"
 
 #include <CLI/CLI.hpp>
@@ -44,7 +43,7 @@ Status FontsCommand::Run(Messages *messages) const
     for (const std::string &input : options.inputs) {
         Purpose purpose;
         purpose.isFonts = true;
-        const Verdict verdict = session.Interpret(input, purpose, Inspect);
+        const Verdict verdict = session.Interpret(input, purpose, Look);
         worst = Worst(worst, verdict.status);
         if (!print(json_ ? FontsJson(input, verdict) : FontsText(input, verdict)))
             return Worst(worst, Status::OutputFailed);

@@ -2,7 +2,7 @@
 
 #include "cli/FactsJson.h"
 #include "cli/OutcomeJson.h"
-#include "cli/Text.h"
+#include "host/reading/Utf8.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,6 @@
 #include "cli/InfoCommand.h"
 
 #include "cli/InfoText.h"
-#include "cli/Inspect.h"
 #include "cli/OutputFile.h"
 #include "cli/Session.h"
 
@@ -28,7 +27,7 @@ Status InfoCommand::Run(Messages *messages) const
     Session session(options, messages);
     Status worst = Status::Done;
     for (const std::string &input : options.inputs) {
-        const Verdict verdict = session.Interpret(input, {}, Inspect);
+        const Verdict verdict = session.Interpret(input, {}, Look);
         worst = Worst(worst, verdict.status);
         if (!WriteAll(STDOUT_FILENO, json_ ? InfoJson(input, verdict) : InfoText(input, verdict))) {
             if (errno != EPIPE)

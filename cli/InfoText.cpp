@@ -1,8 +1,9 @@
 #include "cli/InfoText.h"
 
+#include "cli/Decimal.h"
 #include "cli/FactsJson.h"
 #include "cli/FontsText.h"
-#include "cli/Text.h"
+#include "host/reading/Utf8.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>

@@ -1,8 +1,8 @@
 #include "cli/Manifest.h"
 
 #include "cli/OutputFile.h"
-#include "cli/Text.h"
 #include "host/Document.h"
+#include "host/reading/Utf8.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>

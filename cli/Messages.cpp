@@ -1,6 +1,6 @@
 #include "cli/Messages.h"
 
-#include "cli/Text.h"
+#include "host/reading/Utf8.h"
 
 #include <fmt/format.h>
 

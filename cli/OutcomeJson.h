@@ -19,11 +19,12 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Report, number, title, message)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FontUse, asked, served, file, match, strings, characters, missingGlyphs)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Counts, fills, strokes, clips, segments, shows, gray, cmyk, overprint)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, result, box, headerAccepted, monochrome, bytesRead, bytesTotal,
-                                   peakHeap, memoryLimitHit, deviceError, reports, fonts, counts)
+                                   peakHeap, memoryLimitHit, deviceError, lackedFont, undrawnTexts, reports,
+                                   fonts, counts)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HeaderFacts, hasPrefix, recognised, hasBox, version, epsWrapper, lineEnds,
                                    firstLine, title, creator, creationDate, processColours, customColours,
                                    fonts)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, inputError, limitError, lackedFont, writeError,
-                                   failedOutput, isSpoolError, unconfined)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, inputError, limitError, writeError, failedOutput,
+                                   isSpoolError, unconfined)
 
 } // namespace vxhost

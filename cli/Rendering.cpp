@@ -13,21 +13,17 @@ namespace vxhost
 namespace
 {
 
-// The page that the settings and the document's header ask for. False with the finding's error set when there is none.
-bool FindPage(const RenderSettings &settings, Format format, Finding *finding, Page *page)
+// Whether there is something to draw on that page. False with the finding's error set when there is not.
+bool CheckPage(const RenderSettings &settings, Format format, const Page &page, Finding *finding)
 {
-    page->title = finding->header.title;
-    page->creator = finding->header.creator;
-    page->created = finding->header.creationDate;
-    page->box = settings.box.value_or(finding->outcome.box).Upright();
-    if (page->box.Width() <= 0 || page->box.Height() <= 0) {
+    if (page.box.Width() <= 0 || page.box.Height() <= 0) {
         finding->inputError = "its bounding box is empty, nothing written: name one with --box L,B,R,T";
         return false;
     }
     if (format == Format::Png)
-        finding->limitError = FindPictureSize(page->box, settings.png).error;
+        finding->limitError = FindPictureSize(page.box, settings.png).error;
     if (format == Format::Pdf)
-        finding->inputError = WhyNoPdf(settings.pdf, *page);
+        finding->inputError = WhyNoPdf(settings.pdf, page);
     return finding->limitError.empty() && finding->inputError.empty();
 }
 
@@ -43,14 +39,13 @@ ByteSink SinkFor(const std::string &path, int descriptor, Finding *finding)
     };
 }
 
-void Draw(const RenderSettings &settings, Format format, Device *device, const Plugin &plugin,
-          const Document &document, const ParseOptions &parse, Finding *finding)
+void Draw(const RenderSettings &settings, Format format, Device *device, Reading &reading, Finding *finding)
 {
-    finding->outcome = plugin.ReadInfo(document, parse);
-    Page page;
-    if (finding->outcome.result != kVXOk || !FindPage(settings, format, finding, &page))
+    finding->outcome = reading.ReadInfo();
+    const Page page = reading.PageFor(settings.box.value_or(finding->outcome.box));
+    if (finding->outcome.result != kVXOk || !CheckPage(settings, format, page, finding))
         return;
-    finding->outcome = plugin.Draw(document, parse, page, *device);
+    finding->outcome = reading.Draw(page, *device);
     if (finding->writeError != 0)
         return;
     // What a picture cannot be made of, other than for a failed write, is for want of memory.
@@ -100,9 +95,8 @@ std::vector<Work> Rendering::MakeWorks(Finding *finding) const
             finding->isSpoolError = true;
         };
         std::shared_ptr<Device> device = MakeDevice(format, settings, sink, &finding->inputError);
-        works.emplace_back([this, device, of = format](const Plugin &plugin, const Document &document,
-                                                       const ParseOptions &parse, Finding *found) {
-            Draw(task_.settings, of, device.get(), plugin, document, parse, found);
+        works.emplace_back([this, device, of = format](Reading &reading, Finding *found) {
+            Draw(task_.settings, of, device.get(), reading, found);
         });
     }
     return works;

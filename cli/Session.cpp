@@ -1,13 +1,12 @@
 #include "cli/Session.h"
 
+#include "cli/Decimal.h"
 #include "cli/OutcomeJson.h"
 #include "cli/OutputFile.h"
 #include "cli/Sandbox.h"
-#include "cli/Text.h"
 #include "cli/Values.h"
-#include "host/fonts/DocumentGlyphs.h"
-#include "host/fonts/FontNameScan.h"
 #include "host/fonts/FontconfigFonts.h"
+#include "host/reading/Utf8.h"
 
 #include <fmt/format.h>
 
@@ -55,7 +54,7 @@ std::string ResultError(const Finding &finding, const Purpose &purpose, const st
         return "";
     case kVXStoppedByUser:
         return fmt::format("no font \"{}\"{}: install it, or go without --missing-fonts fail",
-                           finding.lackedFont, purpose.lost);
+                           outcome.lackedFont, purpose.lost);
     case kVXBadFormat:
         if (!outcome.headerAccepted)
             return WhyRefused(finding.header, size);
@@ -83,15 +82,13 @@ std::string WithoutFullStop(std::string text)
     return text;
 }
 
-constexpr int kFontProblem = 5; // of the reports
-
 // What ended the document is an error, and told as that.
 std::vector<std::string> Warnings(const Finding &finding, const Purpose &purpose, const std::string &input)
 {
     const std::string help =
         "install it, or " + (purpose.isFonts ? "choose another with --font-map" : "see vx fonts " + input);
     const Outcome &outcome = finding.outcome;
-    const bool isGivenUp = !finding.lackedFont.empty();
+    const bool isGivenUp = !outcome.lackedFont.empty();
     std::vector<std::string> warnings;
     for (const Report &report : outcome.reports) {
         if (!isGivenUp || report.number != kFontProblem)
@@ -137,32 +134,6 @@ std::vector<std::string> FoldersOf(const FontList &fonts)
     return {folders.begin(), folders.end()};
 }
 
-// Where nothing may be substituted, a text that boxes would stand for ends the document as well. Of a document that was
-// given up nothing is known but what it asks for.
-void JudgeFonts(const DocumentFontOptions &options, const DocumentFonts &fonts, Finding *finding)
-{
-    Outcome &outcome = finding->outcome;
-    const bool isBoxed = std::ranges::any_of(
-        outcome.fonts, [](const FontUse &use) { return use.match == FontMatch::Missing; });
-    if (!options.substitute && isBoxed && outcome.result == kVXOk)
-        outcome.result = kVXStoppedByUser;
-    if (outcome.result != kVXStoppedByUser)
-        return;
-    outcome.fonts.clear();
-    for (const AskedFont &asked : options.asked) {
-        const int32_t index = fonts.FindFor(asked.name);
-        FontUse use;
-        if (index >= 0)
-            use = fonts.Describe(index);
-        use.asked = asked.name;
-        if (use.match == FontMatch::Missing && finding->lackedFont.empty())
-            finding->lackedFont = asked.name;
-        outcome.fonts.push_back(use);
-    }
-    if (finding->lackedFont.empty())
-        finding->lackedFont = "its name is unknown";
-}
-
 bool HasFailed(const Finding &finding)
 {
     return finding.outcome.result != kVXOk || finding.outcome.memoryLimitHit || finding.writeError != 0 ||
@@ -194,11 +165,11 @@ Session::Session(const CommonOptions &options, Messages *messages) : options_(op
     messages_->SetVerbosity(options.verbosity);
     messages_->ShowProgress(options.showProgress);
     std::string path;
-    plugin_ = LoadPlugin(options.plugin, &path);
+    installation_.plugin = LoadPlugin(options.plugin, &path);
     messages_->Detail("", fmt::format("plug-in {}", path));
-    fonts_ = MakeFontconfigFonts(options.fonts.sources);
-    CheckServed(options.fonts, *fonts_);
-    fontFolders_ = FoldersOf(*fonts_);
+    installation_.fonts = MakeFontconfigFonts(options.fonts.sources);
+    CheckServed(options.fonts, Fonts());
+    fontFolders_ = FoldersOf(Fonts());
 }
 
 Verdict Session::Interpret(const std::string &input, const Purpose &purpose, const Work &work)
@@ -293,19 +264,16 @@ void Session::Tell(const std::string &input, const Verdict &verdict)
                                       counts.fills, counts.strokes, counts.clips, counts.segments));
 }
 
-// What the document's text and its header ask for.
-DocumentFontOptions Session::FontOptionsFor(const Document &document, const HeaderFacts &header) const
+ReadingOptions Session::ReadingOptionsOf() const
 {
-    constexpr int kWindowsVersion = 4;
-    DocumentFontOptions options;
-    options.asked = ScanFontNames(document);
-    for (const std::string &name : header.fonts)
-        (void)AddAskedFont(name, &options.asked); // full is full
-    options.served = options_.fonts.served;
-    options.substitute = options_.fonts.substitute;
-    options.systemScript = options_.script;
-    options.isCodePage1252 = header.version == kWindowsVersion;
-    return options;
+    ReadingOptions reading;
+    reading.served = options_.fonts.served;
+    reading.substitute = options_.fonts.substitute;
+    reading.script = options_.script;
+    // One bound for both: together they stay under the worker's own.
+    const int64_t limit = options_.limits.memory;
+    reading.maxMemory = limit > 0 ? limit : std::numeric_limits<int64_t>::max();
+    return reading;
 }
 
 WorkerTask Session::TaskFor(const Document &document, const Preparation &prepare) const
@@ -315,28 +283,17 @@ WorkerTask Session::TaskFor(const Document &document, const Preparation &prepare
         const std::vector<Work> works = prepare(&finding);
         // Devices are made; from here on bytes of the document are read.
         finding.unconfined = EnterSandbox(fontFolders_);
-        finding.header = ScanHeader(document.Bytes());
-        const DocumentFontOptions fontOptions = FontOptionsFor(document, finding.header);
-        const DocumentFonts fonts(*fonts_, fontOptions);
-        ParseOptions parse;
-        parse.fonts = &fonts;
-        parse.systemScript = static_cast<int32_t>(fonts.SystemScript());
-        const int64_t limit =
-            options_.limits.memory; // one bound for both: together they stay under the worker's own
-        parse.maxHeap = parse.maxDrawing = limit > 0 ? limit : std::numeric_limits<int64_t>::max();
-        if (!fontOptions.substitute)
-            parse.onReport = [](const Report &report) { return report.number == kFontProblem; };
         const auto count = static_cast<int64_t>(works.size());
-        for (int64_t done = 0; done < count && !HasFailed(finding); ++done) {
-            DocumentGlyphs glyphs(&fonts);
-            parse.glyphs = &glyphs;
-            if (options_.showProgress)
-                parse.onProgress = [&link, done, count](int64_t read, int64_t total) {
-                    link.Progress(done * total + read, count * total);
-                };
-            works[static_cast<size_t>(done)](*plugin_, document, parse, &finding);
-            JudgeFonts(fontOptions, fonts, &finding);
-        }
+        int64_t done = 0;
+        ReadingOptions options = ReadingOptionsOf();
+        if (options_.showProgress)
+            options.onProgress = [&](int64_t read, int64_t total) {
+                link.Progress(done * total + read, count * total);
+            };
+        Reading reading(installation_, document, std::move(options));
+        finding.header = reading.Header();
+        for (; done < count && !HasFailed(finding); ++done)
+            works[static_cast<size_t>(done)](reading, &finding);
         const std::vector<uint8_t> answer = nlohmann::json::to_cbor(nlohmann::json(finding));
         return std::string(answer.begin(), answer.end());
     };

@@ -3,13 +3,11 @@
 #pragma once
 
 #include "cli/CommonOptions.h"
-#include "cli/HeaderScan.h"
 #include "cli/Messages.h"
 #include "cli/Status.h"
 #include "host/Document.h"
 #include "host/Outcome.h"
-#include "host/Plugin.h"
-#include "host/fonts/DocumentFonts.h"
+#include "host/reading/Reading.h"
 
 #include <functional>
 #include <memory>
@@ -27,7 +25,6 @@ struct Finding {
     // Found by the work itself; empty or 0: nothing.
     std::string inputError;
     std::string limitError;
-    std::string lackedFont;    // the document was given up for want of it
     int writeError = 0;        // errno of a failed write
     std::string failedOutput;  // of which output; empty: standard output
     bool isSpoolError = false; // it was of a temporary file
@@ -47,8 +44,14 @@ struct Verdict {
     bool MayBeWritten() const { return status == Status::Done || status == Status::Warned; }
 };
 
-// Runs in the worker: a parse of the document in one of Plugin's ways.
-using Work = std::function<void(const Plugin &, const Document &, const ParseOptions &, Finding *)>;
+// Runs in the worker: reads the document in one of Reading's ways.
+using Work = std::function<void(Reading &, Finding *)>;
+
+// The work of commands that look at a document and draw nothing.
+inline void Look(Reading &reading, Finding *finding)
+{
+    finding->outcome = reading.Look();
+}
 
 // Runs in the worker before it looks at the document: opens what there is to be opened, and says what is to be done,
 // one piece after the other. The finding outlives the works.
@@ -87,18 +90,17 @@ class Session
     Verdict End(Interpretation *interpretation) const; // of one whose worker has ended
     void Tell(const std::string &input, const Verdict &verdict);
 
-    const FontList &Fonts() const { return *fonts_; } // of this machine
+    const FontList &Fonts() const { return *installation_.fonts; } // of this machine
 
   private:
-    DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &header) const;
+    ReadingOptions ReadingOptionsOf() const;
     Verdict JudgeWriteError(const Finding &finding, const Purpose &purpose) const;
     Verdict Judge(const Interpretation &interpretation, Finding finding) const;
     WorkerTask TaskFor(const Document &document, const Preparation &prepare) const;
 
     const CommonOptions &options_;
     Messages *messages_;
-    std::unique_ptr<Plugin> plugin_;
-    std::unique_ptr<FontList> fonts_;
+    Installation installation_;
     std::vector<std::string> fontFolders_;
 };
 

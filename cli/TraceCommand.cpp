@@ -2,8 +2,8 @@
 
 #include "cli/OutputFile.h"
 #include "cli/Session.h"
-#include "devices/trace/TraceJson.h"
-#include "devices/trace/TraceLines.h"
+#include "host/trace/TraceJson.h"
+#include "host/trace/TraceLines.h"
 
 #include <CLI/CLI.hpp>
 
@@ -74,22 +74,14 @@ Status TraceCommand::Run(Messages *messages) const
         throw UsageError("more than one FILE: trace one at a time");
     Session session(options, messages);
     const bool json = json_;
-    const Work work = [json](const Plugin &plugin, const Document &document, const ParseOptions &parse,
-                             Finding *finding) {
+    const Work work = [json](Reading &reading, Finding *finding) {
         LineWriter lines;
         std::unique_ptr<TraceWriter> writer;
         if (json)
             writer = std::make_unique<TraceJson>(lines.Sink());
         else
             writer = std::make_unique<TraceLines>(lines.Sink());
-        TraceTable table(writer.get());
-        ParseOptions traced = parse;
-        traced.onReport = [&table, &parse](const Report &report) {
-            table.Report(report.number);
-            return parse.onReport && parse.onReport(report);
-        };
-        finding->outcome = plugin.Parse(document, traced, table.Procs(), table.Drawing());
-        table.Finish(finding->outcome.result);
+        finding->outcome = reading.Trace(*writer);
         finding->writeError = lines.Finish();
     };
     return session.Interpret(options.inputs[0], {"", true}, work).status;

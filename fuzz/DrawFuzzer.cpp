@@ -7,10 +7,8 @@
 #include "devices/raster/RasterDevice.h"
 #include "devices/svg/SvgDevice.h"
 #include "host/Document.h"
-#include "host/Plugin.h"
-#include "host/fonts/DocumentFonts.h"
-#include "host/fonts/DocumentGlyphs.h"
 #include "host/fonts/FontconfigFonts.h"
+#include "host/reading/Reading.h"
 #include "plugin/entry/VXParser.h"
 
 #include <pugixml.hpp>
@@ -40,19 +38,21 @@ void Require(bool holds, const std::string &otherwise)
     std::abort();
 }
 
-// The packages of the tests, so that every machine draws the same.
-const FontList &Fonts()
+// With the fonts of the tests' packages, so that every machine draws the same.
+const Installation &Installed()
 {
-    static const std::unique_ptr<FontList> fonts = MakeFontconfigFonts(
-        {false, {"/usr/share/fonts/opentype/urw-base35", "/usr/share/fonts/opentype/ipafont-gothic"}});
-    return *fonts;
+    static const Installation installation = {
+        Plugin::FromEntry(VXParserMain),
+        MakeFontconfigFonts(
+            {false, {"/usr/share/fonts/opentype/urw-base35", "/usr/share/fonts/opentype/ipafont-gothic"}})};
+    return installation;
 }
 
 // What is chosen, by the bytes at the input's end.
 struct Choice {
     explicit Choice(const vxfuzz::Behaviour &bytes)
         : kind(static_cast<Kind>(bytes.seed % 4)), options(bytes.selector), writes(bytes.failures),
-          limits(bytes.missing), isCodePage1252(bytes.fonts % 2 == 1), stops(bytes.stops)
+          limits(bytes.missing), fonts(bytes.fonts), stops(bytes.stops)
     {
     }
     bool Has(unsigned option) const { return (options >> option & 1) != 0; }
@@ -61,8 +61,8 @@ struct Choice {
     uint8_t options;
     uint8_t writes; // 0: all succeed; else the one that fails, counted from 1
     uint8_t limits; // 0: ample memory; else little
-    bool isCodePage1252;
-    uint8_t stops; // bits: reports that are answered with "stop"
+    uint8_t fonts;  // bits: nothing is substituted; the script is said, and which
+    uint8_t stops;  // bits: reports that are answered with "stop"
 };
 
 constexpr const char *kNoRoom = "no room for this write";
@@ -271,33 +271,24 @@ struct Made {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    static const std::unique_ptr<Plugin> plugin = Plugin::FromEntry(VXParserMain);
     const vxfuzz::Input input(data, size);
     const Choice choice(input.behaviour);
     const auto bytes = std::as_bytes(input.document);
     std::string error;
     const std::unique_ptr<Document> document = Document::FromMemory(bytes, &error);
     Require(document != nullptr, error);
-    DocumentFontOptions fontOptions;
-    fontOptions.asked = ScanFontNames(*document);
-    fontOptions.isCodePage1252 = choice.isCodePage1252;
-    const DocumentFonts fonts(Fonts(), fontOptions);
-    DocumentGlyphs glyphs(&fonts);
-    ParseOptions parse;
-    parse.fonts = &fonts;
-    parse.systemScript = static_cast<int32_t>(fonts.SystemScript());
-    parse.glyphs = &glyphs;
-    parse.maxHeap = parse.maxDrawing =
-        choice.limits == 0 ? int64_t{16} << 20 : int64_t{1} << (12 + choice.limits % 12);
-    parse.onReport = [&choice](const Report &report) { return (choice.stops >> report.number & 1) != 0; };
+    ReadingOptions options;
+    options.substitute = (choice.fonts & 1) == 0;
+    if ((choice.fonts & 2) != 0)
+        options.script = static_cast<Script>(choice.fonts >> 2 & 3);
+    options.maxMemory = choice.limits == 0 ? int64_t{16} << 20 : int64_t{1} << (12 + choice.limits % 12);
+    options.onReport = [&choice](const Report &report) { return (choice.stops >> report.number & 1) != 0; };
+    Reading reading(Installed(), *document, options);
 
-    Page page;
-    const Outcome header = plugin->ReadInfo(*document, parse);
-    page.box = header.box.Upright();
-    if (header.result != kVXOk || page.box.Width() <= 0 || page.box.Height() <= 0)
+    Page page = reading.PageFor();
+    if (reading.ReadInfo().result != kVXOk || page.box.Width() <= 0 || page.box.Height() <= 0)
         page.box = {0, 0, 400, 400};
-    page.title = "fuzz";
     const Made made(choice);
-    made.Check(plugin->Draw(*document, parse, page, *made.device).deviceError);
+    made.Check(reading.Draw(page, *made.device).deviceError);
     return 0;
 }

@@ -1,7 +1,7 @@
-// What is read of a document before it is interpreted: its header, by the plug-in and by the command, and its font names.
-#include "cli/HeaderScan.h"
+// What is read of a document before it is interpreted: its header, by the plug-in and by its host, and its font names.
 #include "fuzz/HostileHost.h"
 #include "host/fonts/FontNameScan.h"
+#include "host/reading/HeaderScan.h"
 
 #include <cstdio>
 #include <cstdlib>

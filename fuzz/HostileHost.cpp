@@ -131,6 +131,7 @@ HostileHost::HostileHost(const Input &input)
     record_.procs = (missing & kTable) != 0 ? nullptr : &procs_;
     record_.warningsOff = (missing & kWarnings) != 0;
     toolbox_.fonts = fonts_.get();
+    toolbox_.widths = fonts_.get();
     toolbox_.onReport = [this](const std::string &title, const std::string &) {
         return (input_.behaviour.stops >> (title.size() % 8) & 1) != 0;
     };

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "host/Document.h"
+#include "host/StreamCompanion.h"
 
 #include <vx/HostCall.h>
 
@@ -19,8 +20,9 @@ namespace vxhost
 class DocumentReader
 {
   public:
-    // The document must outlive the reader.
-    explicit DocumentReader(const Document &document) : document_(document), bytes_(document.Bytes())
+    // The document must outlive the reader, and so must the companion; null: none.
+    explicit DocumentReader(const Document &document, StreamCompanion *companion = nullptr)
+        : document_(document), companion_(companion), bytes_(document.Bytes())
     {
         link_.stream.read = Read;
         link_.reader = this;
@@ -43,6 +45,7 @@ class DocumentReader
     int32_t Deliver(void *to, int32_t wanted);
 
     const Document &document_;
+    StreamCompanion *companion_;
     std::span<const std::byte> bytes_;
     size_t position_ = 0;
     size_t left_ = 0; // what was read before it has been left

@@ -18,6 +18,8 @@ struct Report {
     std::string message;
 };
 
+constexpr int kFontProblem = 5;
+
 // Exact: a font of that PostScript name. StandIn: metric-compatible. Substitute: the best match of another design.
 enum class FontMatch : uint8_t { Exact, StandIn, Substitute, Missing };
 
@@ -53,6 +55,8 @@ struct Outcome {
     int64_t peakHeap = 0;        // bytes that the plug-in held at once
     bool memoryLimitHit = false; // an allocation was refused because of the cap
     std::string deviceError;     // from Device::EndPage; empty: none
+    std::string lackedFont;      // the document was given up for want of it
+    uint64_t undrawnTexts = 0;   // the caller gave no glyphs to draw them with
     std::vector<Report> reports;
     std::vector<FontUse> fonts;
     Counts counts;

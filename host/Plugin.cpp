@@ -33,13 +33,18 @@ HostContext MakeContext(const ParseOptions &options, Outcome *outcome)
 {
     HostContext host;
     host.fonts = options.fonts;
+    host.widths = options.widths;
     host.systemScript = options.systemScript;
     host.onReport = [&options, outcome](const std::string &title, const std::string &message) {
         outcome->reports.push_back({FindProblem(title), title, message});
         return options.onReport && options.onReport(outcome->reports.back());
     };
-    if (options.onProgress)
-        host.onProgress = options.onProgress;
+    host.onProgress = [&options](int32_t read, int32_t total) {
+        if (options.companion != nullptr)
+            options.companion->BeginLine();
+        if (options.onProgress)
+            options.onProgress(read, total);
+    };
     return host;
 }
 
@@ -64,11 +69,11 @@ Outcome CallPlugin(VXMainProc entry, int32_t selector, const Document &document,
 {
     Outcome outcome;
     HostContext host = MakeContext(options, &outcome);
-    DocumentReader reader(document);
+    DocumentReader reader(document, selector == kVXParse ? options.companion : nullptr);
     CappedHeap heap(options.maxHeap);
 
     HostCallRecord record = {};
-    record.progress = options.onProgress ? ProgressToHost : nullptr;
+    record.progress = options.onProgress || options.companion != nullptr ? ProgressToHost : nullptr;
     record.reader = reader.Stream();
     record.streamLength = static_cast<int32_t>(document.Bytes().size());
     record.warningsOff = options.report ? 0 : 1;
@@ -157,6 +162,8 @@ Outcome Plugin::Draw(const Document &document, const ParseOptions &options, cons
     outcome.counts = drawing.GetCounts();
     if (options.glyphs != nullptr)
         outcome.fonts = options.glyphs->FontsUsed();
+    else
+        outcome.undrawnTexts = outcome.counts.shows;
     return outcome;
 }
 

@@ -26,17 +26,12 @@ std::optional<Script> ScriptOfFont(const FontList::Entry &entry, std::optional<S
     return only;
 }
 
-const std::string &ServedName(const FontList::Entry &entry)
-{
-    return entry.servedBy.empty() ? entry.postScriptName : entry.servedBy;
-}
-
 // The font in one entry's file serves the name of another.
 void Serve(const FontList::Entry &from, FontList::Entry *entry)
 {
     entry->file = from.file;
     entry->faceIndex = from.faceIndex;
-    entry->servedBy = ServedName(from);
+    entry->servedBy = from.ServedName();
     entry->style = from.style;
     entry->scripts = from.scripts;
     entry->isSubstitute = true;
@@ -120,7 +115,7 @@ void DocumentFonts::ChooseEncodings(const DocumentFontOptions &options)
         const Script script = scripts[i].value_or(Script::Roman);
         std::optional<TextEncoding> signs = SignsOfName(details_[i].asked);
         if (!signs)
-            signs = SignsOfName(ServedName(entries_[i]));
+            signs = SignsOfName(entries_[i].ServedName());
         const bool isWindows = script == Script::Roman && options.isCodePage1252 && !isReencoded[i];
         details_[i].encoding = signs ? *signs : isWindows ? TextEncoding::CodePage1252 : MacEncoding(script);
     }
@@ -154,61 +149,10 @@ int32_t DocumentFonts::FindFor(std::string_view asked) const
     return found == byBareName_.end() ? -1 : found->second;
 }
 
-const FontFile *DocumentFonts::FileOf(int32_t index) const
+const std::string &DocumentFonts::AskedName(int32_t index) const
 {
-    const Detail &detail = details_[static_cast<size_t>(index)];
-    if (!detail.isFileOpened && !At(index).file.empty())
-        detail.file = FontFile::Open(At(index).file, At(index).faceIndex);
-    if (!detail.isFileOpened && detail.file != nullptr)
-        detail.goesByBytes = vxhost::GoesByBytes(*detail.file, ServedName(At(index)), detail.encoding);
-    detail.isFileOpened = true;
-    return detail.file.get();
-}
-
-bool DocumentFonts::GoesByBytes(int32_t index) const
-{
-    (void)FileOf(index); // which finds it out
-    return details_[static_cast<size_t>(index)].goesByBytes;
-}
-
-const CharWidths *DocumentFonts::Widths(int16_t number) const
-{
-    const Detail &detail = details_[static_cast<size_t>(number)];
-    if (detail.widths == nullptr) {
-        const FontFile *file = FileOf(number);
-        detail.widths =
-            std::make_unique<CharWidths>(ReadCharWidths(file, detail.encoding, detail.goesByBytes));
-    }
-    return detail.widths.get();
-}
-
-const TextFont *DocumentFonts::TextFontOf(int32_t index) const
-{
-    const Detail &detail = details_[static_cast<size_t>(index)];
-    if (detail.textFont == nullptr && FileOf(index) != nullptr) {
-        const Entry &entry = At(index);
-        detail.textFont =
-            std::make_unique<TextFont>(TextFont{detail.asked.empty() ? entry.postScriptName : detail.asked,
-                                                ServedName(entry), entry.file, entry.faceIndex});
-    }
-    return detail.textFont.get();
-}
-
-FontUse DocumentFonts::Describe(int32_t index) const
-{
-    const Entry &entry = At(index);
-    const Detail &detail = details_[static_cast<size_t>(index)];
-    const TextFont *font = TextFontOf(index);
-    FontUse use;
-    use.asked = detail.asked.empty() ? entry.postScriptName : detail.asked;
-    if (font == nullptr)
-        return use;
-    use.served = font->served;
-    use.file = font->file;
-    use.match = entry.servedBy.empty() ? FontMatch::Exact
-                : entry.isSubstitute   ? FontMatch::Substitute
-                                       : FontMatch::StandIn;
-    return use;
+    const std::string &asked = details_[static_cast<size_t>(index)].asked;
+    return asked.empty() ? At(index).postScriptName : asked;
 }
 
 } // namespace vxhost

@@ -38,15 +38,15 @@ Path BoxOutline(double width)
 
 } // namespace
 
-const TextFont *DocumentGlyphs::FindFont(std::string_view fontName) const
+const TextFont *DocumentGlyphs::FindFont(std::string_view fontName)
 {
-    const int32_t font = fonts_->Find(fontName);
+    const int32_t font = fonts_->List().Find(fontName);
     return font < 0 ? nullptr : fonts_->TextFontOf(font);
 }
 
 void DocumentGlyphs::BeginString(std::string_view fontName, bool isNew)
 {
-    font_ = fonts_->Find(fontName);
+    font_ = fonts_->List().Find(fontName);
     auto found = useOfName_.find(fontName);
     if (found == useOfName_.end() && uses_.size() < kMaxUses) {
         found = useOfName_.emplace(fontName, uses_.size()).first;
@@ -78,7 +78,7 @@ Glyph DocumentGlyphs::Next(std::span<const uint8_t> text, bool isUpright)
 DocumentGlyphs::FoundGlyph DocumentGlyphs::FindCharacter(std::span<const uint8_t> text, bool isUpright)
 {
     const uint8_t byte = text.front();
-    const TextEncoding encoding = font_ < 0 ? TextEncoding::MacRoman : fonts_->EncodingOf(font_);
+    const TextEncoding encoding = font_ < 0 ? TextEncoding::MacRoman : fonts_->List().EncodingOf(font_);
     const DecodedCharacter decoded = DecodeCharacter(encoding, text);
     const bool isWide = decoded.bytes > 1;
     const bool goesByBytes = font_ >= 0 && fonts_->GoesByBytes(font_);

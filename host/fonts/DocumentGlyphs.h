@@ -4,7 +4,7 @@
 #pragma once
 
 #include "host/drawing/GlyphSource.h"
-#include "host/fonts/DocumentFonts.h"
+#include "host/fonts/OpenFonts.h"
 
 #include <array>
 #include <cstdint>
@@ -20,9 +20,9 @@ class DocumentGlyphs final : public GlyphSource
 {
   public:
     // The fonts must outlive this object.
-    explicit DocumentGlyphs(const DocumentFonts *fonts) : fonts_(fonts) {}
+    explicit DocumentGlyphs(OpenFonts *fonts) : fonts_(fonts) {}
 
-    const TextFont *FindFont(std::string_view fontName) const override;
+    const TextFont *FindFont(std::string_view fontName) override;
     void BeginString(std::string_view fontName, bool isNew) override;
     Glyph Next(std::span<const uint8_t> text, bool isUpright) override;
     std::vector<FontUse> FontsUsed() const override { return uses_; }
@@ -46,7 +46,7 @@ class DocumentGlyphs final : public GlyphSource
     CachedGlyph MakeGlyph(char32_t character, bool isUpright, bool isWide) const;
     const CachedGlyph &FindGlyph(char32_t character, bool isUpright, bool isWide);
 
-    const DocumentFonts *fonts_;
+    OpenFonts *fonts_;
     int32_t font_ = -1; // of the current string; -1: none of the list, boxes
     size_t use_ = 0;    // of it, in uses_
     bool isNew_ = true; // the current string is counted

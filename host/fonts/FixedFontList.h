@@ -10,7 +10,7 @@
 namespace vxhost
 {
 
-class FixedFontList final : public FontList
+class FixedFontList final : public FontList, public WidthSource
 {
   public:
     // Every character of every font is this wide (ems, 16.16). A name's family is what stands before its dash; an
@@ -22,7 +22,7 @@ class FixedFontList final : public FontList
 
     int32_t Count() const override { return static_cast<int32_t>(entries_.size()); }
     const Entry &At(int32_t index) const override { return entries_[static_cast<size_t>(index)]; }
-    int32_t CharWidth(int16_t number, int16_t character) const override
+    int32_t CharWidth(int16_t number, int16_t character) override
     {
         return widthOf ? widthOf(number, character) : width_;
     }

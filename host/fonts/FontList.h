@@ -1,6 +1,8 @@
-// The fonts that the plug-in may name, in the order in which it searches them.
+// The fonts that the plug-in may name, in the order in which it searches them; and where one parse gets the widths of
+// their characters.
 //
-// Immutable once built, so that threads may share it.
+// A list is immutable once built, so that threads may share it. What is opened or remembered for a parse is that
+// parse's own: a WidthSource is for one thread at a time.
 #pragma once
 
 #include "host/fonts/NameTraits.h"
@@ -31,6 +33,7 @@ class FontList
         uint8_t scripts = 0;       // of the font in file: bits by Script
         bool isSubstitute = false; // what serves it is of another design
 
+        const std::string &ServedName() const { return servedBy.empty() ? postScriptName : servedBy; }
         bool HasScript(Script script) const { return (scripts >> static_cast<int>(script) & 1) != 0; }
         bool HasEastAsianScript() const { return scripts >> 1 != 0; }
     };
@@ -38,10 +41,16 @@ class FontList
     virtual ~FontList() = default;
     virtual int32_t Count() const = 0;
     virtual const Entry &At(int32_t index) const = 0; // 0 <= index < Count()
-    // Width of one byte of text in ems, 16.16. number is the entry's index. May be called by several threads.
-    virtual int32_t CharWidth(int16_t number, int16_t character) const = 0;
-    // Those of all bytes, for a list that has them together; else null. Valid as long as the list.
-    virtual const CharWidths *Widths(int16_t) const { return nullptr; }
+};
+
+class WidthSource
+{
+  public:
+    virtual ~WidthSource() = default;
+    // Width of one byte of text in ems, 16.16. number is the index of the font's entry.
+    virtual int32_t CharWidth(int16_t number, int16_t character) = 0;
+    // The widths of all bytes, where they are known together; else null. Valid as long as this object.
+    virtual const CharWidths *Widths(int16_t) { return nullptr; }
 };
 
 } // namespace vxhost

@@ -1,6 +1,5 @@
 #include "host/fonts/FontconfigFonts.h"
 
-#include "host/fonts/CharWidths.h"
 #include "host/fonts/FontNames.h"
 #include "host/fonts/Owned.h"
 #include "host/fonts/StandIns.h"
@@ -8,7 +7,6 @@
 #include <fontconfig/fontconfig.h>
 
 #include <algorithm>
-#include <mutex>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -190,37 +188,13 @@ void AddStandIns(std::vector<FontList::Entry> *entries)
 class FontconfigFonts final : public FontList
 {
   public:
-    explicit FontconfigFonts(std::vector<Entry> entries)
-        : entries_(std::move(entries)), widths_(std::make_unique<LazyWidths[]>(entries_.size()))
-    {
-    }
+    explicit FontconfigFonts(std::vector<Entry> entries) : entries_(std::move(entries)) {}
 
     int32_t Count() const override { return static_cast<int32_t>(entries_.size()); }
     const Entry &At(int32_t index) const override { return entries_[static_cast<size_t>(index)]; }
 
-    int32_t CharWidth(int16_t number, int16_t character) const override
-    {
-        const Entry &entry = At(number);
-        if (entry.file.empty())
-            return kBoxFontWidth;
-        LazyWidths &lazy = widths_[static_cast<size_t>(number)];
-        std::call_once(lazy.read, [&] {
-            const TextEncoding encoding = SignsOfName(entry.postScriptName).value_or(TextEncoding::MacRoman);
-            const std::unique_ptr<FontFile> file = FontFile::Open(entry.file, entry.faceIndex);
-            const bool goesByBytes = file != nullptr && GoesByBytes(*file, entry.postScriptName, encoding);
-            lazy.widths = ReadCharWidths(file.get(), encoding, goesByBytes);
-        });
-        return lazy.widths[static_cast<uint8_t>(character)];
-    }
-
   private:
-    struct LazyWidths {
-        std::once_flag read;
-        CharWidths widths;
-    };
-
     std::vector<Entry> entries_;
-    std::unique_ptr<LazyWidths[]> widths_; // beside each entry; threads share them
 };
 
 } // namespace

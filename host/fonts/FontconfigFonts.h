@@ -1,7 +1,6 @@
 // The fonts of the machine, as fontconfig knows them, by PostScript name.
 //
-// Only fontconfig's lists are read when the list is built; a font file is opened when the first width of it is asked
-// for. The order is that of the names, then of the stand-ins, so that one machine always gives one list.
+// Only fontconfig's lists are read, no font file is opened. The order is that of the names, then of the stand-ins, so that one machine always gives one list.
 #pragma once
 
 #include "host/fonts/FontList.h"

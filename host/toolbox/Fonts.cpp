@@ -95,15 +95,15 @@ int32_t UNIXGetCharWidth(int16_t number, int16_t character)
 {
     HostContext *host = CurrentHost();
     const auto byte = static_cast<uint8_t>(character);
-    if (host != nullptr && host->widths != nullptr && host->widthsFont == number && byte == character)
-        return (*host->widths)[byte];
-    if (number < 0 || number >= vxhost::FontCount(host))
+    if (host != nullptr && host->knownWidths != nullptr && host->widthsFont == number && byte == character)
+        return (*host->knownWidths)[byte];
+    if (number < 0 || number >= vxhost::FontCount(host) || host->widths == nullptr)
         return 0;
     int32_t width = 0;
     vxhost::RunCallback([&] {
-        host->widths = host->fonts->Widths(number);
+        host->knownWidths = host->widths->Widths(number);
         host->widthsFont = number;
-        width = host->fonts->CharWidth(number, character);
+        width = host->widths->CharWidth(number, character);
     });
     return width;
 }

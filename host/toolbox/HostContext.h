@@ -42,7 +42,8 @@ struct DialogRecord {
 
 struct HostContext {
     const FontList *fonts = nullptr;
-    int32_t systemScript = 0; // 0 Roman, 1 Japanese, 2 traditional Chinese, 3 Korean
+    WidthSource *widths = nullptr; // of those fonts; null: no character has a width
+    int32_t systemScript = 0;      // 0 Roman, 1 Japanese, 2 traditional Chinese, 3 Korean
 
     Rect screen = {0, 0, 768, 1024};
     std::optional<Rect> aboutBox = Rect{0, 0, 200, 300};     // nothing: the dialog's resource is missing
@@ -63,8 +64,8 @@ struct HostContext {
     int purgeHolds = 0;        // HNoPurge less HPurge
     int32_t lastNamedFont = 0; // index: its family is asked for next
     DialogRecord dialog;
-    int32_t widthsFont = -1;            // whose widths were asked for last
-    const CharWidths *widths = nullptr; // of it, where the list has them together
+    int32_t widthsFont = -1;                 // whose widths were asked for last
+    const CharWidths *knownWidths = nullptr; // of it, where its source knows them together
 };
 
 HostContext *CurrentHost(); // null outside of a call

@@ -17,9 +17,9 @@ PROGRAM = """
 #include <devices/pdf/PdfDevice.h>
 #include <devices/raster/RasterDevice.h>
 #include <devices/svg/SvgDevice.h>
-#include <devices/trace/TraceLines.h>
-#include <host/Plugin.h>
-#include <host/fonts/FixedFontList.h>
+#include <host/fonts/FontconfigFonts.h>
+#include <host/reading/Reading.h>
+#include <host/trace/TraceLines.h>
 #include <vx/TextRecord.h>
 #include <cstdio>
 
@@ -27,19 +27,17 @@ int main(int, char **arguments)
 {
     using namespace vxhost;
     std::string error;
-    const auto plugin = Plugin::Load(arguments[1], &error);
-    const auto document = plugin ? Document::Open(arguments[2], &error) : nullptr;
+    const Installation installation = {Plugin::Load(arguments[1], &error), MakeFontconfigFonts()};
+    const auto document = installation.plugin ? Document::Open(arguments[2], &error) : nullptr;
     RasterOptions options;
     options.width = 2;
     options.profile = "none";
     Picture picture;
     const auto device = MakePictureDevice(options, &picture, &error);
-    const FixedFontList fonts({"Helvetica"});
-    ParseOptions parse;
-    parse.fonts = &fonts;
-    Page page;
-    page.box = {0, 0, 72, 36};
-    if (!document || !device || plugin->Draw(*document, parse, page, *device).result != 0)
+    if (!document || !device)
+        return 1;
+    Reading reading(installation, *document, {});
+    if (reading.Draw(reading.PageFor(), *device).result != 0)
         return 1;
     std::printf("%d %d\\n", picture.rgba[0], picture.rgba[4]);
 }

@@ -1,9 +1,8 @@
 // The real drawings beside pictures of the same art that an independent renderer made.
 #include "tests/pictures/Picture.h"
 #include "devices/raster/RasterDevice.h"
-#include "host/Document.h"
-#include "host/Plugin.h"
 #include "host/fonts/FixedFontList.h"
+#include "host/reading/Reading.h"
 
 #include <gtest/gtest.h>
 
@@ -33,13 +32,13 @@ std::vector<std::string> ReferenceNames()
 
 vxhost::Picture Render(const std::string &path, std::string *error)
 {
-    const auto plugin = vxhost::Plugin::Load(VX_PLUGIN_PATH, error);
+    const vxhost::Installation installation = {
+        vxhost::Plugin::Load(VX_PLUGIN_PATH, error),
+        std::make_unique<vxhost::FixedFontList>(std::vector<std::string>{"Courier"})};
     const auto document = vxhost::Document::Open(path, error);
-    if (plugin == nullptr || document == nullptr)
+    if (installation.plugin == nullptr || document == nullptr)
         return {};
-    const vxhost::FixedFontList fonts({"Courier"});
-    vxhost::ParseOptions options;
-    options.fonts = &fonts;
+    vxhost::Reading reading(installation, *document, {});
     vxhost::RasterOptions raster;
     raster.fit = kLongestSide;
     raster.profile = "none"; // the references mix colours by plain arithmetic
@@ -48,9 +47,7 @@ vxhost::Picture Render(const std::string &path, std::string *error)
     const auto device = vxhost::MakePictureDevice(raster, &picture, error);
     if (device == nullptr)
         return {};
-    vxhost::Page page;
-    page.box = plugin->ReadInfo(*document, options).box;
-    const vxhost::Outcome outcome = plugin->Draw(*document, options, page, *device);
+    const vxhost::Outcome outcome = reading.Draw(reading.PageFor(), *device);
     EXPECT_EQ(outcome.result, 0);
     *error = outcome.deviceError;
     return picture;

@@ -5,11 +5,9 @@
 #include "tests/support/CaseName.h"
 
 #include "devices/raster/RasterDevice.h"
-#include "host/Document.h"
-#include "host/Plugin.h"
-#include "host/fonts/DocumentFonts.h"
 #include "host/fonts/DocumentGlyphs.h"
 #include "host/fonts/FontconfigFonts.h"
+#include "host/reading/Reading.h"
 
 #include <gtest/gtest.h>
 
@@ -76,24 +74,15 @@ vxhost::Picture DrawDocument(const std::string &lines)
                              "%%BeginSetup\n%%EndSetup\n0 g\n" +
                              lines + "\n%%PageTrailer\n%%EOF\n";
     std::string error;
-    const auto plugin = vxhost::Plugin::Load(VX_PLUGIN_PATH, &error);
+    static const vxhost::Installation installation = {
+        vxhost::Plugin::Load(VX_PLUGIN_PATH, &error),
+        vxhost::MakeFontconfigFonts({false, {std::begin(kFolders), std::end(kFolders)}})};
     const auto document = vxhost::Document::FromMemory(std::as_bytes(std::span(text)), &error);
     EXPECT_EQ(error, "");
-    static const auto installed =
-        vxhost::MakeFontconfigFonts({false, {std::begin(kFolders), std::end(kFolders)}});
-    vxhost::DocumentFontOptions fontOptions;
-    fontOptions.asked = vxhost::ScanFontNames(*document);
-    const vxhost::DocumentFonts fonts(*installed, fontOptions);
-    vxhost::DocumentGlyphs glyphs(&fonts);
-    vxhost::ParseOptions options;
-    options.fonts = &fonts;
-    options.glyphs = &glyphs;
-    options.systemScript = static_cast<int32_t>(fonts.SystemScript());
+    vxhost::Reading reading(installation, *document, {});
     vxhost::Picture picture;
     const auto device = MakeDevice(&picture);
-    vxhost::Page page;
-    page.box = {0, 0, kPageSide, kPageSide};
-    const vxhost::Outcome outcome = plugin->Draw(*document, options, page, *device);
+    const vxhost::Outcome outcome = reading.Draw(reading.PageFor(), *device);
     EXPECT_EQ(outcome.result, 0);
     EXPECT_EQ(outcome.deviceError, "");
     return picture;
@@ -294,7 +283,8 @@ TEST_P(SignSets, AreInTheOrderThatTheFontsMakersGaveThem)
     const FontOutlines drawn(GetParam().openType);
     const auto installed = vxhost::MakeFontconfigFonts({false, {kFolders[0]}});
     const vxhost::DocumentFonts fonts(*installed, {});
-    vxhost::DocumentGlyphs glyphs(&fonts);
+    vxhost::OpenFonts openFonts(fonts);
+    vxhost::DocumentGlyphs glyphs(&openFonts);
     glyphs.BeginString(GetParam().asked, true);
     int codes = 0, known = 0;
     for (int code = 0x21; code < 256; ++code) {

@@ -71,6 +71,7 @@ int16_t RecordingHost::Call(int32_t selector)
     vxhost::FixedFontList fonts(fontNames);
     fonts.widthOf = widthOf;
     toolbox.fonts = &fonts;
+    toolbox.widths = &fonts;
     toolbox.systemScript = systemScript;
     tableBefore_ = *table_.Procs();
 
@@ -81,6 +82,7 @@ int16_t RecordingHost::Call(int32_t selector)
         VXParserMain(selector, &record, nullptr, &result);
     }
     toolbox.fonts = nullptr;
+    toolbox.widths = nullptr;
     if (toolbox.failure != nullptr)
         std::rethrow_exception(std::exchange(toolbox.failure, nullptr));
     return result;

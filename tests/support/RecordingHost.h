@@ -4,9 +4,9 @@
 // One parse at a time. What a test changes in here holds for the calls after it.
 #pragma once
 
-#include "devices/trace/TraceLines.h"
-#include "devices/trace/TraceTable.h"
 #include "host/toolbox/HostContext.h"
+#include "host/trace/TraceLines.h"
+#include "host/trace/TraceTable.h"
 
 #include <vx/HostCall.h>
 

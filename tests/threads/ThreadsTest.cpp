@@ -1,13 +1,10 @@
-// Many parses at once, with one plug-in and one font list: each gives what it gives alone. Worth most under
-// ThreadSanitizer.
+// Many readings at once, of documents that they share, with one plug-in, one list of the machine's fonts, and one list of a
+// document's: each gives what it gives alone. Worth most under ThreadSanitizer.
 #include "devices/raster/RasterDevice.h"
-#include "devices/trace/TraceLines.h"
-#include "devices/trace/TraceTable.h"
-#include "host/Document.h"
-#include "host/Plugin.h"
-#include "host/fonts/DocumentFonts.h"
 #include "host/fonts/DocumentGlyphs.h"
 #include "host/fonts/FontconfigFonts.h"
+#include "host/reading/Reading.h"
+#include "host/trace/TraceLines.h"
 
 #include <gtest/gtest.h>
 
@@ -59,50 +56,41 @@ class Threads : public testing::Test
     void SetUp() override
     {
         std::string error;
-        plugin_ = Plugin::Load(VX_PLUGIN_PATH, &error);
-        ASSERT_NE(plugin_, nullptr) << error;
-        fonts_ = MakeFontconfigFonts({false, {"/usr/share/fonts/opentype/urw-base35"}});
+        installation_.plugin = Plugin::Load(VX_PLUGIN_PATH, &error);
+        ASSERT_NE(installation_.plugin, nullptr) << error;
+        installation_.fonts = MakeFontconfigFonts({false, {"/usr/share/fonts/opentype/urw-base35"}});
+        for (const std::string &sample : Samples()) {
+            documents_.push_back(Document::Open(sample, &error));
+            ASSERT_NE(documents_.back(), nullptr) << error;
+        }
+        ASSERT_GT(documents_.size(), 20U);
     }
 
-    // Everything but the plug-in and the list of fonts is a parse's own.
-    Drawn Draw(const std::string &path) const
+    // What is not shared is a reading's own.
+    Drawn Draw(const Document &document) const
     {
         Drawn drawn;
-        std::string error;
-        const auto document = Document::Open(path, &error);
-        DocumentFontOptions fontOptions;
-        fontOptions.asked = ScanFontNames(*document);
-        const DocumentFonts fonts(*fonts_, fontOptions);
-        DocumentGlyphs glyphs(&fonts);
-        ParseOptions options;
-        options.fonts = &fonts;
-        options.glyphs = &glyphs;
-
+        Reading reading(installation_, document, {});
         TraceLines writer({AddLine, &drawn.calls});
-        TraceTable table(&writer);
-        const Outcome traced = plugin_->Parse(*document, options, table.Procs(), table.Drawing());
-        AddLine(&drawn.calls, std::to_string(traced.result));
+        (void)reading.Trace(writer);
 
         RasterOptions raster;
         raster.fit = 64;
-        Page page;
-        page.box = plugin_->ReadInfo(*document, options).box.Upright();
+        std::string error;
         const auto device = MakePictureDevice(raster, &drawn.picture, &error);
-        plugin_->Draw(*document, options, page, *device);
+        (void)reading.Draw(reading.PageFor(), *device);
         return drawn;
     }
 
-    std::unique_ptr<Plugin> plugin_;
-    std::unique_ptr<FontList> fonts_;
+    Installation installation_;
+    std::vector<std::unique_ptr<Document>> documents_;
 };
 
 TEST_F(Threads, GiveWhatOneGives)
 {
-    const std::vector<std::string> samples = Samples();
-    ASSERT_GT(samples.size(), 20U);
     std::vector<Drawn> alone;
-    for (const std::string &sample : samples)
-        alone.push_back(Draw(sample));
+    for (const auto &document : documents_)
+        alone.push_back(Draw(*document));
     ASSERT_NE(alone.front().calls, "");
 
     std::atomic<int> differing = 0, compared = 0;
@@ -110,9 +98,9 @@ TEST_F(Threads, GiveWhatOneGives)
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&, thread] {
             // Each begins elsewhere, so that the same document is at work twice and different ones meet.
-            for (size_t i = 0; i < samples.size(); ++i) {
-                const size_t at = (i + static_cast<size_t>(thread) / 2 * 7) % samples.size();
-                differing += Draw(samples[at]) == alone[at] ? 0 : 1;
+            for (size_t i = 0; i < documents_.size(); ++i) {
+                const size_t at = (i + static_cast<size_t>(thread) / 2 * 7) % documents_.size();
+                differing += Draw(*documents_[at]) == alone[at] ? 0 : 1;
                 ++compared;
             }
         });
@@ -120,7 +108,45 @@ TEST_F(Threads, GiveWhatOneGives)
     for (std::thread &thread : threads)
         thread.join();
     EXPECT_EQ(differing, 0);
-    EXPECT_EQ(compared, kThreads * static_cast<int>(samples.size()));
+    EXPECT_EQ(compared, kThreads * static_cast<int>(documents_.size()));
+}
+
+// The list of a document's fonts is made once; each parse opens the files for itself.
+TEST_F(Threads, ShareTheListOfADocumentsFonts)
+{
+    std::string error;
+    const auto document = Document::Open(VX_SOURCE_DIR "/samples/text-point.vx", &error);
+    ASSERT_NE(document, nullptr) << error;
+    DocumentFontOptions fontOptions;
+    fontOptions.asked = ScanFontNames(*document);
+    ASSERT_FALSE(fontOptions.asked.empty());
+    const DocumentFonts fonts(*installation_.fonts, fontOptions);
+    const auto draw = [&] {
+        OpenFonts openFonts(fonts);
+        DocumentGlyphs glyphs(&openFonts);
+        ParseOptions options;
+        options.fonts = &fonts;
+        options.widths = &openFonts;
+        options.glyphs = &glyphs;
+        RasterOptions raster;
+        raster.fit = 64;
+        Picture picture;
+        std::string problem;
+        const auto device = MakePictureDevice(raster, &picture, &problem);
+        Page page;
+        page.box = installation_.plugin->ReadInfo(*document, options).box.Upright();
+        (void)installation_.plugin->Draw(*document, options, page, *device);
+        return picture.rgba;
+    };
+    const std::vector<uint8_t> alone = draw();
+    ASSERT_FALSE(alone.empty());
+    std::atomic<int> same = 0;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread)
+        threads.emplace_back([&] { same += draw() == alone ? 1 : 0; });
+    for (std::thread &thread : threads)
+        thread.join();
+    EXPECT_EQ(same, kThreads);
 }
 
 } // namespace

@@ -40,6 +40,7 @@ class FontTables
     explicit FontTables(const Strings &fonts) : fonts_(fonts), scope_(&host)
     {
         host.fonts = &fonts_;
+        host.widths = &fonts_;
         host.stringLists[kEncodings] = {"-RKSJ", "-Roman"};
         host.stringLists[kOrientations] = {"-H", "-V"};
         record_.memory = &heap.procs;
@@ -464,6 +465,7 @@ TEST(GetCharacterWidthTableTest, AsksTheHostForEveryCode)
     list.widthOf = [](int16_t number, int16_t character) { return number * 1000 + character; };
     FontTables fonts({});
     fonts.host.fonts = &list;
+    fonts.host.widths = &list;
     ASSERT_TRUE(fonts.Initialize());
     context->text.fonts = fonts.table;
     Fixed widths[kCharacterCodes] = {};

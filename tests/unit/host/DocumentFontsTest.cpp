@@ -43,7 +43,7 @@ class DocumentFontsTest : public testing::Test
         Ask(name);
         const DocumentFonts fonts(*installed_, options_);
         const int32_t index = fonts.Find(name);
-        return index < 0 ? "" : fonts.Describe(index).served;
+        return index < 0 ? "" : OpenFonts(fonts).Describe(index).served;
     }
 
     static FontList *installed_;
@@ -87,9 +87,10 @@ TEST_F(DocumentFontsTest, SaysWhy)
     for (const char *name : {"NimbusSans-Bold", "Helvetica", "Frutiger"})
         Ask(name);
     const DocumentFonts fonts(*installed_, options_);
-    EXPECT_EQ(fonts.Describe(fonts.Find("NimbusSans-Bold")).match, FontMatch::Exact);
-    EXPECT_EQ(fonts.Describe(fonts.Find("Helvetica")).match, FontMatch::StandIn);
-    EXPECT_EQ(fonts.Describe(fonts.Find("Frutiger")).match, FontMatch::Substitute);
+    OpenFonts openFonts(fonts);
+    EXPECT_EQ(openFonts.Describe(fonts.Find("NimbusSans-Bold")).match, FontMatch::Exact);
+    EXPECT_EQ(openFonts.Describe(fonts.Find("Helvetica")).match, FontMatch::StandIn);
+    EXPECT_EQ(openFonts.Describe(fonts.Find("Frutiger")).match, FontMatch::Substitute);
 }
 
 TEST_F(DocumentFontsTest, OneEntryServesAllSuffixesOfAName)
@@ -118,8 +119,9 @@ TEST_F(DocumentFontsTest, TheUsersChoiceComesFirst)
     Ask("Frutiger");
     Ask("Helvetica");
     const DocumentFonts fonts(*installed_, options_);
-    EXPECT_EQ(fonts.Describe(fonts.Find("Frutiger")).served, "C059-Bold");
-    EXPECT_EQ(fonts.Describe(fonts.Find("Helvetica")).served, "C059-Roman");
+    OpenFonts openFonts(fonts);
+    EXPECT_EQ(openFonts.Describe(fonts.Find("Frutiger")).served, "C059-Bold");
+    EXPECT_EQ(openFonts.Describe(fonts.Find("Helvetica")).served, "C059-Roman");
     EXPECT_EQ(fonts.Count(), installed_->Count() + 1);
 }
 
@@ -216,18 +218,19 @@ TEST_F(DocumentFontsTest, WidthsFollowTheCharacterSet)
     options_.isCodePage1252 = true;
     const DocumentFonts windows(*installed_, options_);
     const auto number = static_cast<int16_t>(mac.Find("Helvetica"));
-    EXPECT_EQ(mac.CharWidth(number, 0xC9), 65536);
-    EXPECT_EQ(windows.CharWidth(number, 0xC9), (667 * 65536 + 500) / 1000);
+    EXPECT_EQ(OpenFonts(mac).CharWidth(number, 0xC9), 65536);
+    EXPECT_EQ(OpenFonts(windows).CharWidth(number, 0xC9), (667 * 65536 + 500) / 1000);
 }
 
 TEST_F(DocumentFontsTest, BytesThatBeginTwoAreAnEmWide)
 {
     const DocumentFonts fonts(*installed_, options_);
     const auto number = static_cast<int16_t>(fonts.Find("IPAGothic"));
-    EXPECT_EQ(fonts.CharWidth(number, 0x81), 65536);
-    EXPECT_EQ(fonts.CharWidth(number, 'A'), 32768);
-    EXPECT_EQ(fonts.CharWidth(number, 0xB1), 32768) << "half-width katakana";
-    EXPECT_EQ(fonts.CharWidth(number, '\n'), 0);
+    OpenFonts openFonts(fonts);
+    EXPECT_EQ(openFonts.CharWidth(number, 0x81), 65536);
+    EXPECT_EQ(openFonts.CharWidth(number, 'A'), 32768);
+    EXPECT_EQ(openFonts.CharWidth(number, 0xB1), 32768) << "half-width katakana";
+    EXPECT_EQ(openFonts.CharWidth(number, '\n'), 0);
 }
 
 class DocumentGlyphsTest : public DocumentFontsTest
@@ -242,7 +245,8 @@ class DocumentGlyphsTest : public DocumentFontsTest
 TEST_F(DocumentGlyphsTest, OutlinesStandOnTheBaseline)
 {
     const DocumentFonts fonts(*installed_, options_);
-    DocumentGlyphs glyphs(&fonts);
+    OpenFonts openFonts(fonts);
+    DocumentGlyphs glyphs(&openFonts);
     glyphs.BeginString("Helvetica", true);
     const Glyph glyph = Take(&glyphs, {'H'});
     ASSERT_NE(glyph.outline, nullptr);
@@ -259,7 +263,8 @@ TEST_F(DocumentGlyphsTest, OutlinesStandOnTheBaseline)
 TEST_F(DocumentGlyphsTest, ColumnsHaveFormsOfTheirOwn)
 {
     const DocumentFonts fonts(*installed_, options_);
-    DocumentGlyphs glyphs(&fonts);
+    OpenFonts openFonts(fonts);
+    DocumentGlyphs glyphs(&openFonts);
     glyphs.BeginString("IPAGothic", true);
     const Path along = *Take(&glyphs, {0x81, 0x75}).outline; // left corner bracket
     const Path upright = *Take(&glyphs, {0x81, 0x75}, true).outline;
@@ -272,7 +277,8 @@ TEST_F(DocumentGlyphsTest, ColumnsHaveFormsOfTheirOwn)
 TEST_F(DocumentGlyphsTest, WhatAByteWasItIsAgainInItsFontAlone)
 {
     const DocumentFonts fonts(*installed_, options_);
-    DocumentGlyphs glyphs(&fonts);
+    OpenFonts openFonts(fonts);
+    DocumentGlyphs glyphs(&openFonts);
     glyphs.BeginString("IPAGothic", true);
     EXPECT_EQ(Take(&glyphs, {0x83}).bytes, 1u);
     const Glyph whole = Take(&glyphs, {0x83, 0x41});
@@ -292,7 +298,8 @@ TEST_F(DocumentGlyphsTest, WhatAByteWasItIsAgainInItsFontAlone)
 TEST_F(DocumentGlyphsTest, CountsWhatIsShownAndWhatLacks)
 {
     const DocumentFonts fonts(*installed_, options_);
-    DocumentGlyphs glyphs(&fonts);
+    OpenFonts openFonts(fonts);
+    DocumentGlyphs glyphs(&openFonts);
     glyphs.BeginString("Helvetica", true);
     Take(&glyphs, {'a'});
     Take(&glyphs, {'\t'});
@@ -310,7 +317,8 @@ TEST_F(DocumentGlyphsTest, CountsWhatIsShownAndWhatLacks)
 TEST_F(DocumentGlyphsTest, AStringThatIsShownAgainIsNotCountedAgain)
 {
     const DocumentFonts fonts(*installed_, options_);
-    DocumentGlyphs glyphs(&fonts);
+    OpenFonts openFonts(fonts);
+    DocumentGlyphs glyphs(&openFonts);
     for (const bool isNew : {true, false}) {
         glyphs.BeginString("Helvetica", isNew);
         Take(&glyphs, {'a'});
@@ -327,7 +335,8 @@ TEST_F(DocumentGlyphsTest, AStringThatIsShownAgainIsNotCountedAgain)
 TEST_F(DocumentGlyphsTest, SignsAreTheirCharacters)
 {
     const DocumentFonts fonts(*installed_, options_);
-    DocumentGlyphs glyphs(&fonts);
+    OpenFonts openFonts(fonts);
+    DocumentGlyphs glyphs(&openFonts);
     glyphs.BeginString("Symbol", true);
     const Glyph alpha = Take(&glyphs, {'a'});
     EXPECT_EQ(alpha.character, 0x03B1u);
@@ -347,7 +356,8 @@ TEST_F(DocumentGlyphsTest, SignsOfAFontOfLettersAreFoundByCharacter)
     options_.served = {{"Symbol", "IPAGothic"}};
     Ask("Symbol");
     const DocumentFonts fonts(*installed_, options_);
-    DocumentGlyphs glyphs(&fonts);
+    OpenFonts openFonts(fonts);
+    DocumentGlyphs glyphs(&openFonts);
     glyphs.BeginString("Symbol", true);
     const uint32_t alpha = Take(&glyphs, {'a'}).glyph;
     glyphs.BeginString("IPAGothic", true);
@@ -360,7 +370,8 @@ TEST_F(DocumentGlyphsTest, WithoutAFontTextIsBoxes)
     const auto none = MakeFontconfigFonts({false, {}});
     Ask("Helvetica");
     const DocumentFonts fonts(*none, options_);
-    DocumentGlyphs glyphs(&fonts);
+    OpenFonts openFonts(fonts);
+    DocumentGlyphs glyphs(&openFonts);
     glyphs.BeginString("Helvetica", true);
     const Glyph box = Take(&glyphs, {'a'});
     ASSERT_NE(box.outline, nullptr);

@@ -1,9 +1,9 @@
 // The machine's font list. The fonts that packages.txt installs are there in every checkout.
 #include "host/fonts/FontconfigFonts.h"
 
-#include "host/fonts/CharWidths.h"
 #include "host/fonts/FontNames.h"
 #include "host/fonts/MacRoman.h"
+#include "host/fonts/OpenFonts.h"
 #include "host/fonts/StandIns.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace vxhost
@@ -80,10 +79,12 @@ TEST(FontconfigFontsTest, TheClassicFontsHaveTheirOwnWidths)
         {"Symbol", 0xA5, 713},      // infinity
         {"ZapfDingbats", '"', 961}, // scissors
     };
+    const DocumentFonts list(*fonts, {});
+    OpenFonts opened(list);
     for (const auto &row : widths) {
         const int32_t number = Find(*fonts, row.font);
         ASSERT_GE(number, 0) << row.font;
-        EXPECT_EQ(fonts->CharWidth(static_cast<int16_t>(number), row.character), Thousandths(row.width))
+        EXPECT_EQ(opened.CharWidth(static_cast<int16_t>(number), row.character), Thousandths(row.width))
             << row.font << " " << static_cast<int>(row.character);
     }
 }
@@ -92,19 +93,10 @@ TEST(FontconfigFontsTest, ControlCharactersHaveNoWidth)
 {
     const auto fonts = MakeFontconfigFonts();
     const auto courier = static_cast<int16_t>(Find(*fonts, "Courier"));
+    const DocumentFonts list(*fonts, {});
+    OpenFonts opened(list);
     for (const int16_t character : std::initializer_list<int16_t>{0, 13, 31, 127})
-        EXPECT_EQ(fonts->CharWidth(courier, character), 0) << character;
-}
-
-TEST(FontconfigFontsTest, ThreadsMayAskForTheSameFont)
-{
-    const auto fonts = MakeFontconfigFonts();
-    const auto number = static_cast<int16_t>(Find(*fonts, "Times-Roman"));
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] { EXPECT_EQ(fonts->CharWidth(number, 'W'), Thousandths(944)); });
-    for (std::thread &thread : threads)
-        thread.join();
+        EXPECT_EQ(opened.CharWidth(courier, character), 0) << character;
 }
 
 TEST(FontconfigFontsTest, AMachineWithoutFontsHasBoxes)
@@ -115,7 +107,8 @@ TEST(FontconfigFontsTest, AMachineWithoutFontsHasBoxes)
     ASSERT_EQ(fonts->Count(), 1);
     EXPECT_EQ(fonts->At(0).postScriptName, kBoxFontName);
     EXPECT_TRUE(fonts->At(0).file.empty());
-    EXPECT_EQ(fonts->CharWidth(0, 'a'), kBoxFontWidth);
+    const DocumentFonts list(*fonts, {});
+    EXPECT_EQ(OpenFonts(list).CharWidth(0, 'a'), kBoxFontWidth);
 }
 
 TEST(FontconfigFontsTest, ADirectoryOfFontsIsListed)

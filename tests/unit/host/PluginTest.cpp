@@ -42,7 +42,11 @@ Page TestPage()
 class PluginTest : public testing::Test
 {
   protected:
-    PluginTest() { options_.fonts = &fonts_; }
+    PluginTest()
+    {
+        options_.fonts = &fonts_;
+        options_.widths = &fonts_;
+    }
 
     std::unique_ptr<Document> MakeDocument(std::string_view bytes)
     {
@@ -185,6 +189,18 @@ TEST_F(PluginTest, ADeviceMayDrawAnotherDocument)
     EXPECT_EQ(plugin->Draw(*document, options_, TestPage(), device_).result, kVXOk);
     EXPECT_EQ(device_.calls, kSquareCalls);
     EXPECT_EQ(inner.calls, kSquareCalls);
+}
+
+TEST_F(PluginTest, TextThatIsNotDrawnIsCounted)
+{
+    constexpr std::string_view kText =
+        "%!PS-Tavro-3.0\n%%BoundingBox: 0 0 100 100\n%VX5_FileFormat 3\n%%EndComments\n"
+        "%%BeginSetup\n%%EndSetup\n"
+        "0 To 1 0 0 1 20 50 0 Tp TP 0 Tr /_Helvetica 10 Tf (one) Tx (two) Tx TO\n%%EOF\n";
+    const Outcome outcome = Load()->Draw(*MakeDocument(kText), options_, TestPage(), device_);
+    EXPECT_EQ(outcome.result, kVXOk);
+    EXPECT_EQ(outcome.undrawnTexts, 2U);
+    EXPECT_EQ(device_.calls, "begin 100 100; end");
 }
 
 TEST_F(PluginTest, ReportsAreCollectedWithTheirNumbers)

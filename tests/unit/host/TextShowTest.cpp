@@ -24,7 +24,7 @@ class FakeGlyphs final : public GlyphSource
   public:
     std::string strings; // the fonts of the strings begun
 
-    const TextFont *FindFont(std::string_view fontName) const override
+    const TextFont *FindFont(std::string_view fontName) override
     {
         return fontName == font_.asked ? &font_ : nullptr;
     }

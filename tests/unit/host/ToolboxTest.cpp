@@ -140,9 +140,10 @@ FontNames NamesOf(int32_t index)
 
 TEST(FontsTest, AreNamedByIndexWithFamilyAndSuffix)
 {
-    const FixedFontList fonts({"Times-Roman", "Courier", "Helvetica-Bold"}, 0x9000);
+    FixedFontList fonts({"Times-Roman", "Courier", "Helvetica-Bold"}, 0x9000);
     HostContext host;
     host.fonts = &fonts;
+    host.widths = &fonts;
     const HostScope scope(&host);
     EXPECT_EQ(UNIXNumFonts(), 3);
     const FontNames last = NamesOf(2);
@@ -169,14 +170,24 @@ TEST(FontsTest, AnEntryWithoutNameKeepsItsPlaceAndCannotBeHad)
 
 TEST(FontsTest, OutsideOfTheListThereIsNothing)
 {
-    const FixedFontList fonts({"A"});
+    FixedFontList fonts({"A"});
     HostContext host;
     host.fonts = &fonts;
+    host.widths = &fonts;
     const HostScope scope(&host);
     EXPECT_NE(NamesOf(-1).result, 0);
     EXPECT_NE(NamesOf(1).result, 0);
     EXPECT_EQ(UNIXGetCharWidth(-1, 'a'), 0);
     EXPECT_EQ(UNIXGetCharWidth(1, 'a'), 0);
+}
+
+TEST(FontsTest, WithoutWidthsNoCharacterHasOne)
+{
+    const FixedFontList fonts({"A"});
+    HostContext host;
+    host.fonts = &fonts;
+    const HostScope scope(&host);
+    EXPECT_EQ(UNIXGetCharWidth(0, 'a'), 0);
 }
 
 TEST(FontsTest, ANameThatIsNotThereIsItsOwnFamily)

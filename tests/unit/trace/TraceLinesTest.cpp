@@ -1,6 +1,6 @@
 // What each entry of the trace's procedure table prints, as text and as JSON.
-#include "devices/trace/TraceLines.h"
-#include "devices/trace/TraceJson.h"
+#include "host/trace/TraceLines.h"
+#include "host/trace/TraceJson.h"
 #include "tests/support/CaseName.h"
 
 #include <gtest/gtest.h>

@@ -15,12 +15,4 @@ std::string Printable(std::string_view bytes, size_t most = 200);
 // Valid UTF-8: what is not becomes U+FFFD.
 std::string ToUtf8(std::string_view bytes);
 
-inline double Millimetres(double points)
-{
-    return points * (25.4 / 72);
-}
-
-// A number for a person: at most digits decimals, no zeros at the end.
-std::string Decimal(double value, int digits = 5);
-
 } // namespace vxhost

@@ -1,4 +1,4 @@
-#include "devices/trace/TraceJson.h"
+#include "host/trace/TraceJson.h"
 
 #include "host/drawing/FixedText.h"
 

@@ -1,5 +1,5 @@
 // What the comments of a header say, and hostile ones that must stay harmless.
-#include "cli/HeaderScan.h"
+#include "host/reading/HeaderScan.h"
 
 #include <gtest/gtest.h>
 

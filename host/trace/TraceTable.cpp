@@ -1,4 +1,4 @@
-#include "devices/trace/TraceTable.h"
+#include "host/trace/TraceTable.h"
 
 #include <algorithm>
 #include <array>

@@ -1,5 +1,5 @@
 // Hostile bytes on their way to a terminal or into JSON.
-#include "cli/Text.h"
+#include "host/reading/Utf8.h"
 
 #include <gtest/gtest.h>
 
@@ -60,15 +60,6 @@ TEST(ToUtf8Test, ReplacesWhatIsMalformed)
             EXPECT_EQ(ToUtf8(text.bytes), text.utf8) << text.name;
         }
     }
-}
-
-TEST(DecimalTest, HasNoZerosAtTheEnd)
-{
-    EXPECT_EQ(Decimal(470.25), "470.25");
-    EXPECT_EQ(Decimal(576), "576");
-    EXPECT_EQ(Decimal(100, 0), "100");
-    EXPECT_EQ(Decimal(203.2000001, 2), "203.2");
-    EXPECT_EQ(Decimal(-0.000001), "0");
 }
 
 } // namespace

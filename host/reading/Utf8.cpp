@@ -1,6 +1,4 @@
-#include "cli/Text.h"
-
-#include <fmt/format.h>
+#include "host/reading/Utf8.h"
 
 #include <cstdint>
 
@@ -49,6 +47,14 @@ bool IsShown(std::string_view sequence)
     return !isFormat;
 }
 
+void AppendEscaped(uint8_t byte, std::string *text)
+{
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    *text += "\\x";
+    *text += kDigits[byte >> 4];
+    *text += kDigits[byte & 15];
+}
+
 } // namespace
 
 std::string Printable(std::string_view bytes, size_t most)
@@ -62,7 +68,7 @@ std::string Printable(std::string_view bytes, size_t most)
             next = sequence;
         } else {
             for (const char character : sequence)
-                next += fmt::format("\\x{:02X}", static_cast<uint8_t>(character));
+                AppendEscaped(static_cast<uint8_t>(character), &next);
         }
         if (shown.size() + next.size() > most)
             return shown + "...";
@@ -84,17 +90,6 @@ std::string ToUtf8(std::string_view bytes)
         bytes.remove_prefix(length == 0 ? 1 : length);
     }
     return text;
-}
-
-std::string Decimal(double value, int digits)
-{
-    std::string text = fmt::format("{:.{}f}", value, digits);
-    if (text.find('.') != std::string::npos) {
-        text.erase(text.find_last_not_of('0') + 1);
-        if (text.back() == '.')
-            text.pop_back();
-    }
-    return text == "-0" ? "0" : text;
 }
 
 } // namespace vxhost

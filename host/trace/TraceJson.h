@@ -4,7 +4,7 @@
 // to U+00FF for each byte, so that a program gets the document's own bytes back.
 #pragma once
 
-#include "devices/trace/TraceTable.h"
+#include "host/trace/TraceTable.h"
 
 namespace vxhost
 {

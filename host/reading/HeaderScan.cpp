@@ -1,9 +1,6 @@
-#include "cli/HeaderScan.h"
+#include "host/reading/HeaderScan.h"
 
-#include "cli/Text.h"
-#include "cli/Values.h"
-
-#include <fmt/format.h>
+#include "host/reading/Utf8.h"
 
 #include <algorithm>
 #include <iterator>
@@ -185,10 +182,21 @@ bool StartsWithSkippingBlanks(std::string_view line, std::string_view prefix)
     return true;
 }
 
+// "-12", "0.5", ".5", "3."
+bool IsNumber(std::string_view word)
+{
+    if (word.starts_with('-'))
+        word.remove_prefix(1);
+    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
+    return std::count(word.begin(), word.end(), '.') <= 1 && std::any_of(word.begin(), word.end(), isDigit) &&
+           std::all_of(word.begin(), word.end(),
+                       [&](char character) { return character == '.' || isDigit(character); });
+}
+
 bool IsFourNumbers(std::string_view value)
 {
     for (int i = 0; i < 4; ++i) {
-        if (!ReadNumber(SplitWord(&value)))
+        if (!IsNumber(SplitWord(&value)))
             return false;
     }
     return Trimmed(value).empty();
@@ -320,8 +328,8 @@ std::string WhyRefused(const HeaderFacts &facts, size_t fileSize)
     if (facts.epsWrapper && facts.firstLine.empty())
         return "not a VX document, its EPS wrapper has no drawing inside: the file may be cut short";
     if (!facts.hasPrefix)
-        return fmt::format("not a VX document, first line is \"{}\": drawings start with \"{}\"",
-                           Printable(facts.firstLine, 40), kPrefix);
+        return "not a VX document, first line is \"" + Printable(facts.firstLine, 40) +
+               "\": drawings start with \"" + std::string(kPrefix) + "\"";
     if (!facts.recognised)
         return "not a VX document, header names no version: drawings have \"%VX5_FileFormat\" or a "
                "Tavro_Vellumcraft procedure set in theirs";

@@ -7,7 +7,7 @@
 // Numbers are the shortest decimals that give the same 16.16 number.
 #pragma once
 
-#include "devices/trace/TraceTable.h"
+#include "host/trace/TraceTable.h"
 
 namespace vxhost
 {

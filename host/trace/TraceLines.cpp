@@ -1,4 +1,4 @@
-#include "devices/trace/TraceLines.h"
+#include "host/trace/TraceLines.h"
 
 #include "host/drawing/FixedText.h"
 

@@ -1,0 +1,26 @@
+// Goes beside the plug-in through a document: sees the bytes that it is given, and where it stands among its lines.
+//
+// Of the two passes over a document only the one that draws has a companion.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+namespace vxhost
+{
+
+class StreamCompanion
+{
+  public:
+    StreamCompanion() = default;
+    StreamCompanion(const StreamCompanion &) = delete;
+    StreamCompanion &operator=(const StreamCompanion &) = delete;
+    virtual ~StreamCompanion() = default;
+
+    // Bytes on their way to the plug-in, from that offset of the document. They may be changed; their number may not.
+    virtual void Deliver(std::span<std::byte> bytes, size_t offset) = 0;
+    // The plug-in takes its next line: every line before it has been carried out, and nothing of this one.
+    virtual void BeginLine() = 0;
+};
+
+} // namespace vxhost

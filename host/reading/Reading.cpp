@@ -1,0 +1,152 @@
+#include "host/reading/Reading.h"
+
+#include "host/fonts/DocumentGlyphs.h"
+#include "host/fonts/FontNameScan.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr int kWindowsVersion = 4; // the one whose text is of a code page
+
+// Shows nothing: what is counted is counted on the way to it.
+class NoDevice final : public Device
+{
+  public:
+    void BeginPage(const Page &) override {}
+    void Save() override {}
+    void Restore() override {}
+    void ClipPath(const Path &) override {}
+    void FillPath(const Path &, const Paint &) override {}
+    void StrokePath(const Path &, const StrokeStyle &, const Paint &) override {}
+    bool CanShow(const TextFont &) override { return true; } // nobody needs the outlines of its glyphs
+    std::string EndPage() override { return ""; }
+};
+
+// What the document's text and its header ask for.
+DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &header,
+                                   const ReadingOptions &options)
+{
+    DocumentFontOptions fonts;
+    fonts.asked = ScanFontNames(document);
+    for (const std::string &name : header.fonts)
+        (void)AddAskedFont(name, &fonts.asked); // full is full
+    fonts.served = options.served;
+    fonts.substitute = options.substitute;
+    fonts.systemScript = options.script;
+    fonts.isCodePage1252 = header.version == kWindowsVersion;
+    return fonts;
+}
+
+} // namespace
+
+Reading::Reading(const Installation &installation, const Document &document, ReadingOptions options)
+    : installation_(installation), document_(document), options_(std::move(options)),
+      header_(ScanHeader(document.Bytes())), fontOptions_(FontOptionsFor(document, header_, options_)),
+      fonts_(*installation.fonts, fontOptions_), openFonts_(fonts_)
+{
+}
+
+// parse gets the options that every pass over the document has.
+template <typename Parse>
+Outcome Reading::Interpret(const Parse &parse)
+{
+    ParseOptions parseOptions;
+    parseOptions.fonts = &fonts_;
+    parseOptions.widths = &openFonts_;
+    parseOptions.systemScript = static_cast<int32_t>(fonts_.SystemScript());
+    parseOptions.maxHeap = parseOptions.maxDrawing = options_.maxMemory;
+    parseOptions.onProgress = options_.onProgress;
+    parseOptions.companion = options_.companion;
+    bool lacksFont = false;
+    parseOptions.onReport = [&](const Report &report) {
+        lacksFont = lacksFont || (!options_.substitute && report.number == kFontProblem);
+        const bool isGivenUp = options_.onReport && options_.onReport(report);
+        return isGivenUp || lacksFont;
+    };
+    DocumentGlyphs glyphs(&openFonts_);
+    parseOptions.glyphs = &glyphs;
+    Outcome outcome = parse(parseOptions);
+    const bool isBoxed = std::ranges::any_of(
+        outcome.fonts, [](const FontUse &use) { return use.match == FontMatch::Missing; });
+    // Where nothing may be substituted, a text that boxes would stand for ends the document as well.
+    if (!options_.substitute && isBoxed && outcome.result == kVXOk)
+        outcome.result = kVXStoppedByUser;
+    if (outcome.result == kVXStoppedByUser && (lacksFont || isBoxed))
+        TellLackedFont(&outcome);
+    return outcome;
+}
+
+// Of a document that was given up nothing is known but what it asks for.
+void Reading::TellLackedFont(Outcome *outcome)
+{
+    outcome->fonts.clear();
+    for (const AskedFont &asked : fontOptions_.asked) {
+        const int32_t index = fonts_.FindFor(asked.name);
+        FontUse use;
+        if (index >= 0)
+            use = openFonts_.Describe(index);
+        use.asked = asked.name;
+        if (use.match == FontMatch::Missing && outcome->lackedFont.empty())
+            outcome->lackedFont = asked.name;
+        outcome->fonts.push_back(use);
+    }
+    if (outcome->lackedFont.empty())
+        outcome->lackedFont = "its name is unknown";
+}
+
+Outcome Reading::ReadInfo()
+{
+    return Interpret(
+        [this](const ParseOptions &options) { return installation_.plugin->ReadInfo(document_, options); });
+}
+
+Page Reading::PageFor(const std::optional<Box> &box)
+{
+    Page page;
+    page.title = header_.title;
+    page.creator = header_.creator;
+    page.created = header_.creationDate;
+    page.box = (box ? *box : ReadInfo().box).Upright();
+    return page;
+}
+
+Outcome Reading::Draw(const Page &page, Device &device)
+{
+    return Interpret([&](const ParseOptions &options) {
+        return installation_.plugin->Draw(document_, options, page, device);
+    });
+}
+
+Outcome Reading::Look()
+{
+    Outcome info = ReadInfo();
+    if (info.result != kVXOk)
+        return info;
+    Page page;
+    page.box = {0, 0, 1, 1}; // of no interest to a device that draws nothing; the document's may be empty
+    NoDevice device;
+    return Draw(page, device);
+}
+
+Outcome Reading::Trace(TraceWriter &writer)
+{
+    TraceTable table(&writer);
+    Outcome outcome = Interpret([&](const ParseOptions &options) {
+        ParseOptions traced = options;
+        traced.onReport = [&](const Report &report) {
+            table.Report(report.number);
+            return options.onReport(report);
+        };
+        return installation_.plugin->Parse(document_, traced, table.Procs(), table.Drawing());
+    });
+    table.Finish(outcome.result);
+    return outcome;
+}
+
+} // namespace vxhost

@@ -1,0 +1,75 @@
+// One document with all that drawing it rightly needs: what its header says, the fonts that serve it, the character set and
+// the script of its text.
+//
+// Whoever reads a document reads it through this. A reading is for one thread at a time; an Installation is for any number.
+#pragma once
+
+#include "host/Plugin.h"
+#include "host/fonts/DocumentFonts.h"
+#include "host/fonts/OpenFonts.h"
+#include "host/reading/HeaderScan.h"
+#include "host/trace/TraceTable.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace vxhost
+{
+
+// What all documents are read with. Does not change once it is made.
+struct Installation {
+    std::unique_ptr<Plugin> plugin;
+    std::unique_ptr<FontList> fonts; // of the machine
+};
+
+struct ReadingOptions {
+    std::map<std::string, std::string> served; // by the user's own choice: name asked for, PostScript name
+    bool substitute = true;       // false: a document that needs a font that is not there is given up
+    std::optional<Script> script; // of text whose font does not say it; none: as the fonts suggest
+    int64_t maxMemory = int64_t{256} << 20; // bytes that the plug-in may hold at once, and that a drawing may
+    std::function<bool(const Report &)> onReport;                // true gives the document up; null goes on
+    std::function<void(int64_t read, int64_t total)> onProgress; // null: none
+    StreamCompanion *companion = nullptr;                        // of each pass that draws
+};
+
+class Reading
+{
+  public:
+    // All must outlive this object. Looks at the header's comments and for names of fonts; interprets nothing.
+    Reading(const Installation &installation, const Document &document, ReadingOptions options);
+    Reading(const Reading &) = delete;
+    Reading &operator=(const Reading &) = delete;
+
+    const HeaderFacts &Header() const { return header_; } // what the comments say
+    const DocumentFonts &Fonts() const { return fonts_; }
+
+    // What the plug-in says of the header: whether the document is one of ours, its box, and whether it is monochrome.
+    Outcome ReadInfo();
+    // The page that shows that box, or the document's own, turned upright. It may be empty, and then cannot be drawn.
+    Page PageFor(const std::optional<Box> &box = std::nullopt);
+
+    Outcome Draw(const Page &page, Device &device);
+    // Draws nothing: what the document uses and what serves it. No more than ReadInfo's where that fails.
+    Outcome Look();
+    // Every call that the plug-in makes, every report and the result.
+    Outcome Trace(TraceWriter &writer);
+
+  private:
+    template <typename Parse>
+    Outcome Interpret(const Parse &parse);
+    void TellLackedFont(Outcome *outcome);
+
+    const Installation &installation_;
+    const Document &document_;
+    ReadingOptions options_;
+    HeaderFacts header_;
+    DocumentFontOptions fontOptions_;
+    DocumentFonts fonts_;
+    OpenFonts openFonts_;
+};
+
+} // namespace vxhost
