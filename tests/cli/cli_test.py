@@ -691,6 +691,37 @@ class Fonts(CommandTest):
         fonts, _ = self.fonts(sample("text-clip"), *self.ONLY)
         self.assertEqual((fonts["Helvetica-Bold"]["strings"], fonts["Helvetica-Bold"]["characters"]), (2, 12))
 
+    # Text that is painted and clips, its strings, and the characters of all of them.
+    BEGIN = "0 To\n1 0 0 1 40 20 0 Tp\nTP\n4 Tr\n/_Helvetica 12 Tf\n"
+    LEGACY = "/_Helvetica 12 14 0 {} z\n(Hand)t\n(of)t\n(cards)t\n"
+    PAINTED_CLIPS = [
+        ("on the line", BEGIN + "(Hand) Tx\n( of) Tx\n( cards) Tx\n", 3, 13),
+        ("raised", BEGIN + "5 Ts\n(Hand) Tx\n( of) Tx\n0 Ts\n( cards) Tx\n", 3, 13),
+        ("lowered, then raised, once each", BEGIN + "(Hand) Tx\n-3 Ts\n(of) Tx\n4 Ts\n(of) Tx\n", 3, 8),
+        ("raised and spaced", BEGIN + "5 Ts\n2 Tc\n(Hand) Tx\n(of) Tx\n", 2, 6),
+        ("raised, of another height", BEGIN + "200 100 Tz\n5 Ts\n(Hand) Tx\n(of) Tx\n", 2, 6),
+        ("centred", BEGIN + LEGACY.format(1), 3, 11),
+        ("aligned to the right", BEGIN + LEGACY.format(2), 3, 11),
+        ("aligned to the right and spaced", BEGIN + "1.5 Tc\n" + LEGACY.format(2), 3, 11),
+        ("centred and raised", BEGIN + "5 Ts\n" + LEGACY.format(1), 3, 11),
+        ("of every mode", BEGIN + "".join(f"{mode} Tr\n(Hand) Tx\n0 -14 Td\n" for mode in (7, 6, 2, 5, 4, 0)), 6, 24),
+        ("of every mode, raised", BEGIN + "5 Ts\n" + "".join(f"{mode} Tr\n(Hand) Tx\n" for mode in (7, 6, 6, 7, 4)), 5, 20),
+        ("painted alone, then clipping too", BEGIN + "0 Tr\n(Hand) Tx\n4 Tr\n(of) Tx\n(cards) Tx\n", 3, 11),
+        ("clipping alone", BEGIN + "7 Tr\n5 Ts\n(Hand) Tx\n(of) Tx\n", 2, 6),
+    ]
+
+    def test_text_that_is_painted_and_clips_is_counted_once(self):
+        for name, body, strings, characters in self.PAINTED_CLIPS:
+            with self.subTest(name):
+                self.write("a.vx", document("0 g\n0 G\n" + body + "TO\n"))
+                font = self.fonts("a.vx", *self.ONLY)[0]["Helvetica"]
+                self.assertEqual((font["strings"], font["characters"]), (strings, characters))
+
+    def test_what_a_font_lacks_is_counted_once(self):
+        self.write("a.vx", document("0 g\n" + self.BEGIN + self.LEGACY.format(2) + "TO\n"))
+        fonts, _ = self.fonts("a.vx", "--no-system-fonts")
+        self.assertEqual((fonts["Helvetica"]["characters"], fonts["Helvetica"]["missingGlyphs"]), (11, 11))
+
     def test_the_list(self):
         output, _ = self.run_vx("fonts", "--list", *self.ONLY)
         lines = output.decode().splitlines()
