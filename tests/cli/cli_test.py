@@ -743,6 +743,10 @@ class Worker(CommandTest):
         self.assertEqual(self.files(), ["a.vx", "worker.notes"])
         return message
 
+    def worker_notes(self):
+        """What the hostile plug-in noted, but for its number, which comes first."""
+        return self.read("worker.notes").decode().splitlines()[1:]
+
     def assert_worker_gone(self):
         worker = int(self.read("worker.notes").split()[0])
         for _ in range(100):
@@ -840,13 +844,19 @@ class Worker(CommandTest):
         self.run_vx("info", "a.vx", "--font-dir", fonts, status=1, hostile="reach", environment={
             "VX_HOSTILE_READ": "/etc/passwd", "VX_HOSTILE_WRITE": self.path("mine"),
             "VX_HOSTILE_CREATE": self.path("new"), "VX_HOSTILE_FONT": fonts + "/NimbusSans-Regular.otf"})
-        notes = self.read("worker.notes").decode().splitlines()[1:]
+        notes = self.worker_notes()
         denied = ["read %d" % errno.EACCES, "write %d" % errno.EPERM, "create %d" % errno.EPERM, "font 0"]
         denied += ["%s %d" % (what, errno.EPERM) for what in ("internet", "local", "signal")]
-        denied += ["core 0", "processes 0", "files 256", "size %d" % (4 << 30)]
+        denied += ["core 0", "processes 0", "files 256", "size %d" % (256 << 20)]
         denied += ["self 0", "process %d" % errno.EPERM, "program %d" % errno.EPERM]
         self.assertEqual(notes[:len(denied)], denied)
         self.assertNotIn("new", self.files())
+        # A large input may have a large output, however it comes.
+        large = document("%" * (9 << 20) + "\n")
+        self.write("large.vx", large)
+        for name, words in (("large.vx", {}), ("-", {"stdin": large})):
+            self.run_vx("info", name, status=1, hostile="reach", **words)
+            self.assertIn("size %d" % (32 * len(large)), self.worker_notes())
 
     def test_a_kernel_that_cannot_confine_is_told_and_does_not_stop(self):
         for words in (["info", "a.vx"], ["render", "a.vx", "-o", "a.pdf"]):
