@@ -2,12 +2,9 @@
 
 #include "cli/FontsText.h"
 #include "cli/Inspect.h"
-#include "cli/OutputFile.h"
+#include "cli/StandardStreams.h"
 
 #include <CLI/CLI.hpp>
-
-#include <cerrno>
-#include <unistd.h>
 
 namespace vxhost
 {
@@ -29,15 +26,8 @@ Status FontsCommand::Run(Messages *messages) const
     if (list_ && !options.inputs.empty())
         throw UsageError("--list and FILE: give one of them");
     Session session(options, messages);
-    const auto print = [messages](const std::string &text) {
-        if (WriteAll(STDOUT_FILENO, text))
-            return true;
-        if (errno != EPIPE)
-            messages->Error("standard output", "cannot be written, " + SystemText(errno));
-        return false;
-    };
     if (list_)
-        return print(json_ ? FontListJson(session.Fonts()) : FontListText(session.Fonts()))
+        return PrintResult(json_ ? FontListJson(session.Fonts()) : FontListText(session.Fonts()), messages)
                    ? Status::Done
                    : Status::OutputFailed;
     Status worst = Status::Done;
@@ -46,7 +36,7 @@ Status FontsCommand::Run(Messages *messages) const
         purpose.isFonts = true;
         const Verdict verdict = session.Interpret(input, purpose, Inspect);
         worst = Worst(worst, verdict.status);
-        if (!print(json_ ? FontsJson(input, verdict) : FontsText(input, verdict)))
+        if (!PrintResult(json_ ? FontsJson(input, verdict) : FontsText(input, verdict), messages))
             return Worst(worst, Status::OutputFailed);
     }
     return worst;

@@ -4,6 +4,7 @@ The environment names what is tested: VX the program, VX_HOSTILE_PLUGIN a plug-i
 VX_SANITIZED whether both are instrumented.
 """
 import errno
+import itertools
 import json
 import os
 import resource
@@ -503,14 +504,16 @@ class Outputs(CommandTest):
         self.assertEqual(self.files(), ["a.vx", "taken.png"])
 
     def test_standard_output_that_is_full(self):
-        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"]):
+        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"], ["--version"],
+                      ["render", "--help"]):
             with open("/dev/full", "wb") as full:
                 messages = self.run_vx(*words, status=4, stdout=full)[1]
             self.assertEqual(len(messages), 1)
             self.assertIn("standard output", messages[0])
 
     def test_standard_output_that_nobody_reads(self):
-        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"]):
+        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"], ["--version"],
+                      ["render", "--help"]):
             reader, writer = os.pipe()
             os.close(reader)
             messages = self.run_vx(*words, status=4, stdout=writer)[1]
@@ -561,6 +564,80 @@ class Outputs(CommandTest):
         self.refused("render", "bad.vx", "-o", "keep.png", status=1)
         self.assertEqual(self.read("keep.png"), b"old")
         self.assertEqual(self.files(), ["a.vx", "bad.vx", "keep.png"])
+
+
+class Closed(CommandTest):
+    """Standard input, output and error that are closed when the command begins: whatever file is opened next would
+    take their place, and be read, or written into, as if it were one of them."""
+    EVERY = [closed for count in (1, 2, 3) for closed in itertools.combinations((0, 1, 2), count)]
+    # The words, and whether their result goes to standard output.
+    COMMANDS = [
+        (["--version"], True),
+        (["render", "--help"], True),
+        (["info", "a.vx"], True),
+        (["fonts", "a.vx"], True),
+        (["fonts", "--list"], True),
+        (["trace", "a.vx"], True),
+        (["render", "a.vx", "-f", "png", "-o", "-"], True),
+        (["render", "a.vx", "b.vx", "-f", "pdf,png,svg", "-o", "{stem}.{ext}", "--progress", "always"], False),
+        (["batch", "-j2", "--progress", "always", "-f", "png,svg", "-o", "{stem}.{ext}", "a.vx", "b.vx"], True),
+    ]
+
+    def setUp(self):
+        super().setUp()
+        # Both have warnings, and enough lines for progress.
+        self.write("a.vx", document("1 2 Qx\n" + "0 0 m\n" * 20000 + LEFT_HALF))
+        self.write("b.vx", document("1 2 Qy\n" + "0 0 m\n" * 20000 + LEFT_HALF))
+
+    def run_without(self, closed, *words):
+        """(exit status, output, errors)"""
+        process = self.start(*words, preexec_fn=lambda: [os.close(number) for number in closed])
+        output, errors = process.communicate(timeout=120)
+        return process.returncode, output, errors.decode()
+
+    def written(self):
+        """The outputs, which are taken away."""
+        names = [name for name in self.files() if not name.endswith(".vx")]
+        found = {name: self.read(name) for name in names}
+        for name in names:
+            os.remove(self.path(name))
+        return found
+
+    def test_nothing_takes_their_place(self):
+        for words, tells in self.COMMANDS:
+            _, whole, told = self.run_without((), *words)
+            expected = self.written()
+            for closed in self.EVERY:
+                with self.subTest(words=words, closed=closed):
+                    status, output, errors = self.run_without(closed, *words)
+                    found = self.written()
+                    for name in found:
+                        self.assertEqual(found[name], expected[name], name)
+                    if tells and 1 in closed:
+                        self.assertEqual(status, 4, errors)
+                        if 2 not in closed:
+                            self.assertIn("vx: standard output: cannot be written, bad file descriptor", errors)
+                    else:
+                        self.assertEqual((status, output), (0, b"" if 1 in closed else whole))
+                        self.assertEqual(sorted(found), sorted(expected))
+                        # How often progress is shown is a matter of time.
+                        if 2 not in closed and "--progress" not in words:
+                            self.assertEqual(errors, told)
+
+    def test_standard_input_that_is_closed_is_an_error_of_the_input(self):
+        for closed in [closed for closed in self.EVERY if 0 in closed]:
+            for words in (["info", "-"], ["fonts", "-"], ["trace", "-"], ["render", "-", "-o", "a.png"]):
+                with self.subTest(words=words, closed=closed):
+                    status, _, errors = self.run_without(closed, *words)
+                    self.assertEqual(status, 1)
+                    if 2 not in closed:
+                        self.assertIn("vx: standard input: ", errors)
+                    self.assertEqual(self.written(), {})
+
+    def test_a_manifest_that_is_closed_is_an_error_of_the_input(self):
+        status, output, errors = self.run_without((0,), "batch", "-", "-f", "png", "-o", "{stem}.png")
+        self.assertEqual((status, self.written()), (1, {}), errors)
+        self.assertEqual(errors.count("\n"), 1, errors)
 
 
 class Trace(CommandTest):
