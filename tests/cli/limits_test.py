@@ -143,7 +143,7 @@ class Sizes(CommandTest):
         self.assertEqual(message, "vx: a.svg: takes more than 256 MiB, nothing written: allow more with --max-output")
         self.write("c.vx", document())
         lines = b'{"input": "a.vx", "output": "b.svg"}\n{"input": "c.vx", "output": "c.svg"}\n'
-        output, messages = self.run_vx("batch", "-", stdin=lines, status=5)
+        output, messages = self.run_vx("batch", "-", "--max-output", "auto", stdin=lines, status=5)
         self.assertEqual([json.loads(line)["status"] for line in output.splitlines()], ["limit", "done"])
         self.assertEqual(messages, ["vx: b.svg: takes more than 256 MiB, nothing written: allow more with --max-output"])
         self.assertEqual(self.files(), ["a.vx", "c.svg", "c.vx"])
