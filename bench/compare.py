@@ -66,7 +66,7 @@ class Bench:
         return path
 
     def render(self, document, name, *settings):
-        return [self.vx, "render", "-q", "--max-time", "0", "--max-memory", "0", *settings, document, "-o",
+        return [self.vx, "render", "-q", "--max-time", "0", "--max-memory", "0", "--max-output", "0", *settings, document, "-o",
                 self.folder / name]
 
     def our_jobs(self, document):

@@ -58,7 +58,8 @@ void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
         fmt::format("seconds that a document may take; 0 is no limit ({})", maxTime_));
     add("--max-memory", &maxMemory_, "SIZE", "memory that a document may take, as 512M; 0 is no limit (1G)");
     add("--max-output", &maxOutput_, "SIZE",
-        "bytes that a file written may take, as 100M; 0 is no limit (4G)");
+        "bytes that a file written may take, as 100M; 0 is no limit; auto is 32 times the input's size, and "
+        "256M at least (auto)");
     add("--progress", &progress_, "WHEN", "auto, that is on a terminal, never or always (auto)");
     command->add_option("--font-dir", fontDirectories_, "more fonts, in DIR and below it; may be repeated")
         ->type_name("DIR")
@@ -90,7 +91,8 @@ CommonOptions CommonOptionReader::Read(bool needsInput) const
         throw UsageError(fmt::format("--max-time {}: not a time: give seconds, or 0 for no limit", maxTime_));
     options.limits.seconds = *seconds;
     options.limits.memory = ReadLimit("--max-memory", maxMemory_, "1M", int64_t{1} << 20);
-    options.limits.output = ReadLimit("--max-output", maxOutput_, "1K", int64_t{1} << 10);
+    if (maxOutput_ != "auto")
+        options.limits.output = ReadLimit("--max-output", maxOutput_, "1K", int64_t{1} << 10);
 
     options.fonts = ReadFontChoice();
     options.script = ReadScript(script_);

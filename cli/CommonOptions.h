@@ -58,7 +58,7 @@ class CommonOptionReader
     std::string script_ = "auto";
     std::string maxTime_;
     std::string maxMemory_ = "1G";
-    std::string maxOutput_ = "4G";
+    std::string maxOutput_ = "auto";
     std::string progress_ = "auto";
     bool noSystemFonts_ = false;
     bool quiet_ = false;

@@ -2,6 +2,7 @@
 
 #include "cli/Decimal.h"
 #include "cli/OutcomeJson.h"
+#include "host/JsonText.h"
 
 namespace vxhost
 {
@@ -37,7 +38,7 @@ void AddFacts(const Finding &finding, nlohmann::ordered_json *json)
 
 std::string JsonLine(const nlohmann::ordered_json &json)
 {
-    return json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return EscapeControls(json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace)) + "\n";
 }
 
 } // namespace vxhost

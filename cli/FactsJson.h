@@ -12,7 +12,7 @@ namespace vxhost
 // Whether it is a VX document; if so, what it is, what it uses, what serves its fonts and what was reported.
 void AddFacts(const Finding &finding, nlohmann::ordered_json *json);
 
-// One line. Bytes that are not UTF-8 become U+FFFD.
+// One line that a terminal shows as it is. Bytes that are not UTF-8 become U+FFFD.
 std::string JsonLine(const nlohmann::ordered_json &json);
 
 } // namespace vxhost

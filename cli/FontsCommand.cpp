@@ -1,12 +1,9 @@
 #include "cli/FontsCommand.h"
 
 #include "cli/FontsText.h"
-#include "cli/OutputFile.h"
+#include "cli/StandardStreams.h"
 
 #include <CLI/CLI.hpp>
-
-#include <cerrno>
-#include <unistd.h>
 
 namespace vxhost
 {
@@ -28,15 +25,8 @@ Status FontsCommand::Run(Messages *messages) const
     if (list_ && !options.inputs.empty())
         throw UsageError("--list and FILE: give one of them");
     Session session(options, messages);
-    const auto print = [messages](const std::string &text) {
-        if (WriteAll(STDOUT_FILENO, text))
-            return true;
-        if (errno != EPIPE)
-            messages->Error("standard output", "cannot be written, " + SystemText(errno));
-        return false;
-    };
     if (list_)
-        return print(json_ ? FontListJson(session.Fonts()) : FontListText(session.Fonts()))
+        return PrintResult(json_ ? FontListJson(session.Fonts()) : FontListText(session.Fonts()), messages)
                    ? Status::Done
                    : Status::OutputFailed;
     Status worst = Status::Done;
@@ -45,7 +35,7 @@ Status FontsCommand::Run(Messages *messages) const
         purpose.isFonts = true;
         const Verdict verdict = session.Interpret(input, purpose, Look);
         worst = Worst(worst, verdict.status);
-        if (!print(json_ ? FontsJson(input, verdict) : FontsText(input, verdict)))
+        if (!PrintResult(json_ ? FontsJson(input, verdict) : FontsText(input, verdict), messages))
             return Worst(worst, Status::OutputFailed);
     }
     return worst;

@@ -1,13 +1,10 @@
 #include "cli/InfoCommand.h"
 
 #include "cli/InfoText.h"
-#include "cli/OutputFile.h"
 #include "cli/Session.h"
+#include "cli/StandardStreams.h"
 
 #include <CLI/CLI.hpp>
-
-#include <cerrno>
-#include <unistd.h>
 
 namespace vxhost
 {
@@ -29,11 +26,8 @@ Status InfoCommand::Run(Messages *messages) const
     for (const std::string &input : options.inputs) {
         const Verdict verdict = session.Interpret(input, {}, Look);
         worst = Worst(worst, verdict.status);
-        if (!WriteAll(STDOUT_FILENO, json_ ? InfoJson(input, verdict) : InfoText(input, verdict))) {
-            if (errno != EPIPE)
-                messages->Error("standard output", "cannot be written, " + SystemText(errno));
+        if (!PrintResult(json_ ? InfoJson(input, verdict) : InfoText(input, verdict), messages))
             return Worst(worst, Status::OutputFailed);
-        }
     }
     return worst;
 }

@@ -5,6 +5,7 @@
 #include "cli/InfoCommand.h"
 #include "cli/Interrupt.h"
 #include "cli/RenderCommand.h"
+#include "cli/StandardStreams.h"
 #include "cli/TraceCommand.h"
 
 #include <CLI/CLI.hpp>
@@ -16,6 +17,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -126,8 +128,9 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
         app.parse(argc, argv);
     } catch (const CLI::ParseError &end) {
         if (end.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-            (void)app.exit(end); // prints what was asked for
-            return std::fflush(stdout) == 0 ? Status::Done : Status::OutputFailed;
+            std::ostringstream asked;
+            (void)app.exit(end, asked, asked);
+            return PrintResult(asked.str(), messages) ? Status::Done : Status::OutputFailed;
         }
         const std::string command = argv[1][0] == '-' ? "" : std::string(argv[1]) + " ";
         throw UsageError(fmt::format("{}: see vx {}--help", ParseProblem(end), command));
@@ -155,6 +158,8 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
 int main(int argc, char **argv)
 {
     using namespace vxhost;
+    if (!HoldClosedStreams())
+        return static_cast<int>(Status::OutputFailed); // there may be nowhere to tell it
     Messages messages;
     // A reader that leaves and a file that may not grow are errors of write, not ends of the program.
     std::signal(SIGPIPE, SIG_IGN);

@@ -212,15 +212,16 @@ std::unique_ptr<Interpretation> Session::Begin(const std::string &input, const P
                                                const std::vector<int> &descriptors, Verdict *verdict)
 {
     std::string error;
+    const size_t size = document.Bytes().size();
+    const WorkerLimits limits = options_.limits.For(size);
     std::unique_ptr<Worker> worker = Worker::Start(
-        options_.limits, descriptors, TaskFor(document, prepare),
+        limits, descriptors, TaskFor(document, prepare),
         [this, name = InputName(input)](int percent) { messages_->Progress(name, percent); }, &error);
     if (worker == nullptr) {
         *verdict = Failed(Status::InputFailed, fmt::format("no worker process, {}: try again later", error));
         return nullptr;
     }
-    return std::make_unique<Interpretation>(
-        Interpretation{input, purpose, document.Bytes().size(), std::move(worker)});
+    return std::make_unique<Interpretation>(Interpretation{input, purpose, size, limits, std::move(worker)});
 }
 
 Verdict Session::End(Interpretation *interpretation) const
@@ -299,13 +300,15 @@ WorkerTask Session::TaskFor(const Document &document, const Preparation &prepare
     };
 }
 
-Verdict Session::JudgeWriteError(const Finding &finding, const Purpose &purpose) const
+Verdict Session::JudgeWriteError(const Finding &finding, const Interpretation &interpretation) const
 {
+    const WorkerLimits &limits = interpretation.limits;
     const int error = finding.writeError;
     Verdict verdict;
-    if (IsOutputLimit(options_.limits, error))
-        verdict = Failed(Status::LimitHit, fmt::format("takes more than {}{}: allow more with --max-output",
-                                                       SizeText(options_.limits.output), purpose.lost));
+    if (IsOutputLimit(limits, error))
+        verdict = Failed(Status::LimitHit,
+                         fmt::format("takes more than {}{}: allow more with --max-output",
+                                     SizeText(limits.output.value_or(0)), interpretation.purpose.lost));
     else if (finding.isSpoolError)
         verdict = Failed(
             Status::OutputFailed,
@@ -323,13 +326,13 @@ Verdict Session::JudgeWriteError(const Finding &finding, const Purpose &purpose)
 
 Verdict Session::Judge(const Interpretation &interpretation, Finding finding) const
 {
-    const auto &[input, purpose, size, worker] = interpretation;
+    const auto &[input, purpose, size, limits, worker] = interpretation;
     const Outcome &outcome = finding.outcome;
     if (!finding.unconfined.empty())
         messages_->Detail("", fmt::format("no sandbox for {}", finding.unconfined));
     Verdict verdict;
     if (finding.writeError != 0) {
-        verdict = JudgeWriteError(finding, purpose);
+        verdict = JudgeWriteError(finding, interpretation);
     } else if (outcome.memoryLimitHit || outcome.result == kVXOutOfMemory) {
         verdict = Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits.memory));
     } else if (std::string error = ResultError(finding, purpose, input, size); !error.empty()) {

@@ -69,6 +69,7 @@ struct Interpretation {
     std::string input;
     Purpose purpose;
     size_t size = 0; // bytes of the document
+    WorkerLimits limits;
     std::unique_ptr<Worker> worker;
 };
 
@@ -94,7 +95,7 @@ class Session
 
   private:
     ReadingOptions ReadingOptionsOf() const;
-    Verdict JudgeWriteError(const Finding &finding, const Purpose &purpose) const;
+    Verdict JudgeWriteError(const Finding &finding, const Interpretation &interpretation) const;
     Verdict Judge(const Interpretation &interpretation, Finding finding) const;
     WorkerTask TaskFor(const Document &document, const Preparation &prepare) const;
 

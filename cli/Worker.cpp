@@ -32,6 +32,10 @@ namespace fs = std::filesystem;
 
 constexpr size_t kMaxAnswer = size_t{64} << 20;
 
+// What a file may take: more than any real drawing asks for, and less than fills a disk.
+constexpr int64_t kLeastOutput = int64_t{256} << 20;
+constexpr int64_t kOutputTimesInput = 32;
+
 // What a frame in the pipe is: one byte, then for an answer its length and its bytes.
 enum Frame : char { kProgressFrame = 'p', kMemoryFrame = 'm', kAnswerFrame = 'a' };
 
@@ -97,7 +101,7 @@ void CloseOwnBut(const std::vector<int> &keep)
         _exit(0);
     g_workerPipe = pipe;
     LimitMemory(limits.memory);
-    LimitFiles(limits.output);
+    LimitFiles(limits.output.value_or(0));
 
     WorkerLink link(pipe);
     const std::string answer = task(link);
@@ -110,6 +114,14 @@ void CloseOwnBut(const std::vector<int> &keep)
 }
 
 } // namespace
+
+WorkerLimits WorkerLimits::For(size_t inputSize) const
+{
+    WorkerLimits limits = *this;
+    if (!limits.output)
+        limits.output = std::max(kLeastOutput, kOutputTimesInput * static_cast<int64_t>(inputSize));
+    return limits;
+}
 
 void WorkerLink::Progress(int64_t done, int64_t total)
 {
@@ -279,7 +291,8 @@ int Worker::WaitForProcess()
 
 bool IsOutputLimit(const WorkerLimits &limits, int error)
 {
-    return error == EFBIG && limits.output > 0 && FileLimit() > static_cast<rlim_t>(limits.output);
+    const int64_t most = limits.output.value_or(0);
+    return error == EFBIG && most > 0 && FileLimit() > static_cast<rlim_t>(most);
 }
 
 } // namespace vxhost

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -21,7 +22,10 @@ namespace vxhost
 struct WorkerLimits {
     double seconds = 60;               // 0: none
     int64_t memory = int64_t{1} << 30; // bytes of data, beside what is only mapped from files; 0: none
-    int64_t output = int64_t{4} << 30; // bytes of a file that it writes; 0: none
+    std::optional<int64_t> output; // bytes of a file that it writes; 0: none; not said: by the input's size
+
+    // The same with all said, for an input of that size.
+    WorkerLimits For(size_t inputSize) const;
 };
 
 enum class WorkerFate { Finished, Crashed, OutOfTime, OutOfMemory };
@@ -81,7 +85,7 @@ class Worker
     std::optional<WorkerEnd> end_;
 };
 
-// Whether a write of the worker failed for its own limit, rather than for one that this process has as well.
+// Whether a write of a worker with these limits failed for its own, rather than for one that this process has as well.
 bool IsOutputLimit(const WorkerLimits &limits, int error);
 
 // False where the memory limit cannot be set: a program under a memory checker needs its address space.

@@ -36,7 +36,7 @@ class GlyphSource
 
     // What serves that name; null: nothing, its characters are boxes. Valid as long as this object.
     virtual const TextFont *FindFont(std::string_view fontName) = 0;
-    // What follows is one string in that font. isNew: to be counted; the string was not shown before at its place.
+    // What follows is one string in that font. isNew: to be counted; it is none that was painted and now clips.
     virtual void BeginString(std::string_view fontName, bool isNew) = 0;
     // The first character of text, which is not empty. isUpright: in its form for a column.
     virtual Glyph Next(std::span<const uint8_t> text, bool isUpright) = 0;

@@ -1,5 +1,7 @@
 #include "host/drawing/TextShow.h"
 
+#include "host/drawing/Vectors.h"
+
 #include <algorithm>
 #include <cmath>
 #include <functional>
@@ -16,6 +18,7 @@ constexpr uint8_t kSpace = ' ';
 constexpr int32_t kPlacements = kZRKPlaceAt | kZRKMoveBy;
 constexpr size_t kMaxPainted = 1024;   // strings of one text object that also clip; real ones have a few
 constexpr double kSamePlace = 0.05;    // points; places are summed up in two ways
+constexpr double kMaxRise = 1;         // ems; lines are farther apart
 constexpr size_t kMaxRunGlyphs = 1024; // devices stream: a run need not be longer than a line
 
 constexpr double FromFixed(Fixed value)
@@ -44,6 +47,11 @@ Matrix WithoutTranslation(Matrix matrix)
 {
     matrix.tx = matrix.ty = 0;
     return matrix;
+}
+
+bool IsPlaced(const ZRKTextRecord &record)
+{
+    return (record.placement & kPlacements) == kZRKPlaceAt;
 }
 
 struct Spacing {
@@ -79,10 +87,12 @@ void TextShow::Show(const ZRKTextRecord *first, int32_t mode)
         // The records of one string share the name.
         if (record->fontName != name) {
             name = record->fontName;
-            glyphs_->BeginString(name, IsNewString(*record, mode));
+            BeginString(*record, mode, record == first);
             font = showsShapes ? nullptr : FindFontToShow(name);
         }
         BuildRecord(*record, font, mode);
+        if (!clips && !painted_.empty())
+            painted_.back().end = end_;
     }
     if (clips)
         painted_.clear();
@@ -93,29 +103,81 @@ void TextShow::Show(const ZRKTextRecord *first, int32_t mode)
 }
 
 // Text may be painted, and then be part of the clip that its object ends with: one string, shown twice.
-bool TextShow::IsNewString(const ZRKTextRecord &first, int32_t mode)
+void TextShow::BeginString(const ZRKTextRecord &first, int32_t mode, bool beginsChain)
+{
+    const PaintedString string = Describe(first);
+    const bool clips = (mode & kZRKShowClip) != 0;
+    glyphs_->BeginString(first.fontName, !clips || !TakePainted(string, first, beginsChain));
+    if (clips)
+        return;
+    if (painted_.size() == kMaxPainted)
+        painted_.pop_front();
+    painted_.push_back(string);
+}
+
+TextShow::PaintedString TextShow::Describe(const ZRKTextRecord &first)
 {
     std::string &text = string_;
     text = first.fontName;
-    for (const ZRKTextRecord *record = &first; record != nullptr && record->fontName == first.fontName;
-         record = record->next)
+    const ZRKTextRecord *record = &first;
+    for (; record != nullptr && record->fontName == first.fontName; record = record->next)
         text.append(reinterpret_cast<const char *>(record->text),
                     static_cast<size_t>(std::max(record->length, 0)));
-    const PaintedString string = {std::hash<std::string>()(text), PlaceOf(first)};
-    if ((mode & kZRKShowClip) == 0) {
-        if (painted_.size() == kMaxPainted)
-            painted_.pop_front();
-        painted_.push_back(string);
-        return true;
-    }
-    const auto found = std::ranges::find_if(painted_, [&](const PaintedString &each) {
-        return each.hash == string.hash && std::abs(each.place.x - string.place.x) < kSamePlace &&
-               std::abs(each.place.y - string.place.y) < kSamePlace;
-    });
+    // A column that clips in pieces of two bytes may end in the NUL behind its text.
+    text.erase(text.find_last_not_of('\0') + 1);
+    const Point place = PlaceOf(first);
+    return {std::hash<std::string>()(text), place, place, first.next == record};
+}
+
+// True when the string that clips was painted too. That is painted no more.
+bool TextShow::TakePainted(const PaintedString &clipped, const ZRKTextRecord &first, bool beginsChain)
+{
+    // Where one goes on from text that does not clip says nothing.
+    const bool isAnywhere = beginsChain && !IsPlaced(first);
+    if (beginsChain || IsPlaced(first))
+        drift_ = {};
+    const auto shift = [&](const PaintedString &painted) { return painted.place + drift_ - clipped.place; };
+    const auto isThere = [&](const PaintedString &painted) {
+        return painted.hash == clipped.hash && Length(shift(painted)) < kSamePlace;
+    };
+    const auto isMoved = [&](const PaintedString &painted) {
+        return painted.hash == clipped.hash && (isAnywhere || IsMoved(painted, first, shift(painted)));
+    };
+    auto found = std::ranges::find_if(painted_, isThere);
     if (found == painted_.end())
-        return true;
+        found = std::ranges::find_if(painted_, isMoved);
+    if (found == painted_.end())
+        return false;
+    if (isAnywhere)
+        drift_ = clipped.place - found->place;
     painted_.erase(found);
-    return false;
+    return true;
+}
+
+// Whether a string may have been painted so far away from where it clips. Alignment moves what is painted back along
+// its line, by all or half of its length. The rise moves both across the line, but not alike: a column's to opposite
+// sides, and that of strings that go on from each other adds up where they clip.
+bool TextShow::IsMoved(const PaintedString &painted, const ZRKTextRecord &clipped, Point by) const
+{
+    const Matrix glyph = Product(UprightMatrix(clipped), drawing_->UserToPage());
+    const Point line = painted.end - painted.place;
+    Point along = {glyph.a, glyph.b}, across = {glyph.c, glyph.d};
+    if (std::abs(Dot(across, line)) * Length(along) > std::abs(Dot(along, line)) * Length(across))
+        std::swap(along, across); // a column
+    const double area = Cross(along, across), em = Length(along);
+    if (area == 0)
+        return false;
+    const double emsAcross = Cross(along, by) / area;
+    double back = -Cross(by, across) / area * em;
+    if (std::abs(back) < kSamePlace)
+        return !IsPlaced(clipped) || std::abs(emsAcross) < kMaxRise;
+    if (std::abs(emsAcross) * Length(across) >= kSamePlace)
+        return false;
+    back = Dot(along, line) < 0 ? -back : back;
+    const double length = Length(line);
+    if (painted.isWhole)
+        return std::abs(back - length) < kSamePlace || std::abs(back - length / 2) < kSamePlace;
+    return back > 0 && back < length + em; // there is spacing behind the last character too
 }
 
 const TextFont *TextShow::FindFontToShow(const char *name) const

@@ -25,10 +25,21 @@ class TextShow
     void Show(const ZRKTextRecord *first, int32_t mode);
 
   private:
+    // A string that was painted, which the chain that clips at the end of its text object may hold again.
+    struct PaintedString {
+        size_t hash;  // of its font's name and its text
+        Point place;  // on the page
+        Point end;    // of its last record
+        bool isWhole; // it is one record, so that nothing but its characters makes its length
+    };
+
     const TextFont *FindFontToShow(const char *name) const;
     bool CanShowAll(const ZRKTextRecord *first) const;
     Point PlaceOf(const ZRKTextRecord &record) const;
-    bool IsNewString(const ZRKTextRecord &first, int32_t mode);
+    void BeginString(const ZRKTextRecord &first, int32_t mode, bool beginsChain);
+    bool TakePainted(const PaintedString &clipped, const ZRKTextRecord &first, bool beginsChain);
+    PaintedString Describe(const ZRKTextRecord &first);
+    bool IsMoved(const PaintedString &painted, const ZRKTextRecord &clipped, Point by) const;
     void BuildRecord(const ZRKTextRecord &record, const TextFont *font, int32_t mode);
     void AddOutline(const Path &outline, Matrix toPage);
     void BeginRun(const TextFont *font, const Matrix &matrix, bool isColumn, int32_t mode);
@@ -40,12 +51,6 @@ class TextShow
     void TakeBytes(size_t bytes);
     void Move(Point byUser);
 
-    // A string that was painted, which the chain that clips at the end of its text object may hold again.
-    struct PaintedString {
-        size_t hash;
-        Point place; // on the page
-    };
-
     Drawing *drawing_;
     GlyphSource *glyphs_;
     Point end_;                         // of the previous text, on the page
@@ -55,6 +60,7 @@ class TextShow
     std::vector<GlyphRun> runs_;        // not yet shown: one, or all of a chain that clips
     size_t chainBytes_ = 0;             // that the runs and the clip have taken of the budget
     std::deque<PaintedString> painted_; // the last ones since a chain clipped
+    Point drift_;                       // of the chain that clips, from where its strings were painted
 };
 
 } // namespace vxhost

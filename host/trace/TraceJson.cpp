@@ -1,5 +1,6 @@
 #include "host/trace/TraceJson.h"
 
+#include "host/JsonText.h"
 #include "host/drawing/FixedText.h"
 
 #include <nlohmann/json.hpp>
@@ -100,7 +101,7 @@ void TraceJson::AppendString(std::string_view bytes)
         utf8 += static_cast<char>(0xC0 | (byte >> 6));
         utf8 += static_cast<char>(0x80 | (byte & 0x3F));
     }
-    line_ += nlohmann::json(utf8).dump();
+    line_ += EscapeControls(nlohmann::json(utf8).dump());
 }
 
 } // namespace vxhost

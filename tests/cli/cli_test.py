@@ -4,6 +4,7 @@ The environment names what is tested: VX the program, VX_HOSTILE_PLUGIN a plug-i
 VX_SANITIZED whether both are instrumented.
 """
 import errno
+import itertools
 import json
 import os
 import resource
@@ -503,14 +504,16 @@ class Outputs(CommandTest):
         self.assertEqual(self.files(), ["a.vx", "taken.png"])
 
     def test_standard_output_that_is_full(self):
-        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"]):
+        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"], ["--version"],
+                      ["render", "--help"]):
             with open("/dev/full", "wb") as full:
                 messages = self.run_vx(*words, status=4, stdout=full)[1]
             self.assertEqual(len(messages), 1)
             self.assertIn("standard output", messages[0])
 
     def test_standard_output_that_nobody_reads(self):
-        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"]):
+        for words in (["info", "a.vx"], ["trace", "a.vx"], ["render", "a.vx", "-f", "png", "-o", "-"], ["--version"],
+                      ["render", "--help"]):
             reader, writer = os.pipe()
             os.close(reader)
             messages = self.run_vx(*words, status=4, stdout=writer)[1]
@@ -561,6 +564,80 @@ class Outputs(CommandTest):
         self.refused("render", "bad.vx", "-o", "keep.png", status=1)
         self.assertEqual(self.read("keep.png"), b"old")
         self.assertEqual(self.files(), ["a.vx", "bad.vx", "keep.png"])
+
+
+class Closed(CommandTest):
+    """Standard input, output and error that are closed when the command begins: whatever file is opened next would
+    take their place, and be read, or written into, as if it were one of them."""
+    EVERY = [closed for count in (1, 2, 3) for closed in itertools.combinations((0, 1, 2), count)]
+    # The words, and whether their result goes to standard output.
+    COMMANDS = [
+        (["--version"], True),
+        (["render", "--help"], True),
+        (["info", "a.vx"], True),
+        (["fonts", "a.vx"], True),
+        (["fonts", "--list"], True),
+        (["trace", "a.vx"], True),
+        (["render", "a.vx", "-f", "png", "-o", "-"], True),
+        (["render", "a.vx", "b.vx", "-f", "pdf,png,svg", "-o", "{stem}.{ext}", "--progress", "always"], False),
+        (["batch", "-j2", "--progress", "always", "-f", "png,svg", "-o", "{stem}.{ext}", "a.vx", "b.vx"], True),
+    ]
+
+    def setUp(self):
+        super().setUp()
+        # Both have warnings, and enough lines for progress.
+        self.write("a.vx", document("1 2 Qx\n" + "0 0 m\n" * 20000 + LEFT_HALF))
+        self.write("b.vx", document("1 2 Qy\n" + "0 0 m\n" * 20000 + LEFT_HALF))
+
+    def run_without(self, closed, *words):
+        """(exit status, output, errors)"""
+        process = self.start(*words, preexec_fn=lambda: [os.close(number) for number in closed])
+        output, errors = process.communicate(timeout=120)
+        return process.returncode, output, errors.decode()
+
+    def written(self):
+        """The outputs, which are taken away."""
+        names = [name for name in self.files() if not name.endswith(".vx")]
+        found = {name: self.read(name) for name in names}
+        for name in names:
+            os.remove(self.path(name))
+        return found
+
+    def test_nothing_takes_their_place(self):
+        for words, tells in self.COMMANDS:
+            _, whole, told = self.run_without((), *words)
+            expected = self.written()
+            for closed in self.EVERY:
+                with self.subTest(words=words, closed=closed):
+                    status, output, errors = self.run_without(closed, *words)
+                    found = self.written()
+                    for name in found:
+                        self.assertEqual(found[name], expected[name], name)
+                    if tells and 1 in closed:
+                        self.assertEqual(status, 4, errors)
+                        if 2 not in closed:
+                            self.assertIn("vx: standard output: cannot be written, bad file descriptor", errors)
+                    else:
+                        self.assertEqual((status, output), (0, b"" if 1 in closed else whole))
+                        self.assertEqual(sorted(found), sorted(expected))
+                        # How often progress is shown is a matter of time.
+                        if 2 not in closed and "--progress" not in words:
+                            self.assertEqual(errors, told)
+
+    def test_standard_input_that_is_closed_is_an_error_of_the_input(self):
+        for closed in [closed for closed in self.EVERY if 0 in closed]:
+            for words in (["info", "-"], ["fonts", "-"], ["trace", "-"], ["render", "-", "-o", "a.png"]):
+                with self.subTest(words=words, closed=closed):
+                    status, _, errors = self.run_without(closed, *words)
+                    self.assertEqual(status, 1)
+                    if 2 not in closed:
+                        self.assertIn("vx: standard input: ", errors)
+                    self.assertEqual(self.written(), {})
+
+    def test_a_manifest_that_is_closed_is_an_error_of_the_input(self):
+        status, output, errors = self.run_without((0,), "batch", "-", "-f", "png", "-o", "{stem}.png")
+        self.assertEqual((status, self.written()), (1, {}), errors)
+        self.assertEqual(errors.count("\n"), 1, errors)
 
 
 class Trace(CommandTest):
@@ -691,6 +768,37 @@ class Fonts(CommandTest):
         fonts, _ = self.fonts(sample("text-clip"), *self.ONLY)
         self.assertEqual((fonts["Helvetica-Bold"]["strings"], fonts["Helvetica-Bold"]["characters"]), (2, 12))
 
+    # Text that is painted and clips, its strings, and the characters of all of them.
+    BEGIN = "0 To\n1 0 0 1 40 20 0 Tp\nTP\n4 Tr\n/_Helvetica 12 Tf\n"
+    LEGACY = "/_Helvetica 12 14 0 {} z\n(Hand)t\n(of)t\n(cards)t\n"
+    PAINTED_CLIPS = [
+        ("on the line", BEGIN + "(Hand) Tx\n( of) Tx\n( cards) Tx\n", 3, 13),
+        ("raised", BEGIN + "5 Ts\n(Hand) Tx\n( of) Tx\n0 Ts\n( cards) Tx\n", 3, 13),
+        ("lowered, then raised, once each", BEGIN + "(Hand) Tx\n-3 Ts\n(of) Tx\n4 Ts\n(of) Tx\n", 3, 8),
+        ("raised and spaced", BEGIN + "5 Ts\n2 Tc\n(Hand) Tx\n(of) Tx\n", 2, 6),
+        ("raised, of another height", BEGIN + "200 100 Tz\n5 Ts\n(Hand) Tx\n(of) Tx\n", 2, 6),
+        ("centred", BEGIN + LEGACY.format(1), 3, 11),
+        ("aligned to the right", BEGIN + LEGACY.format(2), 3, 11),
+        ("aligned to the right and spaced", BEGIN + "1.5 Tc\n" + LEGACY.format(2), 3, 11),
+        ("centred and raised", BEGIN + "5 Ts\n" + LEGACY.format(1), 3, 11),
+        ("of every mode", BEGIN + "".join(f"{mode} Tr\n(Hand) Tx\n0 -14 Td\n" for mode in (7, 6, 2, 5, 4, 0)), 6, 24),
+        ("of every mode, raised", BEGIN + "5 Ts\n" + "".join(f"{mode} Tr\n(Hand) Tx\n" for mode in (7, 6, 6, 7, 4)), 5, 20),
+        ("painted alone, then clipping too", BEGIN + "0 Tr\n(Hand) Tx\n4 Tr\n(of) Tx\n(cards) Tx\n", 3, 11),
+        ("clipping alone", BEGIN + "7 Tr\n5 Ts\n(Hand) Tx\n(of) Tx\n", 2, 6),
+    ]
+
+    def test_text_that_is_painted_and_clips_is_counted_once(self):
+        for name, body, strings, characters in self.PAINTED_CLIPS:
+            with self.subTest(name):
+                self.write("a.vx", document("0 g\n0 G\n" + body + "TO\n"))
+                font = self.fonts("a.vx", *self.ONLY)[0]["Helvetica"]
+                self.assertEqual((font["strings"], font["characters"]), (strings, characters))
+
+    def test_what_a_font_lacks_is_counted_once(self):
+        self.write("a.vx", document("0 g\n" + self.BEGIN + self.LEGACY.format(2) + "TO\n"))
+        fonts, _ = self.fonts("a.vx", "--no-system-fonts")
+        self.assertEqual((fonts["Helvetica"]["characters"], fonts["Helvetica"]["missingGlyphs"]), (11, 11))
+
     def test_the_list(self):
         output, _ = self.run_vx("fonts", "--list", *self.ONLY)
         lines = output.decode().splitlines()
@@ -712,6 +820,10 @@ class Worker(CommandTest):
         self.assertEqual(self.files(), ["a.vx", "worker.notes"])
         return message
 
+    def worker_notes(self):
+        """What the hostile plug-in noted, but for its number, which comes first."""
+        return self.read("worker.notes").decode().splitlines()[1:]
+
     def assert_worker_gone(self):
         worker = int(self.read("worker.notes").split()[0])
         for _ in range(100):
@@ -730,6 +842,13 @@ class Worker(CommandTest):
 
     def test_an_end_without_an_answer_is_a_crash(self):
         self.assertIn("crashed", self.hostile("exit", status=6))
+
+    # What begins no frame; a frame longer than any; a whole one that holds no answer.
+    def test_what_a_worker_says_is_not_believed(self):
+        for behaviour, told in (("babble", "its answer made no sense"), ("boast", "its answer made no sense"),
+                                ("forge", "answered nonsense")):
+            with self.subTest(behaviour):
+                self.assertIn(told, self.hostile(behaviour, status=6))
 
     def test_a_worker_that_closes_its_pipe_is_ended(self):
         self.assertIn("crashed", self.hostile("close", status=6))
@@ -809,13 +928,19 @@ class Worker(CommandTest):
         self.run_vx("info", "a.vx", "--font-dir", fonts, status=1, hostile="reach", environment={
             "VX_HOSTILE_READ": "/etc/passwd", "VX_HOSTILE_WRITE": self.path("mine"),
             "VX_HOSTILE_CREATE": self.path("new"), "VX_HOSTILE_FONT": fonts + "/NimbusSans-Regular.otf"})
-        notes = self.read("worker.notes").decode().splitlines()[1:]
+        notes = self.worker_notes()
         denied = ["read %d" % errno.EACCES, "write %d" % errno.EPERM, "create %d" % errno.EPERM, "font 0"]
         denied += ["%s %d" % (what, errno.EPERM) for what in ("internet", "local", "signal")]
-        denied += ["core 0", "processes 0", "files 256", "size %d" % (4 << 30)]
+        denied += ["core 0", "processes 0", "files 256", "size %d" % (256 << 20)]
         denied += ["self 0", "process %d" % errno.EPERM, "program %d" % errno.EPERM]
         self.assertEqual(notes[:len(denied)], denied)
         self.assertNotIn("new", self.files())
+        # A large input may have a large output, however it comes.
+        large = document("%" * (9 << 20) + "\n")
+        self.write("large.vx", large)
+        for name, words in (("large.vx", {}), ("-", {"stdin": large})):
+            self.run_vx("info", name, status=1, hostile="reach", **words)
+            self.assertIn("size %d" % (32 * len(large)), self.worker_notes())
 
     def test_a_kernel_that_cannot_confine_is_told_and_does_not_stop(self):
         for words in (["info", "a.vx"], ["render", "a.vx", "-o", "a.pdf"]):

@@ -100,6 +100,17 @@ void ReachOut()
     Note("program", execv(program, words));
 }
 
+// An answer in the worker's stead. It goes everywhere, as nobody says which descriptor is the pipe.
+[[noreturn]] void Answer(std::string_view bytes)
+{
+    constexpr int kDescriptors = 256;
+    for (int descriptor = STDERR_FILENO + 1; descriptor < kDescriptors; ++descriptor) {
+        if (write(descriptor, bytes.data(), bytes.size()) < 0)
+            continue;
+    }
+    _exit(0);
+}
+
 // More than any device keeps in memory, and no end: whoever waits for the note finds the worker half way.
 void ScribbleForEver(const HostCallRecord *record)
 {
@@ -146,6 +157,12 @@ extern "C" void HostileMain(int32_t selector, HostCallRecord *record, void *data
         std::abort();
     if (how == "exit")
         _exit(0);
+    if (how == "babble")
+        Answer("Q");
+    if (how == "boast")
+        Answer("a\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF");
+    if (how == "forge")
+        Answer({"a\2\0\0\0\0\0\0\0\xA1\1", 11});
     if (how == "loop")
         LoopForEver();
     if (how == "close")

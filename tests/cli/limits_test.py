@@ -1,4 +1,5 @@
 """What a hostile document may cost: memory, the size of a file, time. Each limit is one message and exit status 5."""
+import json
 import os
 import random
 import resource
@@ -134,6 +135,18 @@ class Sizes(CommandTest):
         self.assertEqual(output.count(b'"status":"limit"'), 3, output)
         self.assertEqual(len(messages), 3)
         self.assertEqual(self.files(), ["a.vx"])
+
+    def test_by_default(self):
+        # A path that is never ended is painted again by each "b", so that an SVG grows with its square.
+        self.write("a.vx", document("0 0 0 1 k\n" + "".join(f"0 0 m\n{i % 71}.{i:04} 9 L\n9 0 L\nb\n" for i in range(6000))))
+        message = self.refused("render", "a.vx", "-o", "a.svg", status=5)
+        self.assertEqual(message, "vx: a.svg: takes more than 256 MiB, nothing written: allow more with --max-output")
+        self.write("c.vx", document())
+        lines = b'{"input": "a.vx", "output": "b.svg"}\n{"input": "c.vx", "output": "c.svg"}\n'
+        output, messages = self.run_vx("batch", "-", "--max-output", "auto", stdin=lines, status=5)
+        self.assertEqual([json.loads(line)["status"] for line in output.splitlines()], ["limit", "done"])
+        self.assertEqual(messages, ["vx: b.svg: takes more than 256 MiB, nothing written: allow more with --max-output"])
+        self.assertEqual(self.files(), ["a.vx", "c.svg", "c.vx"])
 
     def test_the_systems_own_limit_is_no_limit_of_ours(self):
         def limit():

@@ -83,6 +83,27 @@ class Manual(unittest.TestCase):
                     self.assertEqual(made.read(), text_of("docs", "man", name), f"{name}: run docs/make-man")
 
 
+class Security(unittest.TestCase):
+    def test_every_promise_has_its_test(self):
+        """`file Name`: a test of Python as Class.test_name, one of C++ as Suite.Name, or all of a class or suite."""
+        sources = {}  # those of one name together
+        for folder, _, names in os.walk(os.path.join(SOURCE, "tests")):
+            for name in names:
+                if re.search(r"(?:_test\.py|Test\.cpp)$", name):
+                    sources[name] = sources.get(name, "") + text_of(folder, name)
+        named = re.findall(r"`([\w]+(?:_test\.py|Test\.cpp)) ([\w.]+)`", text_of("docs", "security.md"))
+        self.assertGreater(len(named), 20)
+        for file, name in named:
+            suite, _, test = name.partition(".")
+            with self.subTest(file=file, name=name):
+                self.assertIn(file, sources)
+                if file.endswith(".py"):
+                    self.assertIn(f"class {suite}(", sources[file])
+                    self.assertIn(f"def {test}(" if test else "def test_", sources[file])
+                else:
+                    self.assertRegex(sources[file], rf"TEST\w*\(\s*{suite},\s*{test or '.'}")
+
+
 class Completion(CommandTest):
     BASH = os.path.join(SOURCE, "packaging", "completion", "vx.bash")
     ZSH = os.path.join(SOURCE, "packaging", "completion", "_vx")

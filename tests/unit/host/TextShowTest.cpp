@@ -252,6 +252,130 @@ TEST_F(TextShowTest, AShadowBelowAClipIsAStringOfItsOwn)
     EXPECT_EQ(glyphs_.strings, "Fake;Fake;");
 }
 
+// The characters of "46" are 10 wide together. Lines that are centred or aligned to the right are moved back before they
+// are painted, and the clip is not.
+TEST_F(TextShowTest, AnAlignedStringIsOneString)
+{
+    for (const double back : {5.0, 10.0}) {
+        Add("46", 50 - back, 5, kZRKPlaceAt);
+        Show(kZRKShowFill | kZRKShowStroke);
+        Add("46", 50, 5, kZRKPlaceAt);
+        Show(kZRKShowClip);
+    }
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake again;Fake;Fake again;");
+}
+
+// The line runs up the page, so that it is moved back downwards.
+TEST_F(TextShowTest, AnAlignedStringOfATurnedLineIsOneString)
+{
+    const auto addTurned = [this](double y) {
+        ZRKTextRecord &record = Add("46", 5, y, kZRKPlaceAt);
+        record.a = record.d = 0;
+        record.b = record.c = 10 * kOne;
+    };
+    addTurned(40);
+    Show(kZRKShowFill);
+    addTurned(50);
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake again;");
+}
+
+// In a clip the rise of a string that goes on is where the next one begins, and rises once more: 3, then 3 + 3. What is
+// painted rises from the line each time.
+TEST_F(TextShowTest, RaisedStringsThatGoOnAreOneEach)
+{
+    Add("2", 0, 0, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add("3", 2, 3, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add("4", 5, 3, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add("5", 9, 0, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    const std::string names[] = {"Fake", "Fake", "Fake", "Fake"}; // one for each string
+    Add("2", 0, 0, kZRKPlaceAt).fontName = names[0].c_str();
+    Add("3", 0, 3, kZRKMoveBy).fontName = names[1].c_str();
+    Add("4", 0, 3, kZRKMoveBy).fontName = names[2].c_str();
+    Add("5", 0, 0, kZRKContinue).fontName = names[3].c_str();
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake;Fake;Fake;Fake again;Fake again;Fake again;Fake again;");
+}
+
+// The rise of a column is painted to one side of it and clips on the other.
+TEST_F(TextShowTest, ARaisedColumnIsOneString)
+{
+    Add("\x81\x40", 52, 5, kZRKPlaceAt | kZRKUprightInColumn);
+    Show(kZRKShowFill);
+    Add("\x81\x40", 48, 5, kZRKPlaceAt | kZRKUprightInColumn);
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake again;");
+}
+
+// A column whose first character has two bytes clips in pieces of two, of which the last may hold the closing NUL.
+TEST_F(TextShowTest, ANulBehindAColumnIsNoPartOfIt)
+{
+    const std::string text("\x81\x40"
+                           "5\0",
+                           4);
+    Add(text.substr(0, 2), 50, 5, kZRKPlaceAt | kZRKUprightInColumn);
+    Add(text.substr(2, 1), 50, -5, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add(text.substr(0, 2), 50, 5, kZRKPlaceAt | kZRKUprightInColumn);
+    Add(text.substr(2, 2), 50, -5, kZRKPlaceAt | kZRKUprightInColumn);
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake again;");
+}
+
+// The first string of the clip goes on from the one before it, which was painted alone: the clip begins behind what was
+// painted last.
+TEST_F(TextShowTest, AClipThatGoesOnFromPaintedText)
+{
+    Add("2", 0, 0, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add("3", 2, 0, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add("4", 5, 0, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    const std::string names[] = {"Fake", "Fake"};
+    Add("3", 0, 0, kZRKContinue).fontName = names[0].c_str();
+    Add("4", 0, 0, kZRKContinue).fontName = names[1].c_str();
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake;Fake;Fake again;Fake again;");
+}
+
+// The same word, clipped alone, then painted and clipped, then painted alone.
+TEST_F(TextShowTest, ClippedAndPaintedOneAfterTheOther)
+{
+    Add("46", 20, 5, kZRKPlaceAt);
+    Show(kZRKShowFill | kZRKShowStroke);
+    Add("46", 30, 5, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    const std::string names[] = {"Fake", "Fake"};
+    Add("46", 10, 5, kZRKPlaceAt).fontName = names[0].c_str();
+    Add("46", 0, 0, kZRKContinue).fontName = names[1].c_str();
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake;Fake;Fake again;");
+}
+
+// One word on each of two lines, the first painted, the second clipped.
+TEST_F(TextShowTest, TheSameWordOnTheNextLineIsAnother)
+{
+    Add("46", 20, 17, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add("46", 20, 5, kZRKPlaceAt);
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake;");
+}
+
+TEST_F(TextShowTest, TheSameWordFartherBackIsAnother)
+{
+    Add("46", 20, 5, kZRKPlaceAt);
+    Show(kZRKShowFill);
+    Add("46", 45, 5, kZRKPlaceAt);
+    Show(kZRKShowClip);
+    EXPECT_EQ(glyphs_.strings, "Fake;Fake;");
+}
+
 TEST_F(TextShowTest, AClipTakesAStringBackOnce)
 {
     Add("12", 5, 5, kZRKPlaceAt);
