@@ -80,15 +80,18 @@ Result EndInstance(ParseContext *context)
 }
 
 // For the operators whose one operand is a matrix that belongs to an instance: add(state, matrix) while one is bound.
+// Until then six operands of any kind are taken for a matrix.
 template <class Add>
 Result TakeMatrix(ParseContext *context, Add add)
 {
     PostScriptObjectList *stack = context->operandStack;
     GradientState *state = context->gradientSetup;
-    FixedMatrix matrix;
-    if (GetPostScriptObjectListLength(stack) != kMatrixOperands || !PopAndBuildFixedMatrix(stack, &matrix))
+    if (GetPostScriptObjectListLength(stack) != kMatrixOperands)
         return kParserBadFormat;
-    return state->instancePhase == kInstanceBound ? add(state, matrix) : kOk;
+    if (state->instancePhase != kInstanceBound)
+        return kOk;
+    FixedMatrix matrix;
+    return PopAndBuildFixedMatrix(stack, &matrix) ? add(state, matrix) : kParserBadFormat;
 }
 
 } // namespace
