@@ -29,7 +29,7 @@ struct ParseOptions {
     int64_t maxDrawing = int64_t{256} << 20; // bytes that Draw may hold at once in paths and saved states
     bool report = true;                      // false: the once-only warnings are off
     std::function<bool(const Report &)> onReport;                // true stops the parse; null goes on
-    std::function<void(int64_t read, int64_t total)> onProgress; // null: none
+    std::function<void(int64_t read, int64_t total)> onProgress; // neither is below 0; null: none
     StreamCompanion *companion = nullptr;                        // of Parse and Draw; null: none
 };
 

@@ -72,11 +72,11 @@ int16_t UNIXGetIndexedFontName(int32_t index, uint8_t *name, int16_t *number)
     HostContext *host = CurrentHost();
     if (index < 0 || index >= vxhost::FontCount(host))
         return vxhost::kNoSuchFont;
+    *number = static_cast<int16_t>(index); // also where the name is missing
     const std::string &postScriptName = host->fonts->At(index).postScriptName;
     if (postScriptName.empty())
         return vxhost::kNoSuchFont;
     vxhost::StorePascal(postScriptName, name);
-    *number = static_cast<int16_t>(index);
     host->lastNamedFont = index;
     return 0;
 }

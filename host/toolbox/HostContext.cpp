@@ -2,6 +2,8 @@
 
 #include "host/toolbox/PascalString.h"
 
+#include <algorithm>
+
 namespace vxhost
 {
 
@@ -53,7 +55,7 @@ void ProgressToHost(int32_t bytesRead, int32_t totalBytes)
 {
     RunCallback([&] {
         if (currentHost != nullptr && currentHost->onProgress)
-            currentHost->onProgress(bytesRead, totalBytes);
+            currentHost->onProgress(bytesRead, std::max(totalBytes, 0));
     });
 }
 

@@ -51,7 +51,7 @@ struct HostContext {
     std::map<int16_t, std::vector<std::string>> stringLists; // each replaces the list of that number
 
     std::function<bool(const std::string &title, const std::string &message)> onReport; // true: stop
-    std::function<void(int32_t read, int32_t total)> onProgress;
+    std::function<void(int32_t read, int32_t total)> onProgress;                        // neither is below 0
     std::function<void(std::string_view)> onDebugMessage;
 
     // The first exception that reached a callback; the document's reader delivers nothing after it.

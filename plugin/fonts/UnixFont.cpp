@@ -36,10 +36,11 @@ void CopyTerminated(char *to, uint8_t *lengthPrefixed)
     memcpy(to, text, strlen(text) + 1);
 }
 
-void GetListString(int16_t list, int16_t index, char *to)
+// Indices have 16 bits, from 1, but their loops count in more: a list may be so long that the last has no next.
+void GetListString(int16_t list, int32_t index, char *to)
 {
     uint8_t text[kPascalStringSize];
-    getString(list, index, text);
+    getString(list, static_cast<int16_t>(index), text);
     CopyTerminated(to, text);
 }
 
@@ -49,11 +50,13 @@ bool ReadFontEntry(int32_t index, FontTableEntry *entry)
     uint8_t name[kPascalStringSize] = {};
     uint8_t family[kPascalStringSize] = {};
     uint8_t suffix[kPascalStringSize] = {};
-    if (UNIXGetIndexedFontName(index, name, &entry->fontNumber) != 0)
+    int16_t number = 0; // a host that fails may have written it all the same
+    if (UNIXGetIndexedFontName(index, name, &number) != 0)
         return false;
     UNIXGetFamilyParentAndSuffix(name, family, 0, suffix);
     CopyTerminated(entry->familyName, family);
     CopyTerminated(entry->postScriptName, name);
+    entry->fontNumber = number;
     return true;
 }
 
@@ -68,7 +71,7 @@ bool ReadSuffixes(const HostCallRecord *record, int16_t list, int16_t most, char
         if (block == nullptr)
             return false;
         suffixes[i] = static_cast<char *>(block);
-        GetListString(list, static_cast<int16_t>(i + 1), suffixes[i]);
+        GetListString(list, i + 1, suffixes[i]);
         if (suffixes[i][0] == 0)
             return false;
         *count = i + 1;
@@ -224,7 +227,7 @@ void InitializeDefaultFont(FontTable *table)
     const int16_t script = GetDefaultScript();
     const int16_t list = script == kScriptJapanese ? kJapaneseDefaultFonts : kDefaultFonts;
     const int16_t count = countString(list);
-    for (int16_t i = 1; i <= count && table->defaultFont[script] == kNoFont; ++i) {
+    for (int32_t i = 1; i <= count && table->defaultFont[script] == kNoFont; ++i) {
         char name[kFontNameSize];
         GetListString(list, i, name);
         table->defaultFont[script] = PSNameSearchFontTable(name, table);
@@ -266,7 +269,7 @@ const char *GetValidPostScriptName(const char *name, int16_t script, bool /*vert
 bool SubstituteFaceName(char *name)
 {
     const int16_t count = countString(kReplacedFaceNames);
-    for (int16_t i = 1; i <= count; ++i) {
+    for (int32_t i = 1; i <= count; ++i) {
         char replaced[kFontNameSize];
         GetListString(kReplacedFaceNames, i, replaced);
         if (strcmp(name, replaced) == 0) {

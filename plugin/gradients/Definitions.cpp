@@ -2,6 +2,7 @@
 
 #include "plugin/Memory.h"
 #include "plugin/body/ParseContext.h"
+#include "plugin/gradients/GradientNames.h"
 
 #include <algorithm>
 #include <cstring>
@@ -28,7 +29,7 @@ void AppendGradient(GradientState *state, GradientObject *gradient)
     else
         state->lastGradient->next = gradient;
     state->lastGradient = gradient;
-    ++state->gradientCount;
+    gradient->index = state->gradientCount++;
 }
 
 // Radial gradients keep their stops in the order of the document; all others hold them back to front, on purpose:
@@ -95,6 +96,7 @@ Result Operator_Bd_Define_Begin(ParseContext *context)
         return kParserBadFormat;
     CopyName(gradient->name, &name, name.length);
     gradient->nameLength = name.length;
+    AddGradientName(state, gradient);
     return kOk;
 }
 

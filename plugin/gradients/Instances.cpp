@@ -3,8 +3,7 @@
 #include "plugin/body/HostTable.h"
 #include "plugin/body/Paint.h"
 #include "plugin/gradients/BlendPreview.h"
-
-#include <cstring>
+#include "plugin/gradients/GradientNames.h"
 
 namespace vx
 {
@@ -16,21 +15,6 @@ constexpr int32_t kBindOperands = 12;
 constexpr int32_t kMatrixOperands = 6;
 
 enum PaintMode : int32_t { kDiscardPath = 0, kStrokePath = 1, kStrokePathToo = 2 };
-
-// The first of its name, in the order of definition; null if there is none. An empty name names nothing.
-GradientObject *GetAutoBlendDefinitionFromLinkList(GradientState *state, const BigString *name)
-{
-    if (IsStringEmpty(name))
-        return nullptr;
-    GradientObject *gradient = state->firstGradient;
-    for (state->lookupIndex = 0; state->lookupIndex < state->gradientCount; ++state->lookupIndex) {
-        if (gradient->nameLength == name->length &&
-            memcmp(gradient->name, name->text, static_cast<size_t>(name->length)) == 0)
-            return gradient;
-        gradient = gradient->next;
-    }
-    return nullptr;
-}
 
 // The outlines of text then lie in a path that outlives the instance.
 bool IsInTextPath(const ParseContext *context)
@@ -80,15 +64,18 @@ Result EndInstance(ParseContext *context)
 }
 
 // For the operators whose one operand is a matrix that belongs to an instance: add(state, matrix) while one is bound.
+// Until then six operands of any kind are taken for a matrix.
 template <class Add>
 Result TakeMatrix(ParseContext *context, Add add)
 {
     PostScriptObjectList *stack = context->operandStack;
     GradientState *state = context->gradientSetup;
-    FixedMatrix matrix;
-    if (GetPostScriptObjectListLength(stack) != kMatrixOperands || !PopAndBuildFixedMatrix(stack, &matrix))
+    if (GetPostScriptObjectListLength(stack) != kMatrixOperands)
         return kParserBadFormat;
-    return state->instancePhase == kInstanceBound ? add(state, matrix) : kOk;
+    if (state->instancePhase != kInstanceBound)
+        return kOk;
+    FixedMatrix matrix;
+    return PopAndBuildFixedMatrix(stack, &matrix) ? add(state, matrix) : kParserBadFormat;
 }
 
 } // namespace

@@ -57,6 +57,9 @@ struct GradientObject {
     int32_t stopsRead;
     BlendStopObject *firstStop;
     BlendStopObject *lastStop;
+    int32_t index;   // in the list, from 0
+    int32_t forkBit; // these two: its place in the tree of names, see GradientNames
+    GradientObject *branches[2];
 };
 
 // The two "closed" fields: 0 inside a definition or an instance, anything else outside.
@@ -82,6 +85,7 @@ struct GradientState {
     Fixed highlight[kHighlightValues];
     GradientObject *firstGradient;
     GradientObject *lastGradient;
+    GradientObject *nameTree; // null before a gradient has a name
 };
 
 // The state comes zero-filled.

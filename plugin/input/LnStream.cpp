@@ -1,5 +1,6 @@
 #include "plugin/input/LnStream.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace vx
@@ -79,9 +80,7 @@ const uint8_t *ScanForLineEnd(const uint8_t *text, int32_t count)
 bool RefillLineStreamText(LineStream *stream)
 {
     const int32_t rest = stream->fill - stream->next;
-    int32_t wanted = kMaxLineRead - rest;
-    if (wanted > stream->total - stream->bytesRead)
-        wanted = stream->total - stream->bytesRead;
+    const int32_t wanted = std::clamp(stream->total - stream->bytesRead, 0, kMaxLineRead - rest);
     if (stream->progress != nullptr)
         stream->progress(stream->bytesRead, stream->total);
 
@@ -97,8 +96,8 @@ bool RefillLineStreamText(LineStream *stream)
         memmove(stream->buffer, stream->text.text, static_cast<size_t>(rest));
     StartLine(stream, stream->buffer);
     const int32_t delivered = ReadBytes(stream, stream->buffer + rest, wanted);
-    // A reader that claims more than the buffer holds has overrun it or lies: nothing can be believed.
-    if (delivered > kMaxLineRead - rest)
+    // A reader that claims more than it was asked for has written where it must not, or lies: nothing can be believed.
+    if (delivered > wanted)
         return false;
     stream->fill = rest + delivered;
     stream->next = 0;

@@ -39,7 +39,7 @@ void InitializeLineStream(LineStream *stream, StreamReader *reader, int32_t tota
 void SetLineStreamFlushingProc(LineStream *stream, LineStreamFlushProc proc, void *refcon);
 
 // Goes to the next line, dropping what is left of the current one. False only when the reader claims more bytes
-// than the buffer holds.
+// than it was asked for. A read that stops within a line breaks that line.
 bool RefillLineStreamText(LineStream *stream);
 
 // The first line end among count bytes, or null.

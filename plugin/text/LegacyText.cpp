@@ -24,14 +24,12 @@ void SetPainting(TextObject *text, uint32_t renderMode)
 Result OpenBlock(ParseContext *context, TextObject *text)
 {
     PostScriptObject *top = context->operandStack->head;
-    const bool given = top != nullptr && top->type == kObjectArray;
-    if (given)
+    if (top != nullptr && top->type == kObjectArray)
         (void)BuildMatrix(&top->array, &text->textMatrix); // a bad matrix does not stop the block
     text->openState = kTextOpen;
     text->legacyLineCount = 0;
     text->pathMatrix = text->textMatrix;
-    if (given)
-        text->textMatrix = FlipMatrix(text->textMatrix);
+    text->textMatrix = FlipMatrix(text->textMatrix); // read or not: without one it turns over once more
     return kOk;
 }
 

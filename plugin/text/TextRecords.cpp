@@ -70,10 +70,10 @@ Result AppendCharByChar(ParseContext *context, TextObject *text, const BigString
         return kParserBadFormat;
     TextSetting setting;
     BeginTextSetting(&setting, context, text, script, fontName, plan);
-    SetGlyphMatrix(head, setting.upright);
-    head->placement = kZRKPlaceAt;
-    // Every character counts as large as the first.
+    // Every character counts as large as the first, and the record of an empty string as its terminator.
     const int32_t size = GetCharSize(*head->text, script);
+    ChooseGlyphMatrix(&setting, head, size);
+    head->placement = kZRKPlaceAt;
     const Result result = SetCharByChar(&setting, head, string->length, size, &text->lastClip);
     EndTextSetting(&setting);
     text->recordsPending = 1;

@@ -45,7 +45,7 @@ Fixed WidthOf(const TextSetting *setting, uint8_t byte)
 
 bool LiesSideways(const TextSetting *setting, int32_t size)
 {
-    return size == 1 && setting->text->sidewaysRoman != 0;
+    return setting->plan.vertical && size == 1 && setting->text->sidewaysRoman != 0;
 }
 
 Fixed AdvanceInLine(const TextSetting *setting, uint8_t byte, int32_t size)
@@ -87,7 +87,7 @@ void EndCharacter(TextSetting *setting, uint8_t byte, int32_t size)
 
 void PlaceInLine(const TextSetting *setting, ZRKTextRecord *record)
 {
-    SetGlyphMatrix(record, setting->upright);
+    ChooseGlyphMatrix(setting, record, record->length);
     record->x = setting->pen.x;
     record->y = setting->pen.y;
     record->placement = kZRKPlaceAt;
@@ -97,7 +97,7 @@ void PlaceInColumn(const TextSetting *setting, ZRKTextRecord *record)
 {
     const int32_t size = record->length;
     const FixedPoint origin = AddPoints(setting->pen, OriginInColumn(setting, *record->text, size));
-    SetGlyphMatrix(record, LiesSideways(setting, size) ? setting->sideways : setting->upright);
+    ChooseGlyphMatrix(setting, record, size);
     record->x = origin.x;
     record->y = origin.y;
     record->placement = size == 2 ? kZRKPlaceAt | kZRKUprightInColumn : kZRKPlaceAt;
@@ -184,6 +184,11 @@ Result SetCharByChar(TextSetting *setting, ZRKTextRecord *first, int32_t length,
         record = *last = next;
     }
     return kOk;
+}
+
+void ChooseGlyphMatrix(const TextSetting *setting, ZRKTextRecord *record, int32_t size)
+{
+    SetGlyphMatrix(record, LiesSideways(setting, size) ? setting->sideways : setting->upright);
 }
 
 void SetGlyphMatrix(ZRKTextRecord *record, const FixedMatrix &matrix)

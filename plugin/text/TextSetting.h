@@ -48,7 +48,9 @@ void PassString(TextSetting *setting, const uint8_t *bytes, int32_t length);
 Result SetCharByChar(TextSetting *setting, ZRKTextRecord *first, int32_t length, int32_t size,
                      ZRKTextRecord **last);
 
-// The upright glyph matrix of a record.
+// The glyph matrix of a character of that size.
+void ChooseGlyphMatrix(const TextSetting *setting, ZRKTextRecord *record, int32_t size);
+
 void SetGlyphMatrix(ZRKTextRecord *record, const FixedMatrix &matrix);
 FixedMatrix MakeGlyphMatrix(Fixed fontSize, const FixedMatrix &matrix);
 FixedMatrix ScaledTextMatrix(const TextObject *text, bool swapsScales);

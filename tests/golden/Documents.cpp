@@ -35,10 +35,16 @@ const std::vector<TestDocument> &GoldenDocuments()
     return documents;
 }
 
+const std::vector<TestDocument> &Samples()
+{
+    static const std::vector<TestDocument> documents = FindDocuments("samples");
+    return documents;
+}
+
 const std::vector<TestDocument> &SmallSamples()
 {
     static const std::vector<TestDocument> documents = [] {
-        std::vector<TestDocument> samples = FindDocuments("samples");
+        std::vector<TestDocument> samples = Samples();
         std::erase_if(samples, [](const TestDocument &sample) {
             return std::filesystem::file_size(sample.path) > kSmallSampleBytes;
         });

@@ -1,4 +1,4 @@
-// The documents that tests of a whole parse run over: the golden ones with their traces, and the small samples.
+// The documents that tests of a whole parse run over: the golden ones with their traces, and the samples.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -18,6 +18,7 @@ struct TestDocument {
 
 // Sorted by name.
 const std::vector<TestDocument> &GoldenDocuments();
+const std::vector<TestDocument> &Samples();
 // The samples made by hand: small enough to be parsed once for each of their bytes.
 const std::vector<TestDocument> &SmallSamples();
 

@@ -1,6 +1,7 @@
 // Whole parses against traces that were derived by hand, and what must not change them: where the line buffer
-// happens to end, and how much the reader delivers beyond need.
+// happens to end, and line ends of other systems.
 #include "tests/golden/Documents.h"
+#include "tests/golden/Parses.h"
 #include "tests/support/RecordingHost.h"
 
 #include <vx/HostCall.h>
@@ -14,29 +15,6 @@ namespace vxtest
 {
 namespace
 {
-
-std::vector<std::string> Trace(RecordingHost *host, const std::string &bytes)
-{
-    const int16_t result = host->Parse(bytes);
-    std::vector<std::string> lines = host->lines;
-    lines.push_back("result " + std::to_string(result));
-    return lines;
-}
-
-// Shows the first line in which they differ, in both versions.
-testing::AssertionResult IsSameTrace(const std::vector<std::string> &expected,
-                                     const std::vector<std::string> &actual)
-{
-    const auto lineAt = [](const std::vector<std::string> &lines, size_t index) {
-        return index < lines.size() ? lines[index] : "(nothing more)";
-    };
-    for (size_t i = 0; i < std::max(expected.size(), actual.size()); ++i) {
-        if (lineAt(expected, i) != lineAt(actual, i))
-            return testing::AssertionFailure() << "call " << i + 1 << "\n  expected: " << lineAt(expected, i)
-                                               << "\n  made:     " << lineAt(actual, i);
-    }
-    return testing::AssertionSuccess();
-}
 
 using Golden = testing::TestWithParam<TestDocument>;
 INSTANTIATE_TEST_SUITE_P(Documents, Golden, testing::ValuesIn(GoldenDocuments()), DocumentName());
@@ -77,23 +55,6 @@ TEST_P(Headed, IsTheSameWhereverTheBufferEnds)
         const std::string comment = bytes[lineEnd] + ('%' + std::string(length - 1, 'x'));
         ASSERT_TRUE(IsSameTrace(expected, Trace(&host, std::string(bytes).insert(lineEnd, comment))))
             << "after a comment of " << length << " bytes";
-    }
-}
-
-// A short read is the end of what is there: the first bytes are asked for as 12, and no line holds more than 499.
-TEST_P(Golden, NeedsAReaderThatDeliversWhatItIsAskedFor)
-{
-    const std::string bytes = ReadBytes(GetParam().path);
-    for (const int32_t most : {1, 7, 11}) {
-        RecordingHost host;
-        host.maxRead = most;
-        EXPECT_EQ(host.Parse(bytes), kVXBadFormat) << most;
-        EXPECT_TRUE(host.lines.empty()) << most;
-    }
-    for (const int32_t most : {499, 500, 4096}) {
-        RecordingHost host;
-        host.maxRead = most;
-        EXPECT_TRUE(IsSameTrace(ReadTrace(GetParam()), Trace(&host, bytes))) << most;
     }
 }
 

@@ -1,36 +1,21 @@
 // Whatever the bytes and whatever the memory: a parse ends with a listed code, gives everything back and leaves
 // the host's table as it found it.
 #include "tests/golden/Documents.h"
+#include "tests/golden/Parses.h"
+#include "tests/golden/Random.h"
 #include "tests/support/RecordingHost.h"
 
 #include <vx/HostCall.h>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <iterator>
-#include <random>
 #include <sstream>
 
 namespace vxtest
 {
 namespace
 {
-
-constexpr int16_t kListedResults[] = {kVXOk,          kVXStoppedByUser, kVXProcsUnusable,
-                                      kVXOutOfMemory, kVXBadSelector,   kVXBadFormat};
-
-// Parses and returns the result after checking what must hold for every parse.
-int16_t ParseSoundly(RecordingHost *host, const std::string &bytes)
-{
-    const int16_t result = host->Parse(bytes);
-    EXPECT_NE(std::find(std::begin(kListedResults), std::end(kListedResults), result),
-              std::end(kListedResults))
-        << result;
-    EXPECT_EQ(host->liveBlocks, 0);
-    EXPECT_TRUE(host->TableIsAsItWas());
-    return result;
-}
 
 using GoldenMemory = testing::TestWithParam<TestDocument>;
 INSTANTIATE_TEST_SUITE_P(Documents, GoldenMemory, testing::ValuesIn(GoldenDocuments()), DocumentName());
@@ -106,17 +91,6 @@ const char *const kHeaders[] = {
     "%!PS-Tavro-3.0\n%%BoundingBox: 0 0 9 9\n%VX5_FileFormat 3\n%%EndComments\n%%BeginSetup\n%%EndSetup\n",
     "%!PS-Tavro-2.0\r%%BoundingBox: 0 0 9 9\r%%DocumentProcSets:Tavro_Vellumcraft_ProcSet 2.0 0\r"
     "%%EndComments\r%%EndSetup\r",
-};
-
-class Random
-{
-  public:
-    explicit Random(uint32_t seed) : engine_(seed) {}
-    // Evenly from 0 to count - 1; the same on every machine.
-    size_t Below(size_t count) { return engine_() % count; }
-
-  private:
-    std::mt19937 engine_;
 };
 
 // Words and lines in any order, with now and then operators that fit, so that parses get somewhere.

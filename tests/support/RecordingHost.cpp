@@ -97,18 +97,23 @@ int16_t RecordingHost::Parse(std::string document)
 int32_t RecordingHost::Read(StreamReader *reader, int32_t op, void *arg, int32_t *inout)
 {
     RecordingHost *self = reinterpret_cast<Stream *>(reader)->host;
-    const std::string &document = self->document_;
-    const auto wanted = static_cast<size_t>(std::max(*inout, 0));
-    if (op == kVXSetPosition) {
-        self->position_ = std::min(wanted, document.size());
-    } else if (op == kVXReadBytes) {
-        const size_t most = self->maxRead > 0 ? static_cast<size_t>(self->maxRead) : wanted;
-        const size_t count = std::min({wanted, most, document.size() - self->position_});
-        std::memcpy(arg, document.data() + self->position_, count);
-        self->position_ += count;
-        *inout = static_cast<int32_t>(count);
-    }
+    if (op == kVXSetPosition)
+        self->position_ = std::min(static_cast<size_t>(std::max(*inout, 0)), self->document_.size());
+    else if (op == kVXReadBytes)
+        *inout = self->Deliver(arg, *inout);
     return 0;
+}
+
+int32_t RecordingHost::Deliver(void *to, int32_t wanted)
+{
+    const std::string_view left = std::string_view(document_).substr(position_);
+    const auto there = static_cast<int32_t>(std::min(left.size(), static_cast<size_t>(std::max(wanted, 0))));
+    const int32_t told = readCount ? readCount(left, wanted) : there;
+    const int32_t count = std::clamp(told, 0, there);
+    std::memcpy(to, left.data(), static_cast<size_t>(count));
+    deliveries.push_back({position_, count, count < there});
+    position_ += static_cast<size_t>(count);
+    return told;
 }
 
 bool RecordingHost::DoesNextAllocationFail()

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vxtest
@@ -38,7 +39,15 @@ class RecordingHost
     ZRKProcs *procs() { return table_.Procs(); }
     bool TableIsAsItWas(); // as it was at the last call
 
-    int32_t maxRead = 0; // > 0: no read delivers more
+    // How many bytes a read says that it delivers, of those that are left and wanted. It delivers no more than both.
+    // Unset: as many as there are.
+    std::function<int32_t(std::string_view left, int32_t wanted)> readCount;
+    struct Delivery {
+        size_t position; // in the document
+        int32_t count;
+        bool isShort; // more was wanted and there
+    };
+    std::vector<Delivery> deliveries; // one a read
 
     int failAllocation = 0;     // n > 0: the n-th from now fails
     int failFromAllocation = 0; // n > 0: the n-th from now and all after it fail
@@ -64,6 +73,7 @@ class RecordingHost
     };
 
     static int32_t Read(StreamReader *reader, int32_t op, void *arg, int32_t *inout);
+    int32_t Deliver(void *to, int32_t wanted);
     static void *Allocate(int32_t size, void *refcon);
     static void Release(void *block, void *refcon);
     bool Report(const std::string &title);

@@ -66,8 +66,11 @@ enum {
  *   arg     destination of at least *inout bytes; the host writes there during the call only
  *   inout   see op; never null
  *
- * Failure of a read is a smaller count; 0, or less, is the end of the data. The value returned is ignored,
- * and a position that cannot be reached shows in the reads that follow.
+ * A count of 0 or less is the end of the data; give that too when a read fails. A smaller count than wanted is
+ * neither end nor failure, but a line that such a read has not brought to its end is cut there: deliver all that is
+ * wanted, as far as the data goes. The first 12 bytes of a call must come in one read, and no count may be larger
+ * than wanted: otherwise the call fails with kVXBadFormat. The value returned is ignored, and a position that
+ * cannot be reached, as a damaged wrapper may name one, shows in the reads that follow.
  */
 typedef int32_t (*StreamReadProc)(StreamReader *reader, int32_t op, void *arg, int32_t *inout);
 
@@ -80,7 +83,8 @@ struct StreamReader {
  * Called during kVXParse before each line, which is often: a host that shows it does so only now and then.
  *
  *   bytesRead   delivered so far, from 0
- *   totalBytes  of the PostScript part of the stream; 0 or more, at most streamLength
+ *   totalBytes  of the PostScript part of the stream, at most streamLength; may be negative, or more, for a
+ *               damaged wrapper
  */
 typedef void (*ProgressProc)(int32_t bytesRead, int32_t totalBytes);
 

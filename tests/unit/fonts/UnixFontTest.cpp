@@ -93,6 +93,16 @@ TEST(InitializeFontTableTest, AFontWithoutANameKeepsItsPlace)
     EXPECT_EQ(PSNameSearchFontTable("Courier", &fonts.table), 1);
 }
 
+// The host writes the number of such a font too.
+TEST(InitializeFontTableTest, AFontWithoutANameStaysUnfilled)
+{
+    FontTables fonts({"Courier", ""});
+    ASSERT_TRUE(fonts.Initialize());
+    EXPECT_STREQ(fonts.table.entries[1].familyName, "");
+    EXPECT_STREQ(fonts.table.entries[1].postScriptName, "");
+    EXPECT_EQ(fonts.table.entries[1].fontNumber, 0);
+}
+
 TEST(InitializeFontTableTest, LongNamesAreWhole)
 {
     const std::string name(255, 'n');
@@ -352,6 +362,18 @@ const DefaultCase kDefaults[] = {
 };
 INSTANTIATE_TEST_SUITE_P(UnixFont, DefaultFonts, testing::ValuesIn(kDefaults), CaseName());
 
+// As many strings as a list can count.
+const Strings kLongestList(32767, "x");
+
+TEST(DefaultFontTest, TheLongestListEnds)
+{
+    FontTables fonts({"Helvetica"});
+    fonts.host.stringLists[kOtherDefaults] = kLongestList;
+    ASSERT_TRUE(fonts.Initialize());
+    InitializeDefaultFont(&fonts.table);
+    EXPECT_EQ(fonts.table.defaultFont[kScriptRoman], kNoFont);
+}
+
 TEST(GetValidPostScriptNameTest, FallsBackOnTheScriptsDefaultThenOnTheName)
 {
     FontTables fonts({"Helvetica", "Ryumin-V"});
@@ -410,6 +432,15 @@ TEST(SubstituteFaceNameTest, WithoutListsNothingIsReplaced)
 {
     FontTables fonts({"Helvetica"});
     fonts.host.stringLists[kReplaced] = {};
+    char name[kFontNameSize] = "Swiss";
+    EXPECT_FALSE(SubstituteFaceName(name));
+    EXPECT_STREQ(name, "Swiss");
+}
+
+TEST(SubstituteFaceNameTest, TheLongestListEnds)
+{
+    FontTables fonts({"Helvetica"});
+    fonts.host.stringLists[kReplaced] = kLongestList;
     char name[kFontNameSize] = "Swiss";
     EXPECT_FALSE(SubstituteFaceName(name));
     EXPECT_STREQ(name, "Swiss");

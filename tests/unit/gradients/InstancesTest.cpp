@@ -237,10 +237,19 @@ const BadCase kBadOperands[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Gradients, BadGradientOperands, testing::ValuesIn(kBadOperands), CaseName());
 
-TEST_F(Instances, CheckOperandsEvenWhereMatricesAreIgnored)
+TEST_F(Instances, CountOperandsEvenWhereMatricesAreIgnored)
 {
     EXPECT_EQ(Interpret("1 0 0 1 0 Bc"), kParserBadFormat);
     EXPECT_EQ(Interpret("1 0 0 1 0 Bm"), kParserBadFormat);
+}
+
+TEST_F(Instances, LookAtNoOperandWhereMatricesAreIgnored)
+{
+    EXPECT_EQ(Interpret("1 0 0 (1) 0 0 Bc /a [1] (b) <00> 5 6 Bm"), kOk) << "outside any instance";
+    ASSERT_EQ(Interpret("Bb"), kOk);
+    EXPECT_EQ(Interpret("1 0 0 1 0 (0) Bc (1) 0 0 1 0 0 Bm"), kOk) << "before it is bound";
+    ASSERT_EQ(Interpret(kBindSky), kOk);
+    EXPECT_EQ(Interpret("1 0 0 1 0 (0) Bm"), kParserBadFormat) << "bound";
 }
 
 // ---- BB

@@ -236,6 +236,21 @@ TEST_F(PluginTest, AReportMayStop)
     });
 }
 
+// What a plug-in tells of a binary wrapper whose length is damaged.
+TEST_F(PluginTest, ProgressOfATotalBelowZeroIsOfNone)
+{
+    std::vector<int64_t> told;
+    options_.onProgress = [&](int64_t read, int64_t total) { told.insert(told.end(), {read, total}); };
+    Run([](int32_t selector, HostCallRecord *record, void *, int16_t *) {
+        if (selector != kVXParse)
+            return;
+        record->progress(0, -1);
+        record->progress(7, INT32_MIN);
+        record->progress(7, 9);
+    });
+    EXPECT_EQ(told, (std::vector<int64_t>{0, 0, 7, 0, 7, 9}));
+}
+
 TEST_F(PluginTest, ProgressIsHandedOn)
 {
     int64_t last = 0;

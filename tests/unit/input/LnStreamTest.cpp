@@ -155,6 +155,25 @@ TEST(LineStreamTest, ANegativeCountIsNothing)
     EXPECT_EQ(stream.Next(), "%%EOF\n");
 }
 
+// The total leaves room in the buffer, and what it holds there looks like lines.
+TEST(LineStreamTest, ACountBeyondWhatWasAskedForFails)
+{
+    for (const int32_t claimed : {4, 5, 6, 498, 499}) {
+        Stream stream("ab\ncd\n", 3);
+        memset(stream.lines.buffer, '\n', sizeof stream.lines.buffer);
+        stream.reader.claimed = claimed;
+        EXPECT_FALSE(RefillLineStreamText(&stream.lines)) << claimed;
+    }
+}
+
+TEST(LineStreamTest, ACountBeyondTheRoomBehindAPartialLineFails)
+{
+    Stream stream(std::string(400, 'a') + "\n" + std::string(900, 'b'));
+    (void)stream.Next(); // 98 bytes stay
+    stream.reader.claimed = 402;
+    EXPECT_FALSE(RefillLineStreamText(&stream.lines));
+}
+
 TEST(LineStreamTest, ACountBeyondTheBufferFails)
 {
     Stream stream(std::string(600, 'x'), 600);

@@ -111,9 +111,13 @@ const TextCase kBlocks[] = {
      kVXOk},
     {"ZIsIgnored", "(x) 1 2 Z", "", kVXOk},
     {"TheEndOfNoBlock", "1 (a) T", "", kVXOk},
-    {"WithoutAMatrixTextGoesOn", "[1 0 0 1 50 60] e /_Helvetica 12 14 0 0 z (AB) t T r (CD) t T",
+    {"WithoutAMatrixTextGoesOnTurnedOver", "[1 0 0 1 50 60] e /_Helvetica 12 14 0 0 z (AB) t T r (CD) t T",
      "show 1 | Helvetica [12 0 0 -12] 50 60 placement 1 (AB); "
-     "show 2 | Helvetica [12 0 0 -12] 62 60 placement 1 (CD)",
+     "show 2 | Helvetica [12 0 0 12] 62 60 placement 1 (CD)",
+     kVXOk},
+    {"AndTheNextBlockTurnsItBack", "[1 0 0 1 50 60] e /_Helvetica 12 14 0 0 z (AB) t T r T (x) a (CD) t T",
+     "show 1 | Helvetica [12 0 0 -12] 50 60 placement 1 (AB); "
+     "show 3 | Helvetica [12 0 0 -12] 62 60 placement 1 (CD)",
      kVXOk},
     {"AFontNeedsFiveOperands", "[1 0 0 1 50 60] e /_Helvetica 12 14 0 z", "", kVXBadFormat},
     {"AFontTakesNoSix", "[1 0 0 1 50 60] e 1 /_Helvetica 12 14 0 0 z", "", kVXBadFormat},
@@ -164,6 +168,23 @@ TEST_F(LegacyState, AnArrayOfAnotherSizeIsNotRead)
     EXPECT_EQ(text.textMatrix.a, 1 * kFixedOne);
     EXPECT_EQ(text.textMatrix.tx, 5 * kFixedOne);
     EXPECT_EQ(text.textMatrix.d, 1 * kFixedOne) << "turned over once more";
+}
+
+TEST_F(LegacyState, AnOpenerWithoutAnArrayTurnsTheMatrixOver)
+{
+    for (const char *line : {"e", "5 r", "(x) a", "[7 7 7 7 7 7] 1 o"}) {
+        ASSERT_EQ(Interpret("[1 2 3 4 5 6] e"), kOk);
+        text.openState = kTextClosed;
+        text.legacyLineCount = 7;
+        ASSERT_EQ(Interpret(line), kOk) << line;
+        EXPECT_EQ(text.pathMatrix.c, -3 * kFixedOne) << line;
+        EXPECT_EQ(text.pathMatrix.ty, 6 * kFixedOne) << line;
+        EXPECT_EQ(text.textMatrix.a, 1 * kFixedOne) << line;
+        EXPECT_EQ(text.textMatrix.c, 3 * kFixedOne) << line;
+        EXPECT_EQ(text.textMatrix.d, 4 * kFixedOne) << line;
+        EXPECT_EQ(text.openState, kTextOpen) << line;
+        EXPECT_EQ(text.legacyLineCount, 0) << line;
+    }
 }
 
 TEST_F(LegacyState, AnArrayIsReadUpToWhatIsNoNumber)

@@ -149,6 +149,8 @@ const TextCase kColumns[] = {
      kVXOk},
     {"AnEmptyStringIsPlacedNowhere", "7 Tr 1 Tv () Tx TO",
      "show 4 | Helvetica [12 0 0 -12] 0 0 placement 1 (); newpath", kVXOk},
+    {"AnEmptyStringLiesOnItsSideAsACharacterWould", "7 Tr 1 Tv 1 TV () Tx TO",
+     "show 4 | Helvetica [0 -12 -12 0] 0 0 placement 1 (); newpath", kVXOk},
 };
 INSTANTIATE_TEST_SUITE_P(Columns, ClipText, testing::ValuesIn(kColumns), CaseName());
 
@@ -182,6 +184,9 @@ const TextCase kJapanese[] = {
      "show 4 | Helvetica [12 0 0 -12] 7 9.5 placement 17 (\\202\\240) | "
      "Helvetica [12 0 0 -12] 7 -2.5 placement 17 (AB); newpath",
      kVXOk},
+    // The terminator is its first byte, and that is a character of one byte in every script.
+    {"InAColumnAnEmptyStringLiesOnItsSide", "7 Tr 1 Tv 1 TV () Tx TO",
+     "show 4 | Helvetica [0 -12 -12 0] 0 0 placement 1 (); newpath", kVXOk},
 };
 INSTANTIATE_TEST_SUITE_P(TextRecords, JapaneseClips, testing::ValuesIn(kJapanese), CaseName());
 
