@@ -43,6 +43,13 @@ std::string_view NameOf(Status status)
     }
 }
 
+// Two objects, each a line, as one, with the id between them as it was written: a number of ours would change it.
+std::string Joined(std::string_view first, std::string_view id, std::string_view rest)
+{
+    return fmt::format("{},{}{}", first.substr(0, first.rfind('}')),
+                       id.empty() ? "" : fmt::format("\"id\":{},", id), rest.substr(1));
+}
+
 // A picture takes the place of a picture, never that of a drawing, which may be the only one of its kind.
 bool IsDrawing(const std::string &path)
 {
@@ -60,7 +67,8 @@ bool IsDrawing(const std::string &path)
 } // namespace
 
 Batch::Batch(BatchOptions options, Session *session, Messages *messages)
-    : options_(std::move(options)), session_(session), messages_(messages), manifest_(options_.manifests)
+    : options_(std::move(options)), session_(session), messages_(messages),
+      manifest_(options_.sources, options_.lineEnd)
 {
 }
 
@@ -143,6 +151,7 @@ RenderTask Batch::PlanFor(const Slot &slot)
     said.CheckMeant(formats);
 
     RenderTask task = {entry.input, {}, {}};
+    task.purpose.isBatch = true;
     task.settings = entry.words == RenderWords() ? options_.settings : ReadSettings(words, options_.memory);
     for (const Format format : formats)
         task.outputs.push_back({format, FillPattern(pattern, entry.input, format)});
@@ -150,16 +159,31 @@ RenderTask Batch::PlanFor(const Slot &slot)
     return task;
 }
 
+// Throws UsageError when nothing may be written to the path. Its place is what is looked at: a path as "none/../a.vx"
+// leads nowhere, and is written to "a.vx" all the same.
+void Batch::CheckOutput(const std::string &path, const std::string &place) const
+{
+    if (path == "-" || IsOpenAs(STDOUT_FILENO, place))
+        throw UsageError(
+            fmt::format("\"{}\" is standard output, which is for the results: name a file", path));
+    if (manifest_.Includes(place))
+        throw UsageError(fmt::format("would overwrite the manifest \"{}\": choose another name", path));
+    const std::string folder = FolderOf(options_.output);
+    if (!options_.allowOutside && !LiesIn(folder, path))
+        throw UsageError(fmt::format("would be written to \"{}\", outside of {}: name its folder with -o, or "
+                                     "add --allow-outside",
+                                     place, folder == "." ? "the working folder" : '"' + folder + '"'));
+    if (IsDrawing(place))
+        throw UsageError(fmt::format("would overwrite the drawing \"{}\": choose another name", path));
+}
+
 void Batch::ClaimOutputs(const RenderTask &task, size_t number)
 {
     std::vector<uint64_t> places;
     for (const RenderTask::Output &output : task.outputs) {
-        if (output.path == "-")
-            throw UsageError("standard output is for the results: name a file");
-        if (IsDrawing(output.path))
-            throw UsageError(
-                fmt::format("would overwrite the drawing \"{}\": choose another name", output.path));
-        places.push_back(std::hash<std::string>()(PlaceOf(output.path)));
+        const std::string place = PlaceOf(output.path);
+        CheckOutput(output.path, place);
+        places.push_back(std::hash<std::string>()(place));
         const auto writer = writers_.find(places.back());
         const bool isOwn = std::count(places.begin(), places.end(), places.back()) > 1;
         if (isOwn || writer != writers_.end())
@@ -205,14 +229,13 @@ bool Batch::PrintWhatIsDue()
         const Verdict &verdict = *slot.verdict;
         session_->Tell(entry.input, verdict);
 
-        nlohmann::ordered_json json;
-        json["number"] = slot.number;
+        nlohmann::ordered_json named;
+        named["number"] = slot.number;
         if (!entry.manifest.empty()) {
-            json["manifest"] = entry.manifest;
-            json["line"] = entry.line;
+            named["manifest"] = entry.manifest;
+            named["line"] = entry.line;
         }
-        if (!entry.id.empty())
-            json["id"] = nlohmann::ordered_json::parse(entry.id);
+        nlohmann::ordered_json json;
         if (entry.input.empty())
             json["input"] = nullptr;
         else
@@ -225,7 +248,7 @@ bool Batch::PrintWhatIsDue()
         json["warnings"] = verdict.warnings;
         if (verdict.isLookedAt)
             AddFacts(verdict.finding, &json);
-        if (!WriteAll(STDOUT_FILENO, JsonLine(json))) {
+        if (!WriteAll(STDOUT_FILENO, Joined(JsonLine(named), entry.id, JsonLine(json)))) {
             if (errno != EPIPE)
                 messages_->Error("standard output", "cannot be written, " + SystemText(errno));
             return false;

@@ -26,9 +26,11 @@ namespace vxhost
 {
 
 struct BatchOptions {
-    std::vector<std::string> manifests;
-    std::string output; // pattern of entries that have none; empty: none
-    RenderWords words;  // of all entries, and what they mean
+    std::vector<BatchSource> sources;
+    LineEnd lineEnd = LineEnd::Newline; // of manifests
+    std::string output;                 // pattern of entries that have none; empty: none
+    bool allowOutside = false;          // outputs may lie anywhere
+    RenderWords words;                  // of all entries, and what they mean
     RenderSettings settings;
     int64_t memory = 0; // limit of a worker
     size_t jobs = 1;
@@ -55,6 +57,7 @@ class Batch
     bool HasRoom() const;
     void Start(ManifestEntry entry);
     RenderTask PlanFor(const Slot &slot);
+    void CheckOutput(const std::string &path, const std::string &place) const;
     void ClaimOutputs(const RenderTask &task, size_t number);
     void FinishWhatEnded();
     bool PrintWhatIsDue();

@@ -24,33 +24,36 @@ constexpr int32_t kMaxJobs = 256;
 
 BatchCommand::BatchCommand(CLI::App *command) : common_("60")
 {
+    command->add_option("--manifest", manifests_, "a list of documents, which may be a pipe; may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command->add_flag("-0,--null", endInNul_, "manifests are names alone, and each ends in NUL");
     command
         ->add_option(
             "-o,--output", output_,
             "where to write what its line does not say; {stem}, {dir} and {ext} are those of the input and "
             "the format")
         ->type_name("PATH");
+    command->add_flag("--allow-outside", allowOutside_,
+                      "outputs may lie outside of the folder that -o names, else of the working folder");
     command->add_option("-j,--jobs", jobs_, "documents at a time (as many as there are processors)")
         ->type_name("N");
     words_.AddTo(command);
-    common_.AddTo(command, "manifests to read, or documents; - and nothing are standard input");
+    common_.AddTo(command, "documents to read; - and nothing are a manifest on standard input");
     command->footer(
         "A line of a manifest is the name of a document, or a JSON object: input, output, id, and options\n"
         "of that document by their names, as {\"input\": \"a.vx\", \"output\": \"a.png\", \"dpi\": 300}.\n\n"
         "Examples:\n"
-        "  vx batch list.jsonl >results.jsonl\n"
-        "  find drawings -name '*.vx' | vx batch -f pdf,png -o '{dir}/{stem}.{ext}' >results.jsonl\n"
-        "  vx batch *.vx -o pictures/ | jq -r 'select(.exit != 0) | .input + \": \" + .error'");
+        "  vx batch --manifest list.jsonl >results.jsonl\n"
+        "  find drawings -name '*.vx' -print0 | vx batch -0 -f pdf,png -o '{dir}/{stem}.{ext}' "
+        ">results.jsonl\n"
+        "  vx batch -o pictures/ -- *.vx | jq -r 'select(.exit != 0) | .input + \": \" + .error'");
 }
 
 Status BatchCommand::Run(Messages *messages) const
 {
     CommonOptions options = common_.Read(false);
-    if (options.inputs.empty()) {
-        if (isatty(STDIN_FILENO) == 1)
-            throw UsageError("no manifest: name one, or pipe names of documents in");
-        options.inputs = {"-"};
-    }
+    const std::vector<BatchSource> sources = ReadSources(options.inputs);
     const bool showProgress = options.showProgress && isatty(STDOUT_FILENO) != 1; // not among the lines
     options.showProgress = false;                                                 // of every single document
 
@@ -62,9 +65,32 @@ Status BatchCommand::Run(Messages *messages) const
 
     Session session(options, messages);
     messages->ShowProgress(showProgress);
-    Batch batch({options.inputs, output_, words_, settings, options.limits.memory, ReadJobs()}, &session,
-                messages);
+    Batch batch({sources, endInNul_ ? LineEnd::Nul : LineEnd::Newline, output_, allowOutside_, words_,
+                 settings, options.limits.memory, ReadJobs()},
+                &session, messages);
     return batch.Run();
+}
+
+std::vector<BatchSource> BatchCommand::ReadSources(const std::vector<std::string> &inputs) const
+{
+    if (std::ranges::count(manifests_, "") > 0)
+        throw UsageError("--manifest: the name is empty: name a file, or - for standard input");
+    std::vector<BatchSource> sources;
+    sources.reserve(inputs.size() + manifests_.size());
+    for (const std::string &input : inputs)
+        sources.push_back({input, input == "-"});
+    for (const std::string &manifest : manifests_)
+        sources.push_back({manifest, true});
+    if (sources.empty()) {
+        if (isatty(STDIN_FILENO) == 1)
+            throw UsageError("no FILE: name documents, or a list of them with --manifest, or pipe one in");
+        sources.push_back({"-", true});
+    }
+    if (std::ranges::count(sources, "-", &BatchSource::name) > 1)
+        throw UsageError("- is given twice: standard input can be read once");
+    if (endInNul_ && std::ranges::none_of(sources, &BatchSource::isManifest))
+        throw UsageError("-0: no list of names to read: give one with --manifest, or - for standard input");
+    return sources;
 }
 
 size_t BatchCommand::ReadJobs() const

@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cctype>
 #include <csignal>
 #include <cstdio>
@@ -19,6 +20,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -52,7 +54,7 @@ constexpr CommandRow kCommands[] = {
      MakeCommand<TraceCommand>},
     {"fonts", "[options] FILE... | --list", "Tells which fonts documents ask for, and what serves them.",
      MakeCommand<FontsCommand>},
-    {"batch", "[options] [FILE...|-]", "Renders all documents of a manifest, and tells of each in JSON.",
+    {"batch", "[options] [FILE...|-]", "Renders many documents, and tells of each in JSON.",
      MakeCommand<BatchCommand>},
 };
 
@@ -124,8 +126,11 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
     }
     app.allow_extras();
 
+    // What follows "--" are FILEs, whatever they look like.
+    char **const last = argv + argc;
+    char **const mark = std::find(argv, last, std::string_view("--"));
     try {
-        app.parse(argc, argv);
+        app.parse(static_cast<int>(mark - argv), argv);
     } catch (const CLI::ParseError &end) {
         if (end.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
             std::ostringstream asked;
@@ -142,6 +147,11 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
         if (const std::string stray = StrayOption(*command); !stray.empty())
             throw UsageError(
                 fmt::format("no option \"{}\": vx {} --help lists them", stray, command->get_name()));
+        CLI::Option *files = command->get_option("FILE");
+        for (char **file = mark; file < last && ++file < last;)
+            files->add_result(*file);
+        if (files->count() > 0)
+            files->run_callback();
         return run(messages);
     }
     if (const std::string stray = StrayOption(app); !stray.empty())

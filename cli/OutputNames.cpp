@@ -7,6 +7,9 @@
 
 #include <filesystem>
 #include <map>
+#include <sys/stat.h>
+#include <system_error>
+#include <utility>
 
 namespace vxhost
 {
@@ -28,6 +31,25 @@ std::string WholePattern(const std::string &pattern)
     if (pattern.ends_with('/'))
         return pattern + "{stem}.{ext}";
     return pattern != "-" && fs::is_directory(pattern, failure) ? pattern + "/{stem}.{ext}" : pattern;
+}
+
+// Absolute, with links followed. A link that leads nowhere or into the dark is replaced when it is written to, so it is
+// in its own folder.
+fs::path Resolve(const fs::path &path, std::error_code *failure)
+{
+    fs::path whole = fs::absolute(path, *failure);
+    if (*failure)
+        return {};
+    // Links are not followed behind "none/..", so that goes first.
+    if (fs::path plain = fs::weakly_canonical(whole, *failure); !*failure)
+        whole = std::move(plain);
+    fs::path place = fs::weakly_canonical(whole, *failure);
+    return *failure ? fs::weakly_canonical(whole.parent_path(), *failure) / whole.filename() : place;
+}
+
+bool IsSame(const struct stat &one, const struct stat &two)
+{
+    return one.st_dev == two.st_dev && one.st_ino == two.st_ino;
 }
 
 } // namespace
@@ -58,8 +80,37 @@ std::string FillPattern(const std::string &pattern, const std::string &input, Fo
 std::string PlaceOf(const std::string &path)
 {
     std::error_code failure;
-    const fs::path place = fs::weakly_canonical(path, failure);
+    const fs::path place = Resolve(path, &failure);
     return failure ? path : place.string();
+}
+
+std::string FolderOf(const std::string &pattern)
+{
+    const std::string whole = WholePattern(pattern);
+    const fs::path folder = fs::path(whole.substr(0, whole.find('{'))).parent_path();
+    return folder.empty() ? "." : folder.string();
+}
+
+bool LiesIn(const std::string &folder, const std::string &path)
+{
+    std::error_code failure, otherFailure;
+    const fs::path place = Resolve(path, &failure).lexically_relative(Resolve(folder, &otherFailure));
+    // Where nobody may look nothing can be written either, which is told when it is tried.
+    if (failure || otherFailure)
+        return failure == std::errc::permission_denied;
+    return !place.empty() && *place.begin() != "..";
+}
+
+bool IsSameFile(const std::string &path, const std::string &other)
+{
+    struct stat one, two;
+    return stat(path.c_str(), &one) == 0 && stat(other.c_str(), &two) == 0 && IsSame(one, two);
+}
+
+bool IsOpenAs(int descriptor, const std::string &path)
+{
+    struct stat one, two;
+    return fstat(descriptor, &one) == 0 && stat(path.c_str(), &two) == 0 && IsSame(one, two);
 }
 
 std::vector<std::string> OutputNames(const std::string &pattern, const std::vector<std::string> &inputs,

@@ -63,8 +63,7 @@ Rendering::Rendering(RenderTask task, Session *session) : task_(std::move(task))
     for (const auto &file : files_)
         descriptors.push_back(file->Descriptor());
     const auto prepare = [this](Finding *finding) { return MakeWorks(finding); };
-    interpretation_ =
-        session_->Begin(task_.input, {", nothing written"}, *document, prepare, descriptors, &verdict_);
+    interpretation_ = session_->Begin(task_.input, task_.purpose, *document, prepare, descriptors, &verdict_);
 }
 
 bool Rendering::OpenOutputs()

@@ -22,6 +22,7 @@ struct RenderTask {
     std::string input;
     std::vector<Output> outputs; // of different places; at least one
     RenderSettings settings;
+    Purpose purpose = {", nothing written"};
 };
 
 class Rendering

@@ -57,7 +57,7 @@ std::string ResultError(const Finding &finding, const Purpose &purpose, const st
                            outcome.lackedFont, purpose.lost);
     case kVXBadFormat:
         if (!outcome.headerAccepted)
-            return WhyRefused(finding.header, size);
+            return WhyRefused(finding.header, size, !purpose.isBatch);
         return fmt::format("malformed near byte {} of {}{}: {}", outcome.bytesRead, size, purpose.lost,
                            purpose.isTrace ? std::string("the last calls above come just before it")
                                            : fmt::format("vx trace {} shows how far it got", input));

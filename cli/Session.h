@@ -62,6 +62,7 @@ struct Purpose {
     std::string_view lost; // what an error costs: ", nothing written"
     bool isTrace = false;  // then nobody is sent to vx trace
     bool isFonts = false;  // nor to vx fonts
+    bool isBatch = false;  // whose results go further than its user: a file that is no drawing is not quoted
 };
 
 // A document that a worker interprets.

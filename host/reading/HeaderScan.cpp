@@ -321,12 +321,15 @@ HeaderFacts ScanHeader(std::span<const std::byte> file)
     return facts;
 }
 
-std::string WhyRefused(const HeaderFacts &facts, size_t fileSize)
+std::string WhyRefused(const HeaderFacts &facts, size_t fileSize, bool mayQuote)
 {
     if (fileSize == 0)
         return "not a VX document, the file is empty: drawings start with \"%!PS-Tavro-\"";
     if (facts.epsWrapper && facts.firstLine.empty())
         return "not a VX document, its EPS wrapper has no drawing inside: the file may be cut short";
+    if (!facts.hasPrefix && !mayQuote)
+        return fmt::format("not a VX document: drawings start with \"{}\", manifests come with --manifest",
+                           kPrefix);
     if (!facts.hasPrefix)
         return "not a VX document, first line is \"" + Printable(facts.firstLine, 40) +
                "\": drawings start with \"" + std::string(kPrefix) + "\"";

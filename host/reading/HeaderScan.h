@@ -32,7 +32,8 @@ struct HeaderFacts {
 
 HeaderFacts ScanHeader(std::span<const std::byte> file);
 
-// One line for a person: why this is no VX document, and what one looks like.
-std::string WhyRefused(const HeaderFacts &facts, size_t fileSize);
+// One line for a person: why this is no VX document, and what one looks like. It may quote the file's first line, unless
+// it is not to.
+std::string WhyRefused(const HeaderFacts &facts, size_t fileSize, bool mayQuote = true);
 
 } // namespace vxhost

@@ -36,7 +36,7 @@ _vx()
     --profile) words='fogra39 none' ;;
     --font-dir) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | -j | --jobs | --max-time | --max-memory | --max-output) files= ;;
-    -o | --output | --plugin | --font-map) ;;
+    -o | --output | --plugin | --font-map | --manifest) ;;
     *)
         if ((COMP_CWORD == 1)); then
             words='info render trace fonts batch --help --version' files=
@@ -46,7 +46,7 @@ _vx()
             info | trace) words="--json $every" ;;
             fonts) words="--list --json $every" ;;
             render) words="$picture $every" ;;
-            batch) words="--jobs $picture $every" ;;
+            batch) words="--manifest --null --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;

@@ -72,7 +72,7 @@ class Batch(CommandTest):
         ("{}", 'no "input"'),
         ('{"input": 3}', '"input" is no name'),
         ('{"input": "a.vx", "output": ""}', '"output" is no name'),
-        ('{"input": "a.vx", "output": "-"}', "standard output is for the results"),
+        ('{"input": "a.vx", "output": "-"}', '"-" is standard output, which is for the results'),
         ('{"input": "-", "output": "b.png"}', "standard input is no document of a batch"),
         ('{"input": "a.vx", "output": "b.png", "dpy": 3}', 'no option "dpy"'),
         ('{"input": "a.vx", "output": "b.png", "output_": [[1]]}', '"output_" has no value'),
@@ -81,8 +81,21 @@ class Batch(CommandTest):
         ('{"input": "a.vx", "output": "b.png", "dpi": 3, "fit": 3}', "more than one size"),
         ('{"input": "a.vx", "output": "b.pdf", "dpi": 3}', "--dpi is for png"),
         ('{"input": "a.vx", "output": "b.png", "format": "gif"}', "--format gif"),
-        ('{"input": "a.vx", "output": "b.png", "id": {}}', '"id" is neither'),
+        ('{"input": "a.vx", "output": "b.png", "id": 01}', "byte 45 is not JSON"),
+        ('{"input": "a.vx", "output": "b.png", "id": "\\ud800"}', "byte 44 is not JSON"),
+        ('{"input": "a.vx", "output": "b.png", "id": [}', "byte 45 is not JSON"),
+        ('{"input": "a.vx", "output": "b.png"} {}', "byte 38 is not JSON"),
+        ('{"input": "a.vx", "output": "b.png", "dpi": 1e400}', '"dpi" has no value'),
+        ('{"input": "a.vx\\u0000", "output": "b.png"}', '"input" holds a NUL'),
+        ('{"input": "a.vx", "output": "b.png\\u0000.svg"}', '"output" holds a NUL'),
+        ('{"input": "a.vx", "output": "b.png", "profile": "none\\u0000"}', '"profile" holds a NUL'),
+        ('{"input": "a.vx", "output": "b.png", "format": ["png\\u0000"]}', '"format" holds a NUL'),
+        ("a\x1b[2J.vx", "a name with a control character"),
+        ("a.vx\tb.vx", "a name with a control character"),
+        ("\tb.vx", "a name with a control character"),
+        ("a.vx\x7f", "a name with a control character"),
         ('{"input": "a.vx", "output": "a.vx"}', "would overwrite the drawing"),
+        ('{"input": "a.vx", "output": "none/../a.vx"}', "would overwrite the drawing"),
         ('{"input": "a.vx", "output": "same.png", "format": "png,pdf"}', "another of its formats"),
         ("{" * 30000, "is not JSON"),
         ('{"a":' * 10000 + "1" + "}" * 10000, '"a" has no value'),
@@ -109,7 +122,6 @@ class Batch(CommandTest):
         results, _ = self.batch("a.vx\n", status=1)
         self.assertIn("no output", results[0]["error"])
         self.assertNotIn("vx", results[0])
-        self.assertEqual(self.batch("", "no-list", status=1)[1], ["vx: no-list: no such file: check the name"])
 
     def test_an_output_is_written_once(self):
         self.write_documents("a.vx", "b.vx")
@@ -117,23 +129,227 @@ class Batch(CommandTest):
         self.assertEqual([r["exit"] for r in results], [0, 1])
         self.assertIn('would be written to "./x.png", as document 1 is', results[1]["error"])
         self.assertEqual(len(messages), 1)
+        names = ["y.png", "./y.png", "none/../y.png", self.path("y.png")]
+        results, _ = self.batch([{"input": "a.vx", "output": name} for name in names], *SMALL, "-j", "4", status=1)
+        self.assertEqual([r["exit"] for r in results], [0, 1, 1, 1])
 
-    def test_documents_stand_for_themselves(self):
-        self.write_documents("a.vx", "b.vx")
-        self.write("list", b"b.vx\n")
-        results, messages = self.batch("", "a.vx", "list", "no.vx", *SMALL, "-o", "{stem}.{ext}", status=1)
+    # A file of a folder that somebody else filled: it wants to be obeyed, and must not even be quoted.
+    EVIL = b'{"input": "a.vx", "output": "stolen.svg", "format": "svg"}\n'
+
+    def test_a_file_is_a_document_whatever_is_in_it(self):
+        self.write_documents("a.vx")
+        self.write("b.vx", self.EVIL)
+        results, messages = self.batch("", "a.vx", "b.vx", "no.vx", *SMALL, "-o", "{stem}.{ext}", status=1)
         self.assertEqual([(r["input"], r.get("manifest"), r["exit"]) for r in results],
-                         [("a.vx", None, 0), ("b.vx", "list", 0), ("no.vx", None, 1)])
-        self.assertEqual(messages, ["vx: no.vx: no such file: check the name"])
+                         [("a.vx", None, 0), ("b.vx", None, 1), ("no.vx", None, 1)])
+        self.assertEqual(messages, ['vx: b.vx: not a VX document: drawings start with "%!PS-Tavro-", manifests come with '
+                                    "--manifest", "vx: no.vx: no such file: check the name"])
+        self.assertEqual(self.files(), ["a.png", "a.vx", "b.vx"])
+
+    def test_what_is_no_drawing_is_quoted_by_the_other_commands_alone(self):
+        self.write("b.vx", b"a secret of the family, and more of it than forty characters show\n")
+        output, messages = self.run_vx("batch", stdin=b'b.vx\n{"input": "b.vx", "output": "c.pdf"}\n', status=1)
+        output += self.run_vx("batch", "b.vx", "-o", "b.png", status=1)[0]
+        self.assertNotIn("secret", output.decode() + str(messages))
+        quoted = '"a secret of the family, and more of it t..."'
+        self.assertIn(quoted, self.refused("render", "b.vx", "-o", "b.png", status=1))
+        self.assertIn(quoted, self.run_vx("info", "b.vx", status=1)[1][0])
+
+    def test_wrong_words(self):
+        for words, told in ((["-", "--manifest", "-"], "- is given twice: standard input can be read once"),
+                            (["--manifest", "-", "--manifest=-"], "- is given twice"),
+                            (["--manifest", ""], "--manifest: the name is empty"),
+                            (["-0", "a.vx"], "-0: no list of names to read"),
+                            (["a.vx", "--", "-", "-"], "FILE - is given twice")):
+            self.assertIn(told, self.refused("batch", *words, status=2))
+
+    def test_manifests_are_named(self):
+        self.write_documents("a.vx", "b.vx", "c.vx", "d.vx")
+        for name in ("b", "c"):
+            self.write(f"{name}.list", f"{name}.vx\n".encode())
+        results, messages = self.batch("d.vx\n", "--manifest", "b.list", "a.vx", "--manifest=c.list", "-", *SMALL, "-o",
+                                       "{stem}.{ext}")
+        self.assertEqual([(r["input"], r.get("manifest"), r.get("line")) for r in results],
+                         [("a.vx", None, None), ("d.vx", "-", 1), ("b.vx", "b.list", 1), ("c.vx", "c.list", 1)])
+        self.assertEqual(messages, [])
+
+    # What is no manifest, and what is said of it.
+    NO_MANIFESTS = [("none", "none: no such file: check the name"),
+                    (".", ".: is a directory: name a manifest in it"),
+                    ("a.vx", "a.vx: is a drawing, not a manifest: name it without --manifest"),
+                    ("zeros", "zeros: line 1: holds a NUL byte, which no line does: give -0 if its names end in NUL")]
 
     def test_what_is_no_manifest(self):
+        self.write_documents("a.vx")
         self.write("zeros", b"abc\x00def\nrest\n" * 100)
-        results, messages = self.batch("", "zeros", "-o", "{stem}.png", status=1)
-        self.assertEqual((len(results), len(messages)), (1, 1))
-        self.assertIn("vx: zeros: line 1: holds a NUL byte", messages[0])
-        results, messages = self.batch(document(), "-o", "{stem}.png", status=1)
-        self.assertEqual(messages, ["vx: standard input: is a drawing, not a manifest: vx render - draws it"])
-        self.assertEqual(self.files(), ["zeros"])
+        words = [word for name, _ in self.NO_MANIFESTS for word in ("--manifest", name)]
+        results, messages = self.batch("a.vx\n", "-", *words, *SMALL, "-o", "a.png", status=1)
+        self.assertEqual([(r.get("manifest"), r["line"], r["input"], r.get("error")) for r in results],
+                         [("-", 1, "a.vx", None), *((name, 1 if name == "zeros" else 0, None, told)
+                                                     for name, told in self.NO_MANIFESTS)])
+        self.assertEqual(messages, [f"vx: {told}" for _, told in self.NO_MANIFESTS])
+
+    def test_a_drawing_on_standard_input_is_no_manifest_however_it_comes(self):
+        told = ["vx: standard input: is a drawing, not a manifest: vx render - draws it"]
+        self.assertEqual(self.batch(document(), "-o", "{stem}.png", status=1)[1], told)
+        self.assertEqual(self.batch(document().replace(b"\n", b"\r"), "-o", "{stem}.png", status=1)[1], told)
+        process = self.start("batch", "-o", "{stem}.png", "--strict", stdin=subprocess.PIPE)
+        for at in range(3):  # its first bytes one by one
+            process.stdin.write(document()[at:at + 1])
+            process.stdin.flush()
+            time.sleep(0.05)
+        errors = process.communicate(document()[3:], timeout=60)[1]
+        self.assertEqual((errors.decode().splitlines(), process.returncode), (told, 1))
+
+    def test_a_manifest_may_be_a_pipe(self):
+        self.write_documents("a.vx", "b.vx")
+        os.mkfifo(self.path("list"))
+        process = self.start("batch", "a.vx", "--manifest", "list", *SMALL, "-o", "{stem}.png")
+        self.assertEqual(json.loads(process.stdout.readline())["outputs"], ["a.png"])  # nobody has written yet
+        with open(self.path("list"), "wb", buffering=0) as pipe:
+            pipe.write(b"b.vx\n")
+            self.assertEqual(json.loads(process.stdout.readline())["outputs"], ["b.png"])  # nor closed
+            pipe.write(b"no.vx")
+        self.assertEqual(json.loads(process.communicate(timeout=60)[0])["input"], "no.vx")
+
+    def test_names_that_end_in_nul(self):
+        names = ["a\nb.vx", ' {"input": "a.vx", "output": "stolen.svg"}', "\xef\xbb\xbf.vx", "e\t\x1b[2J.vx\r", "%!.vx"]
+        self.write_documents(*names)
+        stems = [os.path.splitext(name)[0] + ".png" for name in names]
+        for manifest in ("\0".join(names), "\0\0".join(names) + "\0"):
+            results, messages = self.batch(manifest, "-0", *SMALL, "-o", "{stem}.png")
+            self.assertEqual([(r["input"], r["outputs"], r["exit"]) for r in results],
+                             [(name, [stem], 0) for name, stem in zip(names, stems)])
+            self.assertEqual(messages, [])
+            self.assertNotIn("stolen.svg", self.files())
+        results, _ = self.batch("-\0none\n\0" + "x" * 70000, "--null", "-o", "{stem}.png", status=1)
+        self.assertEqual([(r["line"], r["input"]) for r in results], [(1, "-"), (2, "none\n"), (3, None)])
+        self.assertIn("standard input is no document of a batch", results[0]["error"])
+        self.assertIn("no such file", results[1]["error"])
+        self.assertIn("longer than 65536 bytes", results[2]["error"])
+
+    def test_lines_are_not_taken_for_names_that_end_in_nul(self):
+        results, messages = self.batch("a.vx\nb.vx\n", "-0", "-o", "{stem}.png", status=1)
+        self.assertEqual(([r["input"] for r in results], messages),
+                         ([None], ["vx: standard input: has lines, and no NUL: leave -0 out"]))
+
+    def test_words_after_two_hyphens_are_documents(self):
+        self.write("list.vx", self.EVIL)
+        names = ["--manifest=list.vx", "--allow-outside", "-0", "a.vx"]
+        self.write_documents(*names)
+        results, messages = self.batch("", *SMALL, "-o", "{stem}.png", "--", *names)
+        self.assertEqual(([r["input"] for r in results], messages), (names, []))
+        results, _ = self.batch("", "a.vx", *SMALL, "-o", "{stem}.png", "--", *names[:2])
+        self.assertEqual([r["input"] for r in results], ["a.vx", *names[:2]])
+        self.assertIn("--manifest=list.vx: VX document", self.run_vx("info", "--", names[0])[0].decode())
+
+    # Patterns of -o, inputs and outputs of lines; which of them lie outside. "in" leads to "elsewhere", which is no part
+    # of the working folder.
+    PLACES = [
+        (None, "a.vx", "b.png", False),
+        (None, "a.vx", "sub/../sub/b.png", False),
+        (None, "a.vx", "sub/../../b.png", True),
+        (None, "a.vx", "{folder}/b.png", False),
+        (None, "a.vx", "{folder}-elsewhere/b.png", True),
+        (None, "a.vx", "in/b.png", True),
+        (None, "a.vx", "in/new.png", True),
+        (None, "a.vx", "none/../in/new.png", True),
+        (None, "a.vx", "link.png", True),
+        (None, "in/a.vx", "{{dir}}/{{stem}}.png", True),
+        (None, "in/a.vx", "{{stem}}.png", False),
+        ("sub", "a.vx", None, False),
+        ("sub/", "a.vx", "sub/deep/b.png", False),
+        ("sub/", "a.vx", "b.png", True),
+        ("sub/x-{{stem}}.png", "a.vx", "sub/b.png", False),
+        ("sub/x-{{stem}}.png", "a.vx", "sub/../b.png", True),
+        ("sub/{{dir}}/../{{stem}}.png", "a.vx", None, True),
+        ("{folder}-elsewhere/{{stem}}.png", "a.vx", None, False),
+        ("in/", "a.vx", None, False),
+        ("in/", "a.vx", "{folder}-elsewhere/b.png", False),
+        ("{{dir}}/{{stem}}.png", "{folder}-elsewhere/a.vx", None, True),
+        ("{folder}-elsewhere/b.png", "a.vx", None, False),
+        ("sub{{stem}}.png", "a.vx", "b.png", False),
+        ("/{{stem}}.png", "a.vx", "{folder}-elsewhere/b.png", False),
+    ]
+
+    def test_what_lies_outside_must_be_allowed(self):
+        elsewhere = self.folder + "-elsewhere"
+        os.mkdir(elsewhere)
+        self.addCleanup(subprocess.call, ["rm", "-rf", elsewhere])
+        os.makedirs(self.path("sub/deep"))
+        os.symlink(elsewhere, self.path("in"))
+        self.write_documents("a.vx", "in/a.vx")
+        self.write("in/there", b"")
+        os.symlink(elsewhere + "/there", self.path("link.png"))
+        for place in self.PLACES:
+            pattern, source, output, is_outside = place
+            line = {"input": source.format(folder=self.folder), "id": 1}
+            if output is not None:
+                line["output"] = output.format(folder=self.folder)
+            words = [*SMALL, *([] if pattern is None else ["-o", pattern.format(folder=self.folder)])]
+            with self.subTest(place=place):
+                before = sorted(os.listdir(elsewhere))
+                results, messages = self.batch([line], *words, status=1 if is_outside else 0)
+                self.assertEqual(results[0]["exit"], 1 if is_outside else 0)
+                if is_outside:
+                    self.assertEqual(sorted(os.listdir(elsewhere)), before)
+                    self.assertRegex(messages[0], "would be written to .*, outside of .*: name its folder with -o, or "
+                                                  "add --allow-outside$")
+                    self.batch([line], *words, "--allow-outside")
+        self.assertEqual(os.readlink(self.path("link.png")), elsewhere + "/there")
+
+    def test_a_link_that_leads_nowhere_is_replaced_in_its_folder(self):
+        self.write_documents("a.vx")
+        for name, target in (("b.png", "/nowhere/b.png"), ("c.png", "c.png")):
+            os.symlink(target, self.path(name))
+            self.batch([{"input": "a.vx", "output": name}], *SMALL)
+            self.assertFalse(os.path.islink(self.path(name)))
+
+    def test_standard_output_is_for_the_results(self):
+        self.write_documents("a.vx")
+        os.symlink("/proc/self/fd/1", self.path("link.png"))
+        outputs = ["/dev/stdout", "/proc/self/fd/1", "/dev/fd/1", "link.png", "none/../link.png"]
+        with open(self.path("results"), "wb") as file:
+            for names, target in ((outputs, subprocess.PIPE), ([*outputs, "results", "none/../results"], file)):
+                lines = b"".join(b'{"input": "a.vx", "output": "%s"}\n' % name.encode() for name in names)
+                output, messages = self.run_vx("batch", "-f", "svg", "--allow-outside", stdin=lines, stdout=target,
+                                               status=1)
+                results = [json.loads(line) for line in (output or self.read("results")).splitlines()]
+                self.assertEqual([r["outputs"] for r in results], [[]] * len(names))
+                self.assertEqual([message.split('"')[1] for message in messages], names)
+                for message in messages:
+                    self.assertIn("is standard output, which is for the results", message)
+
+    def test_no_manifest_is_overwritten(self):
+        self.write_documents("a.vx")
+        line = b'{"input": "a.vx", "output": "%s", "format": "svg"}\n'
+        self.write("one", b"".join(line % name for name in (b"./one", b"two", b"link", b"none/../in")))
+        self.write("two", b"a.vx\n")
+        os.symlink("two", self.path("link"))
+        self.write("in", line % b"in")
+        with open(self.path("in"), "rb") as stdin:
+            output, messages = self.run_vx("batch", "-", "--manifest", "one", "--manifest", "two", "-o", "b.svg",
+                                           status=1, preexec_fn=lambda: os.dup2(stdin.fileno(), 0))
+        self.assertEqual([(r["manifest"], r["line"], r["exit"]) for r in map(json.loads, output.splitlines())],
+                         [("-", 1, 1), *(("one", i, 1) for i in range(1, 5)), ("two", 1, 0)])
+        self.assertEqual([message.split('"')[1] for message in messages], ["in", "./one", "two", "link", "none/../in"])
+        self.assertTrue(all("would overwrite the manifest" in message for message in messages))
+        self.assertEqual((self.read("two"), self.read("in")), (b"a.vx\n", line % b"in"))
+
+    IDS = ["1.0", "1e400", "-1E-400", "12345678901234567890123", "-0", "0.1000", '"\\u00e9\\/\u00e9"', "null", "true",
+           '{"b": [1.0,{}],"a" :-0 }', "[]", " [ 1 ,\t2 ]", "[" * 30000 + "]" * 30000]
+
+    def test_ids_come_back_as_they_were_written(self):
+        self.write_documents("a.vx")
+        lines = "".join('{"id":%s ,"input":"a.vx","output":"%d.png"}\n' % id_and_name
+                        for id_and_name in zip(self.IDS, range(len(self.IDS))))
+        output, messages = self.run_vx("batch", *SMALL, stdin=lines.encode())
+        self.assertEqual(messages, [])
+        for i, (written, line) in enumerate(zip(self.IDS, output.decode().splitlines())):
+            with self.subTest(id=written[:40]):
+                self.assertTrue(line.startswith('{"number":%d,"manifest":"-","line":%d,"id":%s,"input":"a.vx",' %
+                                                (i + 1, i + 1, written.strip())), line[:200])
+        self.assertEqual(json.loads(output.splitlines()[0])["id"], 1.0)
 
     def test_a_byte_order_mark_is_no_name(self):
         self.write_documents("a.vx")
@@ -235,7 +451,7 @@ class Batch(CommandTest):
             with open(self.path("list"), "w", encoding="ascii") as file:
                 file.writelines(f"a-name-that-takes-some-room/{'x' * 100}/{i}.vx\n" for i in range(count))
             with open(self.path("results"), "wb") as results:
-                process = self.start("batch", "list", "-o", "{stem}.png", stdout=results, stderr=subprocess.DEVNULL)
+                process = self.start("batch", "--manifest", "list", "-o", "{stem}.png", stdout=results, stderr=subprocess.DEVNULL)
                 _, status, usage = os.wait4(process.pid, 0)
                 process.returncode = os.waitstatus_to_exitcode(status)
             self.assertEqual(process.returncode, 1)

@@ -76,7 +76,97 @@ TEST_F(OutputNamesOnDisk, AnInputIsNotOverwritten)
     EXPECT_THROW(OutputNames(In("./{stem}.vx"), {In("a.vx")}, kPngAlone), UsageError);
     fs::create_symlink(folder_ / "a.vx", folder_ / "link.png");
     EXPECT_THROW(OutputNames(In("link.png"), {In("a.vx")}, kPngAlone), UsageError);
+    EXPECT_THROW(OutputNames(In("none/../a.vx"), {In("a.vx")}, kPngAlone), UsageError);
     EXPECT_NO_THROW(OutputNames(In("a.png"), {In("a.vx")}, kPngAlone));
+}
+
+struct FolderCase {
+    const char *pattern;
+    const char *folder;
+};
+
+const FolderCase kFolders[] = {
+    {"", "."},
+    {"a.png", "."},
+    {"{stem}.png", "."},
+    {"pre-{stem}.png", "."},
+    {"{dir}/out/{stem}.png", "."},
+    {"out/", "out"},
+    {"out/a.png", "out"},
+    {"out/pre-{stem}.png", "out"},
+    {"out/{dir}/x/{stem}.png", "out"},
+    {"../out{ext}/a.png", ".."},
+    {"/a.png", "/"},
+    {"/out/{stem}.png", "/out"},
+};
+
+TEST(OutputNamesTest, NameTheirFolder)
+{
+    for (const FolderCase &folder : kFolders)
+        EXPECT_EQ(FolderOf(folder.pattern), folder.folder) << folder.pattern;
+}
+
+TEST_F(OutputNamesOnDisk, LieInAFolder)
+{
+    EXPECT_EQ(FolderOf(folder_.string()), folder_.string()); // it is one, so the stem comes in it
+    fs::create_directories(folder_ / "in/deep");
+    fs::create_directory(folder_ / "out");
+    std::ofstream(folder_ / "out/there.png") << "a";
+    fs::create_symlink("../out", folder_ / "in/link");
+    fs::create_symlink(folder_ / "out/there.png", folder_ / "in/there.png");
+    fs::create_symlink("../out/nowhere.png", folder_ / "in/dangling.png");
+    for (const char *loop : {"in/loop.png", "out/loop.png"})
+        fs::create_symlink("loop.png", folder_ / loop);
+    fs::create_symlink("in", folder_ / "also");
+    struct PlaceCase {
+        const char *path;
+        bool isInside;
+    };
+    const PlaceCase places[] = {
+        {"in/a.png", true},
+        {"in/deep/a.png", true},
+        {"in/none/a.png", true},
+        {"in/deep/../a.png", true},
+        {"in/..a.png", true},
+        {"also/a.png", true},
+        {"out/../also/deep/a.png", true},
+        {"in/dangling.png", true}, // it is replaced, and so is the next
+        {"in/loop.png", true},
+        {"a.png", false},
+        {"in", true}, // which is refused for what it is
+        {"in2/a.png", false},
+        {"in/../a.png", false},
+        {"in/none/../../a.png", false},
+        {"in/link/a.png", false},
+        {"in/link/new/a.png", false},
+        {"in/none/../link/new.png", false},
+        {"in/none/../link/loop.png", false},
+        {"in/there.png", false},
+        {"/a.png", false},
+    };
+    for (const PlaceCase &place : places) {
+        const std::string path = place.path[0] == '/' ? place.path : In(place.path);
+        EXPECT_EQ(LiesIn(In("in"), path), place.isInside) << path;
+        EXPECT_EQ(LiesIn(In("also"), path), place.isInside) << path;
+        EXPECT_TRUE(LiesIn("/", path)) << path;
+    }
+    EXPECT_FALSE(LiesIn("/", In("in/loop.png/a.png"))); // nobody can tell
+    EXPECT_TRUE(LiesIn(".", "a.png"));
+    EXPECT_TRUE(LiesIn("none", "none/a.png"));
+    EXPECT_FALSE(LiesIn("none", "a.png"));
+}
+
+TEST_F(OutputNamesOnDisk, HaveOneTextForEachPlace)
+{
+    const fs::path before = fs::current_path();
+    fs::current_path(folder_);
+    for (const char *path : {"new.png", "./new.png", "none/../new.png"})
+        EXPECT_EQ(PlaceOf(path), In("new.png")) << path;
+    fs::current_path(before);
+    fs::create_symlink("a.vx", folder_ / "link");
+    EXPECT_TRUE(IsSameFile(In("link"), In("a.vx")));
+    EXPECT_FALSE(IsSameFile(In("link"), In(".")));
+    EXPECT_FALSE(IsSameFile(In("none"), In("none")));
 }
 
 TEST_F(OutputNamesOnDisk, TwoInputsDoNotShareAnOutput)
