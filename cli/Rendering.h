@@ -22,6 +22,7 @@ struct RenderTask {
     std::string input;
     std::vector<Output> outputs; // of different places; at least one
     RenderSettings settings;
+    FileKinds kinds = FileKinds::All; // of the input and the outputs
 };
 
 class Rendering
@@ -48,5 +49,8 @@ class Rendering
     std::unique_ptr<Interpretation> interpretation_;
     Verdict verdict_;
 };
+
+// At a time, with the descriptors that this process may have.
+size_t MostRenderings();
 
 } // namespace vxhost

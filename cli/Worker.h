@@ -12,6 +12,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <sys/resource.h>
 #include <sys/types.h>
 #include <vector>
 
@@ -24,7 +26,8 @@ struct WorkerLimits {
     int64_t output = int64_t{4} << 30; // bytes of a file that it writes; 0: none
 };
 
-enum class WorkerFate { Finished, Crashed, OutOfTime, OutOfMemory };
+// OutOfProcessorTime: of what the caller allows, as a shell's ulimit -t. Killed: by the system, or by somebody else.
+enum class WorkerFate { Finished, Crashed, Killed, OutOfTime, OutOfProcessorTime, OutOfMemory };
 
 struct WorkerEnd {
     WorkerFate fate = WorkerFate::Crashed;
@@ -72,7 +75,7 @@ class Worker
     Worker();
     void Listen();
     void Conclude(WorkerFate fate, const std::string &crash);
-    int WaitForProcess();
+    int WaitForProcess(rusage *usage = nullptr);
 
     int pipe_ = -1;
     pid_t process_ = -1;
@@ -83,6 +86,16 @@ class Worker
 
 // Whether a write of the worker failed for its own limit, rather than for one that this process has as well.
 bool IsOutputLimit(const WorkerLimits &limits, int error);
+
+// The limit, as a shell calls it, under which this program was started and which a worker that ran out of memory met
+// rather than its own; empty: none.
+std::string_view CallersMemoryLimit(const WorkerLimits &limits);
+
+// Whether a write failed for a limit of that kind.
+bool IsCallersFileLimit(int error);
+
+// How many workers there can be at a time, where this process holds so many descriptors for each; at least 1.
+size_t MostWorkers(size_t descriptorsEach);
 
 // False where the memory limit cannot be set: a program under a memory checker needs its address space.
 constexpr bool MemoryLimitWorks()
