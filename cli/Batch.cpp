@@ -1,6 +1,7 @@
 #include "cli/Batch.h"
 
 #include "cli/FactsJson.h"
+#include "cli/IsDrawing.h"
 #include "cli/OutputFile.h"
 #include "cli/OutputNames.h"
 
@@ -9,7 +10,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <functional>
 #include <string_view>
 #include <unistd.h>
@@ -20,8 +20,6 @@ namespace vxhost
 
 namespace
 {
-
-namespace fs = std::filesystem;
 
 constexpr size_t kMaxSlots = 1000; // so many may wait for the one that takes longest
 
@@ -50,26 +48,13 @@ std::string Joined(std::string_view first, std::string_view id, std::string_view
                        id.empty() ? "" : fmt::format("\"id\":{},", id), rest.substr(1));
 }
 
-// A picture takes the place of a picture, never that of a drawing, which may be the only one of its kind.
-bool IsDrawing(const std::string &path)
-{
-    std::error_code failure;
-    std::string error;
-    if (!fs::is_regular_file(path, failure))
-        return false;
-    const std::unique_ptr<Document> document = Document::Open(path, &error);
-    if (document == nullptr)
-        return false;
-    const HeaderFacts facts = ScanHeader(document->Bytes());
-    return facts.hasPrefix || facts.epsWrapper;
-}
-
 } // namespace
 
 Batch::Batch(BatchOptions options, Session *session, Messages *messages)
     : options_(std::move(options)), session_(session), messages_(messages),
       manifest_(options_.sources, options_.lineEnd)
 {
+    options_.jobs = std::min(options_.jobs, MostRenderings());
 }
 
 Status Batch::Run()
@@ -150,8 +135,10 @@ RenderTask Batch::PlanFor(const Slot &slot)
         said.pdfX = words.pdfX;
     said.CheckMeant(formats);
 
-    RenderTask task = {entry.input, {}, {}};
+    RenderTask task;
+    task.input = entry.input;
     task.purpose.isBatch = true;
+    task.kinds = FileKinds::Regular;
     task.settings = entry.words == RenderWords() ? options_.settings : ReadSettings(words, options_.memory);
     for (const Format format : formats)
         task.outputs.push_back({format, FillPattern(pattern, entry.input, format)});

@@ -6,7 +6,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <unistd.h>
 
 namespace vxhost
@@ -94,7 +93,7 @@ CommonOptions CommonOptionReader::Read(bool needsInput) const
     if (maxOutput_ != "auto")
         options.limits.output = ReadLimit("--max-output", maxOutput_, "1K", int64_t{1} << 10);
 
-    options.fonts = ReadFontChoice();
+    options.fonts = ReadFontChoice(options.limits.seconds);
     options.script = ReadScript(script_);
     if (quiet_ && verbose_)
         throw UsageError("-q and -v: give one of them");
@@ -107,17 +106,13 @@ CommonOptions CommonOptionReader::Read(bool needsInput) const
     return options;
 }
 
-FontChoice CommonOptionReader::ReadFontChoice() const
+FontChoice CommonOptionReader::ReadFontChoice(double seconds) const
 {
     FontChoice fonts;
-    for (const std::string &directory : fontDirectories_) {
-        std::error_code failure;
-        if (!std::filesystem::is_directory(directory, failure))
-            throw UsageError(fmt::format("--font-dir {}: no such directory: check the name", directory));
-    }
+    std::ranges::for_each(fontDirectories_, CheckFontFolder);
     fonts.sources = {!noSystemFonts_, fontDirectories_};
     if (!fontMap_.empty())
-        fonts.served = ReadFontMap(fontMap_);
+        fonts.served = ReadFontMap(fontMap_, seconds);
     if (missingFonts_ != "substitute" && missingFonts_ != "fail")
         throw UsageError(
             fmt::format("--missing-fonts {}: not known: give substitute or fail", missingFonts_));

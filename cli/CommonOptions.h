@@ -25,6 +25,11 @@ struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// A limit was hit before the first document: one line, exit status 5.
+struct LimitError : UsageError {
+    using UsageError::UsageError;
+};
+
 struct CommonOptions {
     std::vector<std::string> inputs; // "-" is standard input
     std::string plugin;              // empty: the one beside the program
@@ -48,7 +53,7 @@ class CommonOptionReader
     CommonOptions Read(bool needsInput = true) const;
 
   private:
-    FontChoice ReadFontChoice() const;
+    FontChoice ReadFontChoice(double seconds) const; // a map may take
 
     std::vector<std::string> inputs_;
     std::string plugin_;

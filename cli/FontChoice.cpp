@@ -1,11 +1,16 @@
 #include "cli/FontChoice.h"
 
 #include "cli/CommonOptions.h"
+#include "cli/Decimal.h"
+#include "host/FileReading.h"
 #include "host/reading/Utf8.h"
 
 #include <fmt/format.h>
 
-#include <fstream>
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <set>
 #include <string_view>
 
 namespace vxhost
@@ -26,17 +31,41 @@ std::string_view Trimmed(std::string_view text)
     return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+void ReadMapBytes(const std::string &path, double seconds, HeldBytes *bytes)
+{
+    std::string error;
+    const Descriptor file(OpenToRead(path, FileKinds::Pipes, &error));
+    if (file.Get() < 0)
+        throw UsageError(fmt::format("--font-map {}: {}", path, error));
+    switch (bytes->ReadAll(file.Get(), {kMaxLine * kMaxRows, seconds})) {
+    case ReadEnd::Whole:
+        return;
+    case ReadEnd::Failed:
+        throw UsageError(fmt::format("--font-map {}: cannot be read, {}", path, SystemText(errno)));
+    case ReadEnd::TooLong:
+        throw UsageError(
+            fmt::format("--font-map {}: longer than {} bytes, the most that a map may have: leave "
+                        "out what no document needs",
+                        path, kMaxLine * kMaxRows));
+    case ReadEnd::TooLate:
+        throw LimitError(fmt::format("--font-map {}: not read to its end after {} s: allow more with "
+                                     "--max-time, or see what writes it",
+                                     path, Decimal(seconds)));
+    }
+}
+
 } // namespace
 
-std::map<std::string, std::string> ReadFontMap(const std::string &path)
+std::map<std::string, std::string> ReadFontMap(const std::string &path, double seconds)
 {
-    std::ifstream file(path);
-    if (!file)
-        throw UsageError(fmt::format("{}: cannot be read: check the name after --font-map", path));
+    HeldBytes bytes;
+    ReadMapBytes(path, seconds, &bytes);
+    std::string_view rest(reinterpret_cast<const char *>(bytes.Get().data()), bytes.Get().size());
     std::map<std::string, std::string> served;
-    std::string line;
-    for (size_t number = 1; std::getline(file, line); ++number) {
-        const std::string_view text = Trimmed(std::string_view(line).substr(0, line.find('#')));
+    for (size_t number = 1; !rest.empty(); ++number) {
+        const std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        const std::string_view text = Trimmed(line.substr(0, line.find('#')));
         if (text.empty())
             continue;
         const size_t equals = text.find('=');
@@ -49,6 +78,25 @@ std::map<std::string, std::string> ReadFontMap(const std::string &path)
         served[std::string(asked)] = font;
     }
     return served;
+}
+
+void CheckFontFolder(const std::string &path)
+{
+    namespace fs = std::filesystem;
+    std::error_code failure, ofEntry;
+    if (!fs::is_directory(path, failure))
+        throw UsageError(fmt::format("--font-dir {}: no such directory: check the name", path));
+    constexpr auto kAll =
+        fs::directory_options::follow_directory_symlink | fs::directory_options::skip_permission_denied;
+    std::set<fs::path> seen = {fs::canonical(path, ofEntry)}; // a link may lead back up
+    for (fs::recursive_directory_iterator at(path, kAll, failure), end; !failure && at != end;
+         at.increment(failure)) {
+        if (at->is_directory(ofEntry) && !seen.insert(fs::canonical(at->path(), ofEntry)).second)
+            at.disable_recursion_pending();
+        if (at->is_fifo(ofEntry))
+            throw UsageError(fmt::format("--font-dir {}: \"{}\" is a pipe, which is no font: take it away",
+                                         path, at->path().string()));
+    }
 }
 
 } // namespace vxhost

@@ -15,7 +15,11 @@ struct FontChoice {
     bool substitute = true; // false: a document that needs a font that is not there is given up
 };
 
-// Reads lines "ASKED = FONT"; what follows "#" is a comment. Throws UsageError.
-std::map<std::string, std::string> ReadFontMap(const std::string &path);
+// Reads lines "ASKED = FONT"; what follows "#" is a comment. A pipe may take so many seconds, 0: any number. Throws
+// UsageError.
+std::map<std::string, std::string> ReadFontMap(const std::string &path, double seconds);
+
+// Throws UsageError for a folder of fonts in which there is what nobody can look through.
+void CheckFontFolder(const std::string &path);
 
 } // namespace vxhost

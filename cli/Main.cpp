@@ -178,6 +178,9 @@ int main(int argc, char **argv)
     Status status = Status::Usage;
     try {
         status = RunCommandLine(argc, argv, &messages);
+    } catch (const LimitError &error) {
+        messages.Error("", error.what());
+        status = Status::LimitHit;
     } catch (const UsageError &error) {
         messages.Error("", error.what());
     } catch (const std::exception &error) {

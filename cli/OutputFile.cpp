@@ -1,13 +1,13 @@
 #include "cli/OutputFile.h"
 
 #include "cli/Interrupt.h"
+#include "cli/PartFiles.h"
+#include "host/TemporaryFile.h"
 
 #include <fmt/format.h>
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 
 constexpr int kMaxAttempts = 1000;   // more than outputs under way at once
 constexpr mode_t kOutputMode = 0666; // less what the user's mask takes away
-constexpr mode_t kSpoolMode = 0600;
+constexpr mode_t kPermissions = 0777;
 
 // A link is written through, so that it still is one afterwards. One that leads nowhere is replaced.
 std::string ResolveLinks(const std::string &path)
@@ -45,11 +45,10 @@ std::string DescriptorPath(int descriptor)
     return fmt::format("/proc/self/fd/{}", descriptor);
 }
 
-// A file in the folder that ends with its last descriptor; -1 where there can be none, or none that can be given a
-// name later.
-int OpenUnnamed(const fs::path &folder, mode_t mode)
+// -1 also where a file that has no name cannot be given one later.
+int OpenNameable(const fs::path &folder)
 {
-    const int descriptor = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode);
+    const int descriptor = OpenUnnamed(folder, kOutputMode);
     if (descriptor < 0 || access(DescriptorPath(descriptor).c_str(), F_OK) == 0)
         return descriptor;
     close(descriptor);
@@ -76,15 +75,7 @@ bool WriteAll(int descriptor, std::string_view bytes)
     return true;
 }
 
-std::string SystemText(int error)
-{
-    std::string text = std::strerror(error);
-    if (!text.empty() && text[0] >= 'A' && text[0] <= 'Z')
-        text[0] = static_cast<char>(text[0] - 'A' + 'a');
-    return text;
-}
-
-std::unique_ptr<OutputFile> OutputFile::Create(const std::string &path, std::string *error)
+std::unique_ptr<OutputFile> OutputFile::Create(const std::string &path, FileKinds kinds, std::string *error)
 {
     std::unique_ptr<OutputFile> file(new OutputFile);
     if (path == "-") {
@@ -102,11 +93,12 @@ std::unique_ptr<OutputFile> OutputFile::Create(const std::string &path, std::str
         return nullptr;
     }
     if (exists && !S_ISREG(present.st_mode)) {
-        file->target_ = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
-        if (file->target_ >= 0)
-            return file->Spool(error) ? std::move(file) : nullptr;
-        *error = CreateError(errno);
-        return nullptr;
+        if (const std::string kind = WhichKindIsRefused(present.st_mode, kinds); !kind.empty()) {
+            *error = fmt::format("is {}, not a file: name a file", kind);
+            return nullptr;
+        }
+        return file->OpenTarget(path, present.st_mode, error) && file->Spool(error) ? std::move(file)
+                                                                                    : nullptr;
     }
     file->path_ = ResolveLinks(path);
     return file->CreateBeside(error) ? std::move(file) : nullptr;
@@ -124,6 +116,17 @@ OutputFile::~OutputFile()
     }
 }
 
+bool OutputFile::OpenTarget(const std::string &path, mode_t mode, std::string *error)
+{
+    target_ = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    // Whoever reads it is waited for while there is one.
+    if (target_ >= 0 && fcntl(target_, F_SETFL, 0) == 0)
+        return true;
+    *error = errno == ENXIO && S_ISFIFO(mode) ? "is a pipe that nobody reads: start its reader first"
+                                              : CreateError(errno);
+    return false;
+}
+
 bool OutputFile::CreateBeside(std::string *error)
 {
     struct stat present;
@@ -132,16 +135,18 @@ bool OutputFile::CreateBeside(std::string *error)
         *error = CreateError(errno); // the folder may allow what the file's own permissions forbid
         return false;
     }
-    descriptor_ = OpenUnnamed(FolderOf(path_), kOutputMode);
+    RemoveAbandoned(FolderOf(path_));
+    descriptor_ = OpenNameable(FolderOf(path_));
     const auto openNamed = [this](const char *name) {
         descriptor_ = open(name, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, kOutputMode);
         return descriptor_ >= 0;
     };
     if ((descriptor_ < 0 && !TakeTemporaryName(openNamed)) ||
-        (exists && fchmod(descriptor_, present.st_mode & 07777) != 0)) {
+        (exists && fchmod(descriptor_, present.st_mode & kPermissions) != 0)) {
         *error = CreateError(errno);
         return false;
     }
+    MarkAsOurs(descriptor_);
     return true;
 }
 
@@ -150,8 +155,7 @@ template <typename MakeName>
 bool OutputFile::TakeTemporaryName(const MakeName &makeName)
 {
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
-        const std::string name =
-            (FolderOf(path_) / fmt::format(".vx-{}-{}.part", getpid(), attempt)).string();
+        const std::string name = (FolderOf(path_) / PartName(getpid(), attempt)).string();
         // The handler knows the name before the file has it: there is no moment in which it would stay behind. One
         // that another output of ours has is known already.
         if (access(name.c_str(), F_OK) == 0)
@@ -172,18 +176,11 @@ bool OutputFile::TakeTemporaryName(const MakeName &makeName)
 
 bool OutputFile::Spool(std::string *error)
 {
-    const fs::path folder = fs::temp_directory_path();
-    descriptor_ = OpenUnnamed(folder, kSpoolMode);
-    if (descriptor_ < 0) {
-        std::string name = (folder / "vx-XXXXXX").string();
-        descriptor_ = mkostemp(name.data(), O_CLOEXEC);
-        if (descriptor_ >= 0)
-            unlink(name.c_str());
-    }
+    descriptor_ = OpenTemporaryFile();
     if (descriptor_ >= 0)
         return true;
-    *error =
-        fmt::format("no room for a temporary file, {}: set TMPDIR to a folder with space", SystemText(errno));
+    *error = fmt::format("no temporary file in \"{}\", {}: name another folder in TMPDIR", TemporaryFolder(),
+                         SystemText(errno));
     return false;
 }
 

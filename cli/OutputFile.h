@@ -6,6 +6,8 @@
 // temporary name.
 #pragma once
 
+#include "host/FileReading.h"
+
 #include <memory>
 #include <string>
 #include <string_view>
@@ -16,14 +18,11 @@ namespace vxhost
 // Writes all; false with errno set when it cannot.
 bool WriteAll(int descriptor, std::string_view bytes);
 
-// The system's words for an errno, in lower case.
-std::string SystemText(int error);
-
 class OutputFile
 {
   public:
-    // "-" is standard output. Null on failure, with error one line for a person.
-    static std::unique_ptr<OutputFile> Create(const std::string &path, std::string *error);
+    // "-" is standard output. kinds is what may be there already. Null on failure, with error one line for a person.
+    static std::unique_ptr<OutputFile> Create(const std::string &path, FileKinds kinds, std::string *error);
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
     ~OutputFile(); // gives up what was not committed
@@ -35,6 +34,7 @@ class OutputFile
 
   private:
     OutputFile() = default;
+    bool OpenTarget(const std::string &path, mode_t mode, std::string *error);
     bool CreateBeside(std::string *error);
     template <typename MakeName>
     bool TakeTemporaryName(const MakeName &makeName);

@@ -1,11 +1,14 @@
 #include "cli/RenderCommand.h"
 
+#include "cli/IsDrawing.h"
 #include "cli/OutputNames.h"
 #include "cli/Rendering.h"
 #include "cli/Session.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -36,6 +39,7 @@ RenderCommand::RenderCommand(CLI::App *command) : common_("60")
             "where to write; - is standard output; {stem}, {dir} and {ext} are those of the input and the "
             "format")
         ->type_name("PATH");
+    command->add_flag("--force", force_, "write also where a drawing is, which is lost");
     words_.AddTo(command);
     common_.AddTo(command);
     command->footer("Examples:\n"
@@ -53,6 +57,11 @@ Status RenderCommand::Run(Messages *messages) const
         throw UsageError("no output: add -o and a name, as -o picture.pdf");
     const std::vector<Format> formats = ReadFormats(words_.format, output_);
     const std::vector<std::string> names = OutputNames(output_, options.inputs, formats);
+    const auto drawing = force_ ? names.end() : std::ranges::find_if(names, IsDrawing);
+    if (drawing != names.end())
+        throw UsageError(fmt::format("-o {}: would overwrite the drawing \"{}\": choose another name, or add "
+                                     "--force",
+                                     output_, *drawing));
     words_.CheckMeant(formats);
     const RenderSettings settings = ReadSettings(words_, options.limits.memory);
     CheckDevices(formats, settings);

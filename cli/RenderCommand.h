@@ -20,6 +20,7 @@ class RenderCommand
   private:
     CommonOptionReader common_;
     std::string output_;
+    bool force_ = false;
     RenderWords words_;
 };
 

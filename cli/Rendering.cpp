@@ -56,21 +56,22 @@ void Draw(const RenderSettings &settings, Format format, Device *device, Reading
 
 Rendering::Rendering(RenderTask task, Session *session) : task_(std::move(task)), session_(session)
 {
-    const std::unique_ptr<Document> document = session_->Open(task_.input, &verdict_);
+    std::unique_ptr<Document> document = session_->Open(task_.input, task_.kinds, &verdict_);
     if (document == nullptr || !OpenOutputs())
         return;
     std::vector<int> descriptors;
     for (const auto &file : files_)
         descriptors.push_back(file->Descriptor());
     const auto prepare = [this](Finding *finding) { return MakeWorks(finding); };
-    interpretation_ = session_->Begin(task_.input, task_.purpose, *document, prepare, descriptors, &verdict_);
+    interpretation_ =
+        session_->Begin(task_.input, task_.purpose, std::move(document), prepare, descriptors, &verdict_);
 }
 
 bool Rendering::OpenOutputs()
 {
     for (const RenderTask::Output &output : task_.outputs) {
         std::string error;
-        files_.push_back(OutputFile::Create(output.path, &error));
+        files_.push_back(OutputFile::Create(output.path, task_.kinds, &error));
         if (files_.back() == nullptr) {
             verdict_ = Failed(Status::OutputFailed, error);
             verdict_.errorSubject = OutputName(output.path);
@@ -118,6 +119,12 @@ Verdict Rendering::Finish()
     }
     files_.clear();
     return std::move(verdict_);
+}
+
+size_t MostRenderings()
+{
+    constexpr size_t kOfWorkerAndDocument = 2;
+    return MostWorkers(kOfWorkerAndDocument + std::size(kFormats));
 }
 
 } // namespace vxhost

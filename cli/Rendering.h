@@ -23,6 +23,7 @@ struct RenderTask {
     std::vector<Output> outputs; // of different places; at least one
     RenderSettings settings;
     Purpose purpose = {", nothing written"};
+    FileKinds kinds = FileKinds::All; // of the input and the outputs
 };
 
 class Rendering
@@ -49,5 +50,8 @@ class Rendering
     std::unique_ptr<Interpretation> interpretation_;
     Verdict verdict_;
 };
+
+// At a time, with the descriptors that this process may have.
+size_t MostRenderings();
 
 } // namespace vxhost

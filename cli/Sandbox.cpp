@@ -1,6 +1,6 @@
 #include "cli/Sandbox.h"
 
-#include "cli/OutputFile.h"
+#include "host/FileReading.h"
 
 #include <fmt/format.h>
 
@@ -60,30 +60,14 @@ void ConfineResources()
     }
 }
 
-class Descriptor
-{
-  public:
-    explicit Descriptor(long descriptor) : descriptor_(static_cast<int>(descriptor)) {}
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    ~Descriptor()
-    {
-        if (descriptor_ >= 0)
-            close(descriptor_);
-    }
-    int Get() const { return descriptor_; }
-
-  private:
-    int descriptor_;
-};
-
 std::string ConfineFiles(std::span<const std::string> readable)
 {
     const long version = syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION);
     if (version < 1)
         return fmt::format("files, no Landlock in this kernel ({})", SystemText(errno));
     const landlock_ruleset_attr handled = {HandledAccess(version)};
-    const Descriptor rules(syscall(SYS_landlock_create_ruleset, &handled, sizeof handled, 0));
+    const Descriptor rules(
+        static_cast<int>(syscall(SYS_landlock_create_ruleset, &handled, sizeof handled, 0)));
     if (rules.Get() < 0)
         return fmt::format("files, {}", SystemText(errno));
     for (const std::string &path : readable) {

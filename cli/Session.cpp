@@ -35,7 +35,7 @@ std::unique_ptr<Plugin> LoadPlugin(const std::string &named, std::string *path)
     const fs::path beside = program.parent_path().parent_path() / "lib/vx/vxparser.so";
     // Absolute, or the loader would look for a bare name in the folders of libraries.
     *path = named.empty() ? beside.string() : fs::absolute(named, failure).string();
-    if (!fs::exists(*path, failure))
+    if (!fs::is_regular_file(*path, failure)) // the loader would wait for who writes to a pipe
         throw UsageError(fmt::format("{}: no such plug-in: {}", *path,
                                      named.empty() ? "install it there, or name one with --plugin"
                                                    : "check the name after --plugin"));
@@ -67,8 +67,12 @@ std::string ResultError(const Finding &finding, const Purpose &purpose, const st
     }
 }
 
-std::string OutOfMemoryError(const Purpose &purpose, int64_t limit)
+std::string OutOfMemoryError(const Purpose &purpose, const WorkerLimits &limits)
 {
+    const int64_t limit = limits.memory;
+    if (const std::string_view callers = CallersMemoryLimit(limits); !callers.empty())
+        return fmt::format("needs more memory than {} allows{}: allow more where vx is started", callers,
+                           purpose.lost);
     if (limit == 0)
         return fmt::format("needs more memory than there is{}: close other programs", purpose.lost);
     return fmt::format("needs more than {} of memory{}: allow more with --max-memory", SizeText(limit),
@@ -81,6 +85,8 @@ std::string WithoutFullStop(std::string text)
     text.erase(text.find_last_not_of(" .") + 1);
     return text;
 }
+
+constexpr double kLeastSeconds = 0.001;
 
 // What ended the document is an error, and told as that.
 std::vector<std::string> Warnings(const Finding &finding, const Purpose &purpose, const std::string &input)
@@ -175,9 +181,9 @@ Session::Session(const CommonOptions &options, Messages *messages) : options_(op
 Verdict Session::Interpret(const std::string &input, const Purpose &purpose, const Work &work)
 {
     Verdict verdict;
-    if (const std::unique_ptr<Document> document = Open(input, &verdict)) {
+    if (std::unique_ptr<Document> document = Open(input, FileKinds::All, &verdict)) {
         const auto prepare = [&work](Finding *) { return std::vector<Work>{work}; };
-        const auto interpretation = Begin(input, purpose, *document, prepare, {}, &verdict);
+        const auto interpretation = Begin(input, purpose, std::move(document), prepare, {}, &verdict);
         if (interpretation != nullptr) {
             Worker *worker = interpretation->worker.get();
             (void)Worker::WaitForAny({&worker, 1});
@@ -188,52 +194,78 @@ Verdict Session::Interpret(const std::string &input, const Purpose &purpose, con
     return verdict;
 }
 
-std::unique_ptr<Document> Session::Open(const std::string &input, Verdict *verdict) const
+std::unique_ptr<Document> Session::Open(const std::string &input, FileKinds kinds, Verdict *verdict) const
 {
     // What a pipe delivers is held in memory, so it counts.
-    const int64_t limit = options_.limits.memory;
-    const size_t maxHeld = limit > 0 ? static_cast<size_t>(limit) : std::numeric_limits<size_t>::max();
+    const WorkerLimits &limits = options_.limits;
+    DocumentLimits most = {kinds, {std::numeric_limits<size_t>::max(), limits.seconds}};
+    if (limits.memory > 0)
+        most.reading.bytes = static_cast<size_t>(limits.memory);
     std::string error;
-    std::unique_ptr<Document> document = input == "-"
-                                             ? Document::FromDescriptor(STDIN_FILENO, &error, maxHeld)
-                                             : Document::Open(input, &error);
-    if (document == nullptr && error.empty())
+    ReadEnd end = ReadEnd::Whole;
+    std::unique_ptr<Document> document =
+        input == "-" ? Document::FromDescriptor(STDIN_FILENO, &error, most.reading, &end)
+                     : Document::Open(input, &error, most, &end);
+    if (document != nullptr)
+        return document;
+    if (!error.empty())
+        *verdict = Failed(Status::InputFailed, error);
+    else if (end == ReadEnd::TooLate)
+        *verdict = Failed(Status::LimitHit, fmt::format("not read to its end after {} s: allow more with "
+                                                        "--max-time, or see what writes it",
+                                                        Decimal(limits.seconds)));
+    else
         *verdict = Failed(Status::LimitHit,
                           fmt::format("is longer than the {} of memory that it may take: allow more "
                                       "with --max-memory, or name a file",
-                                      SizeText(limit)));
-    else if (document == nullptr)
-        *verdict = Failed(Status::InputFailed, error);
-    return document;
+                                      SizeText(limits.memory)));
+    return nullptr;
 }
 
 std::unique_ptr<Interpretation> Session::Begin(const std::string &input, const Purpose &purpose,
-                                               const Document &document, const Preparation &prepare,
+                                               std::unique_ptr<Document> document, const Preparation &prepare,
                                                const std::vector<int> &descriptors, Verdict *verdict)
 {
+    WorkerLimits limits = options_.limits.For(document->Bytes().size());
+    if (limits.seconds > 0) // of which reading took some; 0 would be no limit
+        limits.seconds = std::max(limits.seconds - document->SecondsRead(), kLeastSeconds);
     std::string error;
-    const size_t size = document.Bytes().size();
-    const WorkerLimits limits = options_.limits.For(size);
     std::unique_ptr<Worker> worker = Worker::Start(
-        limits, descriptors, TaskFor(document, prepare),
+        limits, descriptors, TaskFor(*document, prepare),
         [this, name = InputName(input)](int percent) { messages_->Progress(name, percent); }, &error);
     if (worker == nullptr) {
         *verdict = Failed(Status::InputFailed, fmt::format("no worker process, {}: try again later", error));
         return nullptr;
     }
-    return std::make_unique<Interpretation>(Interpretation{input, purpose, size, limits, std::move(worker)});
+    return std::make_unique<Interpretation>(
+        Interpretation{input, purpose, std::move(document), limits, std::move(worker)});
 }
 
 Verdict Session::End(Interpretation *interpretation) const
 {
     const Purpose &purpose = interpretation->purpose;
     const WorkerEnd end = interpretation->worker->TakeEnd();
+    if ((end.fate == WorkerFate::Finished || end.fate == WorkerFate::Crashed) &&
+        interpretation->document->HasChanged())
+        return Failed(
+            Status::InputFailed,
+            fmt::format("changed while it was read{}: try again when nothing writes to it", purpose.lost));
     switch (end.fate) {
     case WorkerFate::OutOfTime:
         return Failed(Status::LimitHit, fmt::format("not done after {} s{}: allow more with --max-time",
                                                     Decimal(options_.limits.seconds), purpose.lost));
     case WorkerFate::OutOfMemory:
-        return Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits.memory));
+        return Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits));
+    case WorkerFate::Killed:
+        return Failed(Status::LimitHit,
+                      fmt::format("the worker process was killed, as the system does when memory runs out{}: "
+                                  "close other programs, or allow it less with --max-memory",
+                                  purpose.lost));
+    case WorkerFate::OutOfProcessorTime:
+        return Failed(Status::LimitHit,
+                      fmt::format("needs more processor time than ulimit -t allows{}: allow "
+                                  "more where vx is started",
+                                  purpose.lost));
     case WorkerFate::Crashed:
         return Failed(Status::WorkerCrashed,
                       fmt::format("the worker process crashed, {}{}: keep the document and report it",
@@ -309,11 +341,14 @@ Verdict Session::JudgeWriteError(const Finding &finding, const Interpretation &i
         verdict = Failed(Status::LimitHit,
                          fmt::format("takes more than {}{}: allow more with --max-output",
                                      SizeText(limits.output.value_or(0)), interpretation.purpose.lost));
+    else if (IsCallersFileLimit(error))
+        verdict = Failed(Status::OutputFailed,
+                         fmt::format("cannot be written, {}: allow more with ulimit -f where vx is started",
+                                     SystemText(error)));
     else if (finding.isSpoolError)
-        verdict = Failed(
-            Status::OutputFailed,
-            fmt::format("cannot be kept in a temporary file, {}: name a folder with more room in TMPDIR",
-                        SystemText(error)));
+        verdict = Failed(Status::OutputFailed,
+                         fmt::format("cannot be kept in a temporary file, {}: name another folder in TMPDIR",
+                                     SystemText(error)));
     else if (error == EPIPE)
         verdict =
             Failed(Status::OutputFailed, ""); // a reader that left early, as head does, has what it wanted
@@ -326,7 +361,7 @@ Verdict Session::JudgeWriteError(const Finding &finding, const Interpretation &i
 
 Verdict Session::Judge(const Interpretation &interpretation, Finding finding) const
 {
-    const auto &[input, purpose, size, limits, worker] = interpretation;
+    const auto &[input, purpose, document, limits, worker] = interpretation;
     const Outcome &outcome = finding.outcome;
     if (!finding.unconfined.empty())
         messages_->Detail("", fmt::format("no sandbox for {}", finding.unconfined));
@@ -334,8 +369,9 @@ Verdict Session::Judge(const Interpretation &interpretation, Finding finding) co
     if (finding.writeError != 0) {
         verdict = JudgeWriteError(finding, interpretation);
     } else if (outcome.memoryLimitHit || outcome.result == kVXOutOfMemory) {
-        verdict = Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits.memory));
-    } else if (std::string error = ResultError(finding, purpose, input, size); !error.empty()) {
+        verdict = Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits));
+    } else if (std::string error = ResultError(finding, purpose, input, document->Bytes().size());
+               !error.empty()) {
         verdict = Failed(Status::InputFailed, std::move(error));
     } else if (!finding.limitError.empty()) {
         verdict = Failed(Status::LimitHit, finding.limitError);

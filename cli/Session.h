@@ -69,7 +69,7 @@ struct Purpose {
 struct Interpretation {
     std::string input;
     Purpose purpose;
-    size_t size = 0; // bytes of the document
+    std::unique_ptr<Document> document;
     WorkerLimits limits;
     std::unique_ptr<Worker> worker;
 };
@@ -84,10 +84,10 @@ class Session
     Verdict Interpret(const std::string &input, const Purpose &purpose, const Work &work);
 
     // The same in its parts, for several documents at once. Each returns null when the verdict is final.
-    std::unique_ptr<Document> Open(const std::string &input, Verdict *verdict) const;
+    std::unique_ptr<Document> Open(const std::string &input, FileKinds kinds, Verdict *verdict) const;
     // Works up to the first that fails. The worker may write to the descriptors.
     std::unique_ptr<Interpretation> Begin(const std::string &input, const Purpose &purpose,
-                                          const Document &document, const Preparation &prepare,
+                                          std::unique_ptr<Document> document, const Preparation &prepare,
                                           const std::vector<int> &descriptors, Verdict *verdict);
     Verdict End(Interpretation *interpretation) const; // of one whose worker has ended
     void Tell(const std::string &input, const Verdict &verdict);

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <new>
 #include <poll.h>
 #include <string_view>
@@ -49,44 +50,56 @@ int g_workerPipe = -1;
     _exit(0);
 }
 
+rlim_t LimitOf(__rlimit_resource resource)
+{
+    rlimit present = {};
+    return getrlimit(resource, &present) == 0 ? present.rlim_cur : RLIM_INFINITY;
+}
+
+// For good. What is lower already stays.
+void Lower(__rlimit_resource resource, int64_t to)
+{
+    rlimit limit = {};
+    if (to == 0 || getrlimit(resource, &limit) != 0)
+        return;
+    const auto most = static_cast<rlim_t>(to);
+    limit = {std::min(limit.rlim_cur, most), std::min(limit.rlim_max, most)};
+    (void)setrlimit(resource, &limit); // lowering is always allowed
+}
+
 void LimitMemory(int64_t bytes)
 {
     std::set_new_handler(EndOutOfMemory);
-    if (!MemoryLimitWorks() || bytes == 0)
-        return;
-    const rlimit limit = {static_cast<rlim_t>(bytes), static_cast<rlim_t>(bytes)};
-    // Refused only above the limit that holds already.
-    (void)setrlimit(RLIMIT_DATA, &limit);
+    if (MemoryLimitWorks())
+        Lower(RLIMIT_DATA, bytes);
 }
 
-rlim_t FileLimit()
+// The system counts to a second.
+bool HasTakenAllTime(const rusage &usage)
 {
-    rlimit present = {};
-    return getrlimit(RLIMIT_FSIZE, &present) == 0 ? present.rlim_cur : RLIM_INFINITY;
+    const auto seconds = static_cast<rlim_t>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec);
+    return LimitOf(RLIMIT_CPU) <= seconds + 1;
 }
 
-void LimitFiles(int64_t bytes)
+// Those of this process; the one that lists them may be among them.
+std::vector<int> OpenDescriptors()
 {
-    const auto most = static_cast<rlim_t>(bytes);
-    const rlimit limit = {most, most};
-    if (bytes > 0 && FileLimit() > most)
-        (void)setrlimit(RLIMIT_FSIZE, &limit);
+    std::vector<int> open;
+    std::error_code failure;
+    for (fs::directory_iterator at("/proc/self/fd", failure), end; !failure && at != end;
+         at.increment(failure))
+        open.push_back(ReadInteger(at->path().filename().string()).value_or(-1));
+    return open;
 }
 
 // What this program opened itself is closed on exec; what it was started with is not its own to close.
 void CloseOwnBut(const std::vector<int> &keep)
 {
-    std::vector<int> own;
-    std::error_code failure;
-    for (fs::directory_iterator at("/proc/self/fd", failure), end; !failure && at != end;
-         at.increment(failure)) {
-        const int descriptor = ReadInteger(at->path().filename().string()).value_or(-1);
+    for (const int descriptor : OpenDescriptors()) {
         const int flags = fcntl(descriptor, F_GETFD);
         if (flags > 0 && (flags & FD_CLOEXEC) != 0 && std::ranges::find(keep, descriptor) == keep.end())
-            own.push_back(descriptor);
+            close(descriptor);
     }
-    for (const int descriptor : own)
-        close(descriptor);
 }
 
 // noexcept: an exception that gets here is a bug, and ends as a crash that the parent reports.
@@ -101,7 +114,7 @@ void CloseOwnBut(const std::vector<int> &keep)
         _exit(0);
     g_workerPipe = pipe;
     LimitMemory(limits.memory);
-    LimitFiles(limits.output.value_or(0));
+    Lower(RLIMIT_FSIZE, limits.output.value_or(0));
 
     WorkerLink link(pipe);
     const std::string answer = task(link);
@@ -261,30 +274,36 @@ void Worker::Listen()
 // fate is what it looks like from here; how the process ended has its say.
 void Worker::Conclude(WorkerFate fate, const std::string &crash)
 {
-    const int status = WaitForProcess();
+    rusage usage = {};
+    const int status = WaitForProcess(&usage);
+    const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
     if (fate == WorkerFate::OutOfTime)
         end_ = {fate, "", ""};
     else if (frames_->outOfMemory)
         end_ = {WorkerFate::OutOfMemory, "", ""};
     else if (fate == WorkerFate::Crashed)
         end_ = {fate, "", crash};
-    else if (WIFSIGNALED(status))
-        end_ = {WorkerFate::Crashed, "",
-                fmt::format("signal {} ({})", WTERMSIG(status), strsignal(WTERMSIG(status)))};
+    else if (signal == SIGXCPU || (signal == SIGKILL && HasTakenAllTime(usage)))
+        end_ = {WorkerFate::OutOfProcessorTime, "", ""};
+    else if (signal == SIGKILL)
+        end_ = {WorkerFate::Killed, "", ""};
+    else if (signal != 0)
+        end_ = {WorkerFate::Crashed, "", fmt::format("signal {} ({})", signal, strsignal(signal))};
     else if (!frames_->answer || WEXITSTATUS(status) != 0)
         end_ = {WorkerFate::Crashed, "", fmt::format("ended with {} and no answer", WEXITSTATUS(status))};
     else
         end_ = {fate, std::move(*frames_->answer), ""};
 }
 
-int Worker::WaitForProcess()
+int Worker::WaitForProcess(rusage *usage)
 {
     close(pipe_);
     // Also when it closed its end: one that goes on without it would be waited for in vain. How a process that
-    // is ending already ended does not change.
+    // is ending already ended does not change, so what is first tells our end from the system's.
+    kill(process_, SIGTERM);
     kill(process_, SIGKILL);
     int status = 0;
-    while (waitpid(process_, &status, 0) < 0 && errno == EINTR)
+    while (wait4(process_, &status, 0, usage) < 0 && errno == EINTR)
         continue;
     return status;
 }
@@ -292,7 +311,36 @@ int Worker::WaitForProcess()
 bool IsOutputLimit(const WorkerLimits &limits, int error)
 {
     const int64_t most = limits.output.value_or(0);
-    return error == EFBIG && most > 0 && FileLimit() > static_cast<rlim_t>(most);
+    return error == EFBIG && most > 0 && LimitOf(RLIMIT_FSIZE) > static_cast<rlim_t>(most);
+}
+
+bool IsCallersFileLimit(int error)
+{
+    return error == EFBIG && LimitOf(RLIMIT_FSIZE) != RLIM_INFINITY;
+}
+
+// What a worker has at its start is what this process has: of the two limits that one is met first that leaves less.
+std::string_view CallersMemoryLimit(const WorkerLimits &limits)
+{
+    const rlim_t data = LimitOf(RLIMIT_DATA), space = LimitOf(RLIMIT_AS);
+    const rlim_t own = limits.memory > 0 ? static_cast<rlim_t>(limits.memory) : RLIM_INFINITY;
+    // In pages: of the address space, in memory, shared, code, not used, data.
+    uint64_t pages[6] = {};
+    std::ifstream("/proc/self/statm") >> pages[0] >> pages[1] >> pages[2] >> pages[3] >> pages[4] >> pages[5];
+    const rlim_t notData =
+        (pages[0] - std::min(pages[0], pages[5])) * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+    const rlim_t left = space == RLIM_INFINITY ? space : space - std::min(space, notData);
+    if (left < std::min(data, own))
+        return "ulimit -v";
+    return data < own ? "ulimit -d" : "";
+}
+
+size_t MostWorkers(size_t descriptorsEach)
+{
+    constexpr size_t kOthers = 6; // a manifest, and what is opened for a moment
+    const rlim_t limit = LimitOf(RLIMIT_NOFILE);
+    const size_t taken = OpenDescriptors().size() + kOthers;
+    return limit <= taken ? 1 : std::max<size_t>((limit - taken) / descriptorsEach, 1);
 }
 
 } // namespace vxhost

@@ -13,6 +13,8 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
+#include <sys/resource.h>
 #include <sys/types.h>
 #include <vector>
 
@@ -28,7 +30,8 @@ struct WorkerLimits {
     WorkerLimits For(size_t inputSize) const;
 };
 
-enum class WorkerFate { Finished, Crashed, OutOfTime, OutOfMemory };
+// OutOfProcessorTime: of what the caller allows, as a shell's ulimit -t. Killed: by the system, or by somebody else.
+enum class WorkerFate { Finished, Crashed, Killed, OutOfTime, OutOfProcessorTime, OutOfMemory };
 
 struct WorkerEnd {
     WorkerFate fate = WorkerFate::Crashed;
@@ -76,7 +79,7 @@ class Worker
     Worker();
     void Listen();
     void Conclude(WorkerFate fate, const std::string &crash);
-    int WaitForProcess();
+    int WaitForProcess(rusage *usage = nullptr);
 
     int pipe_ = -1;
     pid_t process_ = -1;
@@ -87,6 +90,16 @@ class Worker
 
 // Whether a write of a worker with these limits failed for its own, rather than for one that this process has as well.
 bool IsOutputLimit(const WorkerLimits &limits, int error);
+
+// The limit, as a shell calls it, under which this program was started and which a worker that ran out of memory met
+// rather than its own; empty: none.
+std::string_view CallersMemoryLimit(const WorkerLimits &limits);
+
+// Whether a write failed for a limit of that kind.
+bool IsCallersFileLimit(int error);
+
+// How many workers there can be at a time, where this process holds so many descriptors for each; at least 1.
+size_t MostWorkers(size_t descriptorsEach);
 
 // False where the memory limit cannot be set: a program under a memory checker needs its address space.
 constexpr bool MemoryLimitWorks()

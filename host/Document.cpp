@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
+#include <chrono>
+#include <cstdint>
 #include <fcntl.h>
 #include <limits>
 #include <string_view>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vxhost
@@ -17,61 +17,26 @@ namespace
 {
 
 constexpr size_t kMaxBytes = std::numeric_limits<int32_t>::max();
-constexpr size_t kFirstRead = size_t{64} << 10;
 
 constexpr std::string_view kTooLong =
     "longer than 2147483647 bytes, the most that a document may have: split it";
 
-// The system's words for an error, as the rest of a message that starts in lower case.
-std::string SystemError(int number)
-{
-    std::string text = std::strerror(number);
-    if (!text.empty() && text[0] >= 'A' && text[0] <= 'Z')
-        text[0] = static_cast<char>(text[0] - 'A' + 'a');
-    return text;
-}
-
-std::string OpenError(int number)
-{
-    if (number == ENOENT)
-        return "no such file: check the name";
-    return "cannot be opened, " + SystemError(number);
-}
-
-class Descriptor
-{
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor()
-    {
-        if (number_ >= 0)
-            ::close(number_);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    int Get() const { return number_; }
-
-  private:
-    int number_;
-};
-
 } // namespace
 
-std::unique_ptr<Document> Document::Open(const std::string &path, std::string *error)
+std::unique_ptr<Document> Document::Open(const std::string &path, std::string *error,
+                                         const DocumentLimits &limits, ReadEnd *end)
 {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.Get() < 0) {
-        *error = OpenError(errno);
-        return nullptr;
-    }
-    return FromDescriptor(file.Get(), error);
+    const Descriptor file(OpenToRead(path, limits.kinds, error));
+    return file.Get() < 0 ? nullptr : FromDescriptor(file.Get(), error, limits.reading, end);
 }
 
-std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *error, size_t maxHeld)
+std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *error,
+                                                   const ReadLimits &limits, ReadEnd *end)
 {
-    struct stat status;
+    std::unique_ptr<Document> document(new Document);
+    struct stat &status = document->status_;
     if (::fstat(descriptor, &status) != 0) {
-        *error = "cannot be read, " + SystemError(errno);
+        *error = "cannot be read, " + SystemText(errno);
         return nullptr;
     }
     if (S_ISDIR(status.st_mode)) {
@@ -79,7 +44,6 @@ std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *
         return nullptr;
     }
 
-    std::unique_ptr<Document> document(new Document);
     // A shell may hand over a file that is partly read already; what is left is the document.
     const off_t start = S_ISREG(status.st_mode) ? ::lseek(descriptor, 0, SEEK_CUR) : -1;
     if (start >= 0 && status.st_size > start) {
@@ -87,6 +51,11 @@ std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *
         if (length - static_cast<uint64_t>(start) > kMaxBytes ||
             length > std::numeric_limits<size_t>::max()) {
             *error = kTooLong;
+            return nullptr;
+        }
+        document->file_.Take(::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+        if (document->file_.Get() < 0) {
+            *error = "cannot be opened, " + SystemText(errno);
             return nullptr;
         }
         void *mapped = ::mmap(nullptr, static_cast<size_t>(length), PROT_READ, MAP_PRIVATE, descriptor, 0);
@@ -97,43 +66,22 @@ std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *
         }
     }
     // A pipe, or a file system that does not map or does not say how long its files are.
-    if (!document->ReadWhole(descriptor, maxHeld, error))
-        return nullptr;
-    return document;
-}
-
-// By realloc, which moves pages instead of copying what they hold.
-bool Document::ReadWhole(int descriptor, size_t maxHeld, std::string *error)
-{
-    size_t capacity = 0, length = 0;
-    while (true) {
-        if (length == capacity) {
-            capacity = capacity == 0 ? kFirstRead : std::min(capacity * 2, kMaxBytes + 1);
-            void *larger = std::realloc(owned_.get(), capacity);
-            if (larger == nullptr) {
-                *error = "cannot be read, " + SystemError(ENOMEM);
-                return false;
-            }
-            (void)owned_.release();
-            owned_.reset(static_cast<std::byte *>(larger));
-        }
-        const ssize_t got = ::read(descriptor, owned_.get() + length, capacity - length);
-        if (got == 0)
-            break;
-        if (got < 0) {
-            if (errno == EINTR)
-                continue;
-            *error = "cannot be read, " + SystemError(errno);
-            return false;
-        }
-        length += static_cast<size_t>(got);
-        if (length > std::min(maxHeld, kMaxBytes)) {
-            *error = maxHeld < kMaxBytes ? "" : kTooLong;
-            return false;
-        }
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point started = Clock::now();
+    const ReadEnd reading =
+        document->held_.ReadAll(descriptor, {std::min(limits.bytes, kMaxBytes), limits.seconds});
+    if (reading == ReadEnd::Whole) {
+        document->secondsRead_ = std::chrono::duration<double>(Clock::now() - started).count();
+        document->bytes_ = document->held_.Get();
+        return document;
     }
-    bytes_ = {owned_.get(), length};
-    return true;
+    if (reading == ReadEnd::Failed)
+        *error = "cannot be read, " + SystemText(errno);
+    else
+        *error = reading == ReadEnd::TooLong && limits.bytes >= kMaxBytes ? kTooLong : "";
+    if (end != nullptr)
+        *end = reading;
+    return nullptr;
 }
 
 std::unique_ptr<Document> Document::FromMemory(std::span<const std::byte> bytes, std::string *error)
@@ -157,6 +105,15 @@ void Document::Leave(size_t from, size_t to) const
     // Advice: where it is not taken the pages stay.
     if (first < last)
         (void)::madvise(const_cast<std::byte *>(mapped_.data()) + first, last - first, MADV_DONTNEED);
+}
+
+bool Document::HasChanged() const
+{
+    struct stat now;
+    if (mapped_.empty() || ::fstat(file_.Get(), &now) != 0)
+        return false;
+    return now.st_size != status_.st_size || now.st_mtim.tv_sec != status_.st_mtim.tv_sec ||
+           now.st_mtim.tv_nsec != status_.st_mtim.tv_nsec;
 }
 
 Document::~Document()

@@ -1,29 +1,35 @@
 // The bytes of one document, from a file, a pipe or memory, as the plug-in's stream wants them: forward, with a
 // known length and one rewind.
 //
-// A regular file is mapped; a pipe is read whole. Documents over 2^31 - 1 bytes are refused: the boundary counts
-// in 32 bits.
+// A regular file is mapped; what a pipe or a device delivers is read whole. Documents over 2^31 - 1 bytes are refused:
+// the boundary counts in 32 bits.
 #pragma once
 
+#include "host/FileReading.h"
+
 #include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <limits>
 #include <memory>
 #include <span>
 #include <string>
+#include <sys/stat.h>
 
 namespace vxhost
 {
 
+struct DocumentLimits {
+    FileKinds kinds = FileKinds::All;
+    ReadLimits reading; // of what is not mapped
+};
+
 class Document
 {
   public:
-    // Each returns null and sets error to one line for a person ("is a directory", "no such file …").
-    static std::unique_ptr<Document> Open(const std::string &path, std::string *error);
-    // maxHeld bounds what a pipe may deliver; when it delivers more, error is empty.
+    // Each returns null and sets error to one line for a person ("is a directory", "no such file …"). It is empty when
+    // a limit of reading was hit, and end, unless it is null, says which.
+    static std::unique_ptr<Document> Open(const std::string &path, std::string *error,
+                                          const DocumentLimits &limits = {}, ReadEnd *end = nullptr);
     static std::unique_ptr<Document> FromDescriptor(int descriptor, std::string *error,
-                                                    size_t maxHeld = std::numeric_limits<size_t>::max());
+                                                    const ReadLimits &limits = {}, ReadEnd *end = nullptr);
     // Borrows the bytes: they must outlive the document.
     static std::unique_ptr<Document> FromMemory(std::span<const std::byte> bytes, std::string *error);
 
@@ -36,17 +42,19 @@ class Document
     // read again. So memory does not follow the document's length.
     void Leave(size_t from, size_t to) const;
 
-  private:
-    struct Free {
-        void operator()(std::byte *bytes) const { std::free(bytes); }
-    };
-    using HeldBytes = std::unique_ptr<std::byte, Free>;
+    // Whether somebody wrote to the file since it was mapped, or cut it. Then nobody knows which bytes were read, and
+    // those that are gone may have ended the process that looked at them.
+    bool HasChanged() const;
+    double SecondsRead() const { return secondsRead_; } // that reading it took
 
+  private:
     Document() = default;
-    bool ReadWhole(int descriptor, size_t maxHeld, std::string *error);
     std::span<const std::byte> bytes_;
     std::span<const std::byte> mapped_; // the whole mapping, which bytes_ may be a part of
-    HeldBytes owned_;
+    Descriptor file_;                   // that is mapped
+    struct stat status_ = {};           // as it was
+    HeldBytes held_;
+    double secondsRead_ = 0;
 };
 
 } // namespace vxhost

@@ -5,6 +5,7 @@
 #include "devices/colour/ScreenColours.h"
 
 #include "devices/colour/Fogra39.h"
+#include "devices/colour/ProfileFile.h"
 
 #include <lcms2.h>
 
@@ -100,13 +101,15 @@ class ProfileColours final : public ScreenColours
     static Profile OpenPress(cmsContext context, const std::string &name, std::string *error)
     {
         Profile profile;
-        if (name == "fogra39") {
-            const auto bytes = Fogra39Profile();
+        const auto open = [&](const auto &bytes) {
             profile.reset(
                 cmsOpenProfileFromMemTHR(context, bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
-        } else {
-            profile.reset(cmsOpenProfileFromFileTHR(context, name.c_str(), "r"));
-        }
+        };
+        HeldBytes file;
+        if (name == "fogra39")
+            open(Fogra39Profile());
+        else if (ReadProfileFile(name, &file))
+            open(file.Get());
         if (profile == nullptr) {
             *error = "profile \"" + name + "\" cannot be read as an ICC profile";
             return nullptr;

@@ -1,12 +1,12 @@
 #include "devices/pdf/OutputIntent.h"
 
 #include "devices/colour/Fogra39.h"
+#include "devices/colour/ProfileFile.h"
 #include "host/fonts/Owned.h"
 
 #include <lcms2.h>
 
 #include <array>
-#include <fstream>
 
 namespace vxhost::pdf
 {
@@ -14,7 +14,6 @@ namespace vxhost::pdf
 namespace
 {
 
-constexpr size_t kMaxProfileBytes = size_t{32} << 20;
 constexpr int kInks = 4;
 // The standards of 2003 stand on a PDF that knows no later one.
 constexpr int kLastVersion = 2;
@@ -22,22 +21,19 @@ constexpr int kLastVersion = 2;
 // Places in the head of a profile.
 constexpr size_t kHeadBytes = 128, kVersionAt = 8, kClassAt = 12, kSpaceAt = 16, kSignatureAt = 36;
 
+// Empty when there is none that can be read.
 std::string ReadFile(const std::string &name)
 {
-    std::ifstream file(name, std::ios::binary);
-    std::string bytes;
-    std::array<char, 65536> part;
-    while (file && bytes.size() <= kMaxProfileBytes) {
-        file.read(part.data(), part.size());
-        bytes.append(part.data(), static_cast<size_t>(file.gcount()));
-    }
-    return bytes;
+    HeldBytes file;
+    if (!ReadProfileFile(name, &file))
+        return {};
+    return {reinterpret_cast<const char *>(file.Get().data()), file.Get().size()};
 }
 
 std::string WhyUnfit(const std::string &bytes)
 {
     const auto at = [&](size_t place) { return bytes.substr(place, 4); };
-    if (bytes.size() < kHeadBytes || bytes.size() > kMaxProfileBytes || at(kSignatureAt) != "acsp")
+    if (bytes.size() < kHeadBytes || at(kSignatureAt) != "acsp")
         return "is no ICC profile that can be read";
     if (at(kClassAt) != "prtr" || at(kSpaceAt) != "CMYK")
         return "is not of a CMYK press";

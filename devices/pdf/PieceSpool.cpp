@@ -1,13 +1,12 @@
 #include "devices/pdf/PieceSpool.h"
 
+#include "host/TemporaryFile.h"
+
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 
 namespace vxhost::pdf
@@ -18,36 +17,19 @@ namespace
 
 constexpr size_t kReadBytes = 256 * 1024;
 
-std::string TemporaryFolder()
-{
-    const char *named = std::getenv("TMPDIR");
-    return named != nullptr && *named != '\0' ? named : "/tmp";
-}
-
-// Not every file system has files without a name; there a name is given and taken away again.
-int OpenUnnamed(const std::string &folder)
-{
-    const int file = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    if (file >= 0)
-        return file;
-    std::string name = folder + "/vx-XXXXXX";
-    const int named = mkostemp(name.data(), O_CLOEXEC);
-    if (named >= 0)
-        unlink(name.c_str());
-    return named;
-}
-
 } // namespace
 
 std::unique_ptr<PieceSpool> PieceSpool::Open(int descriptor, std::function<void(int)> onFailure,
                                              std::string *error)
 {
-    const std::string folder = TemporaryFolder();
-    const int file = descriptor >= 0 ? fcntl(descriptor, F_DUPFD_CLOEXEC, 0) : OpenUnnamed(folder);
+    const int file = descriptor >= 0 ? fcntl(descriptor, F_DUPFD_CLOEXEC, 0) : OpenTemporaryFile();
     if (file >= 0)
         return std::unique_ptr<PieceSpool>(new PieceSpool(file, std::move(onFailure)));
-    *error = "cannot make a temporary file in \"" + folder + "\", " + std::strerror(errno) +
+    const int cause = errno;
+    *error = "cannot make a temporary file in \"" + TemporaryFolder() + "\", " + std::strerror(cause) +
              ": name another folder in TMPDIR";
+    if (onFailure)
+        onFailure(cause);
     return nullptr;
 }
 

@@ -20,7 +20,7 @@ class PieceSpool
 {
   public:
     // Uses a copy of the descriptor; -1: a temporary file. Null when there is no place for one; error says why.
-    // onFailure, unless it is null, is told the errno of the first failure.
+    // onFailure, unless it is null, is told the errno of the first failure, of this one as well.
     static std::unique_ptr<PieceSpool> Open(int descriptor, std::function<void(int)> onFailure,
                                             std::string *error);
     ~PieceSpool();

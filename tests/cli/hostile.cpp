@@ -130,13 +130,37 @@ void ScribbleForEver(const HostCallRecord *record)
     }
 }
 
-int16_t Scribble(int32_t selector, HostCallRecord *record)
+int16_t FindNothing(HostCallRecord *record)
 {
     const Fixed box[] = {0, 0, 72 * 65536, 72 * 65536};
     std::memcpy(record->boundingBox, box, sizeof box);
+    return kVXOk;
+}
+
+int16_t Scribble(int32_t selector, HostCallRecord *record)
+{
     if (selector == kVXParse)
         ScribbleForEver(record);
-    return kVXOk;
+    return FindNothing(record);
+}
+
+// Three calls make a picture.
+int16_t Nap(HostCallRecord *record)
+{
+    usleep(500000);
+    return FindNothing(record);
+}
+
+// Until somebody writes to the document or cuts it.
+int16_t Watch(HostCallRecord *record)
+{
+    char first = '%';
+    while (first == '%') {
+        int32_t position = 0, count = 1;
+        record->reader->read(record->reader, kVXSetPosition, nullptr, &position);
+        record->reader->read(record->reader, kVXReadBytes, &first, &count);
+    }
+    return FindNothing(record);
 }
 
 } // namespace
@@ -155,6 +179,12 @@ extern "C" void HostileMain(int32_t selector, HostCallRecord *record, void *data
         ReachOut();
     if (how == "crash")
         std::abort();
+    if (how == "kill")
+        (void)std::raise(SIGKILL);
+    if (how == "watch")
+        *result = Watch(record);
+    if (how == "nap")
+        *result = Nap(record);
     if (how == "exit")
         _exit(0);
     if (how == "babble")

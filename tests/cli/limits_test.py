@@ -99,6 +99,11 @@ class Memory(CommandTest):
         self.assertIn("memory", messages[0])
         self.assertLess(peak, self.LIMIT + self.OVERHEAD)
 
+    def test_a_device_without_end_is_part_of_it(self):
+        status, messages, peak = self.peak("info", "/dev/zero")
+        self.assertEqual(status, 5, messages)
+        self.assertLess(peak, self.LIMIT + self.OVERHEAD)
+
     def test_a_document_in_a_pipe_is_part_of_it(self):
         data = document("% nothing\n" * (5 * MIB))
         message = self.refused("render", "-", "-o", "a.png", "--max-memory", "20M", stdin=data, status=5)
@@ -154,7 +159,8 @@ class Sizes(CommandTest):
 
         for kind in FORMATS:
             message = self.refused("render", "a.vx", "-o", "a." + kind, status=4, preexec_fn=limit)
-            self.assertIn("file too large", message)
+            self.assertEqual(message, f"vx: a.{kind}: cannot be written, file too large: allow more with ulimit -f where vx "
+                                      "is started")
 
     def test_a_trace_into_a_file(self):
         with open(self.path("calls"), "wb") as calls:
@@ -185,6 +191,48 @@ class Time(CommandTest):
                 self.assertEqual(message, "vx: a.vx: not done after 1 s, nothing written: allow more with --max-time")
                 self.assertLess(time.monotonic() - started, 20)
                 self.assertEqual(self.files(), ["a.vx"])
+
+
+class Callers(CommandTest):
+    """Limits under which vx was started are not told as its own."""
+
+    def limited(self, behaviour, resources, *words, status=5):
+        self.write("a.vx", document())
+
+        def limit():
+            for number, most in resources.items():
+                resource.setrlimit(number, (most, most))
+
+        return self.refused("render", "a.vx", "-o", "a.png", *words, hostile=behaviour, status=status, preexec_fn=limit)
+
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more address space than a limit leaves")
+    def test_memory(self):
+        for number, name in [(resource.RLIMIT_AS, "ulimit -v"), (resource.RLIMIT_DATA, "ulimit -d")]:
+            for words in ([], ["--max-memory", "0"]):
+                self.assertEqual(self.limited("heap", {number: 300 * MIB}, *words),
+                                 f"vx: a.vx: needs more memory than {name} allows, nothing written: allow more where vx is "
+                                 "started")
+            self.assertIn("more than 64 MiB of memory, nothing written: allow more with --max-memory",
+                          self.limited("heap", {number: 900 * MIB}, "--max-memory", "64M"))
+
+    def test_processor_time(self):
+        self.assertEqual(self.limited("loop", {resource.RLIMIT_CPU: 1}),
+                         "vx: a.vx: needs more processor time than ulimit -t allows, nothing written: allow more where vx "
+                         "is started")
+
+    def test_a_worker_that_the_system_kills(self):
+        self.assertEqual(self.limited("kill", {}),
+                         "vx: a.vx: the worker process was killed, as the system does when memory runs out, nothing "
+                         "written: close other programs, or allow it less with --max-memory")
+
+    def test_few_descriptors_are_fewer_workers(self):
+        self.write("a.vx", document())
+        manifest = b"".join(b'{"input": "a.vx", "output": "%d.{ext}"}\n' % i for i in range(20))
+        for most in (14, 20, 40):
+            output, messages = self.run_vx(
+                "batch", "-j", "16", "-f", ",".join(FORMATS), "--fit", "8", stdin=manifest,
+                preexec_fn=lambda most=most: resource.setrlimit(resource.RLIMIT_NOFILE, (most, most)))
+            self.assertEqual((output.count(b'"status":"done"'), messages), (20, []))
 
 
 if __name__ == "__main__":

@@ -19,6 +19,8 @@ def preloaded(library):
 # cannot confine files.
 WITHOUT_UNNAMED = preloaded("VX_WITHOUT_UNNAMED")
 WITHOUT_LANDLOCK = preloaded("VX_WITHOUT_LANDLOCK")
+# Somebody cuts the file that VX_CUT names as soon as it is mapped.
+CUTTING = preloaded("VX_CUTTING")
 SANITIZED = os.environ.get("VX_SANITIZED", "0") not in ("", "0")
 
 HEADER = """%!PS-Tavro-3.0

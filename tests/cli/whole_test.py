@@ -181,7 +181,7 @@ class Whole(CommandTest):
             environment = {"TMPDIR": self.path("disk"), **preload}
             message = self.refused("render", "a.vx", "-o", "new.pdf", environment=environment, status=4)
             self.assertEqual(message, "vx: new.pdf: cannot be kept in a temporary file, no space left on device: "
-                                      "name a folder with more room in TMPDIR")
+                                      "name another folder in TMPDIR")
             self.assertEqual((self.files(), os.listdir(self.path("disk"))), (["a.vx", "disk", "tmp"], []))
 
 

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -109,6 +110,69 @@ TEST_F(DocumentTest, ANamedPipeIsReadToItsEnd)
     writer.join();
     ASSERT_NE(document, nullptr) << error_;
     EXPECT_EQ(Text(*document), bytes);
+}
+
+// What may be opened.
+TEST_F(DocumentTest, FilesAloneMayBeAskedFor)
+{
+    const std::string pipe = (folder_ / "pipe").string();
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const DocumentLimits files = {FileKinds::Regular, {}};
+    EXPECT_EQ(Document::Open(pipe, &error_, files), nullptr);
+    EXPECT_EQ(error_, "is a pipe, not a file: name a file");
+    EXPECT_EQ(Document::Open("/dev/zero", &error_, files), nullptr);
+    EXPECT_EQ(error_, "is a device, not a file: name a file");
+    EXPECT_NE(Document::Open(Write("a.vx", "a"), &error_, files), nullptr);
+}
+
+TEST_F(DocumentTest, APipeWithoutAWriterTakesItsTime)
+{
+    const std::string pipe = (folder_ / "pipe").string();
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    ReadEnd end = ReadEnd::Whole;
+    EXPECT_EQ(Document::Open(pipe, &error_, {FileKinds::All, {1000, 0.05}}, &end), nullptr);
+    EXPECT_EQ(error_, "");
+    EXPECT_EQ(end, ReadEnd::TooLate);
+}
+
+TEST_F(DocumentTest, ADeviceWithoutEndTakesItsBytes)
+{
+    ReadEnd end = ReadEnd::Whole;
+    EXPECT_EQ(Document::Open("/dev/zero", &error_, {FileKinds::All, {100000, 0}}, &end), nullptr);
+    EXPECT_EQ(error_, "");
+    EXPECT_EQ(end, ReadEnd::TooLong);
+}
+
+TEST_F(DocumentTest, AsManyBytesAsMayBeReadAreADocument)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    const Descriptor reader(ends[0]);
+    ASSERT_EQ(::write(ends[1], "12345", 5), 5);
+    ASSERT_EQ(::close(ends[1]), 0);
+    const auto document = Document::FromDescriptor(reader.Get(), &error_, {5, 0});
+    ASSERT_NE(document, nullptr) << error_;
+    EXPECT_EQ(Text(*document), "12345");
+    EXPECT_FALSE(document->HasChanged());
+}
+
+TEST_F(DocumentTest, AFileThatIsWrittenToOrCutHasChanged)
+{
+    const std::string path = Write("a.vx", "a drawing");
+    const auto open = [&] { return Document::Open(path, &error_); };
+    auto document = open();
+    EXPECT_FALSE(document->HasChanged());
+    fs::last_write_time(path, fs::last_write_time(path) + std::chrono::nanoseconds(1));
+    EXPECT_TRUE(document->HasChanged());
+    document = open();
+    const auto before = fs::last_write_time(path);
+    fs::resize_file(path, 3);
+    fs::last_write_time(path, before);
+    EXPECT_TRUE(document->HasChanged());
+    document = open();
+    fs::rename(path, path + ".old"); // another file takes its place, this one stays as it is
+    Write("a.vx", "another drawing");
+    EXPECT_FALSE(document->HasChanged());
 }
 
 TEST_F(DocumentTest, ADescriptorStartsWhereItStands)

@@ -1,0 +1,68 @@
+// Opens and reads what a user names, whatever it is: a pipe that nobody writes to and a device without end cost no more
+// than they may.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+#include <span>
+#include <string>
+#include <sys/types.h>
+
+namespace vxhost
+{
+
+// The system's words for an errno, in lower case.
+std::string SystemText(int error);
+
+// What may be opened: each allows what those before it allow.
+enum class FileKinds { Regular, Pipes, All };
+
+// "a pipe" for a mode that stat tells; empty for a file that is allowed. Never allowed is a directory.
+std::string WhichKindIsRefused(mode_t mode, FileKinds allowed);
+
+// Waits for nobody at the other end of a pipe. -1 on failure, with error one line for a person.
+int OpenToRead(const std::string &path, FileKinds allowed, std::string *error);
+
+class Descriptor
+{
+  public:
+    explicit Descriptor(int number = -1) : number_(number) {}
+    ~Descriptor();
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    int Get() const { return number_; }
+    void Take(int number) { number_ = number; } // of one that holds none
+
+  private:
+    int number_;
+};
+
+struct ReadLimits {
+    size_t bytes = std::numeric_limits<size_t>::max();
+    double seconds = 0; // 0: none
+};
+
+enum class ReadEnd { Whole, Failed, TooLong, TooLate };
+
+// All that a descriptor delivers.
+class HeldBytes
+{
+  public:
+    // Takes no more memory than the limit and a byte. On ReadEnd::Failed errno says why.
+    ReadEnd ReadAll(int descriptor, const ReadLimits &limits);
+    std::span<const std::byte> Get() const { return {bytes_.get(), length_}; }
+
+  private:
+    struct Free {
+        void operator()(std::byte *bytes) const { std::free(bytes); }
+    };
+
+    bool Resize(size_t capacity);
+
+    std::unique_ptr<std::byte, Free> bytes_;
+    size_t length_ = 0;
+};
+
+} // namespace vxhost
