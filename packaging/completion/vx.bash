@@ -45,7 +45,7 @@ _vx()
             case ${COMP_WORDS[1]} in
             info | trace) words="--json $every" ;;
             fonts) words="--list --json $every" ;;
-            render) words="$picture $every" ;;
+            render) words="--force $picture $every" ;;
             batch) words="--manifest --null --allow-outside --jobs $picture $every" ;;
             esac
         fi

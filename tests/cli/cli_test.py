@@ -99,7 +99,7 @@ class Usage(CommandTest):
         (["render", "a.vx", "-o", "a.png", "--samples", "3"], "--samples 3"),
         (["render", "a.vx", "-o", "a.png", "--script", "greek"], "--script greek"),
         (["render", "a.vx", "-o", "a.png", "--font-dir", "none"], "--font-dir none: no such directory"),
-        (["render", "a.vx", "-o", "a.png", "--font-map", "none"], "none: cannot be read"),
+        (["render", "a.vx", "-o", "a.png", "--font-map", "none"], "--font-map none: no such file"),
         (["render", "a.vx", "-o", "a.png", "--missing-fonts", "hide"], "--missing-fonts hide: not known"),
         (["fonts", "--list", "a.vx"], "--list and FILE"),
         (["fonts"], "no FILE"),

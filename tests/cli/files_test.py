@@ -214,6 +214,10 @@ class Drawings(FilesTest):
         self.assertIn('would overwrite the input "a.vx"',
                       self.refused("render", "a.vx", "-o", "./a.vx", "--force", status=2))
 
+    def test_standard_output_is_no_file(self):
+        self.write("-", document())
+        self.assertEqual(Png(self.run_vx("render", "a.vx", "-f", "png", "-o", "-", *SMALL)[0]).width, 8)
+
     def test_other_files_are_overwritten(self):
         for number, data in enumerate((b"", b"%!PS-Other", b"\xC5\xD0", b"\x89PNG")):
             self.write("b.png", data)

@@ -113,8 +113,8 @@ class Whole(CommandTest):
             process = self.start_drawing(words, manifest, self.temporary)
             os.kill(int(self.read("worker.notes").split()[0]), signal.SIGKILL)
             errors = process.communicate(timeout=60)[1].decode()
-            self.assertEqual(process.returncode, 6, errors)
-            self.assertIn("the worker process crashed, ", errors)
+            self.assertEqual(process.returncode, 5, errors)
+            self.assertIn("the worker process was killed, ", errors)
             self.assert_as_before(kind, "worker.notes")
 
     def test_files_that_may_not_grow(self):
