@@ -39,7 +39,7 @@ class Drawer
         const vxhost::Outcome outcome = reading.Draw(page, *device);
         const double time = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
         benchmark::DoNotOptimize(picture.rgba.data());
-        return outcome.result == kVXOk && outcome.deviceError.empty() ? time : -1;
+        return outcome.result == kVXOk && !outcome.failure ? time : -1;
     }
 
   private:

@@ -86,18 +86,19 @@ int WritePdf(const char *file, const char *out)
     std::ofstream output(out, std::ios::binary);
     vxhost::PdfOptions options;
     options.compress = false;
-    const auto sink = [&](std::span<const std::byte> bytes) -> std::string {
+    const auto sink = [&](std::span<const std::byte> bytes) -> vxhost::Failure {
         output.write(reinterpret_cast<const char *>(bytes.data()),
                      static_cast<std::streamsize>(bytes.size()));
-        return output ? "" : "the output cannot be written";
+        if (output)
+            return {};
+        return {vxhost::FailureKind::CannotWrite, "the output cannot be written"};
     };
     const auto device = vxhost::MakePdfDevice(options, sink, &source.error);
     if (device == nullptr)
         return Fail(source.error);
     vxhost::Reading reading(source.installation, *source.document, {});
     const vxhost::Outcome outcome = reading.Draw(reading.PageFor(), *device);
-    return outcome.result == kVXOk && outcome.deviceError.empty() ? 0
-                                                                  : Fail("no PDF: " + outcome.deviceError);
+    return outcome.result == kVXOk && !outcome.failure ? 0 : Fail("no PDF: " + outcome.failure.text);
 }
 
 int Write(std::string_view kind, std::string_view format, std::string_view bytes, const char *out)

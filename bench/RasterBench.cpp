@@ -163,7 +163,7 @@ void WritesPng(benchmark::State &state)
         bytes = 0;
         const auto count = [&](std::span<const std::byte> more) {
             bytes += more.size();
-            return std::string();
+            return Failure{};
         };
         std::string error;
         const auto device = MakePngDevice(options, count, &error);
@@ -172,7 +172,7 @@ void WritesPng(benchmark::State &state)
             device->FillPath(blobs[i],
                              Cmyk(static_cast<double>(i % 7) / 6, static_cast<double>(i % 5) / 4, 1, 0));
         state.ResumeTiming();
-        if (!device->EndPage().empty())
+        if (device->EndPage())
             state.SkipWithError("the page could not be written");
     }
     state.counters["bytes"] = static_cast<double>(bytes);

@@ -18,6 +18,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -183,6 +184,9 @@ int main(int argc, char **argv)
         status = Status::LimitHit;
     } catch (const UsageError &error) {
         messages.Error("", error.what());
+    } catch (const std::bad_alloc &) {
+        messages.Error("", "not enough memory to begin: close other programs");
+        status = Status::LimitHit;
     } catch (const std::exception &error) {
         messages.Error("", error.what());
         status = Status::InputFailed;

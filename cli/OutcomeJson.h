@@ -18,13 +18,13 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Box, left, bottom, right, top)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Report, number, title, message)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FontUse, asked, served, file, match, strings, characters, missingGlyphs)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Counts, fills, strokes, clips, segments, shows, gray, cmyk, overprint)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Failure, kind, text, error)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, result, box, headerAccepted, monochrome, bytesRead, bytesTotal,
-                                   peakHeap, memoryLimitHit, deviceError, lackedFont, undrawnTexts, reports,
+                                   peakHeap, memoryLimitHit, failure, lackedFont, undrawnTexts, reports,
                                    fonts, counts)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(HeaderFacts, hasPrefix, recognised, hasBox, version, epsWrapper, lineEnds,
                                    firstLine, title, creator, creationDate, processColours, customColours,
                                    fonts)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, inputError, limitError, writeError, failedOutput,
-                                   isSpoolError, unconfined)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Finding, outcome, header, lastOutput, unconfined)
 
 } // namespace vxhost

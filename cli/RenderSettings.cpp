@@ -181,13 +181,9 @@ std::unique_ptr<Device> MakeDevice(Format format, const RenderSettings &settings
 
 void CheckDevices(std::span<const Format> formats, const RenderSettings &settings)
 {
-    // A temporary file is each document's own: the one that gets none tells it.
-    bool lacksSpool = false;
-    RenderSettings tried = settings;
-    tried.pdf.onSpoolFailure = [&lacksSpool](int) { lacksSpool = true; };
     for (const Format format : formats) {
         std::string error;
-        if (MakeDevice(format, tried, nullptr, &error) != nullptr || std::exchange(lacksSpool, false))
+        if (MakeDevice(format, settings, nullptr, &error) != nullptr)
             continue;
         if (format == Format::Pdf) // says what to do itself: it may be something else than the profile
             throw UsageError(error);

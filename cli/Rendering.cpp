@@ -13,43 +13,40 @@ namespace vxhost
 namespace
 {
 
-// Whether there is something to draw on that page. False with the finding's error set when there is not.
-bool CheckPage(const RenderSettings &settings, Format format, const Page &page, Finding *finding)
+// Why there can be no output of that page.
+Failure CheckPage(const RenderSettings &settings, Format format, const Page &page)
 {
-    if (page.box.Width() <= 0 || page.box.Height() <= 0) {
-        finding->inputError = "its bounding box is empty, nothing written: name one with --box L,B,R,T";
-        return false;
-    }
+    if (page.box.Width() <= 0 || page.box.Height() <= 0)
+        return {FailureKind::BadInput,
+                "its bounding box is empty, nothing written: name one with --box L,B,R,T"};
     if (format == Format::Png)
-        finding->limitError = FindPictureSize(page.box, settings.png).error;
+        return FindPictureSize(page.box, settings.png).failure;
     if (format == Format::Pdf)
-        finding->inputError = WhyNoPdf(settings.pdf, page);
-    return finding->limitError.empty() && finding->inputError.empty();
+        return WhyNoPdf(settings.pdf, page);
+    return {};
 }
 
 // In the worker: the way of an output's bytes.
-ByteSink SinkFor(const std::string &path, int descriptor, Finding *finding)
+ByteSink SinkFor(int descriptor)
 {
-    return [path, descriptor, finding](std::span<const std::byte> bytes) -> std::string {
+    return [descriptor](std::span<const std::byte> bytes) -> Failure {
         if (WriteAll(descriptor, {reinterpret_cast<const char *>(bytes.data()), bytes.size()}))
-            return "";
-        finding->writeError = errno;
-        finding->failedOutput = OutputName(path);
-        return SystemText(errno);
+            return {};
+        return {FailureKind::CannotWrite, SystemText(errno), errno};
     };
 }
 
-void Draw(const RenderSettings &settings, Format format, Device *device, Reading &reading, Finding *finding)
+void Draw(const RenderSettings &settings, const RenderTask::Output &output, Device *device, Reading &reading,
+          Finding *finding)
 {
+    finding->lastOutput = OutputName(output.path);
     finding->outcome = reading.ReadInfo();
+    if (finding->outcome.result != kVXOk)
+        return;
     const Page page = reading.PageFor(settings.box.value_or(finding->outcome.box));
-    if (finding->outcome.result != kVXOk || !CheckPage(settings, format, page, finding))
-        return;
-    finding->outcome = reading.Draw(page, *device);
-    if (finding->writeError != 0)
-        return;
-    // What a picture cannot be made of, other than for a failed write, is for want of memory.
-    (format == Format::Png ? finding->limitError : finding->inputError) = finding->outcome.deviceError;
+    finding->outcome.failure = CheckPage(settings, output.format, page);
+    if (!finding->outcome.failure)
+        finding->outcome = reading.Draw(page, *device);
 }
 
 } // namespace
@@ -85,18 +82,17 @@ bool Rendering::OpenOutputs()
 std::vector<Work> Rendering::MakeWorks(Finding *finding) const
 {
     std::vector<Work> works;
-    for (size_t i = 0; i < files_.size() && finding->inputError.empty(); ++i) {
-        const auto &[format, path] = task_.outputs[i];
-        const ByteSink sink = SinkFor(path, files_[i]->Descriptor(), finding);
-        RenderSettings settings = task_.settings;
-        settings.pdf.onSpoolFailure = [name = OutputName(path), finding](int error) {
-            finding->writeError = error;
-            finding->failedOutput = name;
-            finding->isSpoolError = true;
-        };
-        std::shared_ptr<Device> device = MakeDevice(format, settings, sink, &finding->inputError);
-        works.emplace_back([this, device, of = format](Reading &reading, Finding *found) {
-            Draw(task_.settings, of, device.get(), reading, found);
+    for (size_t i = 0; i < files_.size(); ++i) {
+        const RenderTask::Output &output = task_.outputs[i];
+        std::string error;
+        std::shared_ptr<Device> device =
+            MakeDevice(output.format, task_.settings, SinkFor(files_[i]->Descriptor()), &error);
+        if (device == nullptr) {
+            finding->outcome.failure = {FailureKind::BadInput, error};
+            return {};
+        }
+        works.emplace_back([this, device, &output](Reading &reading, Finding *found) {
+            Draw(task_.settings, output, device.get(), reading, found);
         });
     }
     return works;

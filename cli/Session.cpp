@@ -1,6 +1,7 @@
 #include "cli/Session.h"
 
 #include "cli/Decimal.h"
+#include "cli/MallocHandler.h"
 #include "cli/OutcomeJson.h"
 #include "cli/OutputFile.h"
 #include "cli/Sandbox.h"
@@ -14,6 +15,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <limits>
+#include <new>
 #include <set>
 #include <string_view>
 #include <unistd.h>
@@ -117,6 +119,16 @@ std::vector<std::string> Warnings(const Finding &finding, const Purpose &purpose
     return warnings;
 }
 
+// What fontconfig had no memory for it leaves out, and a document would be drawn with other fonts.
+std::unique_ptr<FontList> ListFonts(const FontSources &sources)
+{
+    const uint64_t before = CountFailedMallocs();
+    std::unique_ptr<FontList> fonts = MakeFontconfigFonts(sources);
+    if (CountFailedMallocs() != before)
+        throw std::bad_alloc();
+    return fonts;
+}
+
 // A font that the user chose and that is not there is a mistake of the user's.
 void CheckServed(const FontChoice &choice, const FontList &fonts)
 {
@@ -142,8 +154,7 @@ std::vector<std::string> FoldersOf(const FontList &fonts)
 
 bool HasFailed(const Finding &finding)
 {
-    return finding.outcome.result != kVXOk || finding.outcome.memoryLimitHit || finding.writeError != 0 ||
-           !finding.inputError.empty() || !finding.limitError.empty();
+    return finding.outcome.result != kVXOk || finding.outcome.failure;
 }
 
 } // namespace
@@ -173,7 +184,7 @@ Session::Session(const CommonOptions &options, Messages *messages) : options_(op
     std::string path;
     installation_.plugin = LoadPlugin(options.plugin, &path);
     messages_->Detail("", fmt::format("plug-in {}", path));
-    installation_.fonts = MakeFontconfigFonts(options.fonts.sources);
+    installation_.fonts = ListFonts(options.fonts.sources);
     CheckServed(options.fonts, Fonts());
     fontFolders_ = FoldersOf(Fonts());
 }
@@ -335,7 +346,7 @@ WorkerTask Session::TaskFor(const Document &document, const Preparation &prepare
 Verdict Session::JudgeWriteError(const Finding &finding, const Interpretation &interpretation) const
 {
     const WorkerLimits &limits = interpretation.limits;
-    const int error = finding.writeError;
+    const auto &[kind, text, error] = finding.outcome.failure;
     Verdict verdict;
     if (IsOutputLimit(limits, error))
         verdict = Failed(Status::LimitHit,
@@ -345,7 +356,7 @@ Verdict Session::JudgeWriteError(const Finding &finding, const Interpretation &i
         verdict = Failed(Status::OutputFailed,
                          fmt::format("cannot be written, {}: allow more with ulimit -f where vx is started",
                                      SystemText(error)));
-    else if (finding.isSpoolError)
+    else if (kind == FailureKind::SpoolFailed)
         verdict = Failed(Status::OutputFailed,
                          fmt::format("cannot be kept in a temporary file, {}: name another folder in TMPDIR",
                                      SystemText(error)));
@@ -355,8 +366,17 @@ Verdict Session::JudgeWriteError(const Finding &finding, const Interpretation &i
     else
         verdict = Failed(Status::OutputFailed,
                          fmt::format("cannot be written, {}: choose another place", SystemText(error)));
-    verdict.errorSubject = finding.failedOutput.empty() ? "standard output" : finding.failedOutput;
+    verdict.errorSubject = finding.lastOutput.empty() ? "standard output" : finding.lastOutput;
     return verdict;
+}
+
+// Of any failure but one to write.
+Verdict Session::JudgeFailure(const Failure &failure, const Purpose &purpose) const
+{
+    if (failure.kind == FailureKind::OutOfMemory && failure.text.empty())
+        return Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits));
+    const bool isLimit = failure.kind == FailureKind::OutOfMemory || failure.kind == FailureKind::TooLarge;
+    return Failed(isLimit ? Status::LimitHit : Status::InputFailed, failure.text);
 }
 
 Verdict Session::Judge(const Interpretation &interpretation, Finding finding) const
@@ -366,18 +386,15 @@ Verdict Session::Judge(const Interpretation &interpretation, Finding finding) co
     if (!finding.unconfined.empty())
         messages_->Detail("", fmt::format("no sandbox for {}", finding.unconfined));
     Verdict verdict;
-    if (finding.writeError != 0) {
+    if (outcome.failure.IsOfWriting())
         verdict = JudgeWriteError(finding, interpretation);
-    } else if (outcome.memoryLimitHit || outcome.result == kVXOutOfMemory) {
+    else if (outcome.result == kVXOutOfMemory)
         verdict = Failed(Status::LimitHit, OutOfMemoryError(purpose, options_.limits));
-    } else if (std::string error = ResultError(finding, purpose, input, document->Bytes().size());
-               !error.empty()) {
+    else if (std::string error = ResultError(finding, purpose, input, document->Bytes().size());
+             !error.empty())
         verdict = Failed(Status::InputFailed, std::move(error));
-    } else if (!finding.limitError.empty()) {
-        verdict = Failed(Status::LimitHit, finding.limitError);
-    } else if (!finding.inputError.empty()) {
-        verdict = Failed(Status::InputFailed, finding.inputError);
-    }
+    else if (outcome.failure)
+        verdict = JudgeFailure(outcome.failure, purpose);
     verdict.warnings = Warnings(finding, purpose, input);
     if (verdict.status == Status::Done && options_.strict && !verdict.warnings.empty())
         verdict.status = Status::Warned;

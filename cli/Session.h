@@ -22,13 +22,8 @@ namespace vxhost
 struct Finding {
     Outcome outcome;
     HeaderFacts header;
-    // Found by the work itself; empty or 0: nothing.
-    std::string inputError;
-    std::string limitError;
-    int writeError = 0;        // errno of a failed write
-    std::string failedOutput;  // of which output; empty: standard output
-    bool isSpoolError = false; // it was of a temporary file
-    std::string unconfined;    // what the worker could not be kept from; empty: nothing
+    std::string lastOutput; // on which it worked last; empty: standard output
+    std::string unconfined; // what the worker could not be kept from; empty: nothing
 };
 
 struct Verdict {
@@ -97,6 +92,7 @@ class Session
   private:
     ReadingOptions ReadingOptionsOf() const;
     Verdict JudgeWriteError(const Finding &finding, const Interpretation &interpretation) const;
+    Verdict JudgeFailure(const Failure &failure, const Purpose &purpose) const;
     Verdict Judge(const Interpretation &interpretation, Finding finding) const;
     WorkerTask TaskFor(const Document &document, const Preparation &prepare) const;
 

@@ -25,11 +25,11 @@ class LineWriter
   public:
     LineSink Sink() { return {AddLine, this}; }
 
-    // The errno of the first failure, or 0.
-    int Finish()
+    // Returns the first failure.
+    Failure Finish()
     {
         Flush();
-        return error_;
+        return failure_;
     }
 
   private:
@@ -44,13 +44,13 @@ class LineWriter
 
     void Flush()
     {
-        if (error_ == 0 && !WriteAll(STDOUT_FILENO, buffer_))
-            error_ = errno;
+        if (!failure_ && !WriteAll(STDOUT_FILENO, buffer_))
+            failure_ = {FailureKind::CannotWrite, SystemText(errno), errno};
         buffer_.clear();
     }
 
     std::string buffer_;
-    int error_ = 0;
+    Failure failure_;
 };
 
 } // namespace
@@ -82,7 +82,7 @@ Status TraceCommand::Run(Messages *messages) const
         else
             writer = std::make_unique<TraceLines>(lines.Sink());
         finding->outcome = reading.Trace(*writer);
-        finding->writeError = lines.Finish();
+        finding->outcome.failure = lines.Finish();
     };
     return session.Interpret(options.inputs[0], {"", true}, work).status;
 }

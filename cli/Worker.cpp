@@ -1,6 +1,7 @@
 #include "cli/Worker.h"
 
 #include "cli/Interrupt.h"
+#include "cli/MallocHandler.h"
 #include "cli/OutputFile.h"
 #include "cli/Values.h"
 
@@ -70,6 +71,7 @@ void Lower(__rlimit_resource resource, int64_t to)
 void LimitMemory(int64_t bytes)
 {
     std::set_new_handler(EndOutOfMemory);
+    SetMallocHandler(EndOutOfMemory);
     if (MemoryLimitWorks())
         Lower(RLIMIT_DATA, bytes);
 }
@@ -102,6 +104,16 @@ void CloseOwnBut(const std::vector<int> &keep)
     }
 }
 
+// Runs the task. A library may also tell of its lack of memory by itself.
+std::string Answer(const WorkerTask &task, WorkerLink *link)
+{
+    try {
+        return task(*link);
+    } catch (const std::bad_alloc &) {
+        EndOutOfMemory();
+    }
+}
+
 // noexcept: an exception that gets here is a bug, and ends as a crash that the parent reports.
 [[noreturn]] void BeWorker(int pipe, pid_t parent, const WorkerLimits &limits, std::vector<int> keep,
                            const WorkerTask &task) noexcept
@@ -117,7 +129,7 @@ void CloseOwnBut(const std::vector<int> &keep)
     Lower(RLIMIT_FSIZE, limits.output.value_or(0));
 
     WorkerLink link(pipe);
-    const std::string answer = task(link);
+    const std::string answer = Answer(task, &link);
     const uint64_t length = answer.size();
     std::string head(1, kAnswerFrame);
     head.append(reinterpret_cast<const char *>(&length), sizeof length);

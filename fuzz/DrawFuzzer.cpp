@@ -75,14 +75,14 @@ class Output
 
     ByteSink Sink()
     {
-        return [this](std::span<const std::byte> bytes) -> std::string {
+        return [this](std::span<const std::byte> bytes) -> Failure {
             Require(!hasFailed_, "a write after one that failed");
             hasFailed_ = writesLeft_ == 0;
             if (hasFailed_)
-                return kNoRoom;
+                return {FailureKind::CannotWrite, kNoRoom};
             --writesLeft_;
             bytes_.append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-            return "";
+            return {};
         };
     }
     bool HasFailed() const { return hasFailed_; }
@@ -247,12 +247,12 @@ struct Made {
         Require(device != nullptr, error);
     }
 
-    void Check(const std::string &deviceError) const
+    void Check(const Failure &failure) const
     {
-        Require(deviceError.find('\n') == std::string::npos, "an error of two lines");
+        Require(failure.text.find('\n') == std::string::npos, "an error of two lines");
         if (output.HasFailed())
-            Require(deviceError.find(kNoRoom) != std::string::npos, "a failed write is not told");
-        if (!deviceError.empty())
+            Require(failure.text.find(kNoRoom) != std::string::npos, "a failed write is not told");
+        if (failure)
             return;
         switch (choice.kind) {
         case Choice::Kind::Pdf:
@@ -289,6 +289,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     if (reading.ReadInfo().result != kVXOk || page.box.Width() <= 0 || page.box.Height() <= 0)
         page.box = {0, 0, 400, 400};
     const Made made(choice);
-    made.Check(reading.Draw(page, *made.device).deviceError);
+    const Outcome outcome = reading.Draw(page, *made.device);
+    if (outcome.result != kVXOutOfMemory) // then there is no output
+        made.Check(outcome.failure);
     return 0;
 }

@@ -24,12 +24,14 @@ void *CappedHeap::Allocate(int32_t size, void *refcon)
     if (size < 0)
         return nullptr;
     if (heap->heldBytes_ + size > heap->maxBytes_) {
-        heap->wasLimitHit_ = true;
+        heap->wasLimitHit_ = heap->hasRefused_ = true;
         return nullptr;
     }
     void *memory = std::malloc(sizeof(BlockHeader) + static_cast<size_t>(size));
-    if (memory == nullptr)
+    if (memory == nullptr) {
+        heap->hasRefused_ = true;
         return nullptr;
+    }
     heap->heldBytes_ += size;
     heap->peakBytes_ = std::max(heap->peakBytes_, heap->heldBytes_);
     return new (memory) BlockHeader{size} + 1;

@@ -1,6 +1,7 @@
 // What became of one document: the result code, what was reported, what it used.
 #pragma once
 
+#include "host/Failure.h"
 #include "host/drawing/Device.h"
 
 #include <cstdint>
@@ -54,7 +55,7 @@ struct Outcome {
     int64_t bytesTotal = 0;
     int64_t peakHeap = 0;        // bytes that the plug-in held at once
     bool memoryLimitHit = false; // an allocation was refused because of the cap
-    std::string deviceError;     // from Device::EndPage; empty: none
+    Failure failure;             // of the output, from Device::EndPage
     std::string lackedFont;      // the document was given up for want of it
     uint64_t undrawnTexts = 0;   // the caller gave no glyphs to draw them with
     std::vector<Report> reports;

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <dlfcn.h>
 #include <exception>
+#include <new>
 #include <utility>
 
 namespace vxhost
@@ -50,8 +51,12 @@ HostContext MakeContext(const ParseOptions &options, Outcome *outcome)
 
 // Lack of memory, ours or allowed, is an outcome of the document. Anything else that a caller's procedure threw
 // is the caller's, and goes on where the plug-in's frames end.
-void JudgeFailure(const std::exception_ptr &failure, Outcome *outcome)
+void JudgeFailure(const CappedHeap &heap, const std::exception_ptr &failure, Outcome *outcome)
 {
+    outcome->memoryLimitHit = heap.WasLimitHit();
+    // A plug-in may take a line that it has no memory for as malformed, or go on without what it wanted.
+    if (heap.HasRefused())
+        outcome->result = kVXOutOfMemory;
     if (failure == nullptr)
         return;
     outcome->result = kVXOutOfMemory;
@@ -92,8 +97,7 @@ Outcome CallPlugin(VXMainProc entry, int32_t selector, const Document &document,
     outcome.bytesRead = static_cast<int64_t>(reader.Furthest());
     outcome.bytesTotal = record.streamLength;
     outcome.peakHeap = heap.PeakBytes();
-    outcome.memoryLimitHit = heap.WasLimitHit();
-    JudgeFailure(host.failure, &outcome);
+    JudgeFailure(heap, host.failure, &outcome);
     return outcome;
 }
 
@@ -155,15 +159,23 @@ Outcome Plugin::Draw(const Document &document, const ParseOptions &options, cons
     BlendFilter filter(&device);
     Drawing drawing(&filter, options.maxDrawing);
     DrawingTable table(&drawing, options.glyphs);
-    filter.BeginPage(page);
-    Outcome outcome = Parse(document, options, table.Procs(), table.Reference());
-    drawing.RestoreAll();
-    outcome.deviceError = filter.EndPage();
-    outcome.counts = drawing.GetCounts();
-    if (options.glyphs != nullptr)
-        outcome.fonts = options.glyphs->FontsUsed();
-    else
-        outcome.undrawnTexts = outcome.counts.shows;
+    Outcome outcome;
+    try {
+        filter.BeginPage(page);
+        outcome = Parse(document, options, table.Procs(), table.Reference());
+        // After lack of memory the device is in the middle of something.
+        if (outcome.result != kVXOutOfMemory) {
+            drawing.RestoreAll();
+            outcome.failure = filter.EndPage();
+        }
+        outcome.counts = drawing.GetCounts();
+        if (options.glyphs != nullptr)
+            outcome.fonts = options.glyphs->FontsUsed();
+        else
+            outcome.undrawnTexts = outcome.counts.shows;
+    } catch (const std::bad_alloc &) {
+        outcome.failure = {FailureKind::OutOfMemory};
+    }
     return outcome;
 }
 

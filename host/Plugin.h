@@ -55,7 +55,8 @@ class Plugin
                   void *drawing) const;
 
     // Selector 5 into a device, through Drawing. page.box is what the device shows; BeginPage and EndPage are
-    // called here, EndPage also when the parse failed half way.
+    // called here, EndPage also when the parse failed half way, but not when it was for want of memory. There is an
+    // output when both the result and the failure say so.
     Outcome Draw(const Document &document, const ParseOptions &options, const Page &page,
                  Device &device) const;
 

@@ -4,8 +4,10 @@
 // areas.
 #include "devices/colour/ScreenColours.h"
 
+#include "devices/colour/ColourContext.h"
 #include "devices/colour/Fogra39.h"
 #include "devices/colour/ProfileFile.h"
+#include "host/MemoryWatch.h"
 
 #include <lcms2.h>
 
@@ -41,16 +43,12 @@ class PlainColours final : public ScreenColours
 };
 
 // Closes what Little CMS opened.
-struct Closer {
-    void operator()(void *context) const { cmsDeleteContext(static_cast<cmsContext>(context)); }
-};
 struct ProfileCloser {
     void operator()(void *profile) const { cmsCloseProfile(profile); }
 };
 struct TransformCloser {
     void operator()(void *transform) const { cmsDeleteTransform(transform); }
 };
-using Context = std::unique_ptr<void, Closer>;
 using Profile = std::unique_ptr<void, ProfileCloser>;
 using Transform = std::unique_ptr<void, TransformCloser>;
 
@@ -60,13 +58,9 @@ class ProfileColours final : public ScreenColours
     static std::unique_ptr<ScreenColours> Make(const ScreenOptions &options, std::string *error)
     {
         auto made = std::make_unique<ProfileColours>();
-        made->context_.reset(cmsCreateContext(nullptr, nullptr));
-        auto *context = static_cast<cmsContext>(made->context_.get());
-        if (context == nullptr) {
-            *error = "out of memory for the colour conversion";
-            return nullptr;
-        }
+        const cmsContext context = made->context_.Get();
         const Profile press = OpenPress(context, options.profile, error);
+        made->context_.Check(); // or it would seem to be the profile that is wrong
         if (press == nullptr)
             return nullptr;
         const Profile screen(cmsCreate_sRGBProfileTHR(context));
@@ -76,6 +70,7 @@ class ProfileColours final : public ScreenColours
             made->transform_.reset(cmsCreateTransformTHR(
                 context, press.get(), TYPE_CMYK_8, screen.get(), TYPE_RGB_8, intent,
                 cmsFLAGS_BLACKPOINTCOMPENSATION | cmsFLAGS_NOOPTIMIZE | cmsFLAGS_NOCACHE));
+        made->context_.Check();
         if (made->transform_ == nullptr) {
             *error = "profile \"" + options.profile + "\" has no usable conversion to colour";
             return nullptr;
@@ -108,7 +103,7 @@ class ProfileColours final : public ScreenColours
         HeldBytes file;
         if (name == "fogra39")
             open(Fogra39Profile());
-        else if (ReadProfileFile(name, &file))
+        else if (Watched([&] { return ReadProfileFile(name, &file); }))
             open(file.Get());
         if (profile == nullptr) {
             *error = "profile \"" + name + "\" cannot be read as an ICC profile";
@@ -122,7 +117,7 @@ class ProfileColours final : public ScreenColours
     }
 
     std::string name_;
-    Context context_; // goes last
+    ColourContext context_; // goes last
     Transform transform_;
 };
 

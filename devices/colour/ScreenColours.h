@@ -14,7 +14,7 @@ namespace vxhost
 class ScreenColours
 {
   public:
-    // Null when the profile of the options cannot be used; error says why.
+    // Null when the profile of the options cannot be used; error says why. Lack of memory is thrown.
     static std::unique_ptr<ScreenColours> Make(const ScreenOptions &options, std::string *error);
     virtual ~ScreenColours() = default;
 

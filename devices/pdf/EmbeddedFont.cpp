@@ -230,7 +230,7 @@ void EmbeddedFont::AddSimple(PdfFile *file, const QPDFObjectHandle &descriptor, 
     }
 }
 
-std::string EmbeddedFont::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
+Failure EmbeddedFont::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
 {
     if (parts_.empty())
         return {};
@@ -238,8 +238,9 @@ std::string EmbeddedFont::AddTo(PdfFile *file, QPDFObjectHandle *resources) cons
     std::transform(used_.begin(), used_.end(), glyphs.begin(), [](const Used &used) { return used.isUsed; });
     const EmbeddedProgram program = program_->Embed(glyphs);
     if (program.bytes.empty())
-        return "the font for \"" + asked_ +
-               "\" is damaged, its glyphs cannot be embedded: use outlines for text";
+        return {FailureKind::BadInput,
+                "the font for \"" + asked_ +
+                    "\" is damaged, its glyphs cannot be embedded: use outlines for text"};
     const std::string name = BaseName(program);
     const QPDFObjectHandle descriptor = Descriptor(file, program, name);
     if (CodeBytes() == 2)

@@ -40,8 +40,8 @@ class EmbeddedFont
     // Of the resource; the part is needed from now on.
     const std::string &ResourceName(uint32_t part, bool runsDown);
 
-    // Adds what was used to the file and to the page's fonts. Returns an empty string, or what went wrong.
-    std::string AddTo(PdfFile *file, QPDFObjectHandle *resources) const;
+    // Adds what was used to the file and to the page's fonts. Returns what went wrong, if something did.
+    Failure AddTo(PdfFile *file, QPDFObjectHandle *resources) const;
 
   private:
     struct Used {

@@ -2,7 +2,10 @@
 #include "devices/pdf/FontProgram.h"
 
 #include "devices/pdf/Type1Parts.h"
+#include "host/MemoryWatch.h"
 #include "host/fonts/EmbeddingRights.h"
+#include "host/fonts/FontLibrary.h"
+#include "host/fonts/FontSubset.h"
 #include "host/fonts/Owned.h"
 
 #include <ft2build.h>
@@ -33,7 +36,6 @@ constexpr double kUnits = 1000;        // of an em
 // What a stem measures in a font of that weight; no font says it itself but in Type 1.
 constexpr double kRegularStem = 80, kBoldStem = 140;
 
-using Library = Owned<FT_LibraryRec_, FT_Done_FreeType>;
 using Face = Owned<FT_FaceRec_, FT_Done_Face>;
 using HbBlob = Owned<hb_blob_t, hb_blob_destroy>;
 using HbFace = Owned<hb_face_t, hb_face_destroy>;
@@ -48,9 +50,9 @@ class MeasuredFont : public FontProgram
     double Width(uint32_t glyph) const override
     {
         FT_Fixed advance = 0;
-        if (FT_Get_Advance(face_.get(), glyph, FT_LOAD_NO_SCALE, &advance) != 0)
-            return 0;
-        return InThousandths(advance);
+        const FT_Error error = FT_Get_Advance(face_.get(), glyph, FT_LOAD_NO_SCALE, &advance);
+        library_.Check();
+        return error == 0 ? InThousandths(advance) : 0;
     }
 
     FontMeasures Measures() const override
@@ -84,14 +86,12 @@ class MeasuredFont : public FontProgram
   protected:
     bool OpenFace(const TextFont &font)
     {
-        FT_Library library = nullptr;
-        if (FT_Init_FreeType(&library) != 0)
-            return false;
-        library_.reset(library);
         FT_Face face = nullptr;
-        if (FT_New_Face(library, font.file.c_str(), font.faceIndex & 0xFFFF, &face) != 0)
-            return false;
+        const FT_Error error = FT_New_Face(library_.Get(), font.file.c_str(), font.faceIndex & 0xFFFF, &face);
         face_.reset(face);
+        library_.Check();
+        if (error != 0)
+            return false;
         return FT_IS_SCALABLE(face) && face->units_per_EM > 0 && face->num_glyphs > 0 &&
                GlyphCount() <= kMaxGlyphs && AllowsEmbedding(FT_Get_FSType_Flags(face));
     }
@@ -101,7 +101,7 @@ class MeasuredFont : public FontProgram
         return static_cast<double>(units) * kUnits / face_->units_per_EM;
     }
 
-    Library library_;
+    FontLibrary library_;
     Face face_; // goes before its library
 };
 
@@ -146,8 +146,14 @@ class OpenTypeProgram final : public MeasuredFont
         return {registry, ordering, supplement};
     }
 
-    // Glyphs keep their indices, by which strings name them. A missing glyph keeps its picture.
     EmbeddedProgram Embed(const std::vector<bool> &used) const override
+    {
+        return Watched([&] { return Cut(used); });
+    }
+
+  private:
+    // Glyphs keep their indices, by which strings name them. A missing glyph keeps its picture.
+    EmbeddedProgram Cut(const std::vector<bool> &used) const
     {
         const HbInput input(hb_subset_input_create_or_fail());
         if (input == nullptr)
@@ -161,7 +167,7 @@ class OpenTypeProgram final : public MeasuredFont
         hb_set_t *dropped = hb_subset_input_set(input.get(), HB_SUBSET_SETS_DROP_TABLE_TAG);
         for (const hb_tag_t table : kNotForPrint)
             hb_set_add(dropped, table);
-        const HbFace subset(hb_subset_or_fail(source_.get(), input.get()));
+        const HbFace subset = CutFont(source_.get(), input.get());
         if (subset == nullptr)
             return {};
         const HbBlob blob(kind_ == FontKind::TrueType ? hb_face_reference_blob(subset.get())
@@ -174,7 +180,6 @@ class OpenTypeProgram final : public MeasuredFont
         return program;
     }
 
-  private:
     static constexpr hb_tag_t kOutlines = HB_TAG('g', 'l', 'y', 'f');
     static constexpr hb_tag_t kCompact = HB_TAG('C', 'F', 'F', ' ');
     // Everything that maps characters to glyphs, or names them: strings name glyphs directly.
@@ -253,8 +258,8 @@ std::unique_ptr<FontProgram> FontProgram::Open(const TextFont &font)
 {
     if (font.faceIndex < 0)
         return nullptr;
-    std::unique_ptr<FontProgram> opened = OpenTypeProgram::Open(font);
-    return opened != nullptr ? std::move(opened) : Type1Program::Open(font);
+    std::unique_ptr<FontProgram> opened = Watched([&] { return OpenTypeProgram::Open(font); });
+    return opened != nullptr ? std::move(opened) : Watched([&] { return Type1Program::Open(font); });
 }
 
 } // namespace vxhost::pdf

@@ -44,7 +44,8 @@ class FontProgram
 {
   public:
     // Null when the font cannot be embedded: its licence forbids it, or its kind (variations, bitmaps, formats of
-    // other systems) is none that PDF takes.
+    // other systems) is none that PDF takes. Here and below lack of memory is thrown, and leaves a program that is of no
+    // more use.
     static std::unique_ptr<FontProgram> Open(const TextFont &font);
 
     FontProgram() = default;

@@ -1,8 +1,9 @@
 #include "devices/pdf/OutputIntent.h"
 
+#include "devices/colour/ColourContext.h"
 #include "devices/colour/Fogra39.h"
 #include "devices/colour/ProfileFile.h"
-#include "host/fonts/Owned.h"
+#include "host/MemoryWatch.h"
 
 #include <lcms2.h>
 
@@ -45,12 +46,15 @@ std::string WhyUnfit(const std::string &bytes)
 // Empty when the profile does not say.
 std::string DescriptionOf(const std::string &bytes)
 {
+    const ColourContext context;
     const auto close = [](void *profile) { cmsCloseProfile(profile); };
     const std::unique_ptr<void, decltype(close)> profile(
-        cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())), close);
+        cmsOpenProfileFromMemTHR(context.Get(), bytes.data(), static_cast<cmsUInt32Number>(bytes.size())),
+        close);
     std::array<char, 256> text = {};
     if (profile != nullptr)
         cmsGetProfileInfoASCII(profile.get(), cmsInfoDescription, "en", "US", text.data(), text.size());
+    context.Check();
     text.back() = '\0';
     return text.data();
 }
@@ -68,7 +72,7 @@ std::optional<PressProfile> ReadPressProfile(const std::string &profile, std::st
         press.isRegistered = true;
         return press;
     }
-    press.bytes = ReadFile(profile);
+    press.bytes = Watched([&] { return ReadFile(profile); });
     if (const std::string why = WhyUnfit(press.bytes); !why.empty()) {
         *error = "profile \"" + profile + "\" " + why + ": name one of the press, or fogra39";
         return std::nullopt;

@@ -13,6 +13,7 @@
 #include "devices/pdf/Shadings.h"
 #include "devices/pdf/TextWriter.h"
 #include "devices/vector/Frame.h"
+#include "host/MemoryWatch.h"
 
 #include <algorithm>
 #include <exception>
@@ -191,22 +192,24 @@ class PdfDevice final : public Device
             ShowRuns(runs, TextMode(false, false, true), {});
     }
 
-    std::string EndPage() override
+    Failure EndPage() override
     {
-        if (std::string why = WhyNoPdf(options_, page_); !why.empty())
+        if (Failure why = WhyNoPdf(options_, page_))
             return why;
         program_->text.End();
         program_->content.Finish();
-        if (!spool_->Error().empty())
-            return spool_->Error();
+        if (spool_->FirstFailure())
+            return spool_->FirstFailure();
+        const MemoryWatch watch;
         // The library that makes the file throws.
         try {
-            const std::string error = WriteFile();
-            return error.empty() ? spool_->Error() : error;
+            const Failure failure = WriteFile();
+            return failure ? failure : spool_->FirstFailure();
         } catch (const std::bad_alloc &) {
-            return "the file needs more memory than it may use: choose a higher limit";
+            return {FailureKind::OutOfMemory};
         } catch (const std::exception &failure) {
-            return failure.what();
+            return watch.HasRunOut() ? Failure{FailureKind::OutOfMemory}
+                                     : Failure{FailureKind::BadInput, failure.what()};
         }
     }
 
@@ -253,12 +256,12 @@ class PdfDevice final : public Device
 
     // The page keeps the document's own coordinates: its box need not start at the origin, and the numbers of its
     // program stay those that the document has.
-    std::string WriteFile()
+    Failure WriteFile()
     {
         PdfFile file(deflater_.get());
         QPDFObjectHandle resources = QPDFObjectHandle::newDictionary();
-        if (std::string error = AddFonts(&file, &resources); !error.empty())
-            return error;
+        if (Failure failure = AddFonts(&file, &resources))
+            return failure;
         AddInks(&file, &resources);
         const Box &box = page_.box;
         const QPDFObjectHandle size = QPDFObjectHandle::newArray(
@@ -276,12 +279,12 @@ class PdfDevice final : public Device
         return file.Write(sink_);
     }
 
-    std::string AddFonts(PdfFile *file, QPDFObjectHandle *resources)
+    Failure AddFonts(PdfFile *file, QPDFObjectHandle *resources)
     {
         QPDFObjectHandle fonts = QPDFObjectHandle::newDictionary();
         for (const EmbeddedFont *font : program_->fontsInOrder) {
-            if (std::string error = font->AddTo(file, &fonts); !error.empty())
-                return error;
+            if (Failure failure = font->AddTo(file, &fonts))
+                return failure;
         }
         AddResource("/Font", fonts, resources);
         return {};
@@ -342,20 +345,18 @@ std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, 
         if (!press)
             return nullptr;
     }
-    std::unique_ptr<PieceSpool> spool = PieceSpool::Open(options.spool, options.onSpoolFailure, error);
-    if (spool == nullptr)
-        return nullptr;
-    return std::make_unique<PdfDevice>(options, std::move(press), std::move(spool), std::move(sink));
+    return std::make_unique<PdfDevice>(options, std::move(press), std::make_unique<PieceSpool>(options.spool),
+                                       std::move(sink));
 }
 
-std::string WhyNoPdf(const PdfOptions &options, const Page &page)
+Failure WhyNoPdf(const PdfOptions &options, const Page &page)
 {
     if (options.standard == PdfX::None || !DateOf(options, page).empty())
         return {};
     const std::string has =
         page.created.empty() ? "none" : "\"" + page.created + "\", which can be read in two ways";
-    return "PDF/X asks for the date of creation, and the document has " + has +
-           ": set SOURCE_DATE_EPOCH to one, in seconds since 1970";
+    return {FailureKind::BadInput, "PDF/X asks for the date of creation, and the document has " + has +
+                                       ": set SOURCE_DATE_EPOCH to one, in seconds since 1970"};
 }
 
 } // namespace vxhost

@@ -7,7 +7,6 @@
 #include "host/drawing/Device.h"
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,16 +26,14 @@ struct PdfOptions {
     // An open file of the caller's, to be read and written, for what is too long to keep in memory; -1: a temporary
     // one is made in TMPDIR, by MakePdfDevice, which is the last time that the device opens anything but fonts.
     int spool = -1;
-    // Told the errno when that file can no longer be written or read; null: nobody asks. EndPage says it in words.
-    std::function<void(int)> onSpoolFailure;
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has
-// returned an empty string.
+// returned no failure.
 std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, std::string *error);
 
-// Why such a file cannot be made of that page, as one line for a person; empty: it can. A device that is given the
-// page all the same says so at its end.
-std::string WhyNoPdf(const PdfOptions &options, const Page &page);
+// Why such a file cannot be made of that page, if it cannot. A device that is given the page all the same says so at its
+// end.
+Failure WhyNoPdf(const PdfOptions &options, const Page &page);
 
 } // namespace vxhost

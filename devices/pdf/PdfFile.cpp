@@ -3,9 +3,11 @@
 #include "devices/vector/Numbers.h"
 
 #include <qpdf/Pipeline.hh>
+#include <qpdf/QPDFExc.hh>
 #include <qpdf/QPDFWriter.hh>
 
 #include <memory>
+#include <new>
 
 namespace vxhost::pdf
 {
@@ -39,19 +41,19 @@ class SinkPipeline final : public Pipeline
         gathered_.clear();
     }
 
-    const std::string &Error() const { return error_; }
+    const Failure &FirstFailure() const { return failure_; }
 
   private:
     static constexpr size_t kGatherBytes = 64 * 1024; // of qpdf's small writes
 
     void Send(std::string_view bytes)
     {
-        if (!bytes.empty() && error_.empty())
-            error_ = sink_(std::as_bytes(std::span(bytes)));
+        if (!bytes.empty() && !failure_)
+            failure_ = sink_(std::as_bytes(std::span(bytes)));
     }
 
     const ByteSink &sink_;
-    std::string error_;
+    Failure failure_;
     std::string gathered_;
 };
 
@@ -75,8 +77,16 @@ class PieceProvider final : public QPDFObjectHandle::StreamDataProvider
 
 PdfFile::PdfFile(Deflater *deflater) : deflater_(deflater)
 {
-    file_.emptyPDF();
-    file_.setSuppressWarnings(true);
+    file_.setSuppressWarnings(true); // they would be printed
+    // qpdf reads this from a text of its own, which only lack of memory makes it find damaged.
+    try {
+        file_.emptyPDF();
+        (void)file_.getObjectCount();
+    } catch (const QPDFExc &) {
+        throw std::bad_alloc();
+    }
+    if (file_.anyWarnings())
+        throw std::bad_alloc();
 }
 
 QPDFObjectHandle PdfFile::AddStream(const QPDFObjectHandle &dictionary, std::string_view bytes)
@@ -107,7 +117,7 @@ QPDFObjectHandle PdfFile::AddPieces(PieceSpool *spool)
     return array;
 }
 
-std::string PdfFile::Write(const ByteSink &sink)
+Failure PdfFile::Write(const ByteSink &sink)
 {
     SinkPipeline output(sink);
     QPDFWriter writer(file_);
@@ -119,7 +129,7 @@ std::string PdfFile::Write(const ByteSink &sink)
     writer.setDeterministicID(true);
     writer.write();
     output.finish();
-    return output.Error();
+    return output.FirstFailure();
 }
 
 std::string KeyOf(std::string_view name)

@@ -33,8 +33,8 @@ class PdfFile
     QPDFObjectHandle Catalog() { return file_.getRoot(); }
     QPDFObjectHandle Trailer() { return file_.getTrailer(); }
 
-    // Returns an empty string, or why the bytes could not be written.
-    std::string Write(const ByteSink &sink);
+    // Returns why the bytes could not be written, if they could not.
+    Failure Write(const ByteSink &sink);
 
   private:
     QPDF file_;

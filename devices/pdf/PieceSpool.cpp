@@ -19,43 +19,38 @@ constexpr size_t kReadBytes = 256 * 1024;
 
 } // namespace
 
-std::unique_ptr<PieceSpool> PieceSpool::Open(int descriptor, std::function<void(int)> onFailure,
-                                             std::string *error)
+PieceSpool::PieceSpool(int descriptor)
+    : file_(descriptor >= 0 ? fcntl(descriptor, F_DUPFD_CLOEXEC, 0) : OpenTemporaryFile())
 {
-    const int file = descriptor >= 0 ? fcntl(descriptor, F_DUPFD_CLOEXEC, 0) : OpenTemporaryFile();
-    if (file >= 0)
-        return std::unique_ptr<PieceSpool>(new PieceSpool(file, std::move(onFailure)));
-    const int cause = errno;
-    *error = "cannot make a temporary file in \"" + TemporaryFolder() + "\", " + std::strerror(cause) +
-             ": name another folder in TMPDIR";
-    if (onFailure)
-        onFailure(cause);
-    return nullptr;
+    if (file_ < 0)
+        Fail(errno);
 }
 
 PieceSpool::~PieceSpool()
 {
-    close(file_);
+    if (file_ >= 0)
+        close(file_);
 }
 
 void PieceSpool::Fail(int cause)
 {
-    error_ = std::string("cannot keep the page in a temporary file, ") + std::strerror(cause) +
-             ": name a folder with more room in TMPDIR";
-    if (onFailure_)
-        onFailure_(cause);
+    failure_ = {FailureKind::SpoolFailed,
+                std::string("cannot keep the page in a temporary file, ") + std::strerror(cause) +
+                    ": name another folder in TMPDIR",
+                cause};
 }
 
 void PieceSpool::Clear()
 {
     pieces_.clear();
     end_ = 0;
-    error_.clear();
+    if (file_ >= 0)
+        failure_ = {};
 }
 
 void PieceSpool::Add(std::span<const char> piece)
 {
-    if (!error_.empty())
+    if (failure_)
         return;
     pieces_.push_back({end_, piece.size(), false});
     while (!piece.empty()) {
@@ -78,7 +73,7 @@ void PieceSpool::Take(size_t piece, const std::function<void(std::span<const cha
     std::vector<char> part(std::min(wanted.bytes, kReadBytes));
     int64_t at = wanted.offset;
     const int64_t end = at + static_cast<int64_t>(wanted.bytes);
-    while (at < end && error_.empty()) {
+    while (at < end && !failure_) {
         const size_t count = std::min(part.size(), static_cast<size_t>(end - at));
         const ssize_t got = pread(file_, part.data(), count, at);
         if (got < 0 && errno == EINTR)

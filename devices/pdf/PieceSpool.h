@@ -4,13 +4,14 @@
 // given up opening files by the time it reads a document can still spool.
 #pragma once
 
+#include "host/Failure.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace vxhost::pdf
@@ -19,10 +20,8 @@ namespace vxhost::pdf
 class PieceSpool
 {
   public:
-    // Uses a copy of the descriptor; -1: a temporary file. Null when there is no place for one; error says why.
-    // onFailure, unless it is null, is told the errno of the first failure, of this one as well.
-    static std::unique_ptr<PieceSpool> Open(int descriptor, std::function<void(int)> onFailure,
-                                            std::string *error);
+    // Uses a copy of the descriptor; -1: a temporary file. Where there is no place for one it has failed from the start.
+    explicit PieceSpool(int descriptor);
     ~PieceSpool();
     PieceSpool(const PieceSpool &) = delete;
     PieceSpool &operator=(const PieceSpool &) = delete;
@@ -34,8 +33,8 @@ class PieceSpool
     // much.
     void Take(size_t piece, const std::function<void(std::span<const char>)> &take);
 
-    // Of the first failure, in words; empty: none. After one nothing more is kept.
-    const std::string &Error() const { return error_; }
+    // The first. After it nothing more is kept.
+    const Failure &FirstFailure() const { return failure_; }
 
   private:
     struct Piece {
@@ -44,16 +43,12 @@ class PieceSpool
         bool isTaken;
     };
 
-    PieceSpool(int file, std::function<void(int)> onFailure) : file_(file), onFailure_(std::move(onFailure))
-    {
-    }
     void Fail(int cause);
 
     int file_;
-    std::function<void(int)> onFailure_;
     std::vector<Piece> pieces_;
     int64_t end_ = 0;
-    std::string error_;
+    Failure failure_;
 };
 
 } // namespace vxhost::pdf

@@ -2,9 +2,13 @@
 // destroy, right below their setjmp.
 #include "devices/raster/PngWriter.h"
 
+#include "host/MemoryWatch.h"
+
 #include <algorithm>
 #include <cmath>
 #include <csetjmp>
+#include <exception>
+#include <new>
 #include <png.h>
 #include <utility>
 
@@ -37,7 +41,8 @@ struct PngWriter::State {
     png_infop info = nullptr;
     PngHeader header;
     ByteSink sink;
-    std::string error;
+    Failure failure;
+    std::exception_ptr thrown; // by the sink
 
     ~State() { png_destroy_write_struct(&png, &info); }
 
@@ -45,21 +50,41 @@ struct PngWriter::State {
     bool Row(const uint8_t *row);
     bool Finish();
 
+    // Takes one of these steps, unless something has failed.
+    template <typename Step>
+    void Take(const char *undone, Step &&step)
+    {
+        if (failure)
+            return;
+        const MemoryWatch watch;
+        const bool isDone = step();
+        if (thrown != nullptr)
+            std::rethrow_exception(std::exchange(thrown, nullptr));
+        if (failure)
+            return;
+        watch.Check();
+        if (!isDone)
+            failure = {FailureKind::BadInput, undone};
+    }
+
+    bool Send(std::span<const std::byte> bytes) noexcept
+    {
+        try {
+            failure = sink(bytes);
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+        return !failure && thrown == nullptr;
+    }
     static void WriteBytes(png_structp png, png_bytep bytes, size_t count)
     {
         auto *state = static_cast<State *>(png_get_io_ptr(png));
-        state->error = state->sink(std::as_bytes(std::span(bytes, count)));
-        if (!state->error.empty())
+        if (!state->Send(std::as_bytes(std::span(bytes, count))))
             png_error(png, "");
     }
     static void Flush(png_structp) {}
-    static void Fail(png_structp png, png_const_charp message)
-    {
-        auto *state = static_cast<State *>(png_get_error_ptr(png));
-        if (state->error.empty())
-            state->error = message;
-        png_longjmp(png, 1);
-    }
+    // What libpng has to say is about its caller's mistakes, or about memory, which is looked at in Take.
+    static void Fail(png_structp png, png_const_charp) { png_longjmp(png, 1); }
     static void Warn(png_structp, png_const_charp) {}
 };
 
@@ -121,24 +146,21 @@ PngWriter::PngWriter(const PngHeader &header, ByteSink sink) : state_(std::make_
     if (state_->png != nullptr)
         state_->info = png_create_info_struct(state_->png);
     if (state_->info == nullptr)
-        state_->error = "out of memory for the PNG file";
-    else if (!state_->Start() && state_->error.empty())
-        state_->error = "the PNG file cannot be begun";
+        throw std::bad_alloc();
+    state_->Take("the PNG file cannot be begun", [this] { return state_->Start(); });
 }
 
 PngWriter::~PngWriter() = default;
 
 void PngWriter::WriteRow(const uint8_t *row)
 {
-    if (state_->error.empty() && !state_->Row(row) && state_->error.empty())
-        state_->error = "the PNG file cannot be continued";
+    state_->Take("the PNG file cannot be continued", [&] { return state_->Row(row); });
 }
 
-std::string PngWriter::End()
+Failure PngWriter::End()
 {
-    if (state_->error.empty() && !state_->Finish() && state_->error.empty())
-        state_->error = "the PNG file cannot be completed";
-    return state_->error;
+    state_->Take("the PNG file cannot be completed", [this] { return state_->Finish(); });
+    return state_->failure;
 }
 
 } // namespace vxhost::raster

@@ -17,7 +17,8 @@ struct PngHeader {
     std::string profile; // what the colours were made with
 };
 
-// Rows come from the top, then End. After a failure the rest is ignored; End says what failed.
+// Rows come from the top, then End. After a failure the rest is ignored; End says what failed. But lack of memory is
+// thrown, as std::bad_alloc, and what the sink throws goes on.
 class PngWriter
 {
   public:
@@ -27,7 +28,7 @@ class PngWriter
     PngWriter &operator=(const PngWriter &) = delete;
 
     void WriteRow(const uint8_t *row);
-    std::string End();
+    Failure End();
 
   private:
     struct State;

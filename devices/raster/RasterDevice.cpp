@@ -122,13 +122,13 @@ class RasterDevice : public Device
     {
         page_ = page;
         size_ = FindPictureSize(page.box, options_);
-        error_ = size_.error;
+        failure_ = size_.failure;
         lastClip_.Clear();
         clipState_ = ClipState::Made;
         clips_.Reset({}); // before the budget, to which masks give back
         buffer_.reset();
         budget_ = MemoryCap(options_.memoryLimit);
-        if (!error_.empty())
+        if (failure_)
             return;
         const int n = options_.samples;
         const double scaleX = size_.width * n / page.box.Width();
@@ -236,19 +236,20 @@ class RasterDevice : public Device
         }
     }
 
-    std::string EndPage() override
+    Failure EndPage() override
     {
-        if (error_.empty() && budget_.IsExhausted())
-            error_ = "the picture needs more memory than " + std::to_string(options_.memoryLimit >> 20) +
-                     " MiB: choose a smaller size, fewer samples or a higher limit";
-        if (error_.empty())
-            error_ = WriteRows();
+        if (!failure_ && budget_.IsExhausted())
+            failure_ = {FailureKind::OutOfMemory,
+                        "the picture needs more memory than " + std::to_string(options_.memoryLimit >> 20) +
+                            " MiB: choose a smaller size, fewer samples or a higher limit"};
+        if (!failure_)
+            failure_ = WriteRows();
         buffer_.reset();
-        return error_;
+        return failure_;
     }
 
   protected:
-    virtual std::string WriteRows() = 0;
+    virtual Failure WriteRows() = 0;
 
     const RasterOptions options_;
     Page page_;
@@ -311,7 +312,7 @@ class RasterDevice : public Device
         clips_.Replace(clips_.Top().Intersect(&scanner_, &budget_));
     }
 
-    std::string error_;
+    Failure failure_;
     Matrix toSamples_;
     ClipStack clips_;
     Path lastClip_; // that makes the top, if nothing else has since
@@ -333,7 +334,7 @@ class PngDevice final : public RasterDevice
     }
 
   protected:
-    std::string WriteRows() override
+    Failure WriteRows() override
     {
         PngHeader header;
         header.width = size_.width;
@@ -367,11 +368,11 @@ class PictureDevice final : public RasterDevice
     }
 
   protected:
-    std::string WriteRows() override
+    Failure WriteRows() override
     {
         const size_t rowBytes = static_cast<size_t>(size_.width) * 4;
         if (!budget_.Take(rowBytes * static_cast<size_t>(size_.height)))
-            return "the picture does not fit into the memory that it may use";
+            return {FailureKind::OutOfMemory, "the picture does not fit into the memory that it may use"};
         picture_->width = size_.width;
         picture_->height = size_.height;
         picture_->rgba.assign(rowBytes * static_cast<size_t>(size_.height), 255);
@@ -406,10 +407,10 @@ std::unique_ptr<ScreenColours> CheckOptions(const RasterOptions &options, std::s
 
 ByteSink WriteTo(std::FILE *file)
 {
-    return [file](std::span<const std::byte> bytes) -> std::string {
+    return [file](std::span<const std::byte> bytes) -> Failure {
         if (std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size())
             return {};
-        return std::strerror(errno);
+        return {FailureKind::CannotWrite, std::strerror(errno), errno};
     };
 }
 

@@ -28,7 +28,7 @@ struct Picture {
 };
 
 // Null when the options cannot be met (the profile cannot be read, say); error is then one line for a
-// person. The output is complete when EndPage has returned an empty string.
+// person. The output is complete when EndPage has returned no failure.
 std::unique_ptr<Device> MakePngDevice(const RasterOptions &options, ByteSink sink, std::string *error);
 std::unique_ptr<Device> MakePictureDevice(const RasterOptions &options, Picture *picture, std::string *error);
 

@@ -26,7 +26,7 @@ PictureSize FindPictureSize(const Box &box, const RasterOptions &options)
 {
     const double boxWidth = box.Width(), boxHeight = box.Height();
     if (!(boxWidth > 0) || !(boxHeight > 0) || !std::isfinite(boxWidth) || !std::isfinite(boxHeight))
-        return {0, 0, "the box to draw is empty: choose one with --box"};
+        return {0, 0, {FailureKind::BadInput, "the box to draw is empty: choose one with --box"}};
 
     double width = options.width, height = options.height;
     if (options.fit > 0) {
@@ -40,16 +40,17 @@ PictureSize FindPictureSize(const Box &box, const RasterOptions &options)
     } else if (!(width > 0)) {
         const double scale = options.dpi * options.zoom / 72;
         if (!(scale > 0) || !std::isfinite(scale))
-            return {0, 0, "resolution and zoom must be more than 0"};
+            return {0, 0, {FailureKind::BadInput, "resolution and zoom must be more than 0"}};
         width = boxWidth * scale;
         height = boxHeight * scale;
     }
     width = std::max(std::round(width), 1.0);
     height = std::max(std::round(height), 1.0);
     if (!(width <= kMaxSide) || !(height <= kMaxSide) || !(width * height <= kMaxPixels))
-        return {0, 0,
-                "a picture of " + Text(width) + " by " + Text(height) +
-                    " pixels is too large: choose a smaller size or resolution"};
+        return {0,
+                0,
+                {FailureKind::TooLarge, "a picture of " + Text(width) + " by " + Text(height) +
+                                            " pixels is too large: choose a smaller size or resolution"}};
     return {static_cast<int>(width), static_cast<int>(height), {}};
 }
 

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 
 namespace vxhost
 {
@@ -27,7 +26,7 @@ struct RasterOptions : ScreenOptions {
 
 struct PictureSize {
     int width = 0, height = 0; // at least 1 when there is no error
-    std::string error;         // not empty: there can be no such picture; one line for a person
+    Failure failure;           // there can be no such picture
 };
 
 PictureSize FindPictureSize(const Box &box, const RasterOptions &options);

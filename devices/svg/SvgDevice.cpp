@@ -72,7 +72,7 @@ class SvgDevice final : public Device
         return options_.text == TextOutput::Text && page_->text.CanShow(font);
     }
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override;
-    std::string EndPage() override;
+    Failure EndPage() override;
 
   private:
     void EndElement()
@@ -189,7 +189,7 @@ void SvgDevice::ShowText(std::span<const GlyphRun> runs, const TextPaint &paint)
         page_->clips.IntersectWith([&] { page_->text.WriteOutlines(runs); });
 }
 
-std::string SvgDevice::EndPage()
+Failure SvgDevice::EndPage()
 {
     EndElement();
     page_->clips.End();

@@ -20,7 +20,7 @@ struct SvgOptions : ScreenOptions {
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has
-// returned an empty string.
+// returned no failure.
 std::unique_ptr<Device> MakeSvgDevice(const SvgOptions &options, ByteSink sink, std::string *error);
 
 } // namespace vxhost

@@ -1,13 +1,16 @@
 // Rules for setting text (kerning, ligatures, alternates) stay behind: every character has its place already.
 #include "devices/svg/WebFont.h"
 
+#include "host/MemoryWatch.h"
 #include "host/fonts/EmbeddingRights.h"
+#include "host/fonts/FontSubset.h"
 #include "host/fonts/NameTraits.h"
 
 #include <hb-ot.h>
 #include <hb.h>
 
 #include <algorithm>
+#include <new>
 
 namespace vxhost::svg
 {
@@ -85,6 +88,11 @@ const char *StretchName(float percent)
 
 std::unique_ptr<WebFont> WebFont::Open(const TextFont &font)
 {
+    return Watched([&] { return OpenFace(font); });
+}
+
+std::unique_ptr<WebFont> WebFont::OpenFace(const TextFont &font)
+{
     const auto index = static_cast<unsigned>(font.faceIndex);
     const bool isNamedVariation = index >> 16 != 0;
     const Blob blob(hb_blob_create_from_file_or_fail(font.file.c_str()));
@@ -152,7 +160,7 @@ double WebFont::Kerning(char32_t first, char32_t second)
 {
     KnownPair &known = pairs_[(first * 67 + second) % kKnownPairs];
     if (known.first != first || known.second != second)
-        known = {first, second, FindKerning(first, second)};
+        known = {first, second, Watched([&] { return FindKerning(first, second); })};
     return known.kerning;
 }
 
@@ -168,8 +176,15 @@ const Path &WebFont::Outline(uint32_t glyph)
 
 std::vector<std::byte> WebFont::MakeSubset() const
 {
+    if (hb_set_allocation_successful(reached_.get()) == 0)
+        throw std::bad_alloc();
     if (hb_set_is_empty(reached_.get()) != 0)
         return {};
+    return Watched([&] { return CutSubset(); });
+}
+
+std::vector<std::byte> WebFont::CutSubset() const
+{
     const Owned<hb_subset_input_t, hb_subset_input_destroy> input(hb_subset_input_create_or_fail());
     if (input == nullptr)
         return {};
@@ -178,7 +193,7 @@ std::vector<std::byte> WebFont::MakeSubset() const
     for (const hb_tag_t tag : kDroppedTables)
         hb_set_add(dropped, tag);
     hb_subset_input_set_flags(input.get(), HB_SUBSET_FLAGS_NO_HINTING);
-    const Owned<hb_face_t, hb_face_destroy> subset(hb_subset_or_fail(face_.get(), input.get()));
+    const Owned<hb_face_t, hb_face_destroy> subset = CutFont(face_.get(), input.get());
     if (subset == nullptr)
         return {};
     const Blob blob(hb_face_reference_blob(subset.get()));

@@ -31,7 +31,8 @@ struct FontNames {
 class WebFont
 {
   public:
-    // Null: the licence in the font's own bits forbids it, or browsers do not take fonts of that kind.
+    // Null: the licence in the font's own bits forbids it, or browsers do not take fonts of that kind. Here and below
+    // lack of memory is thrown, and leaves a font that is of no more use.
     static std::unique_ptr<WebFont> Open(const TextFont &font);
 
     const FontNames &Names() const { return names_; }
@@ -44,7 +45,7 @@ class WebFont
     // Ems, y up.
     const Path &Outline(uint32_t glyph);
 
-    // The font with the characters that were reached. Empty when it could not be made, or there are none.
+    // The font with the characters that were reached. Empty when the file turns out to be damaged, or there are none.
     std::vector<std::byte> MakeSubset() const;
 
   private:
@@ -61,7 +62,9 @@ class WebFont
     static constexpr size_t kKnownPairs = 4096;
 
     WebFont() : pairs_(kKnownPairs) {}
+    static std::unique_ptr<WebFont> OpenFace(const TextFont &font);
     double FindKerning(char32_t first, char32_t second) const;
+    std::vector<std::byte> CutSubset() const;
     void FindNames();
 
     Owned<hb_face_t, hb_face_destroy> face_;

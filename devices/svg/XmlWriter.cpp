@@ -45,8 +45,8 @@ char32_t TakeCharacter(std::string_view *utf8)
 
 void XmlWriter::Flush()
 {
-    if (error_.empty() && at_ != buffer_.data())
-        error_ = sink_(std::as_bytes(std::span(buffer_.data(), at_)));
+    if (!failure_ && at_ != buffer_.data())
+        failure_ = sink_(std::as_bytes(std::span(buffer_.data(), at_)));
     at_ = buffer_.data();
 }
 
@@ -146,10 +146,10 @@ void XmlWriter::Base64(std::span<const std::byte> bytes)
     }
 }
 
-std::string XmlWriter::Finish()
+Failure XmlWriter::Finish()
 {
     Flush();
-    return error_;
+    return failure_;
 }
 
 } // namespace vxhost::svg

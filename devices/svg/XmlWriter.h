@@ -57,8 +57,8 @@ class XmlWriter
     void Character(char32_t character);
     void Base64(std::span<const std::byte> bytes);
 
-    // Hands the rest over. Returns an empty string, or why something could not be written.
-    std::string Finish();
+    // Hands the rest over. Returns why something could not be written, if it could not.
+    Failure Finish();
 
   private:
     size_t Room() const { return static_cast<size_t>(buffer_.data() + buffer_.size() - at_); }
@@ -71,7 +71,7 @@ class XmlWriter
     void MarkupInParts(std::string_view text);
 
     ByteSink sink_;
-    std::string error_;
+    Failure failure_;
     std::array<char, size_t{1} << 16> buffer_;
     char *at_ = buffer_.data();
 };

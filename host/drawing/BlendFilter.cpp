@@ -67,7 +67,7 @@ void BlendFilter::ShowText(std::span<const GlyphRun> runs, const TextPaint &pain
     Flushed()->ShowText(runs, paint);
 }
 
-std::string BlendFilter::EndPage()
+Failure BlendFilter::EndPage()
 {
     return Flushed()->EndPage();
 }

@@ -24,7 +24,7 @@ class BlendFilter final : public Device
     void Shade(const Shading &shading) override;
     bool CanShow(const TextFont &font) override;
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override;
-    std::string EndPage() override;
+    Failure EndPage() override;
 
   private:
     // The device, for anything but a further step.

@@ -2,9 +2,11 @@
 //
 // The drawing state (path, matrix, colour, line attributes, save and restore) is kept once, by Drawing; a
 // device receives finished things in the order in which they are painted. Calls come from one thread. A
-// device reports failure from EndPage only; after its own failure it ignores what else it is given.
+// device reports failure from EndPage only; after its own failure it ignores what else it is given. But each procedure
+// may throw std::bad_alloc; then there is no output.
 #pragma once
 
+#include "host/Failure.h"
 #include "host/drawing/GlyphRun.h"
 #include "host/drawing/Paint.h"
 #include "host/drawing/Path.h"
@@ -65,8 +67,8 @@ class Device
     // united and then intersected with the clip.
     virtual void ShowText(std::span<const GlyphRun>, const TextPaint &) {}
 
-    // Completes the output. Returns an empty string, or what went wrong as one line for a person.
-    virtual std::string EndPage() = 0;
+    // Completes the output, and returns what went wrong, if something did.
+    virtual Failure EndPage() = 0;
 };
 
 } // namespace vxhost

@@ -1,5 +1,7 @@
 #include "host/fonts/FontFile.h"
 
+#include "host/MemoryWatch.h"
+#include "host/fonts/FontLibrary.h"
 #include "host/fonts/Owned.h"
 
 #include <ft2build.h>
@@ -8,6 +10,10 @@
 
 #include <hb-ot.h>
 #include <hb.h>
+
+#include <new>
+#include <type_traits>
+#include <utility>
 
 namespace vxhost
 {
@@ -41,9 +47,13 @@ class OutlineBuilder
             path_.verbs.push_back(Verb::Close);
     }
 
+    void Fail() { hasFailed_ = true; }
+
     // With the outer contours anticlockwise, whatever the format's own way is.
     Path Take()
     {
+        if (hasFailed_)
+            throw std::bad_alloc();
         Close();
         if (SignedArea() >= 0)
             return std::move(path_);
@@ -83,12 +93,20 @@ class OutlineBuilder
     }
 
     double scale_;
+    bool hasFailed_ = false; // there was no memory for all of it
     Path path_;
 };
 
-OutlineBuilder *Builder(void *data)
+// A step of the builder that a library's callback got as its data: nothing is thrown through the library.
+template <typename Step>
+void Build(void *data, Step &&step) noexcept
 {
-    return static_cast<OutlineBuilder *>(data);
+    auto *builder = static_cast<OutlineBuilder *>(data);
+    try {
+        step(*builder);
+    } catch (const std::bad_alloc &) {
+        builder->Fail();
+    }
 }
 
 class OpenTypeFile final : public FontFile
@@ -96,6 +114,53 @@ class OpenTypeFile final : public FontFile
   public:
     // Null for a format that HarfBuzz does not read.
     static std::unique_ptr<FontFile> Open(const std::string &file, int faceIndex)
+    {
+        return Watched([&] { return OpenFace(file, faceIndex); });
+    }
+
+    uint32_t FindGlyph(char32_t character) const override
+    {
+        return Use([&] {
+            hb_codepoint_t glyph = 0;
+            return hb_font_get_nominal_glyph(font_.get(), character, &glyph) == 0 ? 0 : glyph;
+        });
+    }
+
+    // Set alone in a column, a character gets its vertical form from the font's own rules.
+    uint32_t FindVerticalGlyph(char32_t character) const override
+    {
+        const uint32_t nominal = FindGlyph(character);
+        return nominal == 0 ? 0 : Use([&] { return ShapeVertical(character, nominal); });
+    }
+
+    int32_t Advance(uint32_t glyph) const override
+    {
+        return Use([&] { return hb_font_get_glyph_h_advance(font_.get(), glyph); });
+    }
+
+    Path Outline(uint32_t glyph) const override
+    {
+        return Use([&] {
+            OutlineBuilder builder(kOneEm);
+            hb_font_get_glyph_shape(font_.get(), glyph, draw_.get(), &builder);
+            return builder.Take();
+        });
+    }
+
+  private:
+    // A table that HarfBuzz once had no memory for is empty from then on: the file is lost.
+    template <typename Call>
+    std::invoke_result_t<Call> Use(Call &&call) const
+    {
+        if (isLost_)
+            throw std::bad_alloc();
+        isLost_ = true;
+        auto result = Watched(std::forward<Call>(call));
+        isLost_ = false;
+        return result;
+    }
+
+    static std::unique_ptr<FontFile> OpenFace(const std::string &file, int faceIndex)
     {
         // The lower half of the index is the face's place in its file, the upper half counts its named variations.
         const auto index = static_cast<unsigned>(faceIndex);
@@ -113,17 +178,8 @@ class OpenTypeFile final : public FontFile
         return opened;
     }
 
-    uint32_t FindGlyph(char32_t character) const override
+    uint32_t ShapeVertical(char32_t character, uint32_t nominal) const
     {
-        hb_codepoint_t glyph = 0;
-        return hb_font_get_nominal_glyph(font_.get(), character, &glyph) == 0 ? 0 : glyph;
-    }
-
-    // Set alone in a column, a character gets its vertical form from the font's own rules.
-    uint32_t FindVerticalGlyph(char32_t character) const override
-    {
-        if (FindGlyph(character) == 0)
-            return 0;
         const Owned<hb_buffer_t, hb_buffer_destroy> buffer(hb_buffer_create());
         hb_buffer_add_utf32(buffer.get(), reinterpret_cast<const uint32_t *>(&character), 1, 0, 1);
         hb_buffer_set_direction(buffer.get(), HB_DIRECTION_TTB);
@@ -131,63 +187,61 @@ class OpenTypeFile final : public FontFile
         hb_shape(font_.get(), buffer.get(), nullptr, 0);
         unsigned count = 0;
         const hb_glyph_info_t *glyphs = hb_buffer_get_glyph_infos(buffer.get(), &count);
-        return count == 1 ? glyphs[0].codepoint : FindGlyph(character);
+        return count == 1 ? glyphs[0].codepoint : nominal;
     }
 
-    int32_t Advance(uint32_t glyph) const override { return hb_font_get_glyph_h_advance(font_.get(), glyph); }
-
-    Path Outline(uint32_t glyph) const override
-    {
-        OutlineBuilder builder(kOneEm);
-        hb_font_get_glyph_shape(font_.get(), glyph, draw_.get(), &builder);
-        return builder.Take();
-    }
-
-  private:
     OpenTypeFile() : draw_(hb_draw_funcs_create())
     {
         hb_draw_funcs_t *draw = draw_.get();
         hb_draw_funcs_set_move_to_func(
             draw,
             [](hb_draw_funcs_t *, void *to, hb_draw_state_t *, float x, float y, void *) {
-                Builder(to)->MoveTo(x, y);
+                Build(to, [&](OutlineBuilder &b) { b.MoveTo(x, y); });
             },
             nullptr, nullptr);
         hb_draw_funcs_set_line_to_func(
             draw,
             [](hb_draw_funcs_t *, void *to, hb_draw_state_t *, float x, float y, void *) {
-                Builder(to)->LineTo(x, y);
+                Build(to, [&](OutlineBuilder &b) { b.LineTo(x, y); });
             },
             nullptr, nullptr);
         // HarfBuzz turns quadratic curves into cubic ones where nobody asks for them.
         hb_draw_funcs_set_cubic_to_func(
             draw,
             [](hb_draw_funcs_t *, void *to, hb_draw_state_t *, float x1, float y1, float x2, float y2,
-               float x3, float y3, void *) { Builder(to)->CurveTo(x1, y1, x2, y2, x3, y3); },
+               float x3, float y3,
+               void *) { Build(to, [&](OutlineBuilder &b) { b.CurveTo(x1, y1, x2, y2, x3, y3); }); },
             nullptr, nullptr);
         hb_draw_funcs_set_close_path_func(
-            draw, [](hb_draw_funcs_t *, void *to, hb_draw_state_t *, void *) { Builder(to)->Close(); },
+            draw,
+            [](hb_draw_funcs_t *, void *to, hb_draw_state_t *, void *) {
+                Build(to, [](OutlineBuilder &b) { b.Close(); });
+            },
             nullptr, nullptr);
     }
 
     Owned<hb_font_t, hb_font_destroy> font_;
     Owned<hb_draw_funcs_t, hb_draw_funcs_destroy> draw_;
+    mutable bool isLost_ = false;
 };
+
+double Number(FT_Pos units)
+{
+    return static_cast<double>(units);
+}
 
 class Type1File final : public FontFile
 {
   public:
     static std::unique_ptr<FontFile> Open(const std::string &file, int faceIndex)
     {
-        FT_Library library = nullptr;
-        if (FT_Init_FreeType(&library) != 0)
-            return nullptr;
         std::unique_ptr<Type1File> opened(new Type1File);
-        opened->library_.reset(library);
         FT_Face face = nullptr;
-        if (FT_New_Face(library, file.c_str(), faceIndex, &face) != 0)
-            return nullptr;
+        const FT_Error error = FT_New_Face(opened->library_.Get(), file.c_str(), faceIndex, &face);
         opened->face_.reset(face);
+        opened->library_.Check();
+        if (error != 0)
+            return nullptr;
         // The names of some fonts' glyphs say nothing to FreeType: what is left is their own order.
         if (FT_Get_Char_Index(face, 'A') == 0)
             (void)FT_Select_Charmap(face, FT_ENCODING_ADOBE_CUSTOM); // else as it is
@@ -213,22 +267,23 @@ class Type1File final : public FontFile
         OutlineBuilder builder(face_->units_per_EM);
         FT_Outline_Funcs draw = {};
         draw.move_to = [](const FT_Vector *to, void *data) {
-            Builder(data)->MoveTo(static_cast<double>(to->x), static_cast<double>(to->y));
+            Build(data, [&](OutlineBuilder &b) { b.MoveTo(Number(to->x), Number(to->y)); });
             return 0;
         };
         draw.line_to = [](const FT_Vector *to, void *data) {
-            Builder(data)->LineTo(static_cast<double>(to->x), static_cast<double>(to->y));
+            Build(data, [&](OutlineBuilder &b) { b.LineTo(Number(to->x), Number(to->y)); });
             return 0;
         };
         // Type 1 outlines have no quadratic curves; the procedure must be there.
         draw.conic_to = [](const FT_Vector *, const FT_Vector *to, void *data) {
-            Builder(data)->LineTo(static_cast<double>(to->x), static_cast<double>(to->y));
+            Build(data, [&](OutlineBuilder &b) { b.LineTo(Number(to->x), Number(to->y)); });
             return 0;
         };
         draw.cubic_to = [](const FT_Vector *c1, const FT_Vector *c2, const FT_Vector *to, void *data) {
-            Builder(data)->CurveTo(static_cast<double>(c1->x), static_cast<double>(c1->y),
-                                   static_cast<double>(c2->x), static_cast<double>(c2->y),
-                                   static_cast<double>(to->x), static_cast<double>(to->y));
+            Build(data, [&](OutlineBuilder &b) {
+                b.CurveTo(Number(c1->x), Number(c1->y), Number(c2->x), Number(c2->y), Number(to->x),
+                          Number(to->y));
+            });
             return 0;
         };
         if (Load(glyph) && face_->glyph->format == FT_GLYPH_FORMAT_OUTLINE)
@@ -239,9 +294,14 @@ class Type1File final : public FontFile
   private:
     Type1File() = default;
 
-    bool Load(uint32_t glyph) const { return FT_Load_Glyph(face_.get(), glyph, FT_LOAD_NO_SCALE) == 0; }
+    bool Load(uint32_t glyph) const
+    {
+        const FT_Error error = FT_Load_Glyph(face_.get(), glyph, FT_LOAD_NO_SCALE);
+        library_.Check();
+        return error == 0;
+    }
 
-    Owned<FT_LibraryRec_, FT_Done_FreeType> library_;
+    FontLibrary library_;
     Owned<FT_FaceRec_, FT_Done_Face> face_; // goes before its library
 };
 

@@ -15,7 +15,8 @@ namespace vxhost
 class FontFile
 {
   public:
-    // Null when the file is not there or neither library can read it. faceIndex as in FontList::Entry.
+    // Null when the file is not there or neither library can read it. faceIndex as in FontList::Entry. Here and below
+    // lack of memory is thrown, wherever a library meets it: a glyph is never missing for want of it.
     static std::unique_ptr<FontFile> Open(const std::string &file, int faceIndex);
 
     FontFile() = default;

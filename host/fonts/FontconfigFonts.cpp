@@ -1,5 +1,6 @@
 #include "host/fonts/FontconfigFonts.h"
 
+#include "host/MemoryWatch.h"
 #include "host/fonts/FontNames.h"
 #include "host/fonts/Owned.h"
 #include "host/fonts/StandIns.h"
@@ -7,6 +8,7 @@
 #include <fontconfig/fontconfig.h>
 
 #include <algorithm>
+#include <new>
 #include <string_view>
 #include <tuple>
 #include <utility>
@@ -112,19 +114,29 @@ FcConfig *MakeConfig(const FontSources &sources)
     return config;
 }
 
+// Null of what only lack of memory keeps from being made.
+template <typename Object>
+void CheckMade(const Object &made)
+{
+    if (made == nullptr)
+        throw std::bad_alloc();
+}
+
 std::vector<FontList::Entry> ListInstalled(const FontSources &sources)
 {
     const Owned<FcConfig, FcConfigDestroy> config(MakeConfig(sources));
-    if (config == nullptr)
-        return {};
+    CheckMade(config);
+    // It reads lists, not files: nothing else fails here.
+    const MemoryWatch watch;
     const Owned<FcPattern, FcPatternDestroy> outlines(
         FcPatternBuild(nullptr, FC_OUTLINE, FcTypeBool, FcTrue, FC_VARIABLE, FcTypeBool, FcFalse, nullptr));
     const Owned<FcObjectSet, FcObjectSetDestroy> wanted(
         FcObjectSetBuild(FC_POSTSCRIPT_NAME, FC_FAMILY, FC_FILE, FC_INDEX, FC_FONTFORMAT, FC_WEIGHT, FC_WIDTH,
                          FC_SLANT, FC_LANG, nullptr));
+    CheckMade(outlines);
+    CheckMade(wanted);
     const Owned<FcFontSet, FcFontSetDestroy> found(FcFontList(config.get(), outlines.get(), wanted.get()));
-    if (found == nullptr)
-        return {};
+    CheckMade(found);
 
     std::vector<Candidate> candidates;
     for (int i = 0; i < found->nfont; ++i) {
@@ -132,6 +144,7 @@ std::vector<FontList::Entry> ListInstalled(const FontSources &sources)
         if (ReadCandidate(found->fonts[i], &candidate))
             candidates.push_back(std::move(candidate));
     }
+    watch.Check();
     std::ranges::sort(candidates, {}, &Candidate::Rank);
 
     std::vector<FontList::Entry> entries;

@@ -18,7 +18,8 @@ struct FontSources {
 };
 
 // The installed fonts, then an entry for each classic font that is not installed and that one with the same widths
-// can stand in for. With no font at all there is one entry, whose characters are boxes.
+// can stand in for. With no font at all there is one entry, whose characters are boxes. Lack of memory is
+// thrown.
 std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources = {});
 
 } // namespace vxhost

@@ -25,7 +25,7 @@ class NoDevice final : public Device
     void FillPath(const Path &, const Paint &) override {}
     void StrokePath(const Path &, const StrokeStyle &, const Paint &) override {}
     bool CanShow(const TextFont &) override { return true; } // nobody needs the outlines of its glyphs
-    std::string EndPage() override { return ""; }
+    Failure EndPage() override { return {}; }
 };
 
 // What the document's text and its header ask for.

@@ -88,7 +88,7 @@ class Kinds(FilesTest):
                  ("a.vx", "pipe", 4, "pipe: is a pipe, not a file: name a file"),
                  ("a.vx", "/dev/null", 4, "/dev/null: is a device, not a file: name a file")]
         results = self.batch(*({"input": i, "output": o, "format": "png"} for i, o, _, _ in cases),
-                             {"input": "a.vx", "output": "d.png"}, status=4)
+                             {"input": "a.vx", "output": "d.png"}, words=["--allow-outside"], status=4)
         self.assertEqual([(r["exit"], r.get("error")) for r in results],
                          [(code, error) for _, _, code, error in cases] + [(0, None)])
         self.assertEqual(self.files(), ["a.vx", "d.png", "pipe"])

@@ -49,7 +49,7 @@ vxhost::Picture Render(const std::string &path, std::string *error)
         return {};
     const vxhost::Outcome outcome = reading.Draw(reading.PageFor(), *device);
     EXPECT_EQ(outcome.result, 0);
-    *error = outcome.deviceError;
+    EXPECT_FALSE(outcome.failure) << outcome.failure.text;
     return picture;
 }
 

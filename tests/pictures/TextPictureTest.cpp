@@ -84,7 +84,7 @@ vxhost::Picture DrawDocument(const std::string &lines)
     const auto device = MakeDevice(&picture);
     const vxhost::Outcome outcome = reading.Draw(reading.PageFor(), *device);
     EXPECT_EQ(outcome.result, 0);
-    EXPECT_EQ(outcome.deviceError, "");
+    EXPECT_FALSE(outcome.failure);
     return picture;
 }
 
@@ -124,7 +124,7 @@ vxhost::Picture DrawGlyphs(const TextPictureCase &picture)
         EXPECT_NE(found.at(0), 0u) << glyph.glyph;
         device->FillPath(font.Outline(found.at(0), matrix), {});
     }
-    EXPECT_EQ(device->EndPage(), "");
+    EXPECT_FALSE(device->EndPage());
     return drawn;
 }
 

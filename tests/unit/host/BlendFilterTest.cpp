@@ -32,7 +32,7 @@ std::string DrawFiltered(const Draw &draw)
     RecordingDevice device;
     BlendFilter filter(&device);
     draw(&filter);
-    filter.EndPage();
+    EXPECT_FALSE(filter.EndPage());
     return device.calls;
 }
 
@@ -40,7 +40,7 @@ std::string DrawDirectly(const Draw &draw)
 {
     RecordingDevice device;
     draw(&device);
-    device.EndPage();
+    EXPECT_FALSE(device.EndPage());
     return device.calls;
 }
 
@@ -554,7 +554,7 @@ class KeepingDevice final : public Device
         paints.push_back(paint);
     }
     void StrokePath(const Path &, const StrokeStyle &, const Paint &) override {}
-    std::string EndPage() override { return {}; }
+    Failure EndPage() override { return {}; }
 };
 
 // Rectangles that often join, under a matrix that rounds, in colours that jump: no digit may change.
@@ -581,7 +581,7 @@ TEST(BlendFilter, KeepsEveryBitOfOrdinaryShapes)
     draw(&direct);
     BlendFilter filter(&filtered);
     draw(&filter);
-    filter.EndPage();
+    EXPECT_FALSE(filter.EndPage());
     ASSERT_EQ(filtered.paths.size(), direct.paths.size());
     for (size_t i = 0; i < direct.paths.size(); ++i) {
         ASSERT_EQ(filtered.paths[i].verbs, direct.paths[i].verbs) << i;
@@ -607,7 +607,7 @@ TEST(BlendFilter, HoldsLittleBack)
             held = std::max(held, static_cast<size_t>(i + 1) - device.paths.size());
         }
         EXPECT_LE(held, 200U);
-        filter.EndPage();
+        EXPECT_FALSE(filter.EndPage());
         EXPECT_EQ(device.paths.size(), size_t{kSteps});
     }
 }

@@ -40,6 +40,7 @@ TEST_F(CappedHeapTest, RefusesWhatGoesOverTheLimit)
     void *first = Allocate(600);
     EXPECT_EQ(Allocate(401), nullptr);
     EXPECT_TRUE(heap_.WasLimitHit());
+    EXPECT_TRUE(heap_.HasRefused());
     void *fits = Allocate(400);
     EXPECT_NE(fits, nullptr) << "a refusal takes nothing";
     EXPECT_EQ(Allocate(INT32_MAX), nullptr);
@@ -62,6 +63,7 @@ TEST_F(CappedHeapTest, TakesNonsenseCalmly)
 {
     EXPECT_EQ(Allocate(-1), nullptr);
     EXPECT_FALSE(heap_.WasLimitHit());
+    EXPECT_FALSE(heap_.HasRefused());
     Release(nullptr);
     EXPECT_EQ(heap_.HeldBytes(), 0);
 }

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstring>
 #include <new>
 #include <stdexcept>
@@ -154,6 +155,22 @@ TEST_F(PluginTest, TooLittleMemoryIsAnOutcome)
     EXPECT_LE(outcome.peakHeap, 1000);
 }
 
+// A plug-in may take a line for malformed because it got no memory for it, or go on without.
+TEST_F(PluginTest, MemoryThatWasRefusedIsAnOutcomeWhateverThePluginSays)
+{
+    options_.maxHeap = 1000;
+    for (const int16_t answer : {kVXBadFormat, kVXOk}) {
+        static int16_t said;
+        said = answer;
+        const Outcome outcome = Run([](int32_t selector, HostCallRecord *record, void *, int16_t *result) {
+            if (selector == kVXParse && record->memory->allocate(2000, record->memory->refcon) == nullptr)
+                *result = said;
+        });
+        EXPECT_EQ(outcome.result, kVXOutOfMemory) << answer;
+        EXPECT_TRUE(outcome.memoryLimitHit) << answer;
+    }
+}
+
 TEST_F(PluginTest, ThreadsDrawAtOnce)
 {
     const auto plugin = Load();
@@ -286,7 +303,7 @@ TEST_F(PluginTest, ADeviceWithoutMemoryIsAnOutcome)
     });
     EXPECT_EQ(outcome.result, kVXOutOfMemory);
     EXPECT_FALSE(outcome.memoryLimitHit) << "the machine's limit, not ours";
-    EXPECT_EQ(device_.calls, "begin 100 100; end");
+    EXPECT_EQ(device_.calls, "begin 100 100") << "it is in the middle of a fill";
 }
 
 TEST_F(PluginTest, SavesWithoutEndAreAnOutcome)
@@ -302,8 +319,11 @@ TEST_F(PluginTest, SavesWithoutEndAreAnOutcome)
 
 TEST_F(PluginTest, WhatTheDeviceSaysAtTheEndIsKept)
 {
-    device_.endPageError = "disk full";
-    EXPECT_EQ(Load()->Draw(*MakeDocument(kSquare), options_, TestPage(), device_).deviceError, "disk full");
+    device_.endPageFailure = {FailureKind::CannotWrite, "disk full", ENOSPC};
+    const Failure failure = Load()->Draw(*MakeDocument(kSquare), options_, TestPage(), device_).failure;
+    EXPECT_EQ(failure.kind, FailureKind::CannotWrite);
+    EXPECT_EQ(failure.text, "disk full");
+    EXPECT_EQ(failure.error, ENOSPC);
 }
 
 TEST_F(PluginTest, TheReadingPositionIsTold)

@@ -21,7 +21,7 @@ class RecordingDevice final : public vxhost::Device
   public:
     std::string calls;             // joined with "; "
     std::function<void()> onPaint; // before each fill and stroke is written down
-    std::string endPageError;
+    vxhost::Failure endPageFailure;
     std::string canShow; // the font, as it is asked for, that it sets itself
 
     void BeginPage(const vxhost::Page &page) override
@@ -80,10 +80,10 @@ class RecordingDevice final : public vxhost::Device
         }
         Add(text + (how.strokes ? Text(how.style) : "") + Text(how.paint));
     }
-    std::string EndPage() override
+    vxhost::Failure EndPage() override
     {
         Add("end");
-        return endPageError;
+        return endPageFailure;
     }
 
   private:

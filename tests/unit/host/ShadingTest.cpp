@@ -48,7 +48,7 @@ TEST(Shading, PaintsStripsThatShareTheirCorners)
         void ClipPath(const Path &) override {}
         void FillPath(const Path &path, const Paint &) override { paths.push_back(path); }
         void StrokePath(const Path &, const StrokeStyle &, const Paint &) override {}
-        std::string EndPage() override { return {}; }
+        Failure EndPage() override { return {}; }
     };
     Shading shading;
     shading.matrix = {0.1, 0.7, -0.3, 0.9, 1.0 / 3, 2.0 / 7};

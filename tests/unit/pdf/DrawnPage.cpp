@@ -23,15 +23,16 @@ DrawnPage::DrawnPage(const std::function<void(Device &)> &draw, PdfOptions optio
         page.box = {0, 0, 100, 50};
     const ByteSink sink = [this](std::span<const std::byte> part) {
         bytes.append(reinterpret_cast<const char *>(part.data()), part.size());
-        return std::string();
+        return Failure{};
     };
     const std::unique_ptr<Device> device = MakePdfDevice(options, sink, &error);
     if (device == nullptr)
         return;
     device->BeginPage(page);
     draw(*device);
-    error = device->EndPage();
-    if (!error.empty())
+    const Failure failure = device->EndPage();
+    error = failure.text;
+    if (failure)
         return;
     file_ = std::make_unique<QPDF>();
     file_->setSuppressWarnings(true);

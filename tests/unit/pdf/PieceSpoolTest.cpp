@@ -28,8 +28,7 @@ class PdfPieceSpool : public testing::Test
     }
 
     std::unique_ptr<std::FILE, FileCloser> file_ = std::unique_ptr<std::FILE, FileCloser>(std::tmpfile());
-    std::string error_;
-    std::unique_ptr<PieceSpool> spool_ = PieceSpool::Open(Descriptor(), nullptr, &error_);
+    std::unique_ptr<PieceSpool> spool_ = std::make_unique<PieceSpool>(Descriptor());
 };
 
 TEST_F(PdfPieceSpool, GivesEachPieceBackOnce)
@@ -40,9 +39,9 @@ TEST_F(PdfPieceSpool, GivesEachPieceBackOnce)
     ASSERT_EQ(spool_->Count(), 2);
     EXPECT_EQ(Taken(1), second);
     EXPECT_EQ(Taken(0), first);
-    EXPECT_EQ(spool_->Error(), "");
+    EXPECT_FALSE(spool_->FirstFailure());
     EXPECT_EQ(Taken(0), ""); // not what a hole in a file reads as
-    EXPECT_NE(spool_->Error(), "");
+    EXPECT_EQ(spool_->FirstFailure().kind, vxhost::FailureKind::SpoolFailed);
 }
 
 TEST_F(PdfPieceSpool, GivesTheRoomOfAPieceBack)

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
 using namespace vxhost;
 using namespace vxtest;
 
@@ -207,12 +211,38 @@ TEST(PdfProgram, TellsWhyItCouldNotBeWritten)
 {
     std::string error;
     const auto device = MakePdfDevice(
-        {}, [](std::span<const std::byte>) { return std::string("the disk is full"); }, &error);
+        {},
+        [](std::span<const std::byte>) {
+            return Failure{FailureKind::CannotWrite, "the disk is full", ENOSPC};
+        },
+        &error);
     ASSERT_NE(device, nullptr);
     Page page;
     page.box = {0, 0, 10, 10};
     device->BeginPage(page);
-    EXPECT_EQ(device->EndPage(), "the disk is full");
+    const Failure failure = device->EndPage();
+    EXPECT_EQ(failure.kind, FailureKind::CannotWrite);
+    EXPECT_EQ(failure.text, "the disk is full");
+    EXPECT_EQ(failure.error, ENOSPC);
+}
+
+TEST(PdfProgram, TellsThatItCouldNotBeSpooled)
+{
+    std::string error;
+    PdfOptions options;
+    options.spool = open("/dev/full", O_RDWR | O_CLOEXEC);
+    ASSERT_GE(options.spool, 0);
+    const auto device = MakePdfDevice(
+        options, [](std::span<const std::byte>) { return Failure{}; }, &error);
+    close(options.spool);
+    ASSERT_NE(device, nullptr);
+    Page page;
+    page.box = {0, 0, 10, 10};
+    device->BeginPage(page);
+    device->FillPath(kSquare, Gray(0));
+    const Failure failure = device->EndPage();
+    EXPECT_EQ(failure.kind, FailureKind::SpoolFailed);
+    EXPECT_EQ(failure.error, ENOSPC);
 }
 
 } // namespace

@@ -129,7 +129,7 @@ std::string TryDraw(const std::string &script, const Box &box, const RasterOptio
         return error;
     device->BeginPage({box, {}, {}});
     DrawScript(script, device.get());
-    return device->EndPage();
+    return device->EndPage().text;
 }
 
 Picture Draw(const std::string &script, double width, double height, const RasterOptions &options)

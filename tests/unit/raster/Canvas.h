@@ -23,7 +23,7 @@ void DrawScript(const std::string &script, Device *device);
 Picture Draw(const std::string &script, double width = 8, double height = 8,
              const RasterOptions &options = PlainOptions());
 
-// The same without expecting success: what EndPage returned.
+// The same without expecting success: what EndPage had to say.
 std::string TryDraw(const std::string &script, const Box &box, const RasterOptions &options,
                     Picture *picture);
 

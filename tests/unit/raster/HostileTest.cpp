@@ -70,7 +70,7 @@ TEST(NotNumbers, DoNoHarm)
             half.colour.ink[0] = 0.2;
             device->FillPath(
                 {{Verb::Move, Verb::Line, Verb::Line, Verb::Line}, {{0, 0}, {8, 0}, {8, 8}, {0, 8}}}, half);
-            EXPECT_EQ(device->EndPage(), "");
+            EXPECT_FALSE(device->EndPage());
             EXPECT_EQ(PixelAt(picture, 4, 4), "51 51 51") << x << ' ' << y;
         }
     }

@@ -42,7 +42,7 @@ TEST(PictureSizes, FollowTheOptions)
         options.height = c.height;
         options.fit = c.fit;
         const PictureSize size = FindPictureSize({10, 20, 10 + c.boxWidth, 20 + c.boxHeight}, options);
-        EXPECT_EQ(size.error, "") << c.name;
+        EXPECT_FALSE(size.failure) << c.name;
         EXPECT_EQ(size.width, c.expectedWidth) << c.name;
         EXPECT_EQ(size.height, c.expectedHeight) << c.name;
     }
@@ -51,19 +51,21 @@ TEST(PictureSizes, FollowTheOptions)
 TEST(PictureSizes, HaveLimits)
 {
     RasterOptions options = PlainOptions();
-    EXPECT_EQ(FindPictureSize({0, 0, 20000, 20000}, options).error,
+    const Failure tooLarge = FindPictureSize({0, 0, 20000, 20000}, options).failure;
+    EXPECT_EQ(tooLarge.kind, FailureKind::TooLarge);
+    EXPECT_EQ(tooLarge.text,
               "a picture of 20000 by 20000 pixels is too large: choose a smaller size or resolution");
-    EXPECT_NE(FindPictureSize({0, 0, 200000, 1}, options).error, "");
-    EXPECT_EQ(FindPictureSize({0, 0, 16384, 16384}, options).error, "");
+    EXPECT_TRUE(FindPictureSize({0, 0, 200000, 1}, options).failure);
+    EXPECT_FALSE(FindPictureSize({0, 0, 16384, 16384}, options).failure);
     options.zoom = 1e300;
-    EXPECT_NE(FindPictureSize({0, 0, 10, 10}, options).error, "");
+    EXPECT_TRUE(FindPictureSize({0, 0, 10, 10}, options).failure);
 }
 
 TEST(PictureSizes, NeedABox)
 {
     const double none = std::numeric_limits<double>::quiet_NaN();
     for (const Box &box : {Box{5, 5, 5, 9}, Box{5, 9, 8, 9}, Box{8, 0, 5, 9}, Box{none, 0, 5, 9}})
-        EXPECT_EQ(FindPictureSize(box, PlainOptions()).error,
+        EXPECT_EQ(FindPictureSize(box, PlainOptions()).failure.text,
                   "the box to draw is empty: choose one with --box");
 }
 

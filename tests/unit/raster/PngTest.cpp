@@ -1,7 +1,9 @@
 // The file: read back by libpng, it has the pixels of the picture, and it says what it is.
 #include "tests/unit/raster/Canvas.h"
 
+#include <cerrno>
 #include <gtest/gtest.h>
+#include <new>
 #include <png.h>
 
 namespace vxhost
@@ -31,11 +33,11 @@ std::string WritePng(const RasterOptions &options, std::string *file)
         options,
         [file](std::span<const std::byte> bytes) {
             file->append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-            return std::string();
+            return Failure{};
         },
         &error);
     DrawTriangle(device.get());
-    return device->EndPage();
+    return device->EndPage().text;
 }
 
 struct PngFile {
@@ -77,7 +79,7 @@ TEST_P(Png, HasThePixelsOfThePicture)
     std::string error;
     const auto device = MakePictureDevice(options, &picture, &error);
     DrawTriangle(device.get());
-    ASSERT_EQ(device->EndPage(), "");
+    ASSERT_FALSE(device->EndPage());
 
     ASSERT_EQ(png_get_image_width(file.png, file.info), 48U);
     ASSERT_EQ(png_get_image_height(file.png, file.info), 36U);
@@ -131,16 +133,29 @@ TEST(PngFiles, ThatCannotBeWrittenAreReported)
         std::string error;
         const auto device = MakePngDevice(
             PlainOptions(),
-            [&](std::span<const std::byte> bytes) -> std::string {
+            [&](std::span<const std::byte> bytes) -> Failure {
                 if (bytes.size() > left)
-                    return "no space";
+                    return {FailureKind::CannotWrite, "no space", ENOSPC};
                 left -= bytes.size();
                 return {};
             },
             &error);
         DrawTriangle(device.get());
-        EXPECT_EQ(device->EndPage(), "no space") << room;
+        const Failure failure = device->EndPage();
+        EXPECT_EQ(failure.kind, FailureKind::CannotWrite) << room;
+        EXPECT_EQ(failure.text, "no space") << room;
+        EXPECT_EQ(failure.error, ENOSPC) << room;
     }
+}
+
+// libpng calls the sink from C, where nothing may be thrown.
+TEST(PngFiles, PassOnWhatTheSinkThrows)
+{
+    std::string error;
+    const auto device = MakePngDevice(
+        PlainOptions(), [](std::span<const std::byte>) -> Failure { throw std::bad_alloc(); }, &error);
+    DrawTriangle(device.get());
+    EXPECT_THROW((void)device->EndPage(), std::bad_alloc);
 }
 
 TEST(PngFiles, GoToAStream)
@@ -150,7 +165,7 @@ TEST(PngFiles, GoToAStream)
     std::string error, whole;
     const auto device = MakePngDevice(PlainOptions(), WriteTo(file), &error);
     DrawTriangle(device.get());
-    EXPECT_EQ(device->EndPage(), "");
+    EXPECT_FALSE(device->EndPage());
     ASSERT_EQ(WritePng(PlainOptions(), &whole), "");
     std::rewind(file);
     std::string bytes(whole.size() + 1, 0);

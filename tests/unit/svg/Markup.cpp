@@ -17,14 +17,14 @@ std::string SvgOf(const std::function<void(Device *)> &draw, const SvgOptions &o
     std::string text, error;
     const ByteSink sink = [&text](std::span<const std::byte> bytes) {
         text.append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-        return std::string();
+        return Failure{};
     };
     const std::unique_ptr<Device> device = MakeSvgDevice(options, sink, &error);
     if (device == nullptr)
         return error;
     device->BeginPage({{10, 20, 110, 70}, {}, {}});
     draw(device.get());
-    EXPECT_EQ(device->EndPage(), "");
+    EXPECT_FALSE(device->EndPage());
     return text;
 }
 

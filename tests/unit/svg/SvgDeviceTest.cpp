@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace vxhost
 {
@@ -146,12 +147,12 @@ TEST(SvgDeviceTest, HasAHead)
         options,
         [&text](std::span<const std::byte> bytes) {
             text.append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-            return std::string();
+            return Failure{};
         },
         &error);
     ASSERT_NE(device, nullptr);
     device->BeginPage({{-0.5, 0, 99.75, 40}, "Fish & \"Chips\"", "nobody"});
-    EXPECT_EQ(device->EndPage(), "");
+    EXPECT_FALSE(device->EndPage());
     EXPECT_EQ(text, "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                     "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" "
                     "version=\"1.1\" width=\"100.25pt\" height=\"40pt\" viewBox=\"0 0 100.25 40\" "
@@ -182,9 +183,16 @@ TEST(SvgDeviceTest, ReportsWhatTheSinkSays)
 {
     std::string error;
     const auto device = MakeSvgDevice(
-        PlainSvg(), [](std::span<const std::byte>) { return std::string("no room"); }, &error);
+        PlainSvg(),
+        [](std::span<const std::byte>) {
+            return Failure{FailureKind::CannotWrite, "no room", ENOSPC};
+        },
+        &error);
     device->BeginPage({{0, 0, 10, 10}, {}, {}});
-    EXPECT_EQ(device->EndPage(), "no room");
+    const Failure failure = device->EndPage();
+    EXPECT_EQ(failure.kind, FailureKind::CannotWrite);
+    EXPECT_EQ(failure.text, "no room");
+    EXPECT_EQ(failure.error, ENOSPC);
 }
 
 // Elements deeper than 256 are refused by the most careful readers.

@@ -15,10 +15,10 @@ std::string Written(const std::function<void(XmlWriter *)> &write)
     std::string text;
     XmlWriter xml([&text](std::span<const std::byte> bytes) {
         text.append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-        return std::string();
+        return Failure{};
     });
     write(&xml);
-    EXPECT_EQ(xml.Finish(), "");
+    EXPECT_FALSE(xml.Finish());
     return text;
 }
 
@@ -83,9 +83,11 @@ TEST(XmlWriterTest, LosesNothingBetweenBuffers)
 TEST(XmlWriterTest, ReportsTheFirstFailureAndWritesNoMore)
 {
     int calls = 0;
-    XmlWriter xml([&calls](std::span<const std::byte>) { return "failure " + std::to_string(++calls); });
+    XmlWriter xml([&calls](std::span<const std::byte>) {
+        return Failure{FailureKind::CannotWrite, "failure " + std::to_string(++calls)};
+    });
     xml.Markup(std::string(300000, 'x'));
-    EXPECT_EQ(xml.Finish(), "failure 1");
+    EXPECT_EQ(xml.Finish().text, "failure 1");
     EXPECT_EQ(calls, 1);
 }
 

@@ -1,0 +1,19 @@
+// For the allocations of C libraries what std::set_new_handler is for those of C++: told of each that fails, whichever
+// library it is and whatever it would have made of that.
+//
+// This program has its own malloc for it, which asks the next one. A library in somebody's process cannot have that, so
+// host and devices look after each library themselves (host/MemoryWatch.h): this catches what they may have missed.
+#pragma once
+
+#include <cstdint>
+
+namespace vxhost
+{
+
+// Null: nothing is called. The handler is called before null is returned, by any thread, and allocates nothing.
+void SetMallocHandler(void (*handler)());
+
+// Allocations that failed so far.
+uint64_t CountFailedMallocs();
+
+} // namespace vxhost

@@ -1,0 +1,28 @@
+// Why something could not be done: one value, made where the reason is known and passed up unchanged.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vxhost
+{
+
+enum class FailureKind : uint8_t {
+    None,
+    OutOfMemory, // of the machine, or of what may be used; the text is empty where nothing more is known
+    TooLarge,    // a picture of more pixels than there may be
+    CannotWrite, // the output
+    SpoolFailed, // a temporary file cannot be written or read
+    BadInput     // the document, its fonts or the options do not allow it
+};
+
+struct [[nodiscard]] Failure {
+    FailureKind kind = FailureKind::None;
+    std::string text = {}; // one line for a person
+    int error = 0;         // errno of what cannot be written or spooled; 0: nobody knows it
+
+    explicit operator bool() const { return kind != FailureKind::None; }
+    bool IsOfWriting() const { return kind == FailureKind::CannotWrite || kind == FailureKind::SpoolFailed; }
+};
+
+} // namespace vxhost
