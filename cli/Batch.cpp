@@ -106,7 +106,7 @@ void Batch::Start(ManifestEntry entry)
             throw UsageError(slot.entry.error);
         slot.rendering = std::make_unique<Rendering>(PlanFor(slot), session_);
         ++running_;
-    } catch (const UsageError &error) {
+    } catch (const OptionError &error) {
         const bool hasLine = slot.entry.line > 0;
         slot.verdict =
             Failed(Status::InputFailed,
@@ -127,21 +127,22 @@ RenderTask Batch::PlanFor(const Slot &slot)
         throw UsageError("no output: add \"output\" to the line, or give -o");
     const RenderWords words = options_.words.OverriddenBy(entry.words);
     // What a line says of its own output is nearer to it than what was said of all.
-    const bool namesFormat = entry.words.format.empty() && FormatOfName(entry.output);
-    const std::vector<Format> formats = ReadFormats(namesFormat ? "" : words.format, pattern);
+    const bool namesFormat = entry.words.format.empty() && FormatOfName(entry.output) != nullptr;
+    const FormatList formats = ReadFormats(namesFormat ? "" : words.format, pattern);
     // What was said of all documents is for those that it means something for.
-    RenderWords said = entry.words;
-    if (std::ranges::find(formats, Format::Pdf) != formats.end())
-        said.pdfX = words.pdfX;
-    said.CheckMeant(formats);
+    OptionTexts said = entry.words.options;
+    if (std::ranges::find(formats, FindFormat("pdf")) != formats.end())
+        said.Set("pdf-x", words.options.Of("pdf-x"));
+    said.CheckMeant(SetOf(formats));
 
     RenderTask task;
     task.input = entry.input;
     task.purpose.isBatch = true;
     task.kinds = FileKinds::Regular;
-    task.settings = entry.words == RenderWords() ? options_.settings : ReadSettings(words, options_.memory);
-    for (const Format format : formats)
-        task.outputs.push_back({format, FillPattern(pattern, entry.input, format)});
+    task.settings = entry.words == RenderWords() ? options_.settings : ReadSettings(words.options);
+    task.settings.png.memoryLimit = options_.settings.png.memoryLimit;
+    for (const Format *format : formats)
+        task.outputs.push_back({format, FillPattern(pattern, entry.input, *format)});
     ClaimOutputs(task, slot.number);
     return task;
 }

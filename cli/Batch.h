@@ -7,7 +7,6 @@
 
 #include "cli/Manifest.h"
 #include "cli/Messages.h"
-#include "cli/RenderSettings.h"
 #include "cli/RenderWords.h"
 #include "cli/Rendering.h"
 #include "cli/Session.h"
@@ -31,8 +30,7 @@ struct BatchOptions {
     std::string output;                 // pattern of entries that have none; empty: none
     bool allowOutside = false;          // outputs may lie anywhere
     RenderWords words;                  // of all entries, and what they mean
-    RenderSettings settings;
-    int64_t memory = 0; // limit of a worker
+    Settings settings;
     size_t jobs = 1;
 };
 

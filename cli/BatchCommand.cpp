@@ -2,7 +2,7 @@
 
 #include "cli/Batch.h"
 #include "cli/Session.h"
-#include "cli/Values.h"
+#include "library/Values.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -57,16 +57,17 @@ Status BatchCommand::Run(Messages *messages) const
     const bool showProgress = options.showProgress && isatty(STDOUT_FILENO) != 1; // not among the lines
     options.showProgress = false;                                                 // of every single document
 
-    const RenderSettings settings = ReadSettings(words_, options.limits.memory);
-    std::vector<Format> formats = ReadFormats(words_.format, output_);
-    if (!words_.profile.empty() && std::ranges::find(formats, Format::Png) == formats.end())
-        formats.push_back(Format::Png); // so that the profile is looked at
+    const Settings settings = options.Complete(ReadSettings(words_.options));
+    FormatList formats = ReadFormats(words_.format, output_);
+    const Format *png = FindFormat("png");
+    if (!words_.options.Of("profile").empty() && std::ranges::find(formats, png) == formats.end())
+        formats.push_back(png); // so that the profile is looked at
     CheckDevices(formats, settings);
 
     Session session(options, messages);
     messages->ShowProgress(showProgress);
     Batch batch({sources, endInNul_ ? LineEnd::Nul : LineEnd::Newline, output_, allowOutside_, words_,
-                 settings, options.limits.memory, ReadJobs()},
+                 settings, ReadJobs()},
                 &session, messages);
     return batch.Run();
 }

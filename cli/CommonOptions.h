@@ -5,9 +5,9 @@
 #include "cli/Messages.h"
 #include "cli/Worker.h"
 #include "host/fonts/TextEncoding.h"
+#include "library/Options.h"
 
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,8 +21,8 @@ namespace vxhost
 {
 
 // A wrong command line, or one that asks for what this version cannot do: one line, exit status 2.
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
+struct UsageError : OptionError {
+    using OptionError::OptionError;
 };
 
 // A limit was hit before the first document: one line, exit status 5.
@@ -31,6 +31,9 @@ struct LimitError : UsageError {
 };
 
 struct CommonOptions {
+    // Settings of outputs with what these say of them.
+    Settings Complete(Settings settings) const;
+
     std::vector<std::string> inputs; // "-" is standard input
     std::string plugin;              // empty: the one beside the program
     FontChoice fonts;
@@ -46,7 +49,7 @@ class CommonOptionReader
 {
   public:
     // defaultTime is that of --max-time, in seconds.
-    explicit CommonOptionReader(std::string defaultTime) : maxTime_(std::move(defaultTime)) {}
+    explicit CommonOptionReader(std::string defaultTime) { texts_.Set("max-time", std::move(defaultTime)); }
     // Last, so that they stand below the command's own in its help.
     void AddTo(CLI::App *command, const std::string &inputs = "documents to read; - is standard input");
     // Throws UsageError; without an input too, unless the command can do without.
@@ -59,11 +62,7 @@ class CommonOptionReader
     std::string plugin_;
     std::vector<std::string> fontDirectories_;
     std::string fontMap_;
-    std::string missingFonts_ = "substitute";
-    std::string script_ = "auto";
-    std::string maxTime_;
-    std::string maxMemory_ = "1G";
-    std::string maxOutput_ = "auto";
+    OptionTexts texts_; // of the table's options about reading
     std::string progress_ = "auto";
     bool noSystemFonts_ = false;
     bool quiet_ = false;

@@ -182,7 +182,7 @@ int main(int argc, char **argv)
     } catch (const LimitError &error) {
         messages.Error("", error.what());
         status = Status::LimitHit;
-    } catch (const UsageError &error) {
+    } catch (const OptionError &error) {
         messages.Error("", error.what());
     } catch (const std::bad_alloc &) {
         messages.Error("", "not enough memory to begin: close other programs");

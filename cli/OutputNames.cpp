@@ -54,7 +54,7 @@ bool IsSame(const struct stat &one, const struct stat &two)
 
 } // namespace
 
-std::string FillPattern(const std::string &pattern, const std::string &input, Format format)
+std::string FillPattern(const std::string &pattern, const std::string &input, const Format &format)
 {
     const std::string whole = WholePattern(pattern);
     const fs::path path = input == "-" ? fs::path("stdin") : fs::path(input);
@@ -62,7 +62,7 @@ std::string FillPattern(const std::string &pattern, const std::string &input, Fo
     const Placeholder placeholders[] = {
         {"{stem}", path.stem().string()},
         {"{dir}", folder.empty() ? "." : folder},
-        {"{ext}", std::string(NameOf(format))},
+        {"{ext}", std::string(format.name)},
     };
     std::string name;
     for (size_t at = 0; at < whole.size();) {
@@ -114,7 +114,7 @@ bool IsOpenAs(int descriptor, const std::string &path)
 }
 
 std::vector<std::string> OutputNames(const std::string &pattern, const std::vector<std::string> &inputs,
-                                     std::span<const Format> formats)
+                                     std::span<const Format *const> formats)
 {
     std::map<std::string, std::string> readers; // place → the input that is read there
     for (const std::string &input : inputs) {
@@ -124,8 +124,8 @@ std::vector<std::string> OutputNames(const std::string &pattern, const std::vect
     std::vector<std::string> outputs;
     std::map<std::string, std::string> writers; // place → the input whose result goes there
     for (const std::string &input : inputs) {
-        for (const Format format : formats) {
-            const std::string output = FillPattern(pattern, input, format);
+        for (const Format *format : formats) {
+            const std::string output = FillPattern(pattern, input, *format);
             const std::string place = output == "-" ? output : PlaceOf(output);
             if (const auto reader = readers.find(place); reader != readers.end())
                 throw UsageError(fmt::format("-o {}: would overwrite the input \"{}\": choose another name",

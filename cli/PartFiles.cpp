@@ -1,7 +1,7 @@
 #include "cli/PartFiles.h"
 
-#include "cli/Values.h"
 #include "host/FileReading.h"
+#include "library/Values.h"
 
 #include <fmt/format.h>
 

@@ -55,7 +55,7 @@ Status RenderCommand::Run(Messages *messages) const
     const CommonOptions options = common_.Read();
     if (output_.empty())
         throw UsageError("no output: add -o and a name, as -o picture.pdf");
-    const std::vector<Format> formats = ReadFormats(words_.format, output_);
+    const FormatList formats = ReadFormats(words_.format, output_);
     const std::vector<std::string> names = OutputNames(output_, options.inputs, formats);
     const auto isKept = [](const std::string &name) { return name != "-" && IsDrawing(name); };
     const auto drawing = force_ ? names.end() : std::ranges::find_if(names, isKept);
@@ -63,15 +63,15 @@ Status RenderCommand::Run(Messages *messages) const
         throw UsageError(fmt::format("-o {}: would overwrite the drawing \"{}\": choose another name, or add "
                                      "--force",
                                      output_, *drawing));
-    words_.CheckMeant(formats);
-    const RenderSettings settings = ReadSettings(words_, options.limits.memory);
+    words_.options.CheckMeant(SetOf(formats));
+    const Settings settings = options.Complete(ReadSettings(words_.options));
     CheckDevices(formats, settings);
     Session session(options, messages);
     Status worst = Status::Done;
     auto name = names.begin();
     for (const std::string &input : options.inputs) {
         RenderTask task = {input, {}, settings};
-        for (const Format format : formats)
+        for (const Format *format : formats)
             task.outputs.push_back({format, *name++});
         worst = Worst(worst, RenderOne(std::move(task), &session));
     }

@@ -1,12 +1,11 @@
 #include "cli/RenderWords.h"
 
-#include "cli/CommonOptions.h"
-
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cstdlib>
 #include <filesystem>
 
 namespace vxhost
@@ -15,61 +14,10 @@ namespace vxhost
 namespace
 {
 
-enum FormatSet : unsigned {
-    kPdf = 1U << static_cast<unsigned>(Format::Pdf),
-    kSvg = 1U << static_cast<unsigned>(Format::Svg),
-    kPng = 1U << static_cast<unsigned>(Format::Png)
-};
-
-struct WordRow {
-    const char *names; // the long one last
-    std::string RenderWords::*word;
-    unsigned formats;
-    const char *value;
-    const char *help;
-    bool isSize = false; // one of those that replace each other
-};
-
-// In the order of the help.
-constexpr WordRow kWords[] = {
-    {"-f,--format", &RenderWords::format, kPdf | kSvg | kPng, "FORMAT",
-     "pdf, svg or png, or several as pdf,png (by the output's name, else pdf)"},
-    {"-r,--dpi", &RenderWords::dpi, kPng, "N", "png: pixels an inch (150)", true},
-    {"-z,--zoom", &RenderWords::zoom, kPng, "F", "png: pixels a point", true},
-    {"--width", &RenderWords::width, kPng, "N", "png: pixels; alone it keeps the aspect", true},
-    {"--height", &RenderWords::height, kPng, "N", "png: pixels; alone it keeps the aspect", true},
-    {"--fit", &RenderWords::fit, kPng, "N", "png: at most N x N pixels", true},
-    {"-b,--background", &RenderWords::background, kPdf | kSvg | kPng, "COLOR",
-     "none, #rrggbb or a name (png white; pdf, svg none)"},
-    {"--box", &RenderWords::box, kPdf | kSvg | kPng, "BOX",
-     "what to show: bbox, or L,B,R,T in points (bbox)"},
-    {"--profile", &RenderWords::profile, kPdf | kSvg | kPng, "FILE",
-     "press profile: fogra39, none (plain arithmetic), or an ICC file; for pdf with --pdf-x (fogra39)"},
-    {"--intent", &RenderWords::intent, kSvg | kPng, "INTENT",
-     "svg, png: relative (with black point compensation) or perceptual (relative)"},
-    {"--overprint", &RenderWords::overprint, kSvg | kPng, "HOW",
-     "svg, png: simulate or ignore (simulate); pdf always carries it"},
-    {"--samples", &RenderWords::samples, kPng, "N", "png: samples a pixel, each way: 1, 2, 4 or 8 (4)"},
-    {"--text", &RenderWords::text, kPdf | kSvg, "HOW",
-     "pdf, svg: text, in embedded fonts, or outlines (text)"},
-    {"--pdf-x", &RenderWords::pdfX, kPdf, "LEVEL", "pdf: the standard to keep to: x1a, x3 or none (none)"},
-};
-
-// As a variable of a shell is that was never set.
+// An empty value comes from a variable of a shell that was never set.
 const CLI::Validator
     kNotEmpty([](const std::string &value) { return std::string(value.empty() ? "the value is empty" : ""); },
               "");
-
-std::string_view LongName(const WordRow &row)
-{
-    const std::string_view names = row.names;
-    return names.substr(names.rfind("--"));
-}
-
-unsigned BitOf(Format format)
-{
-    return 1U << static_cast<unsigned>(format);
-}
 
 // In lower case, with its point.
 std::string ExtensionOf(const std::string &name)
@@ -81,92 +29,125 @@ std::string ExtensionOf(const std::string &name)
     return extension;
 }
 
-// "pdf", "svg and png"
-std::string NamesOf(unsigned formats)
+// "pdf, svg or png"
+std::string AllFormats()
 {
     std::string names;
-    for (const FormatRow &row : kFormats) {
-        if ((formats & BitOf(row.format)) != 0)
-            names += (names.empty() ? "" : " and ") + std::string(row.name);
-    }
+    for (const Format &format : Formats())
+        names.append(names.empty() ? "" : &format == &Formats().back() ? " or " : ", ").append(format.name);
     return names;
 }
 
 } // namespace
 
+void AddOption(const Option &option, const std::string &help, OptionTexts *texts, CLI::App *command)
+{
+    const std::string letter = option.letter == 0 ? "" : fmt::format("-{},", option.letter);
+    command->add_option(fmt::format("{}--{}", letter, option.name), (*texts)[option], help)
+        ->type_name(option.value)
+        ->check(kNotEmpty);
+}
+
 void RenderWords::AddTo(CLI::App *command)
 {
-    for (const WordRow &row : kWords)
-        command->add_option(row.names, this->*row.word, row.help)->type_name(row.value)->check(kNotEmpty);
+    command
+        ->add_option("-f,--format", format,
+                     AllFormats() + ", or several as pdf,png (by the output's name, else pdf)")
+        ->type_name("FORMAT")
+        ->check(kNotEmpty);
+    for (const Option &option : Options()) {
+        if (option.formats != 0)
+            AddOption(option, option.help, &options, command);
+    }
 }
 
 bool RenderWords::Set(std::string_view name, std::string value)
 {
-    for (const WordRow &row : kWords) {
-        if (LongName(row).substr(2) == name) {
-            this->*row.word = std::move(value);
-            return true;
-        }
+    if (name == "format") {
+        format = std::move(value);
+        return true;
     }
-    return false;
-}
-
-void RenderWords::CheckMeant(std::span<const Format> formats) const
-{
-    unsigned written = 0;
-    for (const Format one : formats)
-        written |= BitOf(one);
-    for (const WordRow &row : kWords) {
-        if (!(this->*row.word).empty() && (row.formats & written) == 0)
-            throw UsageError(fmt::format("{} is for {}, and {} is written: leave it out, or see -f",
-                                         LongName(row), NamesOf(row.formats), NamesOf(written)));
-    }
-    if (!profile.empty() && written == kPdf && (pdfX.empty() || pdfX == "none"))
-        throw UsageError(
-            "--profile: a pdf keeps the document's inks, it takes a profile under --pdf-x alone: "
-            "leave it out, or add --pdf-x");
+    const Option *option = FindOption(name);
+    return option != nullptr && option->formats != 0 && options.Set(name, std::move(value));
 }
 
 RenderWords RenderWords::OverriddenBy(const RenderWords &later) const
 {
-    RenderWords words = *this;
-    const bool hasSize = std::ranges::any_of(
-        kWords, [&](const WordRow &row) { return row.isSize && !(later.*row.word).empty(); });
-    for (const WordRow &row : kWords) {
-        if (!(later.*row.word).empty() || (row.isSize && hasSize))
-            words.*row.word = later.*row.word;
-    }
-    return words;
+    return {later.format.empty() ? format : later.format, options.OverriddenBy(later.options)};
 }
 
-std::optional<Format> FormatOfName(const std::string &output)
+const Format *FormatOfName(const std::string &output)
 {
     const std::string extension = ExtensionOf(output);
     return FindFormat(extension.empty() ? "" : extension.substr(1));
 }
 
-std::vector<Format> ReadFormats(const std::string &word, const std::string &output)
+FormatList ReadFormats(const std::string &word, const std::string &output)
 {
     if (word.empty()) {
         // Nobody wants a pdf of that name.
         for (const char *other : {".jpg", ".jpeg", ".gif", ".tif", ".tiff", ".webp", ".bmp", ".eps", ".ps"}) {
             if (ExtensionOf(output) == other)
-                throw UsageError(fmt::format("-o {}: no {} is written here: name a .pdf, .svg or .png",
-                                             output, other + 1));
+                throw OptionError(fmt::format("-o {}: no {} is written here: name a .pdf, .svg or .png",
+                                              output, other + 1));
         }
-        return {FormatOfName(output).value_or(Format::Pdf)};
+        const Format *named = FormatOfName(output);
+        return {named != nullptr ? named : FindFormat("pdf")};
     }
-    std::vector<Format> formats;
+    FormatList formats;
     for (size_t at = 0; at <= word.size();) {
         const std::string name = word.substr(at, word.find(',', at) - at);
-        const std::optional<Format> format = FindFormat(name);
-        if (!format || std::ranges::find(formats, *format) != formats.end())
-            throw UsageError(fmt::format("--format {}: {}: give pdf, svg or png, or several as pdf,png", word,
-                                         format ? "one is given twice" : "not known"));
-        formats.push_back(*format);
+        const Format *format = FindFormat(name);
+        if (format == nullptr || std::ranges::find(formats, format) != formats.end())
+            throw OptionError(fmt::format("--format {}: {}: give {}, or several as pdf,png", word,
+                                          format != nullptr ? "one is given twice" : "not known",
+                                          AllFormats()));
+        formats.push_back(format);
         at += name.size() + 1;
     }
     return formats;
+}
+
+unsigned SetOf(std::span<const Format *const> formats)
+{
+    unsigned set = 0;
+    for (const Format *format : formats)
+        set |= BitOf(*format);
+    return set;
+}
+
+// Those who build archives and packages set a date in the environment, so that the same source gives the same bytes on
+// every day.
+Settings ReadSettings(const OptionTexts &options)
+{
+    constexpr const char *kVariable = "SOURCE_DATE_EPOCH";
+    const char *date = std::getenv(kVariable);
+    if (date == nullptr || !options.Of("date").empty())
+        return options.Read();
+    OptionTexts alone; // an empty text would be one that is not said
+    alone.Set("date", *date == 0 ? "nothing" : date);
+    try {
+        (void)alone.Read();
+    } catch (const OptionError &) {
+        throw OptionError(
+            fmt::format("{} \"{}\": not a whole number of seconds since 1970, up to the year 9999: "
+                        "set it right, or unset it",
+                        kVariable, date));
+    }
+    return options.OverriddenBy(alone).Read();
+}
+
+void CheckDevices(std::span<const Format *const> formats, const Settings &settings)
+{
+    for (const Format *format : formats) {
+        std::string error;
+        if (format->make(settings, nullptr, &error) != nullptr)
+            continue;
+        if (format->name == "pdf") // says what to do itself: it may be something else than the profile
+            throw OptionError(error);
+        throw OptionError(
+            fmt::format("--profile: {}: give fogra39, none, or an ICC profile of a CMYK press", error));
+    }
 }
 
 } // namespace vxhost

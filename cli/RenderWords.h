@@ -1,11 +1,9 @@
-// What a picture is to be like, as it was written: in the options of a command, or in a line of a manifest.
-//
-// Owns the table of these options: their names, their help, and the formats for which they mean something.
+// What is said of a document's outputs: in the options of a command, or in a line of a manifest.
 #pragma once
 
-#include "cli/Format.h"
+#include "library/Format.h"
+#include "library/Options.h"
 
-#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,29 +17,38 @@ class App;
 namespace vxhost
 {
 
-// Empty: not given.
+using FormatList = std::vector<const Format *>;
+
 struct RenderWords {
-    std::string format;
-    std::string dpi, zoom, width, height, fit;
-    std::string background, box, profile, intent, overprint, samples, text, pdfX;
+    std::string format; // empty: not said
+    OptionTexts options;
 
     void AddTo(CLI::App *command);
     bool operator==(const RenderWords &) const = default;
 
-    // By the name of the option, as "pdf-x". False when there is none of that name.
+    // By the name of the option, as "pdf-x". False when there is none of that name that is about an output.
     bool Set(std::string_view name, std::string value);
 
-    // Throws UsageError for a word that means nothing for any of the formats.
-    void CheckMeant(std::span<const Format> formats) const;
-
-    // What later does not say, these say. A size is one thing, however many words it takes.
+    // What later does not say, these say.
     RenderWords OverriddenBy(const RenderWords &later) const;
 };
 
-// By the name's extension.
-std::optional<Format> FormatOfName(const std::string &output);
+// An option of the table as an option of the command, which writes to texts.
+void AddOption(const Option &option, const std::string &help, OptionTexts *texts, CLI::App *command);
 
-// In the order given. Without a word, what the name of the output says, else PDF. Throws UsageError.
-std::vector<Format> ReadFormats(const std::string &word, const std::string &output);
+// By the name's extension; null: of none.
+const Format *FormatOfName(const std::string &output);
+
+// In the order given. Without a word, what the name of the output says, else PDF. Throws OptionError.
+FormatList ReadFormats(const std::string &word, const std::string &output);
+
+unsigned SetOf(std::span<const Format *const> formats);
+
+// What they mean, with the date that the environment says. Throws OptionError.
+Settings ReadSettings(const OptionTexts &options);
+
+// Makes each device once without an output, so that what is wrong with the settings is told before the first document is
+// touched. Throws OptionError.
+void CheckDevices(std::span<const Format *const> formats, const Settings &settings);
 
 } // namespace vxhost

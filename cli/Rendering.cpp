@@ -1,7 +1,5 @@
 #include "cli/Rendering.h"
 
-#include "devices/raster/RasterOptions.h"
-
 #include <cerrno>
 #include <span>
 #include <string_view>
@@ -14,16 +12,12 @@ namespace
 {
 
 // Why there can be no output of that page.
-Failure CheckPage(const RenderSettings &settings, Format format, const Page &page)
+Failure CheckPage(const Settings &settings, const Format &format, const Page &page)
 {
     if (page.box.Width() <= 0 || page.box.Height() <= 0)
         return {FailureKind::BadInput,
                 "its bounding box is empty, nothing written: name one with --box L,B,R,T"};
-    if (format == Format::Png)
-        return FindPictureSize(page.box, settings.png).failure;
-    if (format == Format::Pdf)
-        return WhyNoPdf(settings.pdf, page);
-    return {};
+    return format.checkPage(settings, page);
 }
 
 // In the worker: the way of an output's bytes.
@@ -36,7 +30,7 @@ ByteSink SinkFor(int descriptor)
     };
 }
 
-void Draw(const RenderSettings &settings, const RenderTask::Output &output, Device *device, Reading &reading,
+void Draw(const Settings &settings, const RenderTask::Output &output, Device *device, Reading &reading,
           Finding *finding)
 {
     finding->lastOutput = OutputName(output.path);
@@ -44,7 +38,7 @@ void Draw(const RenderSettings &settings, const RenderTask::Output &output, Devi
     if (finding->outcome.result != kVXOk)
         return;
     const Page page = reading.PageFor(settings.box.value_or(finding->outcome.box));
-    finding->outcome.failure = CheckPage(settings, output.format, page);
+    finding->outcome.failure = CheckPage(settings, *output.format, page);
     if (!finding->outcome.failure)
         finding->outcome = reading.Draw(page, *device);
 }
@@ -86,7 +80,7 @@ std::vector<Work> Rendering::MakeWorks(Finding *finding) const
         const RenderTask::Output &output = task_.outputs[i];
         std::string error;
         std::shared_ptr<Device> device =
-            MakeDevice(output.format, task_.settings, SinkFor(files_[i]->Descriptor()), &error);
+            output.format->make(task_.settings, SinkFor(files_[i]->Descriptor()), &error);
         if (device == nullptr) {
             finding->outcome.failure = {FailureKind::BadInput, error};
             return {};
@@ -120,7 +114,7 @@ Verdict Rendering::Finish()
 size_t MostRenderings()
 {
     constexpr size_t kOfWorkerAndDocument = 2;
-    return MostWorkers(kOfWorkerAndDocument + std::size(kFormats));
+    return MostWorkers(kOfWorkerAndDocument + Formats().size());
 }
 
 } // namespace vxhost

@@ -1,9 +1,7 @@
 // One document on its way to its outputs: interpreted in a worker process, each output whole or not at all.
 #pragma once
 
-#include "cli/Format.h"
 #include "cli/OutputFile.h"
-#include "cli/RenderSettings.h"
 #include "cli/Session.h"
 #include "cli/Worker.h"
 
@@ -16,12 +14,12 @@ namespace vxhost
 
 struct RenderTask {
     struct Output {
-        Format format;
+        const Format *format;
         std::string path; // "-" is standard output
     };
     std::string input;
     std::vector<Output> outputs; // of different places; at least one
-    RenderSettings settings;
+    Settings settings;
     Purpose purpose = {", nothing written"};
     FileKinds kinds = FileKinds::All; // of the input and the outputs
 };

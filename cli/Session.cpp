@@ -5,9 +5,9 @@
 #include "cli/OutcomeJson.h"
 #include "cli/OutputFile.h"
 #include "cli/Sandbox.h"
-#include "cli/Values.h"
 #include "host/fonts/FontconfigFonts.h"
 #include "host/reading/Utf8.h"
+#include "library/Values.h"
 
 #include <fmt/format.h>
 

@@ -3,7 +3,7 @@
 #include "cli/Interrupt.h"
 #include "cli/MallocHandler.h"
 #include "cli/OutputFile.h"
-#include "cli/Values.h"
+#include "library/Values.h"
 
 #include <fmt/format.h>
 

@@ -6,7 +6,7 @@ _vx()
     local every='--plugin --max-time --max-memory --max-output --progress --font-dir --font-map --no-system-fonts --missing-fonts
         --script --strict --quiet --verbose --help'
     local picture='--output --format --dpi --zoom --width --height --fit --background --box --profile --intent
-        --overprint --samples --text --pdf-x'
+        --overprint --samples --text --pdf-x --date'
     local words= files=-f
 
     # "--option=value" comes in three words.

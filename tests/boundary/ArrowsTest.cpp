@@ -1,4 +1,4 @@
-// Arrows point one way: cli -> devices -> host -> sdk, and plugin -> sdk.
+// Arrows point one way: cli -> library -> devices -> host -> sdk, and plugin -> sdk.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -23,7 +23,8 @@ const FolderCase kFolders[] = {
     {"plugin", {"plugin"}},
     {"host", {"host"}},
     {"devices", {"devices", "host"}},
-    {"cli", {"cli", "devices", "host"}},
+    {"library", {"library", "devices", "host"}},
+    {"cli", {"cli", "library", "devices", "host"}},
 };
 
 class Arrows : public testing::TestWithParam<FolderCase>

@@ -52,7 +52,7 @@ class Usage(CommandTest):
         (["info", "a.vx", "--max-memory", "lots"], "--max-memory lots"),
         (["info", "a.vx", "--max-memory", "1k"], "--max-memory 1k"),
         (["info", "a.vx", "--max-output", "much"], "--max-output much"),
-        (["info", "a.vx", "--max-output", "100"], "--max-output 100: not a size of 1K or more"),
+        (["info", "a.vx", "--max-output", "100"], "--max-output 100: not a size of 1 KiB or more"),
         (["info", "a.vx", "--progress", "maybe"], "--progress maybe"),
         (["info", "a.vx", "--plugin", "no-such.so"], "no-such.so"),
         (["info", "a.vx", "--plugin", "a.vx"], "cannot be loaded"),

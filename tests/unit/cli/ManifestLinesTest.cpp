@@ -162,8 +162,8 @@ TEST(ManifestLines, TakeAllMembersOfAnObject)
     EXPECT_EQ(entry.id, "-0"); // the later of two
     EXPECT_EQ(entry.input, "\xC3\xA9");
     EXPECT_EQ(entry.output, "{stem}\n");
-    EXPECT_EQ(entry.words.box, "0,-1.5,7,36");
-    EXPECT_EQ(entry.words.pdfX, "x3");
+    EXPECT_EQ(entry.words.options.Of("box"), "0,-1.5,7,36");
+    EXPECT_EQ(entry.words.options.Of("pdf-x"), "x3");
 }
 
 } // namespace

@@ -18,7 +18,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr Format kPngAlone[] = {Format::Png};
+const Format *const kPngAlone[] = {FindFormat("png")};
 
 struct NameCase {
     const char *pattern;
@@ -180,7 +180,7 @@ TEST_F(OutputNamesOnDisk, TwoInputsDoNotShareAnOutput)
 
 TEST(OutputNamesTest, FollowTheFormatsOfEachInput)
 {
-    constexpr Format kTwo[] = {Format::Pdf, Format::Svg};
+    const Format *const kTwo[] = {FindFormat("pdf"), FindFormat("svg")};
     EXPECT_EQ(OutputNames("{stem}.{ext}", {"a.vx", "b.vx"}, kTwo),
               (std::vector<std::string>{"a.pdf", "a.svg", "b.pdf", "b.svg"}));
     EXPECT_THROW(OutputNames("{stem}.pdf", {"a.vx"}, kTwo), UsageError);

@@ -1,5 +1,5 @@
 // Values of options: what is read, and what is refused rather than half read.
-#include "cli/Values.h"
+#include "library/Values.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,4 @@
-#include "cli/Values.h"
-
-#include <fmt/format.h>
+#include "library/Values.h"
 
 #include <algorithm>
 #include <charconv>
@@ -101,9 +99,9 @@ std::string SizeText(int64_t bytes)
     for (const SizeUnit unit : kSizeUnits) {
         const int64_t size = int64_t{1} << unit.shift;
         if (bytes >= size && bytes % size == 0)
-            return fmt::format("{} {}iB", bytes / size, unit.letter);
+            return std::to_string(bytes / size) + " " + unit.letter + "iB";
     }
-    return fmt::format("{} bytes", bytes);
+    return std::to_string(bytes) + " bytes";
 }
 
 std::optional<Rgb> ReadColour(std::string_view text)

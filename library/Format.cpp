@@ -1,0 +1,69 @@
+#include "library/Format.h"
+
+#include "devices/pdf/PdfDevice.h"
+#include "devices/raster/RasterDevice.h"
+#include "devices/svg/SvgDevice.h"
+#include "library/Options.h"
+
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+// In the order of kPdf, kSvg and kPng.
+constexpr Format kFormats[] = {
+    {"pdf", "application/pdf",
+     [](const Settings &settings, ByteSink sink, std::string *error) {
+         return MakePdfDevice(settings.pdf, std::move(sink), error);
+     },
+     [](const Settings &settings, const Page &page) { return WhyNoPdf(settings.pdf, page); }},
+    {"svg", "image/svg+xml",
+     [](const Settings &settings, ByteSink sink, std::string *error) {
+         return MakeSvgDevice(settings.svg, std::move(sink), error);
+     },
+     [](const Settings &, const Page &) { return Failure(); }},
+    {"png", "image/png",
+     [](const Settings &settings, ByteSink sink, std::string *error) {
+         return MakePngDevice(settings.png, std::move(sink), error);
+     },
+     [](const Settings &settings, const Page &page) {
+         return FindPictureSize(page.box, settings.png).failure;
+     }},
+};
+static_assert(std::size(kFormats) == kFormatCount);
+
+} // namespace
+
+std::span<const Format> Formats()
+{
+    return kFormats;
+}
+
+const Format *FindFormat(std::string_view name)
+{
+    for (const Format &format : kFormats) {
+        if (format.name == name)
+            return &format;
+    }
+    return nullptr;
+}
+
+unsigned BitOf(const Format &format)
+{
+    return 1U << static_cast<unsigned>(&format - kFormats);
+}
+
+std::string NamesOf(unsigned formats, std::string_view between)
+{
+    std::string names;
+    for (const Format &format : kFormats) {
+        if ((formats & BitOf(format)) != 0)
+            names.append(names.empty() ? "" : between).append(format.name);
+    }
+    return names;
+}
+
+} // namespace vxhost

@@ -1,0 +1,36 @@
+// The formats that documents are turned into: a row each. A new one is a row here and a folder in devices/.
+#pragma once
+
+#include "host/ByteSink.h"
+#include "host/Failure.h"
+#include "host/drawing/Device.h"
+
+#include <memory>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace vxhost
+{
+
+struct Settings;
+
+struct Format {
+    std::string_view name; // as --format takes it, which is also the extension of a file
+    std::string_view mime;
+
+    // Null when the settings cannot be met: error is then one line for a person.
+    std::unique_ptr<Device> (*make)(const Settings &settings, ByteSink sink, std::string *error);
+    // Why there can be no such file of that page.
+    Failure (*checkPage)(const Settings &settings, const Page &page);
+};
+
+std::span<const Format> Formats();
+const Format *FindFormat(std::string_view name); // null: none of that name
+
+// The row's bit in a set of formats.
+unsigned BitOf(const Format &format);
+// "pdf", "svg and png"
+std::string NamesOf(unsigned formats, std::string_view between = " and ");
+
+} // namespace vxhost
