@@ -1,13 +1,9 @@
-// Little CMS with an allocator of its own, which knows when memory ran out.
-//
-// The library does not look at what it gets for its small records, and writes through null. So these come from a reserve
-// when there is no more memory, and a caller that asks afterwards learns that there was none.
+// Little CMS with an allocator of our own: it tells lack of memory as it tells a profile that is damaged.
 #pragma once
 
-#include <lcms2.h>
+#include "host/ReservedMemory.h"
 
-#include <array>
-#include <cstddef>
+#include <lcms2.h>
 
 namespace vxhost
 {
@@ -15,27 +11,16 @@ namespace vxhost
 class ColourContext
 {
   public:
-    ColourContext(); // throws std::bad_alloc, as Check does
+    ColourContext(); // throws std::bad_alloc
     ~ColourContext();
     ColourContext(const ColourContext &) = delete;
     ColourContext &operator=(const ColourContext &) = delete;
 
     cmsContext Get() const { return context_; }
-    // Whether there was memory for everything until now. What the library has made is of no use if not.
-    void Check() const;
+    void Check() const { memory_.Check(); } // after calls, before their result is judged
 
   private:
-    static void *Allocate(cmsContext context, cmsUInt32Number size);
-    static void Release(cmsContext context, void *block);
-    static void *Resize(cmsContext context, void *block, cmsUInt32Number size);
-    void *TakeReserve(size_t size);
-    bool IsReserve(const void *block) const;
-
-    static constexpr size_t kReserve = size_t{1} << 16;
-
-    bool hasRunOut_ = false;
-    size_t taken_ = 0; // of the reserve; nothing comes back
-    alignas(std::max_align_t) std::array<std::byte, kReserve> reserve_;
+    ReservedMemory memory_;
     cmsContext context_ = nullptr;
 };
 

@@ -2,15 +2,39 @@
 
 #include FT_MODULE_H
 
-#include <cstdlib>
 #include <new>
 
 namespace vxhost
 {
 
-FontLibrary::FontLibrary() : memory_{this, Allocate, Release, Resize}
+namespace
 {
-    if (FT_New_Library(&memory_, &library_) != 0)
+
+ReservedMemory *MemoryOf(FT_Memory memory)
+{
+    return static_cast<ReservedMemory *>(memory->user);
+}
+
+void *Allocate(FT_Memory memory, long size)
+{
+    return MemoryOf(memory)->Allocate(static_cast<size_t>(size));
+}
+
+void Release(FT_Memory memory, void *block)
+{
+    MemoryOf(memory)->Release(block);
+}
+
+void *Resize(FT_Memory memory, long, long size, void *block)
+{
+    return MemoryOf(memory)->Resize(block, static_cast<size_t>(size));
+}
+
+} // namespace
+
+FontLibrary::FontLibrary() : procedures_{&memory_, Allocate, Release, Resize}
+{
+    if (FT_New_Library(&procedures_, &library_) != 0)
         throw std::bad_alloc(); // there is nothing else that could fail
     FT_Add_Default_Modules(library_);
     FT_Set_Default_Properties(library_);
@@ -19,33 +43,6 @@ FontLibrary::FontLibrary() : memory_{this, Allocate, Release, Resize}
 FontLibrary::~FontLibrary()
 {
     FT_Done_Library(library_);
-}
-
-void FontLibrary::Check() const
-{
-    if (hasRunOut_)
-        throw std::bad_alloc();
-}
-
-void *FontLibrary::Allocate(FT_Memory memory, long size)
-{
-    return static_cast<FontLibrary *>(memory->user)->Seen(std::malloc(static_cast<size_t>(size)));
-}
-
-void FontLibrary::Release(FT_Memory, void *block)
-{
-    std::free(block);
-}
-
-void *FontLibrary::Resize(FT_Memory memory, long, long size, void *block)
-{
-    return static_cast<FontLibrary *>(memory->user)->Seen(std::realloc(block, static_cast<size_t>(size)));
-}
-
-void *FontLibrary::Seen(void *block)
-{
-    hasRunOut_ = hasRunOut_ || block == nullptr;
-    return block;
 }
 
 } // namespace vxhost
