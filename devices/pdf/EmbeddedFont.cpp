@@ -64,9 +64,14 @@ QPDFObjectHandle Integer(int64_t value)
 
 } // namespace
 
-EmbeddedFont::EmbeddedFont(std::unique_ptr<FontProgram> program, const std::string &asked, size_t number)
-    : program_(std::move(program)), asked_(PlainName(asked)), resource_("F"), used_(program_->GlyphCount())
+EmbeddedFont::EmbeddedFont(std::unique_ptr<FontProgram> program, const std::string &asked)
+    : program_(std::move(program)), asked_(PlainName(asked)), used_(program_->GlyphCount())
 {
+}
+
+void EmbeddedFont::SetNumber(size_t number)
+{
+    resource_.assign(1, 'F');
     resource_ += std::to_string(number);
 }
 

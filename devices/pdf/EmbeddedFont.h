@@ -30,8 +30,12 @@ class EmbeddedFont
     // A column's glyph hangs from the middle of its top, so far from the origin of its outline; in 1/1000 em.
     static constexpr double kColumnX = 500, kColumnY = 880;
 
-    // number tells the document's fonts apart; asked is the name that the file gives the font.
-    EmbeddedFont(std::unique_ptr<FontProgram> program, const std::string &asked, size_t number);
+    // asked is the name that the file gives the font.
+    EmbeddedFont(std::unique_ptr<FontProgram> program, const std::string &asked);
+
+    // Tells the document's fonts apart. Before the first glyph is used.
+    void SetNumber(size_t number);
+    bool HasNumber() const { return !resource_.empty(); }
 
     bool CanRunDown() const { return program_->Kind() != FontKind::Type1; }
     int CodeBytes() const { return program_->Kind() == FontKind::Type1 ? 1 : 2; }
@@ -65,7 +69,7 @@ class EmbeddedFont
 
     std::unique_ptr<FontProgram> program_;
     std::string asked_;
-    std::string resource_;   // what the names of its resources start with
+    std::string resource_;   // what the names of its resources start with; empty: it has no number yet
     std::vector<Used> used_; // by glyph
     std::vector<Part> parts_;
 };

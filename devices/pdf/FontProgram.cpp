@@ -4,6 +4,7 @@
 #include "devices/pdf/Type1Parts.h"
 #include "host/MemoryWatch.h"
 #include "host/fonts/EmbeddingRights.h"
+#include "host/fonts/FontBlob.h"
 #include "host/fonts/FontLibrary.h"
 #include "host/fonts/FontSubset.h"
 #include "host/fonts/Owned.h"
@@ -19,9 +20,6 @@
 #include <hb-subset.h>
 
 #include <array>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
 
 namespace vxhost::pdf
 {
@@ -87,7 +85,7 @@ class MeasuredFont : public FontProgram
     bool OpenFace(const TextFont &font)
     {
         FT_Face face = nullptr;
-        const FT_Error error = FT_New_Face(library_.Get(), font.file.c_str(), font.faceIndex & 0xFFFF, &face);
+        const FT_Error error = library_.OpenFace(font.bytes, font.faceIndex & 0xFFFF, &face);
         face_.reset(face);
         library_.Check();
         if (error != 0)
@@ -111,9 +109,7 @@ class OpenTypeProgram final : public MeasuredFont
     // Null for what is no such font, or has variations: an instance of one would be a font of its own.
     static std::unique_ptr<FontProgram> Open(const TextFont &font)
     {
-        const HbBlob file(hb_blob_create_from_file_or_fail(font.file.c_str()));
-        if (file == nullptr)
-            return nullptr;
+        const HbBlob file = MakeBlob(font.bytes);
         std::unique_ptr<OpenTypeProgram> opened(new OpenTypeProgram);
         opened->source_.reset(hb_face_create(file.get(), static_cast<unsigned>(font.faceIndex) & 0xFFFFU));
         if (hb_face_get_glyph_count(opened->source_.get()) == 0 || opened->Has(HB_TAG('f', 'v', 'a', 'r')))
@@ -220,15 +216,10 @@ class Type1Program final : public MeasuredFont
     static std::unique_ptr<FontProgram> Open(const TextFont &font)
     {
         std::unique_ptr<Type1Program> opened(new Type1Program);
-        std::error_code error;
-        const uintmax_t size = std::filesystem::file_size(font.file, error);
-        if (error || size > kMaxType1Bytes)
+        const std::span<const std::byte> bytes = font.bytes->Get();
+        if (bytes.size() > kMaxType1Bytes)
             return nullptr;
-        std::string bytes(static_cast<size_t>(size), '\0');
-        if (!std::ifstream(font.file, std::ios::binary)
-                 .read(bytes.data(), static_cast<std::streamsize>(size)))
-            return nullptr;
-        opened->program_ = FindType1Parts(bytes);
+        opened->program_ = FindType1Parts({reinterpret_cast<const char *>(bytes.data()), bytes.size()});
         if (opened->program_.bytes.empty() || !opened->OpenFace(font) ||
             !FT_HAS_GLYPH_NAMES(opened->face_.get()))
             return nullptr;
@@ -256,7 +247,7 @@ class Type1Program final : public MeasuredFont
 
 std::unique_ptr<FontProgram> FontProgram::Open(const TextFont &font)
 {
-    if (font.faceIndex < 0)
+    if (font.faceIndex < 0 || font.bytes == nullptr)
         return nullptr;
     std::unique_ptr<FontProgram> opened = Watched([&] { return OpenTypeProgram::Open(font); });
     return opened != nullptr ? std::move(opened) : Watched([&] { return Type1Program::Open(font); });

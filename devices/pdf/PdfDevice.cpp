@@ -64,7 +64,7 @@ struct PageProgram {
     TextWriter text;
     Shadings shadings;
     std::map<const TextFont *, std::unique_ptr<EmbeddedFont>> fonts; // null: one that cannot be embedded
-    std::vector<EmbeddedFont *> fontsInOrder;                        // of first question
+    std::vector<EmbeddedFont *> fontsInOrder;                        // of first use
 };
 
 class PdfDevice final : public Device
@@ -163,7 +163,7 @@ class PdfDevice final : public Device
 
     bool CanShow(const TextFont &font) override
     {
-        return options_.text == TextOutput::Text && FindFont(font) != nullptr;
+        return options_.text == TextOutput::Text && OpenFont(font) != nullptr;
     }
 
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override
@@ -223,18 +223,16 @@ class PdfDevice final : public Device
             .Operator("re");
     }
 
-    EmbeddedFont *FindFont(const TextFont &font)
+    // Opens the font, the first time. Null: it cannot be embedded.
+    EmbeddedFont *OpenFont(const TextFont &font)
     {
         auto found = program_->fonts.find(&font);
         if (found != program_->fonts.end())
             return found->second.get();
         std::unique_ptr<FontProgram> opened = FontProgram::Open(font);
         std::unique_ptr<EmbeddedFont> embedded;
-        if (opened != nullptr) {
-            const size_t number = program_->fontsInOrder.size() + 1;
-            embedded = std::make_unique<EmbeddedFont>(std::move(opened), font.asked, number);
-            program_->fontsInOrder.push_back(embedded.get());
-        }
+        if (opened != nullptr)
+            embedded = std::make_unique<EmbeddedFont>(std::move(opened), font.asked);
         return program_->fonts.emplace(&font, std::move(embedded)).first->second.get();
     }
 
@@ -247,8 +245,14 @@ class PdfDevice final : public Device
         program_->text.Begin();
         program_->state.SetTextMode(mode);
         for (const GlyphRun &run : runs) {
-            if (EmbeddedFont *font = FindFont(*run.font))
-                program_->text.Show(run, fromPage, font);
+            EmbeddedFont *font = OpenFont(*run.font);
+            if (font == nullptr)
+                continue;
+            if (!font->HasNumber()) {
+                program_->fontsInOrder.push_back(font);
+                font->SetNumber(program_->fontsInOrder.size());
+            }
+            program_->text.Show(run, fromPage, font);
         }
         if (clips)
             program_->text.End();

@@ -48,22 +48,28 @@ Matrix WithTranslation(Matrix matrix, Point to)
 
 } // namespace
 
-TextWriter::Face *TextWriter::FindFont(const TextFont &font)
+TextWriter::Face *TextWriter::OpenFont(const TextFont &font)
 {
     const auto known = faceOfFont_.find(&font);
     if (known != faceOfFont_.end())
         return known->second;
-    const auto [found, isNew] = faces_.try_emplace({font.file, font.faceIndex});
+    const auto [found, isNew] = faces_.try_emplace({font.bytes.get(), font.faceIndex});
     Face *face = &found->second;
     if (isNew)
         face->font = WebFont::Open(font);
-    if (isNew && face->font != nullptr) {
-        order_.push_back(face);
-        face->id = order_.size();
-    }
     if (face->font == nullptr)
         face = nullptr;
     faceOfFont_.emplace(&font, face);
+    return face;
+}
+
+TextWriter::Face *TextWriter::UseFont(const TextFont &font)
+{
+    Face *face = OpenFont(font);
+    if (face != nullptr && face->id == 0) {
+        order_.push_back(face);
+        face->id = order_.size();
+    }
     return face;
 }
 
@@ -105,7 +111,7 @@ void TextWriter::PlaceCharacters(const GlyphRun &run, const Setting &setting, We
         const Point inPicture = toPicture_.Map(glyph.origin);
         const char32_t character = WrittenCharacter(glyph.character);
         placed_.push_back({setting.toText.Map({inPicture.x - from.x, inPicture.y - from.y}), character,
-                           !font->Reaches(character, glyph.glyph)});
+                           !font->Take(character, glyph.glyph)});
     }
 }
 
@@ -238,7 +244,7 @@ void TextWriter::AppendOutlines(const GlyphRun &run, bool hiddenAlone, WebFont *
 
 void TextWriter::Show(const GlyphRun &run, const TextPaint &paint)
 {
-    Face *face = FindFont(*run.font);
+    Face *face = UseFont(*run.font);
     if (face == nullptr || run.glyphs.empty())
         return;
     const Setting setting = FindSetting(run);
@@ -263,7 +269,7 @@ void TextWriter::WriteOutlines(std::span<const GlyphRun> runs)
 {
     Path path;
     for (const GlyphRun &run : runs) {
-        const Face *face = FindFont(*run.font);
+        const Face *face = UseFont(*run.font);
         if (face == nullptr)
             continue;
         path.Clear();

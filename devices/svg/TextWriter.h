@@ -31,7 +31,7 @@ class TextWriter
     {
     }
 
-    bool CanShow(const TextFont &font) { return FindFont(font) != nullptr; }
+    bool CanShow(const TextFont &font) { return OpenFont(font) != nullptr; }
     void Show(const GlyphRun &run, const TextPaint &paint);
     // Of all glyphs, as the data of one path.
     void WriteOutlines(std::span<const GlyphRun> runs);
@@ -57,7 +57,8 @@ class TextWriter
         bool isHidden; // a shape instead
     };
 
-    Face *FindFont(const TextFont &font);
+    Face *OpenFont(const TextFont &font); // null: it cannot be embedded
+    Face *UseFont(const TextFont &font);  // the same, and gives it its number
     Setting FindSetting(const GlyphRun &run) const;
     void PlaceCharacters(const GlyphRun &run, const Setting &setting, WebFont *font);
     void WriteElement(const GlyphRun &run, const Face &face, const Setting &setting, const TextPaint &paint,
@@ -74,9 +75,9 @@ class TextWriter
     XmlWriter *xml_;
     Device *shapes_;
     std::map<const TextFont *, Face *> faceOfFont_;
-    std::map<std::pair<std::string, int>, Face> faces_; // by file and place in it
-    std::vector<Face *> order_;                         // by id
-    std::vector<PlacedCharacter> placed_;               // of the run at hand; keeps its storage
+    std::map<std::pair<const FontBytes *, int>, Face> faces_; // by bytes and place in them
+    std::vector<Face *> order_;                               // by id
+    std::vector<PlacedCharacter> placed_;                     // of the run at hand; keeps its storage
 };
 
 } // namespace vxhost::svg

@@ -3,6 +3,7 @@
 
 #include "host/MemoryWatch.h"
 #include "host/fonts/EmbeddingRights.h"
+#include "host/fonts/FontBlob.h"
 #include "host/fonts/FontSubset.h"
 #include "host/fonts/NameTraits.h"
 
@@ -95,9 +96,9 @@ std::unique_ptr<WebFont> WebFont::OpenFace(const TextFont &font)
 {
     const auto index = static_cast<unsigned>(font.faceIndex);
     const bool isNamedVariation = index >> 16 != 0;
-    const Blob blob(hb_blob_create_from_file_or_fail(font.file.c_str()));
-    if (blob == nullptr || isNamedVariation)
+    if (font.bytes == nullptr || isNamedVariation)
         return nullptr;
+    const Blob blob = MakeBlob(font.bytes);
     std::unique_ptr<WebFont> opened(new WebFont);
     opened->face_.reset(hb_face_create(blob.get(), index));
     hb_face_t *face = opened->face_.get();
@@ -105,7 +106,7 @@ std::unique_ptr<WebFont> WebFont::OpenFace(const TextFont &font)
         HasTable(face, HB_TAG('g', 'l', 'y', 'f')) || HasTable(face, HB_TAG('C', 'F', 'F', ' '));
     if (!hasOutlines || !IsForBrowsers(face))
         return nullptr;
-    opened->file_ = FontFile::Open(font.file, font.faceIndex);
+    opened->file_ = FontFile::Open(font.bytes, font.faceIndex);
     if (opened->file_ == nullptr)
         return nullptr;
     opened->font_.reset(hb_font_create(face));
@@ -127,7 +128,7 @@ void WebFont::FindNames()
     names_.stretch = StretchName(hb_style_get_value(font, HB_STYLE_TAG_WIDTH));
 }
 
-bool WebFont::Reaches(char32_t character, uint32_t glyph)
+bool WebFont::Take(char32_t character, uint32_t glyph)
 {
     Known &known = known_[character & 0xFF];
     if (known.character != character)

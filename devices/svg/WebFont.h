@@ -37,8 +37,8 @@ class WebFont
 
     const FontNames &Names() const { return names_; }
 
-    // Whether the embedded font will show that glyph for the character. If so it will have it.
-    bool Reaches(char32_t character, uint32_t glyph);
+    // Takes the character into the embedded font, if that shows the glyph for it; false: it does not.
+    bool Take(char32_t character, uint32_t glyph);
     // How much nearer or farther than their widths say a viewer that kerns sets the second character, ems. An em where it
     // would make one glyph of both.
     double Kerning(char32_t first, char32_t second);

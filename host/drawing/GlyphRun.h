@@ -3,6 +3,7 @@
 
 #include "host/drawing/Paint.h"
 #include "host/drawing/Path.h"
+#include "host/fonts/FontBytes.h"
 
 #include <cstdint>
 #include <string>
@@ -14,9 +15,9 @@ namespace vxhost
 // A font that serves a document. Lives as long as the parse and is the same object for the same name asked for.
 struct TextFont {
     std::string asked;  // as the document names it, without "/" and "_"
-    std::string served; // PostScript name of the font in file
-    std::string file;
-    int faceIndex = 0; // the face in its file, plus 65536 times the named variation
+    std::string served; // PostScript name of the font in the bytes
+    SharedFontBytes bytes;
+    int faceIndex = 0; // the face in them, plus 65536 times the named variation
 };
 
 struct PlacedGlyph {

@@ -34,8 +34,8 @@ class GlyphSource
     GlyphSource &operator=(const GlyphSource &) = delete;
     virtual ~GlyphSource() = default;
 
-    // What serves that name; null: nothing, its characters are boxes. Valid as long as this object.
-    virtual const TextFont *FindFont(std::string_view fontName) = 0;
+    // Opens what serves that name; null: nothing does, its characters are boxes. Valid as long as this object.
+    virtual const TextFont *OpenFont(std::string_view fontName) = 0;
     // What follows is one string in that font. isNew: to be counted; it is none that was painted and now clips.
     virtual void BeginString(std::string_view fontName, bool isNew) = 0;
     // The first character of text, which is not empty. isUpright: in its form for a column.

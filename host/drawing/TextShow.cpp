@@ -182,7 +182,7 @@ bool TextShow::IsMoved(const PaintedString &painted, const ZRKTextRecord &clippe
 
 const TextFont *TextShow::FindFontToShow(const char *name) const
 {
-    const TextFont *font = glyphs_->FindFont(name);
+    const TextFont *font = glyphs_->OpenFont(name);
     return font != nullptr && drawing_->CanShow(*font) ? font : nullptr;
 }
 

@@ -30,6 +30,7 @@ std::optional<Script> ScriptOfFont(const FontList::Entry &entry, std::optional<S
 void Serve(const FontList::Entry &from, FontList::Entry *entry)
 {
     entry->file = from.file;
+    entry->bytes = from.bytes;
     entry->faceIndex = from.faceIndex;
     entry->servedBy = from.ServedName();
     entry->style = from.style;

@@ -38,7 +38,7 @@ Path BoxOutline(double width)
 
 } // namespace
 
-const TextFont *DocumentGlyphs::FindFont(std::string_view fontName)
+const TextFont *DocumentGlyphs::OpenFont(std::string_view fontName)
 {
     const int32_t font = fonts_->List().Find(fontName);
     return font < 0 ? nullptr : fonts_->TextFontOf(font);

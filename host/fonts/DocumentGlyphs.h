@@ -22,7 +22,7 @@ class DocumentGlyphs final : public GlyphSource
     // The fonts must outlive this object.
     explicit DocumentGlyphs(OpenFonts *fonts) : fonts_(fonts) {}
 
-    const TextFont *FindFont(std::string_view fontName) override;
+    const TextFont *OpenFont(std::string_view fontName) override;
     void BeginString(std::string_view fontName, bool isNew) override;
     Glyph Next(std::span<const uint8_t> text, bool isUpright) override;
     std::vector<FontUse> FontsUsed() const override { return uses_; }

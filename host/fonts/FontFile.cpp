@@ -1,6 +1,7 @@
 #include "host/fonts/FontFile.h"
 
 #include "host/MemoryWatch.h"
+#include "host/fonts/FontBlob.h"
 #include "host/fonts/FontLibrary.h"
 #include "host/fonts/Owned.h"
 
@@ -113,9 +114,9 @@ class OpenTypeFile final : public FontFile
 {
   public:
     // Null for a format that HarfBuzz does not read.
-    static std::unique_ptr<FontFile> Open(const std::string &file, int faceIndex)
+    static std::unique_ptr<FontFile> Open(const SharedFontBytes &bytes, int faceIndex)
     {
-        return Watched([&] { return OpenFace(file, faceIndex); });
+        return Watched([&] { return OpenFace(bytes, faceIndex); });
     }
 
     uint32_t FindGlyph(char32_t character) const override
@@ -160,13 +161,11 @@ class OpenTypeFile final : public FontFile
         return result;
     }
 
-    static std::unique_ptr<FontFile> OpenFace(const std::string &file, int faceIndex)
+    static std::unique_ptr<FontFile> OpenFace(const SharedFontBytes &bytes, int faceIndex)
     {
         // The lower half of the index is the face's place in its file, the upper half counts its named variations.
         const auto index = static_cast<unsigned>(faceIndex);
-        const Owned<hb_blob_t, hb_blob_destroy> blob(hb_blob_create_from_file_or_fail(file.c_str()));
-        if (blob == nullptr)
-            return nullptr;
+        const Owned<hb_blob_t, hb_blob_destroy> blob = MakeBlob(bytes);
         const Owned<hb_face_t, hb_face_destroy> face(hb_face_create(blob.get(), index & 0xFFFFU));
         if (hb_face_get_glyph_count(face.get()) == 0)
             return nullptr;
@@ -233,11 +232,11 @@ double Number(FT_Pos units)
 class Type1File final : public FontFile
 {
   public:
-    static std::unique_ptr<FontFile> Open(const std::string &file, int faceIndex)
+    static std::unique_ptr<FontFile> Open(const SharedFontBytes &bytes, int faceIndex)
     {
         std::unique_ptr<Type1File> opened(new Type1File);
         FT_Face face = nullptr;
-        const FT_Error error = FT_New_Face(opened->library_.Get(), file.c_str(), faceIndex, &face);
+        const FT_Error error = opened->library_.OpenFace(bytes, faceIndex, &face);
         opened->face_.reset(face);
         opened->library_.Check();
         if (error != 0)
@@ -307,10 +306,12 @@ class Type1File final : public FontFile
 
 } // namespace
 
-std::unique_ptr<FontFile> FontFile::Open(const std::string &file, int faceIndex)
+std::unique_ptr<FontFile> FontFile::Open(const SharedFontBytes &bytes, int faceIndex)
 {
-    std::unique_ptr<FontFile> opened = OpenTypeFile::Open(file, faceIndex);
-    return opened != nullptr ? std::move(opened) : Type1File::Open(file, faceIndex);
+    if (bytes == nullptr)
+        return nullptr;
+    std::unique_ptr<FontFile> opened = OpenTypeFile::Open(bytes, faceIndex);
+    return opened != nullptr ? std::move(opened) : Type1File::Open(bytes, faceIndex);
 }
 
 } // namespace vxhost

@@ -4,10 +4,10 @@
 #pragma once
 
 #include "host/drawing/Path.h"
+#include "host/fonts/FontBytes.h"
 
 #include <cstdint>
 #include <memory>
-#include <string>
 
 namespace vxhost
 {
@@ -15,9 +15,9 @@ namespace vxhost
 class FontFile
 {
   public:
-    // Null when the file is not there or neither library can read it. faceIndex as in FontList::Entry. Here and below
+    // Null when there are no bytes or neither library can read them. faceIndex as in FontList::Entry. Here and below
     // lack of memory is thrown, wherever a library meets it: a glyph is never missing for want of it.
-    static std::unique_ptr<FontFile> Open(const std::string &file, int faceIndex);
+    static std::unique_ptr<FontFile> Open(const SharedFontBytes &bytes, int faceIndex);
 
     FontFile() = default;
     FontFile(const FontFile &) = delete;

@@ -45,4 +45,12 @@ FontLibrary::~FontLibrary()
     FT_Done_Library(library_);
 }
 
+FT_Error FontLibrary::OpenFace(const SharedFontBytes &bytes, int faceIndex, FT_Face *face)
+{
+    bytes_ = bytes;
+    const std::span<const std::byte> all = bytes->Get();
+    return FT_New_Memory_Face(library_, reinterpret_cast<const FT_Byte *>(all.data()),
+                              static_cast<FT_Long>(all.size()), faceIndex, face);
+}
+
 } // namespace vxhost

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/ReservedMemory.h"
+#include "host/fonts/FontBytes.h"
 
 #include <ft2build.h>
 #include FT_FREETYPE_H
@@ -20,12 +21,15 @@ class FontLibrary
     FontLibrary &operator=(const FontLibrary &) = delete;
 
     FT_Library Get() const { return library_; }
+    // The bytes stay as long as this object.
+    FT_Error OpenFace(const SharedFontBytes &bytes, int faceIndex, FT_Face *face);
     void Check() const { memory_.Check(); } // after calls, before their result is judged
 
   private:
     ReservedMemory memory_;
     FT_MemoryRec_ procedures_;
     FT_Library library_ = nullptr;
+    SharedFontBytes bytes_;
 };
 
 } // namespace vxhost

@@ -5,6 +5,7 @@
 // parse's own: a WidthSource is for one thread at a time.
 #pragma once
 
+#include "host/fonts/FontBytes.h"
 #include "host/fonts/NameTraits.h"
 
 #include <array>
@@ -25,7 +26,8 @@ class FontList
     struct Entry {
         std::string postScriptName; // at most 255 bytes
         std::string familyName;
-        std::string file;  // empty: no file, the font is drawn as boxes
+        std::string file;      // empty: it came from memory, or there is none and boxes are drawn
+        SharedFontBytes bytes; // of a font from memory; null: it is in the file
         int faceIndex = 0; // as fontconfig counts: the face in its file, plus 65536 times the named variation
         std::string
             servedBy; // PostScript name of the font in file when it stands in for this one, else empty
@@ -33,6 +35,7 @@ class FontList
         uint8_t scripts = 0;       // of the font in file: bits by Script
         bool isSubstitute = false; // what serves it is of another design
 
+        bool IsDrawn() const { return !file.empty() || bytes != nullptr; } // else boxes are
         const std::string &ServedName() const { return servedBy.empty() ? postScriptName : servedBy; }
         bool HasScript(Script script) const { return (scripts >> static_cast<int>(script) & 1) != 0; }
         bool HasEastAsianScript() const { return scripts >> 1 != 0; }

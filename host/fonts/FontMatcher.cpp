@@ -36,7 +36,7 @@ FontMatcher::FontMatcher(const FontList &fonts) : fonts_(fonts)
 {
     for (int32_t i = 0; i < fonts.Count(); ++i) {
         const FontList::Entry &entry = fonts.At(i);
-        if (!entry.file.empty())
+        if (entry.IsDrawn())
             candidates_.push_back({i, TraitsOfName(entry.familyName).family,
                                    TraitsOfName(entry.postScriptName).faceClass,
                                    SignsOfName(entry.postScriptName)});

@@ -1,11 +1,14 @@
 #include "host/fonts/FontconfigFonts.h"
 
 #include "host/MemoryWatch.h"
+#include "host/fonts/FontLibrary.h"
 #include "host/fonts/FontNames.h"
 #include "host/fonts/Owned.h"
 #include "host/fonts/StandIns.h"
 
 #include <fontconfig/fontconfig.h>
+
+#include <fontconfig/fcfreetype.h>
 
 #include <algorithm>
 #include <new>
@@ -40,7 +43,11 @@ struct Candidate {
     bool isType1 = false;
 
     // Of two files of one font the first in this order is used. OpenType ones carry more.
-    auto Rank() const { return std::tie(entry.postScriptName, isType1, entry.file, entry.faceIndex); }
+    auto Rank() const
+    {
+        return std::make_tuple(std::string_view(entry.postScriptName), entry.bytes == nullptr, isType1,
+                               std::string_view(entry.file), entry.faceIndex);
+    }
 };
 
 int NumberOf(const FcPattern *pattern, const char *property, int missing)
@@ -89,7 +96,32 @@ bool ReadCandidate(const FcPattern *pattern, Candidate *candidate)
     // Fonts of signs may call them Latin letters.
     entry.scripts = SignsOfName(entry.postScriptName) ? uint8_t{0} : ScriptsOf(pattern);
     return !entry.postScriptName.empty() && entry.postScriptName.size() <= kMaxNameLength &&
-           !entry.file.empty();
+           (!entry.file.empty() || entry.bytes != nullptr);
+}
+
+// The faces of a font file in memory; none of a file that is no font.
+void ReadMemory(const SharedFontBytes &bytes, std::vector<Candidate> *candidates)
+{
+    constexpr FT_Long kMaxFaces = 256;
+    FontLibrary library;
+    FT_Long count = 1;
+    for (FT_Long i = 0; i < std::min(count, kMaxFaces); ++i) {
+        FT_Face opened = nullptr;
+        const FT_Error error = library.OpenFace(bytes, static_cast<int>(i), &opened);
+        const Owned<FT_FaceRec_, FT_Done_Face> face(opened);
+        library.Check();
+        if (error != 0)
+            continue;
+        count = face->num_faces;
+        const auto *noName = reinterpret_cast<const FcChar8 *>("");
+        const Owned<FcPattern, FcPatternDestroy> pattern(
+            FcFreeTypeQueryFace(face.get(), noName, static_cast<unsigned>(i), nullptr));
+        library.Check();
+        Candidate candidate;
+        candidate.entry.bytes = bytes;
+        if (pattern != nullptr && FT_IS_SCALABLE(face.get()) && ReadCandidate(pattern.get(), &candidate))
+            candidates->push_back(std::move(candidate));
+    }
 }
 
 // No fonts; only where to remember what is in a directory.
@@ -145,6 +177,8 @@ std::vector<FontList::Entry> ListInstalled(const FontSources &sources)
             candidates.push_back(std::move(candidate));
     }
     watch.Check();
+    for (const SharedFontBytes &bytes : sources.memory)
+        ReadMemory(bytes, &candidates);
     std::ranges::sort(candidates, {}, &Candidate::Rank);
 
     std::vector<FontList::Entry> entries;
@@ -217,7 +251,8 @@ std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources)
     std::vector<FontList::Entry> entries = ListInstalled(sources);
     AddStandIns(&entries);
     if (entries.empty())
-        entries.push_back({std::string(kBoxFontName), std::string(kBoxFontFamily), "", 0, "", {}, 0, false});
+        entries.push_back(
+            {std::string(kBoxFontName), std::string(kBoxFontFamily), "", nullptr, 0, "", {}, 0, false});
     return std::make_unique<FontconfigFonts>(std::move(entries));
 }
 

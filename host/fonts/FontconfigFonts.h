@@ -14,7 +14,9 @@ namespace vxhost
 
 struct FontSources {
     bool useSystemFonts = true;
-    std::vector<std::string> directories; // further ones, with all below them
+    std::vector<std::string> directories = {}; // further ones, with all below them
+    std::vector<SharedFontBytes> memory =
+        {}; // files in memory, which come before all others of the same names
 };
 
 // The installed fonts, then an entry for each classic font that is not installed and that one with the same widths

@@ -5,14 +5,24 @@ namespace vxhost
 
 OpenFonts::OpenFonts(const DocumentFonts &list) : list_(list), opened_(static_cast<size_t>(list.Count())) {}
 
+SharedFontBytes OpenFonts::BytesOf(const FontList::Entry &entry)
+{
+    if (entry.bytes != nullptr || entry.file.empty())
+        return entry.bytes;
+    const auto [found, isNew] = files_.try_emplace(entry.file);
+    if (isNew)
+        found->second = FontBytes::Open(entry.file);
+    return found->second;
+}
+
 const FontFile *OpenFonts::FileOf(int32_t index)
 {
     Opened &opened = opened_[static_cast<size_t>(index)];
     if (!opened.isOpened) {
         const FontList::Entry &entry = list_.At(index);
+        opened.bytes = BytesOf(entry);
+        opened.file = FontFile::Open(opened.bytes, entry.faceIndex);
         opened.isOpened = true;
-        if (!entry.file.empty())
-            opened.file = FontFile::Open(entry.file, entry.faceIndex);
         if (opened.file != nullptr)
             opened.goesByBytes =
                 vxhost::GoesByBytes(*opened.file, entry.ServedName(), list_.EncodingOf(index));
@@ -32,7 +42,7 @@ const TextFont *OpenFonts::TextFontOf(int32_t index)
     if (opened.textFont == nullptr && FileOf(index) != nullptr) {
         const FontList::Entry &entry = list_.At(index);
         opened.textFont = std::make_unique<TextFont>(
-            TextFont{list_.AskedName(index), entry.ServedName(), entry.file, entry.faceIndex});
+            TextFont{list_.AskedName(index), entry.ServedName(), opened.bytes, entry.faceIndex});
     }
     return opened.textFont.get();
 }
@@ -46,7 +56,7 @@ FontUse OpenFonts::Describe(int32_t index)
     if (font == nullptr)
         return use;
     use.served = font->served;
-    use.file = font->file;
+    use.file = entry.file;
     use.match = entry.servedBy.empty() ? FontMatch::Exact
                 : entry.isSubstitute   ? FontMatch::Substitute
                                        : FontMatch::StandIn;

@@ -10,7 +10,9 @@
 #include "host/fonts/DocumentFonts.h"
 #include "host/fonts/FontFile.h"
 
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace vxhost
@@ -35,6 +37,7 @@ class OpenFonts final : public WidthSource
 
   private:
     struct Opened {
+        SharedFontBytes bytes;
         std::unique_ptr<FontFile> file;
         std::unique_ptr<CharWidths> widths;
         std::unique_ptr<TextFont> textFont;
@@ -42,8 +45,11 @@ class OpenFonts final : public WidthSource
         bool goesByBytes = false; // known with the file
     };
 
+    SharedFontBytes BytesOf(const FontList::Entry &entry);
+
     const DocumentFonts &list_;
-    std::vector<Opened> opened_; // beside the list's entries
+    std::vector<Opened> opened_;                   // beside the list's entries
+    std::map<std::string, SharedFontBytes> files_; // by path; null: it cannot be read
 };
 
 } // namespace vxhost

@@ -125,10 +125,43 @@ TEST(FontconfigFontsTest, ADirectoryOfFontsIsListed)
     EXPECT_LE(fonts->Count(), system->Count());
 }
 
+SharedFontBytes HeldBytesOf(const std::string &path)
+{
+    const auto file = FontBytes::Open(path);
+    return FontBytes::FromMemory({file->Get().begin(), file->Get().end()});
+}
+
+// The same glyphs at the same widths as from the file, and found first.
+TEST(FontconfigFontsTest, FontsInMemoryAreAsThoseInFiles)
+{
+    const std::string folder = "/usr/share/fonts/opentype/urw-base35";
+    FontSources sources;
+    sources.useSystemFonts = false;
+    sources.memory = {HeldBytesOf(folder + "/NimbusSans-Regular.otf"),
+                      HeldBytesOf(VX_SOURCE_DIR "/README.md")};
+    const auto fonts = MakeFontconfigFonts(sources);
+    const int32_t number = Find(*fonts, "NimbusSans-Regular");
+    ASSERT_GE(number, 0);
+    EXPECT_TRUE(fonts->At(number).file.empty());
+    EXPECT_TRUE(fonts->At(number).IsDrawn());
+    const int32_t standIn = Find(*fonts, "Helvetica");
+    ASSERT_GE(standIn, 0);
+    const DocumentFonts list(*fonts, {});
+    OpenFonts opened(list);
+    EXPECT_EQ(opened.CharWidth(static_cast<int16_t>(standIn), 'W'), Thousandths(944));
+    EXPECT_EQ(opened.Describe(standIn).match, FontMatch::StandIn);
+    EXPECT_EQ(Find(*fonts, "NimbusSans-Bold"), -1) << "nothing but what was given";
+
+    sources.directories = {folder};
+    const auto both = MakeFontconfigFonts(sources);
+    EXPECT_NE(both->At(Find(*both, "NimbusSans-Regular")).bytes, nullptr);
+    EXPECT_EQ(both->At(Find(*both, "NimbusSans-Bold")).bytes, nullptr);
+}
+
 TEST(CharWidthsTest, AFileThatIsNoFontGivesBoxes)
 {
-    EXPECT_EQ(FontFile::Open(VX_SOURCE_DIR "/CMakeLists.txt", 0), nullptr);
-    EXPECT_EQ(FontFile::Open("/no/such/font", 0), nullptr);
+    EXPECT_EQ(FontFile::Open(FontBytes::Open(VX_SOURCE_DIR "/CMakeLists.txt"), 0), nullptr);
+    EXPECT_EQ(FontFile::Open(FontBytes::Open("/no/such/font"), 0), nullptr);
     EXPECT_EQ(ReadCharWidths(nullptr, TextEncoding::MacRoman, false)['a'], kBoxFontWidth);
 }
 
@@ -138,7 +171,7 @@ TEST(CharWidthsTest, Type1FontsAreReadToo)
     const std::string type1 = "/usr/share/fonts/X11/Type1/NimbusSans-Regular.pfb";
     if (!std::filesystem::exists(type1))
         GTEST_SKIP() << "no Type 1 fonts on this machine";
-    const std::unique_ptr<FontFile> font = FontFile::Open(type1, 0);
+    const std::unique_ptr<FontFile> font = FontFile::Open(FontBytes::Open(type1), 0);
     ASSERT_NE(font, nullptr);
     const CharWidths widths = ReadCharWidths(font.get(), TextEncoding::MacRoman, false);
     EXPECT_EQ(widths['W'], Thousandths(944));

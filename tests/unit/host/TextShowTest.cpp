@@ -24,7 +24,7 @@ class FakeGlyphs final : public GlyphSource
   public:
     std::string strings; // the fonts of the strings begun
 
-    const TextFont *FindFont(std::string_view fontName) override
+    const TextFont *OpenFont(std::string_view fontName) override
     {
         return fontName == font_.asked ? &font_ : nullptr;
     }
@@ -48,7 +48,7 @@ class FakeGlyphs final : public GlyphSource
     std::vector<FontUse> FontsUsed() const override { return {}; }
 
   private:
-    TextFont font_ = {"Fake", "Served", "fake.otf", 0};
+    TextFont font_ = {"Fake", "Served", nullptr, 0};
     Path outline_;
 };
 

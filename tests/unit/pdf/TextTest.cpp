@@ -20,20 +20,22 @@ namespace
 {
 
 const TextFont kSans = {"Helvetica", "NimbusSans-Regular",
-                        "/usr/share/fonts/opentype/urw-base35/NimbusSans-Regular.otf", 0};
+                        FontBytes::Open("/usr/share/fonts/opentype/urw-base35/NimbusSans-Regular.otf"), 0};
 const TextFont kType1 = {"Old Sans", "NimbusSans-Regular",
-                         "/usr/share/fonts/X11/Type1/NimbusSans-Regular.pfb", 0};
-const TextFont kGothic = {"Ryumin-Light", "IPAGothic", "/usr/share/fonts/opentype/ipafont-gothic/ipag.ttf",
-                          0};
+                         FontBytes::Open("/usr/share/fonts/X11/Type1/NimbusSans-Regular.pfb"), 0};
+const TextFont kGothic = {"Ryumin-Light", "IPAGothic",
+                          FontBytes::Open("/usr/share/fonts/opentype/ipafont-gothic/ipag.ttf"), 0};
 
 // Two glyphs, numbered 700 and 33 in their collection.
-const TextFont kNumbered = {"CidKeyed", "CidKeyed", VX_SOURCE_DIR "/tests/unit/pdf/fonts/cid-keyed.otf", 0};
+constexpr const char *kNumberedFile = VX_SOURCE_DIR "/tests/unit/pdf/fonts/cid-keyed.otf";
+const TextFont kNumbered = {"CidKeyed", "CidKeyed", FontBytes::Open(kNumberedFile), 0};
 
 // Characters one after the other, each by its advance; the pen is moved before some of them.
 class Setter
 {
   public:
-    Setter(const TextFont &font, double size) : font_(&font), file_(FontFile::Open(font.file, font.faceIndex))
+    Setter(const TextFont &font, double size)
+        : font_(&font), file_(FontFile::Open(font.bytes, font.faceIndex))
     {
         run.font = font_;
         run.matrix = {size, 0, 0, size, 0, 0};
@@ -280,7 +282,7 @@ class PdfFontLicences : public testing::TestWithParam<LicenceCase>
 // The bits stand at place 8 of the table OS/2, whose place the file's directory gives.
 TEST_P(PdfFontLicences, AreKept)
 {
-    std::ifstream in(kNumbered.file, std::ios::binary);
+    std::ifstream in(kNumberedFile, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(in), {}};
     const size_t entry = bytes.find("OS/2");
     ASSERT_NE(entry, std::string::npos);
@@ -290,10 +292,9 @@ TEST_P(PdfFontLicences, AreKept)
     bytes.at(table + 8) = static_cast<char>(GetParam().bits >> 8);
     bytes.at(table + 9) = static_cast<char>(GetParam().bits & 0xFF);
     TextFont font = kNumbered;
-    font.file = testing::TempDir() + "licence-" + GetParam().name + ".otf";
-    std::ofstream(font.file, std::ios::binary) << bytes;
+    const auto changed = std::as_bytes(std::span(bytes));
+    font.bytes = FontBytes::FromMemory({changed.begin(), changed.end()});
     EXPECT_EQ(pdf::FontProgram::Open(font) != nullptr, GetParam().canShow);
-    std::remove(font.file.c_str());
 }
 INSTANTIATE_TEST_SUITE_P(Pdf, PdfFontLicences, testing::ValuesIn(kLicences), CaseName());
 
@@ -323,13 +324,27 @@ TEST(PdfText, GivesAGlyphOfTwoCharactersBoth)
               std::string::npos);
 }
 
+// A font that is asked about and not used takes no number from those that are.
+TEST(PdfText, NumbersFontsByTheirFirstUse)
+{
+    Setter setter(kSans, 10);
+    setter.Set('A');
+    DrawnPage page([&](Device &d) {
+        EXPECT_TRUE(d.CanShow(kGothic));
+        EXPECT_TRUE(d.CanShow(kSans));
+        d.ShowText({{setter.run}}, Filled());
+    });
+    EXPECT_NE(page.Program().find("/F1 10 Tf"), std::string::npos) << page.Program();
+    EXPECT_EQ(Descendant(page, "F1").getKey("/BaseFont").getName().substr(7), "+Helvetica");
+}
+
 TEST(PdfText, RefusesWhatIsNoFont)
 {
     DrawnPage page([&](Device &d) {
         TextFont font = kSans;
-        font.file = VX_SOURCE_DIR "/README.md";
+        font.bytes = FontBytes::Open(VX_SOURCE_DIR "/README.md");
         EXPECT_FALSE(d.CanShow(font));
-        font.file = "/nowhere";
+        font.bytes = FontBytes::Open("/nowhere");
         EXPECT_FALSE(d.CanShow(font));
     });
     EXPECT_EQ(page.error, "");

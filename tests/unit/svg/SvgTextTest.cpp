@@ -19,14 +19,14 @@ constexpr const char *kBoldItalic = "/usr/share/fonts/opentype/urw-base35/Nimbus
 constexpr const char *kType1 = "/usr/share/fonts/type1/urw-base35/NimbusSans-Regular.t1";
 constexpr const char *kJapanese = "/usr/share/fonts/opentype/ipafont-gothic/ipag.ttf";
 
-const TextFont kFont = {"Helvetica", "NimbusSans-Regular", kSans, 0};
+const TextFont kFont = {"Helvetica", "NimbusSans-Regular", FontBytes::Open(kSans), 0};
 const Matrix kTenPoints = {10, 0, 0, 10, 0, 0};
 
 // Every character is half an em wide.
 GlyphRun MakeRun(const std::u32string &text, Point at, const Matrix &matrix = kTenPoints,
                  const TextFont *font = &kFont)
 {
-    const auto file = FontFile::Open(font->file, 0);
+    const auto file = FontFile::Open(font->bytes, 0);
     GlyphRun run;
     run.font = font;
     run.matrix = matrix;
@@ -131,7 +131,7 @@ TEST(SvgTextTest, TheFontIsAsLargeAsTheTextIsHigh)
 
 TEST(SvgTextTest, NamesTheStyle)
 {
-    const TextFont font = {"Helvetica-BoldOblique", "NimbusSans-BoldItalic", kBoldItalic, 0};
+    const TextFont font = {"Helvetica-BoldOblique", "NimbusSans-BoldItalic", FontBytes::Open(kBoldItalic), 0};
     EXPECT_EQ(
         Body({MakeRun(U"a", {10, 20}, kTenPoints, &font)}),
         "<text xml:space=\"preserve\" x=\"0\" y=\"50\" font-family=\"vx1,'Nimbus Sans',sans-serif\" "
@@ -208,7 +208,7 @@ TEST(SvgTextTest, OutlinesAloneShowNoText)
 // One font however many names ask for it.
 TEST(SvgTextTest, AFontIsCarriedOnce)
 {
-    const TextFont other = {"Arial", "NimbusSans-Regular", kSans, 0};
+    const TextFont other = {"Arial", "NimbusSans-Regular", kFont.bytes, 0};
     const std::string svg =
         WholeOf({MakeRun(U"a", {10, 20}), MakeRun(U"b", {10, 20}, kTenPoints, &other)}, Filled());
     const size_t style = svg.find("<style>@font-face{font-family:vx1;font-weight:400;font-style:normal;"
@@ -232,14 +232,14 @@ bool HasCharacter(const std::vector<std::byte> &font, char32_t character)
 TEST(SvgWebFontTest, TheSubsetHasWhatWasReached)
 {
     for (const char *file : {kSans, kJapanese}) {
-        const auto font = svg::WebFont::Open({"", "", file, 0});
+        const auto font = svg::WebFont::Open({"", "", FontBytes::Open(file), 0});
         ASSERT_NE(font, nullptr);
         EXPECT_TRUE(font->MakeSubset().empty());
-        const auto opened = FontFile::Open(file, 0);
-        EXPECT_TRUE(font->Reaches(U'A', opened->FindGlyph(U'A')));
-        EXPECT_TRUE(font->Reaches(U'A', opened->FindGlyph(U'A')));
-        EXPECT_FALSE(font->Reaches(U'B', opened->FindGlyph(U'A')));
-        EXPECT_FALSE(font->Reaches(0xE000, 0));
+        const auto opened = FontFile::Open(FontBytes::Open(file), 0);
+        EXPECT_TRUE(font->Take(U'A', opened->FindGlyph(U'A')));
+        EXPECT_TRUE(font->Take(U'A', opened->FindGlyph(U'A')));
+        EXPECT_FALSE(font->Take(U'B', opened->FindGlyph(U'A')));
+        EXPECT_FALSE(font->Take(0xE000, 0));
         const auto subset = font->MakeSubset();
         EXPECT_TRUE(HasCharacter(subset, U'A'));
         EXPECT_FALSE(HasCharacter(subset, U'B'));
@@ -250,7 +250,7 @@ TEST(SvgWebFontTest, TheSubsetHasWhatWasReached)
 }
 
 // A copy of the font with other bits of its licence: OS/2's number at 8.
-std::string WithLicence(int bits)
+SharedFontBytes WithLicence(int bits)
 {
     std::ifstream in(kSans, std::ios::binary);
     std::string bytes{std::istreambuf_iterator<char>(in), {}};
@@ -260,9 +260,8 @@ std::string WithLicence(int bits)
         table = table << 8 | static_cast<uint8_t>(bytes.at(record + i));
     bytes.at(table + 8) = static_cast<char>(bits >> 8);
     bytes.at(table + 9) = static_cast<char>(bits);
-    const std::string file = testing::TempDir() + "licence-" + std::to_string(bits) + ".otf";
-    std::ofstream(file, std::ios::binary) << bytes;
-    return file;
+    const auto changed = std::as_bytes(std::span(bytes));
+    return FontBytes::FromMemory({changed.begin(), changed.end()});
 }
 
 TEST(SvgWebFontTest, TheLicenceDecides)
@@ -280,18 +279,17 @@ TEST(SvgWebFontTest, TheLicenceDecides)
         {0x0200, false}, // bitmaps alone
     };
     for (const auto &row : cases) {
-        const std::string file = WithLicence(row.bits);
-        EXPECT_EQ(svg::WebFont::Open({"", "", file, 0}) != nullptr, row.isCarried) << row.bits;
-        std::filesystem::remove(file);
+        EXPECT_EQ(svg::WebFont::Open({"", "", WithLicence(row.bits), 0}) != nullptr, row.isCarried)
+            << row.bits;
     }
 }
 
 TEST(SvgWebFontTest, OnlyWhatBrowsersTakeIsCarried)
 {
-    ASSERT_NE(FontFile::Open(kType1, 0), nullptr);
-    EXPECT_EQ(svg::WebFont::Open({"", "", kType1, 0}), nullptr);
-    EXPECT_EQ(svg::WebFont::Open({"", "", "no-such.otf", 0}), nullptr);
-    EXPECT_EQ(svg::WebFont::Open({"", "", kSans, 1 << 16}), nullptr); // a named variation
+    ASSERT_NE(FontFile::Open(FontBytes::Open(kType1), 0), nullptr);
+    EXPECT_EQ(svg::WebFont::Open({"", "", FontBytes::Open(kType1), 0}), nullptr);
+    EXPECT_EQ(svg::WebFont::Open({"", "", FontBytes::Open("no-such.otf"), 0}), nullptr);
+    EXPECT_EQ(svg::WebFont::Open({"", "", kFont.bytes, 1 << 16}), nullptr); // a named variation
 }
 
 } // namespace
