@@ -4,12 +4,12 @@
 #include "cli/IsDrawing.h"
 #include "cli/OutputFile.h"
 #include "cli/OutputNames.h"
+#include "cli/StandardStreams.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cerrno>
 #include <functional>
 #include <string_view>
 #include <unistd.h>
@@ -236,11 +236,8 @@ bool Batch::PrintWhatIsDue()
         json["warnings"] = verdict.warnings;
         if (verdict.isLookedAt)
             AddFacts(verdict.finding, &json);
-        if (!WriteAll(STDOUT_FILENO, Joined(JsonLine(named), entry.id, JsonLine(json)))) {
-            if (errno != EPIPE)
-                messages_->Error("standard output", "cannot be written, " + SystemText(errno));
+        if (!PrintResult(Joined(JsonLine(named), entry.id, JsonLine(json)), messages_))
             return false;
-        }
         ++printed_;
         failed_ += verdict.MayBeWritten() ? 0 : 1;
         worst_ = Worst(worst_, verdict.status);

@@ -57,7 +57,8 @@ Status RenderCommand::Run(Messages *messages) const
         throw UsageError("no output: add -o and a name, as -o picture.pdf");
     const FormatList formats = ReadFormats(words_.format, output_);
     const std::vector<std::string> names = OutputNames(output_, options.inputs, formats);
-    const auto isKept = [](const std::string &name) { return name != "-" && IsDrawing(name); };
+    // Its place is what is looked at: "none/../a.vx" leads nowhere, and is written to "a.vx" all the same.
+    const auto isKept = [](const std::string &name) { return name != "-" && IsDrawing(PlaceOf(name)); };
     const auto drawing = force_ ? names.end() : std::ranges::find_if(names, isKept);
     if (drawing != names.end())
         throw UsageError(fmt::format("-o {}: would overwrite the drawing \"{}\": choose another name, or add "

@@ -192,7 +192,7 @@ class Drawings(FilesTest):
         for name, data in drawings.items():
             self.write(name, data)
         os.symlink("bare.png", self.path("link.png"))
-        for name in (*drawings, "link.png"):
+        for name in (*drawings, "link.png", "none/../bare.png"):
             with self.subTest(output=name):
                 self.assertEqual(self.refused("render", "a.vx", "-o", name, status=2),
                                  f'vx: -o {name}: would overwrite the drawing "{name}": choose another name, or add --force')
