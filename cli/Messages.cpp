@@ -29,36 +29,45 @@ void WriteToStandardError(std::string_view text)
     }
 }
 
+std::string LineOf(std::string_view subject, std::string_view text)
+{
+    std::string line = "vx: ";
+    if (!subject.empty())
+        line += Printable(subject, kMaxSubject) + ": ";
+    return line + Printable(text, kMaxText) + "\n";
+}
+
 } // namespace
 
 void Messages::Error(std::string_view subject, std::string_view text)
 {
-    Say(subject, text);
+    Say(LineOf(subject, text));
 }
 
 void Messages::Warning(std::string_view subject, std::string_view text)
 {
     if (verbosity_ != Verbosity::Quiet)
-        Say(subject, fmt::format("warning: {}", text));
+        SayOnce(LineOf(subject, fmt::format("warning: {}", text)));
 }
 
 void Messages::Detail(std::string_view subject, std::string_view text)
 {
     if (verbosity_ == Verbosity::Detailed)
-        Say(subject, text);
+        SayOnce(LineOf(subject, text));
 }
 
-void Messages::Say(std::string_view subject, std::string_view text)
+void Messages::SayOnce(const std::string &line)
 {
-    EraseProgress();
-    std::string line = "vx: ";
-    if (!subject.empty())
-        line += Printable(subject, kMaxSubject) + ": ";
-    line += Printable(text, kMaxText) + "\n";
     if (said_.size() >= kMaxRemembered)
         said_.clear();
     if (said_.insert(line).second)
-        WriteToStandardError(line);
+        Say(line);
+}
+
+void Messages::Say(std::string_view line)
+{
+    EraseProgress();
+    WriteToStandardError(line);
 }
 
 void Messages::Progress(std::string_view subject, int percent)

@@ -1,4 +1,4 @@
-// What the command tells a person, on standard error: one line each, never the same twice, and the progress of
+// What the command tells a person, on standard error: one line each, no warning twice, and the progress of
 // the work at hand.
 //
 //   vx: FILE: what is wrong with which value: what to do
@@ -30,7 +30,8 @@ class Messages
     void EraseProgress();
 
   private:
-    void Say(std::string_view subject, std::string_view text);
+    void SayOnce(const std::string &line);
+    void Say(std::string_view line);
 
     Verbosity verbosity_ = Verbosity::Normal;
     bool showProgress_ = false;

@@ -142,6 +142,10 @@ class Inputs(CommandTest):
         (document(box="(atend)"), 'no "%%BoundingBox:" of four numbers'),
     ]
 
+    def test_every_input_has_its_own_error(self):
+        _, messages = self.run_vx("info", "no.vx", "no.vx", status=1)
+        self.assertEqual(messages, ["vx: no.vx: no such file: check the name"] * 2)
+
     def test_what_is_no_document_is_told_in_one_line(self):
         for data, told in self.REFUSED:
             self.write("x.vx", data)
