@@ -9,10 +9,10 @@ SharedFontBytes OpenFonts::BytesOf(const FontList::Entry &entry)
 {
     if (entry.bytes != nullptr || entry.file.empty())
         return entry.bytes;
-    const auto [found, isNew] = files_.try_emplace(entry.file);
-    if (isNew)
-        found->second = FontBytes::Open(entry.file);
-    return found->second;
+    const auto found = files_.find(entry.file);
+    if (found != files_.end())
+        return found->second;
+    return files_.emplace(entry.file, FontBytes::Open(entry.file)).first->second;
 }
 
 const FontFile *OpenFonts::FileOf(int32_t index)

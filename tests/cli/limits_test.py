@@ -215,6 +215,23 @@ class Callers(CommandTest):
             self.assertIn("more than 64 MiB of memory, nothing written: allow more with --max-memory",
                           self.limited("heap", {number: 900 * MIB}, "--max-memory", "64M"))
 
+    # The file of the font is mapped, which a limit of data does not count.
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more address space than a limit leaves")
+    def test_a_font_is_not_missing_for_want_of_address_space(self):
+        sample = os.path.join(os.environ["VX_SOURCE_DIR"], "samples", "text-korean.vx")
+        words = ("render", sample, "-f", "svg", "-o", "-")
+        whole, _ = self.run_vx(*words)
+        ends = set()
+        for most in range(26 * MIB, 50 * MIB, MIB):
+            process = self.start(*words, preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (most, most)))
+            output, messages = process.communicate(timeout=60)
+            if process.returncode == 0:
+                self.assertEqual((output, messages), (whole, b""), most)
+            else:
+                self.assertEqual((process.returncode, messages.count(b"\n"), b"ulimit -v" in messages), (5, 1, True), messages)
+            ends.add(process.returncode)
+        self.assertEqual(ends, {0, 5})
+
     def test_processor_time(self):
         self.assertEqual(self.limited("loop", {resource.RLIMIT_CPU: 1}),
                          "vx: a.vx: needs more processor time than ulimit -t allows, nothing written: allow more where vx "
