@@ -1,10 +1,10 @@
 #include "cli/Batch.h"
 
-#include "cli/FactsJson.h"
 #include "cli/IsDrawing.h"
 #include "cli/OutputFile.h"
 #include "cli/OutputNames.h"
 #include "cli/StandardStreams.h"
+#include "library/FactsJson.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -235,7 +235,7 @@ bool Batch::PrintWhatIsDue()
             json["error"] = (verdict.errorSubject.empty() ? "" : verdict.errorSubject + ": ") + verdict.error;
         json["warnings"] = verdict.warnings;
         if (verdict.isLookedAt)
-            AddFacts(verdict.finding, &json);
+            AddFacts(verdict.finding.header, verdict.finding.outcome, &json);
         if (!PrintResult(Joined(JsonLine(named), entry.id, JsonLine(json)), messages_))
             return false;
         ++printed_;

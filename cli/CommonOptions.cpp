@@ -1,6 +1,7 @@
 #include "cli/CommonOptions.h"
 
 #include "cli/RenderWords.h"
+#include "library/FontFolder.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -26,7 +27,7 @@ void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
                                const std::string &help) {
         command->add_option(names, *to, help)->type_name(value)->group(kGroup);
     };
-    add("--plugin", &plugin_, "PATH", "the plug-in to use (the one beside this program)");
+    add("--plugin", &plugin_, "PATH", "the file of a plug-in to use (the one that is built in)");
     const auto addOfTable = [&](const char *name, const std::string &standard) {
         const Option *option = FindOption(name);
         AddOption(*option, option->help + standard, &texts_, command);

@@ -35,7 +35,7 @@ struct CommonOptions {
     Settings Complete(Settings settings) const;
 
     std::vector<std::string> inputs; // "-" is standard input
-    std::string plugin;              // empty: the one beside the program
+    std::string plugin;              // a file; empty: the one that is built in
     FontChoice fonts;
     std::optional<Script> script; // of text whose font does not say it; none: as the fonts suggest
     WorkerLimits limits;

@@ -9,8 +9,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
-#include <set>
 #include <string_view>
 
 namespace vxhost
@@ -78,25 +76,6 @@ std::map<std::string, std::string> ReadFontMap(const std::string &path, double s
         served[std::string(asked)] = font;
     }
     return served;
-}
-
-void CheckFontFolder(const std::string &path)
-{
-    namespace fs = std::filesystem;
-    std::error_code failure, ofEntry;
-    if (!fs::is_directory(path, failure))
-        throw UsageError(fmt::format("--font-dir {}: no such directory: check the name", path));
-    constexpr auto kAll =
-        fs::directory_options::follow_directory_symlink | fs::directory_options::skip_permission_denied;
-    std::set<fs::path> seen = {fs::canonical(path, ofEntry)}; // a link may lead back up
-    for (fs::recursive_directory_iterator at(path, kAll, failure), end; !failure && at != end;
-         at.increment(failure)) {
-        if (at->is_directory(ofEntry) && !seen.insert(fs::canonical(at->path(), ofEntry)).second)
-            at.disable_recursion_pending();
-        if (at->is_fifo(ofEntry))
-            throw UsageError(fmt::format("--font-dir {}: \"{}\" is a pipe, which is no font: take it away",
-                                         path, at->path().string()));
-    }
 }
 
 } // namespace vxhost

@@ -19,7 +19,4 @@ struct FontChoice {
 // UsageError.
 std::map<std::string, std::string> ReadFontMap(const std::string &path, double seconds);
 
-// Throws UsageError for a folder of fonts in which there is what nobody can look through.
-void CheckFontFolder(const std::string &path);
-
 } // namespace vxhost

@@ -1,8 +1,8 @@
 #include "cli/FontsText.h"
 
-#include "cli/FactsJson.h"
-#include "cli/OutcomeJson.h"
 #include "host/reading/Utf8.h"
+#include "library/FactsJson.h"
+#include "library/OutcomeJson.h"
 
 #include <fmt/format.h>
 

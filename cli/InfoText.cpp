@@ -1,9 +1,9 @@
 #include "cli/InfoText.h"
 
 #include "cli/Decimal.h"
-#include "cli/FactsJson.h"
 #include "cli/FontsText.h"
 #include "host/reading/Utf8.h"
+#include "library/FactsJson.h"
 
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -106,7 +106,7 @@ std::string InfoJson(const std::string &input, const Verdict &verdict)
     json["file"] = input;
     if (!verdict.error.empty())
         json["error"] = verdict.error;
-    AddFacts(verdict.finding, &json);
+    AddFacts(verdict.finding.header, verdict.finding.outcome, &json);
     return JsonLine(json);
 }
 

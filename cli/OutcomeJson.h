@@ -2,22 +2,14 @@
 #pragma once
 
 #include "cli/Session.h"
-#include "host/Outcome.h"
+#include "library/OutcomeJson.h"
 
 #include <nlohmann/json.hpp>
 
 namespace vxhost
 {
 
-NLOHMANN_JSON_SERIALIZE_ENUM(FontMatch, {{FontMatch::Missing, "missing"},
-                                         {FontMatch::Exact, "exact"},
-                                         {FontMatch::StandIn, "stand-in"},
-                                         {FontMatch::Substitute, "substitute"}})
-
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Box, left, bottom, right, top)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Report, number, title, message)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(FontUse, asked, served, file, match, strings, characters, missingGlyphs)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Counts, fills, strokes, clips, segments, shows, gray, cmyk, overprint)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Failure, kind, text, error)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Outcome, result, box, headerAccepted, monochrome, bytesRead, bytesTotal,
                                    peakHeap, memoryLimitHit, failure, lackedFont, undrawnTexts, reports,

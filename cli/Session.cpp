@@ -7,7 +7,9 @@
 #include "cli/Sandbox.h"
 #include "host/fonts/FontconfigFonts.h"
 #include "host/reading/Utf8.h"
+#include "library/LinkedPlugin.h"
 #include "library/Values.h"
+#include "library/Warnings.h"
 
 #include <fmt/format.h>
 
@@ -29,22 +31,17 @@ namespace
 
 namespace fs = std::filesystem;
 
-// The one beside the program, in a build tree as in an installation, unless the user names another.
-std::unique_ptr<Plugin> LoadPlugin(const std::string &named, std::string *path)
+std::unique_ptr<Plugin> LoadPlugin(const std::string &named)
 {
     std::error_code failure;
-    const fs::path program = fs::read_symlink("/proc/self/exe", failure);
-    const fs::path beside = program.parent_path().parent_path() / "lib/vx/vxparser.so";
     // Absolute, or the loader would look for a bare name in the folders of libraries.
-    *path = named.empty() ? beside.string() : fs::absolute(named, failure).string();
-    if (!fs::is_regular_file(*path, failure)) // the loader would wait for who writes to a pipe
-        throw UsageError(fmt::format("{}: no such plug-in: {}", *path,
-                                     named.empty() ? "install it there, or name one with --plugin"
-                                                   : "check the name after --plugin"));
+    const std::string path = fs::absolute(named, failure).string();
+    if (!fs::is_regular_file(path, failure)) // the loader would wait for who writes to a pipe
+        throw UsageError(fmt::format("{}: no such plug-in: check the name after --plugin", path));
     std::string error;
-    std::unique_ptr<Plugin> plugin = Plugin::Load(*path, &error);
+    std::unique_ptr<Plugin> plugin = Plugin::Load(path, &error);
     if (plugin == nullptr)
-        throw UsageError(fmt::format("{}: {}", *path, error));
+        throw UsageError(fmt::format("{}: {}", path, error));
     return plugin;
 }
 
@@ -81,42 +78,11 @@ std::string OutOfMemoryError(const Purpose &purpose, const WorkerLimits &limits)
                        purpose.lost);
 }
 
-std::string WithoutFullStop(std::string text)
-{
-    text = ToUtf8(text);
-    text.erase(text.find_last_not_of(" .") + 1);
-    return text;
-}
-
 constexpr double kLeastSeconds = 0.001;
 
-// What ended the document is an error, and told as that.
-std::vector<std::string> Warnings(const Finding &finding, const Purpose &purpose, const std::string &input)
+std::string FontHelp(const Purpose &purpose, const std::string &input)
 {
-    const std::string help =
-        "install it, or " + (purpose.isFonts ? "choose another with --font-map" : "see vx fonts " + input);
-    const Outcome &outcome = finding.outcome;
-    const bool isGivenUp = !outcome.lackedFont.empty();
-    std::vector<std::string> warnings;
-    for (const Report &report : outcome.reports) {
-        if (!isGivenUp || report.number != kFontProblem)
-            warnings.push_back(WithoutFullStop(report.message.empty() ? report.title : report.message));
-    }
-    for (const FontUse &font : outcome.fonts) {
-        if (isGivenUp && font.match == FontMatch::Missing)
-            continue;
-        if (font.match == FontMatch::Substitute)
-            warnings.push_back(
-                fmt::format("no font \"{}\", drawn with \"{}\": {}", font.asked, font.served, help));
-        if (font.match == FontMatch::Missing)
-            warnings.push_back(fmt::format("no font \"{}\", drawn as boxes: {}", font.asked, help));
-        if (font.match != FontMatch::Missing && font.missingGlyphs > 0)
-            warnings.push_back(
-                fmt::format("font \"{}\" lacks {} of {} characters{}: install one that has them", font.served,
-                            font.missingGlyphs, font.characters,
-                            font.served == font.asked ? "" : " of \"" + font.asked + "\""));
-    }
-    return warnings;
+    return "install it, or " + (purpose.isFonts ? "choose another with --font-map" : "see vx fonts " + input);
 }
 
 // What fontconfig had no memory for it leaves out, and a document would be drawn with other fonts.
@@ -181,9 +147,8 @@ Session::Session(const CommonOptions &options, Messages *messages) : options_(op
 {
     messages_->SetVerbosity(options.verbosity);
     messages_->ShowProgress(options.showProgress);
-    std::string path;
-    installation_.plugin = LoadPlugin(options.plugin, &path);
-    messages_->Detail("", fmt::format("plug-in {}", path));
+    installation_.plugin = options.plugin.empty() ? MakeLinkedPlugin() : LoadPlugin(options.plugin);
+    messages_->Detail("", fmt::format("plug-in {}", options.plugin.empty() ? "built in" : options.plugin));
     installation_.fonts = ListFonts(options.fonts.sources);
     CheckServed(options.fonts, Fonts());
     fontFolders_ = FoldersOf(Fonts());
@@ -395,7 +360,7 @@ Verdict Session::Judge(const Interpretation &interpretation, Finding finding) co
         verdict = Failed(Status::InputFailed, std::move(error));
     else if (outcome.failure)
         verdict = JudgeFailure(outcome.failure, purpose);
-    verdict.warnings = Warnings(finding, purpose, input);
+    verdict.warnings = ListWarnings(outcome, FontHelp(purpose, input));
     if (verdict.status == Status::Done && options_.strict && !verdict.warnings.empty())
         verdict.status = Status::Warned;
     verdict.isLookedAt = true;

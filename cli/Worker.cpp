@@ -3,6 +3,7 @@
 #include "cli/Interrupt.h"
 #include "cli/MallocHandler.h"
 #include "cli/OutputFile.h"
+#include "library/Options.h"
 #include "library/Values.h"
 
 #include <fmt/format.h>
@@ -33,10 +34,6 @@ namespace
 namespace fs = std::filesystem;
 
 constexpr size_t kMaxAnswer = size_t{64} << 20;
-
-// What a file may take: more than any real drawing asks for, and less than fills a disk.
-constexpr int64_t kLeastOutput = int64_t{256} << 20;
-constexpr int64_t kOutputTimesInput = 32;
 
 // What a frame in the pipe is: one byte, then for an answer its length and its bytes.
 enum Frame : char { kProgressFrame = 'p', kMemoryFrame = 'm', kAnswerFrame = 'a' };
@@ -143,8 +140,7 @@ std::string Answer(const WorkerTask &task, WorkerLink *link)
 WorkerLimits WorkerLimits::For(size_t inputSize) const
 {
     WorkerLimits limits = *this;
-    if (!limits.output)
-        limits.output = std::max(kLeastOutput, kOutputTimesInput * static_cast<int64_t>(inputSize));
+    limits.output = MostOutput(output, inputSize);
     return limits;
 }
 

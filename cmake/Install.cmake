@@ -1,21 +1,22 @@
-# P/bin/vx, P/lib/libvxhost.so, P/lib/vx/vxparser.so, P/include/vx (boundary), P/include/vxhost (host library), and
-# under P/share the manual pages and what shells complete with.
+# P/bin/vx, P/lib/libvx.so with P/include/vx.h, what pkg-config and CMake find it by, P/lib/vx/vxparser.so with P/include/vx
+# (boundary), and under P/share the licences, the manual pages and what shells complete with.
 
 install(TARGETS vxparser LIBRARY DESTINATION lib/vx)
 install(DIRECTORY sdk/include/vx DESTINATION include)
 
 if(NOT VX_PLUGIN_ONLY)
     install(TARGETS vx RUNTIME DESTINATION bin)
-    install(TARGETS vxhost LIBRARY DESTINATION lib ARCHIVE DESTINATION lib)
-    # File by file: folders without headers stay away.
-    file(GLOB_RECURSE headers CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR} host/*.h devices/*.h)
-    foreach(header IN LISTS headers)
-        cmake_path(GET header PARENT_PATH folder)
-        install(FILES ${header} DESTINATION include/vxhost/${folder})
-    endforeach()
-    configure_file(packaging/vxhost.pc.in vxhost.pc @ONLY)
-    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vxhost.pc DESTINATION lib/pkgconfig)
+    install(TARGETS libvx EXPORT vx LIBRARY DESTINATION lib)
+    install(FILES include/vx.h DESTINATION include)
+    configure_file(packaging/vx.pc.in vx.pc @ONLY)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vx.pc DESTINATION lib/pkgconfig)
+    include(CMakePackageConfigHelpers)
+    write_basic_package_version_file(vx-config-version.cmake COMPATIBILITY ExactVersion)
+    install(FILES ${CMAKE_CURRENT_BINARY_DIR}/vx-config-version.cmake DESTINATION lib/cmake/vx)
+    install(EXPORT vx FILE vx-config.cmake NAMESPACE vx:: DESTINATION lib/cmake/vx)
 
+    install(FILES LICENSE DESTINATION share/doc/vx)
+    install(FILES devices/colour/profiles/README.md DESTINATION share/doc/vx RENAME press-profile.md)
     install(DIRECTORY docs/man/ DESTINATION share/man/man1)
     install(FILES packaging/completion/vx.bash DESTINATION share/bash-completion/completions RENAME vx)
     install(FILES packaging/completion/_vx DESTINATION share/zsh/site-functions)

@@ -19,9 +19,8 @@ int OpenUnnamed(const std::string &folder, mode_t mode)
     return open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, mode);
 }
 
-int OpenTemporaryFile()
+int OpenTemporaryFile(const std::string &folder)
 {
-    const std::string folder = TemporaryFolder();
     const int unnamed = OpenUnnamed(folder, S_IRUSR | S_IWUSR);
     if (unnamed >= 0)
         return unnamed;

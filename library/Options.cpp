@@ -248,6 +248,13 @@ size_t PlaceOf(const Option &option)
 
 } // namespace
 
+// More than any real drawing asks for, and less than fills a disk.
+int64_t MostOutput(const std::optional<int64_t> &said, size_t documentSize)
+{
+    constexpr int64_t kLeast = int64_t{256} << 20, kTimesDocument = 32;
+    return said.value_or(std::max(kLeast, kTimesDocument * static_cast<int64_t>(documentSize)));
+}
+
 std::span<const Option> Options()
 {
     return kOptions;

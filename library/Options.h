@@ -41,6 +41,9 @@ struct Settings {
     RasterOptions png;
 };
 
+// The bytes that a file made of a document of that size may take, when said is what "max-output" says; 0: any number.
+int64_t MostOutput(const std::optional<int64_t> &said, size_t documentSize);
+
 // A wrong value, or options that do not go together: one line. Names of options stand with the two dashes of a command line.
 struct OptionError : std::runtime_error {
     using std::runtime_error::runtime_error;

@@ -359,11 +359,41 @@ class PngDevice final : public RasterDevice
     ByteSink sink_;
 };
 
-class PictureDevice final : public RasterDevice
+// Hands its pixels out as a program has them: four bytes each, rows as far apart as it says.
+class PixelsDevice : public RasterDevice
+{
+  public:
+    PixelsDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, const PixelRows &rows)
+        : RasterDevice(options, std::move(colours)), rows_(rows)
+    {
+    }
+
+  protected:
+    Failure WriteRows() override
+    {
+        RowMixer mixer(colours_.get(), options_.background, options_.samples);
+        const auto width = static_cast<size_t>(size_.width),
+                   bytes = static_cast<size_t>(mixer.BytesPerPixel());
+        std::vector<uint8_t> row(width * bytes);
+        for (int y = 0; y < size_.height; ++y) {
+            mixer.Mix(*buffer_, y, row.data());
+            uint8_t *to = rows_.top + y * rows_.stride;
+            for (size_t x = 0; x < width; ++x, to += 4) {
+                to[3] = 255;
+                std::copy_n(row.data() + x * bytes, bytes, to);
+            }
+        }
+        return {};
+    }
+
+    PixelRows rows_; // there when the rows are written
+};
+
+class PictureDevice final : public PixelsDevice
 {
   public:
     PictureDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, Picture *picture)
-        : RasterDevice(options, std::move(colours)), picture_(picture)
+        : PixelsDevice(options, std::move(colours), {}), picture_(picture)
     {
     }
 
@@ -375,17 +405,9 @@ class PictureDevice final : public RasterDevice
             return {FailureKind::OutOfMemory, "the picture does not fit into the memory that it may use"};
         picture_->width = size_.width;
         picture_->height = size_.height;
-        picture_->rgba.assign(rowBytes * static_cast<size_t>(size_.height), 255);
-        RowMixer mixer(colours_.get(), options_.background, options_.samples);
-        std::vector<uint8_t> row(rowBytes);
-        const auto bytes = static_cast<size_t>(mixer.BytesPerPixel());
-        for (int y = 0; y < size_.height; ++y) {
-            mixer.Mix(*buffer_, y, row.data());
-            uint8_t *to = picture_->rgba.data() + static_cast<size_t>(y) * rowBytes;
-            for (size_t x = 0; x < static_cast<size_t>(size_.width); ++x)
-                std::copy_n(row.data() + x * bytes, bytes, to + x * 4);
-        }
-        return {};
+        picture_->rgba.resize(rowBytes * static_cast<size_t>(size_.height));
+        rows_ = {picture_->rgba.data(), static_cast<ptrdiff_t>(rowBytes)};
+        return PixelsDevice::WriteRows();
     }
 
   private:
@@ -420,6 +442,15 @@ std::unique_ptr<Device> MakePngDevice(const RasterOptions &options, ByteSink sin
     if (colours == nullptr)
         return nullptr;
     return std::make_unique<PngDevice>(options, std::move(colours), std::move(sink));
+}
+
+std::unique_ptr<Device> MakePixelsDevice(const RasterOptions &options, const PixelRows &rows,
+                                         std::string *error)
+{
+    auto colours = CheckOptions(options, error);
+    if (colours == nullptr)
+        return nullptr;
+    return std::make_unique<PixelsDevice>(options, std::move(colours), rows);
 }
 
 std::unique_ptr<Device> MakePictureDevice(const RasterOptions &options, Picture *picture, std::string *error)

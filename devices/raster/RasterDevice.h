@@ -8,6 +8,7 @@
 #include "host/ByteSink.h"
 #include "host/drawing/Device.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -27,9 +28,17 @@ struct Picture {
     std::vector<uint8_t> rgba;
 };
 
+// Room for such rows that is there already, for as many pixels as the options make of the page.
+struct PixelRows {
+    uint8_t *top = nullptr;
+    ptrdiff_t stride = 0; // bytes from a row to the one below it; may be negative
+};
+
 // Null when the options cannot be met (the profile cannot be read, say); error is then one line for a
 // person. The output is complete when EndPage has returned no failure.
 std::unique_ptr<Device> MakePngDevice(const RasterOptions &options, ByteSink sink, std::string *error);
 std::unique_ptr<Device> MakePictureDevice(const RasterOptions &options, Picture *picture, std::string *error);
+std::unique_ptr<Device> MakePixelsDevice(const RasterOptions &options, const PixelRows &rows,
+                                         std::string *error);
 
 } // namespace vxhost

@@ -78,6 +78,17 @@ std::string Printable(std::string_view bytes, size_t most)
     return shown;
 }
 
+bool IsUtf8(std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const size_t length = SequenceLength(bytes);
+        if (length == 0)
+            return false;
+        bytes.remove_prefix(length);
+    }
+    return true;
+}
+
 std::string ToUtf8(std::string_view bytes)
 {
     std::string text;

@@ -23,7 +23,7 @@ const FolderCase kFolders[] = {
     {"plugin", {"plugin"}},
     {"host", {"host"}},
     {"devices", {"devices", "host"}},
-    {"library", {"library", "devices", "host"}},
+    {"library", {"library", "devices", "host", "plugin/entry"}},
     {"cli", {"cli", "library", "devices", "host"}},
 };
 

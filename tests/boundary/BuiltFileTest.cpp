@@ -38,6 +38,18 @@ std::set<std::string> ToolboxNames()
     return names;
 }
 
+// What the command exports to the file that --plugin names.
+TEST(ToolboxList, HasTheNamesOfTheHeader)
+{
+    std::ifstream stream(VX_SOURCE_DIR "/cli/toolbox.list");
+    std::string text((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+    std::set<std::string> names;
+    const std::regex name(R"((\w+);)");
+    for (std::sregex_iterator at(text.begin(), text.end(), name), end; at != end; ++at)
+        names.insert((*at)[1]);
+    EXPECT_EQ(names, ToolboxNames());
+}
+
 class BuiltFile : public testing::Test
 {
   protected:

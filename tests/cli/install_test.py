@@ -1,4 +1,5 @@
-"""An installation: everything is in its place, the program finds its plug-in, and a program of one's own links."""
+"""An installation: everything is in its place, and the program works from there."""
+import glob
 import os
 import shlex
 import shutil
@@ -7,44 +8,23 @@ import sys
 import tempfile
 import unittest
 
-from vxcommand import Png, SANITIZED, document
+from vxcommand import Png, SANITIZED, document, sample, sample_names
+
+EXAMPLES = os.path.join(os.environ["VX_SOURCE_DIR"], "examples")
+
+# A project that finds the library as CMake does.
+PROJECT = """
+cmake_minimum_required(VERSION 3.24)
+project(own LANGUAGES C)
+find_package(vx CONFIG REQUIRED)
+add_executable(picture {examples}/picture.c)
+target_link_libraries(picture PRIVATE vx::vx)
+"""
 
 COMMANDS = ["info", "render", "trace", "fonts", "batch"]
 
-# A host of one's own: it makes a picture of a document and says what colour its first and last pixels are. The other
-# headers are there to be found, with all that they include.
-PROGRAM = """
-#include <devices/pdf/PdfDevice.h>
-#include <devices/raster/RasterDevice.h>
-#include <devices/svg/SvgDevice.h>
-#include <host/fonts/FontconfigFonts.h>
-#include <host/reading/Reading.h>
-#include <host/trace/TraceLines.h>
-#include <vx/TextRecord.h>
-#include <cstdio>
 
-int main(int, char **arguments)
-{
-    using namespace vxhost;
-    std::string error;
-    const Installation installation = {Plugin::Load(arguments[1], &error), MakeFontconfigFonts()};
-    const auto document = installation.plugin ? Document::Open(arguments[2], &error) : nullptr;
-    RasterOptions options;
-    options.width = 2;
-    options.profile = "none";
-    Picture picture;
-    const auto device = MakePictureDevice(options, &picture, &error);
-    if (!document || !device)
-        return 1;
-    Reading reading(installation, *document, {});
-    if (reading.Draw(reading.PageFor(), *device).result != 0)
-        return 1;
-    std::printf("%d %d\\n", picture.rgba[0], picture.rgba[4]);
-}
-"""
-
-
-class Install(unittest.TestCase):
+class Installed(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.prefix = tempfile.mkdtemp(prefix="vx-install-")
@@ -58,13 +38,27 @@ class Install(unittest.TestCase):
     def path(self, *names):
         return os.path.join(self.prefix, *names)
 
-    def test_the_program_finds_its_plug_in(self):
-        output = subprocess.run([self.path("bin/vx"), "render", "-", "-f", "png", "-o", "-"], input=document(), check=True,
-                                capture_output=True, env={**os.environ, "LD_LIBRARY_PATH": ""})
+
+class Install(Installed):
+    def rendered(self, *words):
+        return subprocess.run([self.path("bin/vx"), "render", "-", "-f", "png", "-o", "-", *words], input=document(), check=True,
+                              capture_output=True, env={**os.environ, "LD_LIBRARY_PATH": ""})
+
+    def test_the_program_needs_no_file_of_a_plug_in(self):
+        hidden = self.path("lib/vx.hidden")
+        os.rename(self.path("lib/vx"), hidden)
+        try:
+            output = self.rendered()
+        finally:
+            os.rename(hidden, self.path("lib/vx"))
         self.assertEqual((Png(output.stdout).width, output.stderr), (150, b""))
+
+    def test_a_plug_in_of_a_file_finds_the_toolbox_in_the_program(self):
+        self.assertEqual(self.rendered("--plugin", self.path("lib/vx/vxparser.so")).stdout, self.rendered().stdout)
 
     def test_what_helps_is_there(self):
         for name in ["share/man/man1/vx.1", *(f"share/man/man1/vx-{command}.1" for command in COMMANDS),
+                     "share/doc/vx/LICENSE", "share/doc/vx/press-profile.md", "lib/libvx.so.0",
                      "share/bash-completion/completions/vx", "share/zsh/site-functions/_vx"]:
             self.assertTrue(os.path.getsize(self.path(name)) > 0, name)
 
@@ -72,22 +66,83 @@ class Install(unittest.TestCase):
         for folder, folders, files in os.walk(self.prefix):
             self.assertTrue(folders or files, folder)
 
-    @unittest.skipIf(SANITIZED, "a program without the sanitizers does not link with a library that has them")
-    def test_a_program_of_ones_own_links(self):
-        with open(self.path("program.cpp"), "w", encoding="ascii") as file:
-            file.write(PROGRAM)
-        with open(self.path("a.vx"), "wb") as file:
-            file.write(document())
-        environment = {**os.environ, "PKG_CONFIG_PATH": self.path("lib/pkgconfig")}
-        flags, plugins = (subprocess.run(["pkg-config", *words, "vxhost"], check=True, capture_output=True, text=True,
-                                         env=environment).stdout
-                          for words in (["--cflags", "--libs"], ["--variable=plugindir"]))
-        subprocess.run([os.environ["VX_CXX"], "-std=c++20", "-Wall", "-Wextra", "-Werror", self.path("program.cpp"), "-o",
-                        self.path("program"), *shlex.split(flags)], check=True)
-        output = subprocess.run([self.path("program"), os.path.join(plugins.strip(), "vxparser.so"), self.path("a.vx")],
-                                check=True, capture_output=True, text=True,
+    def test_nothing_of_the_inside_is_installed(self):
+        self.assertEqual(sorted(os.listdir(self.path("include"))), ["vx", "vx.h"])
+        self.assertEqual(sorted(os.listdir(self.path("lib"))),
+                         ["cmake", "libvx.so", "libvx.so.0", "libvx.so.0.1.0", "pkgconfig", "vx"])
+
+    def test_each_header_compiles_alone(self):
+        headers = glob.glob(self.path("include/**/*.h"), recursive=True)
+        self.assertEqual(len(headers), 6)
+        for header in headers:
+            for compiler in [(os.environ["VX_CC"], "-std=c99", "-x", "c"), (os.environ["VX_CXX"], "-std=c++20", "-x", "c++")]:
+                with self.subTest(header=header, compiler=compiler):
+                    subprocess.run([*compiler, "-Wall", "-Wextra", "-Wpedantic", "-Werror", "-fsyntax-only",
+                                    "-I", self.path("include"), header], check=True)
+
+
+@unittest.skipIf(SANITIZED, "a program without the sanitizers does not link with a library that has them")
+class Examples(Installed):
+    """The pages of examples/, built from the installed files alone."""
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        pages = glob.glob(os.path.join(EXAMPLES, "*.c"))
+        flags = shlex.split(subprocess.run(
+            ["pkg-config", "--cflags", "--libs", "vx"], check=True, capture_output=True, text=True,
+            env={**os.environ, "PKG_CONFIG_PATH": os.path.join(cls.prefix, "lib/pkgconfig")}).stdout)
+        for page in pages:
+            name = os.path.splitext(os.path.basename(page))[0]
+            subprocess.run([os.environ["VX_CC"], "-std=c99", "-pthread", "-Wall", "-Wextra", "-Wpedantic", "-Werror", page,
+                            *flags, "-o", os.path.join(cls.prefix, name)], check=True)
+
+    def run_example(self, name, *words):
+        output = subprocess.run([self.path(name), *words], capture_output=True, check=False,
                                 env={**os.environ, "LD_LIBRARY_PATH": self.path("lib")})
-        self.assertEqual(output.stdout, "0 255\n")
+        return output.returncode, output.stdout.decode(), output.stderr.decode()
+
+    def test_a_picture_has_the_bytes_of_the_command(self):
+        names = [name for name in sample_names() if name.startswith("text-")]
+        self.assertGreater(len(names), 10)
+        for name in names:
+            for form in ["png", "svg", "pdf"]:
+                with self.subTest(name=name, form=form):
+                    made = self.path("made." + form)
+                    self.assertEqual(self.run_example("picture", sample(name), made)[:2], (0, ""))
+                    expected = subprocess.run([self.path("bin/vx"), "render", "-q", sample(name), "-f", form, "-o", "-"],
+                                              check=True, capture_output=True).stdout
+                    with open(made, "rb") as file:
+                        self.assertTrue(file.read() == expected)
+
+    def test_a_picture_that_cannot_be_is_told(self):
+        status, _, told = self.run_example("picture", self.path("no-such.vx"), self.path("made.png"))
+        self.assertEqual(status, 1)
+        self.assertIn("no-such.vx: ", told)
+
+    def test_threads_share_a_library(self):
+        self.assertEqual(self.run_example("threads", sample("text-point")), (0, "8 of 8 pictures are the same\n", ""))
+
+    def test_inks_are_counted(self):
+        drawing = self.path("inks.vx")
+        with open(drawing, "wb") as file:
+            # Black; cyan and yellow; a gray; a white that is no ink.
+            file.write(document("0 0 m 9 0 l 9 9 l\n0 0 0 1 k f\n0 0 m 9 0 l 9 9 l\n1 0 0.5 0 k f\n"
+                                "0 0 m 9 0 l 9 9 l\n0.5 g f\n0 0 m 9 0 l 9 9 l\n1 g f\n"))
+        self.assertEqual(self.run_example("inks", drawing),
+                         (0, "cyan 1\nmagenta 0\nyellow 1\nblack 2\ncharacters 0\n", ""))
+
+    def test_cmake_finds_the_library(self):
+        project = self.path("project")
+        os.mkdir(project)
+        with open(os.path.join(project, "CMakeLists.txt"), "w", encoding="utf-8") as file:
+            file.write(PROJECT.format(examples=EXAMPLES))
+        build = os.path.join(project, "build")
+        for words in [["-S", project, "-B", build, "-DCMAKE_PREFIX_PATH=" + self.prefix], ["--build", build]]:
+            subprocess.run(["cmake", *words], check=True, capture_output=True)
+        made = self.path("made.svg")
+        subprocess.run([os.path.join(build, "picture"), sample("overprint"), made], check=True)
+        self.assertGreater(os.path.getsize(made), 0)
 
 
 if __name__ == "__main__":

@@ -1,7 +1,8 @@
 // What is known of a document, as JSON: the same names wherever it is told.
 #pragma once
 
-#include "cli/Session.h"
+#include "host/Outcome.h"
+#include "host/reading/HeaderScan.h"
 
 #include <nlohmann/json.hpp>
 #include <string>
@@ -9,8 +10,13 @@
 namespace vxhost
 {
 
+constexpr double Millimetres(double points)
+{
+    return points * (25.4 / 72);
+}
+
 // Whether it is a VX document; if so, what it is, what it uses, what serves its fonts and what was reported.
-void AddFacts(const Finding &finding, nlohmann::ordered_json *json);
+void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::ordered_json *json);
 
 // One line that a terminal shows as it is. Bytes that are not UTF-8 become U+FFFD.
 std::string JsonLine(const nlohmann::ordered_json &json);

@@ -1,16 +1,13 @@
-#include "cli/FactsJson.h"
+#include "library/FactsJson.h"
 
-#include "cli/Decimal.h"
-#include "cli/OutcomeJson.h"
 #include "host/JsonText.h"
+#include "library/OutcomeJson.h"
 
 namespace vxhost
 {
 
-void AddFacts(const Finding &finding, nlohmann::ordered_json *json)
+void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::ordered_json *json)
 {
-    const Outcome &outcome = finding.outcome;
-    const HeaderFacts &header = finding.header;
     const Box &box = outcome.box;
     auto &facts = *json;
     facts["vx"] = outcome.headerAccepted;

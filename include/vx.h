@@ -1,0 +1,375 @@
+/*
+ * libvx: opens VX drawings and makes pictures of them.
+ *
+ * The one interface for programs, in C99; it works from C++ too. Link with what `pkg-config --cflags --libs vx` says.
+ *
+ *     vx_library *library;
+ *     vx_document *document;
+ *     vx_error error = {sizeof error};
+ *     if (vx_library_create(VX_INTERFACE, &library, &error) == VX_OK) {
+ *         if (vx_document_open_file(library, "harp.vx", &document, &error) == VX_OK) {
+ *             vx_document_set(document, "width", "400", &error);
+ *             vx_document_render(document, "png", write_to_file, file, &error);
+ *             vx_document_free(document);
+ *         }
+ *         vx_library_free(library);
+ *     }
+ *
+ * This is version 0.x: anything here may change with the next release. VX_INTERFACE counts the changes, and
+ * vx_library_create refuses a program that was built for another count.
+ *
+ * Errors      Calls that can fail return a vx_status and fill the vx_error that they are given, which may be null. The
+ *             text is one line: what is wrong with which value, and what to do. Null for an argument that may not be
+ *             null, a record of the wrong size and text that is not UTF-8 are VX_WRONG_ARGUMENT, and change nothing.
+ * Texts       All texts are UTF-8 and end with NUL. Those that calls return belong to the object that they are asked
+ *             of, and stay valid as the call says.
+ * Records     Those that a program fills begin with their size: set it to sizeof the record, and the rest to zero.
+ * Units       Lengths are points of 1/72 inch, x to the right and y up, as drawings have them; pixels count from the top.
+ * Threads     Any number of threads may use one library at a time once its fonts are set. A document is for one thread at
+ *             a time: a call that meets another on the same document returns VX_BUSY and does nothing.
+ * Callbacks   They are called on the thread of the call that they were given to. One that returns other than 0 ends that
+ *             call, which then returns VX_STOPPED. Calls with the document at work are VX_BUSY there too. They may not free
+ *             it, nor leave by longjmp or an exception.
+ * Limits      "max-time" is looked at when the document goes on to its next line and when a shape is painted, so that one
+ *             enormous shape may take longer. "max-memory" counts the paths, the saved states and the inks of a picture,
+ *             and what the interpreter holds, each against the limit; what the libraries for fonts, colours and compression
+ *             allocate for themselves is not counted. "max-output" counts the bytes that a vx_write is given; a PDF is put
+ *             together in a temporary file, which takes about as much again. A program that opens drawings of strangers,
+ *             and has to survive the worst, runs the command vx, which reads each in a confined process.
+ * What it does not do: no call ends the process, prints, starts a thread, changes a signal or reads the environment. (The
+ *             library that lists the fonts of the system reads variables of its own.) One thing can end it all the same:
+ *             the library that writes PDF files, when memory runs out at the wrong moment.
+ */
+#ifndef VX_H
+#define VX_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define VX_INTERFACE 1
+
+typedef struct vx_library vx_library;
+typedef struct vx_document vx_document;
+
+typedef enum vx_status {
+    VX_OK = 0,
+    VX_WRONG_ARGUMENT = 1, /* the call itself is wrong: see the text */
+    VX_WRONG_OPTION =
+        2, /* no option of that name, no such value of it, or none with which this document can be made */
+    VX_CANNOT_READ = 3,   /* a file cannot be opened or read */
+    VX_NOT_A_DRAWING = 4, /* the bytes are no VX document */
+    VX_MALFORMED = 5,     /* a VX document, and damaged */
+    VX_FONT_MISSING = 6,  /* given up for want of a font, as "missing-fonts" asked */
+    VX_LIMIT = 7, /* "max-time", "max-memory" or "max-output" was reached, or a picture is too large */
+    VX_OUT_OF_MEMORY = 8, /* the system has no more */
+    VX_CANNOT_WRITE = 9,  /* a temporary file */
+    VX_STOPPED = 10,      /* a callback returned other than 0 */
+    VX_BUSY = 11,         /* another call is at work with this document */
+    VX_FAILED = 12        /* what should not happen: report it, with the text */
+} vx_status;
+
+typedef struct vx_error {
+    size_t size; /* sizeof(vx_error), set by the caller */
+    vx_status status;
+    char text[496]; /* one line; cut at a character's end if it is longer */
+} vx_error;
+
+/* ---- The library ---- */
+
+const char *vx_version(void); /* "0.1.0" */
+
+/*
+ * Makes a library without fonts of its own: those of the system are looked for when the first document is opened.
+ *
+ *   interface  VX_INTERFACE
+ *   library    receives it; free it with vx_library_free after all of its documents
+ */
+vx_status vx_library_create(uint32_t interface, vx_library **library, vx_error *error);
+void vx_library_free(vx_library *library); /* null is allowed */
+
+/*
+ * Options of a library, set before its first document is opened and its fonts are asked for; later they are
+ * VX_WRONG_ARGUMENT. "font-dir": a folder of fonts, with all below it; each call adds one. "system-fonts": "yes" (as it is
+ * without a call) or "no". "temp-dir": the folder in which a PDF is put together ("/tmp").
+ */
+vx_status vx_library_set(vx_library *library, const char *name, const char *value, vx_error *error);
+
+/*
+ * Adds a font from memory, before the first document is opened too: an OpenType or Type 1 file, or a collection, all of
+ * whose faces are added. The bytes are copied. It is found before those of files that have the same name.
+ */
+vx_status vx_library_add_font(vx_library *library, const void *bytes, size_t size, vx_error *error);
+
+/* The fonts that there are, in the order in which they are searched. Valid as long as the library. */
+typedef struct vx_font_entry {
+    size_t size;            /* sizeof(vx_font_entry), set by the caller */
+    const char *postscript; /* the name by which documents ask */
+    const char *family;
+    const char *served_by; /* PostScript name of the font that stands in for it; empty: it is there itself */
+    const char
+        *file;    /* as the system has it; empty: it came from memory, or there is none and boxes are drawn */
+    int32_t face; /* in the file, from 0 */
+    int32_t variation; /* its named variation, from 1; 0: none */
+} vx_font_entry;
+vx_status vx_library_font_count(vx_library *library, size_t *count, vx_error *error);
+vx_status vx_library_font_at(vx_library *library, size_t index, vx_font_entry *entry, vx_error *error);
+
+/* ---- What can be chosen ---- */
+
+typedef struct vx_format {
+    size_t size;      /* sizeof(vx_format), set by the caller */
+    const char *name; /* as vx_document_render takes it; also the extension of a file */
+    const char *mime;
+} vx_format;
+size_t vx_format_count(void);
+vx_status vx_format_at(size_t index, vx_format *format, vx_error *error);
+
+/* An option of a document. All texts are valid for ever. */
+typedef struct vx_option {
+    size_t size;          /* sizeof(vx_option), set by the caller */
+    const char *name;     /* "dpi" */
+    const char *value;    /* what stands for its value in help: "N", "COLOR" */
+    const char *choices;  /* "relative,perceptual"; empty: not one of a few */
+    const char *standard; /* the value that it has when nobody sets it; empty: it depends, see help */
+    const char *formats;  /* "svg,png": those for which it means something; empty: for reading any document */
+    const char *help;     /* one line */
+    double least, most;   /* of a number; both 0: nothing is said */
+} vx_option;
+size_t vx_option_count(void);
+vx_status vx_option_at(size_t index, vx_option *option, vx_error *error);
+
+/* ---- A document ---- */
+
+enum { VX_COPY = 0, VX_BORROW = 1 };
+
+/*
+ * Opens a document. What it is, is found out here: VX_NOT_A_DRAWING leaves no document behind.
+ *
+ *   path      of a regular file, which must not change while the document is open: one that is cut may end the process
+ *   bytes     the whole document, at most 2^31 - 1 bytes
+ *   how       VX_COPY: the bytes may go when the call returns. VX_BORROW: they stay as they are until vx_document_free.
+ *   document  receives it; free it with vx_document_free
+ */
+vx_status vx_document_open_file(vx_library *library, const char *path, vx_document **document,
+                                vx_error *error);
+vx_status vx_document_open_bytes(vx_library *library, const void *bytes, size_t size, int32_t how,
+                                 vx_document **document, vx_error *error);
+void vx_document_free(vx_document *document); /* null is allowed */
+
+/*
+ * Sets an option by name and text, as a command line has them: "dpi", "300". Null for value makes it what it was at
+ * first. A wrong value changes nothing, nor does one that does not go with the others: "dpi" and "width" are two sizes.
+ */
+vx_status vx_document_set(vx_document *document, const char *name, const char *value, vx_error *error);
+
+/* What the header says. Texts are valid until vx_document_free, and empty where it says nothing. */
+typedef struct vx_facts {
+    size_t size;                     /* sizeof(vx_facts), set by the caller */
+    int32_t version;                 /* 2 to 5 */
+    int32_t monochrome;              /* 1: declared black and white */
+    double left, bottom, right, top; /* the box, as written; it may be inverted or empty */
+    const char *title, *creator, *created;
+} vx_facts;
+vx_status vx_document_facts(vx_document *document, vx_facts *facts, vx_error *error);
+
+/*
+ * All that is known of the document as one JSON object, as `vx info --json` prints it but for the file's name: the
+ * document is read to its end, and nothing drawn. The text is valid until the next call of this.
+ */
+vx_status vx_document_json(vx_document *document, const char **json, vx_error *error);
+
+/* Is called while a document is read. done and total are bytes. Null for procedure: nobody is told. */
+typedef int (*vx_progress)(void *context, int64_t done, int64_t total);
+vx_status vx_document_set_progress(vx_document *document, vx_progress procedure, void *context,
+                                   vx_error *error);
+
+/*
+ * Draws the document and gives the bytes of a file of that format to write, in order and in pieces. What has been
+ * written when the call fails is no whole file.
+ */
+typedef int (*vx_write)(void *context, const void *bytes, size_t size);
+vx_status vx_document_render(vx_document *document, const char *format, vx_write write, void *context,
+                             vx_error *error);
+
+/*
+ * Draws the document into pixels of the caller's: 8 bits each red, green, blue and alpha, colours in sRGB and not
+ * multiplied by alpha. The box, turned upright, fills the picture exactly, whatever its aspect; the options of a picture's
+ * size are not looked at, those of colours, background and samples are. A call that fails may have changed some rows.
+ */
+typedef struct vx_pixels {
+    size_t size;                     /* sizeof(vx_pixels), set by the caller */
+    double left, bottom, right, top; /* what is shown, points; all 0: what the option "box" says */
+    int32_t width, height;           /* pixels, 1 to 131072; at most 2^28 in all */
+    uint8_t *top_row;                /* the first pixel of the uppermost row */
+    ptrdiff_t stride;                /* bytes from a row to the one below it; may be negative */
+} vx_pixels;
+vx_status vx_document_pixels(vx_document *document, const vx_pixels *pixels, vx_error *error);
+
+/* The size, in pixels, that a PNG has under the options. */
+vx_status vx_document_size(vx_document *document, int32_t *width, int32_t *height, vx_error *error);
+
+/*
+ * What the last call that read the document had to tell beside its error: each a line for a person. Valid until the
+ * next such call.
+ */
+size_t vx_document_warning_count(vx_document *document);                 /* null, or at work: 0 */
+const char *vx_document_warning_at(vx_document *document, size_t index); /* null: no such warning */
+
+/* Which fonts it used, in the order of their first texts, and what served them. Valid as warnings are. */
+typedef enum vx_match {
+    VX_FONT_BOXES = 0,     /* nothing serves it */
+    VX_FONT_EXACT = 1,     /* the font of that name */
+    VX_FONT_STAND_IN = 2,  /* one of another name that has the same widths */
+    VX_FONT_SUBSTITUTE = 3 /* the best of another design */
+} vx_match;
+typedef struct vx_font_use {
+    size_t size;        /* sizeof(vx_font_use), set by the caller */
+    const char *asked;  /* as the document names it */
+    const char *served; /* PostScript name; empty: boxes */
+    vx_match match;
+    uint64_t strings, characters, missing_glyphs;
+} vx_font_use;
+size_t vx_document_font_count(vx_document *document);
+vx_status vx_document_font_at(vx_document *document, size_t index, vx_font_use *use, vx_error *error);
+
+/* ---- Drawing into a program's own procedures ---- */
+
+typedef struct vx_point {
+    double x, y;
+} vx_point;
+
+/* Maps (x, y) to (a x + c y + tx, b x + d y + ty). */
+typedef struct vx_matrix {
+    double a, b, c, d, tx, ty;
+} vx_matrix;
+
+/* How many points follow each verb: 1, 1, 3, 0. Every subpath starts with a move. */
+enum { VX_MOVE = 0, VX_LINE = 1, VX_CURVE = 2, VX_CLOSE = 3 };
+typedef struct vx_path {
+    const uint8_t *verbs;
+    size_t verb_count;
+    const vx_point *points; /* on the page */
+    size_t point_count;
+} vx_path;
+
+/* As the document says it. Gray: ink[0] from 0, black, to 1. CMYK: four amounts from 0 to 1. */
+enum { VX_GRAY = 0, VX_CMYK = 1 };
+typedef struct vx_colour {
+    int32_t space;
+    double ink[4];
+} vx_colour;
+
+typedef struct vx_paint {
+    vx_colour colour;
+    int32_t
+        overprint; /* 1: an ink of 0 leaves what is there, and gray touches black alone. 0: all inks are replaced */
+} vx_paint;
+
+enum { VX_CAP_BUTT = 0, VX_CAP_ROUND = 1, VX_CAP_SQUARE = 2 };
+enum { VX_JOIN_MITER = 0, VX_JOIN_ROUND = 1, VX_JOIN_BEVEL = 2 };
+typedef struct vx_stroke {
+    double width; /* 0: the thinnest line that can be seen */
+    int32_t cap, join;
+    double miter_limit, dash_phase;
+    const double *dashes; /* on and off in turn; never negative, never all 0 */
+    size_t dash_count;    /* 0: solid */
+    vx_matrix matrix;     /* from the space that the lengths are in to the page */
+} vx_stroke;
+
+/* Colours that follow each other at equal distances, the first at from and the last at to; one alone fills it. */
+typedef struct vx_span {
+    double from, to;
+    const vx_colour *colours;
+    size_t count;
+} vx_span;
+
+/*
+ * Axial: the parameter is x, and the square from (0, 0) to (1, 1) under the matrix is painted. Radial: it runs from 0 at
+ * the first circle to 1 at the last, under the matrix; the disc of each lies over those before it.
+ */
+enum { VX_AXIAL = 0, VX_RADIAL = 1 };
+typedef struct vx_shading {
+    int32_t kind;
+    vx_matrix matrix;
+    vx_point first, last; /* centres */
+    double first_radius, last_radius;
+    const vx_span *spans; /* adjoining, from 0 to 1 */
+    size_t span_count;
+    int32_t overprint;
+    vx_path
+        ground; /* not empty: all of this path is painted too, beyond the first circle in the first colour */
+} vx_shading;
+
+/*
+ * A font that text is set in. Valid until the drawing ends; the same pointer for the same font.
+ */
+typedef struct vx_font {
+    const char *asked;  /* as the document names it */
+    const char *served; /* PostScript name of the font in the bytes */
+    const void *bytes;  /* of a font file */
+    size_t size;
+    int32_t face;                          /* in it, from 0 */
+    int32_t variation;                     /* its named variation, from 1; 0: none */
+    const struct vx_font_source *outlines; /* the library's own */
+} vx_font;
+
+typedef struct vx_glyph {
+    uint32_t glyph;     /* of the font; 0 is the one that says "missing" */
+    uint32_t character; /* Unicode */
+    double advance;     /* ems, along the line or down the column, spacing not counted */
+    vx_point origin;    /* left end of its baseline, on the page */
+} vx_glyph;
+
+/* Characters of one font and one size, in reading order. */
+typedef struct vx_run {
+    const vx_font *font;
+    vx_matrix matrix;  /* ems, y up, to the page; its translation is 0 */
+    int32_t is_column; /* 1: upright glyphs, one below the other */
+    const vx_glyph *glyphs;
+    size_t glyph_count;
+} vx_run;
+
+/* Filled, then stroked, then made part of the clip, as far as each is 1. */
+typedef struct vx_text_paint {
+    int32_t fills, strokes, clips;
+    vx_paint paint;
+    vx_stroke stroke; /* in the page's space, not the glyphs' */
+} vx_text_paint;
+
+/*
+ * A program's own procedures. All that they are given is valid during the call only, but for fonts. Inside is by the
+ * non-zero winding rule. A procedure that is null is not called; without shade a program gets shadings as flat shapes,
+ * without text it gets text as paths. The clip is the only state: save and restore bracket its changes and are balanced
+ * when end comes, which it also does for a document that turned out to be damaged. Later versions append procedures: a
+ * size that ends before some of them stands for null in these.
+ */
+typedef struct vx_device {
+    size_t size; /* sizeof(vx_device), set by the caller */
+    void *context;
+    int (*begin)(void *context, double left, double bottom, double right, double top);
+    int (*save)(void *context);
+    int (*restore)(void *context);
+    int (*clip)(void *context, const vx_path *path); /* intersects; an empty path clips everything */
+    int (*fill)(void *context, const vx_path *path, const vx_paint *paint);
+    int (*stroke)(void *context, const vx_path *path, const vx_stroke *stroke, const vx_paint *paint);
+    int (*shade)(void *context, const vx_shading *shading);
+    int (*text)(void *context, const vx_run *runs, size_t count, const vx_text_paint *paint);
+    int (*end)(void *context);
+} vx_device;
+vx_status vx_document_draw(vx_document *document, const vx_device *device, vx_error *error);
+
+/*
+ * The outline of a glyph in ems, y up, from the left end of its baseline; empty for a blank. For a text procedure, as long as
+ * it has not returned. The path is valid until the next call of this with that font.
+ */
+vx_status vx_font_outline(const vx_font *font, uint32_t glyph, vx_path *outline, vx_error *error);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,57 @@
+#include "library/Warnings.h"
+
+#include "host/reading/Utf8.h"
+
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+std::string WithoutFullStop(std::string text)
+{
+    text = ToUtf8(text);
+    text.erase(text.find_last_not_of(" .") + 1);
+    return text;
+}
+
+std::string Quoted(std::string_view name)
+{
+    return std::string("\"").append(name).append("\"");
+}
+
+std::string LackText(const FontUse &font)
+{
+    return "font " + Quoted(font.served) + " lacks " + std::to_string(font.missingGlyphs) + " of " +
+           std::to_string(font.characters) + " characters" +
+           (font.served == font.asked ? "" : " of " + Quoted(font.asked)) + ": install one that has them";
+}
+
+} // namespace
+
+std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view fontHelp)
+{
+    const std::string help = std::string(": ").append(fontHelp);
+    const bool isGivenUp = !outcome.lackedFont.empty();
+    std::vector<std::string> warnings;
+    for (const Report &report : outcome.reports) {
+        if (!isGivenUp || report.number != kFontProblem)
+            warnings.push_back(WithoutFullStop(report.message.empty() ? report.title : report.message));
+    }
+    for (const FontUse &font : outcome.fonts) {
+        if (isGivenUp && font.match == FontMatch::Missing)
+            continue;
+        if (font.match == FontMatch::Substitute)
+            warnings.push_back("no font " + Quoted(font.asked) + ", drawn with " + Quoted(font.served) +
+                               help);
+        if (font.match == FontMatch::Missing)
+            warnings.push_back("no font " + Quoted(font.asked) + ", drawn as boxes" + help);
+        if (font.match != FontMatch::Missing && font.missingGlyphs > 0)
+            warnings.push_back(LackText(font));
+    }
+    return warnings;
+}
+
+} // namespace vxhost

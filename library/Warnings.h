@@ -1,0 +1,17 @@
+// What is to be told about a document that was read, beside the error that ended it.
+#pragma once
+
+#include "host/Outcome.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vxhost
+{
+
+// A line each, for a person. What ended the document is no warning. fontHelp says what to do about a font that is not
+// there: "install it". Names are as the document writes them.
+std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view fontHelp);
+
+} // namespace vxhost

@@ -1,0 +1,42 @@
+// Draws into the procedures of a program that calls vx.h.
+#pragma once
+
+#include "host/drawing/Device.h"
+
+#include <vx.h>
+
+#include <map>
+#include <memory>
+#include <vector>
+
+struct vx_font_source; // a font as the program sees it, and where its outlines come from
+
+namespace vxhost
+{
+
+// What ends the drawing is CallError, when one of the procedures wants it to end.
+class CallerDevice final : public Device
+{
+  public:
+    explicit CallerDevice(const vx_device &device); // a whole record
+    ~CallerDevice() override;
+
+    void BeginPage(const Page &page) override;
+    void Save() override;
+    void Restore() override;
+    void ClipPath(const Path &path) override;
+    void FillPath(const Path &path, const Paint &paint) override;
+    void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override;
+    void Shade(const Shading &shading) override;
+    bool CanShow(const TextFont &) override { return device_.text != nullptr; }
+    void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override;
+    Failure EndPage() override;
+
+  private:
+    const vx_font *FontFor(const TextFont &font);
+
+    vx_device device_;
+    std::map<const TextFont *, std::unique_ptr<vx_font_source>> fonts_;
+};
+
+} // namespace vxhost

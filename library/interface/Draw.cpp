@@ -1,0 +1,133 @@
+// The calls of vx.h that draw a document.
+#include "host/TemporaryFile.h"
+#include "library/interface/CallerDevice.h"
+#include "library/interface/DocumentCall.h"
+#include "library/interface/Pass.h"
+
+#include "devices/raster/RasterDevice.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+using namespace vxhost;
+
+namespace
+{
+
+const Format &FormatNamed(std::string_view name)
+{
+    const Format *format = FindFormat(name);
+    if (format == nullptr)
+        throw OptionError("no format \"" + std::string(name) + "\": give one of " +
+                          NamesOf(kPdf | kSvg | kPng, ", "));
+    return *format;
+}
+
+// null: error says why there is none.
+Device &CheckMade(const std::unique_ptr<Device> &device, const std::string &error)
+{
+    if (device == nullptr)
+        throw OptionError(error);
+    return *device;
+}
+
+void Render(vx_document *document, const Format &format, WrittenBytes *written)
+{
+    Page page;
+    page.box = ShownBox(*document);
+    CheckFailure(format.checkPage(document->settings, page));
+    Settings settings = document->settings;
+    // Where a device would look into the environment for a place for a file of its own, it is given one.
+    const bool spools = BitOf(format) == kPdf;
+    const Descriptor spool(spools ? OpenTemporaryFile(document->temporaryFolder) : -1);
+    if (spools && spool.Get() < 0)
+        CheckFailure({FailureKind::SpoolFailed, "", errno});
+    settings.pdf.spool = spool.Get();
+    std::string error;
+    const std::unique_ptr<Device> device = format.make(settings, written->Sink(), &error);
+    DrawPass(document, page.box, &CheckMade(device, error), written);
+}
+
+Box BoxOf(const vx_document &document, const vx_pixels &pixels)
+{
+    const Box box = Box{pixels.left, pixels.bottom, pixels.right, pixels.top}.Upright();
+    if (box.left == 0 && box.bottom == 0 && box.right == 0 && box.top == 0)
+        return ShownBox(document);
+    if (!std::isfinite(box.Width()) || !std::isfinite(box.Height()) || box.Width() <= 0 || box.Height() <= 0)
+        throw CallError(VX_WRONG_ARGUMENT,
+                        "the box of the pixels is empty: give left, bottom, right and top");
+    return box;
+}
+
+void DrawPixels(vx_document *document, const vx_pixels &pixels)
+{
+    constexpr int32_t kMostSide = 131072;
+    if (pixels.width < 1 || pixels.height < 1 || pixels.width > kMostSide || pixels.height > kMostSide)
+        throw CallError(VX_WRONG_ARGUMENT, "the pixels are " + std::to_string(pixels.width) + " by " +
+                                               std::to_string(pixels.height) + ": give 1 to 131072 of each");
+    CheckThere(pixels.top_row, "top_row");
+    const ptrdiff_t rowBytes = ptrdiff_t{4} * pixels.width;
+    if (pixels.stride < rowBytes && pixels.stride > -rowBytes)
+        throw CallError(VX_WRONG_ARGUMENT, "the stride is " + std::to_string(pixels.stride) +
+                                               ", a row takes " + std::to_string(rowBytes) +
+                                               " bytes: leave room for it");
+    const Box box = BoxOf(*document, pixels);
+    RasterOptions options = document->settings.png;
+    options.fit = 0;
+    options.width = pixels.width;
+    options.height = pixels.height;
+    CheckFailure(FindPictureSize(box, options).failure);
+    std::string error;
+    const auto device = MakePixelsDevice(options, {pixels.top_row, pixels.stride}, &error);
+    DrawPass(document, box, &CheckMade(device, error), nullptr);
+}
+
+// The record as this version has it, of whatever size it is.
+vx_device WholeDevice(const vx_device &given)
+{
+    constexpr size_t kLeast = offsetof(vx_device, begin);
+    if (given.size < kLeast || given.size > sizeof given || (given.size - kLeast) % sizeof(void *) != 0)
+        CheckSize(given.size, sizeof given, "vx_device");
+    vx_device whole = {};
+    std::memcpy(&whole, &given, given.size);
+    return whole;
+}
+
+} // namespace
+
+extern "C" {
+
+vx_status vx_document_render(vx_document *document, const char *format, vx_write write, void *context,
+                             vx_error *error)
+{
+    return DocumentCall(document, error, [&] {
+        const Format &row = FormatNamed(CheckText(format, "format"));
+        CheckThere(reinterpret_cast<const void *>(write), "write");
+        WrittenBytes written(write, context,
+                             MostOutput(document->settings.output, document->bytes->Bytes().size()));
+        Render(document, row, &written);
+    });
+}
+
+vx_status vx_document_pixels(vx_document *document, const vx_pixels *pixels, vx_error *error)
+{
+    return DocumentCall(document, error, [&] {
+        CheckThere(pixels, "pixels");
+        CheckSize(pixels->size, sizeof *pixels, "vx_pixels");
+        DrawPixels(document, *pixels);
+    });
+}
+
+vx_status vx_document_draw(vx_document *document, const vx_device *device, vx_error *error)
+{
+    return DocumentCall(document, error, [&] {
+        CheckThere(device, "device");
+        CallerDevice drawn(WholeDevice(*device));
+        DrawPass(document, ShownBox(*document), &drawn, nullptr);
+    });
+}
+}

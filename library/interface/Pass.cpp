@@ -1,0 +1,219 @@
+#include "library/interface/Pass.h"
+
+#include "host/reading/Utf8.h"
+#include "library/Values.h"
+#include "library/Warnings.h"
+#include "library/interface/Calls.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace vxhost
+{
+
+namespace
+{
+
+// Gives each shape to another device, unless time is up or the caller's output came to its end.
+class WatchedDevice final : public Device
+{
+  public:
+    WatchedDevice(Device *device, const Watch &watch) : device_(device), watch_(watch) {}
+
+    void BeginPage(const Page &page) override { device_->BeginPage(page); }
+    void Save() override { device_->Save(); }
+    void Restore() override { device_->Restore(); }
+    void ClipPath(const Path &path) override { Checked().ClipPath(path); }
+    void FillPath(const Path &path, const Paint &paint) override { Checked().FillPath(path, paint); }
+    void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override
+    {
+        Checked().StrokePath(path, style, paint);
+    }
+    void Shade(const Shading &shading) override { Checked().Shade(shading); }
+    bool CanShow(const TextFont &font) override { return device_->CanShow(font); }
+    void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override
+    {
+        Checked().ShowText(runs, paint);
+    }
+    Failure EndPage() override { return device_->EndPage(); }
+
+  private:
+    Device &Checked()
+    {
+        watch_.CheckTime();
+        return *device_;
+    }
+
+    Device *device_;
+    const Watch &watch_;
+};
+
+// A number as a person writes it: 60, 0.5.
+std::string SecondsText(double seconds)
+{
+    std::string text = std::to_string(seconds);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.')
+        text.pop_back();
+    return text;
+}
+
+[[noreturn]] void ThrowOutOfMemory(const Settings &settings, bool isLimit)
+{
+    if (isLimit && settings.memory > 0)
+        throw CallError(VX_LIMIT, "needs more than " + SizeText(settings.memory) +
+                                      " of memory: allow more with max-memory");
+    throw std::bad_alloc();
+}
+
+void CheckOutcome(const vx_document &document, const Outcome &outcome)
+{
+    switch (outcome.result) {
+    case kVXOk:
+        return CheckFailure(outcome.failure);
+    case kVXOutOfMemory:
+        ThrowOutOfMemory(document.settings, outcome.memoryLimitHit);
+    case kVXStoppedByUser:
+        throw CallError(VX_FONT_MISSING, "no font \"" + outcome.lackedFont +
+                                             "\": install it, or set missing-fonts to substitute");
+    case kVXBadFormat:
+        if (!outcome.headerAccepted)
+            throw CallError(VX_NOT_A_DRAWING, WhyRefused(document.header, document.bytes->Bytes().size()));
+        throw CallError(VX_MALFORMED, "malformed near byte " + std::to_string(outcome.bytesRead) + " of " +
+                                          std::to_string(outcome.bytesTotal) +
+                                          ": get a whole copy, or see how far vx trace gets");
+    default:
+        throw CallError(VX_FAILED, "the interpreter gave result " + std::to_string(outcome.result) +
+                                       ": keep the document and report it");
+    }
+}
+
+vx_match MatchOf(FontMatch match)
+{
+    switch (match) {
+    case FontMatch::Exact:
+        return VX_FONT_EXACT;
+    case FontMatch::StandIn:
+        return VX_FONT_STAND_IN;
+    case FontMatch::Substitute:
+        return VX_FONT_SUBSTITUTE;
+    default:
+        return VX_FONT_BOXES;
+    }
+}
+
+void Keep(const Outcome &outcome, vx_document *document)
+{
+    constexpr size_t kMostWarning = 1000;
+    for (const std::string &warning : ListWarnings(outcome, "install it"))
+        document->warnings.push_back(Printable(warning, kMostWarning));
+    document->fonts.reserve(outcome.fonts.size()); // the texts stay where they are
+    for (const FontUse &font : outcome.fonts) {
+        auto &kept = document->fonts.emplace_back();
+        kept.asked = ToUtf8(font.asked);
+        kept.served = ToUtf8(font.served);
+        kept.use = {sizeof kept.use, kept.asked.c_str(), kept.served.c_str(), MatchOf(font.match),
+                    font.strings,    font.characters,    font.missingGlyphs};
+    }
+}
+
+} // namespace
+
+void Watch::CheckTime() const
+{
+    const double most = document_.settings.seconds;
+    if (most > 0 && std::chrono::duration<double>(Clock::now() - start_).count() > most)
+        throw CallError(VX_LIMIT, "not done after " + SecondsText(most) + " s: allow more with max-time");
+}
+
+void Watch::CheckProgress(int64_t done, int64_t total) const
+{
+    CheckTime();
+    if (document_.progress != nullptr && document_.progress(document_.progressContext, done, total) != 0)
+        throw CallError(VX_STOPPED, "stopped by its progress procedure");
+}
+
+ByteSink WrittenBytes::Sink()
+{
+    return [this](std::span<const std::byte> bytes) -> Failure {
+        const auto size = static_cast<int64_t>(bytes.size());
+        isOver_ = isOver_ || (most_ > 0 && size > most_ - count_);
+        isStopped_ = isStopped_ || (!isOver_ && write_(context_, bytes.data(), bytes.size()) != 0);
+        count_ += size;
+        return isOver_ || isStopped_ ? Failure{FailureKind::CannotWrite} : Failure{};
+    };
+}
+
+void WrittenBytes::Check() const
+{
+    if (isStopped_)
+        throw CallError(VX_STOPPED, "stopped by its write procedure");
+    if (isOver_)
+        throw CallError(VX_LIMIT, "takes more than " + SizeText(most_) + ": allow more with max-output");
+}
+
+Outcome RunPass(vx_document *document, const WrittenBytes *written,
+                const std::function<Outcome(Reading &, const Watch &)> &action)
+{
+    document->warnings.clear();
+    document->fonts.clear();
+    const Watch watch(*document);
+    const Settings &settings = document->settings;
+    ReadingOptions options;
+    options.substitute = settings.substitute;
+    options.script = settings.script;
+    options.maxMemory = settings.memory > 0 ? settings.memory : std::numeric_limits<int64_t>::max();
+    options.onProgress = [&](int64_t done, int64_t total) {
+        watch.CheckProgress(done, total);
+        if (written != nullptr)
+            written->Check();
+    };
+    Reading reading(*document->installation, *document->bytes, std::move(options));
+    const Outcome outcome = action(reading, watch);
+    if (document->bytes->HasChanged())
+        throw CallError(VX_CANNOT_READ, "changed while it was read: try again when nothing writes to it");
+    Keep(outcome, document);
+    if (written != nullptr)
+        written->Check();
+    CheckOutcome(*document, outcome);
+    return outcome;
+}
+
+void DrawPass(vx_document *document, const Box &box, Device *device, const WrittenBytes *written)
+{
+    (void)RunPass(document, written, [&](Reading &reading, const Watch &watch) {
+        WatchedDevice watched(device, watch);
+        return reading.Draw(reading.PageFor(box), watched);
+    });
+}
+
+Box ShownBox(const vx_document &document)
+{
+    const Box box = document.settings.box.value_or(document.box).Upright();
+    if (box.Width() <= 0 || box.Height() <= 0)
+        throw CallError(VX_WRONG_OPTION, "its bounding box is empty: set box to L,B,R,T in points");
+    return box;
+}
+
+void CheckFailure(const Failure &failure)
+{
+    switch (failure.kind) {
+    case FailureKind::None:
+        return;
+    case FailureKind::OutOfMemory:
+        if (failure.text.empty())
+            throw std::bad_alloc();
+        throw CallError(VX_LIMIT, failure.text);
+    case FailureKind::TooLarge:
+        throw CallError(VX_LIMIT, failure.text);
+    case FailureKind::CannotWrite:
+    case FailureKind::SpoolFailed:
+        throw CallError(VX_CANNOT_WRITE, "cannot be kept in a temporary file, " +
+                                             (failure.error != 0 ? SystemText(failure.error) : failure.text) +
+                                             ": name another folder in temp-dir");
+    case FailureKind::BadInput:
+        throw CallError(VX_WRONG_OPTION, failure.text);
+    }
+}
+
+} // namespace vxhost

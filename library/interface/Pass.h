@@ -1,0 +1,63 @@
+// One pass over a document for its caller: with the options that hold, watched as they say, and with all that the caller is told
+// of it afterwards.
+#pragma once
+
+#include "library/interface/Handles.h"
+
+#include <chrono>
+#include <functional>
+
+namespace vxhost
+{
+
+// Ends the pass by CallError when it has taken too long or the caller wants it to end.
+class Watch
+{
+  public:
+    explicit Watch(const vx_document &document) : document_(document) {}
+
+    void CheckTime() const;
+    void CheckProgress(int64_t done, int64_t total) const;
+
+  private:
+    using Clock = std::chrono::steady_clock;
+    const vx_document &document_;
+    const Clock::time_point start_ = Clock::now();
+};
+
+// What the caller's vx_write is given, and why that came to an end.
+class WrittenBytes
+{
+  public:
+    WrittenBytes(vx_write write, void *context, int64_t most) : write_(write), context_(context), most_(most)
+    {
+    }
+
+    // A device that fails to write goes on to its end: Check ends it sooner.
+    ByteSink Sink();
+    void Check() const;
+
+  private:
+    vx_write write_;
+    void *context_;
+    int64_t most_; // 0: any number
+    int64_t count_ = 0;
+    bool isStopped_ = false;
+    bool isOver_ = false;
+};
+
+// Runs action on a reading of the document, and keeps warnings and fonts; throws CallError for whatever is no success.
+// written is null where nothing is.
+Outcome RunPass(vx_document *document, const WrittenBytes *written,
+                const std::function<Outcome(Reading &, const Watch &)> &action);
+
+// The same, into a device. box: to be shown.
+void DrawPass(vx_document *document, const Box &box, Device *device, const WrittenBytes *written);
+
+// Which part of the page the options show, upright. Throws CallError when there is nothing to show.
+Box ShownBox(const vx_document &document);
+
+// Throws CallError for any but none.
+void CheckFailure(const Failure &failure);
+
+} // namespace vxhost

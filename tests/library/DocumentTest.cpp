@@ -1,0 +1,403 @@
+// What a document says of itself, its options, and what becomes of errors.
+#include "tests/library/Support.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <thread>
+#include <vector>
+
+namespace vxtest
+{
+namespace
+{
+
+vx_status OpenStatus(const std::string &bytes, vx_error *error)
+{
+    vx_document *document = nullptr;
+    const vx_status status =
+        vx_document_open_bytes(SharedLibrary(), bytes.data(), bytes.size(), VX_COPY, &document, error);
+    EXPECT_EQ(document, nullptr);
+    return status;
+}
+
+TEST(Version, IsThatOfTheProject)
+{
+    EXPECT_STREQ(vx_version(), "0.1.0");
+}
+
+TEST(Opening, TellsWhatIsNoDrawing)
+{
+    vx_error error = kNoError;
+    EXPECT_EQ(OpenStatus("", &error), VX_NOT_A_DRAWING);
+    EXPECT_STREQ(error.text, "not a VX document, the file is empty: drawings start with \"%!PS-Tavro-\"");
+    EXPECT_EQ(OpenStatus("GIF89a\x1b[2J\n", &error), VX_NOT_A_DRAWING);
+    EXPECT_STREQ(error.text, "not a VX document, first line is \"GIF89a\\x1B[2J\": drawings start with "
+                             "\"%!PS-Tavro-\"");
+}
+
+TEST(Opening, NamesTheFileThatCannotBeRead)
+{
+    vx_document *document = nullptr;
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_open_file(SharedLibrary(), "/no/such\n.vx", &document, &error), VX_CANNOT_READ);
+    EXPECT_TRUE(std::string_view(error.text).starts_with("/no/such\\x0A.vx: ")) << error.text;
+    EXPECT_EQ(vx_document_open_file(SharedLibrary(), "/", &document, &error), VX_CANNOT_READ);
+    EXPECT_NE(std::strstr(error.text, "directory"), nullptr) << error.text;
+}
+
+TEST(Opening, CopiesOrBorrowsTheBytes)
+{
+    for (const int32_t how : {VX_COPY, VX_BORROW}) {
+        std::string bytes = LeftHalf();
+        vx_document *opened = nullptr;
+        vx_error error = kNoError;
+        ASSERT_EQ(vx_document_open_bytes(SharedLibrary(), bytes.data(), bytes.size(), how, &opened, &error),
+                  VX_OK);
+        const OwnedDocument document(opened);
+        const std::string before = Rendered(opened, "svg");
+        bytes.replace(bytes.find("36 36 l"), 7, "30 36 l");
+        EXPECT_EQ(Rendered(opened, "svg") == before, how == VX_COPY);
+    }
+}
+
+TEST(Facts, AreThoseOfTheHeader)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    vx_facts facts = {};
+    facts.size = sizeof facts;
+    ASSERT_EQ(vx_document_facts(document.get(), &facts, nullptr), VX_OK);
+    EXPECT_STREQ(facts.title, "A square");
+    EXPECT_STREQ(facts.creator, "by hand");
+    EXPECT_STREQ(facts.created, "");
+    EXPECT_EQ(facts.version, 5); // of "%VX5_FileFormat"
+    EXPECT_EQ(facts.monochrome, 0);
+    EXPECT_EQ((std::array{facts.left, facts.bottom, facts.right, facts.top}), (std::array{0., 0., 72., 36.}));
+}
+
+std::string OutputOf(const std::string &command)
+{
+    FILE *pipe = popen(command.c_str(), "r");
+    std::string text;
+    for (int character; (character = std::fgetc(pipe)) != EOF;)
+        text += static_cast<char>(character);
+    EXPECT_EQ(pclose(pipe), 0) << command;
+    return text;
+}
+
+TEST(Json, IsWhatTheCommandPrintsButForTheFile)
+{
+    for (const char *sample : {"text-point", "gradients", "overprint", "binary-wrapper"}) {
+        const std::string path = std::string(VX_SOURCE_DIR "/samples/") + sample + ".vx";
+        std::string expected = OutputOf(VX_PROGRAM_PATH " info -q --json " + path);
+        const std::string file = "\"file\":\"" + path + "\",";
+        ASSERT_NE(expected.find(file), std::string::npos) << expected;
+        expected.erase(expected.find(file), file.size());
+        const OwnedDocument document = OpenSample(sample);
+        const char *json = nullptr;
+        ASSERT_EQ(vx_document_json(document.get(), &json, nullptr), VX_OK);
+        EXPECT_EQ(json, expected);
+    }
+}
+
+TEST(Options, HaveChoicesThatAreTakenAndOthersThatAreNot)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    ASSERT_GT(vx_option_count(), 15U);
+    for (size_t i = 0; i < vx_option_count(); ++i) {
+        vx_option option = {};
+        option.size = sizeof option;
+        ASSERT_EQ(vx_option_at(i, &option, nullptr), VX_OK);
+        SCOPED_TRACE(option.name);
+        EXPECT_STRNE(option.help, "");
+        EXPECT_EQ(std::strstr(option.help, "--"), nullptr) << option.help;
+        std::string choices = option.choices;
+        for (size_t end; !choices.empty(); choices.erase(0, end + 1)) {
+            end = std::min(choices.find(','), choices.size() - 1);
+            const std::string choice = choices.substr(0, choices.find(','));
+            Set(document.get(), option.name, choice.c_str());
+        }
+        vx_error error = kNoError;
+        if (option.name != std::string_view("profile")) {
+            EXPECT_EQ(vx_document_set(document.get(), option.name, "no such value", &error), VX_WRONG_OPTION);
+            EXPECT_TRUE(
+                std::string_view(error.text).starts_with(std::string(option.name) + " no such value: "))
+                << error.text;
+        }
+        EXPECT_EQ(vx_document_set(document.get(), option.name, "", &error), VX_WRONG_OPTION);
+        Set(document.get(), option.name, nullptr);
+    }
+}
+
+TEST(Options, ThatAreNotThereAreTold)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_set(document.get(), "colour", "red", &error), VX_WRONG_OPTION);
+    EXPECT_STREQ(error.text, "no option \"colour\": vx_option_at lists them");
+    EXPECT_EQ(vx_document_render(document.get(), "gif", AppendBytes, nullptr, &error), VX_WRONG_OPTION);
+    EXPECT_STREQ(error.text, "no format \"gif\": give one of pdf, svg, png");
+    const OwnedLibrary library = MakeLibrary();
+    EXPECT_EQ(vx_library_set(library.get(), "fonts", "x", &error), VX_WRONG_OPTION);
+    EXPECT_EQ(vx_library_set(library.get(), "font-dir", "/no/such", &error), VX_WRONG_OPTION);
+    EXPECT_STREQ(error.text, "font-dir /no/such: no such directory: check the name");
+    EXPECT_EQ(vx_library_set(library.get(), "system-fonts", "maybe", &error), VX_WRONG_OPTION);
+    EXPECT_EQ(vx_library_set(library.get(), "temp-dir", "/no/such", &error), VX_WRONG_OPTION);
+}
+
+std::array<int32_t, 2> SizeOf(vx_document *document)
+{
+    std::array<int32_t, 2> size = {};
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_size(document, size.data(), &size[1], &error), VX_OK) << error.text;
+    return size;
+}
+
+TEST(Options, StayWhenAWrongOneIsGiven)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    EXPECT_EQ(SizeOf(document.get()), (std::array<int32_t, 2>{150, 75}));
+    Set(document.get(), "width", "40");
+    EXPECT_EQ(SizeOf(document.get()), (std::array<int32_t, 2>{40, 20}));
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_set(document.get(), "width", "wide", &error), VX_WRONG_OPTION);
+    EXPECT_EQ(vx_document_set(document.get(), "dpi", "72", &error), VX_WRONG_OPTION);
+    EXPECT_STREQ(error.text, "more than one size: give dpi, or zoom, or fit, or width and height");
+    EXPECT_EQ(SizeOf(document.get()), (std::array<int32_t, 2>{40, 20}));
+    Set(document.get(), "width", nullptr);
+    Set(document.get(), "dpi", "72");
+    EXPECT_EQ(SizeOf(document.get()), (std::array<int32_t, 2>{72, 36}));
+    Set(document.get(), "box", "0,0,36,36");
+    EXPECT_EQ(SizeOf(document.get()), (std::array<int32_t, 2>{36, 36}));
+}
+
+TEST(Formats, AreThoseThatCanBeRendered)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    ASSERT_EQ(vx_format_count(), 3U);
+    for (size_t i = 0; i < vx_format_count(); ++i) {
+        vx_format format = {};
+        format.size = sizeof format;
+        ASSERT_EQ(vx_format_at(i, &format, nullptr), VX_OK);
+        EXPECT_NE(Rendered(document.get(), format.name), "");
+        EXPECT_NE(std::strchr(format.mime, '/'), nullptr);
+    }
+}
+
+TEST(Limits, AreTold)
+{
+    const OwnedDocument document = OpenSample("gift");
+    std::string bytes;
+    const auto limited = [&](const char *option, const char *value) {
+        Set(document.get(), option, value);
+        vx_error error = kNoError;
+        EXPECT_EQ(vx_document_render(document.get(), "png", AppendBytes, &bytes, &error), VX_LIMIT);
+        Set(document.get(), option, nullptr);
+        return std::string(error.text);
+    };
+    EXPECT_EQ(limited("max-time", "0.000001"), "not done after 0.000001 s: allow more with max-time");
+    EXPECT_NE(limited("max-memory", "1M").find("memory"), std::string::npos);
+    bytes.clear();
+    EXPECT_EQ(limited("max-output", "1K"), "takes more than 1 KiB: allow more with max-output");
+    EXPECT_LE(bytes.size(), 1024U);
+    EXPECT_NE(limited("dpi", "100000").find("too large"), std::string::npos);
+    (void)Rendered(document.get(), "png");
+}
+
+TEST(Temporary, FilesAreMadeWhereTheLibraryIsTold)
+{
+    const OwnedLibrary library = MakeLibrary();
+    ASSERT_EQ(vx_library_set(library.get(), "temp-dir", "/proc", nullptr), VX_OK); // where nobody makes one
+    const OwnedDocument document = OpenBytes(LeftHalf(), library.get());
+    std::string bytes;
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_render(document.get(), "pdf", AppendBytes, &bytes, &error), VX_CANNOT_WRITE);
+    EXPECT_NE(std::strstr(error.text, "temp-dir"), nullptr) << error.text;
+    EXPECT_EQ(bytes, "");
+    (void)Rendered(document.get(), "svg"); // which needs none
+}
+
+TEST(Damage, IsToldWithThePlace)
+{
+    const OwnedDocument document = OpenBytes(DrawingOf("0 0 0 1 k\n0 0 m\n36 x l\nf\n36 36 l (\n"));
+    const char *json = "";
+    vx_error error = kNoError;
+    const vx_status status = vx_document_json(document.get(), &json, &error);
+    EXPECT_EQ(status, VX_MALFORMED) << error.text;
+    EXPECT_EQ(json, nullptr);
+    EXPECT_TRUE(std::string_view(error.text).starts_with("malformed near byte ")) << error.text;
+}
+
+// Without any font.
+OwnedLibrary MakeBareLibrary()
+{
+    OwnedLibrary library = MakeLibrary();
+    EXPECT_EQ(vx_library_set(library.get(), "system-fonts", "no", nullptr), VX_OK);
+    return library;
+}
+
+TEST(Fonts, ThatAreMissingAreWarnings)
+{
+    const OwnedLibrary library = MakeBareLibrary();
+    const OwnedDocument document = OpenSample("text-point", library.get());
+    EXPECT_EQ(vx_document_warning_count(document.get()), 0U); // it is not drawn yet
+    (void)Rendered(document.get(), "svg");
+    ASSERT_GT(vx_document_font_count(document.get()), 0U);
+    vx_font_use use = {};
+    use.size = sizeof use;
+    ASSERT_EQ(vx_document_font_at(document.get(), 0, &use, nullptr), VX_OK);
+    EXPECT_EQ(use.match, VX_FONT_BOXES);
+    EXPECT_STREQ(use.served, "");
+    EXPECT_GT(use.characters, 0U);
+    const std::string expected = std::string("no font \"") + use.asked + "\", drawn as boxes: install it";
+    bool isTold = false;
+    for (size_t i = 0; i < vx_document_warning_count(document.get()); ++i)
+        isTold = isTold || vx_document_warning_at(document.get(), i) == expected;
+    EXPECT_TRUE(isTold) << expected;
+    EXPECT_EQ(vx_document_warning_at(document.get(), vx_document_warning_count(document.get())), nullptr);
+}
+
+TEST(Fonts, ThatMayNotBeMissingEndTheDocument)
+{
+    const OwnedLibrary library = MakeBareLibrary();
+    const OwnedDocument document = OpenSample("text-point", library.get());
+    Set(document.get(), "missing-fonts", "fail");
+    std::string bytes;
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_render(document.get(), "svg", AppendBytes, &bytes, &error), VX_FONT_MISSING);
+    EXPECT_TRUE(std::string_view(error.text).starts_with("no font \"")) << error.text;
+}
+
+TEST(Fonts, OfAFolderAreListed)
+{
+    const OwnedLibrary library = MakeBareLibrary();
+    constexpr std::string_view kFolder = "/usr/share/fonts/opentype/urw-base35";
+    ASSERT_EQ(vx_library_set(library.get(), "font-dir", kFolder.data(), nullptr), VX_OK);
+    size_t count = 0;
+    ASSERT_EQ(vx_library_font_count(library.get(), &count, nullptr), VX_OK);
+    ASSERT_GT(count, 30U);
+    for (size_t i = 0; i < count; ++i) {
+        vx_font_entry entry = {};
+        entry.size = sizeof entry;
+        ASSERT_EQ(vx_library_font_at(library.get(), i, &entry, nullptr), VX_OK);
+        EXPECT_TRUE(std::string_view(entry.file).starts_with(kFolder)) << entry.file;
+        EXPECT_STRNE(entry.postscript, "");
+    }
+}
+
+// A callback meets its own document at work, and so does another thread.
+struct Meeting {
+    vx_document *document;
+    std::vector<vx_status> met;
+    int answer = 0;
+};
+
+int MeetDocument(void *context, int64_t, int64_t)
+{
+    auto &meeting = *static_cast<Meeting *>(context);
+    int32_t width = 0, height = 0;
+    const auto call = [&] {
+        meeting.met.push_back(vx_document_size(meeting.document, &width, &height, nullptr));
+    };
+    call();
+    std::thread(call).join();
+    return meeting.answer;
+}
+
+TEST(Busy, IsADocumentAtWork)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    Meeting meeting = {document.get(), {}};
+    ASSERT_EQ(vx_document_set_progress(document.get(), MeetDocument, &meeting, nullptr), VX_OK);
+    (void)Rendered(document.get(), "svg");
+    ASSERT_FALSE(meeting.met.empty());
+    EXPECT_TRUE(std::ranges::all_of(meeting.met, [](vx_status status) { return status == VX_BUSY; }));
+    EXPECT_EQ(SizeOf(document.get()), (std::array<int32_t, 2>{150, 75})); // and now it is free
+}
+
+TEST(Progress, EndsTheCall)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    Meeting meeting = {document.get(), {}, 1};
+    ASSERT_EQ(vx_document_set_progress(document.get(), MeetDocument, &meeting, nullptr), VX_OK);
+    std::string bytes;
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_render(document.get(), "png", AppendBytes, &bytes, &error), VX_STOPPED);
+    EXPECT_STREQ(error.text, "stopped by its progress procedure");
+    EXPECT_EQ(bytes, "");
+    EXPECT_EQ(meeting.met.size(), 2U); // it was asked once
+    ASSERT_EQ(vx_document_set_progress(document.get(), nullptr, nullptr, nullptr), VX_OK);
+    EXPECT_NE(Rendered(document.get(), "png"), "");
+}
+
+TEST(Writing, EndsTheCall)
+{
+    for (const char *format : {"png", "svg", "pdf"}) {
+        const OwnedDocument document = OpenSample("gift");
+        int calls = 0;
+        const auto refuse = [](void *context, const void *, size_t) {
+            return ++*static_cast<int *>(context);
+        };
+        vx_error error = kNoError;
+        EXPECT_EQ(vx_document_render(document.get(), format, refuse, &calls, &error), VX_STOPPED) << format;
+        EXPECT_STREQ(error.text, "stopped by its write procedure");
+        EXPECT_EQ(calls, 1) << format;
+    }
+}
+
+} // namespace
+std::string FontFileOf(const std::string &name)
+{
+    std::ifstream file("/usr/share/fonts/opentype/urw-base35/" + name + ".otf", std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// With that one font alone the text is drawn as it is with the folder that the font is in.
+TEST(LibraryFonts, MayComeFromMemory)
+{
+    const std::string font = FontFileOf("NimbusSans-Regular");
+    ASSERT_GT(font.size(), 1000U);
+    const std::string text = DrawingOf("0 To 1 0 0 1 5 5 0 Tp TP 0 Tr /_Helvetica 20 Tf (Rag) Tx TO\n");
+    std::string pictures[2];
+    for (const bool isFromMemory : {true, false}) {
+        const OwnedLibrary library = MakeLibrary();
+        vx_error error = kNoError;
+        ASSERT_EQ(vx_library_set(library.get(), "system-fonts", "no", &error), VX_OK) << error.text;
+        if (isFromMemory) {
+            std::string given = font;
+            ASSERT_EQ(vx_library_add_font(library.get(), given.data(), given.size(), &error), VX_OK)
+                << error.text;
+            given.assign(given.size(), '\0'); // it was copied
+        } else {
+            ASSERT_EQ(
+                vx_library_set(library.get(), "font-dir", "/usr/share/fonts/opentype/urw-base35", &error),
+                VX_OK)
+                << error.text;
+        }
+        const OwnedDocument document = OpenBytes(text, library.get());
+        for (const char *format : {"png", "svg", "pdf"})
+            pictures[isFromMemory ? 0 : 1] += Rendered(document.get(), format);
+        EXPECT_EQ(vx_document_warning_count(document.get()), 0U);
+    }
+    EXPECT_EQ(pictures[0], pictures[1]);
+    EXPECT_NE(pictures[0].find("Nimbus Sans"), std::string::npos);
+}
+
+TEST(LibraryFonts, WhatIsNoFontOrComesTooLateIsRefused)
+{
+    const std::string font = FontFileOf("NimbusSans-Regular");
+    const OwnedLibrary library = MakeLibrary();
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_library_add_font(library.get(), "no font", 7, &error), VX_WRONG_ARGUMENT);
+    EXPECT_EQ(vx_library_add_font(library.get(), nullptr, 7, &error), VX_WRONG_ARGUMENT);
+    EXPECT_EQ(vx_library_add_font(nullptr, font.data(), font.size(), &error), VX_WRONG_ARGUMENT);
+    EXPECT_EQ(vx_library_add_font(library.get(), font.data(), 0, &error), VX_WRONG_ARGUMENT);
+    (void)OpenBytes(LeftHalf(), library.get());
+    EXPECT_EQ(vx_library_add_font(library.get(), font.data(), font.size(), &error), VX_WRONG_ARGUMENT);
+    EXPECT_EQ(std::string_view(error.text).substr(0, 23), "the font comes too late");
+}
+
+} // namespace vxtest

@@ -1,0 +1,102 @@
+// Each allocation of a program's calls of vx.h fails in turn: a call does all of its work, or says that memory ran out.
+#include "tests/memory/FailingMalloc.h"
+
+#include <vx.h>
+
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+
+namespace
+{
+
+using vxtest::FailingMalloc;
+using vxtest::MallocFailure;
+
+struct Made {
+    vx_status status = VX_OK;
+    std::string bytes, told;
+};
+
+// What a program keeps needs room of its own: it is there before anything fails.
+constexpr size_t kRoom = size_t{1} << 20;
+
+Made Make(vx_library *library, const char *format)
+{
+    Made made;
+    made.bytes.reserve(kRoom);
+    vx_error error = {sizeof error, VX_OK, ""};
+    vx_document *document = nullptr;
+    const auto keep = [](void *to, const void *bytes, size_t size) {
+        static_cast<std::string *>(to)->append(static_cast<const char *>(bytes), size);
+        return 0;
+    };
+    made.status = vx_document_open_file(library, VX_SOURCE_DIR "/samples/text-point.vx", &document, &error);
+    if (made.status == VX_OK)
+        made.status = vx_document_set(document, "fit", "60", &error);
+    if (made.status == VX_OK)
+        made.status = vx_document_render(document, format, keep, &made.bytes, &error);
+    vx_document_free(document);
+    made.told = error.text;
+    return made;
+}
+
+class InterfaceWithoutMemory : public testing::TestWithParam<const char *>
+{
+};
+
+// qpdf ends a process that has no memory for its destructors, so there is no PDF among them.
+TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
+{
+    if (!vxtest::CanMallocFail())
+        GTEST_SKIP() << "a sanitizer has its own malloc";
+    vx_library *library = nullptr;
+    ASSERT_EQ(vx_library_create(VX_INTERFACE, &library, nullptr), VX_OK);
+    const Made whole = Make(library, GetParam()); // what is made once in a process is made
+    ASSERT_EQ(whole.status, VX_OK) << whole.told;
+    ASSERT_LT(whole.bytes.size(), kRoom);
+    uint64_t count = 0;
+    {
+        const MallocFailure none(0, FailingMalloc::Once, vxtest::AllocationsOf::All);
+        (void)Make(library, GetParam());
+        count = MallocFailure::Count();
+    }
+    uint64_t told = 0;
+    const uint64_t step = 1 + count / 400;
+    for (const FailingMalloc how : {FailingMalloc::Once, FailingMalloc::FromThenOn}) {
+        for (uint64_t number = 2; number <= count;
+             number += number < 200 ? 1 : step) { // the first is the room
+            std::optional<MallocFailure> failure(std::in_place, number, how, vxtest::AllocationsOf::All);
+            Made made = Make(library, GetParam());
+            failure.reset();
+            told += made.status == VX_OUT_OF_MEMORY ? 1 : 0;
+            EXPECT_TRUE(made.status == VX_OUT_OF_MEMORY ||
+                        (made.status == VX_OK && made.bytes == whole.bytes))
+                << "allocation " << number << " of " << count << ": status " << made.status << ", \""
+                << made.told << '"';
+        }
+    }
+    EXPECT_GT(told, 0U);
+    vx_library_free(library);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, InterfaceWithoutMemory, testing::Values("png", "svg"),
+                         [](const auto &tested) { return std::string(tested.param); });
+
+// Making a library, too.
+TEST(InterfaceCreation, TellsTheLackOfMemory)
+{
+    if (!vxtest::CanMallocFail())
+        GTEST_SKIP() << "a sanitizer has its own malloc";
+    auto *library = reinterpret_cast<vx_library *>(1);
+    vx_error error = {sizeof error, VX_OK, ""};
+    std::optional<MallocFailure> failure(std::in_place, 1, FailingMalloc::Once, vxtest::AllocationsOf::All);
+    const vx_status status = vx_library_create(VX_INTERFACE, &library, &error);
+    failure.reset();
+    EXPECT_EQ(status, VX_OUT_OF_MEMORY);
+    EXPECT_EQ(library, nullptr);
+    EXPECT_STREQ(error.text, "needs more memory than there is: free some, and call again");
+}
+
+} // namespace
