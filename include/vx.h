@@ -58,18 +58,17 @@ typedef struct vx_document vx_document;
 typedef enum vx_status {
     VX_OK = 0,
     VX_WRONG_ARGUMENT = 1, /* the call itself is wrong: see the text */
-    VX_WRONG_OPTION =
-        2, /* no option of that name, no such value of it, or none with which this document can be made */
-    VX_CANNOT_READ = 3,   /* a file cannot be opened or read */
-    VX_NOT_A_DRAWING = 4, /* the bytes are no VX document */
-    VX_MALFORMED = 5,     /* a VX document, and damaged */
-    VX_FONT_MISSING = 6,  /* given up for want of a font, as "missing-fonts" asked */
-    VX_LIMIT = 7, /* "max-time", "max-memory" or "max-output" was reached, or a picture is too large */
-    VX_OUT_OF_MEMORY = 8, /* the system has no more */
-    VX_CANNOT_WRITE = 9,  /* a temporary file */
-    VX_STOPPED = 10,      /* a callback returned other than 0 */
-    VX_BUSY = 11,         /* another call is at work with this document */
-    VX_FAILED = 12        /* what should not happen: report it, with the text */
+    VX_WRONG_OPTION = 2,   /* no such option or value, or none that goes with this document */
+    VX_CANNOT_READ = 3,    /* a file cannot be opened or read */
+    VX_NOT_A_DRAWING = 4,  /* the bytes are no VX document */
+    VX_MALFORMED = 5,      /* a VX document, and damaged */
+    VX_FONT_MISSING = 6,   /* given up for want of a font, as "missing-fonts" asked */
+    VX_LIMIT = 7,          /* "max-time", "max-memory" or "max-output", or a picture is too large */
+    VX_OUT_OF_MEMORY = 8,  /* the system has no more */
+    VX_CANNOT_WRITE = 9,   /* a temporary file */
+    VX_STOPPED = 10,       /* a callback returned other than 0 */
+    VX_BUSY = 11,          /* another call is at work with this document */
+    VX_FAILED = 12         /* what should not happen: report it, with the text */
 } vx_status;
 
 typedef struct vx_error {

@@ -54,7 +54,8 @@ uint8_t ReportToHost(const uint8_t *title, const uint8_t *message, int32_t)
 void ProgressToHost(int32_t bytesRead, int32_t totalBytes)
 {
     RunCallback([&] {
-        if (currentHost != nullptr && currentHost->onProgress)
+        // After a failure the plug-in still goes through the lines that it has; nobody wants to hear of them.
+        if (currentHost != nullptr && currentHost->onProgress && !HasCallFailed())
             currentHost->onProgress(bytesRead, std::max(totalBytes, 0));
     });
 }

@@ -169,7 +169,7 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
             written->Check();
     };
     Reading reading(*document->installation, *document->bytes, std::move(options));
-    const Outcome outcome = action(reading, watch);
+    Outcome outcome = action(reading, watch);
     if (document->bytes->HasChanged())
         throw CallError(VX_CANNOT_READ, "changed while it was read: try again when nothing writes to it");
     Keep(outcome, document);

@@ -348,6 +348,30 @@ TEST(Writing, EndsTheCall)
     }
 }
 
+// A device that could not write goes on to the end of its document: nobody waits for that.
+TEST(Writing, EndsTheCallWhereItFails)
+{
+    std::string body = "0 0 0 1 k\n";
+    for (int i = 0; i < 50000; ++i)
+        body += "1 2 m\n3 2 l\n3 4.5 l\nf\n";
+    const OwnedDocument document = OpenBytes(DrawingOf(body));
+    struct Refusal {
+        int writes = 0, linesAfter = 0;
+    } refusal;
+    const auto refuse = [](void *context, const void *, size_t) {
+        return ++static_cast<Refusal *>(context)->writes;
+    };
+    const auto count = [](void *context, int64_t, int64_t) {
+        auto &counted = *static_cast<Refusal *>(context);
+        counted.linesAfter += counted.writes;
+        return 0;
+    };
+    ASSERT_EQ(vx_document_set_progress(document.get(), count, &refusal, nullptr), VX_OK);
+    EXPECT_EQ(vx_document_render(document.get(), "svg", refuse, &refusal, nullptr), VX_STOPPED);
+    EXPECT_EQ(refusal.writes, 1);
+    EXPECT_LE(refusal.linesAfter, 1);
+}
+
 } // namespace
 std::string FontFileOf(const std::string &name)
 {

@@ -16,7 +16,8 @@ using vxtest::MallocFailure;
 
 struct Made {
     vx_status status = VX_OK;
-    std::string bytes, told;
+    vx_error error = {sizeof error, VX_OK, ""};
+    std::string bytes;
 };
 
 // What a program keeps needs room of its own: it is there before anything fails.
@@ -26,19 +27,18 @@ Made Make(vx_library *library, const char *format)
 {
     Made made;
     made.bytes.reserve(kRoom);
-    vx_error error = {sizeof error, VX_OK, ""};
     vx_document *document = nullptr;
     const auto keep = [](void *to, const void *bytes, size_t size) {
         static_cast<std::string *>(to)->append(static_cast<const char *>(bytes), size);
         return 0;
     };
-    made.status = vx_document_open_file(library, VX_SOURCE_DIR "/samples/text-point.vx", &document, &error);
+    made.status =
+        vx_document_open_file(library, VX_SOURCE_DIR "/samples/text-point.vx", &document, &made.error);
     if (made.status == VX_OK)
-        made.status = vx_document_set(document, "fit", "60", &error);
+        made.status = vx_document_set(document, "fit", "60", &made.error);
     if (made.status == VX_OK)
-        made.status = vx_document_render(document, format, keep, &made.bytes, &error);
+        made.status = vx_document_render(document, format, keep, &made.bytes, &made.error);
     vx_document_free(document);
-    made.told = error.text;
     return made;
 }
 
@@ -54,7 +54,7 @@ TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
     vx_library *library = nullptr;
     ASSERT_EQ(vx_library_create(VX_INTERFACE, &library, nullptr), VX_OK);
     const Made whole = Make(library, GetParam()); // what is made once in a process is made
-    ASSERT_EQ(whole.status, VX_OK) << whole.told;
+    ASSERT_EQ(whole.status, VX_OK) << whole.error.text;
     ASSERT_LT(whole.bytes.size(), kRoom);
     uint64_t count = 0;
     {
@@ -74,7 +74,7 @@ TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
             EXPECT_TRUE(made.status == VX_OUT_OF_MEMORY ||
                         (made.status == VX_OK && made.bytes == whole.bytes))
                 << "allocation " << number << " of " << count << ": status " << made.status << ", \""
-                << made.told << '"';
+                << made.error.text << '"';
         }
     }
     EXPECT_GT(told, 0U);

@@ -62,6 +62,15 @@ TEST(ToUtf8Test, ReplacesWhatIsMalformed)
     }
 }
 
+TEST(IsUtf8Test, IsTrueOfWholeSequencesAlone)
+{
+    EXPECT_TRUE(IsUtf8(""));
+    EXPECT_TRUE(IsUtf8("a\n\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"));
+    // Cut, alone, overlong, half of a pair, past the last.
+    for (const char *bytes : {"\xC3", "\xC3(", "a\x80", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
+        EXPECT_FALSE(IsUtf8(bytes)) << bytes;
+}
+
 } // namespace
 
 } // namespace vxhost

@@ -1,0 +1,59 @@
+// The sentences about a document that was read.
+#include "library/Warnings.h"
+
+#include <gtest/gtest.h>
+
+namespace vxhost
+{
+namespace
+{
+
+FontUse Use(const char *asked, const char *served, FontMatch match, uint64_t missingGlyphs = 0)
+{
+    FontUse use;
+    use.asked = asked;
+    use.served = served;
+    use.match = match;
+    use.characters = 9;
+    use.missingGlyphs = missingGlyphs;
+    return use;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST(Warnings, OfReportsLoseTheirFullStop)
+{
+    Outcome outcome;
+    outcome.reports = {{1, "Patterns", "A pattern is not shown."}, {2, "Embedded. ", ""}};
+    EXPECT_EQ(ListWarnings(outcome, "help"), (Lines{"A pattern is not shown", "Embedded"}));
+}
+
+TEST(Warnings, OfFontsSayWhatServesThem)
+{
+    Outcome outcome;
+    outcome.fonts = {Use("A", "A", FontMatch::Exact), Use("B", "C", FontMatch::StandIn),
+                     Use("D", "E", FontMatch::Substitute), Use("F", "", FontMatch::Missing, 9)};
+    EXPECT_EQ(ListWarnings(outcome, "install it"), (Lines{"no font \"D\", drawn with \"E\": install it",
+                                                          "no font \"F\", drawn as boxes: install it"}));
+}
+
+TEST(Warnings, OfFontsSayWhatTheyLack)
+{
+    Outcome outcome;
+    outcome.fonts = {Use("A", "A", FontMatch::Exact, 2), Use("B", "C", FontMatch::StandIn, 3)};
+    EXPECT_EQ(ListWarnings(outcome, "help"),
+              (Lines{"font \"A\" lacks 2 of 9 characters: install one that has them",
+                     "font \"C\" lacks 3 of 9 characters of \"B\": install one that has them"}));
+}
+
+TEST(Warnings, LeaveOutWhatEndedTheDocument)
+{
+    Outcome outcome;
+    outcome.lackedFont = "F";
+    outcome.reports = {{kFontProblem, "Fonts", "Fonts are substituted."}, {1, "Patterns", ""}};
+    outcome.fonts = {Use("F", "", FontMatch::Missing), Use("D", "E", FontMatch::Substitute)};
+    EXPECT_EQ(ListWarnings(outcome, "help"), (Lines{"Patterns", "no font \"D\", drawn with \"E\": help"}));
+}
+
+} // namespace
+} // namespace vxhost
