@@ -127,7 +127,7 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
     }
     app.allow_extras();
 
-    // What follows "--" are FILEs, whatever they look like.
+    // Every word behind "--" is a FILE, whatever it looks like.
     char **const last = argv + argc;
     char **const mark = std::find(argv, last, std::string_view("--"));
     try {

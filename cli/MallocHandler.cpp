@@ -93,7 +93,7 @@ void *calloc(size_t count, size_t size)
     return Told(g_calloc(count, size));
 }
 
-// Of no size it frees, and null says nothing.
+// A size of 0 frees the block, and null is no failure then.
 void *realloc(void *block, size_t size)
 {
     void *moved = g_realloc(block, size);

@@ -100,7 +100,7 @@ void ManifestReader::Close()
     descriptor_ = -1;
 }
 
-// Of the whole manifest.
+// The entry is about the whole manifest.
 void ManifestReader::Fail(std::string error)
 {
     ManifestEntry &entry = found_.emplace();

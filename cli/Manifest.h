@@ -1,4 +1,4 @@
-// What a batch is to do: documents that are named, and manifests, which are read as they come.
+// Reads what a batch is to do: documents that are named, and manifests, whose lines are read as they come.
 #pragma once
 
 #include "cli/ManifestLines.h"

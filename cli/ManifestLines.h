@@ -1,4 +1,4 @@
-// What the bytes of one manifest ask for, line by line as they come.
+// Turns the bytes of one manifest into entries, line by line as they come.
 //
 // A line is a JSON object, or the name of a document as it is. A list whose names end in NUL has names alone: whatever
 // stands in a name, it is never an object. What is wrong with a line is an entry too, so that it is told in its turn.

@@ -1,4 +1,4 @@
-// What the command tells a person, on standard error: one line each, no warning twice, and the progress of
+// Tells a person what there is to tell, on standard error: one line each, no warning twice, and the progress of
 // the work at hand.
 //
 //   vx: FILE: what is wrong with which value: what to do

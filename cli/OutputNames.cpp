@@ -95,7 +95,7 @@ bool LiesIn(const std::string &folder, const std::string &path)
 {
     std::error_code failure, otherFailure;
     const fs::path place = Resolve(path, &failure).lexically_relative(Resolve(folder, &otherFailure));
-    // Where nobody may look nothing can be written either, which is told when it is tried.
+    // A place that nobody may look at cannot be written to either, which is told when it is tried.
     if (failure || otherFailure)
         return failure == std::errc::permission_denied;
     return !place.empty() && *place.begin() != "..";

@@ -1,4 +1,4 @@
-// What is said of a document's outputs: in the options of a command, or in a line of a manifest.
+// Holds what is said of a document's outputs, in the options of a command or in a line of a manifest.
 #pragma once
 
 #include "library/Format.h"
@@ -29,7 +29,7 @@ struct RenderWords {
     // By the name of the option, as "pdf-x". False when there is none of that name that is about an output.
     bool Set(std::string_view name, std::string value);
 
-    // What later does not say, these say.
+    // These words where later has none.
     RenderWords OverriddenBy(const RenderWords &later) const;
 };
 
@@ -39,12 +39,12 @@ void AddOption(const Option &option, const std::string &help, OptionTexts *texts
 // By the name's extension; null: of none.
 const Format *FormatOfName(const std::string &output);
 
-// In the order given. Without a word, what the name of the output says, else PDF. Throws OptionError.
+// The formats, in the order given. Without a word the name of the output decides, else it is PDF. Throws OptionError.
 FormatList ReadFormats(const std::string &word, const std::string &output);
 
 unsigned SetOf(std::span<const Format *const> formats);
 
-// What they mean, with the date that the environment says. Throws OptionError.
+// Reads what the texts mean, with the date that the environment says. Throws OptionError.
 Settings ReadSettings(const OptionTexts &options);
 
 // Makes each device once without an output, so that what is wrong with the settings is told before the first document is

@@ -85,7 +85,7 @@ std::string FontHelp(const Purpose &purpose, const std::string &input)
     return "install it, or " + (purpose.isFonts ? "choose another with --font-map" : "see vx fonts " + input);
 }
 
-// What fontconfig had no memory for it leaves out, and a document would be drawn with other fonts.
+// Fontconfig leaves out what it has no memory for, and a document would be drawn with other fonts.
 std::unique_ptr<FontList> ListFonts(const FontSources &sources)
 {
     const uint64_t before = CountFailedMallocs();
@@ -335,7 +335,7 @@ Verdict Session::JudgeWriteError(const Finding &finding, const Interpretation &i
     return verdict;
 }
 
-// Of any failure but one to write.
+// Judges any failure but one to write.
 Verdict Session::JudgeFailure(const Failure &failure, const Purpose &purpose) const
 {
     if (failure.kind == FailureKind::OutOfMemory && failure.text.empty())

@@ -11,7 +11,7 @@ namespace vxhost
 
 bool HoldClosedStreams()
 {
-    // In this order, as the lowest number that is free is the one that is given.
+    // The order matters: the system gives the lowest number that is free.
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(stream, F_GETFD) >= 0)
             continue;

@@ -54,7 +54,7 @@ rlim_t LimitOf(__rlimit_resource resource)
     return getrlimit(resource, &present) == 0 ? present.rlim_cur : RLIM_INFINITY;
 }
 
-// For good. What is lower already stays.
+// Lowers the limit for good; one that is lower already stays.
 void Lower(__rlimit_resource resource, int64_t to)
 {
     rlimit limit = {};
@@ -327,12 +327,12 @@ bool IsCallersFileLimit(int error)
     return error == EFBIG && LimitOf(RLIMIT_FSIZE) != RLIM_INFINITY;
 }
 
-// What a worker has at its start is what this process has: of the two limits that one is met first that leaves less.
+// A worker begins with what this process has; the limit that leaves it less is the one that it meets.
 std::string_view CallersMemoryLimit(const WorkerLimits &limits)
 {
     const rlim_t data = LimitOf(RLIMIT_DATA), space = LimitOf(RLIMIT_AS);
     const rlim_t own = limits.memory > 0 ? static_cast<rlim_t>(limits.memory) : RLIM_INFINITY;
-    // In pages: of the address space, in memory, shared, code, not used, data.
+    // The file counts pages: of the address space, in memory, shared, code, not used, data.
     uint64_t pages[6] = {};
     std::ifstream("/proc/self/statm") >> pages[0] >> pages[1] >> pages[2] >> pages[3] >> pages[4] >> pages[5];
     const rlim_t notData =

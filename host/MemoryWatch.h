@@ -35,7 +35,7 @@ class MemoryWatch
     int before_;
 };
 
-// What the call returns, or std::bad_alloc.
+// Returns what the call returns, or throws std::bad_alloc.
 template <typename Call>
 auto Watched(Call &&call)
 {

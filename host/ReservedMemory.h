@@ -1,4 +1,4 @@
-// What a C library allocates through that takes an allocator: it knows afterwards whether memory ran out.
+// An allocator for C libraries that take one: it knows afterwards whether memory ran out.
 //
 // Libraries do not look at what they get for each of their small records, and write through null. So those come from a
 // reserve when there is no more memory; what is larger is refused.
@@ -17,7 +17,7 @@ class ReservedMemory
     ReservedMemory(const ReservedMemory &) = delete;
     ReservedMemory &operator=(const ReservedMemory &) = delete;
 
-    // As malloc, free and realloc.
+    // These do what malloc, free and realloc do.
     void *Allocate(size_t size);
     void Release(void *block);
     void *Resize(void *block, size_t size);

@@ -1,6 +1,6 @@
 // Goes beside the plug-in through a document: sees the bytes that it is given, and where it stands among its lines.
 //
-// Of the two passes over a document only the one that draws has a companion.
+// A document is passed over twice, for its header and to be drawn: a companion goes along when it is drawn.
 #pragma once
 
 #include <cstddef>

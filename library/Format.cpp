@@ -13,7 +13,7 @@ namespace vxhost
 namespace
 {
 
-// In the order of kPdf, kSvg and kPng.
+// The rows stand in the order of kPdf, kSvg and kPng.
 constexpr Format kFormats[] = {
     {"pdf", "application/pdf",
      [](const Settings &settings, ByteSink sink, std::string *error) {

@@ -25,16 +25,16 @@ namespace vxhost
 enum : unsigned { kPdf = 1, kSvg = 2, kPng = 4 };
 constexpr size_t kFormatCount = 3;
 
-// What was chosen, as readings and devices understand it.
+// Everything that was chosen, as readings and devices understand it.
 struct Settings {
-    // Of reading any document.
+    // These are about reading any document.
     std::optional<Script> script;
     bool substitute = true;
     double seconds = 60;               // 0: no limit
     int64_t memory = int64_t{1} << 30; // bytes; 0: no limit
     std::optional<int64_t> output; // bytes of a file; 0: no limit; none: as large as the document lets expect
 
-    // Of outputs.
+    // These are about outputs.
     std::optional<Box> box; // as it is to be shown; without it the header's
     PdfOptions pdf;
     SvgOptions svg;
@@ -63,11 +63,11 @@ struct Option {
     bool isSize = false;        // one of those that say how large a picture is, and replace each other
 };
 
-// In the order of help.
+// All rows, in the order of help.
 std::span<const Option> Options();
 const Option *FindOption(std::string_view name); // null: none of that name
 
-// What was said of options, in words: on a command line, or in a line of a manifest.
+// Options as they were said, in words: on a command line, or in a line of a manifest.
 class OptionTexts
 {
   public:
@@ -81,7 +81,7 @@ class OptionTexts
     // False when there is no option of that name.
     bool Set(std::string_view name, std::string text);
 
-    // What later does not say, these say. A size is one thing, however many options it takes.
+    // These texts where later has none. A size is one thing, however many options it takes.
     OptionTexts OverriddenBy(const OptionTexts &later) const;
 
     // Throws OptionError for one that means nothing for any of the formats.

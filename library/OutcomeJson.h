@@ -1,4 +1,4 @@
-// What became of a document as JSON: the parts that are told to a person's programs, by the same names everywhere.
+// JSON of what became of a document: the parts that are told to a person's programs, by the same names everywhere.
 #pragma once
 
 #include "host/Outcome.h"

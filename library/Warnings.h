@@ -1,4 +1,4 @@
-// What is to be told about a document that was read, beside the error that ended it.
+// Words what is to be told about a document that was read, beside the error that ended it.
 #pragma once
 
 #include "host/Outcome.h"

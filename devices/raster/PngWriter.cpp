@@ -83,7 +83,7 @@ struct PngWriter::State {
             png_error(png, "");
     }
     static void Flush(png_structp) {}
-    // What libpng has to say is about its caller's mistakes, or about memory, which is looked at in Take.
+    // Libpng tells of its caller's mistakes and of memory alone, and Take looks at the memory.
     static void Fail(png_structp png, png_const_charp) { png_longjmp(png, 1); }
     static void Warn(png_structp, png_const_charp) {}
 };

@@ -36,7 +36,7 @@ class GlyphSource
 
     // Opens what serves that name; null: nothing does, its characters are boxes. Valid as long as this object.
     virtual const TextFont *OpenFont(std::string_view fontName) = 0;
-    // What follows is one string in that font. isNew: to be counted; it is none that was painted and now clips.
+    // Begins a string in that font. isNew: it is counted, since it is none that was painted already and now clips.
     virtual void BeginString(std::string_view fontName, bool isNew) = 0;
     // The first character of text, which is not empty. isUpright: in its form for a column.
     virtual Glyph Next(std::span<const uint8_t> text, bool isUpright) = 0;

@@ -132,7 +132,7 @@ TextShow::PaintedString TextShow::Describe(const ZRKTextRecord &first)
 // True when the string that clips was painted too. That is painted no more.
 bool TextShow::TakePainted(const PaintedString &clipped, const ZRKTextRecord &first, bool beginsChain)
 {
-    // Where one goes on from text that does not clip says nothing.
+    // A string that goes on from text that does not clip has no place to compare.
     const bool isAnywhere = beginsChain && !IsPlaced(first);
     if (beginsChain || IsPlaced(first))
         drift_ = {};

@@ -38,7 +38,7 @@ class DocumentFonts final : public FontList
     int32_t FindFor(std::string_view asked) const;        // the same, whatever its suffixes
     Script SystemScript() const { return systemScript_; } // to be told to the plug-in
     TextEncoding EncodingOf(int32_t index) const { return details_[static_cast<size_t>(index)].encoding; }
-    // As the document writes it; of a font that it does not ask for the name in the list.
+    // The name as the document writes it, or that in the list if the document does not ask for the font.
     const std::string &AskedName(int32_t index) const;
 
   private:

@@ -1,7 +1,7 @@
 // The files of a document's fonts as one parse opens them, each when it is first needed, and what is read of them: widths, and
 // what devices that set text need to know.
 //
-// For one thread at a time.
+// It is for one thread at a time.
 #pragma once
 
 #include "host/Outcome.h"

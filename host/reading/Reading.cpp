@@ -28,7 +28,7 @@ class NoDevice final : public Device
     Failure EndPage() override { return {}; }
 };
 
-// What the document's text and its header ask for.
+// Gathers what the document's text and its header ask for.
 DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &header,
                                    const ReadingOptions &options)
 {
@@ -74,7 +74,7 @@ Outcome Reading::Interpret(const Parse &parse)
     Outcome outcome = parse(parseOptions);
     const bool isBoxed = std::ranges::any_of(
         outcome.fonts, [](const FontUse &use) { return use.match == FontMatch::Missing; });
-    // Where nothing may be substituted, a text that boxes would stand for ends the document as well.
+    // Text that boxes would stand for ends the document as well, if nothing may be substituted.
     if (!options_.substitute && isBoxed && outcome.result == kVXOk)
         outcome.result = kVXStoppedByUser;
     if (outcome.result == kVXStoppedByUser && (lacksFont || isBoxed))
@@ -82,7 +82,7 @@ Outcome Reading::Interpret(const Parse &parse)
     return outcome;
 }
 
-// Of a document that was given up nothing is known but what it asks for.
+// A document that was given up has used nothing that is known: the fonts that it asks for are told instead.
 void Reading::TellLackedFont(Outcome *outcome)
 {
     outcome->fonts.clear();

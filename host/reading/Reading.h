@@ -20,7 +20,7 @@
 namespace vxhost
 {
 
-// What all documents are read with. Does not change once it is made.
+// All documents are read with this. It does not change once it is made.
 struct Installation {
     std::unique_ptr<Plugin> plugin;
     std::unique_ptr<FontList> fonts; // of the machine
@@ -47,7 +47,7 @@ class Reading
     const HeaderFacts &Header() const { return header_; } // what the comments say
     const DocumentFonts &Fonts() const { return fonts_; }
 
-    // What the plug-in says of the header: whether the document is one of ours, its box, and whether it is monochrome.
+    // Asks the plug-in for the header: whether the document is one of ours, its box, and whether it is monochrome.
     Outcome ReadInfo();
     // The page that shows that box, or the document's own, turned upright. It may be empty, and then cannot be drawn.
     Page PageFor(const std::optional<Box> &box = std::nullopt);

@@ -14,7 +14,7 @@ struct vx_font_source; // a font as the program sees it, and where its outlines 
 namespace vxhost
 {
 
-// What ends the drawing is CallError, when one of the procedures wants it to end.
+// Throws CallError when one of the procedures wants the drawing to end.
 class CallerDevice final : public Device
 {
   public:

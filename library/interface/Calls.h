@@ -12,7 +12,7 @@
 namespace vxhost
 {
 
-// What ends a call. The text is one line; it may name options as a command line does.
+// An error that ends a call. The text is one line; it may name options as a command line does.
 struct CallError : std::runtime_error {
     CallError(vx_status callStatus, const std::string &text) : runtime_error(text), status(callStatus) {}
     vx_status status;

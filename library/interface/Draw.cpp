@@ -41,7 +41,7 @@ void Render(vx_document *document, const Format &format, WrittenBytes *written)
     page.box = ShownBox(*document);
     CheckFailure(format.checkPage(document->settings, page));
     Settings settings = document->settings;
-    // Where a device would look into the environment for a place for a file of its own, it is given one.
+    // A device that needs a file of its own gets one here, as it would look into the environment for its place.
     const bool spools = BitOf(format) == kPdf;
     const Descriptor spool(spools ? OpenTemporaryFile(document->temporaryFolder) : -1);
     if (spools && spool.Get() < 0)

@@ -1,4 +1,4 @@
-// What the handles of vx.h stand for.
+// The objects behind the handles of vx.h.
 #pragma once
 
 #include "host/Document.h"
@@ -30,7 +30,7 @@ struct vx_library {
 };
 
 struct vx_document {
-    // What a font that was used is told as.
+    // A font that was used, as the caller is told of it.
     struct UsedFont {
         std::string asked, served;
         vx_font_use use;
@@ -41,7 +41,7 @@ struct vx_document {
     std::vector<std::byte> copy; // of the bytes, where the caller wants one
     std::unique_ptr<vxhost::Document> bytes;
 
-    // Of its header.
+    // These come from its header.
     vxhost::HeaderFacts header;
     vxhost::Box box;
     bool isMonochrome = false;
@@ -51,7 +51,7 @@ struct vx_document {
     vx_progress progress = nullptr;
     void *progressContext = nullptr;
 
-    // What the caller was given last.
+    // The caller was given these last, and they stay until the next call.
     std::string json;
     std::vector<std::string> warnings;
     std::vector<UsedFont> fonts;

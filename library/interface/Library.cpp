@@ -14,7 +14,7 @@ using namespace vxhost;
 namespace
 {
 
-// What an option's row says, in texts that stay.
+// An option's row in texts that stay.
 struct OptionRow {
     std::string formats, help;
 };

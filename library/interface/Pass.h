@@ -25,7 +25,7 @@ class Watch
     const Clock::time_point start_ = Clock::now();
 };
 
-// What the caller's vx_write is given, and why that came to an end.
+// Hands bytes to the caller's vx_write, and keeps why that came to an end.
 class WrittenBytes
 {
   public:
