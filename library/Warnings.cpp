@@ -51,6 +51,10 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
         if (font.match != FontMatch::Missing && font.missingGlyphs > 0)
             warnings.push_back(LackText(font));
     }
+    if (outcome.undrawnTexts > 0)
+        warnings.push_back(
+            std::to_string(outcome.undrawnTexts) + (outcome.undrawnTexts == 1 ? " text is" : " texts are") +
+            " not drawn, there was nothing to take glyphs from: read the document with its fonts");
     return warnings;
 }
 

@@ -46,6 +46,18 @@ TEST(Warnings, OfFontsSayWhatTheyLack)
                      "font \"C\" lacks 3 of 9 characters of \"B\": install one that has them"}));
 }
 
+TEST(Warnings, TellOfTextThatIsNotDrawn)
+{
+    Outcome outcome;
+    outcome.undrawnTexts = 1;
+    EXPECT_EQ(
+        ListWarnings(outcome, "help"),
+        (Lines{
+            "1 text is not drawn, there was nothing to take glyphs from: read the document with its fonts"}));
+    outcome.undrawnTexts = 20;
+    EXPECT_EQ(ListWarnings(outcome, "help").at(0).substr(0, 26), "20 texts are not drawn, th");
+}
+
 TEST(Warnings, LeaveOutWhatEndedTheDocument)
 {
     Outcome outcome;
