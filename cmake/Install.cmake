@@ -3,6 +3,7 @@
 
 install(TARGETS vxparser LIBRARY DESTINATION lib/vx)
 install(DIRECTORY sdk/include/vx DESTINATION include)
+install(DIRECTORY sdk/example/ DESTINATION share/doc/vx/examples/host PATTERN *.txt EXCLUDE)
 
 if(NOT VX_PLUGIN_ONLY)
     install(TARGETS vx RUNTIME DESTINATION bin)
@@ -16,6 +17,7 @@ if(NOT VX_PLUGIN_ONLY)
     install(EXPORT vx FILE vx-config.cmake NAMESPACE vx:: DESTINATION lib/cmake/vx)
 
     install(FILES LICENSE DESTINATION share/doc/vx)
+    install(DIRECTORY examples/ DESTINATION share/doc/vx/examples)
     install(FILES devices/colour/profiles/README.md DESTINATION share/doc/vx RENAME press-profile.md)
     install(DIRECTORY docs/man/ DESTINATION share/man/man1)
     install(FILES packaging/completion/vx.bash DESTINATION share/bash-completion/completions RENAME vx)

@@ -1,7 +1,10 @@
 /*
- * A whole host: prints the calls that a document makes. Usage: vxexample PLUGIN DOCUMENT
+ * A whole host: prints the calls that a document makes.
  *
- * calls.c holds the procedures that draw, toolbox.c the functions that the plug-in finds by name.
+ *     cc -std=c99 -I../../../../../include example.c calls.c toolbox.c -rdynamic -ldl -lm -o vxexample
+ *     ./vxexample ../../../../../lib/vx/vxparser.so square.vx
+ *
+ * calls.c holds the procedures that draw, toolbox.c the functions that the plug-in finds by name: -rdynamic lets it.
  */
 #include "calls.h"
 
@@ -50,10 +53,14 @@ int main(int argc, char **argv)
     HostCallRecord record;
     int16_t result = kVXBadSelector;
 
+    if (argc != 3)
+        return fputs("usage: vxexample PLUGIN DOCUMENT\n", stderr), 2;
     if (plugin != NULL)
         *(void **)&vxMain = dlsym(plugin, "main");
-    if (reader.file == NULL || vxMain == NULL)
-        return fputs("usage: vxexample PLUGIN DOCUMENT\n", stderr), 2;
+    if (vxMain == NULL)
+        return fprintf(stderr, "vxexample: %s\n", dlerror()), 1;
+    if (reader.file == NULL)
+        return perror(argv[2]), 1;
 
     memset(&record, 0, sizeof record);
     fseek(reader.file, 0, SEEK_END);

@@ -56,6 +56,20 @@ class Install(Installed):
     def test_a_plug_in_of_a_file_finds_the_toolbox_in_the_program(self):
         self.assertEqual(self.rendered("--plugin", self.path("lib/vx/vxparser.so")).stdout, self.rendered().stdout)
 
+    @unittest.skipIf(SANITIZED, "the plug-in's file needs a program that has the sanitizers")
+    def test_a_host_is_built_by_its_own_line(self):
+        folder = self.path("share/doc/vx/examples/host")
+        with open(os.path.join(folder, "example.c"), encoding="ascii") as page:
+            build, run = (line.strip(" *\n") for line in page if line.startswith(" *     "))
+        self.assertTrue(build.startswith("cc "), build)
+        subprocess.run([os.environ["VX_CC"], *shlex.split(build)[1:]], check=True, cwd=folder)
+        output = subprocess.run(shlex.split(run), check=True, cwd=folder, capture_output=True, text=True).stdout
+        with open(os.path.join(os.environ["VX_SOURCE_DIR"], "sdk/example/square.txt"), encoding="ascii") as expected:
+            self.assertEqual(output, expected.read())
+        told = subprocess.run(["./vxexample", "no-such.so", "square.vx"], check=False, cwd=folder, capture_output=True, text=True)
+        self.assertEqual(told.returncode, 1)
+        self.assertIn("no-such.so", told.stderr)
+
     def test_what_helps_is_there(self):
         for name in ["share/man/man1/vx.1", *(f"share/man/man1/vx-{command}.1" for command in COMMANDS),
                      "share/doc/vx/LICENSE", "share/doc/vx/press-profile.md", "lib/libvx.so.0",
