@@ -1,5 +1,5 @@
-// For the allocations of C libraries what std::set_new_handler is for those of C++: told of each that fails, whichever
-// library it is and whatever it would have made of that.
+// Tells of each allocation of a C library that fails, whichever library it is and whatever it would have made of that, as
+// std::set_new_handler does for those of C++.
 //
 // This program has its own malloc for it, which asks the next one. A library in somebody's process cannot have that, so
 // host and devices look after each library themselves (host/MemoryWatch.h): this catches what they may have missed.

@@ -44,7 +44,7 @@ std::optional<pid_t> ProcessOf(std::string_view name)
     return *process;
 }
 
-// Where every run has the same number, as in a container, an earlier one's is our own.
+// A container may give every run the same number: then that of an earlier run is our own.
 bool IsGone(pid_t process)
 {
     return process == getpid() || (kill(process, 0) != 0 && errno == ESRCH);

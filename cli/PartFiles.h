@@ -11,7 +11,7 @@ namespace vxhost
 
 std::string PartName(pid_t process, int number);
 
-// As long as the descriptor is open, here or in a worker, nobody takes its file for an abandoned one: also not a run on
+// Nobody takes the file for an abandoned one as long as its descriptor is open, here or in a worker: also not a run on
 // another machine that shares the folder and does not know our process.
 void MarkAsOurs(int descriptor);
 

@@ -56,7 +56,10 @@ std::string ResultError(const Finding &finding, const Purpose &purpose, const st
                            outcome.lackedFont, purpose.lost);
     case kVXBadFormat:
         if (!outcome.headerAccepted)
-            return WhyRefused(finding.header, size, !purpose.isBatch);
+            return WhyRefused(finding.header, size, !purpose.isBatch) +
+                   (purpose.isBatch && size > 0 && !finding.header.hasPrefix && !finding.header.epsWrapper
+                        ? ", manifests come with --manifest"
+                        : "");
         return fmt::format("malformed near byte {} of {}{}: {}", outcome.bytesRead, size, purpose.lost,
                            purpose.isTrace ? std::string("the last calls above come just before it")
                                            : fmt::format("vx trace {} shows how far it got", input));

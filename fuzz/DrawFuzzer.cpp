@@ -38,7 +38,7 @@ void Require(bool holds, const std::string &otherwise)
     std::abort();
 }
 
-// With the fonts of the tests' packages, so that every machine draws the same.
+// It has the fonts of the tests' packages, so that every machine draws the same.
 const Installation &Installed()
 {
     static const Installation installation = {

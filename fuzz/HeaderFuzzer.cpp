@@ -1,4 +1,4 @@
-// What is read of a document before it is interpreted: its header, by the plug-in and by its host, and its font names.
+// Fuzzes what is read of a document before it is interpreted: its header, by the plug-in and by its host, and its font names.
 #include "fuzz/HostileHost.h"
 #include "host/fonts/FontNameScan.h"
 #include "host/reading/HeaderScan.h"

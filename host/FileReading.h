@@ -16,7 +16,7 @@ namespace vxhost
 // The system's words for an errno, in lower case.
 std::string SystemText(int error);
 
-// What may be opened: each allows what those before it allow.
+// The kinds of files that may be opened: each allows what those before it allow.
 enum class FileKinds { Regular, Pipes, All };
 
 // "a pipe" for a mode that stat tells; empty for a file that is allowed. Never allowed is a directory.

@@ -36,7 +36,7 @@
  *             allocate for themselves is not counted. "max-output" counts the bytes that a vx_write is given; a PDF is put
  *             together in a temporary file, which takes about as much again. A program that opens drawings of strangers,
  *             and has to survive the worst, runs the command vx, which reads each in a confined process.
- * What it does not do: no call ends the process, prints, starts a thread, changes a signal or reads the environment. (The
+ * Manners     No call ends the process, prints, starts a thread, changes a signal or reads the environment. (The
  *             library that lists the fonts of the system reads variables of its own.) One thing can end it all the same:
  *             the library that writes PDF files, when memory runs out at the wrong moment.
  */
@@ -165,7 +165,7 @@ void vx_document_free(vx_document *document); /* null is allowed */
  */
 vx_status vx_document_set(vx_document *document, const char *name, const char *value, vx_error *error);
 
-/* What the header says. Texts are valid until vx_document_free, and empty where it says nothing. */
+/* Facts that the header states. Texts are valid until vx_document_free, and empty where it says nothing. */
 typedef struct vx_facts {
     size_t size;                     /* sizeof(vx_facts), set by the caller */
     int32_t version;                 /* 2 to 5 */
@@ -212,7 +212,7 @@ vx_status vx_document_pixels(vx_document *document, const vx_pixels *pixels, vx_
 vx_status vx_document_size(vx_document *document, int32_t *width, int32_t *height, vx_error *error);
 
 /*
- * What the last call that read the document had to tell beside its error: each a line for a person. Valid until the
+ * The last call that read the document had this to tell beside its error: each a line for a person. It is valid until the
  * next such call.
  */
 size_t vx_document_warning_count(vx_document *document);                 /* null, or at work: 0 */
@@ -255,7 +255,7 @@ typedef struct vx_path {
     size_t point_count;
 } vx_path;
 
-/* As the document says it. Gray: ink[0] from 0, black, to 1. CMYK: four amounts from 0 to 1. */
+/* A colour as the document says it. Gray: ink[0] from 0, black, to 1. CMYK: four amounts from 0 to 1. */
 enum { VX_GRAY = 0, VX_CMYK = 1 };
 typedef struct vx_colour {
     int32_t space;

@@ -328,8 +328,7 @@ std::string WhyRefused(const HeaderFacts &facts, size_t fileSize, bool mayQuote)
     if (facts.epsWrapper && facts.firstLine.empty())
         return "not a VX document, its EPS wrapper has no drawing inside: the file may be cut short";
     if (!facts.hasPrefix && !mayQuote)
-        return "not a VX document: drawings start with \"" + std::string(kPrefix) +
-               "\", manifests come with --manifest";
+        return "not a VX document: drawings start with \"" + std::string(kPrefix) + "\"";
     if (!facts.hasPrefix)
         return "not a VX document, first line is \"" + Printable(facts.firstLine, 40) +
                "\": drawings start with \"" + std::string(kPrefix) + "\"";

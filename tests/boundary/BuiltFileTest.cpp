@@ -38,7 +38,7 @@ std::set<std::string> ToolboxNames()
     return names;
 }
 
-// What the command exports to the file that --plugin names.
+// The command exports these names to the file that --plugin names.
 TEST(ToolboxList, HasTheNamesOfTheHeader)
 {
     std::ifstream stream(VX_SOURCE_DIR "/cli/toolbox.list");
