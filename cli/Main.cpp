@@ -1,12 +1,12 @@
 // vx: opens VX drawings. Reads the command line as far as the command, and hands over.
 
-#include "cli/BatchCommand.h"
-#include "cli/FontsCommand.h"
-#include "cli/InfoCommand.h"
-#include "cli/Interrupt.h"
-#include "cli/RenderCommand.h"
-#include "cli/StandardStreams.h"
-#include "cli/TraceCommand.h"
+#include "cli/commands/BatchCommand.h"
+#include "cli/commands/FontsCommand.h"
+#include "cli/commands/InfoCommand.h"
+#include "cli/commands/RenderCommand.h"
+#include "cli/commands/TraceCommand.h"
+#include "cli/report/StandardStreams.h"
+#include "jobs/Interrupt.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -175,7 +175,7 @@ int main(int argc, char **argv)
     // A reader that leaves and a file that may not grow are errors of write, not ends of the program.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    CatchInterrupts();
+    CatchInterrupts(static_cast<int>(Status::Interrupted));
     Status status = Status::Usage;
     try {
         status = RunCommandLine(argc, argv, &messages);

@@ -1,7 +1,7 @@
 // Manifests: what a batch is told to do, and that it is the same however their bytes come.
 //
 // Lines of JSON are held against another reader of it. Bytes are read as lines and as names that end in NUL.
-#include "cli/ManifestLines.h"
+#include "cli/options/ManifestLines.h"
 #include "host/reading/Utf8.h"
 
 #include <algorithm>
@@ -97,7 +97,7 @@ void CheckEntry(const ManifestEntry &entry, const std::vector<std::string_view> 
     if (entry.line == 0)
         return;
     std::string_view line = lines[entry.line - 1];
-    const bool isName = entry.id.empty() && entry.output.empty() && entry.words == vxhost::RenderWords();
+    const bool isName = entry.id.empty() && entry.output.empty() && entry.words == vxhost::OutputOptions();
     if (end == LineEnd::Nul) {
         Require(isName && (entry.input.empty() || entry.input == line), "a name that was not given");
         return;

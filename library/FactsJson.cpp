@@ -1,10 +1,75 @@
 #include "library/FactsJson.h"
 
 #include "host/JsonText.h"
-#include "library/OutcomeJson.h"
+
+#include <string_view>
+#include <vector>
 
 namespace vxhost
 {
+
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+std::string_view NameOf(FontMatch match)
+{
+    switch (match) {
+    case FontMatch::Exact:
+        return "exact";
+    case FontMatch::StandIn:
+        return "stand-in";
+    case FontMatch::Substitute:
+        return "substitute";
+    default:
+        return "missing";
+    }
+}
+
+Json JsonOf(const Counts &counts)
+{
+    Json json;
+    json["clips"] = counts.clips;
+    json["cmyk"] = counts.cmyk;
+    json["fills"] = counts.fills;
+    json["gray"] = counts.gray;
+    json["overprint"] = counts.overprint;
+    json["segments"] = counts.segments;
+    json["shows"] = counts.shows;
+    json["strokes"] = counts.strokes;
+    return json;
+}
+
+Json JsonOf(const std::vector<Report> &reports)
+{
+    Json list = Json::array();
+    for (const Report &report : reports) {
+        Json &json = list.emplace_back();
+        json["message"] = report.message;
+        json["number"] = report.number;
+        json["title"] = report.title;
+    }
+    return list;
+}
+
+} // namespace
+
+Json JsonOf(const std::vector<FontUse> &fonts)
+{
+    Json list = Json::array();
+    for (const FontUse &font : fonts) {
+        Json &json = list.emplace_back();
+        json["asked"] = font.asked;
+        json["characters"] = font.characters;
+        json["file"] = font.file;
+        json["match"] = NameOf(font.match);
+        json["missingGlyphs"] = font.missingGlyphs;
+        json["served"] = font.served;
+        json["strings"] = font.strings;
+    }
+    return list;
+}
 
 void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::ordered_json *json)
 {
@@ -24,9 +89,9 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["processColours"] = header.processColours;
     facts["customColours"] = header.customColours;
     facts["declaredFonts"] = header.fonts;
-    facts["fonts"] = nlohmann::json(outcome.fonts);
-    facts["uses"] = nlohmann::json(outcome.counts);
-    facts["problems"] = nlohmann::json(outcome.reports);
+    facts["fonts"] = JsonOf(outcome.fonts);
+    facts["uses"] = JsonOf(outcome.counts);
+    facts["problems"] = JsonOf(outcome.reports);
     facts["bytes"] = outcome.bytesTotal;
     facts["lineEnds"] = header.lineEnds;
     facts["epsWrapper"] = header.epsWrapper;

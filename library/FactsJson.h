@@ -6,6 +6,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <vector>
 
 namespace vxhost
 {
@@ -17,6 +18,9 @@ constexpr double Millimetres(double points)
 
 // Whether it is a VX document; if so, what it is, what it uses, what serves its fonts and what was reported.
 void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::ordered_json *json);
+
+// What serves each font and why, and what it showed.
+nlohmann::ordered_json JsonOf(const std::vector<FontUse> &fonts);
 
 // One line that a terminal shows as it is. Bytes that are not UTF-8 become U+FFFD.
 std::string JsonLine(const nlohmann::ordered_json &json);

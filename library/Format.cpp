@@ -15,17 +15,17 @@ namespace
 
 // The rows stand in the order of kPdf, kSvg and kPng.
 constexpr Format kFormats[] = {
-    {"pdf", "application/pdf",
+    {"pdf", "application/pdf", true,
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakePdfDevice(settings.pdf, std::move(sink), error);
      },
      [](const Settings &settings, const Page &page) { return WhyNoPdf(settings.pdf, page); }},
-    {"svg", "image/svg+xml",
+    {"svg", "image/svg+xml", false,
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakeSvgDevice(settings.svg, std::move(sink), error);
      },
      [](const Settings &, const Page &) { return Failure(); }},
-    {"png", "image/png",
+    {"png", "image/png", false,
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakePngDevice(settings.png, std::move(sink), error);
      },

@@ -18,6 +18,7 @@ struct Settings;
 struct Format {
     std::string_view name; // as --format takes it, which is also the extension of a file
     std::string_view mime;
+    bool spools; // a device keeps what is too long for memory in a file, which Settings name
 
     // Null when the settings cannot be met: error is then one line for a person.
     std::unique_ptr<Device> (*make)(const Settings &settings, ByteSink sink, std::string *error);

@@ -22,6 +22,7 @@ constexpr int64_t kMaxDate = 253402300799; // the end of the year 9999, the last
 constexpr int64_t kLeastMemory = int64_t{1} << 20;
 constexpr int64_t kLeastOutput = int64_t{1} << 10;
 constexpr std::string_view kPlainProfile = "none";
+constexpr std::string_view kOwnProfile = "fogra39";
 constexpr unsigned kAll = kPdf | kSvg | kPng;
 
 std::string Whole(double number)
@@ -249,6 +250,11 @@ size_t PlaceOf(const Option &option)
 } // namespace
 
 // More than any real drawing asks for, and less than fills a disk.
+bool IsProfileFile(std::string_view profile)
+{
+    return profile != kPlainProfile && profile != kOwnProfile;
+}
+
 int64_t MostOutput(const std::optional<int64_t> &said, size_t documentSize)
 {
     constexpr int64_t kLeast = int64_t{256} << 20, kTimesDocument = 32;

@@ -41,6 +41,9 @@ struct Settings {
     RasterOptions png;
 };
 
+// Whether it is an ICC file that is named, rather than a profile of ours.
+bool IsProfileFile(std::string_view profile);
+
 // The bytes that a file made of a document of that size may take, when said is what "max-output" says; 0: any number.
 int64_t MostOutput(const std::optional<int64_t> &said, size_t documentSize);
 

@@ -2,7 +2,7 @@
 
 #include "host/MemoryWatch.h"
 #include "host/fonts/FontLibrary.h"
-#include "host/fonts/FontNames.h"
+#include "host/fonts/ListedFonts.h"
 #include "host/fonts/Owned.h"
 #include "host/fonts/StandIns.h"
 
@@ -136,16 +136,6 @@ FcConfig *MakeEmptyConfig()
     return config;
 }
 
-FcConfig *MakeConfig(const FontSources &sources)
-{
-    FcConfig *config = sources.useSystemFonts ? FcInitLoadConfigAndFonts() : MakeEmptyConfig();
-    for (const std::string &directory : sources.directories) {
-        if (config != nullptr)
-            FcConfigAppFontAddDir(config, AsFcString(directory));
-    }
-    return config;
-}
-
 // Null of what only lack of memory keeps from being made.
 template <typename Object>
 void CheckMade(const Object &made)
@@ -154,10 +144,32 @@ void CheckMade(const Object &made)
         throw std::bad_alloc();
 }
 
-std::vector<FontList::Entry> ListInstalled(const FontSources &sources)
+std::vector<std::string> CacheFoldersOf(FcConfig *config)
 {
-    const Owned<FcConfig, FcConfigDestroy> config(MakeConfig(sources));
+    std::vector<std::string> folders;
+    const Owned<FcStrList, FcStrListDone> listed(FcConfigGetCacheDirs(config));
+    CheckMade(listed);
+    while (const FcChar8 *folder = FcStrListNext(listed.get()))
+        folders.emplace_back(reinterpret_cast<const char *>(folder));
+    return folders;
+}
+
+FcConfig *MakeConfig(const FontSources &sources, const BeforeLooking &beforeLooking)
+{
+    Owned<FcConfig, FcConfigDestroy> config(sources.useSystemFonts ? FcInitLoadConfig() : MakeEmptyConfig());
     CheckMade(config);
+    if (beforeLooking)
+        beforeLooking(CacheFoldersOf(config.get()));
+    if (sources.useSystemFonts && FcConfigBuildFonts(config.get()) == FcFalse)
+        throw std::bad_alloc();
+    for (const std::string &directory : sources.directories)
+        FcConfigAppFontAddDir(config.get(), AsFcString(directory));
+    return config.release();
+}
+
+std::vector<FontList::Entry> ListInstalled(const FontSources &sources, const BeforeLooking &beforeLooking)
+{
+    const Owned<FcConfig, FcConfigDestroy> config(MakeConfig(sources, beforeLooking));
     // It reads lists, not files: nothing else fails here.
     const MemoryWatch watch;
     const Owned<FcPattern, FcPatternDestroy> outlines(
@@ -232,28 +244,13 @@ void AddStandIns(std::vector<FontList::Entry> *entries)
     }
 }
 
-class FontconfigFonts final : public FontList
-{
-  public:
-    explicit FontconfigFonts(std::vector<Entry> entries) : entries_(std::move(entries)) {}
-
-    int32_t Count() const override { return static_cast<int32_t>(entries_.size()); }
-    const Entry &At(int32_t index) const override { return entries_[static_cast<size_t>(index)]; }
-
-  private:
-    std::vector<Entry> entries_;
-};
-
 } // namespace
 
-std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources)
+std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources, const BeforeLooking &beforeLooking)
 {
-    std::vector<FontList::Entry> entries = ListInstalled(sources);
+    std::vector<FontList::Entry> entries = ListInstalled(sources, beforeLooking);
     AddStandIns(&entries);
-    if (entries.empty())
-        entries.push_back(
-            {std::string(kBoxFontName), std::string(kBoxFontFamily), "", nullptr, 0, "", {}, 0, false});
-    return std::make_unique<FontconfigFonts>(std::move(entries));
+    return entries.empty() ? MakeBoxFonts() : std::make_unique<ListedFonts>(std::move(entries));
 }
 
 } // namespace vxhost

@@ -23,7 +23,7 @@ namespace vxhost
 // All documents are read with this. It does not change once it is made.
 struct Installation {
     std::unique_ptr<Plugin> plugin;
-    std::unique_ptr<FontList> fonts; // of the machine
+    std::shared_ptr<const FontList> fonts; // of the machine
 };
 
 struct ReadingOptions {
@@ -46,6 +46,9 @@ class Reading
 
     const HeaderFacts &Header() const { return header_; } // what the comments say
     const DocumentFonts &Fonts() const { return fonts_; }
+
+    // Whether its header or its text names a font.
+    bool AsksForFonts() const { return !fontOptions_.asked.empty(); }
 
     // Asks the plug-in for the header: whether the document is one of ours, its box, and whether it is monochrome.
     Outcome ReadInfo();

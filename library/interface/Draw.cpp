@@ -42,9 +42,8 @@ void Render(vx_document *document, const Format &format, WrittenBytes *written)
     CheckFailure(format.checkPage(document->settings, page));
     Settings settings = document->settings;
     // A device that needs a file of its own gets one here, as it would look into the environment for its place.
-    const bool spools = BitOf(format) == kPdf;
-    const Descriptor spool(spools ? OpenTemporaryFile(document->temporaryFolder) : -1);
-    if (spools && spool.Get() < 0)
+    const Descriptor spool(format.spools ? OpenTemporaryFile(document->temporaryFolder) : -1);
+    if (format.spools && spool.Get() < 0)
         CheckFailure({FailureKind::SpoolFailed, "", errno});
     settings.pdf.spool = spool.Get();
     std::string error;

@@ -1,4 +1,4 @@
-// Arrows point one way: cli -> library -> devices -> host -> sdk, and plugin -> sdk.
+// Arrows point one way: cli -> jobs -> library -> devices -> host -> sdk, and plugin -> sdk.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -24,7 +24,8 @@ const FolderCase kFolders[] = {
     {"host", {"host"}},
     {"devices", {"devices", "host"}},
     {"library", {"library", "devices", "host", "plugin/entry"}},
-    {"cli", {"cli", "library", "devices", "host"}},
+    {"jobs", {"jobs", "library", "devices", "host"}},
+    {"cli", {"cli", "jobs", "library", "devices", "host"}},
 };
 
 class Arrows : public testing::TestWithParam<FolderCase>

@@ -929,7 +929,8 @@ class Worker(CommandTest):
         if lacking:
             self.skipTest(lacking[0])
         self.write("mine", b"mine")
-        self.run_vx("info", "a.vx", "--font-dir", fonts, status=1, hostile="reach", environment={
+        self.write("text.vx", document("0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_Helvetica 12 Tf\n(A) Tx\nTO\n"))
+        self.run_vx("info", "text.vx", "--font-dir", fonts, status=1, hostile="reach", environment={
             "VX_HOSTILE_READ": "/etc/passwd", "VX_HOSTILE_WRITE": self.path("mine"),
             "VX_HOSTILE_CREATE": self.path("new"), "VX_HOSTILE_FONT": fonts + "/NimbusSans-Regular.otf"})
         notes = self.worker_notes()
@@ -945,12 +946,52 @@ class Worker(CommandTest):
         for name, words in (("large.vx", {}), ("-", {"stdin": large})):
             self.run_vx("info", name, status=1, hostile="reach", **words)
             self.assertIn("size %d" % (32 * len(large)), self.worker_notes())
+        # No fonts where no text is.
+        self.run_vx("info", "a.vx", "--font-dir", fonts, status=1, hostile="reach",
+                    environment={"VX_HOSTILE_FONT": fonts + "/NimbusSans-Regular.otf"})
+        self.assertIn("font %d" % errno.EACCES, self.worker_notes())
+
+    def test_what_a_worker_that_was_taken_over_can_still_do(self):
+        """It fails as EPERM, or it is among these, which docs/security.md gives reasons for."""
+        possible = {"memory", "existence-and-size", "thread-signal-to-itself", "input", "output"}
+        confined = json.loads(self.run_vx("info", "--json", "a.vx")[0])["confinedBy"]
+        if confined != ["landlock", "seccomp"]:
+            self.skipTest("this kernel confines by %s alone" % confined)
+        output, _ = self.run_vx("render", "a.vx", "-o", "a.png", status=1, hostile="probe", stdin=b"secret")
+        self.assertEqual(output, b"")
+        notes = [line.split() for line in self.worker_notes()]
+        streams = [(what, number) for what, number in notes if what.startswith("is-")]
+        # What it was started with leads nowhere; its pipe, the rules of files and the output are all that it has.
+        self.assertEqual(streams[:3], [("is-device", "0"), ("is-device", "1"), ("is-device", "2")])
+        self.assertEqual(sorted(what for what, _ in streams[3:]), ["is-file", "is-other", "is-pipe"])
+        tried = {what: int(number) for what, number in notes if not what.startswith("is-")}
+        self.assertEqual({what for what in tried if tried[what] == 0}, possible)
+        self.assertEqual(tried.pop("lengthen"), errno.EFBIG)
+        self.assertEqual({number for what, number in tried.items() if what not in possible}, {errno.EPERM})
+        self.assertGreater(len(tried), 45)
+
+    UNCONFINED = ("vx: no sandbox for files, no Landlock in this kernel (function not implemented): documents are read all "
+                  "the same, --require-sandbox refuses")
 
     def test_a_kernel_that_cannot_confine_is_told_and_does_not_stop(self):
         for words in (["info", "a.vx"], ["render", "a.vx", "-o", "a.pdf"]):
             messages = self.run_vx(*words, "-v", environment=WITHOUT_LANDLOCK)[1]
-            self.assertIn("vx: no sandbox for files, no Landlock in this kernel (function not implemented)", messages)
-            self.assertEqual(self.run_vx(*words, environment=WITHOUT_LANDLOCK)[1], [])
+            self.assertIn(self.UNCONFINED, messages)
+            # It is said once, whatever number of documents, and is no warning.
+            self.assertEqual(self.run_vx(*words, "--strict", environment=WITHOUT_LANDLOCK)[1], [self.UNCONFINED])
+            self.assertEqual(self.run_vx(*words, "-q", environment=WITHOUT_LANDLOCK)[1], [])
+        output, messages = self.run_vx("info", "--json", "a.vx", "a.vx", environment=WITHOUT_LANDLOCK)
+        self.assertEqual([json.loads(line)["confinedBy"] for line in output.splitlines()], [["seccomp"]] * 2)
+        self.assertEqual(messages, [self.UNCONFINED])
+
+    def test_a_sandbox_can_be_required(self):
+        self.run_vx("info", "--require-sandbox", "a.vx")
+        for words in (["info", "a.vx"], ["render", "a.vx", "-o", "a.png"], ["trace", "a.vx"], ["fonts", "a.vx"]):
+            message = self.refused(*words, "--require-sandbox", status=1, environment=WITHOUT_LANDLOCK)
+            self.assertEqual(message, "vx: a.vx: not read, there is no sandbox for files, no Landlock in this kernel "
+                                      "(function not implemented): take a kernel that has it, or go without "
+                                      "--require-sandbox")
+        self.assertEqual(self.files(), ["a.vx"])
 
 
 if __name__ == "__main__":

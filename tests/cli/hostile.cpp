@@ -2,6 +2,7 @@
 #include <vx/HostCall.h>
 #include <vx/Procs.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -9,10 +10,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <mutex>
 #include <string_view>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 namespace
@@ -49,25 +54,68 @@ void CloseAndLoop()
     LoopForEver();
 }
 
-// A descriptor that the test hands down, since a worker opens no file for writing.
-int Notebook()
+// Notes for the test. A worker has no descriptor to write them to, so they go through memory that it shares with its parent,
+// in which a thread hands them on.
+struct Notebook {
+    std::atomic<size_t> length;
+    char text[1 << 16];
+};
+Notebook *g_notebook = nullptr;
+
+void HandOnNotes()
 {
+    static std::mutex mutex;
+    static size_t handedOn = 0;
     const char *number = std::getenv("VX_HOSTILE_NOTEBOOK");
-    return number == nullptr ? -1 : std::atoi(number);
+    const std::lock_guard lock(mutex);
+    const size_t length = g_notebook->length;
+    if (number != nullptr && length > handedOn &&
+        write(std::atoi(number), g_notebook->text + handedOn, length - handedOn) > 0)
+        handedOn = length;
+}
+
+std::atomic<bool> g_isClosed = false;
+std::thread *g_reader = nullptr;
+
+// When the program loads this file, which is before there is a worker.
+__attribute__((constructor)) void OpenNotebook()
+{
+    g_notebook = static_cast<Notebook *>(
+        mmap(nullptr, sizeof *g_notebook, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    g_reader = new std::thread([] {
+        for (; !g_isClosed; usleep(2000))
+            HandOnNotes();
+    });
+}
+
+// When it lets go of it.
+__attribute__((destructor)) void CloseNotebook()
+{
+    g_isClosed = true;
+    g_reader->join();
+    delete g_reader;
+    HandOnNotes();
+}
+
+void NoteLine(const char *what, unsigned long long value)
+{
+    const size_t length = g_notebook->length;
+    const size_t room = sizeof g_notebook->text - length;
+    g_notebook->length += static_cast<size_t>(
+        std::snprintf(g_notebook->text + length, room, what[0] == 0 ? "%s%llu\n" : "%s %llu\n", what, value));
 }
 
 // "what 0" or "what" and the errno.
 void Note(const char *what, long outcome)
 {
-    dprintf(Notebook(), "%s %d\n", what, outcome < 0 ? errno : 0);
+    NoteLine(what, outcome < 0 ? static_cast<unsigned long long>(errno) : 0);
 }
 
 void NoteLimit(const char *what, __rlimit_resource resource)
 {
     rlimit limit = {};
     const int outcome = getrlimit(resource, &limit);
-    dprintf(Notebook(), "%s %llu\n", what,
-            outcome < 0 ? ~0ULL : static_cast<unsigned long long>(limit.rlim_max));
+    NoteLine(what, outcome < 0 ? ~0ULL : static_cast<unsigned long long>(limit.rlim_max));
 }
 
 void NoteOpening(const char *what, const char *variable, int flags)
@@ -98,6 +146,91 @@ void ReachOut()
     char program[] = "/bin/true";
     char *const words[] = {program, nullptr};
     Note("program", execv(program, words));
+}
+
+// Everything else that such code would try, by the numbers of the calls: a C library may know better ones.
+void Probe()
+{
+    struct Call {
+        const char *name;
+        long number;
+        long arguments[5];
+    };
+    const long parent = getppid(), self = getpid();
+    const auto shadow = reinterpret_cast<long>("/etc/shadow");
+    struct stat status;
+    const Call calls[] = {
+        {"signal-0-to-parent", SYS_kill, {parent, 0}},
+        {"thread-signal-to-parent", SYS_tgkill, {parent, parent, 0}},
+        {"pidfd_open", SYS_pidfd_open, {parent, 0}},
+        {"pidfd_getfd", SYS_pidfd_getfd, {0, 0, 0}},
+        {"ptrace", SYS_ptrace, {16, parent, 0, 0}},
+        {"process_vm_readv", SYS_process_vm_readv, {parent, 0, 0, 0, 0}},
+        {"prlimit-of-parent", SYS_prlimit64, {parent, RLIMIT_NOFILE, 0, 0}},
+        {"open-by-path", SYS_openat, {AT_FDCWD, shadow, O_PATH}},
+        {"open-unnamed", SYS_openat, {AT_FDCWD, reinterpret_cast<long>("/tmp"), O_TMPFILE | O_RDWR, 0600}},
+        {"open-unnamed-to-read", SYS_openat, {AT_FDCWD, reinterpret_cast<long>("/tmp"), O_TMPFILE, 0600}},
+        {"openat2", SYS_openat2, {AT_FDCWD, shadow, 0, 0}},
+        {"list-folder", SYS_getdents64, {0, 0, 0}},
+        {"readlink", SYS_readlinkat, {AT_FDCWD, reinterpret_cast<long>("/proc/self/exe"), 0, 0}},
+        {"access", SYS_faccessat, {AT_FDCWD, shadow, R_OK}},
+        {"unlink", SYS_unlinkat, {AT_FDCWD, shadow, 0}},
+        {"chmod", SYS_fchmodat, {AT_FDCWD, shadow, 0600}},
+        {"times", SYS_utimensat, {AT_FDCWD, shadow, 0, 0}},
+        {"shared-memory", SYS_mmap, {0, 4096, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1}},
+        {"shared-memory-checked", SYS_mmap, {0, 4096, PROT_READ, MAP_SHARED_VALIDATE | MAP_ANONYMOUS, -1}},
+        {"system-v-memory", SYS_shmget, {0, 4096, 01600}},
+        {"memfd", SYS_memfd_create, {reinterpret_cast<long>("x"), 0}},
+        {"code", SYS_mmap, {0, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1}},
+        {"code-later", SYS_mprotect, {reinterpret_cast<long>(&status) & ~4095L, 4096, 7}},
+        {"socketpair", SYS_socketpair, {AF_UNIX, SOCK_STREAM, 0, 0}},
+        {"clone", SYS_clone, {SIGCHLD, 0, 0, 0, 0}},
+        {"clone3", SYS_clone3, {0, 0}},
+        {"program-by-descriptor", SYS_execveat, {0, reinterpret_cast<long>(""), 0, 0, AT_EMPTY_PATH}},
+        {"unshare", SYS_unshare, {0x10000000}},
+        {"mount", SYS_mount, {0, 0, 0, 0, 0}},
+        {"io_uring", SYS_io_uring_setup, {1, 0}},
+        {"bpf", SYS_bpf, {0, 0, 0}},
+        {"perf", SYS_perf_event_open, {0, 0, 0, 0, 0}},
+        {"userfaultfd", SYS_userfaultfd, {0}},
+        {"keys", SYS_keyctl, {0, 0, 0, 0, 0}},
+        {"core-dumps", SYS_prctl, {4, 1, 0, 0, 0}},
+        {"terminal", SYS_ioctl, {2, 0x5412, 0}},
+        {"session", SYS_setsid, {}},
+        {"owner-of-signals", SYS_fcntl, {2, F_SETOWN, parent}},
+        {"locks", SYS_fcntl, {2, F_SETLK, 0}},
+        {"flags", SYS_fcntl, {2, F_SETFL, O_NONBLOCK}},
+        {"timer", SYS_timer_create, {0, 0, 0}},
+        {"inotify", SYS_inotify_init1, {0}},
+        {"copy", SYS_copy_file_range, {0, 0, 0, 0, 0}},
+        {"user", SYS_setuid, {65534}},
+        {"seccomp", SYS_seccomp, {0, 0, 0}},
+        // These are needed, or cannot be told from what is:
+        {"memory", SYS_mmap, {0, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1}},
+        {"existence-and-size", SYS_newfstatat, {AT_FDCWD, shadow, reinterpret_cast<long>(&status), 0}},
+        {"thread-signal-to-itself", SYS_tgkill, {self, self, 0}},
+    };
+    for (const auto &[name, number, with] : calls)
+        Note(name, syscall(number, with[0], with[1], with[2], with[3], with[4], 0L));
+    char byte = 0;
+    Note("input", read(STDIN_FILENO, &byte, 1) == 0 ? 0 : -1);
+    Note("output", write(STDOUT_FILENO, "forged\n", 7));
+    constexpr off_t kTooMuch = off_t{6} << 30;
+    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+        if (fstat(descriptor, &status) != 0)
+            continue;
+        const bool isFile = S_ISREG(status.st_mode);
+        NoteLine(isFile                     ? "is-file"
+                 : S_ISFIFO(status.st_mode) ? "is-pipe"
+                 : S_ISCHR(status.st_mode)  ? "is-device"
+                                            : "is-other",
+                 static_cast<unsigned long long>(descriptor));
+        if (!isFile)
+            continue;
+        Note("set-room-aside", fallocate(descriptor, FALLOC_FL_KEEP_SIZE, 0, kTooMuch));
+        Note("take-room", fallocate(descriptor, 0, 0, kTooMuch));
+        Note("lengthen", ftruncate(descriptor, kTooMuch));
+    }
 }
 
 // An answer in the worker's stead. It goes everywhere, as nobody says which descriptor is the pipe.
@@ -173,10 +306,12 @@ extern "C" void HostileMain(int32_t selector, HostCallRecord *record, void *data
     (void)data;
     const char *behaviour = std::getenv("VX_HOSTILE");
     const std::string_view how = behaviour == nullptr ? "" : behaviour;
-    dprintf(Notebook(), "%d\n", static_cast<int>(getpid()));
+    NoteLine("", static_cast<unsigned long long>(getpid()));
     *result = -9999;
     if (how == "reach")
         ReachOut();
+    if (how == "probe")
+        Probe();
     if (how == "crash")
         std::abort();
     if (how == "kill")

@@ -1,4 +1,4 @@
-#include "cli/Decimal.h"
+#include "cli/report/Decimal.h"
 
 #include <gtest/gtest.h>
 

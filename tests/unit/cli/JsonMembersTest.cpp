@@ -1,5 +1,5 @@
 // Members of objects as they were written, and what is no object.
-#include "cli/JsonMembers.h"
+#include "cli/options/JsonMembers.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Bytes of manifests and the entries that they make, in whatever pieces they come.
-#include "cli/ManifestLines.h"
+#include "cli/options/ManifestLines.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Names of outputs from patterns, and the mistakes that would lose a file.
-#include "cli/OutputNames.h"
+#include "cli/options/OutputNames.h"
 
-#include "cli/CommonOptions.h"
+#include "cli/options/CommonOptions.h"
 
 #include <gtest/gtest.h>
 

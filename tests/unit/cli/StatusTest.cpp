@@ -1,5 +1,5 @@
 // Which exit status wins when several inputs end differently.
-#include "cli/Status.h"
+#include "cli/report/Status.h"
 
 #include <gtest/gtest.h>
 

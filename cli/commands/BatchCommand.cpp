@@ -1,0 +1,107 @@
+#include "cli/commands/BatchCommand.h"
+
+#include "cli/commands/Batch.h"
+#include "cli/commands/Session.h"
+#include "library/Values.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr int32_t kMaxJobs = 256;
+
+} // namespace
+
+BatchCommand::BatchCommand(CLI::App *command) : common_("60")
+{
+    command->add_option("--manifest", manifests_, "a list of documents, which may be a pipe; may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command->add_flag("-0,--null", endInNul_, "manifests are names alone, and each ends in NUL");
+    command
+        ->add_option(
+            "-o,--output", output_,
+            "where to write what its line does not say; {stem}, {dir} and {ext} are those of the input and "
+            "the format")
+        ->type_name("PATH");
+    command->add_flag("--allow-outside", allowOutside_,
+                      "outputs may lie outside of the folder that -o names, else of the working folder");
+    command->add_option("-j,--jobs", jobs_, "documents at a time (as many as there are processors)")
+        ->type_name("N");
+    words_.AddTo(command);
+    common_.AddTo(command, "documents to read; - and nothing are a manifest on standard input");
+    command->footer(
+        "A line of a manifest is the name of a document, or a JSON object: input, output, id, and options\n"
+        "of that document by their names, as {\"input\": \"a.vx\", \"output\": \"a.png\", \"dpi\": 300}.\n\n"
+        "Examples:\n"
+        "  vx batch --manifest list.jsonl >results.jsonl\n"
+        "  find drawings -name '*.vx' -print0 | vx batch -0 -f pdf,png -o '{dir}/{stem}.{ext}' "
+        ">results.jsonl\n"
+        "  vx batch -o pictures/ -- *.vx | jq -r 'select(.exit != 0) | .input + \": \" + .error'");
+}
+
+Status BatchCommand::Run(Messages *messages) const
+{
+    CommonOptions options = common_.Read(false);
+    const std::vector<BatchSource> sources = ReadSources(options.inputs);
+    const bool showProgress = options.showProgress && isatty(STDOUT_FILENO) != 1; // not among the lines
+    options.showProgress = false;                                                 // of every single document
+
+    const Settings settings = options.Complete(ReadSettings(words_.options));
+    FormatList formats = ReadFormats(words_.format, output_);
+    const Format *png = FindFormat("png");
+    if (!words_.options.Of("profile").empty() && std::ranges::find(formats, png) == formats.end())
+        formats.push_back(png); // so that the profile is looked at
+    Session session(options, Audience::Batch, messages);
+    session.CheckDevices(formats, settings);
+    messages->ShowProgress(showProgress);
+    Batch batch({sources, endInNul_ ? LineEnd::Nul : LineEnd::Newline, output_, allowOutside_, words_,
+                 settings, ReadJobs()},
+                &session, messages);
+    return batch.Run();
+}
+
+std::vector<BatchSource> BatchCommand::ReadSources(const std::vector<std::string> &inputs) const
+{
+    if (std::ranges::count(manifests_, "") > 0)
+        throw UsageError("--manifest: the name is empty: name a file, or - for standard input");
+    std::vector<BatchSource> sources;
+    sources.reserve(inputs.size() + manifests_.size());
+    for (const std::string &input : inputs)
+        sources.push_back({input, input == "-"});
+    for (const std::string &manifest : manifests_)
+        sources.push_back({manifest, true});
+    if (sources.empty()) {
+        if (isatty(STDIN_FILENO) == 1)
+            throw UsageError("no FILE: name documents, or a list of them with --manifest, or pipe one in");
+        sources.push_back({"-", true});
+    }
+    if (std::ranges::count(sources, "-", &BatchSource::name) > 1)
+        throw UsageError("- is given twice: standard input can be read once");
+    if (endInNul_ && std::ranges::none_of(sources, &BatchSource::isManifest))
+        throw UsageError("-0: no list of names to read: give one with --manifest, or - for standard input");
+    return sources;
+}
+
+size_t BatchCommand::ReadJobs() const
+{
+    if (jobs_.empty())
+        return std::max(1U, std::thread::hardware_concurrency());
+    const std::optional<int32_t> jobs = ReadInteger(jobs_);
+    if (!jobs || *jobs < 1 || *jobs > kMaxJobs)
+        throw UsageError(
+            fmt::format("--jobs {}: not a whole number from 1 to {}: give one as 4", jobs_, kMaxJobs));
+    return static_cast<size_t>(*jobs);
+}
+
+} // namespace vxhost

@@ -1,0 +1,79 @@
+#include "cli/commands/RenderCommand.h"
+
+#include "cli/commands/Session.h"
+#include "cli/options/IsDrawing.h"
+#include "cli/options/OutputNames.h"
+#include "jobs/Rendering.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace vxhost
+{
+
+namespace
+{
+
+// Every failure has been told when this returns.
+Status RenderOne(RenderTask task, Session *session)
+{
+    Rendering rendering(std::move(task), &session->Jobs());
+    rendering.Wait();
+    return session->Tell(rendering.Task().input, rendering.Finish()).status;
+}
+
+} // namespace
+
+RenderCommand::RenderCommand(CLI::App *command) : common_("60")
+{
+    command
+        ->add_option(
+            "-o,--output", output_,
+            "where to write; - is standard output; {stem}, {dir} and {ext} are those of the input and the "
+            "format")
+        ->type_name("PATH");
+    command->add_flag("--force", force_, "write also where a drawing is, which is lost");
+    words_.AddTo(command);
+    common_.AddTo(command);
+    command->footer("Examples:\n"
+                    "  vx render harp.vx -o harp.pdf\n"
+                    "  vx render harp.vx -o small.png --fit 256\n"
+                    "  vx render harp.vx -o press.pdf --pdf-x x3\n"
+                    "  vx render *.vx -f pdf,png -o 'pictures/{stem}.{ext}' --dpi 300\n"
+                    "  cat harp.vx | vx render - -f svg -o - > harp.svg");
+}
+
+Status RenderCommand::Run(Messages *messages) const
+{
+    const CommonOptions options = common_.Read();
+    if (output_.empty())
+        throw UsageError("no output: add -o and a name, as -o picture.pdf");
+    const FormatList formats = ReadFormats(words_.format, output_);
+    const std::vector<std::string> names = OutputNames(output_, options.inputs, formats);
+    // Its place is what is looked at: "none/../a.vx" leads nowhere, and is written to "a.vx" all the same.
+    const auto isKept = [](const std::string &name) { return name != "-" && IsDrawing(PlaceOf(name)); };
+    const auto drawing = force_ ? names.end() : std::ranges::find_if(names, isKept);
+    if (drawing != names.end())
+        throw UsageError(fmt::format("-o {}: would overwrite the drawing \"{}\": choose another name, or add "
+                                     "--force",
+                                     output_, *drawing));
+    words_.options.CheckMeant(SetOf(formats));
+    const Settings settings = options.Complete(ReadSettings(words_.options));
+    Session session(options, Audience::Render, messages);
+    session.CheckDevices(formats, settings);
+    Status worst = Status::Done;
+    auto name = names.begin();
+    for (const std::string &input : options.inputs) {
+        RenderTask task = {input, {}, settings};
+        for (const Format *format : formats)
+            task.outputs.push_back({format, *name++});
+        worst = Worst(worst, RenderOne(std::move(task), &session));
+    }
+    return worst;
+}
+
+} // namespace vxhost

@@ -1,0 +1,27 @@
+// vx render: documents to pictures, one after the other.
+#pragma once
+
+#include "cli/options/CommonOptions.h"
+#include "cli/options/OutputOptions.h"
+#include "cli/report/Messages.h"
+#include "cli/report/Status.h"
+
+#include <string>
+
+namespace vxhost
+{
+
+class RenderCommand
+{
+  public:
+    explicit RenderCommand(CLI::App *command);
+    Status Run(Messages *messages) const;
+
+  private:
+    CommonOptionReader common_;
+    std::string output_;
+    bool force_ = false;
+    OutputOptions words_;
+};
+
+} // namespace vxhost

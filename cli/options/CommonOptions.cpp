@@ -1,0 +1,101 @@
+#include "cli/options/CommonOptions.h"
+
+#include "cli/options/OutputOptions.h"
+#include "library/FontFolder.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <limits>
+#include <unistd.h>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr const char *kGroup = "Options of every command";
+
+} // namespace
+
+void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
+{
+    command->add_option("FILE", inputs_, inputs)->type_name("");
+    const auto add = [command](const char *names, std::string *to, const char *value,
+                               const std::string &help) {
+        command->add_option(names, *to, help)->type_name(value)->group(kGroup);
+    };
+    add("--plugin", &plugin_, "PATH", "the file of a plug-in to use (the one that is built in)");
+    const auto addOfTable = [&](const char *name, const std::string &standard) {
+        const Option *option = FindOption(name);
+        AddOption(*option, option->help + standard, &texts_, command);
+        command->get_option("--" + std::string(name))->group(kGroup);
+    };
+    addOfTable("max-time", " (" + texts_.Of("max-time") + ")");
+    addOfTable("max-memory", "");
+    addOfTable("max-output", "");
+    add("--progress", &progress_, "WHEN", "auto, that is on a terminal, never or always (auto)");
+    command->add_option("--font-dir", fontDirectories_, "more fonts, in DIR and below it; may be repeated")
+        ->type_name("DIR")
+        ->allow_extra_args(false)
+        ->group(kGroup);
+    add("--font-map", &fontMap_, "FILE", "which font serves which name: lines of ASKED = FONT");
+    command->add_flag("--no-system-fonts", noSystemFonts_, "only the fonts of --font-dir")->group(kGroup);
+    addOfTable("missing-fonts", "");
+    addOfTable("script", "");
+    command
+        ->add_flag("--require-sandbox", requireSandbox_,
+                   "read no document where the kernel cannot confine its worker")
+        ->group(kGroup);
+    command->add_flag("--strict", strict_, "warnings give exit status 3")->group(kGroup);
+    command->add_flag("-q,--quiet", quiet_, "no warnings")->group(kGroup);
+    command->add_flag("-v,--verbose", verbose_, "tell more")->group(kGroup);
+}
+
+Settings CommonOptions::Complete(Settings settings) const
+{
+    settings.png.memoryLimit =
+        limits.memory > 0 ? static_cast<uint64_t>(limits.memory) : std::numeric_limits<uint64_t>::max();
+    return settings;
+}
+
+CommonOptions CommonOptionReader::Read(bool needsInput) const
+{
+    CommonOptions options;
+    if (inputs_.empty() && needsInput)
+        throw UsageError("no FILE: name a document, or - for standard input");
+    if (std::count(inputs_.begin(), inputs_.end(), "-") > 1)
+        throw UsageError("FILE - is given twice: standard input can be read once");
+    options.inputs = inputs_;
+    options.plugin = plugin_;
+
+    const Settings settings = texts_.Read();
+    options.limits = {settings.seconds, settings.memory, settings.output};
+    options.fonts = ReadFontChoice(options.limits.seconds);
+    options.fonts.substitute = settings.substitute;
+    options.script = settings.script;
+    if (quiet_ && verbose_)
+        throw UsageError("-q and -v: give one of them");
+    options.verbosity = quiet_ ? Verbosity::Quiet : verbose_ ? Verbosity::Detailed : Verbosity::Normal;
+    options.strict = strict_;
+    options.requireSandbox = requireSandbox_;
+    if (progress_ != "auto" && progress_ != "never" && progress_ != "always")
+        throw UsageError(fmt::format("--progress {}: not known: give auto, never or always", progress_));
+    options.showProgress =
+        progress_ == "always" || (progress_ == "auto" && isatty(STDERR_FILENO) == 1 && !quiet_);
+    return options;
+}
+
+FontChoice CommonOptionReader::ReadFontChoice(double seconds) const
+{
+    FontChoice fonts;
+    std::ranges::for_each(fontDirectories_, CheckFontFolder);
+    fonts.sources = {!noSystemFonts_, fontDirectories_};
+    if (!fontMap_.empty())
+        fonts.served = ReadFontMap(fontMap_, seconds);
+    return fonts;
+}
+
+} // namespace vxhost

@@ -1,0 +1,111 @@
+#include "cli/options/Manifest.h"
+
+#include "cli/options/OutputNames.h"
+#include "jobs/OutputFile.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr size_t kReadSize = size_t{64} << 10;
+
+} // namespace
+
+ManifestReader::ManifestReader(const std::vector<BatchSource> &sources, LineEnd end)
+    : sources_(sources.begin(), sources.end()), end_(end)
+{
+    for (const BatchSource &source : sources) {
+        if (source.isManifest)
+            manifests_.push_back(source.name);
+    }
+}
+
+std::optional<ManifestEntry> ManifestReader::Next()
+{
+    if (found_)
+        return std::exchange(found_, std::nullopt);
+    std::optional<ManifestEntry> entry = lines_.Next();
+    if (lines_.IsGivenUp())
+        Close();
+    return entry;
+}
+
+void ManifestReader::Read()
+{
+    if (descriptor_ < 0) {
+        OpenNext();
+        return;
+    }
+    std::array<char, kReadSize> bytes;
+    const ssize_t got = read(descriptor_, bytes.data(), bytes.size());
+    if (got < 0 && (errno == EINTR || errno == EAGAIN))
+        return;
+    if (got > 0) {
+        lines_.Add({bytes.data(), static_cast<size_t>(got)});
+        return;
+    }
+    if (got == 0)
+        lines_.End();
+    else // a line that has come in part is none
+        Fail(fmt::format("cannot be read on, {}", SystemText(errno)));
+    Close();
+}
+
+bool ManifestReader::Includes(const std::string &path) const
+{
+    return std::ranges::any_of(manifests_, [&](const std::string &name) {
+        return name == "-" ? IsOpenAs(STDIN_FILENO, path) : IsSameFile(name, path);
+    });
+}
+
+void ManifestReader::OpenNext()
+{
+    const BatchSource source = std::move(sources_.front());
+    sources_.pop_front();
+    if (!source.isManifest) {
+        found_.emplace().input = source.name;
+        return;
+    }
+    name_ = source.name;
+    lines_ = ManifestLines(name_, end_);
+    // A pipe that nobody writes to yet does not hold up what is at work.
+    descriptor_ = name_ == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)
+                               : open(name_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    struct stat status;
+    if (descriptor_ < 0) {
+        Fail(errno == ENOENT ? "no such file: check the name"
+                             : fmt::format("cannot be opened, {}", SystemText(errno)));
+    } else if (fstat(descriptor_, &status) == 0 && S_ISDIR(status.st_mode)) {
+        Fail("is a directory: name a manifest in it");
+        Close();
+    }
+}
+
+void ManifestReader::Close()
+{
+    if (descriptor_ >= 0)
+        close(descriptor_);
+    descriptor_ = -1;
+}
+
+// The entry is about the whole manifest.
+void ManifestReader::Fail(std::string error)
+{
+    ManifestEntry &entry = found_.emplace();
+    entry.manifest = name_;
+    entry.error = std::move(error);
+}
+
+} // namespace vxhost

@@ -1,0 +1,114 @@
+#include "cli/report/InfoText.h"
+
+#include "cli/report/Decimal.h"
+#include "cli/report/FontsText.h"
+#include "cli/report/ResultJson.h"
+#include "host/reading/Utf8.h"
+#include "library/FactsJson.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <vector>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr size_t kLabelWidth = 16;
+
+// "Label           value"; nothing at all for an empty value.
+std::string Row(std::string_view label, std::string_view value)
+{
+    return value.empty() ? "" : fmt::format("  {:<{}}{}\n", label, kLabelWidth, Printable(value, 1000));
+}
+
+std::string Joined(const std::vector<std::string> &values)
+{
+    return fmt::format("{}", fmt::join(values, ", "));
+}
+
+std::string Count(uint64_t count, std::string_view one, std::string_view many)
+{
+    return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+std::string UsedColours(const Outcome &outcome)
+{
+    std::vector<std::string> used;
+    if (outcome.counts.gray)
+        used.emplace_back("gray");
+    if (outcome.counts.cmyk)
+        used.emplace_back("CMYK");
+    if (outcome.counts.overprint)
+        used.emplace_back("overprint");
+    std::string text = used.empty() ? "none" : Joined(used);
+    return outcome.monochrome ? text + "; declared black and white" : text;
+}
+
+// One row a font; where no text is shown, what the header declares.
+std::string FontRows(const Result &result)
+{
+    if (result.outcome.fonts.empty())
+        return Row("fonts", Joined(result.header.fonts));
+    std::string rows;
+    for (const FontUse &font : result.outcome.fonts)
+        rows += Row(rows.empty() ? "fonts" : "", font.asked + ": " + FontUseText(font));
+    return rows;
+}
+
+std::string Usage(const Counts &counts)
+{
+    return Joined({Count(counts.fills, "fill", "fills"), Count(counts.strokes, "stroke", "strokes"),
+                   Count(counts.clips, "clip", "clips"),
+                   Count(counts.segments, "path segment", "path segments"),
+                   Count(counts.shows, "text", "texts")});
+}
+
+} // namespace
+
+std::string InfoText(const std::string &input, const Result &result, const std::string &error)
+{
+    const Outcome &outcome = result.outcome;
+    const HeaderFacts &header = result.header;
+    if (!outcome.headerAccepted)
+        return "";
+    const Box &box = outcome.box;
+    std::string text =
+        fmt::format("{}: VX document, version {}\n", Printable(InputName(input), 4096), header.version);
+    text += Row("title", header.title);
+    text += Row("creator", header.creator);
+    text += Row("created", header.creationDate);
+    text += Row("box", fmt::format("{} {} {} {}", Decimal(box.left), Decimal(box.bottom), Decimal(box.right),
+                                   Decimal(box.top)));
+    text +=
+        Row("size", fmt::format("{} x {} pt, {} x {} mm", Decimal(box.Width()), Decimal(box.Height()),
+                                Decimal(Millimetres(box.Width()), 2), Decimal(Millimetres(box.Height()), 2)));
+    text += Row("colour", UsedColours(outcome));
+    text += Row("process colours", Joined(header.processColours));
+    text += Row("custom colours", Joined(header.customColours));
+    text += FontRows(result);
+    text += Row("uses", Usage(outcome.counts));
+    text += Row("file", fmt::format("{} bytes, line ends {}{}", outcome.bytesTotal,
+                                    header.lineEnds.empty() ? "none" : header.lineEnds,
+                                    header.epsWrapper ? ", in a binary EPS wrapper" : ""));
+    for (const Report &report : outcome.reports)
+        text += Row("problem", report.message.empty() ? report.title : report.message);
+    if (!error.empty())
+        text += Row("problem", error);
+    return text;
+}
+
+std::string InfoJson(const std::string &input, const Result &result, const std::string &error)
+{
+    nlohmann::ordered_json json;
+    json["file"] = input;
+    if (!error.empty())
+        json["error"] = error;
+    AddResult(result, &json);
+    return JsonLine(json);
+}
+
+} // namespace vxhost

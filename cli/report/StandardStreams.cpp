@@ -1,0 +1,34 @@
+#include "cli/report/StandardStreams.h"
+
+#include "jobs/OutputFile.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace vxhost
+{
+
+bool HoldClosedStreams()
+{
+    // The order matters: the system gives the lowest number that is free.
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) >= 0)
+            continue;
+        // A mere path: to read or to write is an error, as it is with a closed one.
+        if (open("/dev/null", O_PATH) != stream)
+            return false;
+    }
+    return true;
+}
+
+bool PrintResult(std::string_view text, Messages *messages)
+{
+    if (WriteAll(STDOUT_FILENO, text))
+        return true;
+    if (errno != EPIPE)
+        messages->Error("standard output", "cannot be written, " + SystemText(errno));
+    return false;
+}
+
+} // namespace vxhost

@@ -1,0 +1,179 @@
+#include "jobs/Answer.h"
+
+#include "host/fonts/ListedFonts.h"
+#include "jobs/FlatBytes.h"
+
+#include <utility>
+#include <vector>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr size_t kMaxName = 1024; // whatever the document or the font says, in UTF-8
+constexpr size_t kMaxText = 4096; // a line for a person
+constexpr size_t kMaxPath = 4096; // of the system's
+constexpr size_t kReportsSize = size_t{128} << 10;
+constexpr size_t kNamesSize = size_t{128} << 10; // of each list of names
+constexpr size_t kFontsSize = size_t{448} << 10;
+constexpr size_t kFixedSize = 6 * (kMaxName + sizeof(uint32_t)) + 3 * (kMaxText + sizeof(uint32_t)) + 512;
+static_assert(kFixedSize + kReportsSize + 3 * kNamesSize + kFontsSize < kMaxAnswer);
+
+template <typename Flat, typename Name>
+void DescribeName(Flat &flat, Name &name)
+{
+    flat.AddText(name, kMaxName);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, Confinement &confinement)
+{
+    flat.Add(confinement.byLandlock);
+    flat.Add(confinement.bySeccomp);
+    flat.Add(confinement.landlockError);
+    flat.Add(confinement.seccompError);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, HeaderFacts &header, Omitted &omitted)
+{
+    flat.Add(header.hasPrefix);
+    flat.Add(header.recognised);
+    flat.Add(header.hasBox);
+    flat.Add(header.version);
+    flat.Add(header.epsWrapper);
+    for (std::string *text :
+         {&header.lineEnds, &header.firstLine, &header.title, &header.creator, &header.creationDate})
+        flat.AddText(*text, kMaxName);
+    const auto addNames = [&flat](std::vector<std::string> &names, uint32_t *left) {
+        flat.AddList(names, kNamesSize, left, [](auto &to, std::string &name) { DescribeName(to, name); });
+    };
+    addNames(header.processColours, &omitted.processColours);
+    addNames(header.customColours, &omitted.customColours);
+    addNames(header.fonts, &omitted.declaredFonts);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, Counts &counts)
+{
+    for (uint64_t *count : {&counts.fills, &counts.strokes, &counts.clips, &counts.segments, &counts.shows})
+        flat.Add(*count);
+    for (bool *does : {&counts.gray, &counts.cmyk, &counts.overprint})
+        flat.Add(*does);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, FontUse &font)
+{
+    flat.AddText(font.asked, kMaxName);
+    flat.AddText(font.served, kMaxName);
+    flat.AddText(font.file, kMaxPath);
+    flat.AddEnum(font.match, FontMatch::Missing);
+    flat.Add(font.strings);
+    flat.Add(font.characters);
+    flat.Add(font.missingGlyphs);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
+{
+    flat.Add(outcome.result);
+    for (double *side : {&outcome.box.left, &outcome.box.bottom, &outcome.box.right, &outcome.box.top})
+        flat.Add(*side);
+    flat.Add(outcome.headerAccepted);
+    flat.Add(outcome.monochrome);
+    flat.Add(outcome.bytesRead);
+    flat.Add(outcome.bytesTotal);
+    flat.Add(outcome.peakHeap);
+    flat.Add(outcome.memoryLimitHit);
+    flat.AddEnum(outcome.failure.kind, FailureKind::BadInput);
+    flat.AddText(outcome.failure.text, kMaxText);
+    flat.Add(outcome.failure.error);
+    flat.AddText(outcome.lackedFont, kMaxName);
+    flat.Add(outcome.undrawnTexts);
+    flat.AddList(outcome.reports, kReportsSize, &omitted.reports, [](auto &to, Report &report) {
+        to.Add(report.number);
+        to.AddText(report.title, kMaxName);
+        to.AddText(report.message, kMaxText);
+    });
+    flat.AddList(outcome.fonts, kFontsSize, &omitted.fonts,
+                 [](auto &to, FontUse &font) { Describe(to, font); });
+    Describe(flat, outcome.counts);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, Answer &answer)
+{
+    Describe(flat, answer.header, answer.omitted);
+    Describe(flat, answer.outcome, answer.omitted);
+    Describe(flat, answer.confinement);
+    flat.Add(answer.passes);
+    flat.Add(answer.needsFonts);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, FontList::Entry &entry)
+{
+    flat.AddText(entry.postScriptName, kMaxName);
+    flat.AddText(entry.familyName, kMaxName);
+    flat.AddText(entry.file, kMaxPath);
+    flat.Add(entry.faceIndex);
+    flat.AddText(entry.servedBy, kMaxName);
+    flat.Add(entry.style.weight);
+    flat.Add(entry.style.width);
+    flat.Add(entry.style.isSlanted);
+    flat.Add(entry.scripts);
+    flat.Add(entry.isSubstitute);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, std::vector<FontList::Entry> &entries, uint32_t *omitted, Confinement &confinement)
+{
+    Describe(flat, confinement);
+    flat.AddList(entries, kMaxFontAnswer - 64, omitted,
+                 [](auto &to, FontList::Entry &entry) { Describe(to, entry); });
+}
+
+} // namespace
+
+std::string WriteAnswer(Answer answer)
+{
+    FlatWriter flat;
+    Describe(flat, answer);
+    return flat.Take();
+}
+
+std::optional<Answer> ReadAnswer(std::string_view bytes)
+{
+    FlatReader flat(bytes);
+    Answer answer;
+    Describe(flat, answer);
+    return flat.IsWhole() ? std::optional(std::move(answer)) : std::nullopt;
+}
+
+std::string WriteFonts(const FontList &fonts, Confinement confinement)
+{
+    std::vector<FontList::Entry> entries;
+    for (int32_t i = 0; i < fonts.Count(); ++i)
+        entries.push_back(fonts.At(i));
+    FlatWriter flat;
+    uint32_t omitted = 0;
+    Describe(flat, entries, &omitted, confinement);
+    return flat.Take();
+}
+
+std::optional<FontAnswer> ReadFonts(std::string_view bytes)
+{
+    FlatReader flat(bytes);
+    FontAnswer answer;
+    std::vector<FontList::Entry> entries;
+    Describe(flat, entries, &answer.omitted, answer.confinement);
+    if (!flat.IsWhole() || entries.empty())
+        return std::nullopt;
+    answer.fonts = std::make_unique<ListedFonts>(std::move(entries));
+    return answer;
+}
+
+} // namespace vxhost

@@ -1,0 +1,45 @@
+// The form in which a worker tells what it found out, through its pipe: flat, of fixed fields, each with its bound. The
+// process that reads it trusts none of it.
+#pragma once
+
+#include "host/fonts/FontList.h"
+#include "jobs/Result.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vxhost
+{
+
+// What a worker found out about a document.
+struct Answer {
+    HeaderFacts header;
+    Outcome outcome;
+    Omitted omitted;
+    Confinement confinement;
+    uint32_t passes = 0;     // over the document, those that were done
+    bool needsFonts = false; // it was begun without the fonts of the machine, and cannot do without
+};
+
+constexpr size_t kMaxAnswer = size_t{1} << 20;
+
+std::string WriteAnswer(Answer answer);                   // at most kMaxAnswer bytes
+std::optional<Answer> ReadAnswer(std::string_view bytes); // none: they are no answer
+
+// What a worker found out about the fonts of the machine.
+struct FontAnswer {
+    std::unique_ptr<FontList> fonts;
+    uint32_t omitted = 0;
+    Confinement confinement;
+};
+
+constexpr size_t kMaxFontAnswer = size_t{32} << 20; // of more fonts than can be numbered
+
+std::string WriteFonts(const FontList &fonts, Confinement confinement);
+std::optional<FontAnswer> ReadFonts(std::string_view bytes);
+
+} // namespace vxhost

@@ -1,0 +1,235 @@
+#include "jobs/Job.h"
+
+#include "jobs/Answer.h"
+#include "jobs/Sandbox.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+#include <unistd.h>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr double kLeastSeconds = 0.001;
+
+bool HasFailed(const Outcome &outcome)
+{
+    return outcome.result != kVXOk || outcome.failure;
+}
+
+// Text is set in fonts, and a font that is not in the list is a problem that was reported.
+bool HasMetText(const Outcome &outcome)
+{
+    return outcome.counts.shows > 0 || outcome.undrawnTexts > 0 ||
+           std::ranges::any_of(outcome.reports,
+                               [](const Report &report) { return report.number == kFontProblem; });
+}
+
+} // namespace
+
+Job::Job(JobTask task, Engine *engine) : task_(std::move(task)), engine_(engine)
+{
+    Open();
+}
+
+void Job::Start(std::vector<int> descriptors)
+{
+    descriptors_ = std::move(descriptors);
+    if (task_.needsFonts && !engine_->HasFonts())
+        AwaitFonts();
+    else
+        StartWorker();
+}
+
+void Job::Open()
+{
+    // What a pipe delivers is held in memory, so it counts.
+    limits_ = engine_->Options().limits;
+    DocumentLimits most = {task_.kinds, {std::numeric_limits<size_t>::max(), limits_.seconds}};
+    if (limits_.memory > 0)
+        most.reading.bytes = static_cast<size_t>(limits_.memory);
+    std::string error;
+    ReadEnd end = ReadEnd::Whole;
+    document_ = task_.input == "-" ? Document::FromDescriptor(STDIN_FILENO, &error, most.reading, &end)
+                                   : Document::Open(task_.input, &error, most, &end);
+    if (document_ == nullptr)
+        return EndWith({!error.empty()            ? FaultKind::CannotOpen
+                        : end == ReadEnd::TooLate ? FaultKind::PipeTooSlow
+                                                  : FaultKind::PipeTooLong,
+                        error});
+    result_.size = document_->Bytes().size();
+    limits_ = limits_.For(result_.size);
+    if (limits_.seconds > 0) // of which reading took some; 0 would be no limit
+        limits_.seconds = std::max(limits_.seconds - document_->SecondsRead(), kLeastSeconds);
+}
+
+void Job::StartWorker()
+{
+    state_ = State::Works;
+    hasFonts_ = engine_->HasFonts();
+    WorkerTask task;
+    const FileRules &rules = engine_->RulesWith(task_.readable);
+    task.descriptors = descriptors_;
+    if (rules.Get() >= 0)
+        task.descriptors.push_back(rules.Get());
+    task.mostAnswer = kMaxAnswer;
+    task.run = [this](WorkerLink &link) { return Work(link); };
+    if (const auto &onProgress = engine_->Options().onProgress)
+        task.onProgress = [this, &onProgress](int percent) { onProgress(task_.input, percent); };
+    int error = 0;
+    worker_ = Worker::Start(limits_, task, &error);
+    if (worker_ == nullptr)
+        EndWith({FaultKind::NoWorker, "", error});
+}
+
+// In the worker.
+std::string Job::Work(WorkerLink &link) const
+{
+    Answer answer;
+    Failure &failure = answer.outcome.failure;
+    if (task_.open)
+        failure = task_.open();
+    answer.confinement = EnterSandbox(engine_->RulesWith({}), SystemCalls::OfReading);
+    const bool isRefused = engine_->Options().mustBeConfined && !answer.confinement.IsWhole();
+    std::vector<Pass> passes;
+    if (!failure && !isRefused)
+        passes = task_.makePasses(&failure);
+    if (failure || isRefused)
+        return WriteAnswer(std::move(answer));
+
+    const auto count = static_cast<int64_t>(passes.size());
+    ReadingOptions options = engine_->OptionsOfReading();
+    if (engine_->Options().onProgress)
+        options.onProgress = [&](int64_t read, int64_t total) {
+            link.Progress(answer.passes * total + read, count * total);
+        };
+    Reading reading(engine_->Installed(), *document_, std::move(options));
+    answer.header = reading.Header();
+    answer.needsFonts = !hasFonts_ && reading.AsksForFonts();
+    for (; answer.passes < passes.size() && !answer.needsFonts && !HasFailed(answer.outcome);
+         ++answer.passes) {
+        answer.outcome = passes[answer.passes](reading);
+        answer.needsFonts = !hasFonts_ && HasMetText(answer.outcome);
+    }
+    return WriteAnswer(std::move(answer));
+}
+
+Worker *Job::AwaitedWorker()
+{
+    return state_ == State::Works         ? worker_.get()
+           : state_ == State::AwaitsFonts ? engine_->Fonts().Listing()
+                                          : nullptr;
+}
+
+void Job::GoOn()
+{
+    if (state_ == State::AwaitsFonts) {
+        engine_->Fonts().TakeList();
+        if (engine_->HasFonts())
+            StartWorker();
+        else if (const Fault &fault = engine_->Fonts().WhyNone()) {
+            result_.confinement = engine_->Fonts().Confined();
+            EndWith(fault);
+        }
+    } else if (state_ == State::Works && worker_->HasEnded()) {
+        WorkerEnd end = worker_->TakeEnd();
+        worker_.reset();
+        const bool mayBeOfChange = !end.fault || end.fault.kind == FaultKind::Crashed;
+        if (mayBeOfChange && document_->HasChanged())
+            EndWith({FaultKind::Changed});
+        else if (end.fault)
+            EndWith(std::move(end.fault));
+        else
+            TakeAnswer(end.answer);
+    }
+}
+
+void Job::Wait()
+{
+    while (!HasEnded()) {
+        if (Worker *worker = AwaitedWorker())
+            (void)Worker::WaitForAny({&worker, 1});
+        GoOn();
+    }
+}
+
+void Job::TakeAnswer(const std::string &bytes)
+{
+    std::optional<Answer> answer = ReadAnswer(bytes);
+    if (!answer)
+        return EndWith({FaultKind::BadAnswer});
+    if (answer->needsFonts && !hasFonts_) {
+        if (task_.startOver)
+            task_.startOver();
+        return AwaitFonts();
+    }
+    passesDone_ = answer->passes;
+    result_.isRead = true;
+    result_.header = std::move(answer->header);
+    result_.outcome = std::move(answer->outcome);
+    result_.omitted = answer->omitted;
+    result_.confinement = answer->confinement;
+    EndWith(FaultOf(result_));
+}
+
+void Job::AwaitFonts()
+{
+    state_ = State::AwaitsFonts;
+    if (AwaitedWorker() == nullptr) // they are listed by now, or cannot be
+        GoOn();
+}
+
+void Job::EndWith(Fault fault)
+{
+    result_.fault = std::move(fault);
+    state_ = State::Ended;
+    document_.reset();
+}
+
+Fault Job::FaultOfWriting(const Failure &failure) const
+{
+    if (IsOutputLimit(limits_, failure.error))
+        return {FaultKind::OutputTooLong, "", failure.error};
+    if (IsCallersFileLimit(failure.error))
+        return {FaultKind::FileTooLong, "", failure.error};
+    if (failure.kind == FailureKind::SpoolFailed)
+        return {FaultKind::SpoolFailed, "", failure.error};
+    if (failure.error == EPIPE)
+        return {FaultKind::ReaderLeft};
+    return {FaultKind::CannotWrite, "", failure.error};
+}
+
+Fault Job::FaultOf(const Result &result) const
+{
+    const Outcome &outcome = result.outcome;
+    const auto &[kind, text, error] = outcome.failure;
+    if (engine_->Options().mustBeConfined && !result.confinement.IsWhole())
+        return {FaultKind::NotConfined};
+    if (outcome.failure.IsOfWriting())
+        return FaultOfWriting(outcome.failure);
+    switch (outcome.result) {
+    case kVXOk:
+        break;
+    case kVXOutOfMemory:
+        return {FaultKind::OutOfMemory};
+    case kVXStoppedByUser:
+        return {FaultKind::LacksFont};
+    case kVXBadFormat:
+        return {outcome.headerAccepted ? FaultKind::Malformed : FaultKind::NotADrawing};
+    default:
+        return {FaultKind::PluginFailed};
+    }
+    if (!outcome.failure)
+        return {};
+    if (kind == FailureKind::OutOfMemory && text.empty())
+        return {FaultKind::OutOfMemory};
+    const bool isLimit = kind == FailureKind::OutOfMemory || kind == FailureKind::TooLarge;
+    return {isLimit ? FaultKind::PictureTooLarge : FaultKind::Unfit, text, error};
+}
+
+} // namespace vxhost

@@ -1,0 +1,49 @@
+// The fonts of the machine: listed in a confined process, which looks into files of any origin, when a document first needs
+// them; then kept for the run.
+#pragma once
+
+#include "host/fonts/FontconfigFonts.h"
+#include "jobs/Result.h"
+#include "jobs/Worker.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace vxhost
+{
+
+class MachineFonts
+{
+  public:
+    // The limits are those of the process, which looks into nothing if it has to be confined and cannot be.
+    MachineFonts(FontSources sources, const WorkerLimits &limits, bool mustBeConfined);
+
+    const std::shared_ptr<const FontList> &List() const
+    {
+        return list_;
+    } // null: there is none yet, or can be none
+    const Fault &WhyNone() const { return fault_; }
+    const Confinement &Confined() const { return confinement_; }
+    uint32_t Omitted() const { return omitted_; } // fonts that were too many to list
+
+    // The process at work, which this starts if need be; null: there is nothing to wait for.
+    Worker *Listing();
+    // To be called when it has ended; any number of times.
+    void TakeList();
+
+  private:
+    void Start();
+    std::string ListFonts() const;
+
+    FontSources sources_;
+    WorkerLimits limits_;
+    bool mustBeConfined_;
+    std::unique_ptr<Worker> worker_;
+    std::shared_ptr<const FontList> list_;
+    uint32_t omitted_ = 0;
+    Confinement confinement_; // of the process
+    Fault fault_;
+};
+
+} // namespace vxhost

@@ -1,0 +1,53 @@
+// One result on its way to its place: it appears there whole, or not at all.
+//
+// For a file it is written without a name in the same folder, or where the file system cannot do that under a
+// temporary one, and takes its name at the end. For standard output, a device or a pipe it is kept in an unnamed
+// file and copied at the end. A document that fails half way leaves no trace; nor does an end by force, but for the
+// temporary name.
+#pragma once
+
+#include "host/FileReading.h"
+#include "jobs/Result.h"
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace vxhost
+{
+
+// Writes all; false with errno set when it cannot.
+bool WriteAll(int descriptor, std::string_view bytes);
+
+class OutputFile
+{
+  public:
+    // "-" is standard output. kinds is what may be there already. Null on failure, with why.
+    static std::unique_ptr<OutputFile> Create(const std::string &path, FileKinds kinds, Fault *fault);
+    OutputFile(const OutputFile &) = delete;
+    OutputFile &operator=(const OutputFile &) = delete;
+    ~OutputFile(); // gives up what was not committed
+
+    int Descriptor() const { return descriptor_; } // readable, writable, seekable
+
+    // Forgets what was written so far.
+    void Empty();
+    Fault Commit();
+
+  private:
+    OutputFile() = default;
+    Fault OpenTarget(const std::string &path, mode_t mode);
+    Fault CreateBeside();
+    template <typename MakeName>
+    bool TakeTemporaryName(const MakeName &makeName);
+    Fault Spool();
+    Fault TakeName();
+    Fault CopyTo(int target);
+
+    std::string path_;      // links resolved
+    std::string temporary_; // name in the same folder; empty: it has none
+    int descriptor_ = -1;
+    int target_ = -1; // where a spooled result goes
+};
+
+} // namespace vxhost

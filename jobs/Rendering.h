@@ -1,0 +1,71 @@
+// One document on its way to its outputs: each appears whole, or not at all.
+#pragma once
+
+#include "jobs/Job.h"
+#include "jobs/OutputFile.h"
+#include "library/Options.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vxhost
+{
+
+struct RenderTask {
+    struct Output {
+        const Format *format;
+        std::string path; // "-" is standard output
+    };
+    std::string input;
+    std::vector<Output> outputs; // of different places; at least one
+    Settings settings;
+    FileKinds kinds = FileKinds::All; // of the input and the outputs
+};
+
+class Rendering
+{
+  public:
+    // Opens the outputs and the document, and starts. The engine must outlive this object.
+    Rendering(RenderTask task, Engine *engine);
+    Rendering(const Rendering &) = delete;
+    Rendering &operator=(const Rendering &) = delete;
+
+    // As those of Job.
+    bool HasEnded() const { return job_ == nullptr || job_->HasEnded(); }
+    Worker *AwaitedWorker() { return job_ == nullptr ? nullptr : job_->AwaitedWorker(); }
+    void GoOn();
+    void Wait();
+
+    // Of one that has ended: puts the outputs into their place.
+    Result Finish();
+
+    const RenderTask &Task() const { return task_; }
+
+  private:
+    Fault OpenOutputs();
+    Failure OpenSpools();
+    std::vector<Pass> MakePasses(Failure *failure) const;
+
+    RenderTask task_;
+    std::vector<std::unique_ptr<OutputFile>> files_; // beside the task's outputs
+    std::vector<int> spools_;                        // in the worker, beside the outputs; -1: it needs none
+    std::unique_ptr<Job> job_;                       // null: an output cannot be opened
+    Result result_;
+};
+
+// At a time, with the descriptors that this process may have.
+size_t MostRenderings();
+
+// Makes each device once without an output, so that what is wrong with the settings is told before the first document is
+// touched: in a confined worker if they name a file.
+struct Trial {
+    Fault fault;     // of the worker
+    Failure failure; // why there is no device of
+    const Format *format = nullptr;
+    Confinement confinement;
+};
+Trial TryDevices(std::span<const Format *const> formats, const Settings &settings, Engine *engine);
+
+} // namespace vxhost

@@ -1,0 +1,90 @@
+// What became of one document: kinds and values. Whoever tells a person of it finds the words.
+#pragma once
+
+#include "host/Outcome.h"
+#include "host/reading/HeaderScan.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vxhost
+{
+
+enum class FaultKind : uint8_t {
+    None,
+    // The document:
+    CannotOpen,   // the text says why
+    PipeTooSlow,  // a pipe did not deliver it within the limit of time
+    PipeTooLong,  // a pipe delivers more than may be held in memory
+    Changed,      // somebody wrote to it while it was read
+    NotADrawing,  // the header's facts say what it is
+    Malformed,    // up to Outcome::bytesRead
+    LacksFont,    // Outcome::lackedFont
+    PluginFailed, // with Outcome::result
+    Unfit,        // there can be no such output of it; the text says why
+    // A limit:
+    OutOfTime,
+    OutOfMemory,
+    OutOfProcessorTime, // of what the caller allows, as a shell's ulimit -t
+    OutputTooLong,
+    FileTooLong,     // for the caller, as a shell's ulimit -f
+    PictureTooLarge, // the text says what to do
+    // An output:
+    OutputIsFolder,
+    OutputIsSpecial, // the text says what: "a pipe"
+    NobodyReads,     // the pipe
+    NoFolder,
+    CannotWrite,
+    NoTemporaryFile,
+    SpoolFailed, // a temporary file cannot be written or read
+    ReaderLeft,  // as head does: it has what it wanted
+    // The worker:
+    NoWorker,
+    Killed,  // as the system does when memory runs out
+    Crashed, // the text says how
+    BadAnswer,
+    NotConfined, // and it had to be
+};
+
+struct Fault {
+    FaultKind kind = FaultKind::None;
+    std::string text = {};
+    int error = 0;                // errno, where the kind has one
+    bool isOfFontListing = false; // it kept the fonts of the machine from being known
+
+    explicit operator bool() const { return kind != FaultKind::None; }
+};
+
+// What kept a worker to its document. An error is the errno for which it could not be had.
+struct Confinement {
+    bool byLandlock = false; // from files
+    bool bySeccomp = false;  // from system calls
+    int landlockError = 0;
+    int seccompError = 0;
+
+    bool IsWhole() const { return byLandlock && bySeccomp; }
+};
+
+// How many there were beyond those that are listed: an answer has its bounds.
+struct Omitted {
+    uint32_t reports = 0;
+    uint32_t fonts = 0;
+    uint32_t processColours = 0, customColours = 0, declaredFonts = 0;
+};
+
+struct Result {
+    Fault fault;
+    std::string output;               // what the fault is about: an output's path; empty: the document
+    std::vector<std::string> written; // paths of outputs that are in their place
+
+    size_t size = 0;     // of the document, bytes; 0: it could not be opened
+    bool isRead = false; // the worker came to an end, and found out:
+    HeaderFacts header;
+    Outcome outcome;
+    Omitted omitted;
+    Confinement confinement;
+};
+
+} // namespace vxhost

@@ -1,0 +1,329 @@
+#include "jobs/Worker.h"
+
+#include "jobs/Interrupt.h"
+#include "jobs/MallocHandler.h"
+#include "jobs/OutputFile.h"
+#include "jobs/WorkerFrames.h"
+#include "library/Options.h"
+#include "library/Values.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <new>
+#include <poll.h>
+#include <string_view>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+// Where the handler of a failed allocation, which takes no argument, finds the pipe.
+int g_workerPipe = -1;
+
+[[noreturn]] void EndOutOfMemory()
+{
+    const char frame = kMemoryFrame;
+    (void)WriteAll(g_workerPipe, {&frame, 1}); // the parent sees an end without an answer if this fails
+    _exit(0);
+}
+
+rlim_t LimitOf(__rlimit_resource resource)
+{
+    rlimit present = {};
+    return getrlimit(resource, &present) == 0 ? present.rlim_cur : RLIM_INFINITY;
+}
+
+// Lowers the limit for good; one that is lower already stays.
+void Lower(__rlimit_resource resource, int64_t to)
+{
+    rlimit limit = {};
+    if (to == 0 || getrlimit(resource, &limit) != 0)
+        return;
+    const auto most = static_cast<rlim_t>(to);
+    limit = {std::min(limit.rlim_cur, most), std::min(limit.rlim_max, most)};
+    (void)setrlimit(resource, &limit); // lowering is always allowed
+}
+
+void LimitMemory(int64_t bytes)
+{
+    std::set_new_handler(EndOutOfMemory);
+    SetMallocHandler(EndOutOfMemory);
+    if (MemoryLimitWorks())
+        Lower(RLIMIT_DATA, bytes);
+}
+
+// The system counts to a second.
+bool HasTakenAllTime(const rusage &usage)
+{
+    const auto seconds = static_cast<rlim_t>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec);
+    return LimitOf(RLIMIT_CPU) <= seconds + 1;
+}
+
+// Those of this process; the one that lists them may be among them.
+std::vector<int> OpenDescriptors()
+{
+    std::vector<int> open;
+    std::error_code failure;
+    for (fs::directory_iterator at("/proc/self/fd", failure), end; !failure && at != end;
+         at.increment(failure))
+        open.push_back(ReadInteger(at->path().filename().string()).value_or(-1));
+    return open;
+}
+
+// A kernel without the call has the descriptors closed one by one.
+void CloseRange(unsigned first, unsigned last)
+{
+    if (syscall(SYS_close_range, first, last, 0) == 0)
+        return;
+    for (const int descriptor : OpenDescriptors()) {
+        if (descriptor >= static_cast<int>(first) && static_cast<unsigned>(descriptor) <= last)
+            close(descriptor);
+    }
+}
+
+// Where a sanitizer tells what it found.
+constexpr bool kKeepsStandardError = !MemoryLimitWorks();
+
+// Leaves the process nothing but what its work needs: not what this program opened for other work, nor what it was itself
+// started with. The standard streams that are not kept lead nowhere.
+void CloseAllBut(std::vector<int> keep)
+{
+    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        const bool isKept =
+            std::ranges::find(keep, stream) != keep.end() || (stream == STDERR_FILENO && kKeepsStandardError);
+        if (!isKept && (nowhere < 0 || dup2(nowhere, stream) < 0))
+            _exit(1);
+    }
+    std::ranges::sort(keep);
+    unsigned first = STDERR_FILENO + 1;
+    for (const int descriptor : keep) {
+        const auto kept = static_cast<unsigned>(descriptor);
+        if (kept < first)
+            continue;
+        if (kept > first)
+            CloseRange(first, kept - 1);
+        first = kept + 1;
+    }
+    CloseRange(first, ~0U);
+}
+
+// Runs the task. A library may also tell of its lack of memory by itself.
+std::string Answer(const WorkerTask &task, WorkerLink *link)
+{
+    try {
+        return task.run(*link);
+    } catch (const std::bad_alloc &) {
+        EndOutOfMemory();
+    }
+}
+
+// noexcept: an exception that gets here is a bug, and ends as a crash that the parent reports.
+[[noreturn]] void BeWorker(int pipe, pid_t parent, const WorkerLimits &limits,
+                           const WorkerTask &task) noexcept
+{
+    ForgetInterrupts();
+    std::vector<int> keep = task.descriptors;
+    keep.push_back(pipe);
+    CloseAllBut(std::move(keep));
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent)
+        _exit(0);
+    g_workerPipe = pipe;
+    LimitMemory(limits.memory);
+    Lower(RLIMIT_FSIZE, limits.output.value_or(0));
+
+    WorkerLink link(pipe);
+    const std::string answer = Answer(task, &link);
+    const bool told = WriteAll(pipe, AnswerFrameHead(answer.size())) && WriteAll(pipe, answer);
+    // Not exit: what the parent registered to run at its end is the parent's.
+    _exit(told ? 0 : 1);
+}
+
+} // namespace
+
+WorkerLimits WorkerLimits::For(size_t inputSize) const
+{
+    WorkerLimits limits = *this;
+    limits.output = MostOutput(output, inputSize);
+    return limits;
+}
+
+void WorkerLink::Progress(int64_t done, int64_t total)
+{
+    const int percent = total > 0 ? static_cast<int>(std::clamp<int64_t>(done * 100 / total, 0, 100)) : 0;
+    if (percent == percent_)
+        return;
+    percent_ = percent;
+    const char frame[] = {kProgressFrame, static_cast<char>(percent)};
+    (void)WriteAll(descriptor_, {frame, sizeof frame}); // a parent that does not listen misses nothing else
+}
+
+Worker::Worker() = default;
+
+std::unique_ptr<Worker> Worker::Start(const WorkerLimits &limits, const WorkerTask &task, int *error)
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        *error = errno;
+        return nullptr;
+    }
+    const pid_t parent = getpid();
+    const pid_t process = fork();
+    if (process == 0)
+        BeWorker(ends[1], parent, limits, task);
+    const int failure = errno;
+    close(ends[1]);
+    if (process < 0) {
+        close(ends[0]);
+        *error = failure;
+        return nullptr;
+    }
+    std::unique_ptr<Worker> worker(new Worker);
+    worker->pipe_ = ends[0];
+    worker->process_ = process;
+    worker->frames_ = std::make_unique<WorkerFrames>(task.mostAnswer, task.onProgress);
+    if (limits.seconds > 0)
+        worker->deadline_ = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                               std::chrono::duration<double>(limits.seconds));
+    return worker;
+}
+
+Worker::~Worker()
+{
+    if (!end_)
+        (void)WaitForProcess();
+}
+
+bool Worker::WaitForAny(std::span<Worker *const> workers, int also)
+{
+    std::optional<Clock::time_point> deadline;
+    std::vector<pollfd> ready{{also, POLLIN, 0}}; // poll passes over -1
+    for (const Worker *worker : workers) {
+        if (worker->deadline_ && (!deadline || *worker->deadline_ < *deadline))
+            deadline = worker->deadline_;
+        ready.push_back({worker->pipe_, POLLIN, 0});
+    }
+    while (std::ranges::none_of(workers, &Worker::HasEnded) && ready[0].revents == 0) {
+        int timeout = -1;
+        if (deadline) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now()).count();
+            timeout = static_cast<int>(std::clamp<int64_t>(left, 0, INT_MAX));
+        }
+        const int count = poll(ready.data(), ready.size(), timeout);
+        for (size_t i = 0; i < workers.size(); ++i) {
+            Worker &worker = *workers[i];
+            if (count > 0 && ready[i + 1].revents != 0)
+                worker.Listen();
+            // Also of one that never stops talking.
+            if (!worker.HasEnded() && worker.deadline_ && *worker.deadline_ <= Clock::now())
+                worker.Conclude({FaultKind::OutOfTime});
+        }
+    }
+    return ready[0].revents != 0;
+}
+
+void Worker::Listen()
+{
+    char buffer[1 << 16];
+    const ssize_t got = read(pipe_, buffer, sizeof buffer);
+    if (got == 0 || (got < 0 && errno != EINTR))
+        Conclude({});
+    else if (got > 0 && !frames_->Add({buffer, static_cast<size_t>(got)}))
+        Conclude({FaultKind::Crashed, "its answer made no sense"});
+}
+
+// seen is what it looks like from here; how the process ended has its say.
+void Worker::Conclude(Fault seen)
+{
+    rusage usage = {};
+    const int status = WaitForProcess(&usage);
+    const int signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    std::optional<std::string> answer = frames_->TakeAnswer();
+    end_.emplace();
+    Fault &fault = end_->fault;
+    if (seen.kind == FaultKind::OutOfTime)
+        fault = std::move(seen);
+    else if (frames_->IsOutOfMemory())
+        fault.kind = FaultKind::OutOfMemory;
+    else if (seen)
+        fault = std::move(seen);
+    else if (signal == SIGXCPU || (signal == SIGKILL && HasTakenAllTime(usage)))
+        fault.kind = FaultKind::OutOfProcessorTime;
+    else if (signal == SIGKILL)
+        fault.kind = FaultKind::Killed;
+    else if (signal != 0)
+        fault = {FaultKind::Crashed, fmt::format("signal {} ({})", signal, strsignal(signal))};
+    else if (!answer || WEXITSTATUS(status) != 0)
+        fault = {FaultKind::Crashed, fmt::format("ended with {} and no answer", WEXITSTATUS(status))};
+    else
+        end_->answer = std::move(*answer);
+}
+
+int Worker::WaitForProcess(rusage *usage)
+{
+    close(pipe_);
+    // Also when it closed its end: one that goes on without it would be waited for in vain. How a process that
+    // is ending already ended does not change, so what is first tells our end from the system's.
+    kill(process_, SIGTERM);
+    kill(process_, SIGKILL);
+    int status = 0;
+    while (wait4(process_, &status, 0, usage) < 0 && errno == EINTR)
+        continue;
+    return status;
+}
+
+bool IsOutputLimit(const WorkerLimits &limits, int error)
+{
+    const int64_t most = limits.output.value_or(0);
+    return error == EFBIG && most > 0 && LimitOf(RLIMIT_FSIZE) > static_cast<rlim_t>(most);
+}
+
+bool IsCallersFileLimit(int error)
+{
+    return error == EFBIG && LimitOf(RLIMIT_FSIZE) != RLIM_INFINITY;
+}
+
+// A worker begins with what this process has; the limit that leaves it less is the one that it meets.
+std::string_view CallersMemoryLimit(const WorkerLimits &limits)
+{
+    const rlim_t data = LimitOf(RLIMIT_DATA), space = LimitOf(RLIMIT_AS);
+    const rlim_t own = limits.memory > 0 ? static_cast<rlim_t>(limits.memory) : RLIM_INFINITY;
+    // The file counts pages: of the address space, in memory, shared, code, not used, data.
+    uint64_t pages[6] = {};
+    std::ifstream("/proc/self/statm") >> pages[0] >> pages[1] >> pages[2] >> pages[3] >> pages[4] >> pages[5];
+    const rlim_t notData =
+        (pages[0] - std::min(pages[0], pages[5])) * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+    const rlim_t left = space == RLIM_INFINITY ? space : space - std::min(space, notData);
+    if (left < std::min(data, own))
+        return "ulimit -v";
+    return data < own ? "ulimit -d" : "";
+}
+
+size_t MostWorkers(size_t descriptorsEach)
+{
+    constexpr size_t kOthers = 6; // a manifest, and what is opened for a moment
+    const rlim_t limit = LimitOf(RLIMIT_NOFILE);
+    const size_t taken = OpenDescriptors().size() + kOthers;
+    return limit <= taken ? 1 : std::max<size_t>((limit - taken) / descriptorsEach, 1);
+}
+
+} // namespace vxhost
