@@ -240,6 +240,7 @@ class Document:
     def _read(self, callbacks: Callbacks, progress: Optional[Progress], procedure: Any, handle: Any,
               *arguments: Any) -> tuple[str, ...]:
         """A call that reads the document. Returns its warnings, which are kept too, as they are of a call that fails."""
+        # Each call sets it, to nothing if need be: that of the call before is no more.
         tell = ffi.NULL if progress is None else callbacks.make("vx_progress", progress)
         self._call(lib.vx_document_set_progress, handle, tell, ffi.NULL)
         try:
@@ -248,7 +249,6 @@ class Document:
             callbacks.raise_again()
             raise
         finally:
-            self._call(lib.vx_document_set_progress, handle, ffi.NULL, ffi.NULL)
             self._keep_told()
         return self._warnings
 
