@@ -27,7 +27,7 @@ MATCHES = {"VX_FONT_BOXES": "missing", "VX_FONT_EXACT": "exact", "VX_FONT_STAND_
 
 
 class Document:
-    """A drawing that is open: vx.open makes one. As a context manager it is closed at the end.
+    """A drawing that is open: vx.open makes one. As a context manager it is closed at the end. Its name is that of the file.
 
     Every call takes options as keywords, by the names of the command line with _ for -; vx.options() lists them. They hold
     for that call alone, and go before those that vx.open was given; None takes one of these back. An option that means
@@ -70,7 +70,7 @@ class Document:
     # ---- Its life ----
 
     def close(self) -> None:
-        """Ends it, and lets go of its file; once is enough. Pictures that were made of it stay."""
+        """Ends it, and lets go of its file. A second time does nothing. Pictures that were made of it stay."""
         with self._alone():
             if self._handle is not None:
                 ffi.release(self._handle)
@@ -138,6 +138,9 @@ class Document:
             format   "png", "svg" or "pdf"; vx.formats() lists them
             options  such as width=400 or dpi=300 (pixels), box=(left, bottom, right, top) (points of 1/72 inch),
                      background="none", text="outlines", pdf_x="x1a"
+
+        Raises vx.OptionError, vx.MalformedError for a damaged drawing, vx.LimitError for one that takes too much time or
+        memory, vx.FontMissingError where missing_fonts="fail", and what progress raises.
 
         >>> with vx.open("harp.vx") as drawing:
         ...     png = drawing.render("png", width=400)
