@@ -1,5 +1,5 @@
 # P/bin/vx, P/lib/libvx.so with P/include/vx.h, what pkg-config and CMake find it by, P/lib/vx/vxparser.so with P/include/vx
-# (boundary), and under P/share the licences, the manual pages and what shells complete with.
+# (boundary), and under P/share the licences, the manual pages and what shells complete with. python/ installs its package.
 
 install(TARGETS vxparser LIBRARY DESTINATION lib/vx)
 install(DIRECTORY sdk/include/vx DESTINATION include)

@@ -360,7 +360,7 @@ Failure WhyNoPdf(const PdfOptions &options, const Page &page)
     const std::string has =
         page.created.empty() ? "none" : "\"" + page.created + "\", which can be read in two ways";
     return {FailureKind::BadInput, "PDF/X asks for the date of creation, and the document has " + has +
-                                       ": set SOURCE_DATE_EPOCH to one, in seconds since 1970"};
+                                       ": set --date to one, in seconds since 1970"};
 }
 
 } // namespace vxhost

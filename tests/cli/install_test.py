@@ -83,7 +83,7 @@ class Install(Installed):
     def test_nothing_of_the_inside_is_installed(self):
         self.assertEqual(sorted(os.listdir(self.path("include"))), ["vx", "vx.h"])
         self.assertEqual(sorted(os.listdir(self.path("lib"))),
-                         ["cmake", "libvx.so", "libvx.so.0", "libvx.so.0.1.0", "pkgconfig", "vx"])
+                         ["cmake", "libvx.so", "libvx.so.0", "libvx.so.0.1.0", "pkgconfig", "python3", "vx"])
 
     def test_each_header_compiles_alone(self):
         headers = glob.glob(self.path("include/**/*.h"), recursive=True)

@@ -148,6 +148,19 @@ TEST(Options, ThatAreNotThereAreTold)
     EXPECT_EQ(vx_library_set(library.get(), "temp-dir", "/no/such", &error), VX_WRONG_OPTION);
 }
 
+TEST(Options, ThatAStandardNeedsAreNamed)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    Set(document.get(), "pdf-x", "x1a");
+    std::string bytes;
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_render(document.get(), "pdf", AppendBytes, &bytes, &error), VX_WRONG_OPTION);
+    EXPECT_STREQ(error.text, "PDF/X asks for the date of creation, and the document has none: set date to "
+                             "one, in seconds since 1970");
+    Set(document.get(), "date", "86400");
+    EXPECT_NE(Rendered(document.get(), "pdf").find("/CreationDate (D:19700102000000"), std::string::npos);
+}
+
 std::array<int32_t, 2> SizeOf(vx_document *document)
 {
     std::array<int32_t, 2> size = {};

@@ -1,0 +1,59 @@
+"""Opens VX drawings, and makes pictures of them.
+
+    import vx
+
+    with vx.open("harp.vx") as drawing:
+        print(drawing.info.title, drawing.info.millimetres)
+        png = drawing.render("png", width=400)       # bytes, as the command vx writes them
+        drawing.save("harp.pdf", text="outlines")    # the name says the format
+        picture = drawing.picture(dpi=300)           # pixels for NumPy and Pillow
+
+Options are those of the command line, with _ for -: vx.options() lists them with their ranges. All errors are a vx.Error, and
+what Python calls the same as well: a file that is not there is a FileNotFoundError, a wrong value a ValueError. Drawings that
+have to be shown with other fonts than they name come with a vx.DrawingWarning.
+
+Lengths are points of 1/72 inch, x to the right and y up, as drawings have them; pixels count from the top.
+
+A drawing is read within your process. For those of strangers run the command vx, which confines what it reads.
+"""
+
+from __future__ import annotations
+
+import os
+from typing import Union
+
+from vx import _errors
+from vx._choices import Format, Option, Value, formats, options
+from vx._document import Document, Progress
+from vx._errors import *
+from vx._info import Box, FontFile, FontUse, Header, Info, Problem, Uses
+from vx._libvx import lib as _lib, text_of as _text_of
+from vx._library import Font, Library, shared_library as _shared_library
+from vx._picture import Picture
+
+__all__ = [
+    "open", "formats", "options", "Library", "Document", "Picture", "Header", "Info", "FontUse", "FontFile", "Uses", "Problem",
+    "Font", "Format", "Option", "Box", "Progress", "Value", *_errors.__all__,
+]
+
+__version__: str = _text_of(_lib.vx_version())
+
+
+def open(source: Union[str, os.PathLike[str], bytes], **options: Value) -> Document:
+    """Opens a drawing: a file by its path, or the bytes of one.
+
+        options  hold for all that is made of it, such as missing_fonts="fail" or max_time=5 (seconds)
+
+    Raises FileNotFoundError (vx.MissingFileError), vx.ReadError, and vx.NotADrawingError for a file of another kind. A file
+    must not be written to while it is open: one that is cut may end the process.
+
+    >>> with vx.open("harp.vx") as drawing:
+    ...     drawing.header.title
+    'openclipart-svg harp3_ganson.svg'
+    """
+    return _shared_library().open(source, **options)
+
+
+for _name in __all__:
+    if isinstance(globals()[_name], type):
+        globals()[_name].__module__ = __name__  # where people find it

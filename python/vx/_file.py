@@ -1,0 +1,35 @@
+"""Files that are written whole or not at all."""
+
+from __future__ import annotations
+
+import contextlib
+import os
+import secrets
+import stat
+
+
+def write_whole(path: str, data: bytes) -> None:
+    """Puts data in the place of what is there. A reader finds the old file or the new one, and never half of it."""
+    path = os.path.realpath(path)  # a link stays one
+    try:
+        mode = os.stat(path).st_mode
+    except FileNotFoundError:
+        mode = None
+    if mode is not None and not stat.S_ISREG(mode):  # a device or a pipe is written to; a folder is told as one
+        with open(path, "wb") as file:
+            file.write(data)
+        return
+    folder, name = os.path.split(path)
+    part = os.path.join(folder, f".{name[:64]}.{secrets.token_hex(8)}.part")
+    try:
+        with open(part, "xb") as file:
+            file.write(data)
+            if mode is not None:
+                os.fchmod(file.fileno(), mode & 0o777)
+        os.replace(part, path)
+    except BaseException as error:
+        with contextlib.suppress(FileNotFoundError):
+            os.unlink(part)
+        if isinstance(error, OSError):
+            error.filename = path  # nobody knows the other name
+        raise

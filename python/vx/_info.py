@@ -1,0 +1,151 @@
+"""What is known of a drawing, as records."""
+
+from __future__ import annotations
+
+import dataclasses
+import json
+import re
+from dataclasses import dataclass
+from typing import Any, TypeVar
+
+# Left, bottom, right, top, in points of 1/72 inch; y goes up.
+Box = tuple[float, float, float, float]
+
+Record = TypeVar("Record")
+
+
+@dataclass(frozen=True)
+class Header:
+    """What a drawing says of itself at its beginning. Texts are empty where it says nothing.
+
+        version     2 to 5
+        monochrome  declared black and white
+        box         left, bottom, right, top as they are written: they may be inverted, or empty
+        created     the date, in words of the drawing's own
+    """
+
+    version: int
+    monochrome: bool
+    box: Box
+    title: str
+    creator: str
+    created: str
+
+
+@dataclass(frozen=True)
+class FontUse:
+    """A font that a drawing uses, and what serves it.
+
+        asked           as the drawing names it
+        served          PostScript name of the font that was taken; empty: boxes are drawn
+        match           "exact", "stand-in" (of the same widths), "substitute" (of another design), or "missing"
+        strings         pieces of text
+        characters      in them
+        missing_glyphs  of these, those that the font taken does not have
+    """
+
+    asked: str
+    served: str
+    match: str
+    strings: int
+    characters: int
+    missing_glyphs: int
+
+
+@dataclass(frozen=True)
+class FontFile(FontUse):
+    """A font that a drawing uses, what serves it, and the file of that.
+
+        file  empty: there is none, or it came from memory
+    """
+
+    file: str
+
+
+@dataclass(frozen=True)
+class Uses:
+    """How much of what is in a drawing.
+
+        fills, strokes, clips  shapes that are filled, stroked, and clipped to
+        segments               lines and curves of all paths
+        shows                  pieces of text
+        gray, cmyk, overprint  whether there is any paint of that kind
+    """
+
+    fills: int
+    strokes: int
+    clips: int
+    segments: int
+    shows: int
+    gray: bool
+    cmyk: bool
+    overprint: bool
+
+
+@dataclass(frozen=True)
+class Problem:
+    """Something in a drawing that cannot be shown as it was meant: a number for each kind, and it in words."""
+
+    number: int
+    title: str
+    message: str
+
+
+@dataclass(frozen=True)
+class Info:
+    """All that is known of a drawing that was read to its end.
+
+    Texts are empty where it says nothing.
+
+        version          2 to 5
+        creation_date    in words of the drawing's own
+        box              left, bottom, right, top as they are written: they may be inverted, or empty
+        points           width and height of the box; a point is 1/72 inch
+        millimetres      the same
+        monochrome       declared black and white
+        process_colours  names that its header declares; custom_colours and declared_fonts are too
+        fonts            those that it uses, in the order of their first texts
+        uses             how much of what is in it
+        problems         what cannot be shown as it was meant
+        bytes            its size
+        line_ends        "LF", "CR", "CR LF" or "mixed"; empty: it has none
+        eps_wrapper      it is inside a binary EPS file
+    """
+
+    version: int
+    title: str
+    creator: str
+    creation_date: str
+    box: Box
+    points: tuple[float, float]
+    millimetres: tuple[float, float]
+    monochrome: bool
+    process_colours: tuple[str, ...]
+    custom_colours: tuple[str, ...]
+    declared_fonts: tuple[str, ...]
+    fonts: tuple[FontFile, ...]
+    uses: Uses
+    problems: tuple[Problem, ...]
+    bytes: int
+    line_ends: str
+    eps_wrapper: bool
+
+
+def read_info(text: str) -> Info:
+    """The facts that the library gives as JSON."""
+    facts = json.loads(text)
+    facts["fonts"] = tuple(record_of(FontFile, font) for font in facts["fonts"])
+    facts["uses"] = record_of(Uses, facts["uses"])
+    facts["problems"] = tuple(record_of(Problem, problem) for problem in facts["problems"])
+    return record_of(Info, facts)
+
+
+def record_of(kind: type[Record], members: dict[str, Any]) -> Record:
+    """A record of the members that it has a field for: a library that tells more still fits."""
+    values = {field.name: members[camel(field.name)] for field in dataclasses.fields(kind)}
+    return kind(**{name: tuple(value) if isinstance(value, list) else value for name, value in values.items()})
+
+
+def camel(name: str) -> str:
+    """The name of a member of JSON: "lineEnds" for line_ends."""
+    return re.sub("_(.)", lambda match: match[1].upper(), name)

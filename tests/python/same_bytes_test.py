@@ -1,0 +1,115 @@
+"""The package makes what the command makes, of every sample."""
+import io
+import json
+import os
+
+import numpy
+import pytest
+from PIL import Image
+
+import vx
+from conftest import SAMPLES, SQUARE, command, rendered, sample
+
+pytestmark = pytest.mark.filterwarnings("ignore::vx.DrawingWarning")
+
+samples = pytest.mark.parametrize("path", SAMPLES, ids=os.path.basename)
+
+
+def test_there_are_samples():
+    assert len(SAMPLES) > 50
+
+
+@samples
+@pytest.mark.parametrize("form", ["png", "svg", "pdf"])
+def test_a_file_has_the_bytes_of_the_command(path, form):
+    with vx.open(path) as drawing:
+        assert drawing.render(form) == rendered(path, form)
+
+
+@samples
+def test_a_picture_has_the_pixels_of_the_png(path):
+    with vx.open(path) as drawing:
+        picture = drawing.picture(width=300, background="none")
+        png = Image.open(io.BytesIO(drawing.render("png", width=300, background="none")))
+        assert drawing.size(width=300) == picture.size == png.size
+    assert picture.tobytes() == png.convert("RGBA").tobytes()
+
+
+@samples
+def test_the_facts_are_those_of_the_command(path):
+    facts = json.loads(command("info", "--json", path))
+    with vx.open(path) as drawing:
+        info, header = drawing.info, drawing.header
+        assert (header.version, header.title, header.creator, header.created) == (
+            info.version, info.title, info.creator, info.creation_date)
+        assert (header.box, header.monochrome) == (info.box, info.monochrome)
+        assert [(font.asked, font.served, font.match) for font in drawing.fonts] == [
+            (font.asked, font.served, font.match) for font in info.fonts]
+    assert as_json(info) == {name: fact for name, fact in facts.items() if name not in ("file", "vx", "result")}
+
+
+def as_json(value):
+    """Records as the command has them: all fields, or a fact of the command would be missing here."""
+    if isinstance(value, tuple):
+        return [as_json(part) for part in value]
+    if not hasattr(value, "__dataclass_fields__"):
+        return value
+    return {vx._info.camel(name): as_json(getattr(value, name)) for name in value.__dataclass_fields__}
+
+
+@pytest.mark.parametrize("form, words, options", [
+    ("png", ["--width", "123"], {"width": 123}),
+    ("png", ["--width", "123"], {"width": 123.0}),
+    ("png", ["--width", "123"], {"width": numpy.int64(123)}),
+    ("png", ["--dpi", "0.0625"], {"dpi": 0.0625}),
+    ("png", ["--dpi", "72", "--box", "0,0,100.5,50"], {"dpi": 72, "box": (0, 0, 100.5, 50)}),
+    ("png", ["--box", "0,0,0.00001,0.00001", "--fit", "9"], {"box": [0, 0, 1e-5, 1e-5], "fit": 9}),
+    ("png", ["--samples", "1", "--profile", "none", "--fit", "50"], {"samples": 1, "profile": "none", "fit": 50}),
+    ("svg", ["--text", "outlines", "--background", "#ff0000"], {"text": "outlines", "background": "#ff0000"}),
+    ("pdf", ["--pdf-x", "x1a", "--date", "1700000000"], {"pdf_x": "x1a", "date": 1700000000}),
+    ("pdf", [], {"pdf_x": None}),
+])
+def test_options_have_the_names_of_the_command(form, words, options):
+    path = sample("text-point")
+    with vx.open(path) as drawing:
+        assert drawing.render(form, **options) == rendered(path, form, *words)
+
+
+def test_numpy_and_pillow_take_a_picture_without_a_copy():
+    picture = vx.open(SQUARE).picture(dpi=72)
+    array = numpy.asarray(picture)
+    image = Image.frombuffer("RGBA", picture.size, picture.pixels, "raw", "RGBA", 0, 1)
+    assert (array.shape, array.dtype) == ((36, 72, 4), numpy.uint8)
+    assert numpy.shares_memory(array, numpy.asarray(picture.pixels))
+    array[5, 7] = (1, 2, 3, 4)
+    assert image.getpixel((7, 5)) == (1, 2, 3, 4)
+    assert [picture.pixels[5, 7, channel] for channel in range(4)] == [1, 2, 3, 4]
+
+
+def test_a_picture_has_red_first_and_its_top_row_first():
+    red_on_top = SQUARE.replace(b"0 0 0 1 k\n0 0 m\n36 0 l\n36 36 l\n0 36 l", b"0 1 1 0 k\n0 18 m\n72 18 l\n72 36 l\n0 36 l")
+    picture = numpy.asarray(vx.open(red_on_top).picture(dpi=72, profile="none", background="none"))
+    assert (picture[0] == (255, 0, 0, 255)).all()
+    assert (picture[35, :, 3] == 0).all()
+
+
+def test_a_notebook_is_given_both_pictures():
+    with vx.open(sample("gift")) as drawing:
+        assert drawing._repr_png_() == rendered(sample("gift"), "png")
+        assert drawing._repr_svg_().encode() == rendered(sample("gift"), "svg")
+
+
+def test_a_library_of_some_fonts_draws_with_these(tmp_path):
+    path = sample("text-point")
+    fonts = "/usr/share/fonts/opentype/urw-base35"
+    with open(os.path.join(fonts, "NimbusSans-Regular.otf"), "rb") as file:
+        font = file.read()
+    alone = vx.Library(system_fonts=False, font_dirs=[fonts], temp_dir=tmp_path)
+    assert alone.open(path).render("pdf") == rendered(path, "pdf", "--no-system-fonts", "--font-dir", fonts)
+    assert "NimbusRoman-Regular" in [row.postscript for row in alone.fonts]
+    given = vx.Library(system_fonts=False, fonts=[font])
+    assert [(row.postscript, row.file) for row in given.fonts if row.postscript.startswith("Nimbus")] == [
+        ("NimbusSans-Regular", "")]
+    with given.open(path) as drawing:
+        drawing.render("svg")
+        assert {use.served for use in drawing.fonts} == {"NimbusSans-Regular"}
