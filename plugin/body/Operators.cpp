@@ -1,8 +1,8 @@
 #include "plugin/body/Operators.h"
 
 #include "plugin/body/PathOperators.h"
+#include "plugin/body/Problems.h"
 #include "plugin/body/StateOperators.h"
-#include "plugin/entry/AboutBox.h"
 
 #include <algorithm>
 #include <array>

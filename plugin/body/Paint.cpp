@@ -1,7 +1,7 @@
 #include "plugin/body/Paint.h"
 
 #include "plugin/body/HostTable.h"
-#include "plugin/entry/AboutBox.h"
+#include "plugin/body/Problems.h"
 
 namespace vx
 {

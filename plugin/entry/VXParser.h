@@ -12,9 +12,6 @@ extern "C" void VXParserMain(int32_t selector, HostCallRecord *record, void *dat
 namespace vx
 {
 
-// True when the table has version 1 and its first 42 procedures; later ones are not looked at. table may be null.
-bool CheckZRKProcs(const ZRKProcs *table);
-
 Result DoCanRead(HostCallRecord *record);       // also fills the box and the monochrome flag
 Result DoOpen(HostCallRecord *record);          // checks the procedure table, opens nothing
 Result DoGetStreamInfo(HostCallRecord *record); // fills the box and the monochrome flag, on full success only
