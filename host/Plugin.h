@@ -21,11 +21,11 @@ namespace vxhost
 {
 
 struct ParseOptions {
-    const FontList *fonts = nullptr;     // must be set; may be shared by threads
-    WidthSource *widths = nullptr;       // of those fonts; this parse's own. null: no character has a width
-    GlyphSource *glyphs = nullptr;       // of those fonts, for Draw; null: text is counted and not drawn
-    int32_t systemScript = 0;            // 0 Roman, 1 Japanese, 2 traditional Chinese, 3 Korean
-    int64_t maxHeap = int64_t{64} << 20; // bytes that the plug-in may hold at once
+    const FontList *fonts = nullptr; // must be set; may be shared by threads
+    WidthSource *widths = nullptr;   // of those fonts; this parse's own. null: no character has a width
+    GlyphSource *glyphs = nullptr;   // of those fonts, for Draw; null: text is counted and not drawn
+    int32_t systemScript = kVXScriptRoman;
+    int64_t maxHeap = int64_t{64} << 20;     // bytes that the plug-in may hold at once
     int64_t maxDrawing = int64_t{256} << 20; // bytes that Draw may hold at once in paths and saved states
     bool report = true;                      // false: the once-only warnings are off
     std::function<bool(const Report &)> onReport;                // true stops the parse; null goes on

@@ -2,6 +2,8 @@
 
 #include "host/resources/StringLists.h"
 
+#include <vx/Toolbox.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -10,9 +12,6 @@ namespace vxhost
 
 namespace
 {
-
-constexpr int16_t kEncodingSuffixes = 16300;
-constexpr int16_t kOrientationSuffixes = 16301;
 
 struct NamedScript {
     std::string_view text;
@@ -168,7 +167,7 @@ bool ContainsAny(const std::string &name, const Words &words)
 
 std::string_view WithoutSuffixes(std::string_view name)
 {
-    return CutAtFirstOf(CutAtFirstOf(name, kOrientationSuffixes), kEncodingSuffixes);
+    return CutAtFirstOf(CutAtFirstOf(name, kVXOrientationSuffixes), kVXEncodingSuffixes);
 }
 
 std::string PlainName(std::string_view name)

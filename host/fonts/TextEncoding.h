@@ -1,6 +1,8 @@
 // The character sets in which the bytes of text stand, and what they mean in Unicode.
 #pragma once
 
+#include <vx/Toolbox.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -8,8 +10,13 @@
 namespace vxhost
 {
 
-// By number as the plug-in counts scripts.
-enum class Script : uint8_t { Roman, Japanese, TraditionalChinese, Korean };
+// The numbers are those of the boundary.
+enum class Script : uint8_t {
+    Roman = kVXScriptRoman,
+    Japanese = kVXScriptJapanese,
+    TraditionalChinese = kVXScriptTraditionalChinese,
+    Korean = kVXScriptKorean
+};
 
 enum class TextEncoding : uint8_t {
     MacRoman,

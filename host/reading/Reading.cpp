@@ -65,7 +65,7 @@ Outcome Reading::Interpret(const Parse &parse)
     parseOptions.companion = options_.companion;
     bool lacksFont = false;
     parseOptions.onReport = [&](const Report &report) {
-        lacksFont = lacksFont || (!options_.substitute && report.number == kFontProblem);
+        lacksFont = lacksFont || (!options_.substitute && report.number == kVXProblemFont);
         const bool isGivenUp = options_.onReport && options_.onReport(report);
         return isGivenUp || lacksFont;
     };

@@ -43,7 +43,7 @@ struct DialogRecord {
 struct HostContext {
     const FontList *fonts = nullptr;
     WidthSource *widths = nullptr; // of those fonts; null: no character has a width
-    int32_t systemScript = 0;      // 0 Roman, 1 Japanese, 2 traditional Chinese, 3 Korean
+    int32_t systemScript = kVXScriptRoman;
 
     Rect screen = {0, 0, 768, 1024};
     std::optional<Rect> aboutBox = Rect{0, 0, 200, 300};     // nothing: the dialog's resource is missing

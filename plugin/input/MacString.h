@@ -9,8 +9,7 @@
 namespace vx
 {
 
-constexpr uint32_t kStringListType = 0x53545223; // 'STR#'
-constexpr int32_t kPascalStringSize = 256;       // room for any length-prefixed string
+constexpr int32_t kPascalStringSize = 256; // room for any length-prefixed string
 
 // Entry index (from 1) of a string list, or an empty string where there is none. Returns resourceId.
 int16_t getString(int16_t resourceId, int16_t index, uint8_t *destination);
