@@ -2,6 +2,7 @@
 // the options that a person may choose. What a device completes must be a file of its kind; what it cannot write, because
 // the reader leaves or the disk is full, it must say.
 #include "fuzz/HostileHost.h"
+#include "fuzz/Require.h"
 
 #include "devices/pdf/PdfDevice.h"
 #include "devices/raster/RasterDevice.h"
@@ -15,8 +16,6 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
 
-#include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <fcntl.h>
 #include <memory>
@@ -29,14 +28,7 @@ namespace
 {
 
 using namespace vxhost;
-
-void Require(bool holds, const std::string &otherwise)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "draw: %s\n", otherwise.c_str());
-    std::abort();
-}
+using vxfuzz::Require;
 
 // It has the fonts of the tests' packages, so that every machine draws the same.
 const Installation &Installed()

@@ -1,10 +1,9 @@
 #include "fuzz/HostileHost.h"
 
+#include "fuzz/Require.h"
 #include "plugin/entry/VXParser.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -25,18 +24,6 @@ enum Missing : uint8_t {
     kShortTable = 16,
     kWarnings = 32
 };
-
-[[noreturn]] void Fail(const char *what)
-{
-    std::fprintf(stderr, "host: %s\n", what);
-    std::abort();
-}
-
-void Require(bool holds, const char *otherwise)
-{
-    if (!holds)
-        Fail(otherwise);
-}
 
 // The compiler may not leave a read out.
 volatile uint8_t g_seen;

@@ -1,15 +1,17 @@
 // The tokenizer: every token lies within its line or within the string buffer, and every call but the last moves on.
+#include "fuzz/Require.h"
 #include "plugin/body/ParseContext.h"
 #include "plugin/input/Lex.h"
 
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <vector>
 
 namespace
 {
+
+using vxfuzz::Require;
 
 void *Allocate(int32_t size, void *)
 {
@@ -18,14 +20,6 @@ void *Allocate(int32_t size, void *)
 void Release(void *block, void *)
 {
     std::free(block);
-}
-
-void Require(bool holds, const char *otherwise)
-{
-    if (!holds) {
-        std::fprintf(stderr, "lex: %s\n", otherwise);
-        std::abort();
-    }
 }
 
 bool HasText(vx::TokenKind kind)

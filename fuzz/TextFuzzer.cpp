@@ -1,21 +1,14 @@
 // Bytes of text: what they mean in each character set, and the conversions that the plug-in makes in place.
+#include "fuzz/Require.h"
 #include "host/fonts/TextEncoding.h"
 #include "plugin/fonts/Encodings.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 namespace
 {
 
-void Require(bool holds, const char *otherwise)
-{
-    if (!holds) {
-        std::fprintf(stderr, "text: %s\n", otherwise);
-        std::abort();
-    }
-}
+using vxfuzz::Require;
 
 void Decode(vxhost::TextEncoding encoding, const std::vector<uint8_t> &bytes)
 {
