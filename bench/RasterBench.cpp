@@ -17,7 +17,7 @@ RasterOptions Options(double zoom = 1)
 {
     RasterOptions options;
     options.dpi = 72;
-    options.zoom = zoom;
+    options.dpi = 72 * zoom;
     return options;
 }
 

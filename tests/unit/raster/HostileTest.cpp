@@ -35,7 +35,7 @@ TEST_P(Huge, PaintsThesePixels)
 {
     const PixelCase &c = GetParam();
     RasterOptions options = PlainOptions();
-    options.zoom = 50;
+    options.dpi = 72 * 50;
     EXPECT_EQ(PixelAt(Draw(c.script, 8, 8, options), c.column, c.row), c.pixel);
 }
 INSTANTIATE_TEST_SUITE_P(Raster, Huge, testing::ValuesIn(kHuge), NameOf);
@@ -88,7 +88,7 @@ std::string Zigzag(int lines)
 TEST(ManyEdges, AreSweptInTurns)
 {
     RasterOptions options = PlainOptions();
-    options.zoom = 20;
+    options.dpi = 72 * 20;
     const Picture picture = Draw(Zigzag(20001) + "8 0 l f", 8, 8, options);
     EXPECT_EQ(PixelAt(picture, 150, 80), "0 0 0");
     EXPECT_EQ(PixelAt(picture, 20, 20), "255 255 255");

@@ -26,7 +26,7 @@ using Drawing = std::function<void(Device *)>;
 Picture DrawPage(const Drawing &draw, double zoom = 1, const Paint &page = Gray(1), double side = kSide)
 {
     RasterOptions options = PlainOptions();
-    options.zoom = zoom;
+    options.dpi = 72 * zoom;
     Picture picture;
     std::string error;
     const auto device = MakePictureDevice(options, &picture, &error);
