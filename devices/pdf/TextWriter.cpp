@@ -47,6 +47,7 @@ void TextWriter::Show(const GlyphRun &run, const Matrix &fromPage, EmbeddedFont 
     emsToSpace_ = Product(run.matrix, fromPage);
     if (!IsInvertible(emsToSpace_))
         return;
+    spaceToEms_ = Inverse(emsToSpace_);
     size_ = SizeOf(emsToSpace_);
     direction_ = {
         emsToSpace_.a / size_, emsToSpace_.b / size_, emsToSpace_.c / size_, emsToSpace_.d / size_, 0, 0};
@@ -95,7 +96,7 @@ void TextWriter::StartLine(Point at)
 void TextWriter::PlaceNext(Point at)
 {
     if (hasLine_) {
-        const Point ems = MapBack(emsToSpace_, {at.x - lineStart_.x, at.y - lineStart_.y});
+        const Point ems = MapVector(spaceToEms_, {at.x - lineStart_.x, at.y - lineStart_.y});
         const double along = (runsDown_ ? ems.y : ems.x) * 1000, across = (runsDown_ ? ems.x : ems.y) * 1000;
         // A number between strings moves back: it is taken off the advance. One decimal is kept.
         const double back = std::round((next_ - along) * 10) / 10;

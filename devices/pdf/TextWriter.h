@@ -41,6 +41,7 @@ class TextWriter
     bool isOpen_ = false;
     bool runsDown_ = false;
     Matrix emsToSpace_; // of the run, without translation
+    Matrix spaceToEms_; // the inverse
     Matrix direction_;  // that matrix at a font size of size_
     double size_ = 0;
     bool hasLine_ = false; // what follows are of the line

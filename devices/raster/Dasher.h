@@ -35,7 +35,7 @@ class Dasher
     std::vector<double> pattern_; // an even number of lengths
     double period_ = 0;
     double phase_ = 0;
-    double inverse_[4] = {1, 0, 0, 1};                   // from samples to the user's space
+    Matrix toUser_;                                      // from samples
     double left_ = 0, top_ = 0, right_ = 0, bottom_ = 0; // what can be seen, grown by the stroke's reach
 
     size_t element_ = 0;   // of the pattern, where the walk is

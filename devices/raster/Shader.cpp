@@ -26,17 +26,6 @@ constexpr int kRunsOn = 1;
 // Four curves make a circle that is nowhere smaller than this.
 constexpr double kInsideCurves = 0.999;
 
-Matrix Inverse(const Matrix &m)
-{
-    const double area = m.a * m.d - m.b * m.c;
-    return {m.d / area,
-            -m.b / area,
-            -m.c / area,
-            m.a / area,
-            (m.c * m.ty - m.d * m.tx) / area,
-            (m.b * m.tx - m.a * m.ty) / area};
-}
-
 bool IsUsable(const Matrix &m)
 {
     return std::ranges::all_of(std::initializer_list<double>{m.a, m.b, m.c, m.d, m.tx, m.ty},
@@ -142,7 +131,7 @@ double Shader::PixelsAcross() const
         return 1 / std::hypot(toUnit_.a, toUnit_.c);
     const double shrinks = shading_->first.radius - shading_->last.radius;
     const double moves = Length(shading_->last.centre - shading_->first.centre);
-    const double area = std::abs(toUnit_.a * toUnit_.d - toUnit_.b * toUnit_.c);
+    const double area = std::abs(Determinant(toUnit_));
     // The longer axis of an ellipse is no longer than this diagonal.
     const double diagonal = std::hypot(toUnit_.a, toUnit_.b, std::hypot(toUnit_.c, toUnit_.d)) / area;
     return (shrinks + moves) * diagonal;

@@ -62,7 +62,7 @@ bool Gradients::Paint(const Shading &shading)
 
 bool Gradients::PaintAxial(const Shading &shading, const Matrix &matrix)
 {
-    const double area = matrix.a * matrix.d - matrix.b * matrix.c;
+    const double area = Determinant(matrix);
     if (area == 0)
         return false;
     const Ramp ramp = FindRamp(shading, kAxial);

@@ -80,7 +80,7 @@ TextWriter::Setting TextWriter::FindSetting(const GlyphRun &run) const
     Setting setting;
     setting.size = std::hypot(toPicture.c, toPicture.d);
     const Frame frame = FindFrame(toPicture);
-    const double area = toPicture.a * toPicture.d - toPicture.b * toPicture.c;
+    const double area = Determinant(toPicture);
     setting.isReadable = setting.size >= kSmallestFont && setting.size <= kLargestFont &&
                          std::abs(area) > kFlattest * frame.scale * frame.scale;
     if (!setting.isReadable)
@@ -92,13 +92,7 @@ TextWriter::Setting TextWriter::FindSetting(const GlyphRun &run) const
     setting.isPlain = IsSame(matrix, {});
     if (setting.isPlain)
         return setting;
-    const double determinant = matrix.a * matrix.d - matrix.b * matrix.c;
-    setting.toText = {matrix.d / determinant,
-                      -matrix.b / determinant,
-                      -matrix.c / determinant,
-                      matrix.a / determinant,
-                      0,
-                      0};
+    setting.toText = Inverse(matrix);
     setting.transform = WithTranslation(matrix, toPicture_.Map(run.glyphs.front().origin));
     return setting;
 }

@@ -27,7 +27,7 @@ Ellipse FindEllipse(const Matrix &m)
     const double square = (p + r) / 2 + std::hypot((p - r) / 2, q);
     ellipse.longRadius = std::sqrt(square);
     if (square > 0)
-        ellipse.ratio = std::min(std::abs(m.a * m.d - m.b * m.c) / square, 1.0);
+        ellipse.ratio = std::min(std::abs(Determinant(m)) / square, 1.0);
     return ellipse;
 }
 

@@ -1,5 +1,7 @@
 #include "host/drawing/DrawingTable.h"
 
+#include "host/drawing/FromFixed.h"
+
 #include <algorithm>
 #include <array>
 
@@ -10,16 +12,6 @@ namespace
 {
 
 constexpr int32_t kMaxDashLengths = 256;
-
-constexpr double FromFixed(Fixed value)
-{
-    return value / 65536.0;
-}
-
-Point FromFixed(const FixedPoint *point)
-{
-    return {FromFixed(point->x), FromFixed(point->y)};
-}
 
 template <typename Action>
 void Run(void *reference, Action &&action)
@@ -37,7 +29,7 @@ void Plain(void *reference)
 template <auto kAction, typename... Points>
 void WithPoints(void *reference, Points... points)
 {
-    Run(reference, [&](Drawing &to) { (to.*kAction)(FromFixed(points)...); });
+    Run(reference, [&](Drawing &to) { (to.*kAction)(FromFixed(*points)...); });
 }
 
 template <auto kAction, typename... Values>

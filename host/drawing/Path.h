@@ -35,6 +35,30 @@ inline Matrix Product(const Matrix &first, const Matrix &second)
             first.tx * second.b + first.ty * second.d + second.ty};
 }
 
+// What the matrix makes of a difference between two points.
+inline Point MapVector(const Matrix &matrix, Point vector)
+{
+    return {matrix.a * vector.x + matrix.c * vector.y, matrix.b * vector.x + matrix.d * vector.y};
+}
+
+// The area of what the matrix makes of the unit square, below 0 where it mirrors.
+inline double Determinant(const Matrix &m)
+{
+    return m.a * m.d - m.b * m.c;
+}
+
+// The way back. The determinant may not be 0.
+inline Matrix Inverse(const Matrix &m)
+{
+    const double area = Determinant(m);
+    return {m.d / area,
+            -m.b / area,
+            -m.c / area,
+            m.a / area,
+            (m.c * m.ty - m.d * m.tx) / area,
+            (m.b * m.tx - m.a * m.ty) / area};
+}
+
 // How many points follow each verb: 1, 1, 3, 0.
 enum class Verb : uint8_t { Move, Line, Curve, Close };
 

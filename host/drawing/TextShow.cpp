@@ -1,5 +1,6 @@
 #include "host/drawing/TextShow.h"
 
+#include "host/drawing/FromFixed.h"
 #include "host/drawing/Vectors.h"
 
 #include <algorithm>
@@ -20,22 +21,6 @@ constexpr size_t kMaxPainted = 1024;   // strings of one text object that also c
 constexpr double kSamePlace = 0.05;    // points; places are summed up in two ways
 constexpr double kMaxRise = 1;         // ems; lines are farther apart
 constexpr size_t kMaxRunGlyphs = 1024; // devices stream: a run need not be longer than a line
-
-constexpr double FromFixed(Fixed value)
-{
-    return value / 65536.0;
-}
-
-Point FromFixed(const FixedPoint &point)
-{
-    return {FromFixed(point.x), FromFixed(point.y)};
-}
-
-// The vector that the matrix makes of one, without its translation.
-Point MapVector(const Matrix &matrix, Point vector)
-{
-    return {matrix.a * vector.x + matrix.c * vector.y, matrix.b * vector.x + matrix.d * vector.y};
-}
 
 // The records' glyph space has its y axis down, outlines have theirs up.
 Matrix UprightMatrix(const ZRKTextRecord &record)
