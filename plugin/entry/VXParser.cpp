@@ -17,7 +17,7 @@ namespace
 
 using RequestHandler = Result (*)(HostCallRecord *record);
 
-// By selector.
+// Indexed by selector.
 constexpr RequestHandler kHandlers[] = {
     DoAbout, DoCanRead, DoOpen, DoOpen, DoGetStreamInfo, DoParseStream, DoClose,
 };

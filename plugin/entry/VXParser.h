@@ -21,7 +21,7 @@ Result DoClose(HostCallRecord *record);
 // Rewinds, passes over a binary EPS wrapper and opens the stream on the PostScript section.
 Result SetUpLineStream(LineStream *stream, StreamReader *reader, int32_t length, ProgressProc progress);
 
-// Header, setup section, body and the release of the setup objects.
+// Reads the header, the setup section and the body, and releases the setup objects.
 Result ParseLineStream(LineStream *stream, HostCallRecord *record);
 
 } // namespace vx

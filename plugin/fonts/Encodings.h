@@ -25,7 +25,7 @@ int16_t GetDefaultScript();
 // A Mac script number as a Script: those that are not listed count as Roman.
 int16_t MacScript2VXParserScript(int32_t macScript);
 
-bool IsDBCSFont(int16_t script);
+bool IsDBCSFont(int16_t script); // nothing calls it
 bool IsDBCSFirstByte(uint8_t byte, int16_t script);
 
 // The width of a double-byte character in ems: known for Japanese, 0 for every other script.

@@ -27,7 +27,8 @@ void CopyTerminated(char *to, uint8_t *lengthPrefixed)
     memcpy(to, text, strlen(text) + 1);
 }
 
-// Indices have 16 bits, from 1, but their loops count in more: a list may be so long that the last has no next.
+// A string's index has 16 bits and starts at 1. Loops over a list count with 32 bits: a list may be as long as the
+// largest index, after which there is no next one.
 void GetListString(int16_t list, int32_t index, char *to)
 {
     uint8_t text[kPascalStringSize];

@@ -16,6 +16,7 @@ int16_t getString(int16_t resourceId, int16_t index, uint8_t *destination);
 // The number of entries of a string list, 0 where the list does not exist.
 int16_t countString(int16_t resourceId);
 
+// Nothing calls these four.
 void pstrcat(uint8_t *destination, const uint8_t *source);
 // Puts source in front.
 void pstrinsert(uint8_t *destination, const uint8_t *source);
