@@ -11,7 +11,7 @@ namespace
 
 using namespace vxhost;
 
-constexpr double kPageWidth = 1000, kPageHeight = 800; // points, and pixels at zoom 1
+constexpr double kPageWidth = 1000, kPageHeight = 800; // points, and pixels at 72 an inch
 
 RasterOptions Options(double zoom = 1)
 {

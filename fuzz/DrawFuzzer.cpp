@@ -40,7 +40,7 @@ const Installation &Installed()
     return installation;
 }
 
-// What is chosen, by the bytes at the input's end.
+// The options of a drawing, as the bytes at the input's end choose them.
 struct Choice {
     explicit Choice(const vxfuzz::Behaviour &bytes)
         : kind(static_cast<Kind>(bytes.seed % 4)), options(bytes.selector), writes(bytes.failures),
@@ -282,7 +282,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         page.box = {0, 0, 400, 400};
     const Made made(choice);
     const Outcome outcome = reading.Draw(page, *made.device);
-    if (outcome.result != kVXOutOfMemory) // then there is no output
+    if (outcome.result != kVXOutOfMemory) // without memory there is no output
         made.Check(outcome.failure);
     return 0;
 }

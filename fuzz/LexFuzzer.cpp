@@ -43,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     StringBuffer buffer;
     Require(InitializeStringBuffer(&buffer, kCapacity, &memory), "no string buffer");
 
-    // A line of its own block: a byte too far is seen.
+    // The line has a block of its own, so that a byte too far is seen.
     const std::vector<uint8_t> line(data + 1, data + size);
     const uint8_t *const end = line.data() + line.size();
     BigString text = {line.data(), static_cast<int32_t>(line.size())};

@@ -44,7 +44,7 @@ bool IsSame(const ManifestEntry &one, const ManifestEntry &two)
            one.error == two.error;
 }
 
-// Lets another reader read the line: the result is none if that is no JSON. Numbers that it cannot hold are JSON all the same.
+// What another reader makes of the line. Numbers that it cannot hold are JSON all the same.
 enum class Kind : uint8_t { NoJson, Json, BeyondNumbers };
 
 Kind KindOf(std::string_view line, Json *json)

@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
           TextEncoding::MacChinese, TextEncoding::MacKorean})
         Decode(encoding, {data, data + size});
     for (int16_t script = -1; script <= 4; ++script) {
-        // A block of its own for each: a byte too far is seen.
+        // Each has a block of its own, so that a byte too far is seen.
         std::vector<uint8_t> text(data, data + size);
         const auto length = static_cast<int32_t>(size);
         vx::PCToMacVerticalEncoding(text.data(), length, script);

@@ -8,7 +8,7 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kReadAtOnce = size_t{1} << 20; // of the document, stays in memory
+constexpr size_t kReadAtOnce = size_t{1} << 20; // so much of the document stays in memory
 
 } // namespace
 

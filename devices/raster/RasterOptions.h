@@ -27,7 +27,7 @@ struct RasterOptions : ScreenOptions {
 
 struct PictureSize {
     int width = 0, height = 0; // at least 1 when there is no error
-    Failure failure;           // there can be no such picture
+    Failure failure;           // why there can be no such picture
 };
 
 PictureSize FindPictureSize(const Box &box, const RasterOptions &options);

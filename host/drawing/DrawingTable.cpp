@@ -49,7 +49,7 @@ void SetOverprint(void *reference, int32_t on)
     Run(reference, [&](Drawing &to) { to.SetOverprint(on != 0); });
 }
 
-// The second argument is always 0. Should it ever be another, the matrix is concatenated all the same.
+// The last argument is always 0, and not looked at.
 void Concat(void *reference, const FixedMatrix *matrix, int32_t)
 {
     Run(reference, [&](Drawing &to) {

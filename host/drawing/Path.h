@@ -24,7 +24,7 @@ struct Matrix {
     friend bool operator==(const Matrix &, const Matrix &) = default;
 };
 
-// first, then second.
+// The matrix that maps by first, then by second.
 inline Matrix Product(const Matrix &first, const Matrix &second)
 {
     return {first.a * second.a + first.b * second.c,

@@ -12,7 +12,7 @@ namespace
 // Control points of a quarter of the unit circle lie this far along its tangents.
 constexpr double kQuarter = 0.5522847498307936;
 
-// Of the distance at which they touch.
+// So much of the distance at which the circles touch.
 constexpr double kMostOffCentre = 0.99;
 
 Point Between(Point from, Point to, double t)

@@ -64,7 +64,7 @@ void TextShow::Show(const ZRKTextRecord *first, int32_t mode)
     drawing_->CountShow();
     if (glyphs_ == nullptr)
         return;
-    // What clips is one shape, so it is of one kind.
+    // A text that clips is one shape, so it is shown in one way, as runs or as shapes.
     const bool showsShapes = clips && !CanShowAll(first);
     const char *name = nullptr;
     const TextFont *font = nullptr;
@@ -114,7 +114,7 @@ TextShow::PaintedString TextShow::Describe(const ZRKTextRecord &first)
     return {std::hash<std::string>()(text), place, place, first.next == record};
 }
 
-// True when the string that clips was painted too. That is painted no more.
+// True when the string that clips was painted before; its record of that is used up.
 bool TextShow::TakePainted(const PaintedString &clipped, const ZRKTextRecord &first, bool beginsChain)
 {
     // A string that goes on from text that does not clip has no place to compare.
@@ -182,7 +182,7 @@ bool TextShow::CanShowAll(const ZRKTextRecord *first) const
     return true;
 }
 
-// Record by record, so that a stroke stands on the fill of its own characters.
+// Text is painted record by record, so that a stroke stands on the fill of its own characters.
 void TextShow::ShowShape(int32_t mode)
 {
     if ((mode & kZRKShowFill) != 0)
@@ -193,7 +193,7 @@ void TextShow::ShowShape(int32_t mode)
         AddToClip();
 }
 
-// A chain may be as long as the document.
+// Counts what a chain holds, which may be as long as the document.
 void TextShow::TakeBytes(size_t bytes)
 {
     drawing_->Budget().Take(bytes);

@@ -9,9 +9,9 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kMaxNameLength = 80; // of the plug-in's buffer
+constexpr size_t kMaxNameLength = 80; // the plug-in's buffer holds no more
 constexpr size_t kMaxReach = 16384;   // bytes from a name to its operator: an encoding may stand between
-constexpr size_t kReadAtOnce = size_t{1} << 20; // of the document, stays in memory
+constexpr size_t kReadAtOnce = size_t{1} << 20; // so much of the document stays in memory
 constexpr std::string_view kBlanks = {" \t\r\n\f\0", 6};
 constexpr std::string_view kDelimiters = {" \t\r\n\f\0()[]{}/%", 14};
 
@@ -48,7 +48,7 @@ bool ReadOperands(std::string_view *text, Operands *operands)
             text->remove_prefix(1);
             const std::string_view name = TakeToken(text);
             if (depth > 0)
-                continue; // a glyph's, in an encoding
+                continue; // a glyph's name in an encoding
             operands->firstName = operands->lastName.empty() ? name : operands->lastName;
             operands->lastName = name;
         } else if (kDelimiters.find(character) != std::string_view::npos) {
@@ -126,7 +126,7 @@ std::vector<AskedFont> ScanFontNames(const Document &document)
         if (operands.operation == "TZ")
             AddReencoded(operands, &fonts);
         else if ((operands.operation == "Tf" || operands.operation == "z") && !operands.lastName.empty())
-            (void)AddAskedFont(operands.lastName.substr(1), &fonts); // full is full
+            (void)AddAskedFont(operands.lastName.substr(1), &fonts); // a full list takes no more
     }
     return fonts;
 }

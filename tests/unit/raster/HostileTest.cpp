@@ -9,7 +9,7 @@ namespace vxhost
 namespace
 {
 
-// Drawn at 50 times, the page 8 by 8 points in size: 400 by 400 pixels.
+// The page of 8 by 8 points is drawn 50 times as large: 400 by 400 pixels.
 const PixelCase kHuge[] = {
     {"ATriangleAroundThePage", "-32767 -32767 m 32767 -32767 l 0 32767 l h f", 200, 200, "0 0 0"},
     {"ADiagonalAcrossThePage", "-32767 -32767 m 32767 32767 l -32767 32767 l h f", 100, 200, "0 0 0"},
