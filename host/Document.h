@@ -24,6 +24,8 @@ struct DocumentLimits {
 class Document
 {
   public:
+    static constexpr size_t kReadAtOnce = size_t{1} << 20; // readers leave what they have read in such pieces
+
     // Each returns null on failure, with error one line for a person ("is a directory", "no such file …"). The line is
     // empty when a limit of reading was hit; end, unless it is null, says which.
     static std::unique_ptr<Document> Open(const std::string &path, std::string *error,
@@ -45,7 +47,7 @@ class Document
     // Whether somebody wrote to the file since it was mapped, or cut it. Then nobody knows which bytes were read, and
     // those that are gone may have ended the process that looked at them.
     bool HasChanged() const;
-    double SecondsRead() const { return secondsRead_; } // that reading it took
+    double SecondsRead() const { return secondsRead_; } // how long reading it took
 
   private:
     Document() = default;

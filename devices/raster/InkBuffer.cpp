@@ -26,7 +26,7 @@ constexpr size_t kLineWords = std::size(CacheLine().words);
 // Four samples are worked on at a time, since each step is one machine instruction then.
 using FourSamples = InkWord __attribute__((vector_size(16)));
 
-// For four bits of a mask, the lowest first, all ones where a bit is set.
+// The four samples that each four bits of a mask stand for, the lowest first: all ones where a bit is set.
 constexpr auto kFourSamples = [] {
     std::array<FourSamples, 16> four = {};
     for (unsigned bits = 0; bits < 16; ++bits) {

@@ -20,10 +20,8 @@ constexpr Verb kDiscVerbs[] = {Verb::Move, Verb::Curve, Verb::Curve, Verb::Curve
 // apart.
 constexpr double kExact = 1e-6;
 
-// Control points of a quarter of the unit circle lie this far along its tangents, but for the rounding to 16.16, which
-// shows in the smallest discs.
-constexpr double kQuarter = 0.5522847498307936;
-constexpr double kQuarterError = 0.01;
+// Blends round the control points of circles to 16.16, which shows in the smallest discs.
+constexpr double kControlError = 0.01;
 
 // How far from its place a centre may be, in steps of the radius.
 constexpr double kPlaceError = 0.1;
@@ -48,11 +46,11 @@ bool DiscBlend::ReadDisc(const Path &path, Disc *disc)
     disc->v = v;
     if (p[12] != p[0] || !AreNear((p[3] + p[9]) * 0.5, centre, kExact) || Cross(u, v) == 0)
         return false;
-    const double error = kQuarterError * (Length(u) + Length(v));
+    const double error = kControlError * (Length(u) + Length(v));
     const auto isAt = [&](int i, double x, double y) { return AreNear(p[i], centre + u * x + v * y, error); };
-    return isAt(1, 1, kQuarter) && isAt(2, kQuarter, 1) && isAt(4, -kQuarter, 1) && isAt(5, -1, kQuarter) &&
-           isAt(7, -1, -kQuarter) && isAt(8, -kQuarter, -1) && isAt(10, kQuarter, -1) &&
-           isAt(11, 1, -kQuarter);
+    return isAt(1, 1, kArcControl) && isAt(2, kArcControl, 1) && isAt(4, -kArcControl, 1) &&
+           isAt(5, -1, kArcControl) && isAt(7, -1, -kArcControl) && isAt(8, -kArcControl, -1) &&
+           isAt(10, kArcControl, -1) && isAt(11, 1, -kArcControl);
 }
 
 bool DiscBlend::Continues(const Disc &disc, const Paint &paint) const

@@ -41,7 +41,7 @@ class GlyphSource
     // The first character of text, which is not empty; if isUpright, in its form for a column.
     virtual Glyph Next(std::span<const uint8_t> text, bool isUpright) = 0;
 
-    // In the order of their first strings.
+    // The fonts that strings began in, in the order of their first ones.
     virtual std::vector<FontUse> FontsUsed() const = 0;
 };
 

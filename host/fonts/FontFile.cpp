@@ -50,7 +50,7 @@ class OutlineBuilder
 
     void Fail() { hasFailed_ = true; }
 
-    // With the outer contours anticlockwise, whatever the format's own way is.
+    // The outline, with its outer contours anticlockwise whatever the format's own way is.
     Path Take()
     {
         if (hasFailed_)

@@ -79,7 +79,7 @@ void ReleaseSuffixes(const HostCallRecord *record, char **suffixes, int16_t coun
     }
 }
 
-// Where a name of that length ends without its suffix.
+// The length of a name, of length bytes, without its suffix.
 size_t LengthWithoutSuffix(const char *name, size_t length, char *const *suffixes, int32_t count)
 {
     if (length == 0)

@@ -16,16 +16,6 @@ namespace
 using namespace vx;
 using namespace vxtest;
 
-struct TextStream {
-    TestReader reader;
-    LineStream lines;
-
-    explicit TextStream(const std::string &bytes) : reader(bytes)
-    {
-        InitializeLineStream(&lines, &reader.reader, static_cast<int32_t>(bytes.size()), nullptr);
-    }
-};
-
 struct SkipCase {
     const char *name;
     std::string text;
