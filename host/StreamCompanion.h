@@ -17,7 +17,8 @@ class StreamCompanion
     StreamCompanion &operator=(const StreamCompanion &) = delete;
     virtual ~StreamCompanion() = default;
 
-    // Sees bytes on their way to the plug-in, from that offset of the document. It may change them, but not their number.
+    // Sees bytes on their way to the plug-in, from that offset of the document. It may change them, but not their
+    // number.
     virtual void Deliver(std::span<std::byte> bytes, size_t offset) = 0;
     // Is called when the plug-in takes its next line: those before it have been carried out, and nothing of this one.
     virtual void BeginLine() = 0;

@@ -63,8 +63,8 @@ class FontProgram
     virtual CharacterCollection Collection() const { return {}; }
     virtual std::string GlyphName(uint32_t) const { return {}; } // of a Type 1 font
 
-    // The font with the glyphs that are marked, or all of them where IsSubset says no. Empty when the file turns out to be
-    // damaged.
+    // The font with the glyphs that are marked, or all of them where IsSubset says no. Empty when the file turns out to
+    // be damaged.
     virtual EmbeddedProgram Embed(const std::vector<bool> &used) const = 0;
     virtual bool IsSubset() const { return true; }
 };

@@ -107,7 +107,8 @@ class PdfDevice final : public Device
     void ClipPath(const Path &path) override
     {
         program_->text.End();
-        // A clip that hides everything is drawn as a clip to a place beside the page: no reader can round that to a pixel.
+        // A clip that hides everything is drawn as a clip to a place beside the page: no reader can round that to a
+        // pixel.
         if (HasSegments(path))
             program_->content.AddPath(path);
         else

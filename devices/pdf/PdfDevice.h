@@ -32,8 +32,8 @@ struct PdfOptions {
 // returned no failure.
 std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, std::string *error);
 
-// Why such a file cannot be made of that page, if it cannot. A device that is given the page all the same fails with this
-// at its end.
+// Why such a file cannot be made of that page, if it cannot. A device that is given the page all the same fails with
+// this at its end.
 Failure WhyNoPdf(const PdfOptions &options, const Page &page);
 
 } // namespace vxhost

@@ -12,8 +12,8 @@ namespace vxhost::pdf
 namespace
 {
 
-// In 1/1000 em. A glyph that is nearer to its place is not moved; for one that is further away a new line begins, so that
-// numbers stay in every reader's range.
+// In 1/1000 em. A glyph that is nearer to its place is not moved; for one that is further away a new line begins, so
+// that numbers stay in every reader's range.
 constexpr double kNear = 0.1, kFar = 20000;
 // A column moves on by this after every glyph.
 constexpr double kColumnAdvance = -1000;

@@ -1,7 +1,7 @@
 // Text objects: sets runs of glyphs so that every glyph stands where its origin says, in few operators.
 //
-// It knows where the next glyph would stand by itself. Where that is not its place, a number between two strings or a new
-// line moves it.
+// It knows where the next glyph would stand by itself. Where that is not its place, a number between two strings or a
+// new line moves it.
 #pragma once
 
 #include "devices/pdf/ContentStream.h"
@@ -20,8 +20,8 @@ class TextWriter
   public:
     TextWriter(ContentStream *content, GraphicsState *state) : content_(content), state_(state) {}
 
-    // Begin opens a text object unless one is open, End closes it if one is. Nothing but text, colours and line attributes
-    // may stand in between.
+    // Begin opens a text object unless one is open, End closes it if one is. Nothing but text, colours and line
+    // attributes may stand in between.
     void Begin();
     void End();
 

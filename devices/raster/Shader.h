@@ -27,8 +27,8 @@ class Shader
     bool Covers(const Bounds &samples) const; // true only if the part's outline surely lies outside of them
     // Is called once for each part, before it is painted.
     void MixInks();
-    // Paints the samples of mask in neighbouring pixels of row y, which is selected in the buffer. Pixels of one ink, such
-    // as a single one at an edge, go a shorter way: the loops for many take longer to begin.
+    // Paints the samples of mask in neighbouring pixels of row y, which is selected in the buffer. Pixels of one ink,
+    // such as a single one at an edge, go a shorter way: the loops for many take longer to begin.
     void Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
     {
         if (right - left == 1 || isLevel_)

@@ -67,7 +67,8 @@ bool Gradients::PaintAxial(const Shading &shading, const Matrix &matrix)
     if (area == 0)
         return false;
     const Ramp ramp = FindRamp(shading, kAxial);
-    // The colours of a shading stay the same along the picture of its y axis, those of a gradient along lines square to it.
+    // The colours of a shading stay the same along the picture of its y axis, those of a gradient along lines square to
+    // it.
     const Point start = matrix.Map({0, 0});
     const Point normal = {matrix.d, -matrix.c};
     const double way = area / (normal.x * normal.x + normal.y * normal.y);

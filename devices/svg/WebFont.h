@@ -39,8 +39,8 @@ class WebFont
 
     // Takes the character into the embedded font, if that shows the glyph for it; false if not.
     bool Take(char32_t character, uint32_t glyph);
-    // By how many ems a viewer that kerns sets the second character nearer or farther than the widths say. An em where it
-    // would make one glyph of both.
+    // By how many ems a viewer that kerns sets the second character nearer or farther than the widths say. An em where
+    // it would make one glyph of both.
     double Kerning(char32_t first, char32_t second);
     // In ems, y up.
     const Path &Outline(uint32_t glyph);

@@ -44,8 +44,8 @@ Frame FindFrame(const Matrix &matrix)
     frame.isPlain = false;
     const double ratio = std::max(ellipse.ratio, kLeastRatio);
     const double cos = std::cos(ellipse.angle), sin = std::sin(ellipse.angle);
-    // The matrix is symmetric: it turns the long axis onto x, squeezes across it, and turns back. So what only stretches
-    // along the axes stays a stretch along the axes.
+    // The matrix is symmetric: it turns the long axis onto x, squeezes across it, and turns back. So what only
+    // stretches along the axes stays a stretch along the axes.
     const auto stretch = [&](double across) {
         const double mixed = cos * sin * (1 - across);
         return Matrix{cos * cos + sin * sin * across, mixed, mixed, sin * sin + cos * cos * across, 0, 0};

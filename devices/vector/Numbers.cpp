@@ -28,8 +28,8 @@ int64_t Nearest(double value)
     return static_cast<int64_t>(value < 0 ? value - 0.5 : value + 0.5);
 }
 
-// The digits of a value below 10,000, a byte each, the first in the lowest. All four are made at once: a processor hardly
-// guesses how many a number has, and a wrong guess takes longer than a digit.
+// The digits of a value below 10,000, a byte each, the first in the lowest. All four are made at once: a processor
+// hardly guesses how many a number has, and a wrong guess takes longer than a digit.
 uint32_t FourDigits(uint32_t value)
 {
     const uint32_t hundreds = value * 5243 >> 19;
@@ -72,8 +72,8 @@ char *WriteDecimals(uint64_t value, int places, char *to)
     return to + places;
 }
 
-// The fewest decimals that tell fraction / 65536 from its neighbours: with them the nearest decimal is less than half of 1/65536
-// away. Five always do.
+// The fewest decimals that tell fraction / 65536 from its neighbours: with them the nearest decimal is less than half
+// of 1/65536 away. Five always do.
 int PlacesOf(uint32_t fraction)
 {
     uint32_t enough = 1U << 5;

@@ -44,8 +44,8 @@ struct Shading {
     Path ground = {};
 };
 
-// Whether inner lies well inside outer. Circles that nearly touch make no cone that reaches all around them, and viewers
-// draw such gradients wrongly.
+// Whether inner lies well inside outer. Circles that nearly touch make no cone that reaches all around them, and
+// viewers draw such gradients wrongly.
 bool AreNested(const Shading::Circle &outer, const Shading::Circle &inner);
 
 // What the shading covers between two parameters: a strip of the square, or the disc of the first, or the ground.

@@ -26,8 +26,8 @@ class StripBlend
     // The corners as a strip is drawn: along one edge, over on the far side, and back along the other edge.
     struct Quad {
         Point near0, far0, far1, near1;
-        // The same corners begun elsewhere: turned orientation / 2 times, and mirrored if it is odd, 0 to 7. 0 and 1 keep
-        // the direction.
+        // The same corners begun elsewhere: turned orientation / 2 times, and mirrored if it is odd, 0 to 7. 0 and 1
+        // keep the direction.
         Quad Oriented(int orientation) const;
     };
     // A ramp, or, without spans, a strip of one colour.

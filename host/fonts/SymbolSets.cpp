@@ -12,8 +12,8 @@ constexpr uint8_t kLowerFirst = 0x20;
 constexpr uint8_t kLowerEnd = 0x80;
 constexpr uint8_t kUpperFirst = 0xA0;
 
-// Codes from 0x20 on. The extension of the radical sign has no character of its own, so it keeps the place that makers of fonts
-// agreed on.
+// Codes from 0x20 on. The extension of the radical sign has no character of its own, so it keeps the place that makers
+// of fonts agreed on.
 constexpr std::array<char16_t, 96> kSymbolLower = {
     0x0020, 0x0021, 0x2200, 0x0023, 0x2203, 0x0025, 0x0026, 0x220B, 0x0028, 0x0029, 0x2217, 0x002B,
     0x002C, 0x2212, 0x002E, 0x002F, 0x0030, 0x0031, 0x0032, 0x0033, 0x0034, 0x0035, 0x0036, 0x0037,

@@ -1,5 +1,5 @@
-// Arrows point one way: cli -> library -> devices -> host -> sdk, and plugin -> sdk. Within the plug-in all begin at its
-// entry: no other folder of it includes that.
+// Arrows point one way: cli -> library -> devices -> host -> sdk, and plugin -> sdk. Within the plug-in all begin at
+// its entry: no other folder of it includes that.
 #include <gtest/gtest.h>
 
 #include <filesystem>
