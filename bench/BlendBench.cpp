@@ -18,14 +18,14 @@ constexpr int kInstances = 1000;
 class Drawer
 {
   public:
-    // An empty error is success.
+    // Returns the error, empty on success.
     std::string Load()
     {
         installation_.plugin = vxhost::Plugin::Load(VX_PLUGIN_FILE, &error_);
         return installation_.plugin == nullptr ? error_ : "";
     }
 
-    // Seconds of the processor; below 0 when the drawing failed.
+    // The processor's seconds; below 0 when the drawing failed.
     double Time(const std::string &text, double dpi)
     {
         const auto document = vxhost::Document::FromMemory(std::as_bytes(std::span(text)), &error_);

@@ -133,7 +133,7 @@ void AppendRadialInstance(std::string *text, int x, int y, int size)
     *text += "f\n0 BB\n";
 }
 
-// So many of them, or, where that is more, as many as fill so many bytes.
+// So many instances, or as many as fill so many bytes, whichever is more.
 std::string MakeInstances(int count, size_t bytes, bool flat)
 {
     constexpr int kSize = 100;

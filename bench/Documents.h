@@ -25,7 +25,7 @@ constexpr int kPageWidth = 1000, kPageHeight = 800;
 
 // So many outlines of curves, each filled with a gradient, linear and radial in turn, of process colours.
 std::string MakeGradientDocument(int instances);
-// As many as fill at least size bytes.
+// The same with as many outlines as fill at least size bytes.
 std::string MakeGradientPage(size_t size);
 // The same outlines, each filled with one colour.
 std::string MakeFlatDocument(int instances);

@@ -15,7 +15,7 @@ namespace vxbench
 namespace
 {
 
-// Operators of PostScript are told here what ours do; PDF has most of them under the same names.
+// This tells PostScript our operators; PDF has most of them under the same names.
 constexpr const char *kPostScriptHead =
     "%!PS-Adobe-3.0\n"
     "<< /PageSize [1000 800] >> setpagedevice\n"
@@ -115,7 +115,7 @@ class Translator
         }
     }
 
-    // By plain arithmetic: what is measured is paths.
+    // Plain arithmetic will do, since paths are what is measured.
     static std::string ScreenColour(std::string_view operands)
     {
         std::array<double, 4> inks = {};

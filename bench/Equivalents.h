@@ -9,7 +9,8 @@ namespace vxbench
 
 enum class Language { PostScript, Pdf, Svg };
 
-// Of a document that MakePathDocument or MakeTextPage made: each line is one operator of theirs with its operands.
+// Translates a document that MakePathDocument or MakeTextPage made: each line of those is one operator with its
+// operands.
 std::string Translate(std::string_view document, Language language);
 
 } // namespace vxbench

@@ -8,7 +8,7 @@
 namespace vxbench
 {
 
-// The drawing is a count of calls.
+// The table's drawing is a count of calls.
 inline ZRKProcs MakeIdleTable()
 {
     ZRKProcs procs = {};

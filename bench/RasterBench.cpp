@@ -11,13 +11,13 @@ namespace
 
 using namespace vxhost;
 
-constexpr double kPageWidth = 1000, kPageHeight = 800; // points, and pixels at zoom 1
+constexpr double kPageWidth = 1000, kPageHeight = 800; // points, and pixels at 72 an inch
 
 RasterOptions Options(double zoom = 1)
 {
     RasterOptions options;
     options.dpi = 72;
-    options.zoom = zoom;
+    options.dpi = 72 * zoom;
     return options;
 }
 

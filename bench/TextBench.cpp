@@ -20,7 +20,7 @@ constexpr int kStrings = 100000;
 constexpr int kFewFonts = 30;
 constexpr int kManyFonts = 3000;
 
-// Those that the document asks for are the last ones of the list.
+// The fonts that the document asks for are the last ones of the list.
 vxhost::FixedFontList MakeFonts(int count)
 {
     std::vector<std::string> names;
@@ -41,7 +41,7 @@ class IdleParse
     {
     }
 
-    // Seconds of the processor, which other work on the machine does not add to; negative when the parse failed.
+    // The processor's seconds, to which other work on the machine does not add; below 0 when the parse failed.
     double Time(vxhost::FixedFontList &fonts) const
     {
         vxhost::ParseOptions options;
@@ -74,7 +74,7 @@ void LooksUpFonts(benchmark::State &state)
     vxhost::FixedFontList many = MakeFonts(kManyFonts);
     const IdleParse text(plugin.get(), vxbench::MakeTextDocument(kStrings));
     const IdleParse start(plugin.get(), vxbench::MakeTextDocument(0));
-    // The fastest of each says most of the code and least of the machine's other work.
+    // The fastest run of each says most about the code and least about the machine's other work.
     double fewText = std::numeric_limits<double>::max();
     double fewStart = fewText, manyText = fewText, manyStart = fewText;
     while (state.KeepRunning()) {

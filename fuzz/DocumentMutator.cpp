@@ -1,6 +1,6 @@
 // Changes documents so that most of them stay documents: whole lines come, go and trade places, operands and operators
-// become others, and so do the bytes at the end that say how the host behaves. What the library's own mutations of bytes
-// do comes on top.
+// become others, and so do the bytes at the end that say how the host behaves. The
+// library's own mutations of bytes come on top.
 #include "fuzz/HostileHost.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ extern "C" size_t LLVMFuzzerMutate(uint8_t *data, size_t size, size_t maxSize);
 namespace
 {
 
-// Distinct lines of the samples and of the documents of the tests, kLines; and every operator, kOperators.
+// Defines kLines, the distinct lines of the samples and of the tests' documents, and kOperators, every operator.
 #include "LineBank.inc"
 
 // Numbers at which arithmetic of 16 and 32 bits, counts and codes turn.
@@ -122,7 +122,7 @@ void ChangeLines(Random &random, std::vector<std::string> &lines)
     }
 }
 
-// Another behaviour for the same document. A byte that is no text, which 0 is, sets it off from the document.
+// Gives the same document another behaviour. A byte that is no text, as 0, sets that off from the document.
 size_t ChangeBehaviour(Random &random, uint8_t *data, size_t size, size_t maxSize)
 {
     constexpr size_t kBytes = sizeof(vxfuzz::Behaviour);
@@ -158,7 +158,7 @@ extern "C" size_t LLVMFuzzerCustomMutator(uint8_t *data, size_t size, size_t max
     return length;
 }
 
-// The beginning of one document and the end of the other, whole lines of both.
+// Joins the beginning of one document and the end of the other, whole lines of both.
 extern "C" size_t LLVMFuzzerCustomCrossOver(const uint8_t *first, size_t firstSize, const uint8_t *second,
                                             size_t secondSize, uint8_t *out, size_t maxSize, unsigned seed)
 {

@@ -2,6 +2,7 @@
 // the options that a person may choose. What a device completes must be a file of its kind; what it cannot write, because
 // the reader leaves or the disk is full, it must say.
 #include "fuzz/HostileHost.h"
+#include "fuzz/Require.h"
 
 #include "devices/pdf/PdfDevice.h"
 #include "devices/raster/RasterDevice.h"
@@ -15,8 +16,6 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
 
-#include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <fcntl.h>
 #include <memory>
@@ -29,14 +28,7 @@ namespace
 {
 
 using namespace vxhost;
-
-void Require(bool holds, const std::string &otherwise)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "draw: %s\n", otherwise.c_str());
-    std::abort();
-}
+using vxfuzz::Require;
 
 // It has the fonts of the tests' packages, so that every machine draws the same.
 const Installation &Installed()
@@ -48,7 +40,7 @@ const Installation &Installed()
     return installation;
 }
 
-// What is chosen, by the bytes at the input's end.
+// The options of a drawing, as the bytes at the input's end choose them.
 struct Choice {
     explicit Choice(const vxfuzz::Behaviour &bytes)
         : kind(static_cast<Kind>(bytes.seed % 4)), options(bytes.selector), writes(bytes.failures),
@@ -290,7 +282,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         page.box = {0, 0, 400, 400};
     const Made made(choice);
     const Outcome outcome = reading.Draw(page, *made.device);
-    if (outcome.result != kVXOutOfMemory) // then there is no output
+    if (outcome.result != kVXOutOfMemory) // without memory there is no output
         made.Check(outcome.failure);
     return 0;
 }

@@ -1,10 +1,9 @@
 // Fuzzes what is read of a document before it is interpreted: its header, by the plug-in and by its host, and its font names.
 #include "fuzz/HostileHost.h"
+#include "fuzz/Require.h"
 #include "host/fonts/FontNameScan.h"
 #include "host/reading/HeaderScan.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
@@ -15,11 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     std::string error;
     const auto document = vxhost::Document::FromMemory(bytes, &error);
     const std::vector<vxhost::AskedFont> fonts = vxhost::ScanFontNames(*document);
-    if (vxhost::WhyRefused(facts, size).find('\n') != std::string::npos ||
-        fonts.size() > vxhost::kMaxAskedFonts) {
-        std::fputs("header: a message of two lines, or too many fonts\n", stderr);
-        std::abort();
-    }
+    vxfuzz::Require(vxhost::WhyRefused(facts, size).find('\n') == std::string::npos,
+                    "a message of two lines");
+    vxfuzz::Require(fonts.size() <= vxhost::kMaxAskedFonts, "too many fonts");
     input.behaviour.selector = size % 2 == 0 ? kVXCanRead : kVXStreamInfo;
     vxfuzz::HostileHost host(input);
     host.Call();

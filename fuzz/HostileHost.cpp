@@ -1,10 +1,9 @@
 #include "fuzz/HostileHost.h"
 
+#include "fuzz/Require.h"
 #include "plugin/entry/VXParser.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -25,18 +24,6 @@ enum Missing : uint8_t {
     kShortTable = 16,
     kWarnings = 32
 };
-
-[[noreturn]] void Fail(const char *what)
-{
-    std::fprintf(stderr, "host: %s\n", what);
-    std::abort();
-}
-
-void Require(bool holds, const char *otherwise)
-{
-    if (!holds)
-        Fail(otherwise);
-}
 
 // The compiler may not leave a read out.
 volatile uint8_t g_seen;
@@ -240,7 +227,7 @@ void *HostileHost::Allocate(int32_t size, void *refcon)
     Require(size >= 0, "a block of negative size");
     if (host->input_.behaviour.failures != 0 && host->Roll() % host->input_.behaviour.failures == 0)
         return nullptr;
-    // Of exactly that size, so that a byte too far is seen, and not of zeros.
+    // The block has exactly that size, so that a byte too far is seen, and does not hold zeros.
     auto block = std::make_unique_for_overwrite<uint8_t[]>(static_cast<size_t>(size));
     std::memset(block.get(), 0xA5, static_cast<size_t>(size));
     void *const key = block.get();

@@ -28,7 +28,7 @@ struct Behaviour {
     uint8_t stops;    // reports whose number has its bit set are answered with "stop"
     uint8_t missing;  // bits: no drawing, no report, no progress, no table, a short table, warnings off
     uint8_t fonts;    // 0: three names; else how many, of odd shapes
-    uint8_t seed;     // of what happens now and then
+    uint8_t seed;     // decides when it happens what happens now and then
 };
 
 // Splits an input: the behaviour stands in the last bytes, so that a plain document is a well-behaved input as well.
@@ -60,7 +60,7 @@ class HostileHost
     static void Release(void *block, void *refcon);
     static uint8_t Report(const uint8_t *title, const uint8_t *message, int32_t titleEmpty);
     int32_t Deliver(void *to, int32_t wanted);
-    uint32_t Roll(); // of the dice
+    uint32_t Roll(); // rolls the dice
     void MakeFonts();
     void MakeTable();
 

@@ -1,15 +1,17 @@
 // The tokenizer: every token lies within its line or within the string buffer, and every call but the last moves on.
+#include "fuzz/Require.h"
 #include "plugin/body/ParseContext.h"
 #include "plugin/input/Lex.h"
 
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <vector>
 
 namespace
 {
+
+using vxfuzz::Require;
 
 void *Allocate(int32_t size, void *)
 {
@@ -18,14 +20,6 @@ void *Allocate(int32_t size, void *)
 void Release(void *block, void *)
 {
     std::free(block);
-}
-
-void Require(bool holds, const char *otherwise)
-{
-    if (!holds) {
-        std::fprintf(stderr, "lex: %s\n", otherwise);
-        std::abort();
-    }
 }
 
 bool HasText(vx::TokenKind kind)
@@ -49,7 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     StringBuffer buffer;
     Require(InitializeStringBuffer(&buffer, kCapacity, &memory), "no string buffer");
 
-    // A line of its own block: a byte too far is seen.
+    // The line has a block of its own, so that a byte too far is seen.
     const std::vector<uint8_t> line(data + 1, data + size);
     const uint8_t *const end = line.data() + line.size();
     BigString text = {line.data(), static_cast<int32_t>(line.size())};

@@ -11,7 +11,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 MAX_LINE = 200
-MAX_LIKE = 40  # drawings have thousands of curves, and rare operators shall come as often
+MAX_LIKE = 40  # drawings have thousands of curves, but rare operators should come as often
 
 
 def operators():

@@ -2,12 +2,11 @@
 //
 // Lines of JSON are held against another reader of it. Bytes are read as lines and as names that end in NUL.
 #include "cli/options/ManifestLines.h"
+#include "fuzz/Require.h"
 #include "host/reading/Utf8.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -17,16 +16,9 @@ namespace
 {
 
 using Json = nlohmann::json;
+using vxfuzz::Require;
 using vxhost::LineEnd;
 using vxhost::ManifestEntry;
-
-void Require(bool holds, const char *otherwise)
-{
-    if (!holds) {
-        std::fprintf(stderr, "manifest: %s\n", otherwise);
-        std::abort();
-    }
-}
 
 std::vector<ManifestEntry> Read(std::string_view bytes, LineEnd end, size_t piece)
 {
@@ -52,7 +44,7 @@ bool IsSame(const ManifestEntry &one, const ManifestEntry &two)
            one.error == two.error;
 }
 
-// Lets another reader read the line: the result is none if that is no JSON. Numbers that it cannot hold are JSON all the same.
+// What another reader makes of the line. Numbers that it cannot hold are JSON all the same.
 enum class Kind : uint8_t { NoJson, Json, BeyondNumbers };
 
 Kind KindOf(std::string_view line, Json *json)

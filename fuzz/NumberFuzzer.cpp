@@ -1,11 +1,11 @@
 // Numbers: the conversions from text against plain decimal arithmetic, and the fixed-point operations against wider ones.
+#include "fuzz/Require.h"
 #include "plugin/input/BigStrs.h"
 #include "plugin/input/Fixed.h"
 
 #include "host/drawing/FixedText.h"
 
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -13,13 +13,7 @@
 namespace
 {
 
-void Require(bool holds, const char *otherwise)
-{
-    if (!holds) {
-        std::fprintf(stderr, "number: %s\n", otherwise);
-        std::abort();
-    }
-}
+using vxfuzz::Require;
 
 // A sign, up to nine digits, a point and up to four: small enough that nothing saturates or is dropped.
 bool IsPlain(const std::string &text)

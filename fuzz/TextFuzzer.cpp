@@ -1,21 +1,14 @@
 // Bytes of text: what they mean in each character set, and the conversions that the plug-in makes in place.
+#include "fuzz/Require.h"
 #include "host/fonts/TextEncoding.h"
 #include "plugin/fonts/Encodings.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <vector>
 
 namespace
 {
 
-void Require(bool holds, const char *otherwise)
-{
-    if (!holds) {
-        std::fprintf(stderr, "text: %s\n", otherwise);
-        std::abort();
-    }
-}
+using vxfuzz::Require;
 
 void Decode(vxhost::TextEncoding encoding, const std::vector<uint8_t> &bytes)
 {
@@ -41,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
           TextEncoding::MacChinese, TextEncoding::MacKorean})
         Decode(encoding, {data, data + size});
     for (int16_t script = -1; script <= 4; ++script) {
-        // A block of its own for each: a byte too far is seen.
+        // Each has a block of its own, so that a byte too far is seen.
         std::vector<uint8_t> text(data, data + size);
         const auto length = static_cast<int32_t>(size);
         vx::PCToMacVerticalEncoding(text.data(), length, script);

@@ -20,7 +20,7 @@ class CappedHeap
     int64_t HeldBytes() const { return heldBytes_; }
     int64_t PeakBytes() const { return peakBytes_; }
     bool WasLimitHit() const { return wasLimitHit_; }
-    bool HasRefused() const { return hasRefused_; } // for the limit, or for want of memory
+    bool HasRefused() const { return hasRefused_; } // an allocation, for the limit or for want of memory
 
   private:
     static void *Allocate(int32_t size, void *refcon);

@@ -65,7 +65,7 @@ std::unique_ptr<Document> Document::FromDescriptor(int descriptor, std::string *
             return document;
         }
     }
-    // A pipe, or a file system that does not map or does not say how long its files are.
+    // What comes here is a pipe, or a file of a file system that does not map or does not tell lengths.
     using Clock = std::chrono::steady_clock;
     const Clock::time_point started = Clock::now();
     const ReadEnd reading =
@@ -102,7 +102,7 @@ void Document::Leave(size_t from, size_t to) const
     const auto page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
     const auto start = static_cast<size_t>(bytes_.data() - mapped_.data());
     const size_t first = (start + from) / page * page, last = (start + to) / page * page;
-    // Advice: where it is not taken the pages stay.
+    // This is advice: where the system does not take it, the pages stay.
     if (first < last)
         (void)::madvise(const_cast<std::byte *>(mapped_.data()) + first, last - first, MADV_DONTNEED);
 }

@@ -18,14 +18,16 @@ namespace vxhost
 
 struct DocumentLimits {
     FileKinds kinds = FileKinds::All;
-    ReadLimits reading; // of what is not mapped
+    ReadLimits reading; // for what is not mapped
 };
 
 class Document
 {
   public:
-    // Each returns null and sets error to one line for a person ("is a directory", "no such file …"). It is empty when
-    // a limit of reading was hit, and end, unless it is null, says which.
+    static constexpr size_t kReadAtOnce = size_t{1} << 20; // readers leave what they have read in such pieces
+
+    // Each returns null on failure, with error one line for a person ("is a directory", "no such file …"). The line is
+    // empty when a limit of reading was hit; end, unless it is null, says which.
     static std::unique_ptr<Document> Open(const std::string &path, std::string *error,
                                           const DocumentLimits &limits = {}, ReadEnd *end = nullptr);
     static std::unique_ptr<Document> FromDescriptor(int descriptor, std::string *error,
@@ -38,14 +40,14 @@ class Document
     ~Document();
 
     std::span<const std::byte> Bytes() const { return bytes_; }
-    // What lies between the two has been read: of a mapped file it need not stay in memory, and comes back when it is
-    // read again. So memory does not follow the document's length.
+    // Says that the bytes from `from` to `to` have been read. Those of a mapped file need not stay in memory then, and
+    // come back when they are read again: so memory does not follow the document's length.
     void Leave(size_t from, size_t to) const;
 
     // Whether somebody wrote to the file since it was mapped, or cut it. Then nobody knows which bytes were read, and
     // those that are gone may have ended the process that looked at them.
     bool HasChanged() const;
-    double SecondsRead() const { return secondsRead_; } // that reading it took
+    double SecondsRead() const { return secondsRead_; } // how long reading it took
 
   private:
     Document() = default;

@@ -5,13 +5,6 @@
 namespace vxhost
 {
 
-namespace
-{
-
-constexpr size_t kReadAtOnce = size_t{1} << 20; // of the document, stays in memory
-
-} // namespace
-
 int32_t DocumentReader::Read(StreamReader *stream, int32_t op, void *arg, int32_t *inout)
 {
     DocumentReader *self = reinterpret_cast<Link *>(stream)->reader;
@@ -35,7 +28,7 @@ int32_t DocumentReader::Deliver(void *to, int32_t wanted)
         RunCallback([&] { companion_->Deliver({static_cast<std::byte *>(to), count}, position_); });
     position_ += count;
     furthest_ = std::max(furthest_, position_);
-    if (position_ - left_ >= kReadAtOnce) {
+    if (position_ - left_ >= Document::kReadAtOnce) {
         document_.Leave(left_, position_);
         left_ = position_;
     }

@@ -1,7 +1,7 @@
 // The plug-in's StreamReader over a document's bytes.
 //
-// Reads are copies out of memory. The position stays within the document whatever it is set to, and once the
-// call has failed nothing more is delivered, which ends the parse.
+// Reads are copies out of memory. The position stays within the document whatever it is set to. Once a callback of
+// the call has failed nothing more is delivered, which ends the parse.
 #pragma once
 
 #include "host/Document.h"
@@ -20,7 +20,7 @@ namespace vxhost
 class DocumentReader
 {
   public:
-    // The document must outlive the reader, and so must the companion; null: none.
+    // The document must outlive the reader, and so must the companion, which may be null.
     explicit DocumentReader(const Document &document, StreamCompanion *companion = nullptr)
         : document_(document), companion_(companion), bytes_(document.Bytes())
     {
@@ -48,7 +48,7 @@ class DocumentReader
     StreamCompanion *companion_;
     std::span<const std::byte> bytes_;
     size_t position_ = 0;
-    size_t left_ = 0; // what was read before it has been left
+    size_t left_ = 0; // the document's bytes before it have been given to Document::Leave
     size_t furthest_ = 0;
     Link link_{};
 };

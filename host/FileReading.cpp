@@ -77,7 +77,7 @@ std::string WhichKindIsRefused(mode_t mode, FileKinds allowed)
 
 int OpenToRead(const std::string &path, FileKinds allowed, std::string *error)
 {
-    // Opening alone may start something: a writer that waits for a reader, a tape.
+    // The kind is looked at first, since opening alone may start something: a writer that waits for a reader, a tape.
     struct stat status;
     if (stat(path.c_str(), &status) == 0) {
         *error = RefusalOf(status.st_mode, allowed);
@@ -89,7 +89,7 @@ int OpenToRead(const std::string &path, FileKinds allowed, std::string *error)
         *error = OpenError(errno);
         return -1;
     }
-    // It may be another one by now.
+    // The name may mean another file by now.
     *error = fstat(descriptor, &status) != 0 ? OpenError(errno) : RefusalOf(status.st_mode, allowed);
     if (error->empty())
         return descriptor;
@@ -103,7 +103,7 @@ Descriptor::~Descriptor()
         close(number_);
 }
 
-// By realloc, which moves pages instead of copying what they hold.
+// realloc moves the pages of large blocks instead of copying what they hold.
 bool HeldBytes::Resize(size_t capacity)
 {
     void *moved = std::realloc(bytes_.get(), capacity);
@@ -137,7 +137,7 @@ ReadEnd HeldBytes::ReadAll(int descriptor, const ReadLimits &limits)
         if (length_ > limits.bytes)
             return ReadEnd::TooLong;
     }
-    (void)Resize(std::max<size_t>(length_, 1)); // what is not needed would count as well
+    (void)Resize(std::max<size_t>(length_, 1)); // room that is not needed would count as memory, too
     return ReadEnd::Whole;
 }
 

@@ -1,5 +1,5 @@
 // Opens and reads what a user names, whatever it is: a pipe that nobody writes to and a device without end cost no more
-// than they may.
+// than the limits allow.
 #pragma once
 
 #include <cstddef>
@@ -22,7 +22,7 @@ enum class FileKinds { Regular, Pipes, All };
 // "a pipe" for a mode that stat tells; empty for a file that is allowed. Never allowed is a directory.
 std::string WhichKindIsRefused(mode_t mode, FileKinds allowed);
 
-// Waits for nobody at the other end of a pipe. -1 on failure, with error one line for a person.
+// Opens without waiting for somebody at the other end of a pipe. -1 on failure, with error one line for a person.
 int OpenToRead(const std::string &path, FileKinds allowed, std::string *error);
 
 class Descriptor
@@ -33,7 +33,7 @@ class Descriptor
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
     int Get() const { return number_; }
-    void Take(int number) { number_ = number; } // of one that holds none
+    void Take(int number) { number_ = number; } // it must hold none yet
 
   private:
     int number_;
@@ -46,7 +46,7 @@ struct ReadLimits {
 
 enum class ReadEnd { Whole, Failed, TooLong, TooLate };
 
-// All that a descriptor delivers.
+// The bytes that a descriptor delivered, to its end or to the limit.
 class HeldBytes
 {
   public:

@@ -8,8 +8,8 @@
 namespace vxhost
 {
 
-// JSON may hold the last control character of ASCII and those of the next 32 codes as they are, and there are terminals
-// that obey them. They stand in strings alone, where they can be escaped. json is UTF-8.
+// JSON may hold the control characters U+007F to U+009F as they are, and there are terminals that obey them. They can
+// only stand in strings, where they are escaped here. json is UTF-8.
 inline std::string EscapeControls(std::string_view json)
 {
     constexpr char kDigits[] = "0123456789abcdef";

@@ -18,7 +18,7 @@ class MemoryWatch
     MemoryWatch() : before_(std::exchange(errno, 0)) {}
     ~MemoryWatch()
     {
-        if (!HasRunOut()) // else a watch around this one is to see it too
+        if (!HasRunOut()) // a watch around this one is to see a lack of memory too
             errno = before_;
     }
     MemoryWatch(const MemoryWatch &) = delete;

@@ -4,6 +4,8 @@
 #include "host/Failure.h"
 #include "host/drawing/Device.h"
 
+#include <vx/Toolbox.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -13,13 +15,10 @@ namespace vxhost
 
 // One problem that the plug-in reported, in order.
 struct Report {
-    int number =
-        0; // 1 pattern, 2 embedded PostScript, 3 unknown operator, 4 binary data, 5 font substitution
+    int number = 0; // kVXProblemPattern and its like; 0 when the title is not one of the host's
     std::string title;
     std::string message;
 };
-
-constexpr int kFontProblem = 5;
 
 // Exact: a font of that PostScript name. StandIn: metric-compatible. Substitute: the best match of another design.
 enum class FontMatch : uint8_t { Exact, StandIn, Substitute, Missing };

@@ -21,16 +21,17 @@ namespace vxhost
 {
 
 struct ParseOptions {
-    const FontList *fonts = nullptr;     // must be set; may be shared by threads
-    WidthSource *widths = nullptr;       // of those fonts; this parse's own. null: no character has a width
-    GlyphSource *glyphs = nullptr;       // of those fonts, for Draw; null: text is counted and not drawn
-    int32_t systemScript = 0;            // 0 Roman, 1 Japanese, 2 traditional Chinese, 3 Korean
-    int64_t maxHeap = int64_t{64} << 20; // bytes that the plug-in may hold at once
+    const FontList *fonts = nullptr; // must be set; may be shared by threads
+    WidthSource *widths =
+        nullptr; // the widths of those fonts, for this parse alone; null: no character has one
+    GlyphSource *glyphs = nullptr; // the glyphs of those fonts, for Draw; null: text is counted and not drawn
+    int32_t systemScript = kVXScriptRoman;
+    int64_t maxHeap = int64_t{64} << 20;     // bytes that the plug-in may hold at once
     int64_t maxDrawing = int64_t{256} << 20; // bytes that Draw may hold at once in paths and saved states
     bool report = true;                      // false: the once-only warnings are off
-    std::function<bool(const Report &)> onReport;                // true stops the parse; null goes on
+    std::function<bool(const Report &)> onReport;                // true stops the parse; null: it goes on
     std::function<void(int64_t read, int64_t total)> onProgress; // neither is below 0; null: none
-    StreamCompanion *companion = nullptr;                        // of Parse and Draw; null: none
+    StreamCompanion *companion = nullptr;                        // goes along with Parse and Draw; null: none
 };
 
 class Plugin
@@ -44,8 +45,8 @@ class Plugin
     Plugin &operator=(const Plugin &) = delete;
     ~Plugin();
 
-    // Selectors are called with what a caller's procedures throw kept off the plug-in's frames: the parse ends early
-    // and the exception goes on from here. Lack of memory is not thrown, it is the outcome's result.
+    // What a caller's procedures throw does not cross the plug-in's frames: the parse ends early, and the exception
+    // goes on from here. Lack of memory is not thrown, it is the outcome's result.
 
     // Selector 4: box and monochrome flag; result other than 0 means not a VX document.
     Outcome ReadInfo(const Document &document, const ParseOptions &options) const;

@@ -63,7 +63,7 @@ bool ReservedMemory::IsReserve(const void *block) const
 void *ReservedMemory::TakeReserve(size_t size)
 {
     const size_t taken =
-        sizeof(BlockHeader) * (2 + size / sizeof(BlockHeader)); // whole ones keep all aligned
+        sizeof(BlockHeader) * (2 + size / sizeof(BlockHeader)); // whole headers keep every block aligned
     if (taken > kReserve - taken_)
         return nullptr;
     auto *header = new (reserve_.data() + taken_) BlockHeader{size};

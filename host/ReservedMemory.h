@@ -33,7 +33,7 @@ class ReservedMemory
     void *TakeReserve(size_t size);
 
     bool hasRunOut_ = false;
-    size_t taken_ = 0; // of the reserve; nothing comes back
+    size_t taken_ = 0; // bytes of the reserve in use; none come back
     alignas(std::max_align_t) std::array<std::byte, kReserve> reserve_;
 };
 

@@ -17,9 +17,10 @@ class StreamCompanion
     StreamCompanion &operator=(const StreamCompanion &) = delete;
     virtual ~StreamCompanion() = default;
 
-    // Bytes on their way to the plug-in, from that offset of the document. They may be changed; their number may not.
+    // Sees bytes on their way to the plug-in, from that offset of the document. It may change them, but not their
+    // number.
     virtual void Deliver(std::span<std::byte> bytes, size_t offset) = 0;
-    // The plug-in takes its next line: every line before it has been carried out, and nothing of this one.
+    // Is called when the plug-in takes its next line: those before it have been carried out, and nothing of this one.
     virtual void BeginLine() = 0;
 };
 

@@ -1,4 +1,4 @@
-// A place for what is not finished: a file in a folder, as a rule the one that TMPDIR names.
+// Files for what is not finished, in a folder, as a rule the one that TMPDIR names.
 #pragma once
 
 #include <string>
@@ -7,13 +7,14 @@
 namespace vxhost
 {
 
-// Where TMPDIR names none, /tmp.
+// The folder that TMPDIR names, else /tmp.
 std::string TemporaryFolder();
 
-// A file in the folder that has no name and ends with its last descriptor; -1 with errno set where there can be none.
+// Makes a file in the folder that has no name and ends with its last descriptor. -1 with errno set on failure: some
+// file systems have no such files.
 int OpenUnnamed(const std::string &folder, mode_t mode);
 
-// The same, to be read and written, also where a file has to have a name for a moment.
+// Makes such a file to be read and written, also where it has to have a name for a moment.
 int OpenTemporaryFile(const std::string &folder = TemporaryFolder());
 
 } // namespace vxhost

@@ -16,7 +16,6 @@ namespace
 
 constexpr double kMaxDpi = 100000;
 constexpr double kPointsPerInch = 72;
-constexpr double kMaxSide = 131072;        // pixels
 constexpr double kMaxSeconds = 1e9;        // that a document may take
 constexpr int64_t kMaxDate = 253402300799; // the end of the year 9999, the last that a PDF can write
 constexpr int64_t kLeastMemory = int64_t{1} << 20;

@@ -37,7 +37,7 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
     const bool isGivenUp = !outcome.lackedFont.empty();
     std::vector<std::string> warnings;
     for (const Report &report : outcome.reports) {
-        if (!isGivenUp || report.number != kFontProblem)
+        if (!isGivenUp || report.number != kVXProblemFont)
             warnings.push_back(WithoutFullStop(report.message.empty() ? report.title : report.message));
     }
     for (const FontUse &font : outcome.fonts) {

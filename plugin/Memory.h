@@ -8,7 +8,7 @@
 namespace vx
 {
 
-// Zero-filled; null when the host has no memory.
+// The block is zero-filled, or null when the host has no memory.
 template <typename Block>
 Block *AllocateBlock(const MemoryProcs *memory)
 {

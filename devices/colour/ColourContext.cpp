@@ -10,7 +10,7 @@ namespace vxhost
 namespace
 {
 
-// Little CMS 2.0: what is used here has not changed since.
+// Little CMS 2.0: the calls that are used here have not changed since.
 constexpr cmsUInt32Number kOldestVersion = 2000;
 
 ReservedMemory *MemoryOf(cmsContext context)

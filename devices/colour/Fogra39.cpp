@@ -1,4 +1,4 @@
-// The assembler takes the file in as it is; the build names it.
+// The assembler includes the profile's bytes as they are; the build names the file.
 #include "devices/colour/Fogra39.h"
 
 asm(".section .rodata\n"

@@ -14,8 +14,8 @@ namespace vxhost
 // Cyan in the lowest byte, black in the highest. 0 is paper.
 using InkWord = uint32_t;
 
-// The four inks of a colour before they are cut off: 0 to 255, and a half, so that cutting rounds. Gray is black ink
-// alone. Amounts below 0 and above 1.0 are clamped.
+// The four inks of a colour before they are cut to whole numbers: 0 to 255, plus a half, so that cutting rounds. Gray
+// is black ink alone. Amounts below 0 and above 1.0 are clamped.
 using InkLevels = std::array<double, 4>;
 
 inline InkLevels LevelsOf(const Colour &colour)

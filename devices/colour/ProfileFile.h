@@ -8,7 +8,7 @@
 namespace vxhost
 {
 
-// False when there is no such file, when it is none that can be read again, as a pipe, and when it is too long for a
+// False when there is no such file, when it cannot be read again, as a pipe cannot, and when it is too long for a
 // profile.
 bool ReadProfileFile(const std::string &name, HeldBytes *bytes);
 

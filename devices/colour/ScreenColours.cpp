@@ -1,5 +1,5 @@
-// One colour at a time, through the whole profile, and remembered: a table computed in advance would cost
-// more than most documents have colours. Samples are converted before they are averaged, since a mixture of
+// Each colour goes through the whole profile by itself and is remembered: a table made in advance would cost more than
+// the few colours of most documents. Samples are converted before they are averaged, since a mixture of
 // inks is lighter than a mixture of colours and would show as a fringe between black outlines and coloured
 // areas.
 #include "devices/colour/ScreenColours.h"
@@ -60,7 +60,7 @@ class ProfileColours final : public ScreenColours
         auto made = std::make_unique<ProfileColours>();
         const cmsContext context = made->context_.Get();
         const Profile press = OpenPress(context, options.profile, error);
-        made->context_.Check(); // or it would seem to be the profile that is wrong
+        made->context_.Check(); // else lack of memory would look like a damaged profile
         if (press == nullptr)
             return nullptr;
         const Profile screen(cmsCreate_sRGBProfileTHR(context));
@@ -117,7 +117,7 @@ class ProfileColours final : public ScreenColours
     }
 
     std::string name_;
-    ColourContext context_; // goes last
+    ColourContext context_; // released last
     Transform transform_;
 };
 

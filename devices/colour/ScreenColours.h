@@ -18,7 +18,7 @@ class ScreenColours
     static std::unique_ptr<ScreenColours> Make(const ScreenOptions &options, std::string *error);
     virtual ~ScreenColours() = default;
 
-    // The profile and the intent, for a person.
+    // Names the profile and the intent, for a person.
     virtual std::string Describe() const = 0;
 
     // Paper is white, whatever the profile says of it.
@@ -35,7 +35,7 @@ class ScreenColours
     virtual Rgb Compute(InkWord ink) = 0;
 
   private:
-    static constexpr int kCacheBits = 14; // documents have few colours; gradients have the rest
+    static constexpr int kCacheBits = 14; // gradients have many colours, the rest of a document few
     struct Known {
         InkWord ink = 0; // an empty place holds paper
         Rgb rgb = {255, 255, 255};

@@ -12,7 +12,7 @@ struct Rgb {
     friend bool operator==(const Rgb &, const Rgb &) = default;
 };
 
-enum class Intent : uint8_t { Relative, Perceptual }; // black point compensation with either
+enum class Intent : uint8_t { Relative, Perceptual }; // both with black point compensation
 
 struct ScreenOptions {
     std::string profile = "fogra39"; // or "none", plain arithmetic; or an ICC file of a CMYK press

@@ -21,7 +21,7 @@ class ContentStream
   public:
     static constexpr size_t kMaxRaw = 60000;
 
-    // Both outlive it. deflater may be null: pieces stay as they are.
+    // Both must outlive this object. Without a deflater pieces stay as they are.
     ContentStream(PieceSpool *spool, Deflater *deflater);
 
     ContentStream &Number(double value)
@@ -33,13 +33,13 @@ class ContentStream
     }
     ContentStream &Factor(double value);
     ContentStream &At(Point point) { return Number(point.x).Number(point.y); }
-    // The operands of a matrix; its translation is a point like others.
+    // The operands of a matrix. Its translation is written as points are.
     ContentStream &Factors(const Matrix &matrix);
     ContentStream &Name(std::string_view name); // without its "/"
     ContentStream &Raw(std::string_view text);  // whole tokens, as they stand, of kMaxRaw characters at most
     void Operator(std::string_view text);       // ends the line
 
-    // Construction alone: the caller ends it with an operator that paints or clips.
+    // Builds the path alone: the caller adds the operator that paints it or clips to it.
     void AddPath(const Path &path);
     void AddPath(const Path &path, const Matrix &matrix);
 
@@ -50,7 +50,7 @@ class ContentStream
     static constexpr size_t kPieceBytes = size_t{2} << 20;
     static constexpr size_t kSlack = kMaxRaw + 16;
 
-    // Where the next token goes.
+    // The room for the next token.
     char *Room()
     {
         if (at_ > room_.get() + kPieceBytes)

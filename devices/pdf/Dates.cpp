@@ -25,7 +25,7 @@ constexpr int kFirstTwoDigitYear = 80;
 struct DateParts {
     int year = -1, month = -1, day = -1;
     int hour = -1, minute = 0, second = 0;
-    std::vector<int> numbers; // bare ones, where the month is a name
+    std::vector<int> numbers; // those without separators, beside a month that is a name
     bool isAfternoon = false, isForenoon = false;
 };
 
@@ -79,7 +79,8 @@ int FindName(const std::string_view (&names)[kCount], std::string_view word)
     return 0;
 }
 
-// Which of the three is what: by its size, by the separator's custom, or because it does not matter.
+// Finds year, month and day among three numbers: by their sizes, by the custom that goes with the separator, or because
+// two of them are the same. False when that does not decide it.
 bool ReadTriple(const std::vector<int> &numbers, char separator, DateParts *parts)
 {
     if (numbers.size() != 3 || parts->month >= 0)

@@ -19,7 +19,7 @@ class Deflater
     Deflater(const Deflater &) = delete;
     Deflater &operator=(const Deflater &) = delete;
 
-    // With the zlib wrapper, which is what PDF calls FlateDecode. Valid until the next call.
+    // The compressed bytes in zlib's wrapper, which PDF calls FlateDecode. Valid until the next call.
     std::span<const char> Compress(std::span<const char> bytes);
 
   private:

@@ -13,14 +13,14 @@ namespace
 {
 
 constexpr uint32_t kFirstCode = 1,
-                   kLastCode = 255; // of one byte; 0 stays out, some readers end strings there
-constexpr size_t kMaxName = 100;    // of the 127 that old readers take
+                   kLastCode = 255; // codes of one byte; 0 stays out, since some readers end strings there
+constexpr size_t kMaxName = 100;    // old readers take 127, other parts of the name included
 constexpr int kTagLetters = 6;
 
 // Bits of a descriptor.
 constexpr int kFixedPitch = 1, kSymbolic = 4, kItalic = 64;
 
-// To 1/100 of 1/1000 em: as it is written, so that what is placed by it falls where it should.
+// A width as it is written, rounded to 1/100 of 1/1000 em: readers place what follows by that.
 double Written(double width)
 {
     return std::round(width * 100) / 100;
@@ -40,7 +40,7 @@ std::string SubsetTag(const std::string &bytes)
     return tag + "+";
 }
 
-// What is printable and no delimiter: other names exist, and old readers stumble over them.
+// The printable characters of a name that are no delimiters: old readers stumble over others.
 std::string PlainName(const std::string &name)
 {
     std::string plain;

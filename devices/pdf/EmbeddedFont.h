@@ -18,7 +18,7 @@ namespace vxhost::pdf
 {
 
 struct GlyphCode {
-    uint32_t part = 0; // of the fonts that it is
+    uint32_t part = 0; // which of its fonts has the glyph
     uint32_t code = 0;
     double width = 0;          // 1/1000 em
     bool needsOwnText = false; // the code stands for another character elsewhere
@@ -33,7 +33,7 @@ class EmbeddedFont
     // asked is the name that the file gives the font.
     EmbeddedFont(std::unique_ptr<FontProgram> program, const std::string &asked);
 
-    // Tells the document's fonts apart. Before the first glyph is used.
+    // The number tells the document's fonts apart. It has to be set before the first glyph is used.
     void SetNumber(size_t number);
     bool HasNumber() const { return !resource_.empty(); }
 
@@ -41,7 +41,7 @@ class EmbeddedFont
     int CodeBytes() const { return program_->Kind() == FontKind::Type1 ? 1 : 2; }
 
     GlyphCode Use(uint32_t glyph, char32_t character);
-    // Of the resource; the part is needed from now on.
+    // The name of a part's resource. The part is written to the file from now on.
     const std::string &ResourceName(uint32_t part, bool runsDown);
 
     // Adds what was used to the file and to the page's fonts. Returns what went wrong, if something did.
@@ -69,7 +69,7 @@ class EmbeddedFont
 
     std::unique_ptr<FontProgram> program_;
     std::string asked_;
-    std::string resource_;   // what the names of its resources start with; empty: it has no number yet
+    std::string resource_;   // the start of the names of its resources; empty: it has no number yet
     std::vector<Used> used_; // by glyph
     std::vector<Part> parts_;
 };

@@ -31,7 +31,7 @@ constexpr size_t kMaxType1Bytes = size_t{16} << 20;
 constexpr uint32_t kMaxGlyphs = 65536; // a string names each by two bytes
 constexpr double kUnits = 1000;        // of an em
 
-// What a stem measures in a font of that weight; no font says it itself but in Type 1.
+// How wide the stems of a font of that weight are; only Type 1 fonts say it themselves.
 constexpr double kRegularStem = 80, kBoldStem = 140;
 
 using Face = Owned<FT_FaceRec_, FT_Done_Face>;
@@ -100,13 +100,13 @@ class MeasuredFont : public FontProgram
     }
 
     FontLibrary library_;
-    Face face_; // goes before its library
+    Face face_; // released before its library
 };
 
 class OpenTypeProgram final : public MeasuredFont
 {
   public:
-    // Null for what is no such font, or has variations: an instance of one would be a font of its own.
+    // Null for what is no such font, and for one with variations: an instance of it would be a font of its own.
     static std::unique_ptr<FontProgram> Open(const TextFont &font)
     {
         const HbBlob file = MakeBlob(font.bytes);
@@ -148,7 +148,7 @@ class OpenTypeProgram final : public MeasuredFont
     }
 
   private:
-    // Glyphs keep their indices, by which strings name them. A missing glyph keeps its picture.
+    // Glyphs keep their indices, since strings name them by those. The glyph that says "missing" keeps its picture.
     EmbeddedProgram Cut(const std::vector<bool> &used) const
     {
         const HbInput input(hb_subset_input_create_or_fail());
@@ -178,7 +178,7 @@ class OpenTypeProgram final : public MeasuredFont
 
     static constexpr hb_tag_t kOutlines = HB_TAG('g', 'l', 'y', 'f');
     static constexpr hb_tag_t kCompact = HB_TAG('C', 'F', 'F', ' ');
-    // Everything that maps characters to glyphs, or names them: strings name glyphs directly.
+    // The tables that map characters to glyphs, or name these: strings name glyphs directly.
     static constexpr std::array kNotForPrint = {
         HB_TAG('G', 'S', 'U', 'B'), HB_TAG('G', 'P', 'O', 'S'), HB_TAG('G', 'D', 'E', 'F'),
         HB_TAG('B', 'A', 'S', 'E'), HB_TAG('J', 'S', 'T', 'F'), HB_TAG('M', 'A', 'T', 'H'),

@@ -20,7 +20,7 @@ enum class FontKind : uint8_t {
     Type1
 };
 
-// In 1/1000 em, the angle in degrees.
+// Lengths are in 1/1000 em, the angle in degrees.
 struct FontMeasures {
     double left = 0, bottom = 0, right = 0, top = 0; // of all glyphs
     double ascent = 0, descent = 0, capHeight = 0, stem = 0;
@@ -58,12 +58,13 @@ class FontProgram
     virtual double Width(uint32_t glyph) const = 0; // 1/1000 em
     virtual FontMeasures Measures() const = 0;
 
-    // By what a string names a glyph of a CFF or TrueType font: its number in the collection, else its index.
+    // The number by which strings name a glyph of a CFF or TrueType font: that in its collection, else its index.
     virtual uint32_t CodeOf(uint32_t glyph) const { return glyph; }
     virtual CharacterCollection Collection() const { return {}; }
     virtual std::string GlyphName(uint32_t) const { return {}; } // of a Type 1 font
 
-    // With the glyphs marked, or all of them where IsSubset says no. Empty when the file turns out to be damaged.
+    // The font with the glyphs that are marked, or all of them where IsSubset says no. Empty when the file turns out to
+    // be damaged.
     virtual EmbeddedProgram Embed(const std::vector<bool> &used) const = 0;
     virtual bool IsSubset() const { return true; }
 };

@@ -9,7 +9,7 @@
 #pragma push_macro("_GLIBCXX20_CONSTEXPR")
 #undef _GLIBCXX20_CONSTEXPR
 #define _GLIBCXX20_CONSTEXPR
-#define __fill_a1 __fill_a1_of_bits // has been declared constexpr
+#define __fill_a1 __fill_a1_of_bits // it was declared constexpr before
 #include <vector>
 #undef __fill_a1
 #pragma pop_macro("_GLIBCXX20_CONSTEXPR")

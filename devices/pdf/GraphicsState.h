@@ -30,7 +30,7 @@ class GraphicsState
 
     void SetFill(const Paint &paint);
     void SetStroke(const Paint &paint);
-    void SetOverprint(bool on); // as the colours do it themselves
+    void SetOverprint(bool on); // setting a colour sets it as well
     void SetLine(const StrokeStyle &style, const Frame &frame);
     bool IsFont(std::string_view name, double size) const
     {
@@ -69,7 +69,7 @@ class GraphicsState
     void SetDash(const StrokeStyle &style, double scale);
 
     ContentStream *content_;
-    State state_; // what a page starts with
+    State state_; // begins as a page does
     std::vector<State> saved_;
     std::vector<double> dashes_; // scratch
     bool usesOverprint_ = false, usesBlackInk_ = false;

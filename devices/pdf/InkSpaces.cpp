@@ -17,7 +17,7 @@ QPDFObjectHandle Numbers(std::initializer_list<int> values)
     return array;
 }
 
-// One of the inks, 0 to 1, as all four.
+// The function from an amount of one ink, 0 to 1, to amounts of all four.
 QPDFObjectHandle ToAllInks(int ink)
 {
     QPDFObjectHandle full = QPDFObjectHandle::newArray();

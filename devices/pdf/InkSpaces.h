@@ -13,10 +13,10 @@ namespace vxhost::pdf
 inline constexpr int kInkCount = 4;
 inline constexpr std::string_view kInkNames[kInkCount] = {"Cyan", "Magenta", "Yellow", "Black"};
 
-// Black alone; 0 none, 1 full.
+// The space of black ink alone; 0 none, 1 full.
 QPDFObjectHandle BlackInkSpace();
 
-// Some of the four, by number in ascending order.
+// The space of some of the four inks, by their numbers in ascending order.
 QPDFObjectHandle InkSpace(PdfFile *file, const std::vector<int> &inks);
 
 } // namespace vxhost::pdf

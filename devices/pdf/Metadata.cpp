@@ -10,8 +10,7 @@ std::string DateOf(const PdfOptions &options, const Page &page)
     return options.date ? PdfDate(*options.date) : PdfDateOf(page.created).value_or("");
 }
 
-// The standards for print ask for both dates, a title, and a word on trapping; the page is as the document has it,
-// which nobody has trapped.
+// The standards for print ask for both dates, a title, and whether the page was trapped: it was not.
 void AddMetadata(const PdfOptions &options, const Page &page, PdfFile *file)
 {
     QPDFObjectHandle info = QPDFObjectHandle::newDictionary();

@@ -9,7 +9,8 @@
 namespace vxhost::pdf
 {
 
-// Of creation: by choice of the options, else as the document says where that can be read in one way. Empty: none.
+// The date of creation: that of the options, else what the document says, if that can be read in one way only. Empty:
+// there is none.
 std::string DateOf(const PdfOptions &options, const Page &page);
 
 void AddMetadata(const PdfOptions &options, const Page &page, PdfFile *file);

@@ -16,7 +16,7 @@ namespace
 {
 
 constexpr int kInks = 4;
-// The standards of 2003 stand on a PDF that knows no later one.
+// The standards of 2003 build on a PDF that knows no later version of profiles.
 constexpr int kLastVersion = 2;
 
 // Places in the head of a profile.

@@ -16,8 +16,8 @@ struct PressProfile {
     bool isRegistered = false;
 };
 
-// profile is "fogra39" or a file. Nothing when it is no profile of a CMYK press that the standards take; error is then
-// one line for a person.
+// Reads the profile, "fogra39" or a file. Nothing when it is not the profile of a CMYK press, or none that the
+// standards take; error is then one line for a person.
 std::optional<PressProfile> ReadPressProfile(const std::string &profile, std::string *error);
 
 void AddOutputIntent(const PressProfile &profile, PdfFile *file);

@@ -44,7 +44,7 @@ bool HasSegments(const Path &path)
                                [](Verb verb) { return verb == Verb::Line || verb == Verb::Curve; });
 }
 
-// How text is painted by one operator, as its mode: strokes 1, both 2, and 4 more for those that also clip.
+// The mode of an operator that shows text: 0 fills, 1 strokes, 2 does both; 4 more clips as well, and 7 clips alone.
 int TextMode(bool fills, bool strokes, bool clips)
 {
     if (!fills && !strokes)
@@ -107,7 +107,8 @@ class PdfDevice final : public Device
     void ClipPath(const Path &path) override
     {
         program_->text.End();
-        // What clips everything is drawn as a clip beside the page, which no reader can round to a pixel of it.
+        // A clip that hides everything is drawn as a clip to a place beside the page: no reader can round that to a
+        // pixel.
         if (HasSegments(path))
             program_->content.AddPath(path);
         else
@@ -179,7 +180,7 @@ class PdfDevice final : public Device
             ShowRuns(runs, TextMode(paint.fills, paint.strokes, paint.clips), {});
             return;
         }
-        // The pen's own space must not change the others' glyphs, nor end with the clip.
+        // A pen with a space of its own must not change how glyphs are filled or clipped.
         if (paint.fills)
             ShowRuns(runs, TextMode(true, false, false), {});
         program_->text.End();
@@ -201,7 +202,7 @@ class PdfDevice final : public Device
         if (spool_->FirstFailure())
             return spool_->FirstFailure();
         const MemoryWatch watch;
-        // The library that makes the file throws.
+        // qpdf throws.
         try {
             const Failure failure = WriteFile();
             return failure ? failure : spool_->FirstFailure();

@@ -17,14 +17,14 @@ namespace vxhost
 enum class PdfX : uint8_t { None, X1a, X3 };
 
 struct PdfOptions {
-    std::optional<Rgb> background; // none: the paper
+    std::optional<Rgb> background; // none: the paper shows
     TextOutput text = TextOutput::Text;
     PdfX standard = PdfX::None;
     std::string profile = "fogra39"; // output intent of PDF/X: that name, or an ICC file of a CMYK press
-    std::optional<int64_t> date;     // seconds since 1970: of creation, instead of the document's own
+    std::optional<int64_t> date; // the date of creation in seconds since 1970, instead of the document's own
     bool compress = true;
-    // An open file of the caller's, to be read and written, for what is too long to keep in memory; -1: a temporary
-    // one is made in TMPDIR, by MakePdfDevice, which is the last time that the device opens anything but fonts.
+    // An open file of the caller's, to be read and written, for what is too long to keep in memory. -1: MakePdfDevice
+    // makes a temporary one in TMPDIR. After that the device opens nothing but fonts.
     int spool = -1;
 };
 
@@ -32,8 +32,8 @@ struct PdfOptions {
 // returned no failure.
 std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, std::string *error);
 
-// Why such a file cannot be made of that page, if it cannot. A device that is given the page all the same says so at its
-// end.
+// Why such a file cannot be made of that page, if it cannot. A device that is given the page all the same fails with
+// this at its end.
 Failure WhyNoPdf(const PdfOptions &options, const Page &page);
 
 } // namespace vxhost

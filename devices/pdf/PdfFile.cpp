@@ -15,8 +15,8 @@ namespace vxhost::pdf
 namespace
 {
 
-// What qpdf writes, on its way to the sink. A failure is kept, and nothing handed on after it: qpdf also writes from
-// destructors, where it must not be thrown.
+// Hands what qpdf writes to the sink. After a failure, which is kept, nothing more is handed on: qpdf also writes from
+// destructors, where nothing may be thrown.
 class SinkPipeline final : public Pipeline
 {
   public:
@@ -44,7 +44,7 @@ class SinkPipeline final : public Pipeline
     const Failure &FirstFailure() const { return failure_; }
 
   private:
-    static constexpr size_t kGatherBytes = 64 * 1024; // of qpdf's small writes
+    static constexpr size_t kGatherBytes = 64 * 1024; // qpdf writes in small pieces
 
     void Send(std::string_view bytes)
     {
@@ -77,8 +77,8 @@ class PieceProvider final : public QPDFObjectHandle::StreamDataProvider
 
 PdfFile::PdfFile(Deflater *deflater) : deflater_(deflater)
 {
-    file_.setSuppressWarnings(true); // they would be printed
-    // qpdf reads this from a text of its own, which only lack of memory makes it find damaged.
+    file_.setSuppressWarnings(true); // warnings would be printed
+    // qpdf reads an empty file from a text of its own: only lack of memory can make it find that damaged.
     try {
         file_.emptyPDF();
         (void)file_.getObjectCount();
@@ -124,7 +124,7 @@ Failure PdfFile::Write(const ByteSink &sink)
     writer.setOutputPipeline(&output);
     writer.setMinimumPDFVersion("1.4");
     writer.setObjectStreamMode(qpdf_o_disable);
-    writer.setCompressStreams(false); // they are as they shall be
+    writer.setCompressStreams(false); // streams are compressed already where they should be
     writer.setDecodeLevel(qpdf_dl_none);
     writer.setDeterministicID(true);
     writer.write();

@@ -18,16 +18,17 @@
 namespace vxhost::pdf
 {
 
-// Procedures of the library may throw std::exception.
+// Procedures of qpdf, and so those of this class, may throw std::exception.
 class PdfFile
 {
   public:
-    // deflater may be null: nothing is compressed. It outlives the file.
+    // Without a deflater nothing is compressed. It must outlive the file.
     explicit PdfFile(Deflater *deflater);
 
     QPDFObjectHandle Add(const QPDFObjectHandle &object) { return file_.makeIndirectObject(object); }
     QPDFObjectHandle AddStream(const QPDFObjectHandle &dictionary, std::string_view bytes);
-    // An array of streams; what is in the spool is compressed if other streams are. The spool outlives the file.
+    // An array of streams, one for each piece. The pieces are compressed already if other streams are. The spool must
+    // outlive the file.
     QPDFObjectHandle AddPieces(PieceSpool *spool);
     void AddPage(const QPDFObjectHandle &page) { file_.addPage(page, false); }
     QPDFObjectHandle Catalog() { return file_.getRoot(); }

@@ -81,7 +81,7 @@ void PieceSpool::Take(size_t piece, const std::function<void(std::span<const cha
         if (got <= 0)
             return Fail(got < 0 ? errno : EIO);
         take({part.data(), static_cast<size_t>(got)});
-        // Where the file system cannot, it takes more room and somewhat more time.
+        // A file system that cannot do this needs more room and somewhat more time.
         static_cast<void>(fallocate(file_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, at, got));
         at += got;
     }

@@ -20,7 +20,7 @@ namespace vxhost::pdf
 class PieceSpool
 {
   public:
-    // Uses a copy of the descriptor; -1: a temporary file. Where there is no place for one it has failed from the start.
+    // Uses a copy of the descriptor, or for -1 a temporary file. A spool without a file has failed from the start.
     explicit PieceSpool(int descriptor);
     ~PieceSpool();
     PieceSpool(const PieceSpool &) = delete;
@@ -33,7 +33,7 @@ class PieceSpool
     // much.
     void Take(size_t piece, const std::function<void(std::span<const char>)> &take);
 
-    // The first. After it nothing more is kept.
+    // After the first failure nothing more is kept.
     const Failure &FirstFailure() const { return failure_; }
 
   private:

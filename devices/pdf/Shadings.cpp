@@ -17,11 +17,11 @@ namespace vxhost::pdf
 namespace
 {
 
-// What is beyond these is painted as shapes: a document that never repeats a blend must not fill the memory.
+// Blends beyond these are painted as shapes: a document that never repeats a blend must not fill the memory.
 constexpr size_t kMaxBlends = 16384;
 constexpr size_t kMaxRampBytes = size_t{16} << 20;
 constexpr int kSampleBits = 16;
-// Instances of one gradient differ by roundings: of the whole, no output shows so small a part.
+// Instances of one gradient differ by roundings. No output shows so small a part of the whole.
 constexpr double kPlacesOfUnit = 50000;
 
 double Rounded(double part)
@@ -78,7 +78,7 @@ void AppendBytes(const double *values, size_t count, std::string *to)
     to->append(reinterpret_cast<const char *>(values), count * sizeof *values);
 }
 
-// What the colour space takes, in its order.
+// Appends the numbers that the colour space takes, in its order.
 void AppendComponents(const Colour &colour, const PaintSpace &space, std::vector<double> *to)
 {
     if (space.inks.empty())
@@ -240,7 +240,7 @@ std::string Shadings::KeyOf(const std::vector<Span> &spans)
     return key;
 }
 
-// One ramp as it is, several stitched together.
+// The function of one ramp, or that of several stitched together.
 QPDFObjectHandle Shadings::FunctionOf(const std::vector<Span> &spans,
                                       const std::vector<QPDFObjectHandle> &ramps)
 {
@@ -262,7 +262,7 @@ QPDFObjectHandle Shadings::FunctionOf(const std::vector<Span> &spans,
 }
 
 // What shadings have in common is one object for all: there may be thousands of them, and the file is written at the end.
-// Both ends go on beyond the shape, whose edge is the clip's to draw; a radial one fills its inner disc so.
+// Each goes on beyond both of its ends: the clip draws the shape's edge, and the inner disc of a radial one is filled.
 void Shadings::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
 {
     std::vector<QPDFObjectHandle> functions(ramps_.size());

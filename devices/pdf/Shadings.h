@@ -1,7 +1,7 @@
 // Blends as the shadings of PDF: along a line, and from circle to circle.
 //
-// Owns the shading resources of a page. Each is made in a space of its own (the unit square, the unit circle), and the
-// colours of its spans apart from where they lie: instances of one gradient differ in nothing else.
+// Owns the shading resources of a page. Each is made in a space of its own (the unit square, the unit circle), and its
+// colours are kept apart from its place: instances of one gradient differ in their places alone.
 #pragma once
 
 #include "devices/pdf/PdfFile.h"
@@ -47,12 +47,12 @@ class Shadings
     };
     struct Blend {
         ShadingKind kind = ShadingKind::Axial;
-        Shading::Circle last; // of a radial one, whose first is the unit circle
+        Shading::Circle last; // of a radial one; its first is the unit circle
         PaintSpace space;
         std::vector<Span> spans;
     };
 
-    // Of a blend that is like it, which may be this one now; nothing when there is no room for it.
+    // The number of a kept blend that is like this one, which is added if there is none. Nothing when there is no room.
     std::optional<size_t> FindOrAdd(Blend blend);
     std::optional<size_t> FindOrAddRamp(std::string ramp);
     static std::string KeyOf(const Blend &blend);

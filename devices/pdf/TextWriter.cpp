@@ -12,13 +12,13 @@ namespace vxhost::pdf
 namespace
 {
 
-// In 1/1000 em. What is nearer is not moved; what is further begins a line, so that numbers stay in every reader's
-// range.
+// In 1/1000 em. A glyph that is nearer to its place is not moved; for one that is further away a new line begins, so
+// that numbers stay in every reader's range.
 constexpr double kNear = 0.1, kFar = 20000;
 // A column moves on by this after every glyph.
 constexpr double kColumnAdvance = -1000;
 
-// The size that a reader would call the text's: its height where it stands upright, whatever it is slanted by.
+// The size that a reader would call the text's: the height of an em, however it is slanted.
 double SizeOf(const Matrix &m)
 {
     return m.b == 0 ? std::abs(m.d) : std::hypot(m.c, m.d);
@@ -47,6 +47,7 @@ void TextWriter::Show(const GlyphRun &run, const Matrix &fromPage, EmbeddedFont 
     emsToSpace_ = Product(run.matrix, fromPage);
     if (!IsInvertible(emsToSpace_))
         return;
+    spaceToEms_ = Inverse(emsToSpace_);
     size_ = SizeOf(emsToSpace_);
     direction_ = {
         emsToSpace_.a / size_, emsToSpace_.b / size_, emsToSpace_.c / size_, emsToSpace_.d / size_, 0, 0};
@@ -91,11 +92,11 @@ void TextWriter::StartLine(Point at)
     hasLine_ = true;
 }
 
-// Moves from where the next glyph would stand to where it shall.
+// Moves from where the next glyph would stand to where it is to stand.
 void TextWriter::PlaceNext(Point at)
 {
     if (hasLine_) {
-        const Point ems = MapBack(emsToSpace_, {at.x - lineStart_.x, at.y - lineStart_.y});
+        const Point ems = MapVector(spaceToEms_, {at.x - lineStart_.x, at.y - lineStart_.y});
         const double along = (runsDown_ ? ems.y : ems.x) * 1000, across = (runsDown_ ? ems.x : ems.y) * 1000;
         // A number between strings moves back: it is taken off the advance. One decimal is kept.
         const double back = std::round((next_ - along) * 10) / 10;
@@ -120,7 +121,8 @@ void TextWriter::AddGlyph(const GlyphCode &code, int codeBytes)
     next_ += runsDown_ ? kColumnAdvance : code.width;
 }
 
-// As it is, which is half as long as in hexadecimal; but for those that end a string, or that readers change.
+// A byte stands as it is, which is half as long as in hexadecimal, but for those that end a string or that readers
+// change.
 void TextWriter::AddByte(char byte)
 {
     if (byte == '(' || byte == ')' || byte == '\\')

@@ -30,7 +30,7 @@ EmbeddedProgram Joined(std::string clear, std::string_view encrypted)
     return program;
 }
 
-// Text segments, binary segments, and text again, which is the trailer.
+// The file is text segments, binary segments, and text again, which is the trailer.
 EmbeddedProgram FromSegments(std::string_view file)
 {
     std::string clear, encrypted;
@@ -58,7 +58,7 @@ int HexDigit(char character)
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-// Without the zeros and the word that follow the encrypted part.
+// The text without the zeros and the word that follow the encrypted part.
 std::string_view WithoutTrailer(std::string_view rest)
 {
     const size_t word = rest.rfind(kTrailerEnds);

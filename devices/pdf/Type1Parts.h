@@ -9,7 +9,7 @@
 namespace vxhost::pdf
 {
 
-// Whether the file starts as one.
+// Whether the file starts as a Type 1 font.
 bool IsType1(std::string_view file);
 
 // Binary (PFB) and plain (PFA) files. The zeros at the end are left out, as PDF allows. Empty for a damaged file.

@@ -9,7 +9,7 @@ namespace vxhost::raster
 
 struct Clip::Mask {
     int32_t top = 0;
-    std::vector<size_t> rowStart; // into spans, one a row and the end
+    std::vector<size_t> rowStart; // places in spans: one for each row, and the end
     std::vector<Span> spans;
     MemoryCap *budget = nullptr;
     uint64_t bytes = 0;
@@ -43,7 +43,8 @@ Clip Clip::Intersect(Scanner *shape, MemoryCap *budget) const
     auto mask = std::make_shared<Mask>();
     Bounds bounds = {bounds_.right, bounds_.bottom, bounds_.left, bounds_.top};
     std::vector<Span> scratch;
-    const size_t maxSpans = budget->Left() / (2 * sizeof(Span)); // twice: a vector that grows holds both
+    const size_t maxSpans =
+        budget->Left() / (2 * sizeof(Span)); // twice: a vector that grows holds the old and the new
     int32_t nextRow = 0;
     shape->Sweep([&](int32_t y, std::span<const Span> spans) {
         const std::span<const Span> visible = Intersect(y, spans, &scratch);

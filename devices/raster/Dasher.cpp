@@ -31,13 +31,9 @@ bool Dasher::Begin(const StrokeStyle &style, const Matrix &toSamples, const Boun
     stroker_ = stroker;
     if (style.dashes.empty())
         return false;
-    const double det = toSamples.a * toSamples.d - toSamples.b * toSamples.c;
-    if (det == 0 || !std::isfinite(1 / det))
+    if (!std::isfinite(1 / Determinant(toSamples)))
         return false;
-    inverse_[0] = toSamples.d / det;
-    inverse_[1] = -toSamples.b / det;
-    inverse_[2] = -toSamples.c / det;
-    inverse_[3] = toSamples.a / det;
+    toUser_ = Inverse(toSamples);
 
     pattern_ = style.dashes;
     if (pattern_.size() % 2 != 0) // then on and off change places every time round
@@ -63,8 +59,8 @@ bool Dasher::Begin(const StrokeStyle &style, const Matrix &toSamples, const Boun
 
 double Dasher::UserLength(Point along) const
 {
-    return std::hypot(inverse_[0] * along.x + inverse_[2] * along.y,
-                      inverse_[1] * along.x + inverse_[3] * along.y);
+    const Point user = MapVector(toUser_, along);
+    return std::hypot(user.x, user.y);
 }
 
 void Dasher::NextElement()

@@ -16,7 +16,7 @@ class Dasher
     // False: the style has no dashes that could be drawn, or none at all.
     bool Begin(const StrokeStyle &style, const Matrix &toSamples, const Bounds &visible, Stroker *stroker);
 
-    // Each line begins the pattern anew.
+    // Each line starts the pattern from its beginning.
     void DashOpen(std::span<const StrokePoint> points) { Walk(points, false); }
     void DashClosed(std::span<const StrokePoint> points) { Walk(points, true); }
 
@@ -26,7 +26,7 @@ class Dasher
     void BeginDash(Point at, Point direction);
     void EndDash();
     void StrokeDash(const std::vector<StrokePoint> &dash, Point direction);
-    void Advance(double distance); // without drawing
+    void Advance(double distance); // draws nothing
     void NextElement();
     bool IsOn() const { return element_ % 2 == 0; }
     double UserLength(Point along) const;
@@ -35,11 +35,11 @@ class Dasher
     std::vector<double> pattern_; // an even number of lengths
     double period_ = 0;
     double phase_ = 0;
-    double inverse_[4] = {1, 0, 0, 1};                   // from samples to the user's space
+    Matrix toUser_;                                      // from samples
     double left_ = 0, top_ = 0, right_ = 0, bottom_ = 0; // what can be seen, grown by the stroke's reach
 
     size_t element_ = 0;   // of the pattern, where the walk is
-    double remaining_ = 0; // of that element
+    double remaining_ = 0; // what is left of that element
     bool drawing_ = false;
     Point direction_; // of the dash being drawn, at its start
     std::vector<StrokePoint> dash_;

@@ -1,7 +1,7 @@
 // Paths as straight lines in sample space.
 //
-// A curve becomes lines that stay within a fifth of a sample of it, whatever the zoom, and the same points
-// whether it is walked from its start or from its end.
+// A curve becomes lines that stay within a fifth of a sample of it at every size, with the same points whether it is
+// walked from its start or from its end.
 #pragma once
 
 #include "devices/raster/Samples.h"
@@ -21,7 +21,7 @@ struct CurvePoints {
     Point p0, p1, p2, p3;
     int Lines() const;
     Point At(double t) const;
-    // Of any length; 0 where the curve is a point.
+    // These have any length, and 0 where the curve is a point.
     Point DirectionAtStart() const { return FirstVector({p1 - p0, p2 - p0, p3 - p0}); }
     Point DirectionAtEnd() const { return FirstVector({p3 - p2, p3 - p1, p3 - p0}); }
 
@@ -37,7 +37,7 @@ struct CurvePoints {
 };
 
 // Calls sink.Move(p), Line(p), Smooth(p) and Close(); Smooth is a line to a point in the middle of a curve. Each curve is
-// between sink.Leave(direction) and sink.Arrive(direction), since its lines have other directions than itself.
+// between sink.Leave(direction) and sink.Arrive(direction), since its lines have other directions than the curve.
 // A curve that stays outside of bounds grown by reach is given as the line to its end.
 template <class Sink>
 void Flatten(const Path &path, const Matrix &toSamples, const Bounds &bounds, double reach, Sink &&sink)
@@ -81,7 +81,7 @@ void Flatten(const Path &path, const Matrix &toSamples, const Bounds &bounds, do
     }
 }
 
-// Around every point of the path, the control points of curves among them.
+// The box around every point of the path, control points of curves included.
 Extent FindExtent(const Path &path, const Matrix &toSamples);
 
 } // namespace vxhost::raster

@@ -23,10 +23,10 @@ struct alignas(64) CacheLine {
 };
 constexpr size_t kLineWords = std::size(CacheLine().words);
 
-// Four samples at a time, since that is one machine instruction each.
+// Four samples are worked on at a time, since each step is one machine instruction then.
 using FourSamples = InkWord __attribute__((vector_size(16)));
 
-// For four bits of a mask, the lowest first, all ones where a bit is set.
+// The four samples that each four bits of a mask stand for, the lowest first: all ones where a bit is set.
 constexpr auto kFourSamples = [] {
     std::array<FourSamples, 16> four = {};
     for (unsigned bits = 0; bits < 16; ++bits) {
@@ -36,7 +36,7 @@ constexpr auto kFourSamples = [] {
     return four;
 }();
 
-// Of the pixels x to end, which lie in one word.
+// The bits of the pixels x to end, which lie in one word.
 uint64_t BitsOf(int x, int end)
 {
     return (~uint64_t{0} >> (64 - (end - x))) << (x & 63);
@@ -110,7 +110,7 @@ bool InkBuffer::SelectRow(int y)
     return true;
 }
 
-// Splits no pixel between the two any more, and takes them for painted.
+// Makes the pixels between the two whole again, and takes them for painted.
 void InkBuffer::MakeWhole(int left, int right)
 {
     for (int x = left; x < right;) {

@@ -61,8 +61,7 @@ class InkBuffer
     InkBuffer(const InkBuffer &) = delete;
     InkBuffer &operator=(const InkBuffer &) = delete;
 
-    // The row that Paint is for. False when there is no memory left for it: then nothing can be painted
-    // there.
+    // Chooses the row that Paint is for. False when there is no memory left for it: then nothing can be painted there.
     bool SelectRow(int y);
 
     // Paints the pixels left ≤ x < right of the selected row: the samples of mask in each of them. Bit r · N
@@ -76,11 +75,11 @@ class InkBuffer
                 PaintPart(x, mask, ink);
     }
 
-    // Has a pixel of the selected row come nearer, which is painted soon: rows lie far from each other.
+    // Fetches a pixel of the selected row that is painted soon: rows lie far from each other in memory.
     void Prefetch(int x) const { __builtin_prefetch(pixels_ + x, 1); }
 
     bool IsWhole(uint64_t mask) const { return mask == fullMask_; }
-    // The same pixels, all of their samples replaced by what the caller puts in.
+    // The pixels left ≤ x < right, for the caller to fill: all of their samples are replaced.
     InkWord *Replace(int left, int right)
     {
         MakeWhole(left, right);
@@ -91,13 +90,13 @@ class InkBuffer
     int Height() const { return height_; }
     int Samples() const { return samples_; }
 
-    // A row as it stands, for reading.
+    // A row as it is, for reading.
     class Row
     {
       public:
         bool IsBlank() const { return pixels_ == nullptr; } // nothing was ever painted near it
         bool IsSplit(int x) const { return TestBit(split_, x); }
-        InkWord Pixel(int x) const { return pixels_[x]; } // of a pixel that is not split
+        InkWord Pixel(int x) const { return pixels_[x]; } // for a pixel that is not split
         bool IsPainted(int x) const { return painted_ == nullptr || TestBit(painted_, x); } // likewise
         std::span<const InkWord> Samples(int x) const;
         uint64_t PaintedSamples(int x) const;

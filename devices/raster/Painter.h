@@ -82,11 +82,11 @@ class Painter
 
     int shift_ = 0; // a pixel has 1 << shift_ samples a side
     int samples_ = 1;
-    // Of the row of pixels at hand: which samples change between inside and outside from a pixel on, and one
-    // bit for each pixel where some do. All zero between two rows.
+    // For each pixel of the row at hand: which samples change between inside and outside from there on; and one bit
+    // where any do. All are zero between two rows.
     std::vector<uint64_t> changes_;
     std::vector<uint64_t> changed_;
-    size_t firstWord_ = 0, lastWord_ = 0; // of changed_, what is not zero
+    size_t firstWord_ = 0, lastWord_ = 0; // the words of changed_ that are not zero
     std::vector<Span> scratch_;
 };
 

@@ -24,7 +24,7 @@ constexpr int kFilter = PNG_FILTER_SUB;
 
 constexpr size_t kMaxTitle = 1000; // bytes
 
-// At most that many bytes of UTF-8, in whole characters.
+// The start of the text: whole characters, at most that many bytes of UTF-8.
 std::string CutText(const std::string &text, size_t most)
 {
     if (text.size() <= most)
@@ -42,7 +42,7 @@ struct PngWriter::State {
     PngHeader header;
     ByteSink sink;
     Failure failure;
-    std::exception_ptr thrown; // by the sink
+    std::exception_ptr thrown; // what the sink threw
 
     ~State() { png_destroy_write_struct(&png, &info); }
 
@@ -83,7 +83,7 @@ struct PngWriter::State {
             png_error(png, "");
     }
     static void Flush(png_structp) {}
-    // Libpng tells of its caller's mistakes and of memory alone, and Take looks at the memory.
+    // libpng fails for its caller's mistakes and for lack of memory alone, and Take looks at the memory.
     static void Fail(png_structp png, png_const_charp) { png_longjmp(png, 1); }
     static void Warn(png_structp, png_const_charp) {}
 };

@@ -70,7 +70,7 @@ struct FillOutline {
 template <class Finish>
 struct StrokeLines {
     std::vector<StrokePoint> *points;
-    Finish finish; // of points, whether closed
+    Finish finish; // gets the points, and whether they are closed
     bool drawn = false;
 
     void Move(Point p)
@@ -125,7 +125,7 @@ class RasterDevice : public Device
         failure_ = size_.failure;
         lastClip_.Clear();
         clipState_ = ClipState::Made;
-        clips_.Reset({}); // before the budget, to which masks give back
+        clips_.Reset({}); // masks give back to the budget, so they go before it
         buffer_.reset();
         budget_ = MemoryCap(options_.memoryLimit);
         if (failure_)
@@ -148,7 +148,7 @@ class RasterDevice : public Device
     {
         if (!clips_.Restore())
             return;
-        clipState_ = ClipState::Made; // what is due since Save is not any more
+        clipState_ = ClipState::Made; // a clip that was due since Save is due no more
         lastClip_.Clear();
     }
 
@@ -168,7 +168,7 @@ class RasterDevice : public Device
         if (!IsSeen(path, 0) || ink.keep == ~InkWord{0})
             return;
         const FlatInk lay = {buffer_.get(), ink};
-        // Documents like to fill what they just clipped to: that is the clip, and known already.
+        // Documents like to fill what they just clipped to: that shape is the clip, and known already.
         if (path == lastClip_)
             painter_.Paint(clips_.Top(), buffer_.get(), lay);
         else
@@ -206,7 +206,7 @@ class RasterDevice : public Device
         PaintScanned(lay);
     }
 
-    // Each part has an outline of its own, so the samples along its edges are shared out as those of all shapes are.
+    // Each part of a shading has an outline of its own, so that samples on the edge between two belong to one of them.
     void Shade(const Shading &shading) override
     {
         if (buffer_ == nullptr || budget_.IsExhausted())
@@ -274,7 +274,7 @@ class RasterDevice : public Device
         const Bounds bounds = FindExtent(lastClip_, toSamples_).Within(clips_.Top().Limits());
         return !bounds.IsEmpty() && (shader_.Outline() == lastClip_ || shader_.Covers(bounds));
     }
-    // Lengths and angles only.
+    // From the user's space to samples, without the translation: a stroke needs lengths and angles alone.
     Matrix UserToSamples(const Matrix &m) const
     {
         return {m.a * toSamples_.a, m.b * toSamples_.d, m.c * toSamples_.a, m.d * toSamples_.d, 0, 0};
@@ -315,7 +315,7 @@ class RasterDevice : public Device
     Failure failure_;
     Matrix toSamples_;
     ClipStack clips_;
-    Path lastClip_; // that makes the top, if nothing else has since
+    Path lastClip_; // the path of the latest clip, as long as that is in force
     ClipState clipState_ = ClipState::Made;
     Scanner scanner_;
     Painter painter_;
@@ -386,7 +386,7 @@ class PixelsDevice : public RasterDevice
         return {};
     }
 
-    PixelRows rows_; // there when the rows are written
+    PixelRows rows_; // must be there until the rows are written
 };
 
 class PictureDevice final : public PixelsDevice

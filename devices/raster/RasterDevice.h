@@ -28,7 +28,7 @@ struct Picture {
     std::vector<uint8_t> rgba;
 };
 
-// Room for such rows that is there already, for as many pixels as the options make of the page.
+// Room for such rows, of the caller's, for as many pixels as the options make of the page.
 struct PixelRows {
     uint8_t *top = nullptr;
     ptrdiff_t stride = 0; // bytes from a row to the one below it; may be negative

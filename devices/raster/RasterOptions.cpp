@@ -11,10 +11,9 @@ namespace vxhost
 namespace
 {
 
-constexpr double kMaxSide = 131072;
-constexpr double kMaxPixels = 268435456; // 2^28
+constexpr double kMaxArea = 268435456; // pixels: 2^28
 
-std::string Text(double number)
+std::string WholeNumber(double number)
 {
     std::string text = std::to_string(std::round(number));
     return text.substr(0, text.find('.'));
@@ -26,7 +25,7 @@ PictureSize FindPictureSize(const Box &box, const RasterOptions &options)
 {
     const double boxWidth = box.Width(), boxHeight = box.Height();
     if (!(boxWidth > 0) || !(boxHeight > 0) || !std::isfinite(boxWidth) || !std::isfinite(boxHeight))
-        return {0, 0, {FailureKind::BadInput, "the box to draw is empty: choose one with --box"}};
+        return {0, 0, {FailureKind::BadInput, "the box to draw is empty: choose one with an area"}};
 
     double width = options.width, height = options.height;
     if (options.fit > 0) {
@@ -38,18 +37,18 @@ PictureSize FindPictureSize(const Box &box, const RasterOptions &options)
     } else if (height > 0 && !(width > 0)) {
         width = boxWidth * (height / boxHeight);
     } else if (!(width > 0)) {
-        const double scale = options.dpi * options.zoom / 72;
+        const double scale = options.dpi / 72;
         if (!(scale > 0) || !std::isfinite(scale))
-            return {0, 0, {FailureKind::BadInput, "resolution and zoom must be more than 0"}};
+            return {0, 0, {FailureKind::BadInput, "the resolution must be a number above 0"}};
         width = boxWidth * scale;
         height = boxHeight * scale;
     }
     width = std::max(std::round(width), 1.0);
     height = std::max(std::round(height), 1.0);
-    if (!(width <= kMaxSide) || !(height <= kMaxSide) || !(width * height <= kMaxPixels))
+    if (!(width <= kMaxSide) || !(height <= kMaxSide) || !(width * height <= kMaxArea))
         return {0,
                 0,
-                {FailureKind::TooLarge, "a picture of " + Text(width) + " by " + Text(height) +
+                {FailureKind::TooLarge, "a picture of " + WholeNumber(width) + " by " + WholeNumber(height) +
                                             " pixels is too large: choose a smaller size or resolution"}};
     return {static_cast<int>(width), static_cast<int>(height), {}};
 }

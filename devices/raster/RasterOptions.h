@@ -10,11 +10,12 @@
 namespace vxhost
 {
 
+inline constexpr double kMaxSide = 131072; // pixels
+
 struct RasterOptions : ScreenOptions {
     // The size: fit, if not 0, makes the longer side that many pixels; else width and height, of which one
-    // that is 0 follows the aspect of the box; else dpi times zoom.
+    // that is 0 follows the aspect of the box; else dpi pixels an inch.
     double dpi = 150;
-    double zoom = 1;
     int width = 0, height = 0;
     int fit = 0;
 
@@ -26,7 +27,7 @@ struct RasterOptions : ScreenOptions {
 
 struct PictureSize {
     int width = 0, height = 0; // at least 1 when there is no error
-    Failure failure;           // there can be no such picture
+    Failure failure;           // why there can be no such picture
 };
 
 PictureSize FindPictureSize(const Box &box, const RasterOptions &options);

@@ -32,7 +32,7 @@ constexpr double kFar = 1e12;
 
 inline double ClampFar(double v)
 {
-    return v > -kFar ? std::min(v, kFar) : -kFar; // not a number goes to the far side as well
+    return v > -kFar ? std::min(v, kFar) : -kFar; // what is not a number goes to -kFar
 }
 
 // The smallest box around points, grown by what is drawn around them.

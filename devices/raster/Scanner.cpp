@@ -9,7 +9,7 @@ namespace vxhost::raster
 namespace
 {
 
-constexpr uint32_t kMaxCrossings = 1u << 20; // collected in one turn, unless a single row has more
+constexpr uint32_t kMaxCrossings = 1u << 20; // are collected in one turn, unless a single row has more
 
 // Points that were computed along two ways differ in their last bits, and must be one point all the same:
 // they are rounded to 1/65536 of a sample. Adding this leaves no room for the bits below; taking it away
@@ -24,7 +24,7 @@ double Snap(double v)
 // The first row or column whose centre is not before v, kept within limits.
 int32_t FirstCentre(double v, int32_t low, int32_t high)
 {
-    // Without branches: where crossings lie nobody can guess. What is not a number is low.
+    // This has no branches, since a processor cannot guess where crossings lie. What is not a number becomes low.
     double centre = v - 0.5;
     centre = centre > low ? centre : low;
     centre = centre < high ? centre : high;
@@ -32,7 +32,7 @@ int32_t FirstCentre(double v, int32_t low, int32_t high)
     return whole + static_cast<int32_t>(centre > whole);
 }
 
-// True once they are in order; false, with the order changed, when that takes more than so many moves each.
+// Sorts numbers that are nearly in order. False, with the order changed, when that takes more than so many moves each.
 bool SortNearby(int32_t *begin, const int32_t *end, ptrdiff_t movesEach)
 {
     ptrdiff_t moves = (end - begin) * movesEach;

@@ -23,7 +23,10 @@ class Scanner
     // One side of a closed outline; the order of sides does not matter.
     void AddEdge(Point from, Point to);
     size_t EdgeCount() const { return edges_.size(); }
-    bool IsOverfull() const { return edges_.size() > maxEdges_; } // then the shape is not what was asked for
+    bool IsOverfull() const
+    {
+        return edges_.size() > maxEdges_;
+    } // edges were dropped, so the shape is not what was asked for
 
     // Calls row(y, spans) for each row of samples that the shape covers, from the top; spans are in order,
     // not empty and do not touch.
@@ -44,7 +47,7 @@ class Scanner
   private:
     struct Edge {
         double x, y;        // the upper end
-        double slope;       // x a row
+        double slope;       // of x, from a row to the next
         int32_t begin, end; // rows whose centres it crosses
         int32_t up;         // 1 when the outline runs upwards, else 0
     };
@@ -58,10 +61,10 @@ class Scanner
     int32_t first_ = 0, last_ = 0; // rows that some edge crosses
     std::vector<Edge> edges_;
     std::vector<int32_t> crossings_; // of the rows collected: sample · 2 + up
-    std::vector<uint32_t> rowStart_; // into crossings_, one a row and the end
+    std::vector<uint32_t> rowStart_; // places in crossings_: one for each row, and the end
     std::vector<uint32_t> rowFill_;  // where the row's next crossing goes
     std::vector<uint32_t> counts_;   // of the crossings at each place of a row that has very many
-    std::vector<Span> spans_;        // has room for those of one row
+    std::vector<Span> spans_;        // room for the spans of one row
 };
 
 } // namespace vxhost::raster

@@ -18,7 +18,7 @@ constexpr double kInksPerPixel = 2;
 
 constexpr int kBatch = 128; // pixels
 
-constexpr uint64_t kParts = 1 << 16; // of the way from one colour of a span to the next
+constexpr uint64_t kParts = 1 << 16; // the way from one colour of a span to the next has so many parts
 
 // Spans whose colours meet within so many of 255 run on: the last step of a blend falls a little short of its end.
 constexpr int kRunsOn = 1;
@@ -26,24 +26,13 @@ constexpr int kRunsOn = 1;
 // Four curves make a circle that is nowhere smaller than this.
 constexpr double kInsideCurves = 0.999;
 
-Matrix Inverse(const Matrix &m)
-{
-    const double area = m.a * m.d - m.b * m.c;
-    return {m.d / area,
-            -m.b / area,
-            -m.c / area,
-            m.a / area,
-            (m.c * m.ty - m.d * m.tx) / area,
-            (m.b * m.tx - m.a * m.ty) / area};
-}
-
 bool IsUsable(const Matrix &m)
 {
     return std::ranges::all_of(std::initializer_list<double>{m.a, m.b, m.c, m.d, m.tx, m.ty},
                                [](double value) { return std::abs(value) < kFar; });
 }
 
-// An ink's places begin half of one before it. The order of the operands makes what is no number 0.
+// The places of an ink begin half a place before it. The order of the operands turns what is no number into 0.
 constexpr double kHalf = 0.5;
 float Clamped(float place, float last)
 {
@@ -106,7 +95,7 @@ bool Shader::NextPart()
     return true;
 }
 
-// The place of a pixel, which is the larger the smaller the circle that it lies on.
+// The places of pixels in a radial shading: the smaller the circle that a pixel lies on, the larger its place.
 struct Shader::RadialPlaces {
     float x, y, stepX, stepY; // in the cone, of the first pixel, and on to the next
     float tip, perX, perLength;
@@ -118,7 +107,7 @@ struct Shader::RadialPlaces {
     }
 };
 
-// Certainly: its corners lie in the part, which has no dents.
+// It does if the corners lie in the part, which has no dents.
 bool Shader::Covers(const Bounds &samples) const
 {
     const double from = shading_->spans[firstSpan_].from, to = shading_->spans[endSpan_ - 1].to;
@@ -135,14 +124,14 @@ bool Shader::Covers(const Bounds &samples) const
            isInside(samples.left, samples.bottom) && isInside(samples.right, samples.bottom);
 }
 
-// How many pixels the parameter takes from 0 to 1, where that is most.
+// How many pixels the parameter takes from 0 to 1, along the longest way.
 double Shader::PixelsAcross() const
 {
     if (shading_->kind == ShadingKind::Axial)
         return 1 / std::hypot(toUnit_.a, toUnit_.c);
     const double shrinks = shading_->first.radius - shading_->last.radius;
     const double moves = Length(shading_->last.centre - shading_->first.centre);
-    const double area = std::abs(toUnit_.a * toUnit_.d - toUnit_.b * toUnit_.c);
+    const double area = std::abs(Determinant(toUnit_));
     // The longer axis of an ellipse is no longer than this diagonal.
     const double diagonal = std::hypot(toUnit_.a, toUnit_.b, std::hypot(toUnit_.c, toUnit_.d)) / area;
     return (shrinks + moves) * diagonal;
@@ -150,7 +139,7 @@ double Shader::PixelsAcross() const
 
 void Shader::MixInks()
 {
-    // What is of one colour at either end needs no inks: places beyond the ends have those of the ends.
+    // Spans of one colour at either end need no inks of their own: places beyond the ends have those of the ends.
     const ColourSpan *first = &shading_->spans[firstSpan_], *last = &shading_->spans[endSpan_ - 1];
     while (first < last && first->colours.size() == 1)
         ++first;
@@ -196,7 +185,7 @@ InkWord Shader::Mix(const Step &from, const Step &to, uint64_t part)
                                 (odd >> 8 & 0xFF000000));
 }
 
-// Goes on to so many inks.
+// Appends the inks of the span, up to so many in all.
 void Shader::MixSpan(const ColourSpan &span, size_t count)
 {
     steps_.clear();
@@ -204,7 +193,8 @@ void Shader::MixSpan(const ColourSpan &span, size_t count)
         steps_.push_back(StepOf(colour));
     const size_t last = steps_.size() - 1;
     const auto end = static_cast<double>(last * kParts);
-    const double perUnit = end / (span.to - span.from); // is no number, or endless, for a span without length
+    const double perUnit =
+        end / (span.to - span.from); // not a number, or infinite, for a span without length
     const double first = (start_ - span.from) * perUnit, perInk = perUnit / perUnit_;
     for (size_t i = inks_.size(); i < count; ++i) {
         const double place = first + static_cast<double>(i) * perInk;
@@ -222,7 +212,7 @@ Ink Shader::InkAt(float place) const
     return {inks_[at], kept_.empty() ? 0 : kept_[at]};
 }
 
-// use of what tells the place of a pixel by its distance from left.
+// Calls use with what tells the place of a pixel by its distance from left.
 template <class Use>
 void Shader::WithPlaces(int y, int left, Use &&use) const
 {

@@ -20,15 +20,15 @@ class Shader
     // The shading must last until the last part is painted.
     bool Begin(const Shading &shading, const Matrix &toSamples, int samples, bool simulateOverprint);
 
-    // Goes to the first part, the next, and returns false behind the last.
+    // Goes to the first part, then to the next. False behind the last one.
     bool NextPart();
     bool IsOnlyPart() const { return firstSpan_ == 0 && endSpan_ == shading_->spans.size(); }
     const Path &Outline() const { return outline_; }
-    bool Covers(const Bounds &samples) const; // surely, so that its outline does not matter
-    // Once a part, before it is painted.
+    bool Covers(const Bounds &samples) const; // true only if the part's outline surely lies outside of them
+    // Is called once for each part, before it is painted.
     void MixInks();
-    // Neighbouring pixels of row y, which is selected in the buffer: the samples of mask. Those of one ink, as a single pixel
-    // at an edge, have a way of their own, since what is ready for many takes longer to begin.
+    // Paints the samples of mask in neighbouring pixels of row y, which is selected in the buffer. Pixels of one ink,
+    // such as a single one at an edge, go a shorter way: the loops for many take longer to begin.
     void Paint(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
     {
         if (right - left == 1 || isLevel_)
@@ -65,7 +65,7 @@ class Shader
 
     const Shading *shading_ = nullptr;
     bool overprint_ = false;
-    bool isLevel_ = false; // axial, and each row of pixels of one colour
+    bool isLevel_ = false; // an axial shading in which each row of pixels has one colour
     Matrix toUnit_;        // pixels to the space that the shading is in
     double samples_ = 1;   // a side of a pixel
     Matrix toCone_;        // pixels to the space of the cone, whose tip is 0, 0
@@ -76,11 +76,11 @@ class Shader
 
     std::vector<Step> steps_; // of a span
 
-    // The inks of the part, at equal distances from the parameter start_ on. A place counts in them.
+    // The inks of the part, at equal distances from the parameter start_ on. A place is a number of them.
     std::vector<InkWord> inks_;
-    std::vector<InkWord> kept_; // with each of them; none when all replace
+    std::vector<InkWord> kept_; // the inks that each of them keeps; empty when all replace
     double start_ = 0;
-    double perUnit_ = 0;                       // inks from a parameter to one more by 1
+    double perUnit_ = 0;                       // inks for a parameter from 0 to 1
     float tip_ = 0, perX_ = 0, perLength_ = 0; // of the cone, in places
 };
 

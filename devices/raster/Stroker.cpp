@@ -10,11 +10,11 @@ namespace vxhost::raster
 namespace
 {
 
-// Rounding to the grid of the scanner must not take the last centre out of a stroke that is just one sample wide. No
-// more than that: what is added here darkens every thin line.
+// Rounding to the grid of the scanner must not take the last centre out of a stroke that is just one sample wide. It
+// is no more than that, since what is added here darkens every thin line.
 constexpr double kOneSample = 1.0 + 1.0 / 4096;
 
-// What is left of the ink of the thinnest lines: enough to be seen.
+// The thinnest lines keep this much of their ink, which is enough to be seen.
 constexpr double kFaintest = 0.25;
 
 // Points closer than this have no direction worth keeping.
@@ -154,8 +154,8 @@ void Stroker::StrokeDot(Point at, Point direction)
         AddCell(at);
 }
 
-// Leaves in kept_ the points that differ from the one before; false when fewer than two are left. Of points that are the
-// same the line arrives at the first and leaves the last.
+// Leaves in kept_ the points that differ from the one before; false when fewer than two are left. Where several points
+// are the same, the line arrives as at the first of them and leaves as from the last.
 bool Stroker::KeepDistinct(std::span<const StrokePoint> points, bool closed)
 {
     const auto differ = [](Point a, Point b) { return Dot(a - b, a - b) > kDistinct * kDistinct; };
@@ -213,7 +213,7 @@ Stroker::Segment Stroker::MakeSegment(Point from, Point to) const
     return segment;
 }
 
-// In pen space, where the segment is the line next to a point and direction the one that a curve has there.
+// The direction in pen space, as a unit vector: a curve's own at a point, or that of the segment beside it.
 Point Stroker::UnitOf(Point direction, const Segment &segment) const
 {
     if (direction == Point{})
@@ -294,7 +294,7 @@ void Stroker::AddJoin(const StrokePoint &at, const Segment &before, const Segmen
     }
 }
 
-// At the end of the segment.
+// Adds the cap at the end of the segment.
 void Stroker::AddCap(Point at, const Segment &segment)
 {
     const auto addLine = [&](Point from, Point to) { scanner_->AddEdge(from, to); };
@@ -316,8 +316,8 @@ void Stroker::AddCap(Point at, const Segment &segment)
     }
 }
 
-// Turns the pen-space vector from by angle; start and end are where the arc begins and ends among the
-// samples.
+// Adds the lines of an arc that turns the pen-space vector `from` by angle; start and end are where it begins and ends
+// among the samples.
 template <class AddLine>
 void Stroker::AddArc(Point centre, Point from, double angle, Point start, Point end, AddLine addLine) const
 {

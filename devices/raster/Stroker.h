@@ -28,7 +28,7 @@ class Pen
     Point ToPen(Point p) const;
     double LongRadius() const { return std::max(radiusX_, radiusY_); }
     double ShortRadius() const { return std::min(radiusX_, radiusY_); }
-    double Strength() const { return strength_; } // of the ink, up to 1
+    double Strength() const { return strength_; } // how much of the ink is left, up to 1
 
   private:
     double cos_ = 1, sin_ = 0; // of the ellipse's axes among the samples
@@ -39,7 +39,7 @@ class Pen
 struct StrokePoint {
     Point at;
     bool smooth; // in the middle of a curve: joined round, whatever the style says
-    // Of the curves that end and begin here; 0: as the lines to the points beside it.
+    // The directions of the curves that end and begin here; 0: those of the lines to the points beside it.
     Point arriving = {}, leaving = {};
 };
 
@@ -53,7 +53,7 @@ class Stroker
     double Reach() const;
     double Strength() const { return pen_.Strength(); }
 
-    // At least one point each. Where all points are the same, only round caps paint.
+    // Each takes at least one point. Where all points are the same, only round caps paint.
     void StrokeOpen(std::span<const StrokePoint> points);
     void StrokeClosed(std::span<const StrokePoint> points); // with a line from the last point to the first
 

@@ -22,9 +22,9 @@ class Clips
 
     void Save() { levels_.push_back(current_); }
     void Restore();
-    // Nothing is painted under an empty one.
+    // Nothing is painted under an empty path.
     void Intersect(const Path &path);
-    // With what writeData writes of a path, which may be too much to be kept.
+    // Intersects with the path whose data writeData writes: it may be too long to be kept.
     void IntersectWith(const std::function<void()> &writeData);
     void End();
 

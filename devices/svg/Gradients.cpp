@@ -17,7 +17,7 @@ constexpr size_t kMaxRampBytes = size_t{4} << 20;
 
 using Circle = Shading::Circle;
 
-// Where circles that go on shrinking beyond the inner one end.
+// The point where circles end that go on shrinking beyond the inner one.
 Point Apex(const Circle &outer, const Circle &inner)
 {
     const double way = outer.radius / (outer.radius - inner.radius);
@@ -32,7 +32,8 @@ void AppendNumber(double value, std::string *to)
     *to += ' ';
 }
 
-// All that its stops are made of, as it would be written: the same ramp elsewhere on the page differs by roundings.
+// All that the stops of a ramp are made of, as it would be written: the same ramp elsewhere on the page differs by
+// roundings.
 std::string RampKey(const Shading &shading, double innerRadius)
 {
     std::string key;
@@ -50,7 +51,7 @@ std::string RampKey(const Shading &shading, double innerRadius)
     return key;
 }
 
-constexpr double kAxial = -1; // in the place of an inner radius
+constexpr double kAxial = -1; // stands for the inner radius of an axial shading
 
 } // namespace
 
@@ -62,11 +63,12 @@ bool Gradients::Paint(const Shading &shading)
 
 bool Gradients::PaintAxial(const Shading &shading, const Matrix &matrix)
 {
-    const double area = matrix.a * matrix.d - matrix.b * matrix.c;
+    const double area = Determinant(matrix);
     if (area == 0)
         return false;
     const Ramp ramp = FindRamp(shading, kAxial);
-    // Colours stay the same along the picture of the y axis. A gradient's do along the lines square to it.
+    // The colours of a shading stay the same along the picture of its y axis, those of a gradient along lines square to
+    // it.
     const Point start = matrix.Map({0, 0});
     const Point normal = {matrix.d, -matrix.c};
     const double way = area / (normal.x * normal.x + normal.y * normal.y);

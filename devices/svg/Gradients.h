@@ -24,7 +24,7 @@ class Gradients
     {
     }
 
-    // False, and nothing is written: gradients cannot show it. They show bands, and circles inside each other.
+    // False, with nothing written, for what gradients cannot show. They show bands, and circles inside each other.
     bool Paint(const Shading &shading);
 
   private:
@@ -43,7 +43,7 @@ class Gradients
     Matrix toPicture_;
     PaintAttributes *paints_;
     XmlWriter *xml_;
-    std::unordered_map<std::string, Ramp> ramps_; // by all that makes them
+    std::unordered_map<std::string, Ramp> ramps_; // by RampKey
     size_t rampBytes_ = 0;
     uint64_t lastRamp_ = 0, lastGradient_ = 0;
 };

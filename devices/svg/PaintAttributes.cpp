@@ -8,7 +8,7 @@ namespace vxhost::svg
 namespace
 {
 
-// Nothing shows through it, whatever the other inks.
+// Nothing shows through solid black, whatever the other inks are.
 bool IsSolidBlack(const Colour &colour)
 {
     return colour.space == ColourSpace::Gray ? colour.ink[0] == 0 : colour.ink[3] == 1;
@@ -19,7 +19,7 @@ bool LeavesAnInk(const Colour &colour)
     return colour.space == ColourSpace::Gray || std::ranges::find(colour.ink, 0.0) != std::end(colour.ink);
 }
 
-// "cmyk="…"" or "gray="…"", behind the prefix.
+// Writes "cmyk="…"" or "gray="…"" behind the prefix.
 void WriteInks(const Colour &colour, std::string_view prefix, XmlWriter *xml)
 {
     xml->Markup(prefix);

@@ -7,7 +7,7 @@
 namespace vxhost::svg
 {
 
-// The letters and numbers of it.
+// Writes the letters and numbers of the path.
 void WritePathData(const Path &path, const Matrix &toElement, XmlWriter *xml);
 
 // The path without subpaths that stay at one point: with square caps those would show as squares, and the direction

@@ -14,7 +14,7 @@ namespace
 constexpr size_t kMaxIntervals = 255;
 // A change of inks over which every profile is as good as straight.
 constexpr double kInkStep = 1.0 / 64;
-constexpr double kTolerance = 1; // of 255; less would follow the rounding of colours
+constexpr double kTolerance = 1; // one level of 255; less would follow the rounding of colours
 
 struct Sample {
     RampStop stop;

@@ -18,8 +18,8 @@ struct RampStop {
     Colour colour;
 };
 
-// Ascending, from 0 to 1, at most 256 for a span. What a screen shows between two of them is nowhere further than one
-// of 255 from what convert says of the inks.
+// The stops ascend from 0 to 1, at most 256 for a span. Between two of them no level that a screen shows is further
+// than 1 of 255 from what convert says of the inks.
 std::vector<RampStop> FindRampStops(std::span<const ColourSpan> spans,
                                     const std::function<Rgb(const Colour &)> &convert);
 

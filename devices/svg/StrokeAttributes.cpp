@@ -8,7 +8,7 @@ namespace vxhost::svg
 namespace
 {
 
-// Of a line that is to be as thin as can be seen, where a viewer does not know of lines in pixels; points.
+// The width in points of a line that is to be as thin as can be seen, for viewers that do not know lines in pixels.
 constexpr double kThinnest = 0.5;
 
 } // namespace
@@ -25,7 +25,7 @@ void WriteStroke(const StrokeStyle &style, const Frame &frame, XmlWriter *xml)
     const bool isDashed = std::ranges::any_of(
         style.dashes, [&](double length) { return length * frame.scale >= kSmallestNumber; });
     xml->Attribute("stroke-width", isThinnest ? kThinnest : width);
-    // Dashes would be in pixels as well.
+    // The lengths of dashes would be in pixels as well.
     if (isThinnest && !isDashed)
         xml->Markup(" vector-effect=\"non-scaling-stroke\"");
     if (style.cap != LineCap::Butt)

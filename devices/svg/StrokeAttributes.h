@@ -14,8 +14,8 @@ constexpr double kDefaultMiterLimit = 10;
 // The frame of a stroke whose path goes to the picture by toPicture.
 Frame FindStrokeFrame(const StrokeStyle &style, const Matrix &toPicture);
 
-// " stroke-width="…"" and whatever else differs from what strokes are without attributes. The element carries the
-// frame's transform.
+// Writes " stroke-width="…"" and whatever else differs from a stroke without attributes. The element has the frame's
+// transform.
 void WriteStroke(const StrokeStyle &style, const Frame &frame, XmlWriter *xml);
 
 } // namespace vxhost::svg

@@ -23,10 +23,10 @@ using namespace svg;
 namespace
 {
 
-// Of a path that waits for its stroke; longer ones are two elements.
+// A path of no more points may wait for its stroke; a longer one is written as two elements.
 constexpr size_t kMaxKeptPoints = size_t{1} << 16;
 
-// What knows where the page lies.
+// The writers that know where the page lies.
 struct PageWriters {
     PageWriters(const Matrix &matrix, PaintAttributes *paints, XmlWriter *xml, Device *device)
         : toPicture(matrix), clips(matrix, xml), gradients(matrix, paints, xml),

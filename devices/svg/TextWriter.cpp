@@ -13,7 +13,7 @@ namespace vxhost::svg
 namespace
 {
 
-// Beyond these viewers round, clamp or leave out, and nobody reads.
+// Viewers round, clamp or leave out sizes beyond these, and nobody can read them.
 constexpr double kSmallestFont = 0.1, kLargestFont = 2000;
 constexpr double kFlattest = 0.02;
 constexpr double kSameNumber = 1e-9;
@@ -80,7 +80,7 @@ TextWriter::Setting TextWriter::FindSetting(const GlyphRun &run) const
     Setting setting;
     setting.size = std::hypot(toPicture.c, toPicture.d);
     const Frame frame = FindFrame(toPicture);
-    const double area = toPicture.a * toPicture.d - toPicture.b * toPicture.c;
+    const double area = Determinant(toPicture);
     setting.isReadable = setting.size >= kSmallestFont && setting.size <= kLargestFont &&
                          std::abs(area) > kFlattest * frame.scale * frame.scale;
     if (!setting.isReadable)
@@ -92,13 +92,7 @@ TextWriter::Setting TextWriter::FindSetting(const GlyphRun &run) const
     setting.isPlain = IsSame(matrix, {});
     if (setting.isPlain)
         return setting;
-    const double determinant = matrix.a * matrix.d - matrix.b * matrix.c;
-    setting.toText = {matrix.d / determinant,
-                      -matrix.b / determinant,
-                      -matrix.c / determinant,
-                      matrix.a / determinant,
-                      0,
-                      0};
+    setting.toText = Inverse(matrix);
     setting.transform = WithTranslation(matrix, toPicture_.Map(run.glyphs.front().origin));
     return setting;
 }
@@ -115,7 +109,7 @@ void TextWriter::PlaceCharacters(const GlyphRun &run, const Setting &setting, We
     }
 }
 
-// Of the first two characters; if the others do not follow it they are placed one by one.
+// The spacing of the first two characters. If the others do not follow it they are placed one by one.
 double TextWriter::FindSpacing(const GlyphRun &run, double size) const
 {
     if (placed_.size() < 2 || run.isColumn)
@@ -144,7 +138,7 @@ size_t TextWriter::FindChunkEnd(const GlyphRun &run, size_t begin, double size, 
     return end;
 }
 
-// y is that of the text so far.
+// y is that of the text so far; it is written where it changes.
 void TextWriter::WriteChunkPlace(size_t begin, size_t end, double *y)
 {
     xml_->Markup(" x=\"");

@@ -33,7 +33,7 @@ class TextWriter
 
     bool CanShow(const TextFont &font) { return OpenFont(font) != nullptr; }
     void Show(const GlyphRun &run, const TextPaint &paint);
-    // Of all glyphs, as the data of one path.
+    // Writes the outlines of all glyphs as the data of one path.
     void WriteOutlines(std::span<const GlyphRun> runs);
     void WriteFonts();
 
@@ -42,9 +42,9 @@ class TextWriter
         std::unique_ptr<WebFont> font; // null: not to be embedded
         uint64_t id = 0;
     };
-    // Where text stands that is written in one element.
+    // Where the text of one element stands.
     struct Setting {
-        Matrix transform; // of the element to the picture
+        Matrix transform; // from the element to the picture
         Matrix toText;    // the inverse
         double size = 0;  // of the font
         bool isPlain = true;
@@ -54,7 +54,7 @@ class TextWriter
     struct PlacedCharacter {
         Point at; // in the element's space
         char32_t character;
-        bool isHidden; // a shape instead
+        bool isHidden; // a shape is painted instead
     };
 
     Face *OpenFont(const TextFont &font); // null: it cannot be embedded

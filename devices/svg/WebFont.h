@@ -37,12 +37,12 @@ class WebFont
 
     const FontNames &Names() const { return names_; }
 
-    // Takes the character into the embedded font, if that shows the glyph for it; false: it does not.
+    // Takes the character into the embedded font, if that shows the glyph for it; false if not.
     bool Take(char32_t character, uint32_t glyph);
-    // How much nearer or farther than their widths say a viewer that kerns sets the second character, ems. An em where it
-    // would make one glyph of both.
+    // By how many ems a viewer that kerns sets the second character nearer or farther than the widths say. An em where
+    // it would make one glyph of both.
     double Kerning(char32_t first, char32_t second);
-    // Ems, y up.
+    // In ems, y up.
     const Path &Outline(uint32_t glyph);
 
     // The font with the characters that were reached. Empty when the file turns out to be damaged, or there are none.
@@ -71,8 +71,8 @@ class WebFont
     Owned<hb_font_t, hb_font_destroy> font_; // of the face, in ems of 16.16
     std::unique_ptr<FontFile> file_;
     FontNames names_;
-    std::array<Known, 256> known_; // by the character's last byte, the latest of each
-    std::vector<KnownPair> pairs_; // at a place that both characters make, the latest of each
+    std::array<Known, 256> known_; // at the place of a character's last byte, the latest of each
+    std::vector<KnownPair> pairs_; // at a place that follows from both characters, the latest of each
     Owned<hb_set_t, hb_set_destroy> reached_;
     std::unordered_map<uint32_t, Path> outlines_;
 };

@@ -18,7 +18,7 @@ bool IsAllowed(char32_t character)
            (character >= 0x10000 && character < 0x110000);
 }
 
-// Takes the first character off the text. What is not well formed is one byte long and stands for the replacement.
+// Takes the first character off the text. A byte that is not well formed becomes the replacement character.
 char32_t TakeCharacter(std::string_view *utf8)
 {
     const auto at = [&](size_t i) { return static_cast<uint8_t>((*utf8)[i]); };

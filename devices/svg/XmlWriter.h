@@ -36,7 +36,7 @@ class XmlWriter
         Reserve(kMaxNumber);
         at_ = WriteNumber(value, at_);
     }
-    // "x y", behind a letter if there is one.
+    // Writes "x y", behind the letter `before` if there is one.
     void Coordinates(Point point, char before = 0)
     {
         Reserve(2 * kMaxNumber + 2);
@@ -57,7 +57,7 @@ class XmlWriter
     void Character(char32_t character);
     void Base64(std::span<const std::byte> bytes);
 
-    // Hands the rest over. Returns why something could not be written, if it could not.
+    // Hands the rest over. Returns the failure if something could not be written.
     Failure Finish();
 
   private:

@@ -10,7 +10,7 @@ namespace
 {
 
 constexpr double kLeastRatio = 1e-3;
-// So near to a circle that nobody sees the difference.
+// An ellipse so near to a circle is taken for one: nobody sees the difference.
 constexpr double kRoundRatio = 1 - 1e-6;
 
 // The ellipse that the unit circle becomes.
@@ -27,7 +27,7 @@ Ellipse FindEllipse(const Matrix &m)
     const double square = (p + r) / 2 + std::hypot((p - r) / 2, q);
     ellipse.longRadius = std::sqrt(square);
     if (square > 0)
-        ellipse.ratio = std::min(std::abs(m.a * m.d - m.b * m.c) / square, 1.0);
+        ellipse.ratio = std::min(std::abs(Determinant(m)) / square, 1.0);
     return ellipse;
 }
 
@@ -44,8 +44,8 @@ Frame FindFrame(const Matrix &matrix)
     frame.isPlain = false;
     const double ratio = std::max(ellipse.ratio, kLeastRatio);
     const double cos = std::cos(ellipse.angle), sin = std::sin(ellipse.angle);
-    // Symmetric: back along the long axis's angle, squeezed across it, and forth again. So what only stretches along
-    // the axes stays a stretch along the axes.
+    // The matrix is symmetric: it turns the long axis onto x, squeezes across it, and turns back. So what only
+    // stretches along the axes stays a stretch along the axes.
     const auto stretch = [&](double across) {
         const double mixed = cos * sin * (1 - across);
         return Matrix{cos * cos + sin * sin * across, mixed, mixed, sin * sin + cos * cos * across, 0, 0};

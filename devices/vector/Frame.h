@@ -1,6 +1,6 @@
-// Where an element's own space lies, a stroke's above all: how a matrix that distorts becomes a transform with sensible
-// numbers in it. Shapes are where they belong already; a pen that its matrix makes an ellipse needs a space in which it
-// is round, and the path mapped back to there.
+// The space of an element, above all of a stroke: how a matrix that distorts becomes a transform with sensible numbers
+// in it. Shapes are on the page already; but a pen that its matrix makes an ellipse needs a space in which it is round,
+// and the path mapped back to there.
 #pragma once
 
 #include "host/drawing/Path.h"

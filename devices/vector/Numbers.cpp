@@ -22,14 +22,14 @@ double InRange(double value)
     return value > 0 ? kLimit : value < 0 ? -kLimit : 0;
 }
 
-// Rounded; the value lies in a range that fits.
+// The value, which must lie in a range that fits, rounded.
 int64_t Nearest(double value)
 {
     return static_cast<int64_t>(value < 0 ? value - 0.5 : value + 0.5);
 }
 
-// The digits of a value below 10,000, a byte each, the first in the lowest. All four at once: how many a number has is
-// hard to guess, and a wrong guess takes longer than a digit.
+// The digits of a value below 10,000, a byte each, the first in the lowest. All four are made at once: a processor
+// hardly guesses how many a number has, and a wrong guess takes longer than a digit.
 uint32_t FourDigits(uint32_t value)
 {
     const uint32_t hundreds = value * 5243 >> 19;
@@ -57,7 +57,7 @@ char *WriteWhole(uint64_t value, char *to)
         return to + 4;
     }
     const uint32_t digits = FourDigits(static_cast<uint32_t>(value));
-    const int zeros = std::countr_zero(digits | 1U << 24) / 8; // but for the last
+    const int zeros = std::countr_zero(digits | 1U << 24) / 8; // leading ones; the last digit is not counted
     Put(digits >> (8 * zeros), to);
     return to + 4 - zeros;
 }
@@ -72,8 +72,8 @@ char *WriteDecimals(uint64_t value, int places, char *to)
     return to + places;
 }
 
-// The fewest that tell fraction / 65536 from its neighbours: with them the nearest decimal is less than half of 1/65536
-// away. Five always do.
+// The fewest decimals that tell fraction / 65536 from its neighbours: with them the nearest decimal is less than half
+// of 1/65536 away. Five always do.
 int PlacesOf(uint32_t fraction)
 {
     uint32_t enough = 1U << 5;
@@ -84,7 +84,7 @@ int PlacesOf(uint32_t fraction)
     return std::countr_zero(enough);
 }
 
-// fraction / 65536, which is not 0.
+// Writes fraction / 65536, which is not 0.
 char *WriteFraction(uint32_t fraction, char *to)
 {
     const int places = PlacesOf(fraction);

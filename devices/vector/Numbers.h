@@ -16,7 +16,7 @@ inline constexpr double kSmallestNumber = 1.0 / 65536; // what is much less is w
 // number becomes 0.
 char *WriteNumber(double value, char *to);
 
-// With up to nine decimals: factors of a matrix, which are multiplied by whatever they map.
+// Writes up to nine decimals: a factor of a matrix is multiplied by whatever it maps.
 char *WriteFactor(double value, char *to);
 
 std::string NumberText(double value);

@@ -27,7 +27,7 @@ class BlendFilter final : public Device
     Failure EndPage() override;
 
   private:
-    // The device, for anything but a further step.
+    // Flushes what is held back, and returns the device for what is no further step.
     Device *Flushed()
     {
         if (!strips_.IsEmpty())
@@ -38,7 +38,7 @@ class BlendFilter final : public Device
     }
 
     Device *device_;
-    // One of them holds something back at a time.
+    // Only one of the two holds something back at a time.
     StripBlend strips_;
     DiscBlend discs_;
     Path clip_; // the innermost one, as long as that is known; keeps its storage

@@ -9,7 +9,7 @@ namespace vxhost
 namespace
 {
 
-// With fewer there is nothing between the two ends to tell a blend by.
+// With fewer steps there is nothing between the two ends to tell a blend by.
 constexpr size_t kMinSteps = 3;
 
 constexpr double kStepsPerUnit = 100;
@@ -20,8 +20,8 @@ constexpr double kStepCountError = 0.6;
 // 8 hundredths of a step.
 constexpr double kPlaceError = 0.1;
 
-// Neighbours that differ by more are an edge. An even ramp steps by 1 to 1.5 percent; the most uneven midpoint that
-// drawing programs offer, 13, by 5.
+// Neighbours that differ by more are an edge. An even ramp steps by 1 to 1.5 percent; one with the most uneven midpoint
+// that drawing programs offer, 13 percent, by 5.
 constexpr double kLargestStep = 1.0 / 16;
 
 double LargestChange(const Colour &a, const Colour &b)
@@ -64,8 +64,8 @@ bool AreEven(std::span<const double> starts)
     return step > 0;
 }
 
-// Whether the colours are not to run into each other. With overprint no ink is something else than very little of it:
-// it leaves what is below.
+// Whether the colours are not to run into each other. With overprint, no ink and very little ink are two things: no
+// ink leaves what is below.
 bool IsEdge(const Paint &a, const Paint &b)
 {
     if (LargestChange(a.colour, b.colour) > kLargestStep)
@@ -85,7 +85,7 @@ bool AreAlike(const Paint &a, const Paint &b)
 
 size_t CountRampSteps(std::span<const Paint> paints, std::span<const double> starts)
 {
-    // The longest: what makes half of a blend makes, rounded, a blend of half the colours too.
+    // The longest run that fits is taken: the first half of a blend also passes for a blend, of half the colours.
     for (size_t n = CountMonotonic(paints.first(std::min(paints.size(), kMaxRampSteps))); n >= kMinSteps;
          --n) {
         if (IsStepCount(n, LargestChange(paints[0].colour, paints[n - 1].colour)) && AreEven(starts.first(n)))
@@ -106,7 +106,7 @@ std::vector<ColourSpan> MakeSpans(std::span<const Paint> paints, std::span<const
         span.colours.reserve(next - first);
         for (size_t i = first; i < next; ++i)
             span.colours.push_back(paints[i].colour);
-        if (span.colours.front() == span.colours.back()) // no ink turns back: they are all the same
+        if (span.colours.front() == span.colours.back()) // no ink turns back, so all between are the same
             span.colours.resize(1);
         spans.push_back(std::move(span));
         first = next;

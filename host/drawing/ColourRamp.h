@@ -15,17 +15,17 @@
 namespace vxhost
 {
 
-// No blend has more: no ink changes by more than all of it.
+// No blend has more steps: an ink changes by 100 percent at most.
 constexpr size_t kMaxRampSteps = 100;
 
 // Whether the two can be parts of one shading.
 bool AreAlike(const Paint &a, const Paint &b);
 
-// How many of the steps, from the first on, are one blend; 0 for none. starts, ascending, are where each step begins.
-// All paints are alike.
+// How many of the steps, from the first on, are one blend; 0: they are none. starts, ascending, are where each step
+// begins. All paints must be alike.
 size_t CountRampSteps(std::span<const Paint> paints, std::span<const double> starts);
 
-// The spans of a blend from 0 to 1. starts as above, in the same unit as end, where the last step ends.
+// The spans of a blend from 0 to 1. starts are as above; end, in the same unit, is where the last step ends.
 std::vector<ColourSpan> MakeSpans(std::span<const Paint> paints, std::span<const double> starts, double end);
 
 } // namespace vxhost

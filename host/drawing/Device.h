@@ -35,7 +35,7 @@ struct Page {
     Box box;           // the part of page space to show, left < right and bottom < top
     std::string title; // from the document's header, UTF-8, may be empty
     std::string creator;
-    std::string created = {}; // when, as somebody wrote it there
+    std::string created = {}; // the date, as somebody wrote it in the header
 };
 
 class Device

@@ -16,20 +16,19 @@ namespace
 // A circle without a close, as blends draw it.
 constexpr Verb kDiscVerbs[] = {Verb::Move, Verb::Curve, Verb::Curve, Verb::Curve, Verb::Curve};
 
-// What went through one matrix is the same up to the last bits of a double; documents are in steps of 1/65536.
+// Points that went through one matrix differ in the last bits of a double at most; numbers of documents lie 1/65536
+// apart.
 constexpr double kExact = 1e-6;
 
-// Control points of a quarter of the unit circle lie this far along its tangents, but for the rounding to 16.16, which
-// shows in the smallest discs.
-constexpr double kQuarter = 0.5522847498307936;
-constexpr double kQuarterError = 0.01;
+// Blends round the control points of circles to 16.16, which shows in the smallest discs.
+constexpr double kControlError = 0.01;
 
 // How far from its place a centre may be, in steps of the radius.
 constexpr double kPlaceError = 0.1;
 
 // A blend has about one step a percent.
 constexpr double kGroundStep = 0.01;
-// More than the stops of a gradient.
+// A gradient has fewer stops.
 constexpr size_t kMaxSpans = 64;
 
 } // namespace
@@ -47,11 +46,11 @@ bool DiscBlend::ReadDisc(const Path &path, Disc *disc)
     disc->v = v;
     if (p[12] != p[0] || !AreNear((p[3] + p[9]) * 0.5, centre, kExact) || Cross(u, v) == 0)
         return false;
-    const double error = kQuarterError * (Length(u) + Length(v));
+    const double error = kControlError * (Length(u) + Length(v));
     const auto isAt = [&](int i, double x, double y) { return AreNear(p[i], centre + u * x + v * y, error); };
-    return isAt(1, 1, kQuarter) && isAt(2, kQuarter, 1) && isAt(4, -kQuarter, 1) && isAt(5, -1, kQuarter) &&
-           isAt(7, -1, -kQuarter) && isAt(8, -kQuarter, -1) && isAt(10, kQuarter, -1) &&
-           isAt(11, 1, -kQuarter);
+    return isAt(1, 1, kArcControl) && isAt(2, kArcControl, 1) && isAt(4, -kArcControl, 1) &&
+           isAt(5, -1, kArcControl) && isAt(7, -1, -kArcControl) && isAt(8, -kArcControl, -1) &&
+           isAt(10, kArcControl, -1) && isAt(11, 1, -kArcControl);
 }
 
 bool DiscBlend::Continues(const Disc &disc, const Paint &paint) const
@@ -91,7 +90,7 @@ void DiscBlend::FillGround(Device *device)
         device->FillPath(*std::exchange(ground_, nullptr), groundPaint_);
 }
 
-// The first discs of the queue go on as a shading, or the first as it is.
+// The first discs of the queue go on as a shading, or the first one goes on as it is.
 void DiscBlend::TakeShape(Device *device)
 {
     const size_t steps = discs_.CountRamp();
@@ -147,8 +146,8 @@ bool DiscBlend::MakeShading(size_t steps, Shading *shading) const
     return true;
 }
 
-// Its colour is where the blend begins, at most one step before the first disc's. Overprinted discs leave of the
-// ground's inks those that they have not, which a shading cannot.
+// The ground has the colour where the blend begins, at most one step before the first disc's. Overprinted discs keep
+// the ground's inks that they do not have themselves, which a shading cannot do.
 void DiscBlend::TakeGround(Shading *shading)
 {
     Colour &first = shading->spans.front().colours.front();
@@ -164,8 +163,8 @@ void DiscBlend::TakeGround(Shading *shading)
     shading->ground = *std::exchange(ground_, nullptr);
 }
 
-// False when the inner shading does not begin at the last circle, or is not on the way to the tip. Overprinted ones stay
-// apart: which inks they have differs.
+// False when the inner shading does not begin at the last circle, or is not on the way to the tip. Overprinted shadings
+// stay apart, since their inks differ.
 bool DiscBlend::Join(const Shading &inner)
 {
     if (inner.overprint || cone_.spans.empty() || cone_.spans.size() + inner.spans.size() > kMaxSpans)

@@ -12,7 +12,7 @@ namespace vxhost
 namespace
 {
 
-// Far beyond any page, and far from where doubles end: a product of two still has room.
+// This lies far beyond any page, and far from where doubles end: a product of two still has room.
 constexpr double kMatrixLimit = 1e12;
 
 bool IsUsable(const Matrix &matrix)
@@ -68,7 +68,7 @@ void Drawing::MoveTo(Point to)
     StartSubpath(state_.matrix.Map(to));
 }
 
-// Where a segment starts that no open subpath leads to: after a close at the closed subpath's start.
+// Begins a subpath for a segment that follows none: after a close at the closed subpath's start.
 void Drawing::OpenSubpath(Point ifNone)
 {
     StartSubpath(state_.pen == Pen::Closed ? state_.start : ifNone);

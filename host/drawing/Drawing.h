@@ -39,7 +39,7 @@ class Drawing
 
     void Clip();
     void Save();
-    void Restore(); // one too many changes nothing
+    void Restore(); // changes nothing where there is no save to return to
     void RestoreAll();
 
     void Translate(double dx, double dy);
@@ -58,12 +58,12 @@ class Drawing
     void Fill();
     void Stroke();
 
-    // Shapes beside the current path, which they leave as it is: what text is made of. On the page already.
+    // For text: shapes that are on the page already, and leave the current path as it is.
     const Matrix &UserToPage() const { return state_.matrix; }
     void FillShape(const Path &path);
     void StrokeShape(const Path &path);
     void ClipToShape(const Path &path);
-    // Text for a device that sets it. mode as of the show procedure.
+    // For text that the device sets itself. mode is that of the show procedure.
     bool CanShow(const TextFont &font) const { return device_->CanShow(font); }
     void ShowText(std::span<const GlyphRun> runs, int32_t mode);
     void CountShow() { ++counts_.shows; }
@@ -103,7 +103,7 @@ class Drawing
     PathStack path_;
     State state_;
     std::vector<State> saved_;
-    // Those of each level behind those of the levels below; behind them what is no longer used.
+    // The lengths of each level stand behind those of the levels below, and before what is no longer used.
     std::vector<double> dashes_;
     StrokeStyle style_; // what the last stroke was given; both keep their storage
     TextPaint text_;

@@ -1,5 +1,7 @@
 #include "host/drawing/DrawingTable.h"
 
+#include "host/drawing/FromFixed.h"
+
 #include <algorithm>
 #include <array>
 
@@ -10,16 +12,6 @@ namespace
 {
 
 constexpr int32_t kMaxDashLengths = 256;
-
-constexpr double FromFixed(Fixed value)
-{
-    return value / 65536.0;
-}
-
-Point FromFixed(const FixedPoint *point)
-{
-    return {FromFixed(point->x), FromFixed(point->y)};
-}
 
 template <typename Action>
 void Run(void *reference, Action &&action)
@@ -37,7 +29,7 @@ void Plain(void *reference)
 template <auto kAction, typename... Points>
 void WithPoints(void *reference, Points... points)
 {
-    Run(reference, [&](Drawing &to) { (to.*kAction)(FromFixed(points)...); });
+    Run(reference, [&](Drawing &to) { (to.*kAction)(FromFixed(*points)...); });
 }
 
 template <auto kAction, typename... Values>
@@ -57,7 +49,7 @@ void SetOverprint(void *reference, int32_t on)
     Run(reference, [&](Drawing &to) { to.SetOverprint(on != 0); });
 }
 
-// The second argument is always 0. Should it ever be another, the matrix is concatenated all the same.
+// The last argument is always 0, and not looked at.
 void Concat(void *reference, const FixedMatrix *matrix, int32_t)
 {
     Run(reference, [&](Drawing &to) {

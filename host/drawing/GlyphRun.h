@@ -12,7 +12,7 @@
 namespace vxhost
 {
 
-// A font that serves a document. Lives as long as the parse and is the same object for the same name asked for.
+// A font that serves a document. It lives as long as the parse, and is one object for each name asked for.
 struct TextFont {
     std::string asked;  // as the document names it, without "/" and "_"
     std::string served; // PostScript name of the font in the bytes
@@ -22,7 +22,7 @@ struct TextFont {
 
 struct PlacedGlyph {
     uint32_t glyph = 0;     // of the font; 0 is the one that says "missing"
-    char32_t character = 0; // that it stands for
+    char32_t character = 0; // what the glyph stands for
     double advance = 0;     // ems, along the line or down the column, spacing not counted
     Point origin;           // of the glyph, the left end of its baseline, on the page; in a column as well
 };

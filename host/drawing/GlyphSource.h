@@ -1,6 +1,6 @@
 // Where text gets its characters: what a drawing asks of fonts, and no more.
 //
-// Free of font libraries, so that text is placed and tested without one.
+// It is free of font libraries, so that text is placed and tested without one.
 #pragma once
 
 #include "host/Outcome.h"
@@ -18,7 +18,7 @@ namespace vxhost
 
 // One character taken off a text.
 struct Glyph {
-    size_t bytes = 1;              // that it takes, 1 or more
+    size_t bytes = 1;              // how many it takes, 1 or more
     double advance = 0;            // ems
     uint32_t glyph = 0;            // of the string's font; 0: that of a missing character
     char32_t character = 0;        // 0: nothing to show, a control code
@@ -34,14 +34,15 @@ class GlyphSource
     GlyphSource &operator=(const GlyphSource &) = delete;
     virtual ~GlyphSource() = default;
 
-    // Opens what serves that name; null: nothing does, its characters are boxes. Valid as long as this object.
+    // Opens the font that serves that name. Null: none does, and its characters are boxes. Valid as long as this
+    // object.
     virtual const TextFont *OpenFont(std::string_view fontName) = 0;
-    // Begins a string in that font. isNew: it is counted, since it is none that was painted already and now clips.
+    // Begins a string in that font. It is counted if isNew: one that was painted before and now clips is not.
     virtual void BeginString(std::string_view fontName, bool isNew) = 0;
-    // The first character of text, which is not empty. isUpright: in its form for a column.
+    // The first character of text, which is not empty; if isUpright, in its form for a column.
     virtual Glyph Next(std::span<const uint8_t> text, bool isUpright) = 0;
 
-    // In the order of their first strings.
+    // The fonts that strings began in, in the order of their first ones.
     virtual std::vector<FontUse> FontsUsed() const = 0;
 };
 

@@ -8,7 +8,7 @@
 namespace vxhost
 {
 
-// The budget is spent. Not a lack of memory of the machine, which is plain std::bad_alloc.
+// The budget is spent. (A machine without memory is plain std::bad_alloc.)
 struct BudgetSpent : std::bad_alloc {
     const char *what() const noexcept override { return "the drawing needs more memory than it may have"; }
 };

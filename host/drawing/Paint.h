@@ -11,7 +11,7 @@ namespace vxhost
 
 enum class ColourSpace : uint8_t { Gray, Cmyk };
 
-// As the document says it. Gray: ink[0] is the level, 0 black, 1.0 white. Cmyk: ink amounts, 0 none, 1.0 full.
+// A colour as the document says it. Gray: ink[0] is the level, 0 black, 1.0 white. Cmyk: ink amounts, 0 none, 1.0 full.
 // Components outside 0 to 1.0 have been clamped.
 struct Colour {
     ColourSpace space = ColourSpace::Gray;

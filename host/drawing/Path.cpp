@@ -17,7 +17,7 @@ size_t PointCount(Verb verb)
 
 void AppendOutline(const Path &outline, const Matrix &matrix, Path *to)
 {
-    if (matrix.a * matrix.d - matrix.b * matrix.c < 0)
+    if (Determinant(matrix) < 0)
         return AppendReversed(outline, matrix, to);
     to->verbs.insert(to->verbs.end(), outline.verbs.begin(), outline.verbs.end());
     for (const Point &point : outline.points)

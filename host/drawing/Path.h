@@ -24,7 +24,7 @@ struct Matrix {
     friend bool operator==(const Matrix &, const Matrix &) = default;
 };
 
-// first, then second.
+// The matrix that maps by first, then by second.
 inline Matrix Product(const Matrix &first, const Matrix &second)
 {
     return {first.a * second.a + first.b * second.c,
@@ -33,6 +33,30 @@ inline Matrix Product(const Matrix &first, const Matrix &second)
             first.c * second.b + first.d * second.d,
             first.tx * second.a + first.ty * second.c + second.tx,
             first.tx * second.b + first.ty * second.d + second.ty};
+}
+
+// What the matrix makes of a difference between two points.
+inline Point MapVector(const Matrix &matrix, Point vector)
+{
+    return {matrix.a * vector.x + matrix.c * vector.y, matrix.b * vector.x + matrix.d * vector.y};
+}
+
+// The area of what the matrix makes of the unit square, below 0 where it mirrors.
+inline double Determinant(const Matrix &m)
+{
+    return m.a * m.d - m.b * m.c;
+}
+
+// The way back. The determinant may not be 0.
+inline Matrix Inverse(const Matrix &m)
+{
+    const double area = Determinant(m);
+    return {m.d / area,
+            -m.b / area,
+            -m.c / area,
+            m.a / area,
+            (m.c * m.ty - m.d * m.tx) / area,
+            (m.b * m.tx - m.a * m.ty) / area};
 }
 
 // How many points follow each verb: 1, 1, 3, 0.

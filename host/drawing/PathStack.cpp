@@ -48,7 +48,7 @@ void PathStack::Clear()
         budget_->Take(sizeof(Path));
         paths_.emplace_back();
     }
-    // What this level added to the shared path goes with it when the lower level comes back.
+    // What this level added to a shared path is cut off when the lower level comes back.
     current_ = &paths_[++index_];
 }
 

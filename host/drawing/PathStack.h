@@ -19,7 +19,7 @@ namespace vxhost
 class PathStack
 {
   public:
-    // The budget must outlive this object; BudgetSpent comes out of whatever needs more than it has.
+    // The budget must outlive this object. Whatever needs more than it has throws BudgetSpent.
     explicit PathStack(MemoryBudget *budget);
     PathStack(const PathStack &) = delete;
     PathStack &operator=(const PathStack &) = delete;

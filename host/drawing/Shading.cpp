@@ -9,10 +9,7 @@ namespace vxhost
 namespace
 {
 
-// Control points of a quarter of the unit circle lie this far along its tangents.
-constexpr double kQuarter = 0.5522847498307936;
-
-// Of the distance at which they touch.
+// So much of the distance at which the circles touch.
 constexpr double kMostOffCentre = 0.99;
 
 Point Between(Point from, Point to, double t)
@@ -32,9 +29,9 @@ Path Disc(const Matrix &matrix, Point centre, double radius)
         return matrix.Map({centre.x + x * radius, centre.y + y * radius});
     };
     return {{Verb::Move, Verb::Curve, Verb::Curve, Verb::Curve, Verb::Curve, Verb::Close},
-            {at(1, 0), at(1, kQuarter), at(kQuarter, 1), at(0, 1), at(-kQuarter, 1), at(-1, kQuarter),
-             at(-1, 0), at(-1, -kQuarter), at(-kQuarter, -1), at(0, -1), at(kQuarter, -1), at(1, -kQuarter),
-             at(1, 0)}};
+            {at(1, 0), at(1, kArcControl), at(kArcControl, 1), at(0, 1), at(-kArcControl, 1),
+             at(-1, kArcControl), at(-1, 0), at(-1, -kArcControl), at(-kArcControl, -1), at(0, -1),
+             at(kArcControl, -1), at(1, -kArcControl), at(1, 0)}};
 }
 
 } // namespace

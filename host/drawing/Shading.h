@@ -15,7 +15,7 @@ namespace vxhost
 class Device;
 
 // A part of a shading. Between from and to, which are parameters from 0 to 1, its colours follow each other at equal
-// distances, the first at from and the last at to; one alone fills it. All of a shading are in one colour space.
+// distances, the first at from and the last at to; one colour alone fills it. A shading has one colour space.
 struct ColourSpan {
     double from = 0, to = 1;
     std::vector<Colour> colours;
@@ -44,14 +44,14 @@ struct Shading {
     Path ground = {};
 };
 
-// Whether one lies well inside the other. Discs that shrink to where they nearly touch make no cone that reaches all around
-// them, and viewers of gradients lose their way there.
+// Whether inner lies well inside outer. Circles that nearly touch make no cone that reaches all around them, and
+// viewers draw such gradients wrongly.
 bool AreNested(const Shading::Circle &outer, const Shading::Circle &inner);
 
-// What its part between two parameters covers: a strip of the square, or the disc of the first, or the ground.
+// What the shading covers between two parameters: a strip of the square, or the disc of the first, or the ground.
 Path OutlineOf(const Shading &shading, double from, double to);
 
-// Paints it as flat shapes again, one for each colour: for a device, or a combination, that knows no shadings.
+// Paints the shading as flat shapes, one for each colour: for a device, or a combination, that has no shadings.
 void PaintAsShapes(const Shading &shading, Device *device);
 
 } // namespace vxhost

@@ -14,7 +14,7 @@ class StepQueue
 {
   public:
     bool IsEmpty() const { return Size() == 0; }
-    // With one step more than a blend can have, what the first of them are is settled.
+    // When there is one step more than a blend can have, it is settled what the first of them are.
     bool IsFull() const { return Size() > kMaxRampSteps; }
 
     // start grows from step to step of a blend.
@@ -36,7 +36,7 @@ class StepQueue
         begin_ = 0;
     }
 
-    // The steps from the first on that are one blend; none: 0.
+    // How many steps, from the first on, are one blend; 0: they are none.
     size_t CountRamp() const { return CountRampSteps(Paints(Size()), Starts(Size())); }
 
     std::span<const Shape> Shapes(size_t count) const { return std::span(shapes_).subspan(begin_, count); }
@@ -52,7 +52,7 @@ class StepQueue
     std::vector<Shape> shapes_;
     std::vector<Paint> paints_;
     std::vector<double> starts_;
-    size_t begin_ = 0; // what lies before it is gone
+    size_t begin_ = 0; // the shapes before it have been taken
 };
 
 } // namespace vxhost

@@ -14,17 +14,18 @@ namespace
 
 constexpr Verb kStripVerbs[] = {Verb::Move, Verb::Line, Verb::Line, Verb::Line, Verb::Close};
 
-// More than the blends of a gradient and its caps.
+// A gradient has fewer blends, with its caps.
 constexpr size_t kMaxPieces = 64;
-// A cap, and blends without a change.
+// What waits for a ramp is a cap, and blends without a change.
 constexpr size_t kMaxWaiting = 4;
 
-// What went through one matrix is the same up to the last bits of a double; documents are in steps of 1/65536.
+// Points that went through one matrix differ in the last bits of a double at most; numbers of documents lie 1/65536
+// apart.
 constexpr double kExact = 1e-6;
 
 // The pieces of a band have a matrix each, six numbers that documents write with three decimals or more. A corner
-// is a sum of three of them, so those of two matrices are within six times half of a thousandth of each other. A
-// seventh of a hair, and no pixel of any output.
+// is a sum of three of them, so a corner by two matrices differs by six times half of a thousandth at most. This
+// is a seventh of a hair, and no pixel of any output.
 constexpr double kJoint = 1.0 / 256;
 
 // The last strip's width differs, since it ends where the blend does.
@@ -133,8 +134,8 @@ StripBlend::Quad StripBlend::Quad::Oriented(int orientation) const
     return quad;
 }
 
-// A strip of one colour is the same whichever way it was drawn. A ramp has its direction, but may lie on either side
-// of the axis; the first stays as it is.
+// Adds a piece at one end of the band. A strip of one colour is the same whichever way it was drawn; a ramp has its
+// direction, but may be mirrored. The band's first piece stays as it is.
 bool StripBlend::Join(const Piece &piece, bool behind)
 {
     if (band_.size() == kMaxPieces || !AreAlike(piece.paint, band_.front().paint))
@@ -154,7 +155,7 @@ bool StripBlend::Join(const Piece &piece, bool behind)
     return false;
 }
 
-// Whether all far sides lie across one parallelogram, in order; and where they lie, from 0 to 1.
+// Whether all far sides lie across one parallelogram, in order. Each piece is told where its own lies, from 0 to 1.
 bool StripBlend::MakesBand()
 {
     const Quad &first = band_.front().quad;
@@ -187,7 +188,7 @@ void StripBlend::EndBand(Device *device)
 {
     if (band_.empty())
         return;
-    MakesBand(); // it does, but the ends may be those of a piece that did not join
+    MakesBand(); // again, since the ends may have been set for a piece that did not join
     const Quad &first = band_.front().quad;
     const Point axis = band_.back().quad.far0 - first.near0, edge = first.near1 - first.near0;
     Shading shading;

@@ -23,10 +23,11 @@ class StripBlend
     bool IsEmpty() const { return strips_.IsEmpty() && waiting_.empty() && band_.empty(); }
 
   private:
-    // As a strip is drawn: along one edge, over on the far side, and back along the other edge.
+    // The corners as a strip is drawn: along one edge, over on the far side, and back along the other edge.
     struct Quad {
         Point near0, far0, far1, near1;
-        // The same from another side, 0 to 7: turned by half as many, and mirrored if odd. 0 and 1 keep the direction.
+        // The same corners begun elsewhere: turned orientation / 2 times, and mirrored if it is odd, 0 to 7. 0 and 1
+        // keep the direction.
         Quad Oriented(int orientation) const;
     };
     // A ramp, or, without spans, a strip of one colour.
@@ -50,11 +51,11 @@ class StripBlend
     void EndBand(Device *device);
     void FillWaiting(size_t count, Device *device);
 
-    // Of the three only the first and one more hold something at a time.
+    // strips_ may hold something together with waiting_ or with band_, but never with both.
     StepQueue<Quad> strips_;     // neighbours of about one width
     Point start_;                // of the first of them
-    std::vector<Piece> waiting_; // of one colour, for a ramp that they may lie before
-    std::vector<Piece> band_;    // joined one behind the other, a ramp among them
+    std::vector<Piece> waiting_; // pieces of one colour, before a ramp that may come
+    std::vector<Piece> band_;    // pieces joined one behind the other, a ramp among them
     Path path_;                  // keeps its storage
 };
 

@@ -1,5 +1,6 @@
 #include "host/drawing/TextShow.h"
 
+#include "host/drawing/FromFixed.h"
 #include "host/drawing/Vectors.h"
 
 #include <algorithm>
@@ -20,22 +21,6 @@ constexpr size_t kMaxPainted = 1024;   // strings of one text object that also c
 constexpr double kSamePlace = 0.05;    // points; places are summed up in two ways
 constexpr double kMaxRise = 1;         // ems; lines are farther apart
 constexpr size_t kMaxRunGlyphs = 1024; // devices stream: a run need not be longer than a line
-
-constexpr double FromFixed(Fixed value)
-{
-    return value / 65536.0;
-}
-
-Point FromFixed(const FixedPoint &point)
-{
-    return {FromFixed(point.x), FromFixed(point.y)};
-}
-
-// The vector that the matrix makes of one, without its translation.
-Point MapVector(const Matrix &matrix, Point vector)
-{
-    return {matrix.a * vector.x + matrix.c * vector.y, matrix.b * vector.x + matrix.d * vector.y};
-}
 
 // The records' glyph space has its y axis down, outlines have theirs up.
 Matrix UprightMatrix(const ZRKTextRecord &record)
@@ -79,7 +64,7 @@ void TextShow::Show(const ZRKTextRecord *first, int32_t mode)
     drawing_->CountShow();
     if (glyphs_ == nullptr)
         return;
-    // What clips is one shape, so it is of one kind.
+    // A text that clips is one shape, so it is shown in one way, as runs or as shapes.
     const bool showsShapes = clips && !CanShowAll(first);
     const char *name = nullptr;
     const TextFont *font = nullptr;
@@ -129,7 +114,7 @@ TextShow::PaintedString TextShow::Describe(const ZRKTextRecord &first)
     return {std::hash<std::string>()(text), place, place, first.next == record};
 }
 
-// True when the string that clips was painted too. That is painted no more.
+// True when the string that clips was painted before; its record of that is used up.
 bool TextShow::TakePainted(const PaintedString &clipped, const ZRKTextRecord &first, bool beginsChain)
 {
     // A string that goes on from text that does not clip has no place to compare.
@@ -197,7 +182,7 @@ bool TextShow::CanShowAll(const ZRKTextRecord *first) const
     return true;
 }
 
-// Record by record, so that a stroke stands on the fill of its own characters.
+// Text is painted record by record, so that a stroke stands on the fill of its own characters.
 void TextShow::ShowShape(int32_t mode)
 {
     if ((mode & kZRKShowFill) != 0)
@@ -208,7 +193,7 @@ void TextShow::ShowShape(int32_t mode)
         AddToClip();
 }
 
-// A chain may be as long as the document.
+// Counts what a chain holds, which may be as long as the document.
 void TextShow::TakeBytes(size_t bytes)
 {
     drawing_->Budget().Take(bytes);

@@ -54,11 +54,11 @@ class TextShow
     Drawing *drawing_;
     GlyphSource *glyphs_;
     Point end_;                         // of the previous text, on the page
-    std::string string_;                // whose hash is being taken; keeps its storage
+    std::string string_;                // the text whose hash is taken; keeps its storage
     Path record_;                       // of the record being shown; keeps its storage
     Path clip_;                         // of the chain so far
     std::vector<GlyphRun> runs_;        // not yet shown: one, or all of a chain that clips
-    size_t chainBytes_ = 0;             // that the runs and the clip have taken of the budget
+    size_t chainBytes_ = 0;             // what the runs and the clip have taken of the budget
     std::deque<PaintedString> painted_; // the last ones since a chain clipped
     Point drift_;                       // of the chain that clips, from where its strings were painted
 };

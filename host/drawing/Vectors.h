@@ -1,4 +1,4 @@
-// Arithmetic of points and of the differences between them.
+// Arithmetic of points, of the differences between them, and of circles.
 #pragma once
 
 #include "host/drawing/Path.h"
@@ -7,6 +7,9 @@
 
 namespace vxhost
 {
+
+// The control points of a quarter of the unit circle lie this far along its tangents.
+inline constexpr double kArcControl = 0.5522847498307936;
 
 inline Point operator+(Point a, Point b)
 {

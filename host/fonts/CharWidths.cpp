@@ -14,7 +14,7 @@ constexpr int32_t kOneEm = 0x10000;
 constexpr uint8_t kFirstVisible = 0x20;
 constexpr uint8_t kDelete = 0x7F;
 
-// A character that no font of these signs goes without.
+// Each stands in every font of its symbol set.
 constexpr char32_t kAlpha = 0x03B1;
 constexpr char32_t kScissors = 0x2702;
 
@@ -22,7 +22,7 @@ constexpr char32_t kScissors = 0x2702;
 
 bool GoesByBytes(const FontFile &file, std::string_view postScriptName, TextEncoding encoding)
 {
-    if (SignsOfName(postScriptName) != encoding)
+    if (SymbolSetOfName(postScriptName) != encoding)
         return false;
     return file.FindGlyph(encoding == TextEncoding::Symbol ? kAlpha : kScissors) == 0;
 }

@@ -10,12 +10,12 @@
 namespace vxhost
 {
 
-// Whether the file of the font of that PostScript name, whose text stands in the encoding, finds its glyphs by those
-// very bytes: the fonts of signs often do, and call them Latin letters.
+// Whether the file of the font of that PostScript name finds its glyphs by the very bytes of text in that encoding:
+// symbol fonts often do, and call their glyphs Latin letters.
 bool GoesByBytes(const FontFile &file, std::string_view postScriptName, TextEncoding encoding);
 
 // A character that the font lacks is as wide as what is drawn for it; control characters have no width, and a byte that
-// begins a character of two is an em wide. Null for file: boxes.
+// begins a character of two is an em wide. Without a file all characters are boxes.
 CharWidths ReadCharWidths(const FontFile *file, TextEncoding encoding, bool goesByBytes);
 
 } // namespace vxhost

@@ -114,15 +114,17 @@ void DocumentFonts::ChooseEncodings(const DocumentFontOptions &options)
         if (!scripts[i])
             scripts[i] = ScriptOfFont(entries_[i], options.systemScript);
         const Script script = scripts[i].value_or(Script::Roman);
-        std::optional<TextEncoding> signs = SignsOfName(details_[i].asked);
-        if (!signs)
-            signs = SignsOfName(entries_[i].ServedName());
+        std::optional<TextEncoding> symbolSet = SymbolSetOfName(details_[i].asked);
+        if (!symbolSet)
+            symbolSet = SymbolSetOfName(entries_[i].ServedName());
         const bool isWindows = script == Script::Roman && options.isCodePage1252 && !isReencoded[i];
-        details_[i].encoding = signs ? *signs : isWindows ? TextEncoding::CodePage1252 : MacEncoding(script);
+        details_[i].encoding = symbolSet   ? *symbolSet
+                               : isWindows ? TextEncoding::CodePage1252
+                                           : MacEncoding(script);
     }
 }
 
-// The system's script counts for the fonts that the document does not re-encode, so it is theirs.
+// The plug-in uses the system's script for fonts that the document does not re-encode, so it is the script of those.
 Script DocumentFonts::FindSystemScript(const DocumentFontOptions &options) const
 {
     if (options.systemScript)

@@ -1,7 +1,7 @@
 // The font list of one document: the machine's fonts, and what serves each further name that the document asks for.
 //
-// Knows in which character set the text of each font stands. Opens no file: OpenFonts does. Immutable once built, so that
-// threads may share it.
+// It knows in which character set the text of each font stands. It opens no file: OpenFonts does. It is immutable once
+// built, so that threads may share it.
 #pragma once
 
 #include "host/fonts/FontList.h"
@@ -24,7 +24,7 @@ struct DocumentFontOptions {
     bool substitute = true;                    // false: names that nothing serves stay out of the list
     bool isCodePage1252 = false;               // Roman text in fonts that are not re-encoded
     std::optional<Script>
-        systemScript; // of text whose font does not say its script; none: as the fonts suggest
+        systemScript; // for text whose font does not say its script; none: as the fonts suggest
 };
 
 class DocumentFonts final : public FontList

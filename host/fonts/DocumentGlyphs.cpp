@@ -24,7 +24,7 @@ void AddRectangle(Point from, Point to, Path *path)
     path->points.insert(path->points.end(), {from, {to.x, from.y}, to, {from.x, to.y}});
 }
 
-// A frame with a bearing on all sides.
+// A frame, with some room on all sides.
 Path BoxOutline(double width)
 {
     constexpr double kBearing = 0.06, kLine = 0.04, kHeight = 0.7;
@@ -54,7 +54,7 @@ void DocumentGlyphs::BeginString(std::string_view fontName, bool isNew)
         use.asked = fontName;
         uses_.push_back(font_ < 0 ? use : fonts_->Describe(font_));
     }
-    // Beyond any real document: the last font of the account takes the rest.
+    // No real document uses so many fonts: the last one of the account takes the rest.
     use_ = found == useOfName_.end() ? uses_.size() - 1 : found->second;
     bytes_ = BytesOf(font_);
     isNew_ = isNew;

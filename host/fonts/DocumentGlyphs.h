@@ -38,7 +38,7 @@ class DocumentGlyphs final : public GlyphSource
         bool isMissing = false;
         bool isKnown = false;
     };
-    using BytesOfFont = std::array<FoundGlyph, 256>; // those that are characters and lie in a line
+    using BytesOfFont = std::array<FoundGlyph, 256>; // bytes that are characters, not set in a column
 
     FoundGlyph FindCharacter(std::span<const uint8_t> text, bool isUpright);
     void ForgetGlyphs();
@@ -47,14 +47,14 @@ class DocumentGlyphs final : public GlyphSource
     const CachedGlyph &FindGlyph(char32_t character, bool isUpright, bool isWide);
 
     OpenFonts *fonts_;
-    int32_t font_ = -1; // of the current string; -1: none of the list, boxes
-    size_t use_ = 0;    // of it, in uses_
+    int32_t font_ = -1; // of the current string; -1: boxes, since no font of the list serves it
+    size_t use_ = 0;    // that font's place in uses_
     bool isNew_ = true; // the current string is counted
     std::vector<FontUse> uses_;
     std::map<std::string, size_t, std::less<>> useOfName_;
     std::unordered_map<uint64_t, CachedGlyph> cache_;
     size_t cachedPoints_ = 0;
-    // What most text is made of is found without a search. Points into the cache.
+    // The characters of most text are found without a search. Points into the cache.
     std::unordered_map<int32_t, BytesOfFont> bytesOfFonts_;
     BytesOfFont *bytes_ = nullptr; // of the current font
 };

@@ -17,7 +17,7 @@ class FixedFontList final : public FontList, public WidthSource
     // empty name makes an entry that keeps its place and cannot be asked for.
     explicit FixedFontList(const std::vector<std::string> &postScriptNames, int32_t width = 0x8000);
 
-    // When set, takes the place of the one width.
+    // If set, it is asked instead of the one width.
     std::function<int32_t(int16_t number, int16_t character)> widthOf;
 
     int32_t Count() const override { return static_cast<int32_t>(entries_.size()); }

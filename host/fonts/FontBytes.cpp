@@ -12,7 +12,7 @@
 namespace vxhost
 {
 
-// Not OpenToRead: a confined process may do no more than this. A pipe among the fonts is not waited for.
+// OpenToRead does more than a confined process may. A pipe among the fonts is not waited for.
 std::shared_ptr<const FontBytes> FontBytes::Open(const std::string &path)
 {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));

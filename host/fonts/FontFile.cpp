@@ -50,7 +50,7 @@ class OutlineBuilder
 
     void Fail() { hasFailed_ = true; }
 
-    // With the outer contours anticlockwise, whatever the format's own way is.
+    // The outline, with its outer contours anticlockwise whatever the format's own way is.
     Path Take()
     {
         if (hasFailed_)
@@ -71,7 +71,7 @@ class OutlineBuilder
     }
     void AddPoint(double x, double y) { path_.points.push_back({x * scale_, y * scale_}); }
 
-    // Twice that of the polygons of all points: control points do not change its sign in an outline of glyphs.
+    // Twice the area of the polygons of all points: control points do not change its sign in an outline of glyphs.
     double SignedArea() const
     {
         double area = 0;
@@ -127,7 +127,7 @@ class OpenTypeFile final : public FontFile
         });
     }
 
-    // Set alone in a column, a character gets its vertical form from the font's own rules.
+    // A character that is set alone in a column gets its vertical form from the font's own rules.
     uint32_t FindVerticalGlyph(char32_t character) const override
     {
         const uint32_t nominal = FindGlyph(character);
@@ -241,9 +241,9 @@ class Type1File final : public FontFile
         opened->library_.Check();
         if (error != 0)
             return nullptr;
-        // The names of some fonts' glyphs say nothing to FreeType: what is left is their own order.
+        // FreeType does not know the glyph names of some fonts: those keep the order of their own encoding.
         if (FT_Get_Char_Index(face, 'A') == 0)
-            (void)FT_Select_Charmap(face, FT_ENCODING_ADOBE_CUSTOM); // else as it is
+            (void)FT_Select_Charmap(face, FT_ENCODING_ADOBE_CUSTOM); // without one the face stays as it is
         return face->units_per_EM == 0 || !FT_IS_SCALABLE(face) ? nullptr : std::move(opened);
     }
 
@@ -301,7 +301,7 @@ class Type1File final : public FontFile
     }
 
     FontLibrary library_;
-    Owned<FT_FaceRec_, FT_Done_Face> face_; // goes before its library
+    Owned<FT_FaceRec_, FT_Done_Face> face_; // released before its library
 };
 
 } // namespace

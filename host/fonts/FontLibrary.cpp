@@ -35,7 +35,7 @@ void *Resize(FT_Memory memory, long, long size, void *block)
 FontLibrary::FontLibrary() : procedures_{&memory_, Allocate, Release, Resize}
 {
     if (FT_New_Library(&procedures_, &library_) != 0)
-        throw std::bad_alloc(); // there is nothing else that could fail
+        throw std::bad_alloc(); // nothing else can fail here
     FT_Add_Default_Modules(library_);
     FT_Set_Default_Properties(library_);
 }

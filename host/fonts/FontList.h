@@ -17,7 +17,7 @@
 namespace vxhost
 {
 
-// Of each byte of text; ems, 16.16.
+// The width of each byte of text, in ems, 16.16.
 using CharWidths = std::array<int32_t, 256>;
 
 class FontList

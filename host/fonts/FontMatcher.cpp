@@ -10,7 +10,7 @@ namespace
 {
 
 // What each likeness is worth; a greater one outweighs all the smaller ones together.
-constexpr int kHasScript = 10000; // or the signs asked for
+constexpr int kHasScript = 10000; // or the symbol set of the font asked for
 constexpr int kIsFamily = 4000;
 constexpr int kIsClassicOfClass = 1000;
 constexpr int kIsClass = 500;
@@ -39,20 +39,20 @@ FontMatcher::FontMatcher(const FontList &fonts) : fonts_(fonts)
         if (entry.IsDrawn())
             candidates_.push_back({i, TraitsOfName(entry.familyName).family,
                                    TraitsOfName(entry.postScriptName).faceClass,
-                                   SignsOfName(entry.postScriptName)});
+                                   SymbolSetOfName(entry.postScriptName)});
     }
 }
 
 int32_t FontMatcher::FindNearest(std::string_view asked, Script script) const
 {
     const FaceTraits wanted = TraitsOfName(asked);
-    const std::optional<TextEncoding> signs = SignsOfName(asked);
+    const std::optional<TextEncoding> symbolSet = SymbolSetOfName(asked);
     int32_t best = -1;
     int bestScore = std::numeric_limits<int>::min();
     for (const Candidate &candidate : candidates_) {
         const FontList::Entry &entry = fonts_.At(candidate.index);
         int score = 0;
-        if (signs ? candidate.signs == signs : entry.HasScript(script))
+        if (symbolSet ? candidate.symbolSet == symbolSet : entry.HasScript(script))
             score += kHasScript;
         if (!wanted.family.empty() && candidate.family == wanted.family)
             score += kIsFamily;

@@ -26,7 +26,7 @@ class FontMatcher
         int32_t index;
         std::string family;
         FaceClass faceClass;
-        std::optional<TextEncoding> signs;
+        std::optional<TextEncoding> symbolSet;
     };
 
     const FontList &fonts_;

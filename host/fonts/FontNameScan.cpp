@@ -9,9 +9,8 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kMaxNameLength = 80; // of the plug-in's buffer
+constexpr size_t kMaxNameLength = 80; // the plug-in's buffer holds no more
 constexpr size_t kMaxReach = 16384;   // bytes from a name to its operator: an encoding may stand between
-constexpr size_t kReadAtOnce = size_t{1} << 20; // of the document, stays in memory
 constexpr std::string_view kBlanks = {" \t\r\n\f\0", 6};
 constexpr std::string_view kDelimiters = {" \t\r\n\f\0()[]{}/%", 14};
 
@@ -48,7 +47,7 @@ bool ReadOperands(std::string_view *text, Operands *operands)
             text->remove_prefix(1);
             const std::string_view name = TakeToken(text);
             if (depth > 0)
-                continue; // a glyph's, in an encoding
+                continue; // a glyph's name in an encoding
             operands->firstName = operands->lastName.empty() ? name : operands->lastName;
             operands->lastName = name;
         } else if (kDelimiters.find(character) != std::string_view::npos) {
@@ -108,11 +107,11 @@ std::vector<AskedFont> ScanFontNames(const Document &document)
     std::string_view rest(reinterpret_cast<const char *>(bytes.data()), bytes.size());
     size_t left = 0;
     while (!rest.empty()) {
-        if (const size_t read = bytes.size() - rest.size(); read - left >= kReadAtOnce) {
+        if (const size_t read = bytes.size() - rest.size(); read - left >= Document::kReadAtOnce) {
             document.Leave(left, read);
             left = read;
         }
-        const std::string_view next = rest.substr(0, kReadAtOnce);
+        const std::string_view next = rest.substr(0, Document::kReadAtOnce);
         const size_t slash = next.find('/');
         rest.remove_prefix(std::min(slash, next.size()));
         if (slash == std::string_view::npos)
@@ -126,7 +125,7 @@ std::vector<AskedFont> ScanFontNames(const Document &document)
         if (operands.operation == "TZ")
             AddReencoded(operands, &fonts);
         else if ((operands.operation == "Tf" || operands.operation == "z") && !operands.lastName.empty())
-            (void)AddAskedFont(operands.lastName.substr(1), &fonts); // full is full
+            (void)AddAskedFont(operands.lastName.substr(1), &fonts); // a full list takes no more
     }
     return fonts;
 }

@@ -17,7 +17,7 @@ namespace vxhost
 {
 
 struct AskedFont {
-    std::string name; // without "/" and the character that documents put before a font's name
+    std::string name; // without "/" and the mark that documents put before a font's name
     bool isReencoded = false;
     std::optional<Script> script; // where the document says it
 };
@@ -27,7 +27,7 @@ constexpr size_t kMaxAskedFonts = 256;
 // Distinct, in the order of the document.
 std::vector<AskedFont> ScanFontNames(const Document &document);
 
-// Adds the name unless it is there already or the list is full; the font of that name, or null.
+// Adds the name unless it is there already. The font of that name, or null when the list is full.
 AskedFont *AddAskedFont(std::string_view name, std::vector<AskedFont> *fonts);
 
 } // namespace vxhost

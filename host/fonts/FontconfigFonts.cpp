@@ -56,7 +56,7 @@ int NumberOf(const FcPattern *pattern, const char *property, int missing)
     return FcPatternGetInteger(pattern, property, 0, &number) == FcResultMatch ? number : missing;
 }
 
-// From fontconfig's scales, in which 80 is a regular weight, 200 bold, and 100 the normal width.
+// On fontconfig's scales 80 is a regular weight, 200 bold, and 100 the normal width.
 FaceStyle StyleOf(const FcPattern *pattern)
 {
     FaceStyle style;
@@ -93,8 +93,8 @@ bool ReadCandidate(const FcPattern *pattern, Candidate *candidate)
     candidate->isType1 = TextOf(pattern, FC_FONTFORMAT) == "Type 1";
     entry.faceIndex = NumberOf(pattern, FC_INDEX, 0);
     entry.style = StyleOf(pattern);
-    // Fonts of signs may call them Latin letters.
-    entry.scripts = SignsOfName(entry.postScriptName) ? uint8_t{0} : ScriptsOf(pattern);
+    // Symbol fonts may call them Latin letters.
+    entry.scripts = SymbolSetOfName(entry.postScriptName) ? uint8_t{0} : ScriptsOf(pattern);
     return !entry.postScriptName.empty() && entry.postScriptName.size() <= kMaxNameLength &&
            (!entry.file.empty() || entry.bytes != nullptr);
 }
@@ -124,7 +124,7 @@ void ReadMemory(const SharedFontBytes &bytes, std::vector<Candidate> *candidates
     }
 }
 
-// No fonts; only where to remember what is in a directory.
+// A configuration without fonts, which only says where to remember what is in a folder.
 constexpr const char *kEmptyConfig =
     "<fontconfig><cachedir prefix=\"xdg\">fontconfig</cachedir></fontconfig>";
 
@@ -136,7 +136,7 @@ FcConfig *MakeEmptyConfig()
     return config;
 }
 
-// Null of what only lack of memory keeps from being made.
+// Only lack of memory keeps fontconfig from making this object, so null is that.
 template <typename Object>
 void CheckMade(const Object &made)
 {
@@ -170,7 +170,7 @@ FcConfig *MakeConfig(const FontSources &sources, const BeforeLooking &beforeLook
 std::vector<FontList::Entry> ListInstalled(const FontSources &sources, const BeforeLooking &beforeLooking)
 {
     const Owned<FcConfig, FcConfigDestroy> config(MakeConfig(sources, beforeLooking));
-    // It reads lists, not files: nothing else fails here.
+    // Lists are read here, not files: nothing but lack of memory fails.
     const MemoryWatch watch;
     const Owned<FcPattern, FcPatternDestroy> outlines(
         FcPatternBuild(nullptr, FC_OUTLINE, FcTypeBool, FcTrue, FC_VARIABLE, FcTypeBool, FcFalse, nullptr));

@@ -1,6 +1,7 @@
 // The fonts of the machine, as fontconfig knows them, by PostScript name.
 //
-// Only fontconfig's lists are read, no font file is opened. The order is that of the names, then of the stand-ins, so that one machine always gives one list.
+// Only fontconfig's lists are read, no font file is opened. The fonts come in the order of their names, then the
+// stand-ins, so that one machine always gives one list.
 #pragma once
 
 #include "host/fonts/FontList.h"
@@ -15,7 +16,7 @@ namespace vxhost
 
 struct FontSources {
     bool useSystemFonts = true;
-    std::vector<std::string> directories = {}; // further ones, with all below them
+    std::vector<std::string> directories = {}; // further folders, with all below them
     std::vector<SharedFontBytes> memory =
         {}; // files in memory, which come before all others of the same names
 };

@@ -9,7 +9,7 @@ namespace vxhost
 namespace
 {
 
-// Characters that fonts have at one place or at the other.
+// Pairs of characters that look the same: fonts have the one or the other.
 constexpr struct {
     char32_t character;
     char32_t instead;
@@ -27,7 +27,7 @@ constexpr char32_t kPieces[] = {0x239B, 0x239C, 0x239D, 0x23A1, 0x23A2, 0x23A3, 
                                 0x23A8, 0x23A9, 0x23AA, 0x23AE, 0x239E, 0x239F, 0x23A0,
                                 0x23A4, 0x23A5, 0x23A6, 0x23AB, 0x23AC, 0x23AD};
 
-// 0: none.
+// 0: there is none.
 char32_t AlternateOf(char32_t character)
 {
     const auto *piece = std::ranges::find(kPieces, character);

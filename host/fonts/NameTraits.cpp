@@ -2,6 +2,8 @@
 
 #include "host/resources/StringLists.h"
 
+#include <vx/Toolbox.h>
+
 #include <algorithm>
 #include <vector>
 
@@ -10,9 +12,6 @@ namespace vxhost
 
 namespace
 {
-
-constexpr int16_t kEncodingSuffixes = 16300;
-constexpr int16_t kOrientationSuffixes = 16301;
 
 struct NamedScript {
     std::string_view text;
@@ -89,13 +88,13 @@ constexpr NamedScript kFaces[] = {
     {"undotum", Script::Korean},
 };
 
-struct NamedSigns {
+struct NamedSymbolFont {
     std::string_view text;
     TextEncoding encoding;
 };
 
 // Starts of plain names.
-constexpr NamedSigns kSigns[] = {
+constexpr NamedSymbolFont kSymbolFonts[] = {
     {"symbol", TextEncoding::Symbol},         {"standardsym", TextEncoding::Symbol},
     {"zapfdingbats", TextEncoding::Dingbats}, {"itczapfdingbats", TextEncoding::Dingbats},
     {"dingbats", TextEncoding::Dingbats},     {"d050000l", TextEncoding::Dingbats},
@@ -106,7 +105,7 @@ struct WeightWord {
     int weight;
 };
 
-// The longer before what it contains.
+// A longer word stands before those that it contains.
 constexpr WeightWord kWeights[] = {
     {"extralight", -30}, {"ultralight", -30}, {"semibold", 15}, {"demibold", 15}, {"extrabold", 30},
     {"ultrabold", 30},   {"light", -20},      {"thin", -30},    {"demi", 15},     {"heavy", 30},
@@ -127,7 +126,7 @@ constexpr std::string_view kSerifWords[] = {
     "sung",     "ming",       "myeongjo", "myungjo",   "batang",
 };
 
-// Cuts at the last place of the first text that stands behind the start.
+// Cuts the name at the last place of the first string of the list that stands in it, but not at its very start.
 std::string_view CutAtFirstOf(std::string_view name, int16_t list)
 {
     for (const std::string_view suffix : FindStringList(list)) {
@@ -168,7 +167,7 @@ bool ContainsAny(const std::string &name, const Words &words)
 
 std::string_view WithoutSuffixes(std::string_view name)
 {
-    return CutAtFirstOf(CutAtFirstOf(name, kOrientationSuffixes), kEncodingSuffixes);
+    return CutAtFirstOf(CutAtFirstOf(name, kVXOrientationSuffixes), kVXEncodingSuffixes);
 }
 
 std::string PlainName(std::string_view name)
@@ -197,12 +196,12 @@ std::optional<Script> ScriptOfName(std::string_view name)
     return std::nullopt;
 }
 
-std::optional<TextEncoding> SignsOfName(std::string_view name)
+std::optional<TextEncoding> SymbolSetOfName(std::string_view name)
 {
     const std::string plain = PlainName(name);
-    for (const NamedSigns &signs : kSigns) {
-        if (plain.starts_with(signs.text))
-            return signs.encoding;
+    for (const NamedSymbolFont &font : kSymbolFonts) {
+        if (plain.starts_with(font.text))
+            return font.encoding;
     }
     return std::nullopt;
 }
@@ -221,7 +220,7 @@ FaceTraits TraitsOfName(std::string_view postScriptName)
     for (const std::string_view word : kSlants)
         traits.style.isSlanted |= TakeWord(&name, word);
     for (const std::string_view word : kPlainStyles)
-        (void)TakeWord(&name, word); // says nothing
+        (void)TakeWord(&name, word); // such a word says nothing
     traits.family = std::move(name);
     return traits;
 }

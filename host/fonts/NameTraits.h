@@ -10,14 +10,14 @@
 namespace vxhost
 {
 
-// Without the suffixes that say how text is encoded and in which direction it runs: "-83pv-RKSJ-H".
+// The name without the suffixes that say how text is encoded and in which direction it runs, as in "-83pv-RKSJ-H".
 std::string_view WithoutSuffixes(std::string_view name);
 
-// From an encoding suffix, else from a known East Asian face; nothing where the name says nothing.
+// The script that an encoding suffix tells, else that of a known East Asian face; nothing where the name says nothing.
 std::optional<Script> ScriptOfName(std::string_view name);
 
-// Of the fonts of signs, whose text stands in a set of its own; nothing for all others.
-std::optional<TextEncoding> SignsOfName(std::string_view name);
+// The set of symbols in which text of that font stands; nothing for a name that is not a symbol font's.
+std::optional<TextEncoding> SymbolSetOfName(std::string_view name);
 
 enum class FaceClass : uint8_t { Sans, Serif, Mono };
 
@@ -36,7 +36,7 @@ struct FaceTraits {
 
 FaceTraits TraitsOfName(std::string_view postScriptName);
 
-// Lower case, letters and digits alone.
+// The letters and digits of a name, in lower case.
 std::string PlainName(std::string_view name);
 
 } // namespace vxhost

@@ -32,7 +32,7 @@ const FontFile *OpenFonts::FileOf(int32_t index)
 
 bool OpenFonts::GoesByBytes(int32_t index)
 {
-    (void)FileOf(index); // which finds it out
+    (void)FileOf(index); // sets goesByBytes
     return opened_[static_cast<size_t>(index)].goesByBytes;
 }
 

@@ -28,7 +28,7 @@ class OpenFonts final : public WidthSource
 
     // Each opens the file. index is that of the list.
     const FontFile *FileOf(int32_t index);     // null: boxes
-    bool GoesByBytes(int32_t index);           // whether its file finds the glyphs of signs by their bytes
+    bool GoesByBytes(int32_t index);           // whether its file finds symbols by their bytes
     const TextFont *TextFontOf(int32_t index); // null: boxes; the same object each time
     FontUse Describe(int32_t index);           // asked, served, file and match; nothing is counted yet
 

@@ -8,7 +8,7 @@
 namespace vxhost
 {
 
-// PostScript names: regular, bold, italic, bold italic. Empty: the family has no such style.
+// PostScript names of the regular, bold, italic and bold italic. Empty: the family has no such style.
 using StyleNames = std::array<std::string_view, 4>;
 
 struct ClassicFamily {

@@ -12,8 +12,8 @@ constexpr uint8_t kLowerFirst = 0x20;
 constexpr uint8_t kLowerEnd = 0x80;
 constexpr uint8_t kUpperFirst = 0xA0;
 
-// From 0x20. The extension of the radical sign has no character of its own, so it keeps the place that makers of fonts
-// agreed on.
+// Codes from 0x20 on. The extension of the radical sign has no character of its own, so it keeps the place that makers
+// of fonts agreed on.
 constexpr std::array<char16_t, 96> kSymbolLower = {
     0x0020, 0x0021, 0x2200, 0x0023, 0x2203, 0x0025, 0x0026, 0x220B, 0x0028, 0x0029, 0x2217, 0x002B,
     0x002C, 0x2212, 0x002E, 0x002F, 0x0030, 0x0031, 0x0032, 0x0033, 0x0034, 0x0035, 0x0036, 0x0037,
@@ -25,7 +25,7 @@ constexpr std::array<char16_t, 96> kSymbolLower = {
     0x03C4, 0x03C5, 0x03D6, 0x03C9, 0x03BE, 0x03C8, 0x03B6, 0x007B, 0x007C, 0x007D, 0x223C, 0x0000,
 };
 
-// From 0xA0. The marks of registration, copyright and trade come twice, with serifs and without.
+// Codes from 0xA0 on. The marks of registration, copyright and trade come twice, with serifs and without.
 constexpr std::array<char16_t, 96> kSymbolUpper = {
     0x20AC, 0x03D2, 0x2032, 0x2264, 0x2044, 0x221E, 0x0192, 0x2663, 0x2666, 0x2665, 0x2660, 0x2194,
     0x2190, 0x2191, 0x2192, 0x2193, 0x00B0, 0x00B1, 0x2033, 0x2265, 0x00D7, 0x221D, 0x2202, 0x2022,
@@ -37,7 +37,7 @@ constexpr std::array<char16_t, 96> kSymbolUpper = {
     0x23AE, 0x2321, 0x239E, 0x239F, 0x23A0, 0x23A4, 0x23A5, 0x23A6, 0x23AB, 0x23AC, 0x23AD, 0x0000,
 };
 
-// Dingbats stand in Unicode in the order of their codes, but for those that were there already. The first range that
+// Dingbats stand in Unicode in the order of their codes, but for those that it had already. The first range that
 // holds a byte counts.
 struct Range {
     uint8_t first, last;

@@ -1,4 +1,4 @@
-// The character sets of the two classic fonts of signs, in which the bytes of their text stand.
+// The character sets of the two classic symbol fonts, in which the bytes of their text stand.
 #pragma once
 
 #include <cstdint>

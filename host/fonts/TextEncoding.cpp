@@ -18,7 +18,7 @@ constexpr uint8_t kUpperHalf = 0x80;
 constexpr uint8_t kFirstTrail = 0x40;
 constexpr size_t kTrails = 0x100 - kFirstTrail;
 
-// Rows of the Mac's Japanese set for forms in a column, each with the row whose characters they are.
+// Rows of the Mac's Japanese set that hold forms for columns, each with the row of the same characters.
 constexpr struct {
     uint8_t vertical;
     uint8_t upright;

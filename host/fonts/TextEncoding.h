@@ -1,6 +1,8 @@
 // The character sets in which the bytes of text stand, and what they mean in Unicode.
 #pragma once
 
+#include <vx/Toolbox.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -8,8 +10,13 @@
 namespace vxhost
 {
 
-// By number as the plug-in counts scripts.
-enum class Script : uint8_t { Roman, Japanese, TraditionalChinese, Korean };
+// The numbers are those of the boundary.
+enum class Script : uint8_t {
+    Roman = kVXScriptRoman,
+    Japanese = kVXScriptJapanese,
+    TraditionalChinese = kVXScriptTraditionalChinese,
+    Korean = kVXScriptKorean
+};
 
 enum class TextEncoding : uint8_t {
     MacRoman,
@@ -17,8 +24,8 @@ enum class TextEncoding : uint8_t {
     MacJapanese,
     MacChinese,
     MacKorean,
-    Symbol,  // of the font of that name, and its like
-    Dingbats // of Zapf's font of that name
+    Symbol,  // the set of the font of that name, and its like
+    Dingbats // the set of Zapf's font of that name
 };
 
 // The Mac set of a script.
@@ -28,7 +35,7 @@ Script ScriptOf(TextEncoding encoding);
 
 struct DecodedCharacter {
     char32_t character = 0;      // 0: the code means nothing
-    size_t bytes = 1;            // that it takes, 1 or 2
+    size_t bytes = 1;            // how many it takes, 1 or 2
     bool isVerticalForm = false; // a code of its own for the form in a column
 };
 

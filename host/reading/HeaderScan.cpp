@@ -1,5 +1,6 @@
 #include "host/reading/HeaderScan.h"
 
+#include "host/reading/Trimmed.h"
 #include "host/reading/Utf8.h"
 
 #include <algorithm>
@@ -57,14 +58,6 @@ void AddValue(std::string_view value, ValueList *to)
     std::string text = ToUtf8(value.substr(0, kMaxValueLength));
     if (!text.empty() && to->size() < kMaxValues && std::find(to->begin(), to->end(), text) == to->end())
         to->push_back(std::move(text));
-}
-
-std::string_view Trimmed(std::string_view text)
-{
-    const size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 std::string_view SplitWord(std::string_view *text)
@@ -290,7 +283,7 @@ class Scanner
 
     HeaderFacts *facts_;
     bool isVersionDecided_ = false;
-    const ListComment *list_ = nullptr; // what a "%%+" line goes on with
+    const ListComment *list_ = nullptr; // the comment that a "%%+" line continues
 };
 
 } // namespace

@@ -20,8 +20,8 @@ struct HeaderFacts {
     int version = 2;         // 2 to 5; 2 where nothing says more
     bool epsWrapper = false; // the drawing is a section of a binary EPS file
     std::string lineEnds;    // "CR", "LF", "CR LF", "mixed"; empty: none
-    std::string firstLine;   // of the drawing, cut
-    // UTF-8; bytes that are not become U+FFFD.
+    std::string firstLine;   // of the drawing; a long one is cut
+    // These are UTF-8; bytes that are not became U+FFFD.
     std::string title;
     std::string creator;
     std::string creationDate;
@@ -32,8 +32,8 @@ struct HeaderFacts {
 
 HeaderFacts ScanHeader(std::span<const std::byte> file);
 
-// One line for a person: why this is no VX document, and what one looks like. It may quote the file's first line, unless
-// it is not to.
+// One line for a person: why this is no VX document, and what one looks like. It quotes the file's first line only if
+// mayQuote.
 std::string WhyRefused(const HeaderFacts &facts, size_t fileSize, bool mayQuote = true);
 
 } // namespace vxhost

@@ -12,9 +12,9 @@ namespace vxhost
 namespace
 {
 
-constexpr int kWindowsVersion = 4; // the one whose text is of a code page
+constexpr int kWindowsVersion = 4; // the version whose text is in a code page
 
-// Shows nothing: what is counted is counted on the way to it.
+// A device that shows nothing: what is counted is counted on the way to it.
 class NoDevice final : public Device
 {
   public:
@@ -35,7 +35,7 @@ DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &
     DocumentFontOptions fonts;
     fonts.asked = ScanFontNames(document);
     for (const std::string &name : header.fonts)
-        (void)AddAskedFont(name, &fonts.asked); // full is full
+        (void)AddAskedFont(name, &fonts.asked); // a full list takes no more
     fonts.served = options.served;
     fonts.substitute = options.substitute;
     fonts.systemScript = options.script;
@@ -52,7 +52,7 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
 {
 }
 
-// parse gets the options that every pass over the document has.
+// Every pass over the document has the options that parse is given here.
 template <typename Parse>
 Outcome Reading::Interpret(const Parse &parse)
 {
@@ -65,7 +65,7 @@ Outcome Reading::Interpret(const Parse &parse)
     parseOptions.companion = options_.companion;
     bool lacksFont = false;
     parseOptions.onReport = [&](const Report &report) {
-        lacksFont = lacksFont || (!options_.substitute && report.number == kFontProblem);
+        lacksFont = lacksFont || (!options_.substitute && report.number == kVXProblemFont);
         const bool isGivenUp = options_.onReport && options_.onReport(report);
         return isGivenUp || lacksFont;
     };
@@ -74,7 +74,7 @@ Outcome Reading::Interpret(const Parse &parse)
     Outcome outcome = parse(parseOptions);
     const bool isBoxed = std::ranges::any_of(
         outcome.fonts, [](const FontUse &use) { return use.match == FontMatch::Missing; });
-    // Text that boxes would stand for ends the document as well, if nothing may be substituted.
+    // If nothing may be substituted, text that would be drawn as boxes ends the document as well.
     if (!options_.substitute && isBoxed && outcome.result == kVXOk)
         outcome.result = kVXStoppedByUser;
     if (outcome.result == kVXStoppedByUser && (lacksFont || isBoxed))
@@ -82,7 +82,7 @@ Outcome Reading::Interpret(const Parse &parse)
     return outcome;
 }
 
-// A document that was given up has used nothing that is known: the fonts that it asks for are told instead.
+// What a document used is not known once it was given up: the fonts that it asks for are told instead.
 void Reading::TellLackedFont(Outcome *outcome)
 {
     outcome->fonts.clear();
@@ -129,7 +129,7 @@ Outcome Reading::Look()
     if (info.result != kVXOk)
         return info;
     Page page;
-    page.box = {0, 0, 1, 1}; // of no interest to a device that draws nothing; the document's may be empty
+    page.box = {0, 0, 1, 1}; // any will do for a device that draws nothing; the document's may be empty
     NoDevice device;
     return Draw(page, device);
 }

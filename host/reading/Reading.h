@@ -23,23 +23,24 @@ namespace vxhost
 // All documents are read with this. It does not change once it is made.
 struct Installation {
     std::unique_ptr<Plugin> plugin;
-    std::shared_ptr<const FontList> fonts; // of the machine
+    std::shared_ptr<const FontList> fonts; // the machine's
 };
 
 struct ReadingOptions {
     std::map<std::string, std::string> served; // by the user's own choice: name asked for, PostScript name
     bool substitute = true;       // false: a document that needs a font that is not there is given up
-    std::optional<Script> script; // of text whose font does not say it; none: as the fonts suggest
+    std::optional<Script> script; // for text whose font does not say it; none: as the fonts suggest
     int64_t maxMemory = int64_t{256} << 20; // bytes that the plug-in may hold at once, and that a drawing may
-    std::function<bool(const Report &)> onReport;                // true gives the document up; null goes on
+    std::function<bool(const Report &)> onReport; // true gives the document up; null: it goes on
     std::function<void(int64_t read, int64_t total)> onProgress; // null: none
-    StreamCompanion *companion = nullptr;                        // of each pass that draws
+    StreamCompanion *companion = nullptr;                        // goes along with each pass that draws
 };
 
 class Reading
 {
   public:
-    // All must outlive this object. Looks at the header's comments and for names of fonts; interprets nothing.
+    // Both must outlive this object. Making it looks at the header's comments and for names of fonts; it interprets
+    // nothing.
     Reading(const Installation &installation, const Document &document, ReadingOptions options);
     Reading(const Reading &) = delete;
     Reading &operator=(const Reading &) = delete;
@@ -56,9 +57,9 @@ class Reading
     Page PageFor(const std::optional<Box> &box = std::nullopt);
 
     Outcome Draw(const Page &page, Device &device);
-    // Draws nothing: what the document uses and what serves it. No more than ReadInfo's where that fails.
+    // Says what the document uses and what serves it, without drawing. Where ReadInfo fails, only what that says.
     Outcome Look();
-    // Every call that the plug-in makes, every report and the result.
+    // Writes every call that the plug-in makes, every report and the result.
     Outcome Trace(TraceWriter &writer);
 
   private:

@@ -14,7 +14,7 @@ std::string Printable(std::string_view bytes, size_t most = 200);
 
 bool IsUtf8(std::string_view bytes);
 
-// Valid UTF-8: what is not becomes U+FFFD.
+// The bytes as valid UTF-8: what is not becomes U+FFFD.
 std::string ToUtf8(std::string_view bytes);
 
 } // namespace vxhost

@@ -29,8 +29,8 @@ constexpr std::string_view kProblems[] = {
     "a font that the document names is not there, another is drawn in its place: go on?",
 };
 
-// The plug-in takes the first that the font list has, so the order alone is the preference: the names that
-// documents themselves use, the faces that systems ship, the free ones, and last the boxes.
+// The plug-in takes the first name that the font list has, so the best come first: the names that documents themselves
+// use, the faces that systems ship, the free ones, and last the boxes.
 constexpr std::string_view kJapaneseFonts[] = {
     "Ryumin-Light",
     "GothicBBB-Medium",
@@ -157,7 +157,7 @@ constexpr ListRow kLists[] = {
     {kVXOrientationSuffixes, kOrientations},
 };
 
-// An empty string would read as a list's failure.
+// The plug-in takes an empty string for the failure of a whole list.
 constexpr bool HasOnlyProperStrings(const ListRow &list)
 {
     return std::ranges::all_of(list.strings, [](std::string_view string) {

@@ -15,7 +15,7 @@ namespace
 
 constexpr Rect kNoScreen = {0, 0, 0, 0};
 
-// Wraps as the 16-bit coordinates of a screen do.
+// The coordinates of a screen have 16 bits and wrap.
 int16_t Moved(int16_t coordinate, int16_t by)
 {
     return static_cast<int16_t>(coordinate + by);

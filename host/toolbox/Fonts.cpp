@@ -34,7 +34,7 @@ std::string_view AfterDash(std::string_view name)
     return dash == std::string_view::npos ? std::string_view() : name.substr(dash + 1);
 }
 
-// A family is asked for right after the name was given out, so the search starts where that stopped.
+// A family is asked for right after its font's name was given out, so the search starts at that font.
 std::string_view FindFamily(const HostContext &host, std::string_view name)
 {
     const int32_t count = FontCount(&host);
@@ -72,7 +72,7 @@ int16_t UNIXGetIndexedFontName(int32_t index, uint8_t *name, int16_t *number)
     HostContext *host = CurrentHost();
     if (index < 0 || index >= vxhost::FontCount(host))
         return vxhost::kNoSuchFont;
-    *number = static_cast<int16_t>(index); // also where the name is missing
+    *number = static_cast<int16_t>(index); // set also where the name is missing
     const std::string &postScriptName = host->fonts->At(index).postScriptName;
     if (postScriptName.empty())
         return vxhost::kNoSuchFont;

@@ -10,7 +10,7 @@ namespace vxhost
 namespace
 {
 
-// Read for each character of text: found beside the thread's own pointer, without a call.
+// It is read for each character of text: the model finds it beside the thread's own pointer, without a call.
 [[gnu::tls_model("initial-exec")]] thread_local HostContext *currentHost = nullptr;
 
 } // namespace
@@ -54,7 +54,7 @@ uint8_t ReportToHost(const uint8_t *title, const uint8_t *message, int32_t)
 void ProgressToHost(int32_t bytesRead, int32_t totalBytes)
 {
     RunCallback([&] {
-        // After a failure the plug-in still goes through the lines that it has; nobody wants to hear of them.
+        // After a failure the plug-in still goes through the lines that it has: those are not told.
         if (currentHost != nullptr && currentHost->onProgress && !HasCallFailed())
             currentHost->onProgress(bytesRead, std::max(totalBytes, 0));
     });

@@ -42,8 +42,8 @@ struct DialogRecord {
 
 struct HostContext {
     const FontList *fonts = nullptr;
-    WidthSource *widths = nullptr; // of those fonts; null: no character has a width
-    int32_t systemScript = 0;      // 0 Roman, 1 Japanese, 2 traditional Chinese, 3 Korean
+    WidthSource *widths = nullptr; // the widths of those fonts; null: no character has one
+    int32_t systemScript = kVXScriptRoman;
 
     Rect screen = {0, 0, 768, 1024};
     std::optional<Rect> aboutBox = Rect{0, 0, 200, 300};     // nothing: the dialog's resource is missing
@@ -62,10 +62,10 @@ struct HostContext {
     int16_t resourceError = 0;
     int16_t memoryError = 0;
     int purgeHolds = 0;        // HNoPurge less HPurge
-    int32_t lastNamedFont = 0; // index: its family is asked for next
+    int32_t lastNamedFont = 0; // index of the font whose family is asked for next
     DialogRecord dialog;
-    int32_t widthsFont = -1;                 // whose widths were asked for last
-    const CharWidths *knownWidths = nullptr; // of it, where its source knows them together
+    int32_t widthsFont = -1;                 // the font whose widths were asked for last
+    const CharWidths *knownWidths = nullptr; // of that font, where its source knows them together
 };
 
 HostContext *CurrentHost(); // null outside of a call
@@ -97,7 +97,7 @@ void RunCallback(Action &&action) noexcept
     }
 }
 
-// What a HostCallRecord's report and progress point to: they hand on to the current host's procedures.
+// A HostCallRecord's report and progress point to these, which hand on to the current host's procedures.
 uint8_t ReportToHost(const uint8_t *title, const uint8_t *message, int32_t titleEmpty);
 void ProgressToHost(int32_t bytesRead, int32_t totalBytes);
 

@@ -71,7 +71,7 @@ class TraceTable
     ZRKProcs procs_;
 };
 
-// The texts of a record, bounded: a record that says nonsense costs no more than this.
+// A record's text and a name, both cut at a bound: nonsense in a record costs no more than that.
 std::string_view RecordText(const ZRKTextRecord &record);
 std::string_view RecordName(const char *name);
 

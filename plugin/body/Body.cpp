@@ -1,10 +1,10 @@
 #include "plugin/body/Body.h"
 
+#include "plugin/body/HostTable.h"
 #include "plugin/body/Layers.h"
 #include "plugin/body/Paint.h"
 #include "plugin/body/ParseLine.h"
-#include "plugin/entry/AboutBox.h"
-#include "plugin/entry/VXParser.h"
+#include "plugin/body/Problems.h"
 #include "plugin/fonts/UnixFont.h"
 #include "plugin/setup/VXSetUp.h"
 

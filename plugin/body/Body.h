@@ -20,7 +20,7 @@ Result ParseBody(LineStream *stream, HostCallRecord *record, FileVersion version
 // The state before the first operator. The context comes zero-filled.
 void InitializeGlobals(ParseContext *context);
 
-// Around the line loop: the object pool, then the operand stack and the flushing procedure.
+// These set up what the line loop needs: the object pool, then the operand stack and the flushing procedure.
 Result ParseBodyWithStringBuffer(ParseContext *context);
 Result ParseBodyWithBuffers(ParseContext *context);
 

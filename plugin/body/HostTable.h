@@ -1,10 +1,14 @@
-// The host's procedure table is untyped: here is the one thin caller per entry that holds the cast.
+// The host's procedure table: whether it can be used, and one thin caller per entry. The table is untyped; the casts
+// are here alone.
 #pragma once
 
 #include "plugin/body/ParseContext.h"
 
 namespace vx
 {
+
+// True when the table has version 1 and its first 42 procedures; later ones are not looked at. table may be null.
+bool CheckZRKProcs(const ZRKProcs *table);
 
 template <typename Proc>
 Proc TableEntry(const ParseContext *context, int entry)

@@ -1,8 +1,8 @@
 #include "plugin/body/Operators.h"
 
 #include "plugin/body/PathOperators.h"
+#include "plugin/body/Problems.h"
 #include "plugin/body/StateOperators.h"
-#include "plugin/entry/AboutBox.h"
 
 #include <algorithm>
 #include <array>
@@ -24,7 +24,7 @@ struct OperatorRow {
     OperatorProc run;
 };
 
-// Known, and of no consequence here.
+// Operators that are known and do nothing here.
 Result Ignore(ParseContext * /*context*/)
 {
     return kOk;
@@ -52,7 +52,7 @@ Result HandToGradients(ParseContext *context)
                                              : kParserBadFormat;
 }
 
-// In character order. Nothing else knows an operator's spelling or its operand count.
+// In character order. The text and gradient operators are handed on; their own tables check their operands.
 // clang-format off
 constexpr OperatorRow kOperators[] = {
     {"*", kAnyCount, Operator_asterisk},
@@ -104,12 +104,12 @@ constexpr OperatorRow kOperators[] = {
     {"S", 0, Operator_S},
     {"T", kAnyCount, HandToLegacyText<'T'>},
     {"T*", kAnyCount, HandToText<'*'>},
-    {"T+", kAnyCount, HandToText<'+'>},
+    {"T+", kAnyCount, Ignore},
     {"T-", kAnyCount, HandToText<'-'>},
     {"TA", kAnyCount, HandToText<'A'>},
     {"TC", kAnyCount, Ignore},
-    {"TE", kAnyCount, HandToText<'E'>},
-    {"TG", kAnyCount, HandToText<'G'>},
+    {"TE", kAnyCount, Ignore},
+    {"TG", kAnyCount, Ignore},
     {"TK", kAnyCount, Ignore},
     {"TM", kAnyCount, HandToText<'M'>},
     {"TO", kAnyCount, HandToText<'O'>},
@@ -117,18 +117,18 @@ constexpr OperatorRow kOperators[] = {
     {"TR", kAnyCount, HandToText<'R'>},
     {"TS", kAnyCount, HandToText<'S'>},
     {"TV", kAnyCount, HandToText<'V'>},
-    {"TW", kAnyCount, HandToText<'W'>},
-    {"TX", kAnyCount, HandToText<'X'>},
-    {"TY", kAnyCount, HandToText<'Y'>},
+    {"TW", kAnyCount, Ignore},
+    {"TX", kAnyCount, Ignore},
+    {"TY", kAnyCount, Ignore},
     {"TZ", kAnyCount, HandToText<'Z'>},
     {"Ta", kAnyCount, HandToText<'a'>},
     {"Tc", kAnyCount, HandToText<'c'>},
     {"Td", kAnyCount, HandToText<'d'>},
     {"Te", kAnyCount, HandToText<'e'>},
     {"Tf", kAnyCount, HandToText<'f'>},
-    {"Tg", kAnyCount, HandToText<'g'>},
+    {"Tg", kAnyCount, Ignore},
     {"Th", kAnyCount, Ignore},
-    {"Ti", kAnyCount, HandToText<'i'>},
+    {"Ti", kAnyCount, Ignore},
     {"Tj", kAnyCount, HandToText<'j'>},
     {"Tk", kAnyCount, HandToText<'k'>},
     {"Tl", kAnyCount, HandToText<'l'>},
@@ -204,6 +204,20 @@ constexpr bool IsInOrder()
     return true;
 }
 static_assert(IsInOrder());
+
+constexpr bool HasEachTextOperator()
+{
+    size_t count = 0;
+    for (const OperatorRow &row : kOperators) {
+        if (row.text[0] != 'T' || row.text[1] == 0 || row.run == Ignore)
+            continue;
+        if (count == kTextOperatorNames.size() || row.text[1] != kTextOperatorNames[count])
+            return false;
+        ++count;
+    }
+    return count == kTextOperatorNames.size();
+}
+static_assert(HasEachTextOperator());
 
 // One-character operators by their character: 1 + the row's index, or 0.
 constexpr auto kRowOfCharacter = [] {

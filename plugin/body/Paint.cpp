@@ -1,7 +1,7 @@
 #include "plugin/body/Paint.h"
 
 #include "plugin/body/HostTable.h"
-#include "plugin/entry/AboutBox.h"
+#include "plugin/body/Problems.h"
 
 namespace vx
 {
@@ -12,7 +12,7 @@ namespace
 constexpr Fixed kPatternGray = kFixedOne / 2;
 constexpr int32_t kMaxDashes = 256;
 
-// Inside a group keeps paint for its end and returns true.
+// Inside a group: keeps the paint procedure for the group's end and returns true.
 bool PutOffInGroup(ParseContext *context, PaintProc paint)
 {
     if (IsOutsideGroup(context))

@@ -38,11 +38,11 @@ struct ParseContext {
     void *refCon; // the host's drawing
     ZRKProcs *procs;
     ReportProc problemProc; // or null
-    uint8_t warnedPattern;  // these four: already reported, or not to be
+    uint8_t warnedPattern;  // these four: the problem was reported, or is not to be
     uint8_t warnedPostScript;
     uint8_t warnedOperator;
     uint8_t warnedBinary;
-    uint8_t fontQuestionAsked; // once a parse, whether warnings are off or not
+    uint8_t fontQuestionAsked; // it is asked once a parse, with warnings off as well
     uint8_t aborted;           // the user asked to stop
     StringBuffer *stringBuffer;
     PostScriptObjectBuffer *objectBuffer;

@@ -8,7 +8,7 @@ namespace vx
 namespace
 {
 
-// From a pool that has an object left, while the string buffer has kept every byte.
+// Takes an object from the pool. Null when none is left, or when the string buffer has dropped bytes.
 PostScriptObject *TakeObject(ParseContext *context)
 {
     PostScriptObject *object = AllocatePostScriptObject(context->objectBuffer);
@@ -42,7 +42,7 @@ Result BeginArray(ParseContext *context)
     return PushOperand(context, kTokenArrayStart, &mark);
 }
 
-// What lies above the mark becomes its contents, the first element on top.
+// What lies above the mark becomes the array's contents, the first element on top.
 Result EndArray(ParseContext *context)
 {
     if (IsInEncodingBlock(context->encodingSetup))

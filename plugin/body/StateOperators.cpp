@@ -3,7 +3,7 @@
 #include "plugin/body/HostTable.h"
 #include "plugin/body/Layers.h"
 #include "plugin/body/Paint.h"
-#include "plugin/entry/AboutBox.h"
+#include "plugin/body/Problems.h"
 
 namespace vx
 {

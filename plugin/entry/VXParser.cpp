@@ -1,6 +1,7 @@
 #include "plugin/entry/VXParser.h"
 
 #include "plugin/body/Body.h"
+#include "plugin/body/HostTable.h"
 #include "plugin/entry/AboutBox.h"
 #include "plugin/header/Header.h"
 #include "plugin/setup/VXSetUp.h"
@@ -16,7 +17,7 @@ namespace
 
 using RequestHandler = Result (*)(HostCallRecord *record);
 
-// By selector.
+// Indexed by selector.
 constexpr RequestHandler kHandlers[] = {
     DoAbout, DoCanRead, DoOpen, DoOpen, DoGetStreamInfo, DoParseStream, DoClose,
 };
@@ -49,16 +50,6 @@ int32_t ClampSection(int32_t start, int32_t length, int32_t streamLength)
 }
 
 } // namespace
-
-bool CheckZRKProcs(const ZRKProcs *table)
-{
-    if (table == nullptr || table->version != 1 || table->count < kZRKProcCount)
-        return false;
-    for (int entry = 0; entry < kZRKProcCount; ++entry)
-        if (table->entry[entry] == nullptr)
-            return false;
-    return true;
-}
 
 Result DoCanRead(HostCallRecord *record)
 {

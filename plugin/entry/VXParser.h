@@ -12,9 +12,6 @@ extern "C" void VXParserMain(int32_t selector, HostCallRecord *record, void *dat
 namespace vx
 {
 
-// True when the table has version 1 and its first 42 procedures; later ones are not looked at. table may be null.
-bool CheckZRKProcs(const ZRKProcs *table);
-
 Result DoCanRead(HostCallRecord *record);       // also fills the box and the monochrome flag
 Result DoOpen(HostCallRecord *record);          // checks the procedure table, opens nothing
 Result DoGetStreamInfo(HostCallRecord *record); // fills the box and the monochrome flag, on full success only
@@ -24,7 +21,7 @@ Result DoClose(HostCallRecord *record);
 // Rewinds, passes over a binary EPS wrapper and opens the stream on the PostScript section.
 Result SetUpLineStream(LineStream *stream, StreamReader *reader, int32_t length, ProgressProc progress);
 
-// Header, setup section, body and the release of the setup objects.
+// Reads the header, the setup section and the body, and releases the setup objects.
 Result ParseLineStream(LineStream *stream, HostCallRecord *record);
 
 } // namespace vx

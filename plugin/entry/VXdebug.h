@@ -4,7 +4,7 @@
 namespace vx
 {
 
-// Messages longer than 254 bytes are cut.
+// Messages longer than 254 bytes are cut. Nothing calls this: it is there for whoever debugs the plug-in.
 void DebugMsg(const char *message);
 
 } // namespace vx

@@ -2,8 +2,6 @@
 
 #include "plugin/text/TextObject.h"
 
-#include <vx/Toolbox.h>
-
 namespace vx
 {
 

@@ -2,7 +2,7 @@
 // Japanese is coded on a PC and in two generations of the Mac.
 #pragma once
 
-#include <vx/Types.h>
+#include <vx/Toolbox.h>
 
 #include <cstdint>
 
@@ -12,20 +12,20 @@ namespace vx
 struct TextAndFontState;
 
 enum Script : int16_t {
-    kScriptRoman = 0, // and every script that is not listed
-    kScriptJapanese = 1,
-    kScriptTraditionalChinese = 2,
-    kScriptKorean = 3
+    kScriptRoman = kVXScriptRoman, // and every script that is not listed
+    kScriptJapanese = kVXScriptJapanese,
+    kScriptTraditionalChinese = kVXScriptTraditionalChinese,
+    kScriptKorean = kVXScriptKorean
 };
-constexpr int16_t kScriptCount = 4;
+constexpr int16_t kScriptCount = kScriptKorean + 1;
 
 // The script that the system is set to.
 int16_t GetDefaultScript();
 
-// A Mac script number as a Script: 1 to 3 are passed through, all others count as Roman.
+// A Mac script number as a Script: those that are not listed count as Roman.
 int16_t MacScript2VXParserScript(int32_t macScript);
 
-bool IsDBCSFont(int16_t script);
+bool IsDBCSFont(int16_t script); // nothing calls it
 bool IsDBCSFirstByte(uint8_t byte, int16_t script);
 
 // The width of a double-byte character in ems: known for Japanese, 0 for every other script.

@@ -1,8 +1,7 @@
 #include "plugin/fonts/UnixFont.h"
 
 #include "plugin/Memory.h"
-#include "plugin/body/ParseContext.h"
-#include "plugin/entry/AboutBox.h"
+#include "plugin/body/Problems.h"
 #include "plugin/fonts/NameHash.h"
 #include "plugin/input/Fixed.h"
 #include "plugin/input/MacString.h"
@@ -14,14 +13,6 @@ namespace vx
 
 namespace
 {
-
-// The host's string lists.
-constexpr int16_t kJapaneseDefaultFonts = 16100;
-constexpr int16_t kDefaultFonts = 16101;
-constexpr int16_t kReplacedFaceNames = 16200;
-constexpr int16_t kReplacementFaceNames = 16201;
-constexpr int16_t kEncodingSuffixes = 16300;
-constexpr int16_t kOrientationSuffixes = 16301;
 
 // Fonts are told apart by a signed 16-bit index; any further ones are never found.
 constexpr int32_t kMaxIndexedFonts = INT16_MAX + 1;
@@ -36,7 +27,8 @@ void CopyTerminated(char *to, uint8_t *lengthPrefixed)
     memcpy(to, text, strlen(text) + 1);
 }
 
-// Indices have 16 bits, from 1, but their loops count in more: a list may be so long that the last has no next.
+// A string's index has 16 bits and starts at 1. Loops over a list count with 32 bits: a list may be as long as the
+// largest index, after which there is no next one.
 void GetListString(int16_t list, int32_t index, char *to)
 {
     uint8_t text[kPascalStringSize];
@@ -87,7 +79,7 @@ void ReleaseSuffixes(const HostCallRecord *record, char **suffixes, int16_t coun
     }
 }
 
-// Where a name of that length ends without its suffix.
+// The length of a name, of length bytes, without its suffix.
 size_t LengthWithoutSuffix(const char *name, size_t length, char *const *suffixes, int32_t count)
 {
     if (length == 0)
@@ -197,9 +189,9 @@ bool InitializeFontTable(const HostCallRecord *record, FontTable *table)
 
 bool InitializeSuffixTables(const HostCallRecord *record, FontTable *table)
 {
-    return ReadSuffixes(record, kEncodingSuffixes, kMaxEncodingSuffixes, table->encodingSuffix,
+    return ReadSuffixes(record, kVXEncodingSuffixes, kMaxEncodingSuffixes, table->encodingSuffix,
                         &table->encodingSuffixCount) &&
-           ReadSuffixes(record, kOrientationSuffixes, kMaxOrientationSuffixes, table->orientationSuffix,
+           ReadSuffixes(record, kVXOrientationSuffixes, kMaxOrientationSuffixes, table->orientationSuffix,
                         &table->orientationSuffixCount);
 }
 
@@ -225,7 +217,7 @@ void InitializeDefaultFont(FontTable *table)
     for (int32_t &font : table->defaultFont)
         font = kNoFont;
     const int16_t script = GetDefaultScript();
-    const int16_t list = script == kScriptJapanese ? kJapaneseDefaultFonts : kDefaultFonts;
+    const int16_t list = script == kScriptJapanese ? kVXJapaneseFonts : kVXOtherFonts;
     const int16_t count = countString(list);
     for (int32_t i = 1; i <= count && table->defaultFont[script] == kNoFont; ++i) {
         char name[kFontNameSize];
@@ -268,12 +260,12 @@ const char *GetValidPostScriptName(const char *name, int16_t script, bool /*vert
 
 bool SubstituteFaceName(char *name)
 {
-    const int16_t count = countString(kReplacedFaceNames);
+    const int16_t count = countString(kVXReplacedFaces);
     for (int32_t i = 1; i <= count; ++i) {
         char replaced[kFontNameSize];
-        GetListString(kReplacedFaceNames, i, replaced);
+        GetListString(kVXReplacedFaces, i, replaced);
         if (strcmp(name, replaced) == 0) {
-            GetListString(kReplacementFaceNames, i, name);
+            GetListString(kVXReplacingFaces, i, name);
             return true;
         }
     }

@@ -56,7 +56,7 @@ void ReleaseSuffixTables(const HostCallRecord *record, FontTable *table);
 void InitializeDefaultFont(FontTable *table);
 
 // Both cut a name at the first suffix of the list found in it, but never at its very start. name has room for
-// kFontNameSize bytes, which are zero from the cut on.
+// kFontNameSize bytes, which are zero from the cut on. Nothing calls them.
 void RemoveOrientationSuffix(char *name, const FontTable *table);
 void RemoveEncodingSuffix(char *name, const FontTable *table);
 
@@ -69,10 +69,10 @@ bool ComparePostScriptName(const char *name1, const char *name2, const FontTable
 // The vertical flag is not used.
 const char *GetValidPostScriptName(const char *name, int16_t script, bool vertical, const FontTable *table);
 
-// Replaces a face name, in its kFontNameSize bytes, that the host's list knows under another.
+// Replaces a face name, in its kFontNameSize bytes, that the host's list knows under another. Nothing calls it.
 bool SubstituteFaceName(char *name);
 
-// "family$rest", length-prefixed, becomes "$rest": the sign stays, on purpose.
+// "family$rest", length-prefixed, becomes "$rest": the sign stays, on purpose. Nothing calls it.
 void MacFontPostScriptFontName(uint8_t *name);
 
 // The widths of all codes in ems; all zero for a name that no host font serves. The text state learns the width of

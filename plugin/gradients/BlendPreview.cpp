@@ -17,7 +17,7 @@ constexpr int32_t kMaxBlendStops = 50;
 
 using StopArray = const BlendStopObject *[kMaxBlendStops];
 
-// As many stops as were declared, read, and fit.
+// Takes as many stops as were declared, were read, and fit into the array.
 BlendStops BuildArrayOfPointers(const GradientObject *gradient, StopArray &array)
 {
     const int32_t wanted = std::min(gradient->stopCount, kMaxBlendStops);

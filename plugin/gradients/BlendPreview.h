@@ -11,7 +11,7 @@ namespace vx
 struct BlendStopObject;
 struct ParseContext;
 
-// In the order of the gradient's list, at least one.
+// Stops in the order of the gradient's list, at least one.
 using BlendStops = std::span<const BlendStopObject *const>;
 
 // Paints the gradient of the current instance. Fails, after the overprint call, when there is no gradient, no stop or

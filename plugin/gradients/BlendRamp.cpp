@@ -18,7 +18,7 @@ CMYKColour SubtractCMYK(const CMYKColour *x, const CMYKColour *y)
             SubtractFixed(x->yellow, y->yellow), SubtractFixed(x->black, y->black)};
 }
 
-// The most negative number is its own: it makes one step, as every number below 0 does.
+// The most negative number has no opposite and stays below 0: like every such number it makes one step.
 Fixed AbsoluteFixed(Fixed x)
 {
     return x < 0 ? NegateFixed(x) : x;
@@ -89,7 +89,7 @@ BlendRamp AutoBlendCalcTwoColorRamp(const BlendStopObject *a, const BlendStopObj
 
 bool HasNoChange(const BlendRamp *ramp)
 {
-    // The differences of the sort that the ramp is not are 0.
+    // A gray ramp has no differences of inks, any other none of gray: those are 0.
     const CMYKColour &delta = ramp->deltaCMYK;
     return ramp->grayDelta == 0 && delta.cyan == 0 && delta.magenta == 0 && delta.yellow == 0 &&
            delta.black == 0;

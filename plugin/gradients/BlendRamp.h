@@ -14,7 +14,7 @@ struct CustomTintRamp {
 };
 
 struct CustomRamp {
-    int32_t involved; // 0 and nothing else is set, or 1
+    int32_t involved; // 1, or 0 where nothing else is set
     int32_t mode;
     CustomTintRamp tint[2];
 };

@@ -15,7 +15,7 @@ Result Operator_Bd_Define_Begin(ParseContext *context);
 // c m y k (name) tint for custom, and nothing for other kinds; operands that do not suit the kind are forgiven.
 Result Operator_Bs_Define_Stop(ParseContext *context);
 
-// BD, with whatever operands.
+// BD, with any operands: ends the definition.
 Result Operator_BD_Define_End(ParseContext *context);
 
 } // namespace vx

@@ -6,10 +6,10 @@
 namespace vx
 {
 
-// The unit square from x0 to x1.
+// Fills the unit square from x0 to x1.
 void StripFill(const ParseContext *context, Fixed x0, Fixed x1);
 
-// The disc of that radius about the origin.
+// Fills the disc of that radius about the origin.
 void RadialFill(const ParseContext *context, Fixed radius);
 
 } // namespace vx

@@ -8,9 +8,9 @@ namespace vx
 namespace
 {
 
-// A gradient in the tree is a fork: it tells the first bit in which the names beyond its two branches differ. Forks
-// come in the order of their bits; a branch to one that does not is no fork but the end of a way, and leads to the
-// one gradient there whose name may be the one looked for.
+// A gradient in the tree is a fork: it tells the first bit in which the names beyond its two branches differ. Along
+// a way the bits of the forks grow. A branch to a gradient whose bit does not ends the way: that gradient is the only
+// one whose name may be the one looked for.
 
 constexpr int32_t kNoBit = -1;
 constexpr int32_t kAllBits = INT32_MAX;

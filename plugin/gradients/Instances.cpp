@@ -16,7 +16,7 @@ constexpr int32_t kMatrixOperands = 6;
 
 enum PaintMode : int32_t { kDiscardPath = 0, kStrokePath = 1, kStrokePathToo = 2 };
 
-// The outlines of text then lie in a path that outlives the instance.
+// True while the outlines of text lie in a path that outlives the instance.
 bool IsInTextPath(const ParseContext *context)
 {
     return context->text.object.pathState == kTextPathBegun && context->text.object.type == kPathText;
@@ -63,8 +63,8 @@ Result EndInstance(ParseContext *context)
     return kOk;
 }
 
-// For the operators whose one operand is a matrix that belongs to an instance: add(state, matrix) while one is bound.
-// Until then six operands of any kind are taken for a matrix.
+// Takes the one operand of an operator, a matrix, and calls add(state, matrix) if an instance is bound. If none is, six
+// operands of any kind pass for a matrix.
 template <class Add>
 Result TakeMatrix(ParseContext *context, Add add)
 {
@@ -138,7 +138,7 @@ Result Operator_Bh_Highlight(ParseContext *context)
     if (GetPostScriptObjectListLength(stack) != kHighlightValues ||
         !PopMultipleFixeds(stack, values, kHighlightValues))
         return kParserBadFormat;
-    // Crosswise, on purpose.
+    // The numbers change places, on purpose.
     Fixed *highlight = context->gradientSetup->highlight;
     highlight[2] = values[0];
     highlight[3] = values[1];

@@ -11,7 +11,7 @@ namespace vx
 namespace
 {
 
-// The ramp that begins at that stop. After the last stop there is only itself.
+// The ramp from that stop to the next; from the last stop, to itself.
 BlendRamp RampFromStop(BlendStops stops, size_t index)
 {
     return AutoBlendCalcTwoColorRamp(stops[index], stops[std::min(index + 1, stops.size() - 1)]);
@@ -55,7 +55,7 @@ void PaintStrips(const ParseContext *context, const BlendRamp *ramp)
     Fixed x = 0;
     for (int32_t i = 0; i < steps; ++i) {
         SetRampColour(context, ramp, ShapeParameter(ramp, ClampToUnit(i * colourStep)));
-        // The last ends exactly where the square does, whatever the rounded widths add up to.
+        // The last strip ends exactly where the square does, whatever the rounded widths add up to.
         const Fixed end = i + 1 < steps ? (i + 1) * stripWidth : kFixedOne;
         StripFill(context, x, end);
         x = end;

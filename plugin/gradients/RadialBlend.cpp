@@ -71,7 +71,8 @@ void PaintDiscs(const ParseContext *context, const BlendStopObject *inner, const
     }
 }
 
-// What lies outside the largest disc. Kinds without a colour of their own are white here, not the gray of a ramp.
+// Paints what lies outside the largest disc. Kinds without a colour of their own are white here, not the gray of a
+// ramp.
 void FillWithOutermostColour(const ParseContext *context, const BlendStopObject *stop)
 {
     CMYKColour colour = stop->colour.process;

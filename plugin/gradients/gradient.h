@@ -105,9 +105,9 @@ inline bool IsInGradientInstance(const GradientState *state)
     return state != nullptr && state->instanceClosed == kOpen;
 }
 
-// Runs the gradient operator whose text after the "B" begins with operatorText: of a definition until the setup
-// section has ended, of an instance after that. The others, and letters that are no operator, do nothing.
-// The context must have a gradient state.
+// Runs the gradient operator that has the first character of operatorText after its "B". Until the setup section has
+// ended only the operators of definitions do anything, after that only those of instances. The context must have a
+// gradient state.
 Result ParseGradientData(const char *operatorText, ParseContext *context);
 
 } // namespace vx

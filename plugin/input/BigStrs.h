@@ -74,7 +74,7 @@ bool AllWhiteSpace(const BigString *string);
 // True if string begins with the NUL-terminated prefix; only then rest is what follows it.
 bool TestPrefix(const char *prefix, const BigString *string, BigString *rest);
 
-// The prefix alone, up to trailing white space.
+// True for a line of the prefix alone, trailing white space apart.
 inline bool IsWholeLine(const char *prefix, const BigString *line)
 {
     BigString rest;

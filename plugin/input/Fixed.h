@@ -30,7 +30,7 @@ inline Fixed Double2Fixed(double x)
 {
     return X2Fix(x);
 }
-// Zero is common and saves the call.
+// A product with zero is common, and saves the call. Nothing calls this.
 inline Fract FractMul(Fract x, Fract y)
 {
     return x == 0 || y == 0 ? 0 : FracMul(x, y);
@@ -54,9 +54,9 @@ constexpr Fixed IntegerToFixed(int32_t x)
     return static_cast<Fixed>(static_cast<uint32_t>(x) << 16);
 }
 
-// result = n followed by m, the PostScript concat of n onto m. result may be m or n.
+// result = n followed by m, the PostScript concat of n onto m. result may be m or n. Nothing calls it.
 void ConcatZRKMats(const FixedMatrix *m, const FixedMatrix *n, FixedMatrix *result);
-// (x·a + y·c + tx, x·b + y·d + ty). result may be point.
+// (x·a + y·c + tx, x·b + y·d + ty). result may be point. Nothing calls it.
 void TransformZRKPoint(const FixedMatrix *m, const FixedPoint *point, FixedPoint *result);
 // The same without the translation.
 void DTransformZRKPoint(const FixedMatrix *m, const FixedPoint *vector, FixedPoint *result);

@@ -24,7 +24,7 @@ void AddLength(uint8_t *destination, const uint8_t *source)
 
 int16_t countString(int16_t resourceId)
 {
-    const Handle list = GetResource(kStringListType, resourceId);
+    const Handle list = GetResource(kVXStringListType, resourceId);
     if (list == nullptr)
         return 0;
     int16_t count; // the list's first word

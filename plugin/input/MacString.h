@@ -9,14 +9,14 @@
 namespace vx
 {
 
-constexpr uint32_t kStringListType = 0x53545223; // 'STR#'
-constexpr int32_t kPascalStringSize = 256;       // room for any length-prefixed string
+constexpr int32_t kPascalStringSize = 256; // room for any length-prefixed string
 
 // Entry index (from 1) of a string list, or an empty string where there is none. Returns resourceId.
 int16_t getString(int16_t resourceId, int16_t index, uint8_t *destination);
 // The number of entries of a string list, 0 where the list does not exist.
 int16_t countString(int16_t resourceId);
 
+// Nothing calls these four.
 void pstrcat(uint8_t *destination, const uint8_t *source);
 // Puts source in front.
 void pstrinsert(uint8_t *destination, const uint8_t *source);

@@ -67,7 +67,7 @@ inline PostScriptObject *PopPostScriptObject(PostScriptObjectList *list)
     return object;
 }
 
-// The n-th from the top, 1 being the top; null where there is none.
+// The n-th from the top, 1 being the top; null where there is none. Nothing calls it.
 PostScriptObject *GetNthPostScriptObject(const PostScriptObjectList *list, int32_t n);
 
 // False when the host has no memory.
@@ -81,6 +81,7 @@ inline PostScriptObject *AllocatePostScriptObject(PostScriptObjectBuffer *pool)
         static_cast<int32_t>(pool->next - pool->base) * static_cast<int32_t>(sizeof(PostScriptObject));
     return used < pool->limit ? pool->next++ : nullptr;
 }
+// A place to reset the pool to. Nothing but a full reset is called for.
 inline PostScriptObject *MarkPostScriptObjectBuffer(const PostScriptObjectBuffer *pool)
 {
     return pool->next;
@@ -107,7 +108,7 @@ bool PopMultipleFixeds(PostScriptObjectList *stack, Fixed *values, int16_t n);
 bool PopFixedPoints(PostScriptObjectList *stack, FixedPoint *points, int16_t n);
 // Six numbers in the order written.
 bool PopAndBuildFixedMatrix(PostScriptObjectList *stack, FixedMatrix *matrix);
-// An array of six numbers. The first element lands in ty and the last in a: reversed on purpose.
+// An array of six numbers. The first element lands in ty and the last in a: reversed on purpose. Nothing calls it.
 bool PopFixedMatrix(PostScriptObjectList *stack, FixedMatrix *matrix);
 
 } // namespace vx

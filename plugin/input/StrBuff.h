@@ -27,6 +27,7 @@ inline bool OverflowedStringBuffer(const StringBuffer *buffer)
 {
     return buffer->overflowed;
 }
+// A place to reset the buffer to. Nothing calls it.
 inline uint8_t *MarkStringBuffer(const StringBuffer *buffer)
 {
     return buffer->end;
@@ -58,7 +59,7 @@ void BufferAppendStringAndCharacter(StringBuffer *buffer, const BigString *strin
                                     BigString *result);
 void BufferAppendStringAndString(StringBuffer *buffer, const BigString *first, const BigString *second,
                                  BigString *result);
-// Gives the most recent string back; nothing for any other.
+// Gives the most recent string back, and does nothing for any other. Nothing calls it.
 void BufferReturnString(StringBuffer *buffer, const BigString *string);
 
 } // namespace vx

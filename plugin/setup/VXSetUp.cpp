@@ -27,7 +27,7 @@ bool InitParseSetUp(HostCallRecord *record, FileVersion version)
     const bool any = gradients != nullptr || setup != nullptr || encoding != nullptr;
     record->setup = setup;
     if (setup == nullptr) {
-        // Nowhere to record them, so nobody would release them.
+        // There is no record to keep them in, so nobody would release them.
         ReleaseBlock(memory, gradients);
         ReleaseBlock(memory, encoding);
         return any;

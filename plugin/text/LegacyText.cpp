@@ -29,11 +29,12 @@ Result OpenBlock(ParseContext *context, TextObject *text)
     text->openState = kTextOpen;
     text->legacyLineCount = 0;
     text->pathMatrix = text->textMatrix;
-    text->textMatrix = FlipMatrix(text->textMatrix); // read or not: without one it turns over once more
+    text->textMatrix =
+        FlipMatrix(text->textMatrix); // without a matrix of its own too: the old one then turns over again
     return kOk;
 }
 
-// Line spacing times lines, which wraps as sums do.
+// The line spacing times the count of lines; the product wraps as sums do.
 Fixed DistanceOfLine(const TextObject *text)
 {
     return static_cast<Fixed>(static_cast<uint32_t>(text->lineSpacing) *

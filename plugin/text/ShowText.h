@@ -17,7 +17,7 @@ Result CallZRKShowCorrectly(ParseContext *context, TextObject *text, const BigSt
 // is passed over without moving.
 Result RasterTxtString(ParseContext *context, TextObject *text, int16_t script);
 Result RasterTxtCharByChar(ParseContext *context, TextObject *text, int16_t script);
-// One of these two: spacing takes a record a character.
+// Runs one of these two: text with spacing takes a record for each character.
 Result RasterTxTCorrectly(ParseContext *context, TextObject *text, int16_t script);
 // A record a character, in a column.
 Result RasterVerticalTxTCorrectly(ParseContext *context, TextObject *text, int16_t script);

@@ -106,7 +106,7 @@ void TerminateTextState(ParseContext *context);
 // The defaults of a text object. Spacing, rise, render mode, font and scales outlive it.
 Result InitializeTextObj(ParseContext *context, TextObject *text);
 
-// Where the written matrix goes: glyph space has its y axis pointing down.
+// The matrix as text is set with it: glyph space has its y axis pointing down, the written matrix does not.
 constexpr FixedMatrix FlipMatrix(const FixedMatrix &written)
 {
     return {written.a, written.b, NegateFixed(written.c), NegateFixed(written.d), written.tx, written.ty};

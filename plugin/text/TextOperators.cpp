@@ -22,7 +22,7 @@ struct RenderModeRow {
     uint8_t visible;
 };
 
-// By the number that "Tr" writes.
+// Indexed by the number that "Tr" writes.
 constexpr RenderModeRow kRenderModes[] = {
     {kRenderFill, 1},
     {kRenderStroke, 1},
@@ -58,7 +58,7 @@ Result SetFlag(ParseContext *context, uint8_t *field)
     return kOk;
 }
 
-// The line starts so far from where it started, along the line matrix; text goes on there.
+// Moves the start of the line by (dx, dy) along the line matrix; text goes on there.
 void MoveLineStart(TextObject *text, Fixed dx, Fixed dy)
 {
     FixedMatrix moved = text->lineMatrix;
@@ -70,7 +70,7 @@ void MoveLineStart(TextObject *text, Fixed dx, Fixed dy)
     text->newLinePending = 1;
 }
 
-// Size, and with four operands ascent and descent.
+// Pops the size, and of four operands the ascent and the descent as well.
 bool PopFontSize(ParseContext *context)
 {
     TextAndFontState *state = &context->text;

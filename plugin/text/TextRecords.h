@@ -18,7 +18,7 @@ Result MakeOneZRKTextRecord(ParseContext *context, TextObject *text, const BigSt
 // A record a character, in a line.
 Result MakeManyZRKTextRecords(ParseContext *context, TextObject *text, const BigString *string,
                               int16_t script);
-// One of these two: spacing takes a record a character.
+// Runs one of these two: text with spacing takes a record for each character.
 Result MakeALinkListOfZRKTextRecord(ParseContext *context, TextObject *text, const BigString *string,
                                     int16_t script);
 // A record a character, in a column.

@@ -12,7 +12,7 @@ namespace
 
 constexpr int32_t kWidthTableSize = kCharacterCodes * static_cast<int32_t>(sizeof(Fixed));
 
-// The matrix turned so that its first axis is its second one, and so on round.
+// The matrix after a quarter turn: its first axis is where its second one was.
 FixedMatrix TurnMatrix(const FixedMatrix &matrix)
 {
     return {matrix.c, matrix.d, NegateFixed(matrix.a), NegateFixed(matrix.b), 0, 0};

@@ -24,7 +24,7 @@ struct TextOperatorRow {
     TextOperatorProc run;
 };
 
-// In character order.
+// In the order of kTextOperatorNames.
 // clang-format off
 constexpr TextOperatorRow kTextOperators[] = {
     {'*', kAnyCount, Operator_Tasteric},
@@ -60,14 +60,14 @@ constexpr TextOperatorRow kTextOperators[] = {
 };
 // clang-format on
 
-constexpr bool IsInOrder()
+constexpr bool HasEachTextOperator()
 {
-    for (size_t i = 1; i < std::size(kTextOperators); ++i)
-        if (kTextOperators[i - 1].character >= kTextOperators[i].character)
+    for (size_t i = 0; i < std::size(kTextOperators); ++i)
+        if (i == kTextOperatorNames.size() || kTextOperators[i].character != kTextOperatorNames[i])
             return false;
-    return true;
+    return std::size(kTextOperators) == kTextOperatorNames.size();
 }
-static_assert(IsInOrder());
+static_assert(HasEachTextOperator());
 
 // By character: 1 + the row's index, or 0.
 constexpr auto kRowOfCharacter = [] {

@@ -12,15 +12,16 @@ from vxcommand import CommandTest, sample, sample_names
 
 DPI = 288
 
-# The most that may differ over all and in the worst block, of 255. Along edges two programs differ by a few levels; a
-# shape that is missing, or lies a pixel off, shows as more.
+# The most that a picture may differ, of 255: over all, and in the worst block. Along edges two programs differ by a few
+# levels; a shape that is missing, or lies a pixel off, shows as more.
 USUAL = {
     "poppler": (1.0, 25),
     "MuPDF": (1.5, 25),
     "Ghostscript": (1.2, 25),
     "rsvg": (0.5, 12),
 }
-# Of text as text: programs move letters to whole parts of a pixel, and rsvg has its own distances between them.
+# The same for text as text: programs move letters to whole parts of a pixel, and rsvg has its own distances between
+# them.
 TEXT = {
     "poppler": (2.5, 60),
     "MuPDF": (1.2, 28),

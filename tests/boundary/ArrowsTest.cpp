@@ -1,4 +1,5 @@
-// Arrows point one way: cli -> jobs -> library -> devices -> host -> sdk, and plugin -> sdk.
+// Arrows point one way: cli -> jobs -> library -> devices -> host -> sdk, and plugin -> sdk. Within the plug-in all begin at
+// its entry: no other folder of it includes that.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -58,6 +59,21 @@ TEST_P(Arrows, PointOneWay)
                 line.substr(start.size(), line.find('"', start.size()) - start.size());
             EXPECT_TRUE(MayInclude(GetParam(), included)) << entry.path() << " includes " << included;
         }
+    }
+    EXPECT_GT(files, 0);
+}
+
+TEST(EntryArrow, PointsOutOfThePluginsEntryAlone)
+{
+    const std::filesystem::path plugin = std::filesystem::path(VX_SOURCE_DIR) / "plugin";
+    int files = 0;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(plugin)) {
+        if (!entry.is_regular_file() || entry.path().parent_path() == plugin / "entry")
+            continue;
+        ++files;
+        std::ifstream stream(entry.path());
+        for (std::string line; std::getline(stream, line);)
+            EXPECT_FALSE(line.starts_with("#include \"plugin/entry/")) << entry.path() << ": " << line;
     }
     EXPECT_GT(files, 0);
 }

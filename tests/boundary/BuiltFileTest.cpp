@@ -13,11 +13,11 @@
 namespace
 {
 
-// What the compiler's start files refer to if it is there.
+// Names to which the compiler's start files refer if they are there.
 const std::set<std::string> kStartFileNames = {"_ITM_deregisterTMCloneTable", "_ITM_registerTMCloneTable",
                                                "__gmon_start__", "__cxa_finalize"};
 
-// Written by the loader, which then makes them read-only; the tables of the start files are among them.
+// The loader writes these sections and then makes them read-only; the tables of the start files are among them.
 const std::set<std::string> kLoadersSections = {".init_array", ".fini_array", ".dynamic", ".data.rel.ro",
                                                 ".got",        ".got2",       ".got.plt", ".plt"};
 

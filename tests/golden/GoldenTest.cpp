@@ -81,8 +81,8 @@ TEST_P(Reporting, IsTheSameWithoutWarnings)
     EXPECT_TRUE(IsSameTrace(expected, Trace(&host, ReadBytes(GetParam().path))));
 }
 
-// A "stop" is heeded after the token that it answers; only where nothing is interpreted any more does the document
-// end as if nothing had been said.
+// A "stop" is heeded after the token that it answers. Where nothing is interpreted after that, the document ends as if
+// nothing had been said.
 TEST_P(Reporting, EndsSoonAfterAStop)
 {
     const std::vector<std::string> whole = ReadTrace(GetParam());

@@ -63,7 +63,7 @@ TEST_P(Sample, MayFailAtAnyAllocation)
     FailEachAllocation(ReadBytes(GetParam().path), &RecordingHost::failAllocation);
 }
 
-// Everything that means something somewhere: words that may stand anywhere in a line,
+// Everything that means something somewhere. First the words that may stand anywhere in a line.
 constexpr const char *kWords = "0 1 -1 0.5 32767 -40000 99999999999 1e5 . + "
                                "m l L c C v V y Y h H U u N n f F s S b B W q Q Mb MB *u *U *w *W * "
                                "w j J M d A D i g G k K x X p P O R ` ~ E Lb LB Ln XX abc "
@@ -72,7 +72,7 @@ constexpr const char *kWords = "0 1 -1 0.5 32767 -40000 99999999999 1e5 . + "
                                "Bb BB Bg Bc Bd BD Bh Bm Bs "
                                "(text) (a\\)b\\101) (open ) <4865> <4 > [ ] { } /Name //Name / %x";
 
-// and lines.
+// Then the lines.
 constexpr const char *kLines =
     "%_Bd\n%_Bs\n%_BD\n%_Mb\n%%EndSetup\n%VX3_BeginEncoding: A B\n%VX3_EndEncoding\n%VX5_BeginGradient: (a)\n"
     "%%BeginBinary: 1\n%%EndBinary\n%VX3_BeginCrops\n%VX5_BeginPlace\n%VX5_EndPlace\n%%PageTrailer\n%%EOF";

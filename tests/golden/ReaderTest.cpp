@@ -1,5 +1,5 @@
-// Readers that deliver less than they are asked for, end early, or claim more: the document is the same, is another
-// one that can be told, or fails at once.
+// Readers that deliver less than they are asked for, end early, or claim more: the document stays the same, becomes
+// another one that the test can work out, or fails at once.
 #include "tests/golden/Documents.h"
 #include "tests/golden/Parses.h"
 #include "tests/golden/Random.h"
@@ -35,7 +35,7 @@ int32_t CountThere(std::string_view left, int32_t wanted)
     return static_cast<int32_t>(std::min(left.size(), static_cast<size_t>(std::max(wanted, 0))));
 }
 
-// Stops behind a line end, if what is there holds one.
+// Where a read stops: behind a line end, if what is there holds one.
 int32_t StopAtLineEnd(std::string_view left, int32_t there, Random *random)
 {
     const size_t lineEnd = left.find_first_of(kLineEnds, random->Below(static_cast<size_t>(there) + 1));

@@ -19,7 +19,7 @@ struct State {
     AllocationsOf whose = AllocationsOf::All;
 };
 
-// Found without a call, which could allocate.
+// The model finds it without a call, which could allocate.
 [[gnu::tls_model("initial-exec")]] thread_local State state;
 
 } // namespace
@@ -58,7 +58,7 @@ bool CanMallocFail()
 namespace
 {
 
-// True when this allocation is to fail; then errno says so, as it does in earnest.
+// True when this allocation is to fail; errno then says so, as malloc's does.
 bool FailsNow()
 {
     if (!state.isOn)

@@ -12,7 +12,7 @@ enum class AllocationsOf { All, C }; // C: not those of C++, which throw
 // False under a sanitizer, which has a malloc of its own.
 bool CanMallocFail();
 
-// As long as one lives, the allocation of this thread of that number fails, the first being 1; 0: none does.
+// As long as one of these lives, this thread's allocation of that number fails, the first being 1. 0: none fails.
 class MallocFailure
 {
   public:

@@ -20,7 +20,7 @@ struct Made {
     std::string bytes;
 };
 
-// What a program keeps needs room of its own: it is there before anything fails.
+// A program keeps its output in room of its own, which it has before anything fails.
 constexpr size_t kRoom = size_t{1} << 20;
 
 Made Make(vx_library *library, const char *format)
@@ -46,14 +46,14 @@ class InterfaceWithoutMemory : public testing::TestWithParam<const char *>
 {
 };
 
-// qpdf ends a process that has no memory for its destructors, so there is no PDF among them.
+// qpdf ends a process that has no memory for its destructors, so PDF is not among the formats.
 TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
 {
     if (!vxtest::CanMallocFail())
         GTEST_SKIP() << "a sanitizer has its own malloc";
     vx_library *library = nullptr;
     ASSERT_EQ(vx_library_create(VX_INTERFACE, &library, nullptr), VX_OK);
-    const Made whole = Make(library, GetParam()); // what is made once in a process is made
+    const Made whole = Make(library, GetParam()); // what a process makes only once is made here
     ASSERT_EQ(whole.status, VX_OK) << whole.error.text;
     ASSERT_LT(whole.bytes.size(), kRoom);
     uint64_t count = 0;
@@ -66,7 +66,7 @@ TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
     const uint64_t step = 1 + count / 400;
     for (const FailingMalloc how : {FailingMalloc::Once, FailingMalloc::FromThenOn}) {
         for (uint64_t number = 2; number <= count;
-             number += number < 200 ? 1 : step) { // the first is the room
+             number += number < 200 ? 1 : step) { // the first allocation is the room
             std::optional<MallocFailure> failure(std::in_place, number, how, vxtest::AllocationsOf::All);
             Made made = Make(library, GetParam());
             failure.reset();
@@ -84,7 +84,7 @@ TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
 INSTANTIATE_TEST_SUITE_P(Formats, InterfaceWithoutMemory, testing::Values("png", "svg"),
                          [](const auto &tested) { return std::string(tested.param); });
 
-// Making a library, too.
+// Making a library fails in the same ways.
 TEST(InterfaceCreation, TellsTheLackOfMemory)
 {
     if (!vxtest::CanMallocFail())

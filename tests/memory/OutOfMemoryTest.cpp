@@ -1,5 +1,5 @@
 // Each allocation of a document's way to its output fails in turn, whoever makes it: the output is what it always is, or
-// the lack of memory is told. There is no third.
+// the lack of memory is told.
 #include "devices/pdf/PdfDevice.h"
 #include "devices/raster/RasterDevice.h"
 #include "devices/svg/SvgDevice.h"
@@ -40,7 +40,7 @@ const Installation &OpenTypeFonts()
     return installation;
 }
 
-// FreeType opens these in the host as well.
+// Fonts that FreeType opens in the host as well.
 const Installation &Type1Fonts()
 {
     static const Installation installation = Install({false, {"/usr/share/fonts/type1/urw-base35"}});
@@ -64,7 +64,7 @@ std::unique_ptr<Device> MakePdf(ByteSink sink, std::string *error)
 {
     return MakePdfDevice({}, std::move(sink), error);
 }
-// With a profile that is read and described.
+// This one reads and describes a profile.
 std::unique_ptr<Device> MakePdfX(ByteSink sink, std::string *error)
 {
     PdfOptions options;
@@ -124,7 +124,7 @@ class OutOfMemory : public testing::TestWithParam<MemoryCase>
 {
 };
 
-// All of them where VX_SLOW is set; else the first ones, which open what there is to be opened, and some of the rest.
+// Where VX_SLOW is set every allocation fails; else the first ones, in which things are opened, and some of the rest.
 uint64_t StepAfter(uint64_t number, uint64_t count)
 {
     constexpr uint64_t kFirst = 100, kOthers = 100;
@@ -142,7 +142,7 @@ TEST_P(OutOfMemory, IsToldOrHasNoEffect)
         Document::Open(std::string(VX_SOURCE_DIR "/samples/") + GetParam().sample + ".vx", &error);
     ASSERT_NE(document, nullptr) << error;
     const Maker make = GetParam().make;
-    (void)Draw(*document, GetParam().fonts(), make); // what is made once in a process is made
+    (void)Draw(*document, GetParam().fonts(), make); // what a process makes only once is made here
     uint64_t count = 0;
     std::string whole;
     {
@@ -170,7 +170,8 @@ TEST_P(OutOfMemory, IsToldOrHasNoEffect)
     RecordProperty("allocations", static_cast<int>(count));
 }
 
-// qpdf allocates in destructors, where what C++ throws ends the process: of a PDF only what C libraries allocate may fail.
+// qpdf allocates in destructors, where an exception ends the process: while a PDF is made only the allocations of C
+// libraries fail.
 const MemoryCase kCases[] = {
     {"RomanPng", "text-point", MakePng},
     {"RomanSvg", "text-point", MakeSvg},
@@ -189,7 +190,7 @@ const MemoryCase kCases[] = {
     {"OverprintPdfX", "overprint", MakePdfX, AllocationsOf::C},
 };
 
-// The machine's own shortage, not the limit.
+// The machine has no memory, though the limit is not reached.
 TEST(CappedHeapWithoutMemory, RefusesAndRemembers)
 {
     if (!vxtest::CanMallocFail())
@@ -204,7 +205,7 @@ TEST(CappedHeapWithoutMemory, RefusesAndRemembers)
     EXPECT_EQ(heap.HeldBytes(), 0);
 }
 
-// Fonts that cannot be listed are not as if there were none.
+// A machine whose fonts cannot be listed is not taken for one without fonts.
 TEST(FontconfigWithoutMemory, IsTold)
 {
     if (!vxtest::CanMallocFail())

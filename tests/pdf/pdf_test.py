@@ -124,7 +124,7 @@ class Inks(PdfTest):
     def test_ink_under_overprint_survives(self):
         plates = pictures.plates(self.pdf_of(OVERPRINT, box="0 0 100 20"), 72, self.folder)
         amounts = {ink: [255 - plates[ink].getpixel((x, 10)) for x in (2, 10, 30, 50, 70)] for ink in plates}
-        # Beside the squares, then on each. 0.4 gray is 0.6 black, of 255.
+        # The amounts beside the squares, then on each, of 255. 0.4 gray is 0.6 black.
         self.assertEqual(amounts["Cyan"], [255, 0, 255, 0, 255])
         self.assertEqual(amounts["Magenta"], [0] * 5)
         self.assertEqual(amounts["Yellow"], [0, 255, 255, 0, 0])

@@ -17,7 +17,7 @@ using vxhost::Path;
 using vxhost::Point;
 using vxhost::Verb;
 
-// Font units, by the matrix, into a path.
+// Collects a path from font units, by the matrix.
 struct Pen {
     Matrix matrix;
     Path *path;

@@ -21,11 +21,11 @@ class FontOutlines
 
     uint32_t Find(char32_t character) const; // by the file's Unicode table; 0: none
     uint32_t FindByName(const std::string &name) const;
-    // By the order of codes that the makers of the font gave it; 0: none. Type 1 alone has one.
+    // The glyph of that code in the font's own encoding, which only Type 1 fonts have; 0: none.
     uint32_t FindInOwnOrder(uint8_t code) const;
     std::string NameOf(uint32_t glyph) const;
     double Advance(uint32_t glyph) const; // ems
-    // Ems by the matrix.
+    // The outline in ems, by the matrix.
     vxhost::Path Outline(uint32_t glyph, const vxhost::Matrix &matrix) const;
 
   private:
@@ -34,7 +34,7 @@ class FontOutlines
         void operator()(FT_Face face) const { FT_Done_Face(face); }
     };
     std::unique_ptr<FT_LibraryRec_, Close> library_;
-    std::unique_ptr<FT_FaceRec_, Close> face_; // goes before its library
+    std::unique_ptr<FT_FaceRec_, Close> face_; // released before its library
 };
 
 } // namespace vxtest

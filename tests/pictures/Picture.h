@@ -9,7 +9,7 @@
 namespace vxtest
 {
 
-// Without pixels on failure, with error one line for a person.
+// A picture without pixels on failure, with error one line for a person.
 vxhost::Picture ReadPng(const std::string &path, std::string *error);
 
 struct PictureDistance {
@@ -20,7 +20,7 @@ struct PictureDistance {
     int tileY = 0;
 };
 
-// Both have the same size and nothing transparent.
+// Both pictures must have the same size and nothing transparent.
 PictureDistance Compare(const vxhost::Picture &a, const vxhost::Picture &b);
 
 } // namespace vxtest

@@ -34,7 +34,7 @@ constexpr const char *kChinese = "/usr/share/fonts/truetype/arphic-bsmi00lp/bsmi
 constexpr double kMostOverInk = 0.5;
 constexpr double kPageSide = 200; // points
 
-// A glyph, and the widths of those before it in its line: those have been set at the same size.
+// A glyph, and the glyphs before it in its line, whose widths move it: they are set at the same size.
 struct GlyphAt {
     const char *glyph; // a character in UTF-8, or a glyph's name after a slash
     Matrix matrix;     // ems to the page, without the widths
@@ -45,7 +45,7 @@ struct GlyphAt {
 struct TextPictureCase {
     const char *name;
     const char *lines;
-    const char *file; // of the one font
+    const char *file; // of the font from which all glyphs are taken
     std::vector<GlyphAt> glyphs;
 };
 
@@ -167,7 +167,7 @@ const TextPictureCase kPictures[] = {
      "0 To 1 0 0 1 20 50 0 Tp TP 0 Tr /_Helvetica 40 Tf 25 Tw (R g) Tx TO",
      kSans,
      {{"R", {40, 0, 0, 40, 20, 50}}, {"g", {40, 0, 0, 40, 45, 50}, "R "}}},
-    // 250 thousandths of 40 points back.
+    // The letter moves back by 250 thousandths of 40 points.
     {"IsKerned",
      "0 To 1 0 0 1 20 50 0 Tp TP 0 Tr /_Helvetica 40 Tf (R) Tx 0 250 Tk (g) Tx TO",
      kSans,
@@ -176,7 +176,7 @@ const TextPictureCase kPictures[] = {
      "0 To 1 0 0 1 20 150 0 Tp TP 0 Tr /_Helvetica 40 Tf 45 10 Tl (R) Tx T* (F) Tx -5 -50 Td (g) Tx TO",
      kSans,
      {{"R", {40, 0, 0, 40, 20, 150}}, {"F", {40, 0, 0, 40, 30, 105}}, {"g", {40, 0, 0, 40, 25, 55}}}},
-    // Half the width, and all of it, to the left; the second line 50 down.
+    // The lines move left by half their width and by all of it; the second is 50 down.
     {"IsCentred",
      "[1 0 0 1 100 120]e /_Helvetica 40 50 0 1 z (Rg)t (F)t T",
      kSans,
@@ -214,7 +214,7 @@ const TextPictureCase kPictures[] = {
      "Tx TO",
      kJapanese,
      {{"あ", {40, 0, 0, 40, 20, 50}}, {"A", {40, 0, 0, 40, 60, 50}}, {"図", {40, 0, 0, 40, 80, 50}}}},
-    // Of the same name, but not re-encoded: the system's script is found out, and steps two bytes.
+    // A font of the same name that is not re-encoded: its script becomes the system's, whose characters have two bytes.
     {"IsJapaneseByItsFont",
      "0 To 1 0 0 1 20 50 0 Tp TP 0 Tr /_IPAGothic 40 Tf 3 Tc (\\202\\240A\\220}) Tx TO",
      kJapanese,
@@ -248,7 +248,7 @@ const TextPictureCase kPictures[] = {
      "TO",
      kKorean,
      {{"한", {40, 0, 0, 40, 20, 50}}, {"글", {40, 0, 0, 40, 65, 50}}}},
-    // So that in a column their left end stands on the line.
+    // So the left end of characters in a column stands on the line.
     {"IsChineseDownAColumn",
      "/_ShanHeiSun-Light /X 0 2 0 TZ 0 To 1 0 0 1 100 180 0 Tp TP 0 Tr 1 Tv /_ShanHeiSun-Light 40 Tf "
      "(\\244\\345\\246r) Tx "
@@ -272,12 +272,12 @@ struct SignSet {
     int known; // glyphs whose names say which character they are
 };
 
-class SignSets : public testing::TestWithParam<SignSet>
+class SymbolSets : public testing::TestWithParam<SignSet>
 {
 };
 
 // The Type 1 file of each font has the order of codes that its text stands in; the other one is drawn.
-TEST_P(SignSets, AreInTheOrderThatTheFontsMakersGaveThem)
+TEST_P(SymbolSets, AreInTheOrderThatTheFontsMakersGaveThem)
 {
     const FontOutlines original(GetParam().type1);
     const FontOutlines drawn(GetParam().openType);
@@ -307,13 +307,13 @@ TEST_P(SignSets, AreInTheOrderThatTheFontsMakersGaveThem)
     EXPECT_GE(known, GetParam().known);
 }
 
-const SignSet kSignSets[] = {
+const SignSet kSymbolSets[] = {
     {"Symbol", "Symbol", vxhost::TextEncoding::Symbol,
      "/usr/share/fonts/type1/urw-base35/StandardSymbolsPS.t1", kSymbol, 188, 150},
     {"Dingbats", "ZapfDingbats", vxhost::TextEncoding::Dingbats,
      "/usr/share/fonts/type1/urw-base35/D050000L.t1", kDingbats, 201, 0},
 };
-INSTANTIATE_TEST_SUITE_P(Pictures, SignSets, testing::ValuesIn(kSignSets), CaseName());
+INSTANTIATE_TEST_SUITE_P(Pictures, SymbolSets, testing::ValuesIn(kSymbolSets), CaseName());
 
 } // namespace
 } // namespace vxtest

@@ -139,7 +139,7 @@ void *RecordingHost::Allocate(int32_t size, void *refcon)
     self->liveBytes += size;
     self->peakBytes = std::max(self->peakBytes, self->liveBytes);
     auto *block = new (memory) BlockHeader{size} + 1;
-    // Whoever counts on zeros finds something else.
+    // A parse that counts on zeros finds something else.
     std::memset(static_cast<void *>(block), 0xA5, static_cast<size_t>(size));
     return block;
 }

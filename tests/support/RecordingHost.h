@@ -28,24 +28,24 @@ class RecordingHost
 
     // What was called, in the form of "vx trace", with "report N" where a problem was reported.
     std::vector<std::string> lines;
-    std::string Joined() const; // with "; " between
+    std::string Joined() const; // the lines with "; " between them
 
     bool stopAtReport = false;     // every report is answered with "stop"
-    std::vector<int> stopOnReport; // reports of these numbers are
-    bool refuseFonts = false;      // the question about fonts is
+    std::vector<int> stopOnReport; // reports of these numbers are answered with "stop"
+    bool refuseFonts = false;      // the question about fonts is answered with "stop"
 
     // All fields are set to work. A test may change them before it calls.
     HostCallRecord record = {};
     ZRKProcs *procs() { return table_.Procs(); }
-    bool TableIsAsItWas(); // as it was at the last call
+    bool TableIsAsItWas(); // since the last call began
 
-    // How many bytes a read says that it delivers, of those that are left and wanted. It delivers no more than both.
-    // Unset: as many as there are.
+    // How many bytes a read says that it delivers, given what is left and what is wanted; it never delivers more than
+    // those. Unset: as many as there are.
     std::function<int32_t(std::string_view left, int32_t wanted)> readCount;
     struct Delivery {
         size_t position; // in the document
         int32_t count;
-        bool isShort; // more was wanted and there
+        bool isShort; // more was wanted, and there was more
     };
     std::vector<Delivery> deliveries; // one a read
 

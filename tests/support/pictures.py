@@ -18,7 +18,7 @@ def run(*words):
 
 
 def ghostscript(device, pdf, dpi, out, *words):
-    # Pixels are painted where their centres are, not where anything of them is.
+    # A shape paints the pixels whose centres it covers, not all that it touches.
     run("gs", "-q", "-dNOPAUSE", "-dBATCH", "-dSAFER", f"-sDEVICE={device}", "-sCompression=none", f"-r{dpi}", *words,
         f"-sOutputFile={out}", "-c", "0 0 .setfilladjust2", "-f", pdf)
 

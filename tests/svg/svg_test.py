@@ -146,7 +146,7 @@ class Limits(SvgTest):
 
     @unittest.skipIf(SANITIZED, "sanitizers need the whole address space")
     def test_memory_does_not_grow_with_the_document(self):
-        # What the program may write to, its own variables and heap. The document is only read.
+        # The limit is on what the program may write to, its variables and heap. The document is only read.
         limit = 24 << 20
         shape = "0.1 0.2 0.3 0 k\n1 1 m\n" + "2.5 3.25 4.125 5 6 7 c\n" * 20 + "f\n"
         self.write("many.vx", document(shape * 80_000))

@@ -66,7 +66,7 @@ class Threads : public testing::Test
         ASSERT_GT(documents_.size(), 20U);
     }
 
-    // What is not shared is a reading's own.
+    // What is not shared is made here.
     Drawn Draw(const Document &document) const
     {
         Drawn drawn;
@@ -97,7 +97,7 @@ TEST_F(Threads, GiveWhatOneGives)
     std::vector<std::thread> threads;
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&, thread] {
-            // Each begins elsewhere, so that the same document is at work twice and different ones meet.
+            // Each thread begins elsewhere, so that one document is drawn twice at a time, and different ones meet.
             for (size_t i = 0; i < documents_.size(); ++i) {
                 const size_t at = (i + static_cast<size_t>(thread) / 2 * 7) % documents_.size();
                 differing += Draw(*documents_[at]) == alone[at] ? 0 : 1;

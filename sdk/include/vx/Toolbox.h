@@ -43,7 +43,7 @@ enum {
 enum {
     kVXAboutDialog = 16000,      /* the about box */
     kVXProblemStrings = 16000,   /* title and message of problem n are strings 2n - 1 and 2n, see below */
-    kVXJapaneseFonts = 16100,    /* fonts to fall back on where the system script is 1, best first */
+    kVXJapaneseFonts = 16100,    /* fonts to fall back on where the system script is Japanese, best first */
     kVXOtherFonts = 16101,       /* the same for every other system script */
     kVXReplacedFaces = 16200,    /* face names to be replaced */
     kVXReplacingFaces = 16201,   /* what replaces each of them */
@@ -145,8 +145,9 @@ Fract FracMul(Fract x, Fract y);
 double Fix2X(Fixed x);
 Fixed X2Fix(double x);
 
-/* kVXSystemScript gives 1 Japanese, 2 traditional Chinese, 3 Korean, anything else Roman. */
+/* What GetEnvirons is asked for: one of the scripts. Any other number counts as Roman. */
 enum { kVXSystemScript = 18 };
+enum { kVXScriptRoman = 0, kVXScriptJapanese = 1, kVXScriptTraditionalChinese = 2, kVXScriptKorean = 3 };
 int32_t GetEnvirons(int16_t selector);
 
 /*

@@ -105,7 +105,7 @@ const SectionCase kHidden[] = {
     {"HiddenOperatorsTakeOperandsFromLinesBefore", 5,
      "%%BeginSetup\n%VX5_BeginGradient: a\n1 1 1 0 0 0 0\n%_Lb\n%%EndSetup", ""},
     {"HiddenOperatorsAreCommentsInTheBody", 5, "%%BeginSetup\n%%EndSetup\n%_Mb\n1 2 m", "moveto 1 2"},
-    // The setup step consumed that document's "%%EndSetup", so that the body driver never sees it.
+    // The setup step consumed that document's "%%EndSetup", so the body driver never sees it.
     {"HiddenOperatorsRunInTheBodyOfVersionTwo", 2, "%%BeginSetup\n%%EndSetup\n%_Mb 1 2 m\n3 4 m",
      "gsave; moveto 3 4"},
     {"AnotherEndOfTheSetupEndsThemInVersionTwo", 2, "%%BeginSetup\n%%EndSetup\n%%EndSetup\n%_Mb\n3 4 m",
@@ -115,7 +115,7 @@ const SectionCase kHidden[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Hidden, Sections, testing::ValuesIn(kHidden), CaseName());
 
-// Each follows "%%BeginSetup" and "%%EndSetup" of a version 5 document.
+// The lines of each case follow this in a version 5 document.
 const char kBody[] = "%%BeginSetup\n%%EndSetup\n";
 
 const SectionCase kSkipped[] = {
@@ -264,7 +264,7 @@ TEST_P(Limits, HoldExactly)
     EXPECT_EQ(host.liveBlocks, 0);
 }
 
-// A string that is built in the string buffer, of this many bytes.
+// A string of this many bytes that is built in the string buffer.
 std::string Built(int bytes)
 {
     return "(\\101" + std::string(static_cast<size_t>(bytes - 1), 'a') + ")\n";
@@ -381,7 +381,7 @@ TEST(MemoryTest, WithoutAnyBlockTheParseFails)
     EXPECT_EQ(host.Joined(), "");
 }
 
-// Of a parse's blocks the first three are the setup section's and the fourth is the string buffer.
+// The first three blocks of a parse are the setup section's; the fourth is the string buffer.
 TEST(MemoryTest, WithoutTheStringBufferTheParseFails)
 {
     RecordingHost host;

@@ -44,7 +44,7 @@ const LineCase kUnknownLines[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Operators, UnknownLines, testing::ValuesIn(kUnknownLines), CaseName());
 
-// Every operator that is known, one row per first letter.
+// Every operator that is known: first those of one character, then those of two.
 const char *const kKnown[] = {
     "*",  "A",  "B",  "C",  "D",  "E",  "F",  "G",  "H",  "J",  "K",  "L",  "M",  "N",  "O",  "P",
     "Q",  "R",  "S",  "T",  "U",  "V",  "W",  "X",  "Y",  "Z",  "a",  "b",  "c",  "d",  "e",  "f",

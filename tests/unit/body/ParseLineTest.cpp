@@ -19,7 +19,7 @@ namespace
 using namespace vx;
 using namespace vxtest;
 
-// A list from its head, each object as its type and, after a colon, its value; arrays in brackets.
+// Describes a list from its head: each object as its type and, after a colon, its value; arrays in brackets.
 std::string Describe(const PostScriptObjectList *list)
 {
     std::string all;
@@ -266,7 +266,7 @@ TEST_F(InterpretationTest, OperandsKeepTheirTextOverRefills)
     StackAndBuffer record = {&stack, &stringBuffer};
     SetLineStreamFlushingProc(&lines, FlushStackStringsToBuffer, &record);
     context.lineStream = &lines;
-    encoding.fileVersion = 2; // whose every line is interpreted
+    encoding.fileVersion = 2; // every line of that version is interpreted
     EXPECT_EQ(DoParsing(&context), kOk);
     EXPECT_EQ(Describe(&stack), "7:hij [7:inner] 8:name 7:kept");
 }

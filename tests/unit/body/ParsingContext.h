@@ -40,7 +40,7 @@ class ParsingContext : public testing::Test
 
     ~ParsingContext() override
     {
-        // What the line has defined is released as after a parse.
+        // This releases what the line has defined, as after a parse.
         vx::SetUpRecord setup = {nullptr, &encoding};
         host.record.setup = &setup;
         vx::DeallocateFontDataObj(&host.record);

@@ -1,6 +1,7 @@
 // The seven requests, the check of the table, the wrapper around a PostScript section.
 #include "plugin/entry/VXParser.h"
 
+#include "plugin/body/HostTable.h"
 #include "tests/support/CaseName.h"
 #include "tests/support/RecordingHost.h"
 #include "tests/unit/body/BodyDocument.h"

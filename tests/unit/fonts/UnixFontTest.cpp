@@ -25,7 +25,7 @@ using vxhost::HostScope;
 
 using Strings = std::vector<std::string>;
 
-// The lists by number.
+// The numbers of the lists.
 constexpr int16_t kJapaneseDefaults = 16100;
 constexpr int16_t kOtherDefaults = 16101;
 constexpr int16_t kReplaced = 16200;
@@ -152,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(UnixFont, SuffixLists, testing::ValuesIn(kSuffixLists),
 TEST(InitializeFontTableTest, FailsAtEveryAllocationWithoutALeak)
 {
     for (uint32_t n = 0; n < 5; ++n) {
-        FontTables fonts({"Helvetica"}); // its end checks that nothing is live
+        FontTables fonts({"Helvetica"}); // its destructor checks that nothing is live
         fonts.heap.refused = 1u << n;
         EXPECT_FALSE(fonts.Initialize()) << "without block " << n;
     }
@@ -265,7 +265,7 @@ int16_t SearchOneByOne(const std::string &wanted, const FontTable *table)
     return kNoFont;
 }
 
-// Names out of few parts, so that many are equal, have suffixes inside, or are suffixes themselves.
+// Names are made of few parts, so that many are equal, have suffixes inside, or are suffixes themselves.
 TEST(PSNameSearchFontTableTest, FindsWhatASearchOneByOneFinds)
 {
     constexpr const char *kParts[] = {"", "A", "B", "-", "-H", "-V", "-RKSJ", "-Roman", "Mincho", "x"};

@@ -243,7 +243,7 @@ const StepCase kSteps[] = {
     {"TheProductSaturates", 0, 30000 * kOne, 1},
     // 20000 + 20000 wraps to -25536, whose size is far too large as well.
     {"TheDifferenceWraps", -20000 * kOne, 20000 * kOne, 1},
-    // The one number that has no positive counterpart.
+    // This one number has no positive counterpart.
     {"TheMostNegativeDifference", 0, INT32_MIN, 1},
 };
 INSTANTIATE_TEST_SUITE_P(Gradients, GraySteps, testing::ValuesIn(kSteps), CaseName());
@@ -366,7 +366,7 @@ TEST_P(ShapedParameters, AreShaped)
     EXPECT_EQ(ShapeParameter(&ramp, GetParam().t), GetParam().shaped);
 }
 
-// Calculated with 60 digits; the last digit shown decides the rounding.
+// The values were calculated with 60 digits; the last digit shown decides the rounding.
 const ParameterCase kParameters[] = {
     {"HighIsHalfWayAtItsMidpoint", 75, 49152, 32768},
     {"HighAtAQuarter", 75, 16384, 2322},        // 2322.010

@@ -1,4 +1,4 @@
-// Gradients found by their names, as a search one by one would find them, but soon.
+// Gradients are found by their names as a search one by one would find them, but faster.
 #include "plugin/gradients/GradientNames.h"
 
 #include "tests/golden/Random.h"
@@ -39,7 +39,7 @@ class GradientNames : public testing::Test
             state_.firstGradient = gradient;
     }
 
-    // Its index, or -1.
+    // The index of the gradient of that name, or -1.
     int32_t Find(std::string_view name)
     {
         const BigString text = View(name);
@@ -58,7 +58,7 @@ class GradientNames : public testing::Test
         return -1;
     }
 
-    // The longest way from a fork down.
+    // Counts the forks of the longest way down from one.
     static int CountForks(const GradientObject *fork)
     {
         int most = 0;
@@ -80,7 +80,7 @@ TEST_F(GradientNames, FindNothingAmongNone)
     EXPECT_EQ(Find(""), -1);
 }
 
-// Bytes at the edges of their range, a few of them only, so that names are equal, begin alike or hold terminators.
+// Names are made of a few bytes at the edges of their range, so that many are equal, begin alike or hold terminators.
 TEST_F(GradientNames, FindWhatASearchOneByOneFinds)
 {
     constexpr std::string_view kBytes("\0\1ab\x7F\x80\xFF", 7);

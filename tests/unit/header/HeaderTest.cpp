@@ -16,16 +16,6 @@ namespace
 using namespace vx;
 using namespace vxtest;
 
-struct TextStream {
-    TestReader reader;
-    LineStream lines;
-
-    explicit TextStream(const std::string &bytes) : reader(bytes)
-    {
-        InitializeLineStream(&lines, &reader.reader, static_cast<int32_t>(bytes.size()), nullptr);
-    }
-};
-
 #define FIRST      "%!PS-Tavro-3.0\n"
 #define BOX        "%%BoundingBox: 1 2 3 4\n"
 #define RECOGNISED "%%DocumentProcSets:Tavro_Vellumcraft_ProcSet 1 0\n"

@@ -44,7 +44,7 @@ std::string DrawDirectly(const Draw &draw)
     return device.calls;
 }
 
-// 40 wide, 80 high, from (10, 5) on.
+// The segment is 40 wide and 80 high, from (10, 5) on.
 constexpr Matrix kSegment = {40, 0, 0, 80, 10, 5};
 constexpr Matrix kNextSegment = {60, 0, 0, 80, 50, 5};
 
@@ -88,7 +88,7 @@ const BlendCase kBlends[] = {
          to->FillPath(Strip({-8, 0, 0, 80, 58, 5}, 0, 1), kWhite);
      },
      "shade 56 0 0 80 2 5 to 0.142857 gray 0 to 0.857143 100 gray 0 .. gray 1 to 1 gray 1; end"},
-    // Drawn upside down, and on its side from the far corner.
+    // The caps are drawn upside down, and on their side from the far corner.
     {"BetweenTurnedCaps",
      [](Device *to) {
          to->FillPath(Strip({8, 0, 0, -80, 2, 85}, 0, 1), kBlack);
@@ -284,7 +284,7 @@ const BlendCase kBlends[] = {
      },
      "clip M0 0 L90 0 L90 90; save; clip M0 0 L90 0 L90 90; restore; fill M0 0 L90 0 L90 90 gray 1; "
      "shade 30 0 0 30 50 60 0,0+1 0,0+0 to 1 64 gray 0.999844 .. gray 0.36; end"},
-    // 2 of 100 darker than the first disc, or of ink.
+    // These grounds are 2 of 100 darker than the first disc, or of inks where it is gray, or overprint.
     {"DiscsOnOtherGrounds",
      [](Device *to) {
          for (const Paint &ground : {Gray(0.98), Cmyk(0, 0, 0, 0), Gray(1, true)}) {
@@ -341,7 +341,7 @@ void PrintTo(const OrdinaryCase &c, std::ostream *out)
     *out << c.name;
 }
 
-// Fields beside each other, of these grays.
+// Fills fields of these grays beside each other.
 void FillFields(Device *to, const std::vector<double> &grays, double width = 10)
 {
     double x = 0;
@@ -411,7 +411,7 @@ const OrdinaryCase kOrdinary[] = {
              x += 1 + i * 0.01;
          }
      }},
-    // Along an arc, so that each is a triangle of degrees off the one before it.
+    // The strips lie along an arc, so that each is turned from the one before it.
     {"StripsThatTurn",
      [](Device *to) {
          Point from = {0, 0};
@@ -537,7 +537,7 @@ TEST_P(Ordinary, ShapesGoOnAsTheyCame)
 }
 INSTANTIATE_TEST_SUITE_P(BlendFilter, Ordinary, testing::ValuesIn(kOrdinary), vxtest::CaseName());
 
-// Everything that a device is given, bit for bit.
+// A device that keeps everything that it is given, bit for bit.
 class KeepingDevice final : public Device
 {
   public:

@@ -35,7 +35,7 @@ inline vxhost::Paint Step(const vxhost::Paint &from, const vxhost::Paint &to, in
     return paint;
 }
 
-// A part of the unit square, from x0 to x1.
+// The part of the unit square from x0 to x1.
 inline vxhost::Path Strip(const vxhost::Matrix &m, double x0, double x1)
 {
     using vxhost::Verb;
@@ -61,8 +61,8 @@ inline void FillStrips(vxhost::Device *device, const vxhost::Matrix &m, int n, c
         device->FillPath(Strip(m, i * width, i + 1 < n ? (i + 1) * width : 1), Step(from, to, i, n, power));
 }
 
-// Rings from the radius inner, which has the paint of that name, to outer; painted from outside. The centre of each is
-// moved by shift times 1 less the place of its colour.
+// Paints rings from outside, with radii and colours from outer to inner. The centre of each is moved by shift times 1
+// less the place of its colour.
 inline void FillDiscs(vxhost::Device *device, const vxhost::Matrix &m, int n, double innerRadius,
                       const vxhost::Paint &inner, double outerRadius, const vxhost::Paint &outer,
                       vxhost::Point shift = {})

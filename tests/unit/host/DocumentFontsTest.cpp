@@ -143,7 +143,7 @@ TEST_F(DocumentFontsTest, TextStandsInTheSetOfItsFont)
     Ask("MSung-Light-ETen-B5-H");
     Ask("Symbol");
     Ask("ZapfDingbats");
-    options_.isCodePage1252 = true; // of Roman text alone
+    options_.isCodePage1252 = true; // for Roman text alone
     const DocumentFonts fonts(*installed_, options_);
     EXPECT_EQ(fonts.EncodingOf(fonts.Find("HYSMyeongJo-Medium")), TextEncoding::MacKorean);
     EXPECT_EQ(fonts.EncodingOf(fonts.Find("MSung-Light-ETen-B5-H")), TextEncoding::MacChinese);
@@ -151,7 +151,7 @@ TEST_F(DocumentFontsTest, TextStandsInTheSetOfItsFont)
     EXPECT_EQ(fonts.EncodingOf(fonts.Find("ZapfDingbats")), TextEncoding::Dingbats);
 }
 
-TEST_F(DocumentFontsTest, AFontOfSignsMakesTheSetOfANameThatItServes)
+TEST_F(DocumentFontsTest, ASymbolFontMakesTheSetOfANameThatItServes)
 {
     options_.served = {{"Greek", "StandardSymbolsPS"}};
     Ask("Greek");
@@ -205,7 +205,7 @@ TEST_F(DocumentFontsTest, TheSystemsScriptReadsTextWhoseNameSaysNothing)
     options_.systemScript = Script::Roman;
     const DocumentFonts roman(*installed_, options_);
     EXPECT_EQ(roman.EncodingOf(roman.Find("Plain")), TextEncoding::MacRoman);
-    options_.systemScript = Script::Korean; // which that font has not
+    options_.systemScript = Script::Korean; // a script that the font does not have
     const DocumentFonts korean(*installed_, options_);
     EXPECT_EQ(korean.EncodingOf(korean.Find("Plain")), TextEncoding::MacJapanese);
 }
@@ -273,7 +273,7 @@ TEST_F(DocumentGlyphsTest, ColumnsHaveFormsOfTheirOwn)
     EXPECT_EQ(byCode.points, upright.points);
 }
 
-// Half a character at the end of one text says nothing about the whole one of the next.
+// Half a character at the end of one text says nothing about a whole one in the next.
 TEST_F(DocumentGlyphsTest, WhatAByteWasItIsAgainInItsFontAlone)
 {
     const DocumentFonts fonts(*installed_, options_);
@@ -332,7 +332,7 @@ TEST_F(DocumentGlyphsTest, AStringThatIsShownAgainIsNotCountedAgain)
 }
 
 // The font calls alpha "a"; as a character it is the Greek letter.
-TEST_F(DocumentGlyphsTest, SignsAreTheirCharacters)
+TEST_F(DocumentGlyphsTest, SymbolsAreTheirCharacters)
 {
     const DocumentFonts fonts(*installed_, options_);
     OpenFonts openFonts(fonts);
@@ -351,7 +351,7 @@ TEST_F(DocumentGlyphsTest, SignsAreTheirCharacters)
 }
 
 // Another font that serves the name is asked for the characters, not for the bytes.
-TEST_F(DocumentGlyphsTest, SignsOfAFontOfLettersAreFoundByCharacter)
+TEST_F(DocumentGlyphsTest, SymbolsOfAFontOfLettersAreFoundByCharacter)
 {
     options_.served = {{"Symbol", "IPAGothic"}};
     Ask("Symbol");

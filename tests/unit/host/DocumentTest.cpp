@@ -210,13 +210,13 @@ TEST_F(DocumentTest, WhatIsLeftComesBackWhenItIsReadAgain)
     ASSERT_NE(document, nullptr) << error_;
     document->Leave(0, text.size());
     EXPECT_EQ(Text(*document), text);
-    document->Leave(5000, 4000); // nothing
+    document->Leave(5000, 4000); // leaves nothing
     const auto borrowed = Document::FromMemory(std::as_bytes(std::span(text)), &error_);
     borrowed->Leave(0, text.size()); // its owner's memory stays
     EXPECT_EQ(Text(*borrowed), text);
 }
 
-// Of files that are mapped.
+// How many bytes of mapped files are in memory.
 size_t ResidentBytes()
 {
     size_t total = 0, resident = 0, shared = 0;
@@ -254,7 +254,7 @@ TEST_F(DocumentTest, MemoryDoesNotFollowTheDocumentsLength)
 class ReaderTest : public testing::Test
 {
   protected:
-    // What a read of so many bytes delivers.
+    // Returns what a read of so many bytes delivers.
     std::string Read(int32_t wanted)
     {
         std::array<char, 64> buffer = {};

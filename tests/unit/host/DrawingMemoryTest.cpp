@@ -42,7 +42,7 @@ TEST(DrawingMemory, SavesOfALongPathShareIt)
     EXPECT_EQ(device.calls, "fill M0 0 L9 0");
 }
 
-// A path for each of many levels, given back on the way out: so it can be done again and again.
+// Each of many levels has a path, which is given back on the way out: so this can be done again and again.
 TEST(DrawingMemory, IsGivenBackByRestores)
 {
     RecordingDevice device;

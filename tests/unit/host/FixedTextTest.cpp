@@ -57,7 +57,7 @@ TEST(FixedTextTest, EveryFractionComesBackAndNoShorterOneDoes)
         const size_t point = text.find('.');
         if (point == std::string::npos)
             continue;
-        // Both neighbours with one place less.
+        // The two nearest decimals with one place less.
         const double scale = std::pow(10.0, static_cast<double>(text.size() - point - 2));
         const double shorter = std::floor(value / 65536.0 * scale);
         EXPECT_NE(std::lround(shorter / scale * 65536), value) << text;

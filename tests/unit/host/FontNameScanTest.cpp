@@ -16,7 +16,7 @@ std::vector<AskedFont> Scan(const std::string &text)
     return ScanFontNames(*Document::FromMemory(std::as_bytes(std::span(text)), &error));
 }
 
-// "Helvetica Times-Roman*1": a star for re-encoded, the script's number where it is said.
+// As in "Helvetica Times-Roman*1": a star for a re-encoded font, and the script's number where it is said.
 std::string Names(const std::vector<AskedFont> &fonts)
 {
     std::string text;
@@ -79,7 +79,7 @@ TEST(FontNameScanTest, ManyNamesAreBounded)
     EXPECT_EQ(Scan(text).size(), kMaxAskedFonts);
 }
 
-// Looking on from every slash to the end would take hours.
+// A scan that went from every slash to the end would take hours.
 TEST(FontNameScanTest, ManySlashesTakeLinearTime)
 {
     EXPECT_TRUE(Scan(std::string(size_t{4} << 20, '/')).empty());

@@ -29,7 +29,7 @@ int32_t Find(const FontList &fonts, std::string_view name)
     return -1;
 }
 
-// From the metrics that came with the classic fonts: thousandths of an em, here 16.16.
+// The metrics that came with the classic fonts are in thousandths of an em; here they are 16.16.
 int32_t Thousandths(int32_t width)
 {
     return (width * 65536 + 500) / 1000;
@@ -131,7 +131,7 @@ SharedFontBytes HeldBytesOf(const std::string &path)
     return FontBytes::FromMemory({file->Get().begin(), file->Get().end()});
 }
 
-// The same glyphs at the same widths as from the file, and found first.
+// A font from memory has the glyphs and widths that it has from the file, and is found first.
 TEST(FontconfigFontsTest, FontsInMemoryAreAsThoseInFiles)
 {
     const std::string folder = "/usr/share/fonts/opentype/urw-base35";

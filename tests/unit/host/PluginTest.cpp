@@ -78,7 +78,7 @@ void FillLine(HostCallRecord *record)
     reinterpret_cast<ZRKPathProc>(record->procs->entry[kZRKFill])(record->drawing);
 }
 
-// Reads until nothing comes; returns how much came.
+// Reads until nothing more comes, and returns how much came.
 int32_t ReadAll(HostCallRecord *record)
 {
     char buffer[4];
@@ -253,7 +253,7 @@ TEST_F(PluginTest, AReportMayStop)
     });
 }
 
-// What a plug-in tells of a binary wrapper whose length is damaged.
+// A plug-in tells such totals of a binary wrapper whose length is damaged.
 TEST_F(PluginTest, ProgressOfATotalBelowZeroIsOfNone)
 {
     std::vector<int64_t> told;

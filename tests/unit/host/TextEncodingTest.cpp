@@ -34,7 +34,7 @@ struct PairCase {
     TextEncoding encoding;
     const char *charset;
     size_t least; // characters that the standard has
-    // Codes that the two tables read differently, on purpose or by age; ours.
+    // What ours makes of codes that the two tables read differently, on purpose or by age.
     std::map<int, char32_t> ours;
 };
 
@@ -51,7 +51,7 @@ TEST_P(Pairs, AgreeWithTheStandard)
     for (int code = 0x8100; code <= 0xFFFF; ++code) {
         const std::vector<uint8_t> bytes = {static_cast<uint8_t>(code >> 8), static_cast<uint8_t>(code)};
         const char32_t expected = Convert(converter, bytes);
-        // Places for characters of one's own mean nothing to others.
+        // Characters for private use mean nothing to others.
         const bool isPrivate = expected >= 0xE000 && expected <= 0xF8FF;
         if (expected == 0 || isPrivate || !IsLeadByte(param.encoding, bytes[0]))
             continue;
@@ -172,7 +172,7 @@ struct SignCase {
     char32_t character;
 };
 
-TEST(TextEncodingTest, SignsStandInTheSetsOfTheirFonts)
+TEST(TextEncodingTest, SymbolsStandInTheSetsOfTheirFonts)
 {
     const SignCase cases[] = {
         {TextEncoding::Symbol, ' ', U' '},      {TextEncoding::Symbol, 'a', 0x03B1},
@@ -207,7 +207,7 @@ TEST(TextEncodingTest, SignsStandInTheSetsOfTheirFonts)
 }
 
 // 189 codes, of which three pairs are one mark with serifs and without; 202, each another character.
-TEST(TextEncodingTest, SignsAreAsManyAsTheirFontsHave)
+TEST(TextEncodingTest, SymbolsAreAsManyAsTheirFontsHave)
 {
     const struct {
         TextEncoding encoding;

@@ -18,7 +18,8 @@ using vxtest::RecordingDevice;
 constexpr Fixed kOne = 0x10000;
 
 // '1' to '9' are that many tenths of an em wide, a space is half an em. Each glyph is a corner: one tenth of an em along
-// the baseline, two up. A byte from 0x80 begins a character of two bytes, an em wide. What is upright is thrice as wide.
+// the baseline, two up. A byte from 0x80 begins a character of two bytes, an em wide. Upright ones are three times as
+// wide.
 class FakeGlyphs final : public GlyphSource
 {
   public:

@@ -197,7 +197,7 @@ TEST(LineStreamTest, TheRestOfALineIsDropped)
     EXPECT_EQ(stream.Next(), "d\n");
 }
 
-// ProgressProc has no reference value, so that its calls are noted in one place.
+// A ProgressProc is handed nothing of the host's, so its calls are noted here.
 std::vector<std::pair<int32_t, int32_t>> progressCalls;
 void NoteProgress(int32_t bytesRead, int32_t total)
 {

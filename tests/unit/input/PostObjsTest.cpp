@@ -58,7 +58,7 @@ struct Stack {
     Stack &operator=(const Stack &) = delete;
 };
 
-// As "]" builds it: the first element written at the head.
+// An array as "]" builds it: the first element written is at the head.
 PostScriptObject ArrayOf(std::vector<PostScriptObject> *elements)
 {
     PostScriptObject array = {};

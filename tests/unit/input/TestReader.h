@@ -1,5 +1,7 @@
-// A stream reader for a module under test alone.
+// A stream reader for a module under test alone, and the lines that come of it.
 #pragma once
+
+#include "plugin/input/LnStream.h"
 
 #include <vx/HostCall.h>
 
@@ -36,6 +38,17 @@ struct TestReader {
         self->position += static_cast<size_t>(count);
         *inout = self->claimed == INT32_MIN ? count : self->claimed;
         return -1; // never examined
+    }
+};
+
+// Lines of text.
+struct TextStream {
+    TestReader reader;
+    vx::LineStream lines;
+
+    explicit TextStream(const std::string &bytes) : reader(bytes)
+    {
+        vx::InitializeLineStream(&lines, &reader.reader, static_cast<int32_t>(bytes.size()), nullptr);
     }
 };
 

@@ -1,4 +1,4 @@
-// Between the plug-in's borrowed text and the standard library's.
+// Conversions between the plug-in's borrowed text and the standard library's.
 #pragma once
 
 #include "plugin/input/BigStrs.h"

@@ -62,7 +62,7 @@ TEST(Warnings, LeaveOutWhatEndedTheDocument)
 {
     Outcome outcome;
     outcome.lackedFont = "F";
-    outcome.reports = {{kFontProblem, "Fonts", "Fonts are substituted."}, {1, "Patterns", ""}};
+    outcome.reports = {{kVXProblemFont, "Fonts", "Fonts are substituted."}, {1, "Patterns", ""}};
     outcome.fonts = {Use("F", "", FontMatch::Missing), Use("D", "E", FontMatch::Substitute)};
     EXPECT_EQ(ListWarnings(outcome, "help"), (Lines{"Patterns", "no font \"D\", drawn with \"E\": help"}));
 }

@@ -21,9 +21,9 @@ class DrawnPage
     explicit DrawnPage(const std::function<void(vxhost::Device &)> &draw, vxhost::PdfOptions options = {},
                        vxhost::Page page = {});
 
-    std::string error; // of the device
+    std::string error; // what the device said, if it failed
     std::string bytes;
-    std::string Program(); // of the page; line by line as it was written
+    std::string Program(); // the page's, line by line as it was written
     QPDFObjectHandle Page();
     // "Font", "F1", ... : from the page's resources down.
     QPDFObjectHandle Resource(const std::string &kind, const std::string &name);

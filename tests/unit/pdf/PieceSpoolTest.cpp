@@ -40,14 +40,14 @@ TEST_F(PdfPieceSpool, GivesEachPieceBackOnce)
     EXPECT_EQ(Taken(1), second);
     EXPECT_EQ(Taken(0), first);
     EXPECT_FALSE(spool_->FirstFailure());
-    EXPECT_EQ(Taken(0), ""); // not what a hole in a file reads as
+    EXPECT_EQ(Taken(0), ""); // not the zeros that a hole in a file reads as
     EXPECT_EQ(spool_->FirstFailure().kind, vxhost::FailureKind::SpoolFailed);
 }
 
 TEST_F(PdfPieceSpool, GivesTheRoomOfAPieceBack)
 {
     spool_->Add(std::string(1 << 20, 'a'));
-    fsync(Descriptor()); // some file systems take the room only now
+    fsync(Descriptor()); // some file systems give out the room only here
     struct stat before = {}, after = {};
     fstat(Descriptor(), &before);
     Taken(0);

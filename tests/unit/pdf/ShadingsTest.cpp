@@ -77,7 +77,7 @@ TEST(PdfShading, StitchesItsSpans)
 TEST(PdfShading, GoesFromTheUnitCircleInwards)
 {
     DrawnPage page = Drawn(Radial({{0.5, 0.5}, 0.5}, {{0.6, 0.5}, 0.1}));
-    // Of radius 0.5 about (0.5, 0.5) of the matrix: half its size, about (30, 15).
+    // The circle has radius 0.5 about (0.5, 0.5): half the size of the matrix, about (30, 15).
     EXPECT_EQ(page.Program().substr(0, 23), "q\n20 0 0 10 30 15 cm\n1 ");
     EXPECT_EQ(Blend(page).getKey("/ShadingType").getIntValue(), 3);
     EXPECT_EQ(Blend(page).getKey("/Coords").unparse(), "[ 0 0 1 .2 0 .2 ]");
@@ -100,7 +100,7 @@ TEST(PdfShading, IsSharedByBlendsOfOneRamp)
               (std::set<std::string>{"/Blend1", "/Blend2"}));
 }
 
-// Instances of one gradient: what was a third of each is none of either to the last bit.
+// Instances of one gradient: no bound in them is exactly a third.
 TEST(PdfShading, IsSharedByBlendsThatDifferByRoundings)
 {
     const auto withBound = [](double bound) {
@@ -151,7 +151,7 @@ TEST_P(PdfShadingInks, UnderOverprint)
 }
 INSTANTIATE_TEST_SUITE_P(Pdf, PdfShadingInks, testing::ValuesIn(kInks), CaseName());
 
-// A program of the stack machine: what it makes of the inks in order, 0 for those that are not there.
+// The program of the stack machine puts the inks in order, and 0 for those that are not there.
 TEST(PdfInkSpace, PutsZerosInTheirPlaces)
 {
     DrawnPage page = Drawn(Axial({{0, 1, {CmykColour(1, 0, 0, 0.5), CmykColour(0.5, 0, 0, 1)}}}, true));

@@ -30,7 +30,7 @@ const TextFont kGothic = {"Ryumin-Light", "IPAGothic",
 constexpr const char *kNumberedFile = VX_SOURCE_DIR "/tests/unit/pdf/fonts/cid-keyed.otf";
 const TextFont kNumbered = {"CidKeyed", "CidKeyed", FontBytes::Open(kNumberedFile), 0};
 
-// Characters one after the other, each by its advance; the pen is moved before some of them.
+// Sets characters one after the other, each by its advance; the pen may be moved before one.
 class Setter
 {
   public:
@@ -162,7 +162,7 @@ TEST_P(PdfTextModes, AreWrittenSo)
 }
 INSTANTIATE_TEST_SUITE_P(Pdf, PdfTextModes, testing::ValuesIn(kModes), CaseName());
 
-// Numbers of glyphs whose bytes mean something in a string.
+// The bytes of some glyphs' numbers mean something in a string.
 TEST(PdfText, EscapesItsBytes)
 {
     GlyphRun run;

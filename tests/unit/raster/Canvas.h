@@ -23,11 +23,11 @@ void DrawScript(const std::string &script, Device *device);
 Picture Draw(const std::string &script, double width = 8, double height = 8,
              const RasterOptions &options = PlainOptions());
 
-// The same without expecting success: what EndPage had to say.
+// The same without expecting success. Returns what EndPage said.
 std::string TryDraw(const std::string &script, const Box &box, const RasterOptions &options,
                     Picture *picture);
 
-// Column from the left, row from the top: "0 128 255", followed by alpha where that is not 255.
+// The pixel in that column from the left and row from the top, as "0 128 255", then alpha where that is not 255.
 std::string PixelAt(const Picture &picture, int column, int row);
 
 // A line for each row, a character a pixel: "#" black, "." white, "+" anything else.

@@ -65,7 +65,7 @@ TEST(DashDots, AreRound)
     EXPECT_EQ(PixelAt(picture, 1, 3), "159 159 159");
 }
 
-// Once round is 16: the line is on at its start and at its end, which is one corner with a mitre.
+// The way round is 16: the line is on at its start and at its end, which is one corner with a mitre.
 TEST(DashedRectangles, JoinTheLastDashToTheFirst)
 {
     const Picture picture = Draw("3 10 0 d 2 w 2 2 m 6 2 l 6 6 l 2 6 l h s");

@@ -69,7 +69,7 @@ TEST(FillSamples, DivideAPixel)
     }
 }
 
-// Every band, every word of 64 pixels, and the borders of both.
+// The pictures have several bands and words of 64 pixels, and end at and beside the borders of both.
 TEST(FillSizes, CoverLargePicturesWhole)
 {
     for (const int size : {1, 63, 64, 65, 128, 200}) {

@@ -11,7 +11,7 @@ namespace
 
 constexpr int kSize = 60;
 
-// Whether two pixels that are painted are linked by painted ones, sideways or cornerwise; and how many are.
+// Whether two painted pixels are linked by painted ones, sideways or cornerwise, and how many pixels are painted.
 struct Chain {
     std::vector<bool> painted;
     int count = 0, linked = 0;

@@ -9,7 +9,7 @@ namespace vxhost
 namespace
 {
 
-// Drawn at 50 times, the page 8 by 8 points in size: 400 by 400 pixels.
+// The page of 8 by 8 points is drawn 50 times as large: 400 by 400 pixels.
 const PixelCase kHuge[] = {
     {"ATriangleAroundThePage", "-32767 -32767 m 32767 -32767 l 0 32767 l h f", 200, 200, "0 0 0"},
     {"ADiagonalAcrossThePage", "-32767 -32767 m 32767 32767 l -32767 32767 l h f", 100, 200, "0 0 0"},
@@ -35,7 +35,7 @@ TEST_P(Huge, PaintsThesePixels)
 {
     const PixelCase &c = GetParam();
     RasterOptions options = PlainOptions();
-    options.zoom = 50;
+    options.dpi = 72 * 50;
     EXPECT_EQ(PixelAt(Draw(c.script, 8, 8, options), c.column, c.row), c.pixel);
 }
 INSTANTIATE_TEST_SUITE_P(Raster, Huge, testing::ValuesIn(kHuge), NameOf);
@@ -88,7 +88,7 @@ std::string Zigzag(int lines)
 TEST(ManyEdges, AreSweptInTurns)
 {
     RasterOptions options = PlainOptions();
-    options.zoom = 20;
+    options.dpi = 72 * 20;
     const Picture picture = Draw(Zigzag(20001) + "8 0 l f", 8, 8, options);
     EXPECT_EQ(PixelAt(picture, 150, 80), "0 0 0");
     EXPECT_EQ(PixelAt(picture, 20, 20), "255 255 255");

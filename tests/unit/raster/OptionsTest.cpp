@@ -12,24 +12,23 @@ namespace
 struct SizeCase {
     const char *name;
     double boxWidth, boxHeight;
-    double dpi, zoom;
+    double dpi;
     int width, height, fit;
     int expectedWidth, expectedHeight;
 };
 
 const SizeCase kSizes[] = {
-    {"APixelAPoint", 100, 50, 72, 1, 0, 0, 0, 100, 50},
-    {"Resolution", 72, 36, 150, 1, 0, 0, 0, 150, 75},
-    {"ZoomMultiplies", 72, 36, 150, 2, 0, 0, 0, 300, 150},
-    {"RoundsDown", 100.4, 50.4, 72, 1, 0, 0, 0, 100, 50},
-    {"RoundsUp", 100.5, 50.6, 72, 1, 0, 0, 0, 101, 51},
-    {"AtLeastOnePixel", 0.1, 200, 72, 1, 0, 0, 0, 1, 200},
-    {"WidthKeepsTheAspect", 100, 50, 72, 1, 300, 0, 0, 300, 150},
-    {"HeightKeepsTheAspect", 100, 50, 72, 1, 0, 300, 0, 600, 300},
-    {"WidthAndHeightAreBothKept", 100, 50, 72, 1, 30, 40, 0, 30, 40},
-    {"FitOfAWideBox", 100, 50, 72, 1, 0, 0, 256, 256, 128},
-    {"FitOfATallBox", 50, 100, 72, 1, 0, 0, 256, 128, 256},
-    {"FitWithAThinBox", 1000, 1, 72, 1, 0, 0, 100, 100, 1},
+    {"APixelAPoint", 100, 50, 72, 0, 0, 0, 100, 50},
+    {"Resolution", 72, 36, 150, 0, 0, 0, 150, 75},
+    {"RoundsDown", 100.4, 50.4, 72, 0, 0, 0, 100, 50},
+    {"RoundsUp", 100.5, 50.6, 72, 0, 0, 0, 101, 51},
+    {"AtLeastOnePixel", 0.1, 200, 72, 0, 0, 0, 1, 200},
+    {"WidthKeepsTheAspect", 100, 50, 72, 300, 0, 0, 300, 150},
+    {"HeightKeepsTheAspect", 100, 50, 72, 0, 300, 0, 600, 300},
+    {"WidthAndHeightAreBothKept", 100, 50, 72, 30, 40, 0, 30, 40},
+    {"FitOfAWideBox", 100, 50, 72, 0, 0, 256, 256, 128},
+    {"FitOfATallBox", 50, 100, 72, 0, 0, 256, 128, 256},
+    {"FitWithAThinBox", 1000, 1, 72, 0, 0, 100, 100, 1},
 };
 
 TEST(PictureSizes, FollowTheOptions)
@@ -37,7 +36,6 @@ TEST(PictureSizes, FollowTheOptions)
     for (const SizeCase &c : kSizes) {
         RasterOptions options;
         options.dpi = c.dpi;
-        options.zoom = c.zoom;
         options.width = c.width;
         options.height = c.height;
         options.fit = c.fit;
@@ -57,7 +55,7 @@ TEST(PictureSizes, HaveLimits)
               "a picture of 20000 by 20000 pixels is too large: choose a smaller size or resolution");
     EXPECT_TRUE(FindPictureSize({0, 0, 200000, 1}, options).failure);
     EXPECT_FALSE(FindPictureSize({0, 0, 16384, 16384}, options).failure);
-    options.zoom = 1e300;
+    options.dpi = 1e300;
     EXPECT_TRUE(FindPictureSize({0, 0, 10, 10}, options).failure);
 }
 
@@ -66,7 +64,7 @@ TEST(PictureSizes, NeedABox)
     const double none = std::numeric_limits<double>::quiet_NaN();
     for (const Box &box : {Box{5, 5, 5, 9}, Box{5, 9, 8, 9}, Box{8, 0, 5, 9}, Box{none, 0, 5, 9}})
         EXPECT_EQ(FindPictureSize(box, PlainOptions()).failure.text,
-                  "the box to draw is empty: choose one with --box");
+                  "the box to draw is empty: choose one with an area");
 }
 
 // 10.4 points become 10 pixels, and the box fills them to the edge.
@@ -98,7 +96,7 @@ TEST(BadBoxes, AreReportedAtTheEnd)
 {
     Picture picture;
     EXPECT_EQ(TryDraw("q 0 0 8 8 re W 0 0 8 8 re f 0 0 m 8 8 l s Q", {0, 0, 0, 0}, PlainOptions(), &picture),
-              "the box to draw is empty: choose one with --box");
+              "the box to draw is empty: choose one with an area");
 }
 
 } // namespace

@@ -123,7 +123,7 @@ TEST(PngFiles, AreTheSameEveryTime)
     EXPECT_EQ(first, second);
 }
 
-// Wherever the disk fills up, the device says so in the words of who wrote.
+// Wherever the disk fills up, the device says so in the words of the sink.
 TEST(PngFiles, ThatCannotBeWrittenAreReported)
 {
     std::string whole;

@@ -44,7 +44,7 @@ class Seams : public testing::TestWithParam<double>
     static RasterOptions Zoomed()
     {
         RasterOptions options = PlainOptions();
-        options.zoom = GetParam();
+        options.dpi = 72 * GetParam();
         return options;
     }
 };

@@ -26,7 +26,7 @@ using Drawing = std::function<void(Device *)>;
 Picture DrawPage(const Drawing &draw, double zoom = 1, const Paint &page = Gray(1), double side = kSide)
 {
     RasterOptions options = PlainOptions();
-    options.zoom = zoom;
+    options.dpi = 72 * zoom;
     Picture picture;
     std::string error;
     const auto device = MakePictureDevice(options, &picture, &error);
@@ -73,7 +73,7 @@ int Level(const Picture &picture, int column, int row)
                              static_cast<size_t>(column))];
 }
 
-// The largest difference of pixels whose centre is in that distance around a point of the page, at most.
+// The largest difference of pixels whose centres are no farther than that from a point of the page.
 int LargestDifference(const Picture &a, const Picture &b, double zoom, Point around, double distance)
 {
     int largest = 0;
@@ -93,12 +93,12 @@ int LargestDifference(const Picture &a, const Picture &b, double zoom, Point aro
     return largest;
 }
 
-class Shades : public testing::TestWithParam<double> // at this zoom
+class Shades : public testing::TestWithParam<double> // so many pixels a point
 {
 };
 
-// Black under it or white under it: the same picture, since every sample has its colour from the blend. Two caps, a
-// ramp, another with a jump in it; drawn in strips, so that the filter's joints are in it too.
+// Black and white under the blend give the same picture, since every sample has its colour from the blend. It has two
+// caps, a ramp, and another with a jump in it, drawn in strips, so that the filter's joints are in it too.
 TEST_P(Shades, LetNothingThrough)
 {
     for (int step = 0; step < 24; ++step) {
@@ -135,7 +135,7 @@ TEST_P(Shades, OfDiscsLetNothingThrough)
         };
         const Picture onBlack = DrawPage(draw, GetParam(), Gray(0)),
                       onWhite = DrawPage(draw, GetParam(), Gray(1));
-        // A pixel's diagonal less than the radius.
+        // The distance is the radius less a pixel's diagonal.
         EXPECT_EQ(LargestDifference(onBlack, onWhite, GetParam(), centre, 15 - 1.5 / GetParam()), 0) << step;
     }
 }
@@ -147,7 +147,7 @@ TEST_P(Shades, HaveTheColourOfThePlace)
         const Matrix m = Turned(step * 15, 36, 100, {step * 0.13, step * 0.07});
         const Picture picture = DrawShading(Axial(m, {Ramp(0, 1, Gray(0), Gray(1))}), Gray(0), GetParam());
         const double zoom = picture.width / kSide; // whole pixels
-        // Half of an ink of the table, which has two a pixel, and the rounding of 8 bits.
+        // The error of half an ink of the table, which has two for a pixel, and the rounding of 8 bits.
         const double error = 255 / (36 * zoom) / 4 + 1;
         for (int row = 0; row < picture.height; ++row) {
             for (int column = 0; column < picture.width; ++column) {
@@ -177,7 +177,7 @@ TEST_P(Shades, NeverStepBack)
 // A step of a hundred is 2.55 of 255, so that the two may be 4 apart, roundings included.
 constexpr int kColourStep = 4;
 
-// A blend's steps one by one, and as the shading that the filter makes of them.
+// Compares a blend's steps, painted one by one, with the shading that the filter makes of them.
 void ExpectLikeItsSteps(const Drawing &draw, double zoom)
 {
     const Picture steps = DrawPage(draw, zoom);
@@ -321,7 +321,7 @@ TEST(Shade, OverprintsInkByInk)
     EXPECT_EQ(PixelAt(black, 20, 20), "0 127 127");
 }
 
-// With none of an ink the page keeps its own, next to that it has as little as the shading says.
+// Where the shading has none of an ink the page keeps its own; beside that it has as little as the shading says.
 TEST(Shade, LeavesAnInkThatIsNotThere)
 {
     const Picture picture = DrawPage(
@@ -386,7 +386,7 @@ TEST_P(HostileShadings, AreDrawn)
 INSTANTIATE_TEST_SUITE_P(Raster, HostileShadings, testing::ValuesIn(kHostile),
                          [](const auto &test) { return std::string(test.param.name); });
 
-// What is no number has no place; only the end of the page matters.
+// What is no number has no place on the page: all that matters is that the page ends.
 TEST(Shade, OutlivesWhatIsNoNumber)
 {
     for (const double value : {kNan, kInfinite, -kInfinite}) {

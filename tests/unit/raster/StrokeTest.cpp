@@ -45,7 +45,7 @@ const PixelCase kStrokes[] = {
     {"AMoveAlonePaintsNothing", "1 J 4 w 4 4 m s", 4, 4, "255 255 255"},
     {"NoLengthIsADotWithRoundCaps", "1 J 4 w 4 4 m 4 4 l s", 4, 4, "0 0 0"},
     {"NoLengthClosedIsADotWithRoundCaps", "1 J 4 w 4 4 m h s", 4, 4, "0 0 0"},
-    // They have no direction to be placed along.
+    // Other caps have no direction to lie along.
     {"NoLengthIsNothingWithButtCaps", "0 J 4 w 4 4 m 4 4 l s", 4, 4, "255 255 255"},
     {"NoLengthIsNothingWithSquareCaps", "2 J 4 w 4 4 m 4 4 l s", 4, 4, "255 255 255"},
     {"AFlatMatrixMakesFlatLines", "1 0 0 0.5 0 0 cm 4 w 0 4 m 8 4 l s", 4, 2, "255 255 255"},

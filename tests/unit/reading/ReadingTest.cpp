@@ -22,7 +22,7 @@ namespace
 
 using vxtest::RecordingDevice;
 
-// Eight lines.
+// A document of eight lines.
 constexpr std::string_view kSquare =
     "%!PS-Tavro-3.0\n%%BoundingBox: 30 2 1 40\n%VX5_FileFormat 3\n%%EndComments\n"
     "%%BeginSetup\n%%EndSetup\n"

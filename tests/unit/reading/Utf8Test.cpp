@@ -18,7 +18,7 @@ struct TextCase {
     const char *utf8;
 };
 
-// REPLACEMENT CHARACTER, for each byte that is no part of a well-formed sequence.
+// U+FFFD, which stands for each byte that is no part of a well-formed sequence.
 #define BAD "\xEF\xBF\xBD"
 
 const TextCase kTexts[] = {
@@ -35,7 +35,7 @@ const TextCase kTexts[] = {
     {"Surrogate", "\xED\xA0\x80", "\\xED\\xA0\\x80", BAD BAD BAD},
     {"PastTheEnd", "\xF4\x90\x80\x80", "\\xF4\\x90\\x80\\x80", BAD BAD BAD BAD},
     {"FourBytes", "\xF0\x9F\x8E\xB5", "\xF0\x9F\x8E\xB5", "\xF0\x9F\x8E\xB5"},
-    // Byte by byte: as a literal it would turn this line round in an editor.
+    // Written byte by byte: as a literal it would turn this line round in an editor.
     {"DirectionOverride", std::string{'\xE2', '\x80', '\xAE'} + "vx", "\\xE2\\x80\\xAEvx", nullptr},
 };
 
@@ -66,7 +66,7 @@ TEST(IsUtf8Test, IsTrueOfWholeSequencesAlone)
 {
     EXPECT_TRUE(IsUtf8(""));
     EXPECT_TRUE(IsUtf8("a\n\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"));
-    // Cut, alone, overlong, half of a pair, past the last.
+    // Sequences that are cut, lack a lead byte, are overlong, are half of a pair, or lie past the last character.
     for (const char *bytes : {"\xC3", "\xC3(", "a\x80", "\xC0\xAF", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
         EXPECT_FALSE(IsUtf8(bytes)) << bytes;
 }

@@ -16,16 +16,6 @@ namespace
 using namespace vx;
 using namespace vxtest;
 
-struct TextStream {
-    TestReader reader;
-    LineStream lines;
-
-    explicit TextStream(const std::string &bytes) : reader(bytes)
-    {
-        InitializeLineStream(&lines, &reader.reader, static_cast<int32_t>(bytes.size()), nullptr);
-    }
-};
-
 struct SkipCase {
     const char *name;
     std::string text;
@@ -122,7 +112,7 @@ const VersionCase kVersions[] = {
 };
 INSTANTIATE_TEST_SUITE_P(VXSetUp, SetUps, testing::ValuesIn(kVersions), CaseName());
 
-// In the order in which they are asked for.
+// The blocks, as bits in the order in which they are asked for.
 enum Block : uint32_t { kGradients = 1, kRecord = 2, kEncoding = 4 };
 
 struct ShortageCase {
@@ -241,7 +231,7 @@ TEST_F(SetUpObjects, AreReleasedOnce)
     EXPECT_EQ(heap.live, 0);
 }
 
-// Every stop goes, whatever the declared counts say.
+// Every stop is released, whatever the declared counts say.
 TEST_F(SetUpObjects, AreReleasedWithEveryGradientAndStop)
 {
     GradientState *state = setup->gradients;

@@ -156,7 +156,7 @@ TEST(SvgGradientTest, OverprintMultiplies)
               std::string::npos);
 }
 
-// Far from straight: the screen gets dark with the square of the paper left, at other places for each component.
+// Levels far from straight: each component darkens with the square of the paper that is left, at a place of its own.
 std::array<double, 3> BentLevels(const Colour &colour)
 {
     const double cyan = colour.ink[0], magenta = colour.ink[1], yellow = colour.ink[2];
@@ -199,7 +199,7 @@ TEST(SvgRampStopsTest, StayNearTheInks)
             Colour inks = from;
             for (int ink = 0; ink < 4; ++ink)
                 inks.ink[ink] += (to.ink[ink] - from.ink[ink]) * k / kPlaces;
-            // One, and half of one that is lost where convert rounds.
+            // A level may be off by one, and by the half that is lost where convert rounds.
             const std::array<double, 3> exact = BentLevels(inks);
             for (size_t component = 0; component < 3; ++component)
                 ASSERT_NEAR(LevelBetween(stops[i], stops[i + 1], at, component), exact[component], 1.5) << at;

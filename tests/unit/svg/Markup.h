@@ -12,7 +12,7 @@ namespace vxhost
 // No profile, so colours can be worked out by hand.
 SvgOptions PlainSvg();
 
-// All of the file. The page is 100 by 50 points, its lower left corner at (10, 20).
+// The whole file. The page is 100 by 50 points, its lower left corner at (10, 20).
 std::string SvgOf(const std::function<void(Device *)> &draw, const SvgOptions &options = PlainSvg());
 
 // What stands between the head, which ends with the tag <svg>, and the end.

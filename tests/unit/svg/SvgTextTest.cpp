@@ -53,7 +53,7 @@ std::string WholeOf(const std::vector<GlyphRun> &runs, const TextPaint &paint)
     });
 }
 
-// Without the fonts.
+// The body of the file without the fonts.
 std::string Body(const std::vector<GlyphRun> &runs, const TextPaint &paint = Filled())
 {
     const std::string body = BodyOf(WholeOf(runs, paint));
@@ -205,7 +205,7 @@ TEST(SvgTextTest, OutlinesAloneShowNoText)
     EXPECT_FALSE(canShow);
 }
 
-// One font however many names ask for it.
+// A font is carried once, however many names ask for it.
 TEST(SvgTextTest, AFontIsCarriedOnce)
 {
     const TextFont other = {"Arial", "NimbusSans-Regular", kFont.bytes, 0};
@@ -249,7 +249,7 @@ TEST(SvgWebFontTest, TheSubsetHasWhatWasReached)
     }
 }
 
-// A copy of the font with other bits of its licence: OS/2's number at 8.
+// A copy of the font with other bits of its licence, which stand at place 8 of OS/2.
 SharedFontBytes WithLicence(int bits)
 {
     std::ifstream in(kSans, std::ios::binary);

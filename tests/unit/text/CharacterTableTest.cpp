@@ -106,7 +106,7 @@ TEST(CharacterTableTest, CodesStandInOneRowButForTheMacsQuestionMark)
     }
     EXPECT_EQ(pc.count(kNoCode), 5u + 11u);
     EXPECT_EQ(mac.count(kNoCode), 5u + 16u);
-    // Of the 120 that code page 1252 had before the euro, all but the no-break space, the soft hyphen and the bullet.
+    // Code page 1252 had 120 before the euro; the no-break space, the soft hyphen and the bullet are not in the table.
     EXPECT_EQ(std::count_if(pc.begin(), pc.end(), [](uint32_t code) { return code >= 0x80 && code < 256; }),
               117);
 }

@@ -39,7 +39,7 @@ const TextCase kBlocks[] = {
      "show 1 | Helvetica [12 0 0 -12] 50 46 placement 1 (CD); "
      "show 1 | Helvetica [12 0 0 -12] 50 32 placement 1 (EF)",
      kVXOk},
-    // Down for the text is to the right on the page.
+    // What is down for the text is to the right on the page.
     {"LinesGoDownAlongTheMatrix", "[0 1 -1 0 50 60] e /_Helvetica 12 14 0 0 z (AB) t (CD) t T",
      "show 1 | Helvetica [0 12 12 0] 50 60 placement 1 (AB); "
      "show 1 | Helvetica [0 12 12 0] 64 60 placement 1 (CD)",
@@ -88,7 +88,7 @@ const TextCase kBlocks[] = {
      "show 1 | Helvetica [12 0 0 -12] 44 60 placement 1 (AB); "
      "show 2 | Helvetica [12 0 0 -12] 50 60 placement 1 (CD)",
      kVXOk},
-    // Centring is looked at first, and the bit of the other one, 2^30, stays in the mode.
+    // Centring is looked at first, and the bit of right alignment, 2^30, stays in the mode.
     {"CentredAndRightAligned",
      "[1 0 0 1 50 60] e /_Helvetica 12 14 0 1 z (AB) t /_Helvetica 12 14 0 2 z (CD) t T",
      "show 1 | Helvetica [12 0 0 -12] 44 60 placement 1 (AB); "

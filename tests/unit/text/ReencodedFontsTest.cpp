@@ -16,7 +16,7 @@ using namespace vxtest;
 class ReencodedFonts : public ParsingContext
 {
   protected:
-    // The full name that a name is found under, or "". The script is told in either case.
+    // The full name that the name finds, or "". The script is told in either case.
     std::string Find(const char *name)
     {
         char fullName[kFontNameLimit + 1] = {};

@@ -56,7 +56,7 @@ const ConversionCase kConversions[] = {
     {"MacJapanese", 5, kTargetMac, 1, false, "\xEB\x41\xEB\x43", "\xEB\x41\x81\x43"},
     {"MacChinese", 5, kTargetMac, 2, false, "\xEB\x41\xEB\x43", "\xEB\x41\xEB\x43"},
     {"PcJapaneseInLines", 4, kTargetMac, 1, false, "\x81\x41\x81\x43", "\x81\x41\x81\x43"},
-    // To the vertical row and, where there is no vertical form, back again.
+    // A byte goes to the vertical row and, where there is no vertical form, back again.
     {"PcJapaneseInColumns", 4, kTargetMac, 1, true, "\x81\x41\x81\x43", "\xEB\x41\x81\x43"},
     {"PcKoreanInColumns", 4, kTargetMac, 3, true, "\x81\x41\x81\x43", "\x81\x41\x81\x43"},
     {"MacJapaneseForAPc", 5, kTargetPC, 1, false, "\xEB\x41\x82\xA0", "\x81\x41\x82\xA0"},

@@ -273,7 +273,7 @@ const PositionCase kPositions[] = {
     {"TdGoesAlongTheLineMatrix", "0 2 -2 0 10 20 0 Tp 5 -7 Td", 24, 30},
     {"TmPlacesTheText", "1 0 0 1 10 20 0 Tp 1 0 0 1 100 200 Tm", 100, 200},
     {"TdForgetsTm", "1 0 0 1 10 20 0 Tp 1 0 0 1 100 200 Tm 5 -7 Td", 15, 13},
-    // Leading is written as the distance of the lines, then the shift along them.
+    // The leading is written as the distance of the lines, then the shift along them.
     {"TStarGoesDownALine", "1 0 0 1 10 20 0 Tp 14 3 Tl T*", 13, 6},
     {"TStarGoesDownFromTheLastLine", "1 0 0 1 10 20 0 Tp 14 3 Tl T* T*", 16, -8},
     {"TStarGoesOnFromTd", "1 0 0 1 10 20 0 Tp 14 0 Tl 5 0 Td T*", 15, 6},
@@ -320,7 +320,7 @@ const TextCase kObjects[] = {
      "moveto 0 0; lineto 9 9; closepath; gsave; comment path; setoverprint 0; setgray 0.5; fill; grestore; "
      "newpath",
      kVXOk},
-    // The restore at the end brings the colour from before the path back, and that is not looked after.
+    // The restore at the end brings back the colour from before the path, and nobody takes note of that.
     {"TheColourIsNotSentAgain", "0.5 g 1 To 1 0 0 1 10 20 0 Tp TP /_Helvetica 12 Tf 0 Tr (A) Tx TO 0 0 m f",
      "gsave; setoverprint 0; setgray 0.5; show 1 | Helvetica [12 0 0 -12] 10 20 placement 1 (A); grestore; "
      "newpath; "

@@ -82,7 +82,7 @@ const TextCase kSpacedStrings[] = {
      "show 4 | Helvetica [12 0 0 -12] 10 20 placement 1 (A) | Helvetica [12 0 0 -12] 17 20 placement 1 (B); "
      "newpath",
      kVXOk},
-    // 2 × (6 + 1) on.
+    // Text goes on 2 × (6 + 1) further.
     {"TheTextMovesOn", "7 Tr 1 Tc (AB) Tx (C) Tx TO",
      "show 4 | Helvetica [12 0 0 -12] 10 20 placement 1 (A) | Helvetica [12 0 0 -12] 17 20 placement 1 (B) | "
      "Helvetica [12 0 0 -12] 24 20 placement 1 (C); newpath",
@@ -106,7 +106,7 @@ const TextCase kSpacedStrings[] = {
      "show 4 | Helvetica [12 0 0 -12] 0 0 placement 1 () | Helvetica [12 0 0 -12] 10 20 placement 1 (A); "
      "newpath",
      kVXOk},
-    // Both from the same place; and the position is the one that painting has left, 10 + 2 × (6 + 1).
+    // Both start at the same place. The position is then where painting left it, 10 + 2 × (6 + 1).
     {"PaintAndClipStartAtTheSamePlace", "4 Tr 1 Tc (AB) Tx 0 Tc 0 Tr (C) Tx TO",
      "show 1 | Helvetica [12 0 0 -12] 10 20 placement 1 (A) | Helvetica [12 0 0 -12] 17 20 placement 1 (B); "
      "show 1 | Helvetica [12 0 0 -12] 24 20 placement 1 (C); "

@@ -57,7 +57,7 @@ TEST(Number, OfNothingIsZero)
     EXPECT_EQ(NumberText(std::numeric_limits<double>::quiet_NaN()), "0");
 }
 
-// All fractions there are: what was written is nearer to its number than to any other, and a decimal less is not.
+// For every fraction: what is written is nearer to its number than to any other, and would not be with a decimal less.
 TEST(Number, TellsNeighboursApartInTheFewestDecimals)
 {
     for (int32_t raw = 1; raw < 65536; ++raw) {

@@ -28,7 +28,7 @@ def limit_files():
     resource.setrlimit(resource.RLIMIT_FSIZE, (4000, 4000))
 
 
-class Whole(CommandTest):
+class OutputFiles(CommandTest):
     def setUp(self):
         super().setUp()
         self.write("a.vx", scribble())
