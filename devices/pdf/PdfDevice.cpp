@@ -345,12 +345,11 @@ std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, 
             *error = "PDF/X has no colours of a screen, and the background is one: leave it to the paper";
             return nullptr;
         }
-        press = ReadPressProfile(options.profile, error);
+        press = ReadPressProfile(options, error);
         if (!press)
             return nullptr;
     }
-    return std::make_unique<PdfDevice>(options, std::move(press), std::make_unique<PieceSpool>(options.spool),
-                                       std::move(sink));
+    return std::make_unique<PdfDevice>(options, std::move(press), MakePieceSpool(options), std::move(sink));
 }
 
 Failure WhyNoPdf(const PdfOptions &options, const Page &page)
@@ -360,7 +359,7 @@ Failure WhyNoPdf(const PdfOptions &options, const Page &page)
     const std::string has =
         page.created.empty() ? "none" : "\"" + page.created + "\", which can be read in two ways";
     return {FailureKind::BadInput, "PDF/X asks for the date of creation, and the document has " + has +
-                                       ": set SOURCE_DATE_EPOCH to one, in seconds since 1970"};
+                                       ": set --date, in seconds since 1970"};
 }
 
 } // namespace vxhost

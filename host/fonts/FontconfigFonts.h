@@ -1,6 +1,6 @@
 // The fonts of the machine, as fontconfig knows them, by PostScript name.
 //
-// Only fontconfig's lists are read, no font file is opened. The order is that of the names, then of the stand-ins, so that one machine always gives one list.
+// Only fontconfig's lists are read, no font file is opened. A program without files is built without this.
 #pragma once
 
 #include "host/fonts/FontList.h"
@@ -19,9 +19,7 @@ struct FontSources {
         {}; // files in memory, which come before all others of the same names
 };
 
-// The installed fonts, then an entry for each classic font that is not installed and that one with the same widths
-// can stand in for. With no font at all there is one entry, whose characters are boxes. Lack of memory is
-// thrown.
+// As MakeFontList has them. Lack of memory is thrown.
 std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources = {});
 
 } // namespace vxhost
