@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace vxhost
@@ -101,16 +102,15 @@ bool HasCodes(FT_Face face, TextEncoding encoding, const Codes &codes)
     return true;
 }
 
+// The letters, and those with the accents of words that English took over: an East Asian font may have plain ones beside its
+// own characters, which does not make it one for Roman text.
 bool HasLetters(FT_Face face)
 {
-    const auto has = [face](char first, char last) {
-        for (char letter = first; letter <= last; ++letter) {
-            if (FT_Get_Char_Index(face, static_cast<FT_ULong>(letter)) == 0)
-                return false;
-        }
-        return true;
-    };
-    return has('A', 'Z') && has('a', 'z');
+    constexpr std::u32string_view kLetters = U"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                             U"\u00C0\u00C7\u00C8\u00C9\u00CA\u00CB\u00CF\u00D1\u00D4\u00D6"
+                                             U"\u00E0\u00E7\u00E8\u00E9\u00EA\u00EB\u00EF\u00F1\u00F4\u00F6";
+    return std::ranges::all_of(kLetters,
+                               [face](char32_t letter) { return FT_Get_Char_Index(face, letter) != 0; });
 }
 
 // A font that names one East Asian code page is of that script alone, whatever else it has.

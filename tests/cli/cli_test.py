@@ -448,7 +448,7 @@ class Formats(CommandTest):
         self.run_vx("render", "a.vx", "-o", "none.pdf")
         self.assertNotIn(b"/CreationDate", self.read("none.pdf"))
         told = self.refused("render", "a.vx", "-o", "x.pdf", "--pdf-x", "x1a", status=1)
-        self.assertIn("set SOURCE_DATE_EPOCH", told)
+        self.assertIn("set --date, in seconds since 1970", told)
         for level, name in (("x1a", b"PDF/X-1"), ("x3", b"PDF/X-3")):
             self.run_vx("render", "a.vx", "-o", "x.pdf", "--pdf-x", level, environment={"SOURCE_DATE_EPOCH": "86400"})
             self.assertIn(b"/CreationDate (D:19700102000000", self.read("x.pdf"))

@@ -72,14 +72,14 @@ TEST(PdfX, NeedsADate)
     PdfOptions options = Standard(PdfX::X1a);
     options.date.reset();
     EXPECT_EQ(DrawnPage(Nothing, options).error,
-              "PDF/X asks for the date of creation, and the document has none: set "
-              "SOURCE_DATE_EPOCH to one, in seconds since 1970");
+              "PDF/X asks for the date of creation, and the document has none: set --date, in "
+              "seconds since 1970");
     Page wanted;
     wanted.created = "3/5/94";
     EXPECT_EQ(DrawnPage(Nothing, options, wanted).error,
               "PDF/X asks for the date of creation, and the document has \"3/5/94\", which can be read in "
-              "two ways: set "
-              "SOURCE_DATE_EPOCH to one, in seconds since 1970");
+              "two ways: set --date, in "
+              "seconds since 1970");
 }
 
 TEST(PdfMetadata, KeepsADateThatCanBeReadInTwoWays)
