@@ -9,6 +9,7 @@
 #include "devices/colour/ProfileFile.h"
 #include "devices/colour/ScreenColours.h"
 
+#include <algorithm>
 #include <set>
 
 using namespace vxhost;
@@ -113,7 +114,8 @@ void vx_library::MapFonts(const FontMap &rows)
     }
     FontMap added = rows; // before anything changes: memory may run out
     ChangeChoices([&](Choices *choices) {
-        if (choices->served.size() + added.size() > kMaxMapRows)
+        const auto isNew = [&](const auto &row) { return !choices->served.contains(row.first); };
+        if (choices->served.size() + static_cast<size_t>(std::ranges::count_if(added, isNew)) > kMaxMapRows)
             throw CallError(VX_WRONG_ARGUMENT, "the font map has more than " + std::to_string(kMaxMapRows) +
                                                    " rows: leave out what no document needs");
         added.merge(choices->served); // those that are there stay behind the new ones

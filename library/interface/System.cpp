@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <new>
 #include <system_error>
 
 namespace vxhost
@@ -31,6 +32,8 @@ void ReadMapFile(const std::string &path, HeldBytes *bytes)
     if (file.Get() < 0)
         throw CallError(VX_CANNOT_READ, Printable(path) + ": " + error);
     const ReadEnd end = bytes->ReadAll(file.Get(), {kMost, 0});
+    if (end == ReadEnd::Failed && errno == ENOMEM)
+        throw std::bad_alloc();
     if (end == ReadEnd::Failed)
         throw CallError(VX_CANNOT_READ, Printable(path) + ": cannot be read, " + SystemText(errno));
     if (end == ReadEnd::TooLong)
