@@ -11,7 +11,8 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <sys/stat.h>
+#include <string_view>
+#include <utility>
 
 namespace vxhost
 {
@@ -21,13 +22,28 @@ struct DocumentLimits {
     ReadLimits reading; // for what is not mapped
 };
 
+constexpr size_t kMostDocumentBytes = size_t{0x7FFFFFFF};
+constexpr std::string_view kDocumentTooLong =
+    "longer than 2147483647 bytes, the most that a document may have: split it";
+
 class Document
 {
   public:
     static constexpr size_t kReadAtOnce = size_t{1} << 20; // readers leave what they have read in such pieces
 
-    // Each returns null on failure, with error one line for a person ("is a directory", "no such file …"). The line is
-    // empty when a limit of reading was hit; end, unless it is null, says which.
+    // Whatever the bytes are in. It goes with the document.
+    class Holder
+    {
+      public:
+        virtual ~Holder() = default;
+        virtual void Leave(size_t, size_t) const {}
+        virtual bool HasChanged() const { return false; }
+        virtual double SecondsRead() const { return 0; }
+    };
+
+    // Each returns null and sets error to one line for a person ("is a directory", "no such file …"). It is empty when
+    // a limit of reading was hit, and end, unless it is null, says which.
+    // Open and FromDescriptor are in DocumentFile.cpp, which a program without files is built without.
     static std::unique_ptr<Document> Open(const std::string &path, std::string *error,
                                           const DocumentLimits &limits = {}, ReadEnd *end = nullptr);
     static std::unique_ptr<Document> FromDescriptor(int descriptor, std::string *error,
@@ -37,26 +53,29 @@ class Document
 
     Document(const Document &) = delete;
     Document &operator=(const Document &) = delete;
-    ~Document();
 
     std::span<const std::byte> Bytes() const { return bytes_; }
-    // Says that the bytes from `from` to `to` have been read. Those of a mapped file need not stay in memory then, and
-    // come back when they are read again: so memory does not follow the document's length.
-    void Leave(size_t from, size_t to) const;
+    // What lies between the two has been read: of a mapped file it need not stay in memory, and comes back when it is
+    // read again. So memory does not follow the document's length.
+    void Leave(size_t from, size_t to) const
+    {
+        if (holder_ != nullptr)
+            holder_->Leave(from, to);
+    }
 
     // Whether somebody wrote to the file since it was mapped, or cut it. Then nobody knows which bytes were read, and
     // those that are gone may have ended the process that looked at them.
-    bool HasChanged() const;
-    double SecondsRead() const { return secondsRead_; } // how long reading it took
+    bool HasChanged() const { return holder_ != nullptr && holder_->HasChanged(); }
+    double SecondsRead() const { return holder_ == nullptr ? 0 : holder_->SecondsRead(); } // that it took
 
   private:
-    Document() = default;
+    explicit Document(std::span<const std::byte> bytes, std::unique_ptr<const Holder> holder = nullptr)
+        : bytes_(bytes), holder_(std::move(holder))
+    {
+    }
+
     std::span<const std::byte> bytes_;
-    std::span<const std::byte> mapped_; // the whole mapping, which bytes_ may be a part of
-    Descriptor file_;                   // that is mapped
-    struct stat status_ = {};           // as it was
-    HeldBytes held_;
-    double secondsRead_ = 0;
+    std::unique_ptr<const Holder> holder_; // null: the caller
 };
 
 } // namespace vxhost

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <climits>
 #include <cstdint>
-#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/stat.h>
@@ -55,14 +54,6 @@ bool WaitForBytes(int descriptor, bool hasEnd, Clock::time_point end)
 }
 
 } // namespace
-
-std::string SystemText(int error)
-{
-    std::string text = std::strerror(error);
-    if (!text.empty() && text[0] >= 'A' && text[0] <= 'Z')
-        text[0] = static_cast<char>(text[0] - 'A' + 'a');
-    return text;
-}
 
 std::string WhichKindIsRefused(mode_t mode, FileKinds allowed)
 {

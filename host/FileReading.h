@@ -2,6 +2,8 @@
 // than the limits allow.
 #pragma once
 
+#include "host/SystemText.h"
+
 #include <cstddef>
 #include <cstdlib>
 #include <limits>
@@ -12,9 +14,6 @@
 
 namespace vxhost
 {
-
-// The system's words for an errno, in lower case.
-std::string SystemText(int error);
 
 // The kinds of files that may be opened: each allows what those before it allow.
 enum class FileKinds { Regular, Pipes, All };

@@ -7,8 +7,6 @@
 #include "host/resources/StringLists.h"
 #include "host/toolbox/HostContext.h"
 
-#include <algorithm>
-#include <dlfcn.h>
 #include <exception>
 #include <new>
 #include <utility>
@@ -18,17 +16,6 @@ namespace vxhost
 
 namespace
 {
-
-constexpr const char *kEntrySymbol = "main";
-
-std::string LoaderError()
-{
-    const char *text =
-        ::dlerror(); // NOLINT(concurrency-mt-unsafe): per thread in every C library we build on
-    std::string error = text == nullptr ? "unknown reason" : text;
-    std::ranges::replace(error, '\n', ' ');
-    return error;
-}
 
 HostContext MakeContext(const ParseOptions &options, Outcome *outcome)
 {
@@ -103,35 +90,11 @@ Outcome CallPlugin(VXMainProc entry, int32_t selector, const Document &document,
 
 } // namespace
 
-std::unique_ptr<Plugin> Plugin::Load(const std::string &path, std::string *error)
-{
-    void *library = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) {
-        *error = "cannot be loaded, " + LoaderError() + ": name a plug-in that is whole";
-        return nullptr;
-    }
-    auto entry = reinterpret_cast<VXMainProc>(::dlsym(library, kEntrySymbol));
-    if (entry == nullptr) {
-        *error = std::string("not a plug-in, it exports no \"") + kEntrySymbol + "\": name another";
-        ::dlclose(library);
-        return nullptr;
-    }
-    std::unique_ptr<Plugin> plugin = FromEntry(entry);
-    plugin->library_ = library;
-    return plugin;
-}
-
 std::unique_ptr<Plugin> Plugin::FromEntry(VXMainProc entry)
 {
     std::unique_ptr<Plugin> plugin(new Plugin);
     plugin->entry_ = entry;
     return plugin;
-}
-
-Plugin::~Plugin()
-{
-    if (library_ != nullptr)
-        ::dlclose(library_);
 }
 
 Outcome Plugin::ReadInfo(const Document &document, const ParseOptions &options) const

@@ -37,13 +37,13 @@ struct ParseOptions {
 class Plugin
 {
   public:
-    // Null on failure, with error one line for a person.
+    // Null on failure, with error one line for a person. It is in PluginFile.cpp, which a program without files is built
+    // without.
     static std::unique_ptr<Plugin> Load(const std::string &path, std::string *error);
     // The same over an entry that is already in memory: a test, or a statically linked plug-in.
     static std::unique_ptr<Plugin> FromEntry(VXMainProc entry);
     Plugin(const Plugin &) = delete;
     Plugin &operator=(const Plugin &) = delete;
-    ~Plugin();
 
     // What a caller's procedures throw does not cross the plug-in's frames: the parse ends early, and the exception
     // goes on from here. Lack of memory is not thrown, it is the outcome's result.
@@ -63,7 +63,7 @@ class Plugin
 
   private:
     Plugin() = default;
-    void *library_ = nullptr;
+    std::shared_ptr<void> library_; // that the entry is in; null: the program
     VXMainProc entry_ = nullptr;
 };
 

@@ -25,7 +25,7 @@
  *             of, and stay valid as the call says.
  * Records     Those that a program fills begin with their size: set it to sizeof the record, and the rest to zero.
  * Units       Lengths are points of 1/72 inch, x to the right and y up, as drawings have them; pixels count from the top.
- * Threads     Any number of threads may use one library at a time once its fonts are set. A document is for one thread at
+ * Threads     Any number of threads may use one library at a time. A document is for one thread at
  *             a time: a call that meets another on the same document returns VX_BUSY and does nothing.
  * Callbacks   They are called on the thread of the call that they were given to. One that returns other than 0 ends that
  *             call, which then returns VX_STOPPED. Calls with the document at work are VX_BUSY there too. They may not free
@@ -91,17 +91,38 @@ vx_status vx_library_create(uint32_t interface, vx_library **library, vx_error *
 void vx_library_free(vx_library *library); /* null is allowed */
 
 /*
- * Options of a library, set before its first document is opened and its fonts are asked for; later they are
- * VX_WRONG_ARGUMENT. "font-dir": a folder of fonts, with all below it; each call adds one. "system-fonts": "yes" (as it is
- * without a call) or "no". "temp-dir": the folder in which a PDF is put together ("/tmp").
+ * Sets an option of a library by name and text; vx_library_option_at lists them. "font-dir": a folder of fonts, with all
+ * below it; each call adds one. "system-fonts": "yes" (as it is without a call) or "no". These two come before the fonts
+ * are counted or mapped and before the first document is opened; later they are VX_WRONG_ARGUMENT. "font-map": a text file
+ * of lines "ASKED = FONT", each a call of vx_library_map_font; what follows "#" is a comment. "temp-dir": the folder in
+ * which a PDF is put together ("/tmp"). These two hold for documents that are opened afterwards.
  */
 vx_status vx_library_set(vx_library *library, const char *name, const char *value, vx_error *error);
 
 /*
- * Adds a font from memory, before the first document is opened too: an OpenType or Type 1 file, or a collection, all of
- * whose faces are added. The bytes are copied. It is found before those of files that have the same name.
+ * Adds a font from memory, as long as "font-dir" may be set: an OpenType or Type 1 file, or a collection, all of whose faces
+ * are added. The bytes are copied. It is found before those of files that have the same name.
  */
 vx_status vx_library_add_font(vx_library *library, const void *bytes, size_t size, vx_error *error);
+
+/*
+ * Lets a font serve a name in all documents that are opened afterwards, whatever else would: a row of a font map, at most
+ * 10000 of them. Lists the fonts, so that further ones come too late.
+ *
+ *   asked   the name, as documents ask for it
+ *   served  the PostScript name of a font that there is, else VX_WRONG_OPTION; null: the row of that name goes
+ */
+vx_status vx_library_map_font(vx_library *library, const char *asked, const char *served, vx_error *error);
+
+/*
+ * Adds a press profile from memory: in documents that are opened afterwards the option "profile" means it by that name, and
+ * no file. Another of the same name takes its place.
+ *
+ *   name   of 1 to 255 bytes, and none that is built in
+ *   bytes  an ICC profile of a CMYK press, at most 32 MiB, else VX_WRONG_ARGUMENT; they are copied
+ */
+vx_status vx_library_add_profile(vx_library *library, const char *name, const void *bytes, size_t size,
+                                 vx_error *error);
 
 /* The fonts that there are, in the order in which they are searched. Valid as long as the library. */
 typedef struct vx_font_entry {
@@ -127,7 +148,7 @@ typedef struct vx_format {
 size_t vx_format_count(void);
 vx_status vx_format_at(size_t index, vx_format *format, vx_error *error);
 
-/* An option of a document. All texts are valid for ever. */
+/* An option of a document, or of a library. All texts are valid for ever. */
 typedef struct vx_option {
     size_t size;          /* sizeof(vx_option), set by the caller */
     const char *name;     /* "dpi" */
@@ -141,6 +162,10 @@ typedef struct vx_option {
 size_t vx_option_count(void);
 vx_status vx_option_at(size_t index, vx_option *option, vx_error *error);
 
+/* The options of vx_library_set. A library that is built for a machine without files, as a browser is, has none. */
+size_t vx_library_option_count(void);
+vx_status vx_library_option_at(size_t index, vx_option *option, vx_error *error);
+
 /* ---- A document ---- */
 
 enum { VX_COPY = 0, VX_BORROW = 1 };
@@ -148,7 +173,7 @@ enum { VX_COPY = 0, VX_BORROW = 1 };
 /*
  * Opens a document. What it is, is found out here: VX_NOT_A_DRAWING leaves no document behind.
  *
- *   path      of a regular file, which must not change while the document is open: one that is cut may end the process
+ *   path      of a regular file (VX_CANNOT_READ where there are no files), which must not change while the document is open: one that is cut may end the process
  *   bytes     the whole document, at most 2^31 - 1 bytes
  *   how       VX_COPY: the bytes may go when the call returns. VX_BORROW: they stay as they are until vx_document_free.
  *   document  receives it; free it with vx_document_free

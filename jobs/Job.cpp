@@ -27,7 +27,7 @@ bool HasMetText(const Outcome &outcome)
 {
     return outcome.counts.shows > 0 || outcome.undrawnTexts > 0 ||
            std::ranges::any_of(outcome.reports,
-                               [](const Report &report) { return report.number == kFontProblem; });
+                               [](const Report &report) { return report.number == kVXProblemFont; });
 }
 
 } // namespace

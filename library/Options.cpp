@@ -332,7 +332,7 @@ Settings OptionTexts::Read() const
         if (!text.empty())
             option.read(option, text, &settings);
     }
-    settings.png.memoryLimit =
+    settings.png.memoryLimit = settings.pdf.memoryLimit =
         settings.memory > 0 ? static_cast<uint64_t>(settings.memory) : std::numeric_limits<uint64_t>::max();
     if (settings.pdf.standard == PdfX::None)
         settings.pdf.profile = PdfOptions().profile; // not looked at: it may be one for the other formats

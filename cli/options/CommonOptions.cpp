@@ -94,7 +94,7 @@ FontChoice CommonOptionReader::ReadFontChoice(double seconds) const
     std::ranges::for_each(fontDirectories_, CheckFontFolder);
     fonts.sources = {!noSystemFonts_, fontDirectories_};
     if (!fontMap_.empty())
-        fonts.served = ReadFontMap(fontMap_, seconds);
+        fonts.served = ReadFontMapFile(fontMap_, seconds);
     return fonts;
 }
 

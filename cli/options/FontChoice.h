@@ -2,8 +2,8 @@
 #pragma once
 
 #include "host/fonts/FontconfigFonts.h"
+#include "library/FontMap.h"
 
-#include <map>
 #include <string>
 
 namespace vxhost
@@ -11,12 +11,11 @@ namespace vxhost
 
 struct FontChoice {
     FontSources sources;
-    std::map<std::string, std::string> served; // name asked for, PostScript name of the font to draw with
+    FontMap served;
     bool substitute = true; // false: a document that needs a font that is not there is given up
 };
 
-// Reads lines "ASKED = FONT"; what follows "#" is a comment. A pipe may take so many seconds, 0: any number. Throws
-// UsageError.
-std::map<std::string, std::string> ReadFontMap(const std::string &path, double seconds);
+// Reads the file of a font map. A pipe may take so many seconds, 0: any number. Throws OptionError.
+FontMap ReadFontMapFile(const std::string &path, double seconds);
 
 } // namespace vxhost

@@ -3,13 +3,6 @@
 namespace vxhost
 {
 
-namespace
-{
-
-constexpr size_t kMaxProfileBytes = size_t{32} << 20;
-
-} // namespace
-
 bool ReadProfileFile(const std::string &name, HeldBytes *bytes)
 {
     std::string error;

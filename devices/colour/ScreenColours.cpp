@@ -59,8 +59,8 @@ class ProfileColours final : public ScreenColours
     {
         auto made = std::make_unique<ProfileColours>();
         const cmsContext context = made->context_.Get();
-        const Profile press = OpenPress(context, options.profile, error);
-        made->context_.Check(); // else lack of memory would look like a damaged profile
+        const Profile press = OpenPress(context, options, error);
+        made->context_.Check(); // or it would seem to be the profile that is wrong
         if (press == nullptr)
             return nullptr;
         const Profile screen(cmsCreate_sRGBProfileTHR(context));
@@ -93,15 +93,18 @@ class ProfileColours final : public ScreenColours
     }
 
   private:
-    static Profile OpenPress(cmsContext context, const std::string &name, std::string *error)
+    static Profile OpenPress(cmsContext context, const ScreenOptions &options, std::string *error)
     {
+        const std::string &name = options.profile;
         Profile profile;
         const auto open = [&](const auto &bytes) {
             profile.reset(
                 cmsOpenProfileFromMemTHR(context, bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
         };
         HeldBytes file;
-        if (name == "fogra39")
+        if (options.profileBytes != nullptr)
+            open(*options.profileBytes);
+        else if (name == "fogra39")
             open(Fogra39Profile());
         else if (Watched([&] { return ReadProfileFile(name, &file); }))
             open(file.Get());
@@ -125,7 +128,7 @@ class ProfileColours final : public ScreenColours
 
 std::unique_ptr<ScreenColours> ScreenColours::Make(const ScreenOptions &options, std::string *error)
 {
-    if (options.profile == "none")
+    if (options.profile == "none" && options.profileBytes == nullptr)
         return std::make_unique<PlainColours>();
     return ProfileColours::Make(options, error);
 }

@@ -8,6 +8,7 @@
 #include <lcms2.h>
 
 #include <array>
+#include <span>
 
 namespace vxhost::pdf
 {
@@ -22,13 +23,18 @@ constexpr int kLastVersion = 2;
 // Places in the head of a profile.
 constexpr size_t kHeadBytes = 128, kVersionAt = 8, kClassAt = 12, kSpaceAt = 16, kSignatureAt = 36;
 
-// Empty when there is none that can be read.
-std::string ReadFile(const std::string &name)
+std::string TextOf(std::span<const std::byte> bytes)
 {
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
+}
+
+// Empty when there is none that can be read.
+std::string ReadProfile(const PdfOptions &options)
+{
+    if (options.profileBytes != nullptr)
+        return TextOf(*options.profileBytes);
     HeldBytes file;
-    if (!ReadProfileFile(name, &file))
-        return {};
-    return {reinterpret_cast<const char *>(file.Get().data()), file.Get().size()};
+    return ReadProfileFile(options.profile, &file) ? TextOf(file.Get()) : "";
 }
 
 std::string WhyUnfit(const std::string &bytes)
@@ -61,20 +67,19 @@ std::string DescriptionOf(const std::string &bytes)
 
 } // namespace
 
-std::optional<PressProfile> ReadPressProfile(const std::string &profile, std::string *error)
+std::optional<PressProfile> ReadPressProfile(const PdfOptions &options, std::string *error)
 {
     PressProfile press;
-    if (profile == "fogra39") {
-        const auto bytes = Fogra39Profile();
-        press.bytes.assign(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+    if (options.profile == "fogra39" && options.profileBytes == nullptr) {
+        press.bytes = TextOf(Fogra39Profile());
         press.condition = "FOGRA39";
         press.description = "Offset printing on coated paper, ISO 12647-2:2004, FOGRA39";
         press.isRegistered = true;
         return press;
     }
-    press.bytes = Watched([&] { return ReadFile(profile); });
+    press.bytes = Watched([&] { return ReadProfile(options); });
     if (const std::string why = WhyUnfit(press.bytes); !why.empty()) {
-        *error = "profile \"" + profile + "\" " + why + ": name one of the press, or fogra39";
+        *error = "profile \"" + options.profile + "\" " + why + ": name one of the press, or fogra39";
         return std::nullopt;
     }
     press.condition = "Custom";

@@ -1,6 +1,7 @@
 // For which press the page is meant, as the standards for print want it said: a condition, and its profile.
 #pragma once
 
+#include "devices/pdf/PdfDevice.h"
 #include "devices/pdf/PdfFile.h"
 
 #include <optional>
@@ -16,9 +17,9 @@ struct PressProfile {
     bool isRegistered = false;
 };
 
-// Reads the profile, "fogra39" or a file. Nothing when it is not the profile of a CMYK press, or none that the
-// standards take; error is then one line for a person.
-std::optional<PressProfile> ReadPressProfile(const std::string &profile, std::string *error);
+// The one that the options name. Nothing when it is no profile of a CMYK press that the standards take; error is then one
+// line for a person.
+std::optional<PressProfile> ReadPressProfile(const PdfOptions &options, std::string *error);
 
 void AddOutputIntent(const PressProfile &profile, PdfFile *file);
 

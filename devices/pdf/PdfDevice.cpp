@@ -346,12 +346,11 @@ std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, 
             *error = "PDF/X has no colours of a screen, and the background is one: leave it to the paper";
             return nullptr;
         }
-        press = ReadPressProfile(options.profile, error);
+        press = ReadPressProfile(options, error);
         if (!press)
             return nullptr;
     }
-    return std::make_unique<PdfDevice>(options, std::move(press), std::make_unique<PieceSpool>(options.spool),
-                                       std::move(sink));
+    return std::make_unique<PdfDevice>(options, std::move(press), MakePieceSpool(options), std::move(sink));
 }
 
 Failure WhyNoPdf(const PdfOptions &options, const Page &page)

@@ -7,6 +7,7 @@
 #include "host/drawing/Device.h"
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,11 +22,15 @@ struct PdfOptions {
     TextOutput text = TextOutput::Text;
     PdfX standard = PdfX::None;
     std::string profile = "fogra39"; // output intent of PDF/X: that name, or an ICC file of a CMYK press
-    std::optional<int64_t> date; // the date of creation in seconds since 1970, instead of the document's own
+    ProfileBytes profileBytes;       // what the profile of that name is; null: it is built in, or a file
+    std::optional<int64_t> date;     // seconds since 1970: of creation, instead of the document's own
     bool compress = true;
-    // An open file of the caller's, to be read and written, for what is too long to keep in memory. -1: MakePdfDevice
-    // makes a temporary one in TMPDIR. After that the device opens nothing but fonts.
+    // An open file of the caller's, to be read and written, for what is too long to keep in memory; -1: a temporary
+    // one is made, by MakePdfDevice, which is the last time that the device opens anything but fonts.
     int spool = -1;
+    std::string spoolFolder; // of the temporary file; empty: the one that TMPDIR names
+    // Bytes that may be held where there are no files at all.
+    uint64_t memoryLimit = std::numeric_limits<uint64_t>::max();
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has

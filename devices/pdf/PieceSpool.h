@@ -1,18 +1,13 @@
-// Keeps the finished pieces of a long stream on disk until the file around them can be written.
-//
-// Owns one file, as a rule a temporary one without a name. It is opened when the spool is made: a program that has
-// given up opening files by the time it reads a document can still spool.
+// Keeps the finished pieces of a long stream until the file around them can be written.
 #pragma once
 
+#include "devices/pdf/PdfDevice.h"
 #include "host/Failure.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <span>
-#include <string>
-#include <vector>
 
 namespace vxhost::pdf
 {
@@ -20,35 +15,19 @@ namespace vxhost::pdf
 class PieceSpool
 {
   public:
-    // Uses a copy of the descriptor, or for -1 a temporary file. A spool without a file has failed from the start.
-    explicit PieceSpool(int descriptor);
-    ~PieceSpool();
-    PieceSpool(const PieceSpool &) = delete;
-    PieceSpool &operator=(const PieceSpool &) = delete;
+    virtual ~PieceSpool() = default;
 
-    void Clear();
-    void Add(std::span<const char> piece);
-    size_t Count() const { return pieces_.size(); }
-    // Hands the bytes of a piece out in parts, once: their room on disk is given back, as the file around them takes as
-    // much.
-    void Take(size_t piece, const std::function<void(std::span<const char>)> &take);
-
-    // After the first failure nothing more is kept.
-    const Failure &FirstFailure() const { return failure_; }
-
-  private:
-    struct Piece {
-        int64_t offset;
-        size_t bytes;
-        bool isTaken;
-    };
-
-    void Fail(int cause);
-
-    int file_;
-    std::vector<Piece> pieces_;
-    int64_t end_ = 0;
-    Failure failure_;
+    virtual void Clear() = 0;
+    virtual void Add(std::span<const char> piece) = 0;
+    virtual size_t Count() const = 0;
+    // Hands the bytes of a piece out in parts, once: their room is given back, as the file around them takes as much.
+    virtual void Take(size_t piece, const std::function<void(std::span<const char>)> &take) = 0;
+    // After it nothing more is kept.
+    virtual const Failure &FirstFailure() const = 0;
 };
+
+// A file where there are files, else memory. It is opened here: a program that has given up opening files by the time it
+// reads a document can still spool. Where there is no place for one the spool has failed from the start.
+std::unique_ptr<PieceSpool> MakePieceSpool(const PdfOptions &options);
 
 } // namespace vxhost::pdf

@@ -5,6 +5,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vxhost
@@ -17,18 +18,16 @@ class FontBytes
     static std::shared_ptr<const FontBytes> Open(const std::string &path);
     static std::shared_ptr<const FontBytes> FromMemory(std::vector<std::byte> bytes);
 
-    FontBytes(const FontBytes &) = delete;
-    FontBytes &operator=(const FontBytes &) = delete;
-    ~FontBytes();
-
     std::span<const std::byte> Get() const { return bytes_; }
 
   private:
-    FontBytes() = default;
+    FontBytes(std::span<const std::byte> bytes, std::shared_ptr<const void> holder)
+        : bytes_(bytes), holder_(std::move(holder))
+    {
+    }
 
     std::span<const std::byte> bytes_;
-    std::span<const std::byte> mapped_;
-    std::vector<std::byte> held_;
+    std::shared_ptr<const void> holder_; // what they are in
 };
 
 using SharedFontBytes = std::shared_ptr<const FontBytes>;

@@ -1,19 +1,14 @@
 #include "host/fonts/FontconfigFonts.h"
 
 #include "host/MemoryWatch.h"
-#include "host/fonts/FontLibrary.h"
-#include "host/fonts/ListedFonts.h"
+#include "host/fonts/FontCandidates.h"
+#include "host/fonts/GivenFonts.h"
 #include "host/fonts/Owned.h"
-#include "host/fonts/StandIns.h"
 
 #include <fontconfig/fontconfig.h>
 
-#include <fontconfig/fcfreetype.h>
-
-#include <algorithm>
+#include <iterator>
 #include <new>
-#include <string_view>
-#include <tuple>
 #include <utility>
 
 namespace vxhost
@@ -21,8 +16,6 @@ namespace vxhost
 
 namespace
 {
-
-constexpr size_t kMaxNameLength = 255;
 
 const FcChar8 *AsFcString(const std::string &text)
 {
@@ -37,18 +30,6 @@ std::string TextOf(const FcPattern *pattern, const char *property)
         return {};
     return reinterpret_cast<const char *>(text);
 }
-
-struct Candidate {
-    FontList::Entry entry;
-    bool isType1 = false;
-
-    // Of two files of one font the first in this order is used. OpenType ones carry more.
-    auto Rank() const
-    {
-        return std::make_tuple(std::string_view(entry.postScriptName), entry.bytes == nullptr, isType1,
-                               std::string_view(entry.file), entry.faceIndex);
-    }
-};
 
 int NumberOf(const FcPattern *pattern, const char *property, int missing)
 {
@@ -84,7 +65,7 @@ uint8_t ScriptsOf(const FcPattern *pattern)
     return scripts;
 }
 
-bool ReadCandidate(const FcPattern *pattern, Candidate *candidate)
+bool ReadCandidate(const FcPattern *pattern, FontCandidate *candidate)
 {
     FontList::Entry &entry = candidate->entry;
     entry.postScriptName = TextOf(pattern, FC_POSTSCRIPT_NAME);
@@ -95,33 +76,7 @@ bool ReadCandidate(const FcPattern *pattern, Candidate *candidate)
     entry.style = StyleOf(pattern);
     // Symbol fonts may call them Latin letters.
     entry.scripts = SymbolSetOfName(entry.postScriptName) ? uint8_t{0} : ScriptsOf(pattern);
-    return !entry.postScriptName.empty() && entry.postScriptName.size() <= kMaxNameLength &&
-           (!entry.file.empty() || entry.bytes != nullptr);
-}
-
-// The faces of a font file in memory; none of a file that is no font.
-void ReadMemory(const SharedFontBytes &bytes, std::vector<Candidate> *candidates)
-{
-    constexpr FT_Long kMaxFaces = 256;
-    FontLibrary library;
-    FT_Long count = 1;
-    for (FT_Long i = 0; i < std::min(count, kMaxFaces); ++i) {
-        FT_Face opened = nullptr;
-        const FT_Error error = library.OpenFace(bytes, static_cast<int>(i), &opened);
-        const Owned<FT_FaceRec_, FT_Done_Face> face(opened);
-        library.Check();
-        if (error != 0)
-            continue;
-        count = face->num_faces;
-        const auto *noName = reinterpret_cast<const FcChar8 *>("");
-        const Owned<FcPattern, FcPatternDestroy> pattern(
-            FcFreeTypeQueryFace(face.get(), noName, static_cast<unsigned>(i), nullptr));
-        library.Check();
-        Candidate candidate;
-        candidate.entry.bytes = bytes;
-        if (pattern != nullptr && FT_IS_SCALABLE(face.get()) && ReadCandidate(pattern.get(), &candidate))
-            candidates->push_back(std::move(candidate));
-    }
+    return CanBeAskedFor(entry) && !entry.file.empty();
 }
 
 // A configuration without fonts, which only says where to remember what is in a folder.
@@ -167,7 +122,7 @@ FcConfig *MakeConfig(const FontSources &sources, const BeforeLooking &beforeLook
     return config.release();
 }
 
-std::vector<FontList::Entry> ListInstalled(const FontSources &sources, const BeforeLooking &beforeLooking)
+std::vector<FontCandidate> ListInstalled(const FontSources &sources, const BeforeLooking &beforeLooking)
 {
     const Owned<FcConfig, FcConfigDestroy> config(MakeConfig(sources, beforeLooking));
     // Lists are read here, not files: nothing but lack of memory fails.
@@ -182,75 +137,24 @@ std::vector<FontList::Entry> ListInstalled(const FontSources &sources, const Bef
     const Owned<FcFontSet, FcFontSetDestroy> found(FcFontList(config.get(), outlines.get(), wanted.get()));
     CheckMade(found);
 
-    std::vector<Candidate> candidates;
+    std::vector<FontCandidate> candidates;
     for (int i = 0; i < found->nfont; ++i) {
-        Candidate candidate;
+        FontCandidate candidate;
         if (ReadCandidate(found->fonts[i], &candidate))
             candidates.push_back(std::move(candidate));
     }
     watch.Check();
-    for (const SharedFontBytes &bytes : sources.memory)
-        ReadMemory(bytes, &candidates);
-    std::ranges::sort(candidates, {}, &Candidate::Rank);
-
-    std::vector<FontList::Entry> entries;
-    for (Candidate &candidate : candidates) {
-        if (entries.empty() || entries.back().postScriptName != candidate.entry.postScriptName)
-            entries.push_back(std::move(candidate.entry));
-    }
-    return entries;
-}
-
-// Null when there is none. entries[0 .. installed) are in the order of their names.
-const FontList::Entry *FindInstalled(const std::vector<FontList::Entry> &entries, size_t installed,
-                                     std::string_view name)
-{
-    const std::span all(entries.data(), installed);
-    const auto found = std::ranges::lower_bound(
-        all, name, {}, [](const FontList::Entry &entry) -> std::string_view { return entry.postScriptName; });
-    return found != all.end() && found->postScriptName == name ? &*found : nullptr;
-}
-
-// Null when no family that has the style is installed.
-const FontList::Entry *FindStandIn(const std::vector<FontList::Entry> &entries, size_t installed,
-                                   const ClassicFamily &family, size_t style)
-{
-    for (const StyleNames *names : family.servedBy) {
-        const FontList::Entry *font =
-            names == nullptr ? nullptr : FindInstalled(entries, installed, (*names)[style]);
-        if (font != nullptr)
-            return font;
-    }
-    return nullptr;
-}
-
-void AddStandIns(std::vector<FontList::Entry> *entries)
-{
-    const size_t installed = entries->size();
-    for (const ClassicFamily &family : ClassicFamilies()) {
-        for (size_t style = 0; style < family.fonts.size(); ++style) {
-            const std::string_view name = family.fonts[style];
-            if (name.empty() || FindInstalled(*entries, installed, name) != nullptr)
-                continue;
-            const FontList::Entry *font = FindStandIn(*entries, installed, family, style);
-            if (font == nullptr)
-                continue;
-            FontList::Entry entry = *font;
-            entry.servedBy = std::move(entry.postScriptName);
-            entry.postScriptName = name;
-            entry.familyName = family.name;
-            entries->push_back(std::move(entry));
-        }
-    }
+    return candidates;
 }
 
 } // namespace
 
 std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources, const BeforeLooking &beforeLooking)
 {
-    std::vector<FontList::Entry> entries = ListInstalled(sources, beforeLooking);
-    AddStandIns(&entries);
-    return entries.empty() ? MakeBoxFonts() : std::make_unique<ListedFonts>(std::move(entries));
+    std::vector<FontCandidate> candidates = ListInstalled(sources, beforeLooking);
+    for (const SharedFontBytes &bytes : sources.memory)
+        ReadGivenFont(bytes, &candidates);
+    return MakeFontList(std::move(candidates));
 }
 
 } // namespace vxhost

@@ -1,7 +1,6 @@
 // The fonts of the machine, as fontconfig knows them, by PostScript name.
 //
-// Only fontconfig's lists are read, no font file is opened. The fonts come in the order of their names, then the
-// stand-ins, so that one machine always gives one list.
+// Only fontconfig's lists are read, no font file is opened. A program without files is built without this.
 #pragma once
 
 #include "host/fonts/FontList.h"
@@ -25,9 +24,7 @@ struct FontSources {
 // what it finds; they need not be there.
 using BeforeLooking = std::function<void(const std::vector<std::string> &cacheFolders)>;
 
-// The installed fonts, then an entry for each classic font that is not installed and that one with the same widths
-// can stand in for. With no font at all there is one entry, whose characters are boxes. Lack of memory is
-// thrown.
+// As MakeFontList has them. Lack of memory is thrown.
 std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources = {},
                                               const BeforeLooking &beforeLooking = nullptr);
 

@@ -2,6 +2,7 @@
 
 #include "host/reading/Utf8.h"
 #include "library/Options.h"
+#include "library/interface/System.h"
 
 #include <algorithm>
 #include <cstring>
@@ -58,7 +59,7 @@ std::string WithoutDashes(std::string_view text)
         if (rest.starts_with(kDashes) && (at == 0 || text[at - 1] == ' ')) {
             const std::string_view after = rest.substr(kDashes.size());
             const std::string_view word = after.substr(0, after.find_first_not_of(kLetters));
-            at += FindOption(word) != nullptr || word == "font-dir" ? kDashes.size() : 0;
+            at += FindOption(word) != nullptr || FindLibraryOption(word) != nullptr ? kDashes.size() : 0;
         }
         bare += text[at++];
     }

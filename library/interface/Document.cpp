@@ -6,11 +6,28 @@
 #include "library/interface/Calls.h"
 #include "library/interface/DocumentCall.h"
 #include "library/interface/Pass.h"
+#include "library/interface/System.h"
 
 using namespace vxhost;
 
 namespace
 {
+
+// With the profiles that are not in files.
+Settings ReadSettings(const OptionTexts &options, const Choices &choices)
+{
+    Settings settings = options.Read();
+    const auto give = [&](const std::string &name, ProfileBytes *bytes) {
+        const auto found = choices.profiles.find(name);
+        if (found != choices.profiles.end())
+            *bytes = found->second;
+    };
+    give(settings.pdf.profile, &settings.pdf.profileBytes);
+    give(settings.svg.profile, &settings.svg.profileBytes);
+    give(settings.png.profile, &settings.png.profileBytes);
+    settings.pdf.spoolFolder = choices.temporaryFolder;
+    return settings;
+}
 
 // Its bytes are there: what are they?
 void ReadHeader(vx_document *document)
@@ -27,8 +44,8 @@ std::unique_ptr<vx_document> MakeDocument(vx_library *library)
 {
     auto document = std::make_unique<vx_document>();
     document->installation = &library->Installed();
-    document->temporaryFolder = library->temporaryFolder;
-    document->settings = document->options.Read();
+    document->choices = library->GetChoices();
+    document->settings = ReadSettings(document->options, document->choices);
     return document;
 }
 
@@ -46,7 +63,7 @@ vx_status vx_document_open_file(vx_library *library, const char *path, vx_docume
         const std::string name(CheckText(path, "path"));
         auto opened = MakeDocument(library);
         std::string problem;
-        opened->bytes = vxhost::Document::Open(name, &problem, {FileKinds::Regular, {}});
+        opened->bytes = OpenDocument(name, &problem);
         if (opened->bytes == nullptr)
             throw CallError(VX_CANNOT_READ, Printable(name).append(": ").append(problem));
         ReadHeader(opened.get());
@@ -95,7 +112,7 @@ vx_status vx_document_set(vx_document *document, const char *name, const char *v
             throw OptionError("no option \"" + std::string(option) + "\": vx_option_at lists them");
         if (value != nullptr && text.empty())
             throw OptionError(std::string(option) + ": its value is empty: give one, or null");
-        document->settings = options.Read();
+        document->settings = ReadSettings(options, document->choices);
         document->options = std::move(options);
     });
 }

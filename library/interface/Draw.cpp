@@ -1,5 +1,4 @@
 // The calls of vx.h that draw a document.
-#include "host/TemporaryFile.h"
 #include "library/interface/CallerDevice.h"
 #include "library/interface/DocumentCall.h"
 #include "library/interface/Pass.h"
@@ -7,7 +6,6 @@
 #include "devices/raster/RasterDevice.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstddef>
 #include <cstdlib>
@@ -40,14 +38,8 @@ void Render(vx_document *document, const Format &format, WrittenBytes *written)
     Page page;
     page.box = ShownBox(*document);
     CheckFailure(format.checkPage(document->settings, page));
-    Settings settings = document->settings;
-    // A device that needs a file of its own gets one here, as it would look into the environment for its place.
-    const Descriptor spool(format.spools ? OpenTemporaryFile(document->temporaryFolder) : -1);
-    if (format.spools && spool.Get() < 0)
-        CheckFailure({FailureKind::SpoolFailed, "", errno});
-    settings.pdf.spool = spool.Get();
     std::string error;
-    const std::unique_ptr<Device> device = format.make(settings, written->Sink(), &error);
+    const std::unique_ptr<Device> device = format.make(document->settings, written->Sink(), &error);
     DrawPass(document, page.box, &CheckMade(device, error), written);
 }
 

@@ -4,28 +4,49 @@
 #include "host/Document.h"
 #include "host/fonts/FontconfigFonts.h"
 #include "host/reading/Reading.h"
+#include "library/FontMap.h"
 #include "library/Options.h"
 
 #include <vx.h>
 
 #include <atomic>
 #include <cstddef>
+#include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
-// One for any number of threads: after its fonts were listed nothing of it changes.
-struct vx_library {
-    vxhost::FontSources fontSources;
-    std::string temporaryFolder = "/tmp";
+namespace vxhost
+{
 
-    // Lists the fonts, if nobody has.
+// What a document takes over when it is opened.
+struct Choices {
+    std::string temporaryFolder = "/tmp";
+    FontMap served;
+    std::map<std::string, ProfileBytes> profiles;
+};
+
+} // namespace vxhost
+
+// One for any number of threads.
+struct vx_library {
+    // Lists the fonts, if nobody has: from then on they stay as they are.
     const vxhost::Installation &Installed();
-    bool IsInstalled();
+    // Throws CallError when they are listed. what: that is then told to come too late.
+    void ChangeFonts(std::string_view what, const std::function<void(vxhost::FontSources *)> &change);
+
+    vxhost::Choices GetChoices();
+    void ChangeChoices(const std::function<void(vxhost::Choices *)> &change);
+    // Adds rows to the map. Throws OptionError for a font that is not there.
+    void MapFonts(const vxhost::FontMap &rows);
 
   private:
     std::mutex mutex_;
+    vxhost::FontSources fontSources_;
+    vxhost::Choices choices_;
     vxhost::Installation installation_;
 };
 
@@ -37,7 +58,7 @@ struct vx_document {
     };
 
     const vxhost::Installation *installation;
-    std::string temporaryFolder;
+    vxhost::Choices choices;
     std::vector<std::byte> copy; // of the bytes, where the caller wants one
     std::unique_ptr<vxhost::Document> bytes;
 

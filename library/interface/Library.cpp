@@ -1,13 +1,16 @@
 // The calls of vx.h about a library, and about what there is in every one: formats and options.
 #include "host/fonts/FontFile.h"
 #include "host/reading/Utf8.h"
-#include "library/FontFolder.h"
 #include "library/LinkedPlugin.h"
 #include "library/interface/Calls.h"
 #include "library/interface/Handles.h"
+#include "library/interface/System.h"
 
-#include <filesystem>
-#include <new>
+#include "devices/colour/ProfileFile.h"
+#include "devices/colour/ScreenColours.h"
+
+#include <algorithm>
+#include <set>
 
 using namespace vxhost;
 
@@ -30,34 +33,37 @@ const std::vector<OptionRow> &OptionRows()
     return rows;
 }
 
-void CheckInTime(vx_library *library, std::string_view what)
+constexpr size_t kMostName = 255; // bytes of a font's name, or a profile's
+
+// A name that a program gives.
+std::string CheckName(const char *text, std::string_view what)
 {
-    if (library->IsInstalled())
-        throw CallError(
-            VX_WRONG_ARGUMENT,
-            std::string(what).append(" comes too late, the fonts are listed: set it before the first "
-                                     "document is opened"));
+    const std::string_view name = CheckText(text, what);
+    if (name.empty() || name.size() > kMostName)
+        throw CallError(VX_WRONG_ARGUMENT, std::string(what)
+                                               .append(" has ")
+                                               .append(std::to_string(name.size()))
+                                               .append(" bytes: give a name of 1 to 255"));
+    return std::string(name);
 }
 
-void SetLibrary(vx_library *library, std::string_view name, std::string_view value)
+std::string NamesOfLibraryOptions()
 {
-    CheckInTime(library, name);
-    if (name == "font-dir") {
-        CheckFontFolder(std::string(value));
-        library->fontSources.directories.emplace_back(value);
-    } else if (name == "system-fonts") {
-        if (value != "yes" && value != "no")
-            throw OptionError("system-fonts " + std::string(value) + ": not known: give yes or no");
-        library->fontSources.useSystemFonts = value == "yes";
-    } else if (name == "temp-dir") {
-        std::error_code failure;
-        if (!std::filesystem::is_directory(value, failure))
-            throw OptionError("temp-dir " + std::string(value) + ": no such directory: check the name");
-        library->temporaryFolder = value;
-    } else {
-        throw OptionError(
-            std::string(name).append(": no option of a library: give font-dir, system-fonts or temp-dir"));
-    }
+    std::string names;
+    for (const LibraryOption &option : LibraryOptions())
+        names.append(names.empty() ? "" : ", ").append(option.name);
+    return names.empty() ? "this one is built without files and has none" : "give one of " + names;
+}
+
+// Throws CallError for what is no profile of a CMYK press.
+void CheckProfile(const std::string &name, const ProfileBytes &bytes)
+{
+    ScreenOptions options;
+    options.profile = name;
+    options.profileBytes = bytes;
+    std::string error;
+    if (ScreenColours::Make(options, &error) == nullptr)
+        throw CallError(VX_WRONG_ARGUMENT, error + ": give an ICC profile of a CMYK press");
 }
 
 } // namespace
@@ -67,15 +73,63 @@ const Installation &vx_library::Installed()
     const std::lock_guard lock(mutex_);
     if (installation_.fonts == nullptr) {
         installation_.plugin = MakeLinkedPlugin();
-        installation_.fonts = MakeFontconfigFonts(fontSources);
+        installation_.fonts = ListFonts(fontSources_);
     }
     return installation_;
 }
 
-bool vx_library::IsInstalled()
+void vx_library::ChangeFonts(std::string_view what, const std::function<void(FontSources *)> &change)
 {
     const std::lock_guard lock(mutex_);
-    return installation_.fonts != nullptr;
+    if (installation_.fonts != nullptr)
+        throw CallError(VX_WRONG_ARGUMENT,
+                        std::string(what).append(" comes too late, the fonts are listed: set it before they "
+                                                 "are counted or mapped, or a document is opened"));
+    change(&fontSources_);
+}
+
+Choices vx_library::GetChoices()
+{
+    const std::lock_guard lock(mutex_);
+    return choices_;
+}
+
+// All or nothing, whatever is thrown.
+void vx_library::ChangeChoices(const std::function<void(Choices *)> &change)
+{
+    const std::lock_guard lock(mutex_);
+    change(&choices_);
+}
+
+void vx_library::MapFonts(const FontMap &rows)
+{
+    const FontList &fonts = *Installed().fonts;
+    std::set<std::string_view> names;
+    for (int32_t i = 0; i < fonts.Count(); ++i)
+        names.insert(fonts.At(i).postScriptName);
+    for (const auto &[asked, font] : rows) {
+        if (!names.contains(font))
+            throw OptionError("no font \"" + Printable(font, 60) + "\" to serve \"" + Printable(asked, 60) +
+                              "\": vx_library_font_at lists those that there are");
+    }
+    FontMap added = rows; // before anything changes: memory may run out
+    ChangeChoices([&](Choices *choices) {
+        const auto isNew = [&](const auto &row) { return !choices->served.contains(row.first); };
+        if (choices->served.size() + static_cast<size_t>(std::ranges::count_if(added, isNew)) > kMaxMapRows)
+            throw CallError(VX_WRONG_ARGUMENT, "the font map has more than " + std::to_string(kMaxMapRows) +
+                                                   " rows: leave out what no document needs");
+        added.merge(choices->served); // those that are there stay behind the new ones
+        choices->served.swap(added);
+    });
+}
+
+const LibraryOption *vxhost::FindLibraryOption(std::string_view name)
+{
+    for (const LibraryOption &option : LibraryOptions()) {
+        if (option.name == name)
+            return &option;
+    }
+    return nullptr;
 }
 
 extern "C" {
@@ -103,11 +157,33 @@ void vx_library_free(vx_library *library)
     delete library;
 }
 
+size_t vx_library_option_count(void)
+{
+    return LibraryOptions().size();
+}
+
+vx_status vx_library_option_at(size_t index, vx_option *option, vx_error *error)
+{
+    return Call(error, [&] {
+        CheckThere(option, "option");
+        CheckSize(option->size, sizeof *option, "vx_option");
+        CheckIndex(index, LibraryOptions().size());
+        const LibraryOption &row = LibraryOptions()[index];
+        *option = {sizeof *option, row.name, row.value, row.choices, row.standard, "", row.help, 0, 0};
+    });
+}
+
 vx_status vx_library_set(vx_library *library, const char *name, const char *value, vx_error *error)
 {
     return Call(error, [&] {
         CheckThere(library, "library");
-        SetLibrary(library, CheckText(name, "name"), CheckText(value, "value"));
+        const std::string_view option = CheckText(name, "name");
+        const std::string text(CheckText(value, "value"));
+        const LibraryOption *row = FindLibraryOption(option);
+        if (row == nullptr)
+            throw OptionError(
+                std::string(option).append(": no option of a library: ").append(NamesOfLibraryOptions()));
+        row->set(library, text);
     });
 }
 
@@ -116,14 +192,46 @@ vx_status vx_library_add_font(vx_library *library, const void *bytes, size_t siz
     return Call(error, [&] {
         CheckThere(library, "library");
         CheckThere(bytes, "bytes");
-        CheckInTime(library, "the font");
         const auto *first = static_cast<const std::byte *>(bytes);
         const SharedFontBytes font = FontBytes::FromMemory({first, first + size});
         if (FontFile::Open(font, 0) == nullptr)
             throw CallError(VX_WRONG_ARGUMENT,
                             "the bytes are no font that can be read: give a whole OpenType or "
                             "Type 1 file");
-        library->fontSources.memory.push_back(font);
+        library->ChangeFonts("the font", [&](FontSources *sources) { sources->memory.push_back(font); });
+    });
+}
+
+vx_status vx_library_map_font(vx_library *library, const char *asked, const char *served, vx_error *error)
+{
+    return Call(error, [&] {
+        CheckThere(library, "library");
+        const std::string name = CheckName(asked, "asked");
+        if (served == nullptr)
+            library->ChangeChoices([&](Choices *choices) { choices->served.erase(name); });
+        else
+            library->MapFonts({{name, CheckName(served, "served")}});
+    });
+}
+
+vx_status vx_library_add_profile(vx_library *library, const char *name, const void *bytes, size_t size,
+                                 vx_error *error)
+{
+    return Call(error, [&] {
+        CheckThere(library, "library");
+        const std::string profile = CheckName(name, "name");
+        CheckThere(bytes, "bytes");
+        if (profile == "fogra39" || profile == "none")
+            throw CallError(VX_WRONG_ARGUMENT,
+                            "the name \"" + profile + "\" is taken by what is built in: give another");
+        if (size > kMaxProfileBytes)
+            throw CallError(VX_WRONG_ARGUMENT, "the profile has " + std::to_string(size) +
+                                                   " bytes, and the most is " +
+                                                   std::to_string(kMaxProfileBytes) + ": give a smaller one");
+        const auto *first = static_cast<const std::byte *>(bytes);
+        const auto copy = std::make_shared<const std::vector<std::byte>>(first, first + size);
+        CheckProfile(profile, copy);
+        library->ChangeChoices([&](Choices *choices) { choices->profiles.insert_or_assign(profile, copy); });
     });
 }
 

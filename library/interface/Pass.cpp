@@ -1,5 +1,6 @@
 #include "library/interface/Pass.h"
 
+#include "host/SystemText.h"
 #include "host/reading/Utf8.h"
 #include "library/Values.h"
 #include "library/Warnings.h"
@@ -80,8 +81,7 @@ void CheckOutcome(const vx_document &document, const Outcome &outcome)
         if (!outcome.headerAccepted)
             throw CallError(VX_NOT_A_DRAWING, WhyRefused(document.header, document.bytes->Bytes().size()));
         throw CallError(VX_MALFORMED, "malformed near byte " + std::to_string(outcome.bytesRead) + " of " +
-                                          std::to_string(outcome.bytesTotal) +
-                                          ": get a whole copy, or see how far vx trace gets");
+                                          std::to_string(outcome.bytesTotal) + ": get a whole copy");
     default:
         throw CallError(VX_FAILED, "the interpreter gave result " + std::to_string(outcome.result) +
                                        ": keep the document and report it");
@@ -160,6 +160,7 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
     const Watch watch(*document);
     const Settings &settings = document->settings;
     ReadingOptions options;
+    options.served = document->choices.served;
     options.substitute = settings.substitute;
     options.script = settings.script;
     options.maxMemory = settings.memory > 0 ? settings.memory : std::numeric_limits<int64_t>::max();

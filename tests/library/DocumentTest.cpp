@@ -142,6 +142,8 @@ TEST(Options, ThatAreNotThereAreTold)
     EXPECT_STREQ(error.text, "no format \"gif\": give one of pdf, svg, png");
     const OwnedLibrary library = MakeLibrary();
     EXPECT_EQ(vx_library_set(library.get(), "fonts", "x", &error), VX_WRONG_OPTION);
+    EXPECT_STREQ(error.text,
+                 "fonts: no option of a library: give one of font-dir, font-map, system-fonts, temp-dir");
     EXPECT_EQ(vx_library_set(library.get(), "font-dir", "/no/such", &error), VX_WRONG_OPTION);
     EXPECT_STREQ(error.text, "font-dir /no/such: no such directory: check the name");
     EXPECT_EQ(vx_library_set(library.get(), "system-fonts", "maybe", &error), VX_WRONG_OPTION);
@@ -386,55 +388,4 @@ TEST(Writing, EndsTheCallWhereItFails)
 }
 
 } // namespace
-std::string FontFileOf(const std::string &name)
-{
-    std::ifstream file("/usr/share/fonts/opentype/urw-base35/" + name + ".otf", std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-// With that one font alone the text is drawn as it is with the folder that the font is in.
-TEST(LibraryFonts, MayComeFromMemory)
-{
-    const std::string font = FontFileOf("NimbusSans-Regular");
-    ASSERT_GT(font.size(), 1000U);
-    const std::string text = DrawingOf("0 To 1 0 0 1 5 5 0 Tp TP 0 Tr /_Helvetica 20 Tf (Rag) Tx TO\n");
-    std::string pictures[2];
-    for (const bool isFromMemory : {true, false}) {
-        const OwnedLibrary library = MakeLibrary();
-        vx_error error = kNoError;
-        ASSERT_EQ(vx_library_set(library.get(), "system-fonts", "no", &error), VX_OK) << error.text;
-        if (isFromMemory) {
-            std::string given = font;
-            ASSERT_EQ(vx_library_add_font(library.get(), given.data(), given.size(), &error), VX_OK)
-                << error.text;
-            given.assign(given.size(), '\0'); // it was copied
-        } else {
-            ASSERT_EQ(
-                vx_library_set(library.get(), "font-dir", "/usr/share/fonts/opentype/urw-base35", &error),
-                VX_OK)
-                << error.text;
-        }
-        const OwnedDocument document = OpenBytes(text, library.get());
-        for (const char *format : {"png", "svg", "pdf"})
-            pictures[isFromMemory ? 0 : 1] += Rendered(document.get(), format);
-        EXPECT_EQ(vx_document_warning_count(document.get()), 0U);
-    }
-    EXPECT_EQ(pictures[0], pictures[1]);
-    EXPECT_NE(pictures[0].find("Nimbus Sans"), std::string::npos);
-}
-
-TEST(LibraryFonts, WhatIsNoFontOrComesTooLateIsRefused)
-{
-    const std::string font = FontFileOf("NimbusSans-Regular");
-    const OwnedLibrary library = MakeLibrary();
-    vx_error error = kNoError;
-    EXPECT_EQ(vx_library_add_font(library.get(), "no font", 7, &error), VX_WRONG_ARGUMENT);
-    EXPECT_EQ(vx_library_add_font(library.get(), nullptr, 7, &error), VX_WRONG_ARGUMENT);
-    EXPECT_EQ(vx_library_add_font(nullptr, font.data(), font.size(), &error), VX_WRONG_ARGUMENT);
-    EXPECT_EQ(vx_library_add_font(library.get(), font.data(), 0, &error), VX_WRONG_ARGUMENT);
-    (void)OpenBytes(LeftHalf(), library.get());
-    EXPECT_EQ(vx_library_add_font(library.get(), font.data(), font.size(), &error), VX_WRONG_ARGUMENT);
-    EXPECT_EQ(std::string_view(error.text).substr(0, 23), "the font comes too late");
-}
-
 } // namespace vxtest

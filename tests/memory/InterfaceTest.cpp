@@ -5,6 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -84,7 +87,106 @@ TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
 INSTANTIATE_TEST_SUITE_P(Formats, InterfaceWithoutMemory, testing::Values("png", "svg"),
                          [](const auto &tested) { return std::string(tested.param); });
 
-// Making a library fails in the same ways.
+// What a library is given.
+struct GivingCase {
+    const char *name;
+    bool isBeforeFonts; // it comes before they are listed
+    vx_status (*give)(vx_library *library, vx_error *error);
+};
+
+void PrintTo(const GivingCase &giving, std::ostream *to)
+{
+    *to << giving.name;
+}
+
+std::string ReadBytes(const char *path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// These are read before anything fails.
+const std::string kFont = ReadBytes("/usr/share/fonts/opentype/urw-base35/C059-Bold.otf");
+const std::string kProfile = ReadBytes(VX_SOURCE_DIR "/devices/colour/profiles/fogra39.icc");
+
+const std::string kMapFile = [] {
+    std::string path = testing::TempDir() + "vx-interface-test.map";
+    std::ofstream(path) << "A name that is too long to be kept in place = C059-Bold\n";
+    return path;
+}();
+
+const GivingCase kGiving[] = {
+    {"Font", true,
+     [](vx_library *library, vx_error *error) {
+         return vx_library_add_font(library, kFont.data(), kFont.size(), error);
+     }},
+    {"FontMap", false,
+     [](vx_library *library, vx_error *error) {
+         return vx_library_map_font(library, "A name that is too long to be kept in place", "C059-Bold",
+                                    error);
+     }},
+    {"FontMapFile", false,
+     [](vx_library *library, vx_error *error) {
+         return vx_library_set(library, "font-map", kMapFile.c_str(), error);
+     }},
+    {"Profile", false,
+     [](vx_library *library, vx_error *error) {
+         return vx_library_add_profile(library, "press", kProfile.data(), kProfile.size(), error);
+     }},
+    {"TemporaryFolder", false,
+     [](vx_library *library, vx_error *error) {
+         return vx_library_set(library, "temp-dir", VX_SOURCE_DIR "/samples", error);
+     }},
+};
+
+class GivingWithoutMemory : public testing::TestWithParam<GivingCase>
+{
+};
+
+vx_library *MakeLibraryForGiving(bool isBeforeFonts)
+{
+    vx_library *library = nullptr;
+    size_t count = 0;
+    EXPECT_EQ(vx_library_create(VX_INTERFACE, &library, nullptr), VX_OK);
+    EXPECT_EQ(vx_library_set(library, "system-fonts", "no", nullptr), VX_OK);
+    if (!isBeforeFonts) {
+        EXPECT_EQ(vx_library_add_font(library, kFont.data(), kFont.size(), nullptr), VX_OK);
+        EXPECT_EQ(vx_library_font_count(library, &count, nullptr), VX_OK);
+    }
+    return library;
+}
+
+// After the call that failed the same call does well.
+TEST_P(GivingWithoutMemory, IsToldAndCanBeDoneAgain)
+{
+    if (!vxtest::CanMallocFail())
+        GTEST_SKIP() << "a sanitizer has its own malloc";
+    const auto &[name, isBeforeFonts, give] = GetParam();
+    uint64_t told = 0, count = 1;
+    for (uint64_t number = 0; number <= count; ++number) { // with 0 none fails, and they are counted
+        vx_library *library = MakeLibraryForGiving(isBeforeFonts);
+        vx_error error = {sizeof error, VX_OK, ""};
+        std::optional<MallocFailure> failure(std::in_place, number, FailingMalloc::Once,
+                                             vxtest::AllocationsOf::All);
+        const vx_status status = give(library, &error);
+        count = number == 0 ? MallocFailure::Count() : count;
+        failure.reset();
+        EXPECT_TRUE(status == VX_OUT_OF_MEMORY || status == VX_OK)
+            << "allocation " << number << " of " << count << ": status " << status << ", \"" << error.text
+            << '"';
+        EXPECT_TRUE(status == VX_OK || number > 0);
+        told += status == VX_OUT_OF_MEMORY ? 1 : 0;
+        EXPECT_EQ(give(library, &error), VX_OK) << error.text;
+        vx_library_free(library);
+    }
+    EXPECT_GT(count, 0U);
+    EXPECT_GE(told + 5, count) << "few allocations are ones that nobody needs";
+}
+
+INSTANTIATE_TEST_SUITE_P(Given, GivingWithoutMemory, testing::ValuesIn(kGiving),
+                         [](const auto &tested) { return std::string(tested.param.name); });
+
+// Making a library, too.
 TEST(InterfaceCreation, TellsTheLackOfMemory)
 {
     if (!vxtest::CanMallocFail())

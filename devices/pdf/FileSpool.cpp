@@ -1,5 +1,6 @@
-#include "devices/pdf/PieceSpool.h"
+#include "devices/pdf/FileSpool.h"
 
+#include "host/SystemText.h"
 #include "host/TemporaryFile.h"
 
 #include <fcntl.h>
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 
 namespace vxhost::pdf
 {
@@ -17,30 +17,36 @@ namespace
 
 constexpr size_t kReadBytes = 256 * 1024;
 
+int OpenFile(const PdfOptions &options)
+{
+    if (options.spool >= 0)
+        return fcntl(options.spool, F_DUPFD_CLOEXEC, 0);
+    return options.spoolFolder.empty() ? OpenTemporaryFile() : OpenTemporaryFile(options.spoolFolder);
+}
+
 } // namespace
 
-PieceSpool::PieceSpool(int descriptor)
-    : file_(descriptor >= 0 ? fcntl(descriptor, F_DUPFD_CLOEXEC, 0) : OpenTemporaryFile())
+FileSpool::FileSpool(const PdfOptions &options) : file_(OpenFile(options))
 {
     if (file_ < 0)
         Fail(errno);
 }
 
-PieceSpool::~PieceSpool()
+FileSpool::~FileSpool()
 {
     if (file_ >= 0)
         close(file_);
 }
 
-void PieceSpool::Fail(int cause)
+void FileSpool::Fail(int cause)
 {
     failure_ = {FailureKind::SpoolFailed,
-                std::string("cannot keep the page in a temporary file, ") + std::strerror(cause) +
-                    ": name another folder in TMPDIR",
+                "cannot keep the page in a temporary file, " + SystemText(cause) +
+                    ": name another folder in --temp-dir",
                 cause};
 }
 
-void PieceSpool::Clear()
+void FileSpool::Clear()
 {
     pieces_.clear();
     end_ = 0;
@@ -48,7 +54,7 @@ void PieceSpool::Clear()
         failure_ = {};
 }
 
-void PieceSpool::Add(std::span<const char> piece)
+void FileSpool::Add(std::span<const char> piece)
 {
     if (failure_)
         return;
@@ -64,7 +70,7 @@ void PieceSpool::Add(std::span<const char> piece)
     }
 }
 
-void PieceSpool::Take(size_t piece, const std::function<void(std::span<const char>)> &take)
+void FileSpool::Take(size_t piece, const std::function<void(std::span<const char>)> &take)
 {
     const Piece wanted = pieces_[piece];
     if (wanted.isTaken)
@@ -85,6 +91,11 @@ void PieceSpool::Take(size_t piece, const std::function<void(std::span<const cha
         static_cast<void>(fallocate(file_, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, at, got));
         at += got;
     }
+}
+
+std::unique_ptr<PieceSpool> MakePieceSpool(const PdfOptions &options)
+{
+    return std::make_unique<FileSpool>(options);
 }
 
 } // namespace vxhost::pdf

@@ -1,0 +1,14 @@
+// Where there are no files a page is kept in memory.
+#include "devices/pdf/PieceSpool.h"
+
+#include "devices/pdf/MemorySpool.h"
+
+namespace vxhost::pdf
+{
+
+std::unique_ptr<PieceSpool> MakePieceSpool(const PdfOptions &options)
+{
+    return std::make_unique<MemorySpool>(options.memoryLimit);
+}
+
+} // namespace vxhost::pdf

@@ -1,0 +1,14 @@
+// Where there are no files none can be opened.
+#include "host/MappedFile.h"
+
+namespace vxhost
+{
+
+std::shared_ptr<const MappedFile> MappedFile::Open(const std::string &)
+{
+    return nullptr;
+}
+
+MappedFile::~MappedFile() = default;
+
+} // namespace vxhost

@@ -1,0 +1,77 @@
+// What a library that is built without a system says where a program asks for one.
+#include "tests/library/Support.h"
+
+#include <cstdint>
+
+namespace vxtest
+{
+namespace
+{
+
+TEST(Bare, NoFileCanBeOpened)
+{
+    vx_document *document = nullptr;
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_open_file(SharedLibrary(), VX_SOURCE_DIR "/samples/gift.vx", &document, &error),
+              VX_CANNOT_READ);
+    EXPECT_EQ(std::string_view(error.text),
+              VX_SOURCE_DIR "/samples/gift.vx: this library is built without files: open its bytes");
+    EXPECT_EQ(document, nullptr);
+}
+
+TEST(Bare, NothingIsChosenAboutAMachine)
+{
+    EXPECT_EQ(vx_library_option_count(), 0U);
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_library_set(SharedLibrary(), "font-dir", "/", &error), VX_WRONG_OPTION);
+    EXPECT_STREQ(error.text,
+                 "font-dir: no option of a library: this one is built without files and has none");
+}
+
+TEST(Bare, ThereAreNoFontsButThoseGiven)
+{
+    const OwnedLibrary library = MakeLibrary();
+    size_t count = 0;
+    EXPECT_EQ(vx_library_font_count(library.get(), &count, nullptr), VX_OK);
+    EXPECT_EQ(count, 1U); // which stands for boxes
+    vx_font_entry entry = {};
+    entry.size = sizeof entry;
+    EXPECT_EQ(vx_library_font_at(library.get(), 0, &entry, nullptr), VX_OK);
+    EXPECT_STREQ(entry.postscript, "VXBoxes");
+}
+
+TEST(Bare, AProfileInAFileIsNotThere)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    Set(document.get(), "profile", VX_SOURCE_DIR "/devices/colour/profiles/fogra39.icc");
+    std::string bytes;
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_render(document.get(), "png", AppendBytes, &bytes, &error), VX_WRONG_OPTION);
+    EXPECT_TRUE(std::string_view(error.text).ends_with("cannot be read as an ICC profile")) << error.text;
+}
+
+// It has more than may be held after it is compressed.
+TEST(Bare, APdfIsPutTogetherInTheMemoryThatThereMayBe)
+{
+    std::string body = "0 0 0 1 k\n";
+    uint32_t random = 1;
+    const auto next = [&random] {
+        return std::to_string((random = random * 1664525 + 1013904223) >> 20) + " ";
+    };
+    for (int i = 0; i < 300000; ++i)
+        body += next() + next() + "m\n" + next() + next() + "l\n" + next() + next() + "l\nf\n";
+    const OwnedDocument document = OpenBytes(DrawingOf(body));
+    Set(document.get(), "max-memory", "1M");
+    std::string bytes;
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_render(document.get(), "pdf", AppendBytes, &bytes, &error), VX_LIMIT);
+    EXPECT_STREQ(error.text,
+                 "the page takes more than 1048576 bytes before its file is written: allow more with "
+                 "max-memory");
+    EXPECT_EQ(bytes, "");
+    Set(document.get(), "max-memory", nullptr);
+    EXPECT_GT(Rendered(document.get(), "pdf").size(), size_t{1} << 20);
+}
+
+} // namespace
+} // namespace vxtest
