@@ -201,7 +201,7 @@ typedef struct vx_facts {
 vx_status vx_document_facts(vx_document *document, vx_facts *facts, vx_error *error);
 
 /*
- * All that is known of the document as one JSON object, as `vx info --json` prints it but for the file's name: the
+ * All that is known of the document as one JSON object, as `vx info --json` prints it but for "file" and "confinedBy": the
  * document is read to its end, and nothing drawn. The text is valid until the next call of this.
  */
 vx_status vx_document_json(vx_document *document, const char **json, vx_error *error);

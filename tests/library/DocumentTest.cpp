@@ -88,7 +88,7 @@ std::string OutputOf(const std::string &command)
     return text;
 }
 
-TEST(Json, IsWhatTheCommandPrintsButForTheFile)
+TEST(Json, IsWhatTheCommandPrintsButForTheFileAndTheConfinement)
 {
     for (const char *sample : {"text-point", "gradients", "overprint", "binary-wrapper"}) {
         const std::string path = std::string(VX_SOURCE_DIR "/samples/") + sample + ".vx";
@@ -96,6 +96,9 @@ TEST(Json, IsWhatTheCommandPrintsButForTheFile)
         const std::string file = "\"file\":\"" + path + "\",";
         ASSERT_NE(expected.find(file), std::string::npos) << expected;
         expected.erase(expected.find(file), file.size());
+        const size_t confinement = expected.find(",\"confinedBy\":");
+        ASSERT_NE(confinement, std::string::npos) << expected;
+        expected.erase(confinement, expected.rfind('}') - confinement);
         const OwnedDocument document = OpenSample(sample);
         const char *json = nullptr;
         ASSERT_EQ(vx_document_json(document.get(), &json, nullptr), VX_OK);

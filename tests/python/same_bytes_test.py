@@ -45,7 +45,7 @@ def test_the_facts_are_those_of_the_command(path):
         assert (header.box, header.monochrome) == (info.box, info.monochrome)
         assert [(font.asked, font.served, font.match) for font in drawing.fonts] == [
             (font.asked, font.served, font.match) for font in info.fonts]
-    assert as_json(info) == {name: fact for name, fact in facts.items() if name not in ("file", "vx", "result")}
+    assert as_json(info) == {name: fact for name, fact in facts.items() if name not in ("file", "vx", "result", "confinedBy")}
 
 
 def as_json(value):
