@@ -1,7 +1,9 @@
-// Fuzzes what is read of a document before it is interpreted: its header, by the plug-in and by its host, and its font names.
+// Fuzzes what is read of a document before it is interpreted: its header, by the plug-in and by its host, its font names
+// and its end.
 #include "fuzz/HostileHost.h"
 #include "fuzz/Require.h"
 #include "host/fonts/FontNameScan.h"
+#include "host/reading/DocumentEnd.h"
 #include "host/reading/HeaderScan.h"
 
 #include <string>
@@ -17,6 +19,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     vxfuzz::Require(vxhost::WhyRefused(facts, size).find('\n') == std::string::npos,
                     "a message of two lines");
     vxfuzz::Require(fonts.size() <= vxhost::kMaxAskedFonts, "too many fonts");
+    const vxhost::DocumentEnd end = vxhost::FindEnd(*document, true);
+    const vxhost::DocumentEnd quick = vxhost::FindEnd(*document, false);
+    vxfuzz::Require(end.isSaid == quick.isSaid && end.isInLine == quick.isInLine, "two ends");
+    vxfuzz::Require(!quick.isSaid || quick.open == vxhost::OpenThings(), "things that nobody looked for");
     input.behaviour.selector = size % 2 == 0 ? kVXCanRead : kVXStreamInfo;
     vxfuzz::HostileHost host(input);
     host.Call();

@@ -3,6 +3,7 @@
 
 #include "host/Failure.h"
 #include "host/drawing/Device.h"
+#include "host/reading/DocumentEnd.h"
 
 #include <vx/Toolbox.h>
 
@@ -60,6 +61,7 @@ struct Outcome {
     std::vector<Report> reports;
     std::vector<FontUse> fonts;
     Counts counts;
+    DocumentEnd end; // of one that was read to its end, or as far as it can be read
 };
 
 } // namespace vxhost

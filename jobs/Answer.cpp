@@ -101,6 +101,13 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.AddList(outcome.fonts, kFontsSize, &omitted.fonts,
                  [](auto &to, FontUse &font) { Describe(to, font); });
     Describe(flat, outcome.counts);
+    flat.Add(outcome.end.isSaid);
+    flat.Add(outcome.end.isInLine);
+    OpenThings &open = outcome.end.open;
+    for (uint64_t *count :
+         {&open.groups, &open.compoundPaths, &open.saves, &open.layers, &open.gradients, &open.texts})
+        flat.Add(*count);
+    flat.Add(open.isSetup);
 }
 
 template <typename Flat>

@@ -3,6 +3,7 @@
 #include "host/JsonText.h"
 
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vxhost
@@ -38,6 +39,20 @@ Json JsonOf(const Counts &counts)
     json["segments"] = counts.segments;
     json["shows"] = counts.shows;
     json["strokes"] = counts.strokes;
+    return json;
+}
+
+// What was begun and not ended; only that.
+Json JsonOf(const OpenThings &open)
+{
+    const std::pair<const char *, uint64_t> counts[] = {
+        {"groups", open.groups}, {"compoundPaths", open.compoundPaths}, {"saves", open.saves},
+        {"layers", open.layers}, {"gradients", open.gradients},         {"texts", open.texts}};
+    Json json = Json::object();
+    for (const auto &[name, count] : counts) {
+        if (count > 0)
+            json[name] = count;
+    }
     return json;
 }
 
@@ -92,6 +107,8 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["fonts"] = JsonOf(outcome.fonts);
     facts["uses"] = JsonOf(outcome.counts);
     facts["problems"] = JsonOf(outcome.reports);
+    facts["whole"] = outcome.end.isSaid;
+    facts["open"] = JsonOf(outcome.end.open);
     facts["bytes"] = outcome.bytesTotal;
     facts["lineEnds"] = header.lineEnds;
     facts["epsWrapper"] = header.epsWrapper;

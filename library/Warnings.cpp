@@ -2,6 +2,8 @@
 
 #include "host/reading/Utf8.h"
 
+#include <vx/HostCall.h>
+
 #include <utility>
 
 namespace vxhost
@@ -29,6 +31,16 @@ std::string LackText(const FontUse &font)
            (font.served == font.asked ? "" : " of " + Quoted(font.asked)) + ": install one that has them";
 }
 
+std::string CutText(const DocumentEnd &end)
+{
+    std::string text = "the file is cut short, no line %%PageTrailer, %%Trailer or %%EOF ends it";
+    if (const std::string open = OpenText(end.open); !open.empty())
+        text += ", within " + open;
+    if (end.isInLine)
+        text += ", in the middle of a line";
+    return text + ": look for a whole copy";
+}
+
 } // namespace
 
 std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view fontHelp)
@@ -51,6 +63,8 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
         if (font.match != FontMatch::Missing && font.missingGlyphs > 0)
             warnings.push_back(LackText(font));
     }
+    if (outcome.result == kVXOk && outcome.headerAccepted && !outcome.end.isSaid)
+        warnings.push_back(CutText(outcome.end));
     if (outcome.undrawnTexts > 0)
         warnings.push_back(
             std::to_string(outcome.undrawnTexts) + (outcome.undrawnTexts == 1 ? " text is" : " texts are") +

@@ -43,11 +43,11 @@ std::string NoDrawingText(const Result &result, Audience audience)
 
 std::string MalformedText(const std::string &input, const Result &result, const Telling &telling)
 {
-    return fmt::format("malformed near byte {} of {}{}: {}", result.outcome.bytesRead, result.size,
-                       LostText(telling.audience),
-                       telling.audience == Audience::Trace
-                           ? std::string("the last calls above come just before it")
-                           : fmt::format("vx trace {} shows how far it got", input));
+    return fmt::format(
+        "malformed near byte {} of {}{}: {}{}", result.outcome.bytesRead, result.size,
+        LostText(telling.audience), result.outcome.end.isSaid ? "" : "the file may be cut short, ",
+        telling.audience == Audience::Trace ? std::string("the last calls above come just before it")
+                                            : fmt::format("vx trace {} shows how far it got", input));
 }
 
 std::string OutputText(const Result &result, const Telling &telling)

@@ -195,21 +195,6 @@ bool IsFourNumbers(std::string_view value)
     return Trimmed(value).empty();
 }
 
-// The drawing inside the file: all of it, or the section that a binary EPS header names.
-std::string_view DrawingSection(std::string_view file, bool *isWrapped)
-{
-    *isWrapped = file.size() >= kMinDocumentBytes && file.starts_with(kEpsSignature);
-    if (!*isWrapped)
-        return file;
-    const auto word = [&](size_t at) {
-        uint32_t value = 0;
-        for (size_t i = 4; i-- > 0;)
-            value = value << 8 | static_cast<uint8_t>(file[at + i]);
-        return value;
-    };
-    return file.substr(std::min<size_t>(word(4), file.size()), word(8));
-}
-
 std::string LineEnds(std::string_view text)
 {
     size_t pairs = 0, returns = 0, feeds = 0;
@@ -287,6 +272,20 @@ class Scanner
 };
 
 } // namespace
+
+std::string_view DrawingSection(std::string_view file, bool *isWrapped)
+{
+    *isWrapped = file.size() >= kMinDocumentBytes && file.starts_with(kEpsSignature);
+    if (!*isWrapped)
+        return file;
+    const auto word = [&](size_t at) {
+        uint32_t value = 0;
+        for (size_t i = 4; i-- > 0;)
+            value = value << 8 | static_cast<uint8_t>(file[at + i]);
+        return value;
+    };
+    return file.substr(std::min<size_t>(word(4), file.size()), word(8));
+}
 
 HeaderFacts ScanHeader(std::span<const std::byte> file)
 {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vxhost
@@ -29,6 +30,9 @@ struct HeaderFacts {
     std::vector<std::string> customColours;
     std::vector<std::string> fonts;
 };
+
+// The drawing inside the file: all of it, or the section that a binary EPS header names.
+std::string_view DrawingSection(std::string_view file, bool *isWrapped);
 
 HeaderFacts ScanHeader(std::span<const std::byte> file);
 

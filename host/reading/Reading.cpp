@@ -100,6 +100,16 @@ void Reading::TellLackedFont(Outcome *outcome)
         outcome->lackedFont = "its name is unknown";
 }
 
+// What is malformed may be so because it is cut.
+void Reading::TellEnd(Outcome *outcome)
+{
+    if (outcome->result != kVXOk && !(outcome->result == kVXBadFormat && outcome->headerAccepted))
+        return;
+    if (!end_)
+        end_ = FindEnd(document_, false);
+    outcome->end = *end_;
+}
+
 Outcome Reading::ReadInfo()
 {
     return Interpret(
@@ -118,9 +128,11 @@ Page Reading::PageFor(const std::optional<Box> &box)
 
 Outcome Reading::Draw(const Page &page, Device &device)
 {
-    return Interpret([&](const ParseOptions &options) {
+    Outcome outcome = Interpret([&](const ParseOptions &options) {
         return installation_.plugin->Draw(document_, options, page, device);
     });
+    TellEnd(&outcome);
+    return outcome;
 }
 
 Outcome Reading::Look()
@@ -131,6 +143,7 @@ Outcome Reading::Look()
     Page page;
     page.box = {0, 0, 1, 1}; // any will do for a device that draws nothing; the document's may be empty
     NoDevice device;
+    end_ = FindEnd(document_, true);
     return Draw(page, device);
 }
 
@@ -146,6 +159,7 @@ Outcome Reading::Trace(TraceWriter &writer)
         return installation_.plugin->Parse(document_, traced, table.Procs(), table.Drawing());
     });
     table.Finish(outcome.result);
+    TellEnd(&outcome);
     return outcome;
 }
 

@@ -66,6 +66,7 @@ class Reading
     template <typename Parse>
     Outcome Interpret(const Parse &parse);
     void TellLackedFont(Outcome *outcome);
+    void TellEnd(Outcome *outcome);
 
     const Installation &installation_;
     const Document &document_;
@@ -74,6 +75,7 @@ class Reading
     DocumentFontOptions fontOptions_;
     DocumentFonts fonts_;
     OpenFonts openFonts_;
+    std::optional<DocumentEnd> end_; // once it is known
 };
 
 } // namespace vxhost

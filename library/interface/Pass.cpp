@@ -81,7 +81,9 @@ void CheckOutcome(const vx_document &document, const Outcome &outcome)
         if (!outcome.headerAccepted)
             throw CallError(VX_NOT_A_DRAWING, WhyRefused(document.header, document.bytes->Bytes().size()));
         throw CallError(VX_MALFORMED, "malformed near byte " + std::to_string(outcome.bytesRead) + " of " +
-                                          std::to_string(outcome.bytesTotal) + ": get a whole copy");
+                                          std::to_string(outcome.bytesTotal) +
+                                          (outcome.end.isSaid ? "" : ", the file may be cut short") +
+                                          ": get a whole copy");
     default:
         throw CallError(VX_FAILED, "the interpreter gave result " + std::to_string(outcome.result) +
                                        ": keep the document and report it");

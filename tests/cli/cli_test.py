@@ -7,6 +7,7 @@ import errno
 import itertools
 import json
 import os
+import re
 import resource
 import signal
 import stat
@@ -811,6 +812,56 @@ class Fonts(CommandTest):
                       "/usr/share/fonts/opentype/urw-base35/NimbusSans-Regular.otf", lines)
         output, _ = self.run_vx("fonts", "--list", "--json", *self.ONLY)
         self.assertIn("NimbusSans-Bold", [json.loads(line)["name"] for line in output.splitlines()])
+
+
+class CutShort(CommandTest):
+    """Documents of which the end is lost."""
+
+    END = re.compile(rb"(?<=[\r\n])%%(?:PageTrailer|Trailer|EOF)[ \t]*(?=[\r\n]|$)")
+
+    def cuts(self):
+        """Each sample, cut at every tenth between the setup's end and the line that ends it."""
+        for name in sample_names():
+            with open(sample(name), "rb") as file:
+                data = file.read()
+            start = data.index(b"%%EndSetup") + len(b"%%EndSetup")
+            end = self.END.search(data, start).start()
+            for tenth in range(1, 10):
+                yield self.write("%s-%d.vx" % (name, tenth), data[:start + (end - start) * tenth // 10])
+
+    def test_no_cut_goes_unnoticed(self):
+        output, _ = self.run_vx("info", "--json", "--strict", "-q", *self.cuts(), status=1)
+        facts = [json.loads(line) for line in output.splitlines()]
+        self.assertEqual(len(facts), 9 * len(sample_names()))
+        malformed = [fact["error"] for fact in facts if "error" in fact]
+        self.assertTrue(all("the file may be cut short" in error for error in malformed), malformed)
+        unnoticed = [fact["file"] for fact in facts if "error" not in fact and fact["whole"]]
+        self.assertEqual(unnoticed, [])
+
+    def test_a_whole_drawing_is_not_warned_of(self):
+        output, _ = self.run_vx("info", "--json", *[sample(name) for name in sample_names()])
+        for line in output.splitlines():
+            self.assertEqual((json.loads(line)["whole"], json.loads(line)["open"]), (True, {}), line)
+
+    def test_a_cut_is_a_warning_of_every_command(self):
+        self.write("a.vx", document("u\nu\n1 1 1 1 0 0 0 0 0 0 Lb\n0 0 m\n1 1", end=""))
+        told = ("vx: a.vx: warning: the file is cut short, no line %%PageTrailer, %%Trailer or %%EOF ends it, within "
+                "2 groups and a layer, in the middle of a line: look for a whole copy")
+        for words in (["info"], ["fonts"], ["trace"], ["render", "-o", "a.png"], ["render", "-f", "pdf,svg", "-o", "b.{ext}"]):
+            with self.subTest(words):
+                self.assertEqual(self.run_vx(*words, "a.vx")[1], [told])
+                self.run_vx(*words, "a.vx", "--strict", status=3)
+        output, _ = self.run_vx("info", "--json", "a.vx")
+        facts = json.loads(output)
+        self.assertEqual((facts["whole"], facts["open"]), (False, {"groups": 2, "layers": 1}))
+        output, _ = self.run_vx("info", "a.vx")
+        self.assertIn(b"cut short", output)
+
+    def test_what_a_whole_drawing_leaves_open_is_told_by_info_alone(self):
+        self.write("a.vx", document("u\n"))
+        output, messages = self.run_vx("info", "a.vx", "--strict")
+        self.assertEqual(messages, [])
+        self.assertIn(b"left open       a group\n", output)
 
 
 class Worker(CommandTest):

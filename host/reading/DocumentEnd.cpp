@@ -1,0 +1,251 @@
+#include "host/reading/DocumentEnd.h"
+
+#include "host/reading/HeaderScan.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr size_t kLineRoom = 499; // of the interpreter's buffer
+constexpr std::string_view kLineEnds = "\r\n";
+constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+constexpr std::string_view kDelimiters = " \t\n\v\f\r/{}[]()<>%";
+
+bool IsLineEnd(char character)
+{
+    return character == '\r' || character == '\n';
+}
+
+bool IsWholeLine(std::string_view line, std::string_view comment)
+{
+    return line.starts_with(comment) &&
+           line.find_first_not_of(kWhiteSpace, comment.size()) == std::string_view::npos;
+}
+
+// Follows the comments that open and close sections.
+class Sections
+{
+  public:
+    // False: the line says that the document ends.
+    bool Follow(std::string_view line)
+    {
+        constexpr std::pair<std::string_view, bool> kComments[] = {
+            {"%%BeginBinary:", true},
+            {"%%EndBinary", false},
+            {"%VX3_BeginCrops", true},
+            // The end of a crop block does not end the passing over, on purpose: the interpreter's does not either.
+            {"%VX3_EndCrops", true},
+            {"%VX5_EndPlace", false},
+            {"%VX5_BeginPlace", true}};
+        isInSetup_ = isInSetup_ && !line.starts_with("%%EndSetup");
+        for (const auto &[comment, passesOver] : kComments) {
+            if (line.starts_with(comment)) {
+                passesOver_ = passesOver;
+                return true;
+            }
+        }
+        return passesOver_ || (!IsWholeLine(line, "%%PageTrailer") && !IsWholeLine(line, "%%Trailer") &&
+                               !IsWholeLine(line, "%%EOF"));
+    }
+
+    bool PassesOver() const { return passesOver_; }
+    bool IsInSetup() const { return isInSetup_; }
+
+  private:
+    bool passesOver_ = false;
+    bool isInSetup_ = true;
+};
+
+// The lines that begin with "%", one after the other.
+class CommentLines
+{
+  public:
+    CommentLines(std::string_view text, const Document &document) : text_(text), document_(document) {}
+
+    bool Next(std::string_view *line)
+    {
+        while (FindSign()) {
+            const size_t at = at_++;
+            if (!BeginsLine(at))
+                continue;
+            *line =
+                text_.substr(at, std::min(text_.substr(at, kLineRoom).find_first_of(kLineEnds), kLineRoom));
+            start_ = at;
+            return true;
+        }
+        return false;
+    }
+
+    size_t Start() const { return start_; } // of the line that was given last
+
+  private:
+    // Of the document, pieces stay in memory.
+    bool FindSign()
+    {
+        while (at_ < text_.size()) {
+            const std::string_view piece = text_.substr(at_, Document::kReadAtOnce);
+            const size_t found = piece.find('%');
+            at_ += std::min(found, piece.size());
+            if (found != std::string_view::npos)
+                return true;
+            const size_t offset = OffsetOf(at_);
+            document_.Leave(offset - piece.size(), offset);
+        }
+        return false;
+    }
+
+    size_t OffsetOf(size_t at) const
+    {
+        return static_cast<size_t>(text_.data() - reinterpret_cast<const char *>(document_.Bytes().data())) +
+               at;
+    }
+
+    bool BeginsLine(size_t at)
+    {
+        if (at == 0 || IsLineEnd(text_[at - 1])) {
+            lineStart_ = searched_ = at;
+            return true;
+        }
+        // Every byte is searched once, however many signs a line has.
+        const size_t end = text_.substr(searched_, at - searched_).find_last_of(kLineEnds);
+        if (end != std::string_view::npos)
+            lineStart_ = searched_ + end + 1;
+        searched_ = at;
+        return (at - lineStart_) % kLineRoom == 0;
+    }
+
+    std::string_view text_;
+    const Document &document_;
+    size_t at_ = 0;
+    size_t start_ = 0;
+    size_t lineStart_ = 0; // the last before searched_
+    size_t searched_ = 0;
+};
+
+// Counts what operators open and close.
+class OpenCounter
+{
+  public:
+    void Take(std::string_view word)
+    {
+        struct Row {
+            std::string_view opening, closing;
+            uint64_t OpenThings::*count;
+        };
+        static constexpr Row kRows[] = {
+            {"u", "U", &OpenThings::groups},      {"*u", "*U", &OpenThings::compoundPaths},
+            {"q", "Q", &OpenThings::saves},       {"Lb", "LB", &OpenThings::layers},
+            {"Bb", "BB", &OpenThings::gradients}, {"To", "TO", &OpenThings::texts}};
+        for (const auto &[opening, closing, count] : kRows) {
+            if (word == opening)
+                ++(open.*count);
+            else if (word == closing && open.*count > 0)
+                --(open.*count);
+        }
+    }
+
+    OpenThings open;
+};
+
+// Takes the operators of a line. isInHex says whether a hex string is open, which may go over lines.
+void TakeOperators(std::string_view line, bool *isInHex, OpenCounter *counter)
+{
+    for (size_t at = line.find_first_not_of(kWhiteSpace); at < line.size();
+         at = line.find_first_not_of(kWhiteSpace, at)) {
+        const char first = line[at];
+        if (first == '%')
+            return;
+        if (*isInHex || first == '<' || first == '>') {
+            *isInHex = first == '>' ? false : *isInHex || first == '<';
+            ++at;
+        } else if (first == '(') {
+            size_t depth = 1;
+            for (++at; at < line.size() && depth > 0; ++at) {
+                depth += line[at] == '(' ? 1 : 0;
+                depth -= line[at] == ')' ? 1 : 0;
+                at += line[at] == '\\' ? 1 : 0;
+            }
+        } else {
+            const bool isName = first == '/';
+            const size_t end = std::min(line.find_first_of(kDelimiters, at + 1), line.size());
+            if (!isName && kDelimiters.find(first) == std::string_view::npos)
+                counter->Take(line.substr(at, end - at));
+            at = isName || kDelimiters.find(first) == std::string_view::npos ? end : at + 1;
+        }
+    }
+}
+
+// A document without a setup section, as the oldest are, has its operators anywhere.
+OpenThings FindOpenThings(std::string_view text)
+{
+    Sections sections;
+    OpenCounter counter;
+    bool isInHex = false;
+    const bool hasSetup = text.find("%%BeginSetup") != std::string_view::npos;
+    while (!text.empty()) {
+        const std::string_view line =
+            text.substr(0, std::min(text.substr(0, kLineRoom).find_first_of(kLineEnds), kLineRoom));
+        text.remove_prefix(std::min(line.size() + (line.size() < kLineRoom ? 1 : 0), text.size()));
+        const bool isComment = line.starts_with('%');
+        if (isComment)
+            (void)sections.Follow(line);
+        else if (!sections.PassesOver() && !(hasSetup && sections.IsInSetup()))
+            TakeOperators(line, &isInHex, &counter);
+    }
+    return counter.open;
+}
+
+} // namespace
+
+DocumentEnd FindEnd(const Document &document, bool looksForOpenThings)
+{
+    bool isWrapped = false;
+    const std::span<const std::byte> bytes = document.Bytes();
+    const std::string_view text =
+        DrawingSection({reinterpret_cast<const char *>(bytes.data()), bytes.size()}, &isWrapped);
+    CommentLines lines(text, document);
+    Sections sections;
+    DocumentEnd end;
+    end.isSaid = false;
+    std::string_view line;
+    while (!end.isSaid && lines.Next(&line))
+        end.isSaid = !sections.Follow(line);
+    end.isInLine = !end.isSaid && !text.empty() && !IsLineEnd(text.back());
+    if (looksForOpenThings || !end.isSaid)
+        end.open = FindOpenThings(end.isSaid ? text.substr(0, lines.Start()) : text);
+    end.open.isSetup =
+        !end.isSaid && sections.IsInSetup() && text.find("%%BeginSetup") != std::string_view::npos;
+    return end;
+}
+
+std::string OpenText(const OpenThings &open)
+{
+    struct Row {
+        uint64_t count;
+        const char *one, *many;
+    };
+    const Row rows[] = {{open.groups, "a group", "groups"},
+                        {open.compoundPaths, "a compound path", "compound paths"},
+                        {open.saves, "a saved state", "saved states"},
+                        {open.layers, "a layer", "layers"},
+                        {open.gradients, "a gradient", "gradients"},
+                        {open.texts, "a text", "texts"},
+                        {open.isSetup ? uint64_t{1} : uint64_t{0}, "the setup section", ""}};
+    std::vector<std::string> parts;
+    for (const auto &[count, one, many] : rows) {
+        if (count > 0)
+            parts.push_back(count == 1 ? one : std::to_string(count) + " " + many);
+    }
+    std::string text;
+    for (size_t i = 0; i < parts.size(); ++i)
+        text += (i == 0 ? "" : i + 1 == parts.size() ? " and " : ", ") + parts[i];
+    return text;
+}
+
+} // namespace vxhost

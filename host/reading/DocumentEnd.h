@@ -1,0 +1,37 @@
+// How a document ends: with a line that says so, or somewhere, as a file does of which a part is lost.
+#pragma once
+
+#include "host/Document.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace vxhost
+{
+
+// What was begun so many times more often than it was ended.
+struct OpenThings {
+    uint64_t groups = 0, compoundPaths = 0, saves = 0, layers = 0, gradients = 0, texts = 0;
+    bool isSetup = false; // the setup section, before all that is drawn
+
+    bool operator==(const OpenThings &) const = default;
+};
+
+struct DocumentEnd {
+    bool isSaid = true; // by a line "%%PageTrailer", "%%Trailer" or "%%EOF"; else the document is cut short
+    bool isInLine = false; // of one that is cut: its last line has no end
+    OpenThings open;       // there, whether it is said or not
+
+    bool operator==(const DocumentEnd &) const = default;
+};
+
+// Lines are those of the interpreter: CR or LF ends one, each by itself, and a longer one is several of 499 bytes. Sections that
+// it passes over do not count. What is open is looked for only if it is asked for, or if the document is cut: that takes
+// a look at every word.
+DocumentEnd FindEnd(const Document &document, bool looksForOpenThings);
+
+// "2 groups and a layer"; empty: nothing is open.
+std::string OpenText(const OpenThings &open);
+
+} // namespace vxhost
