@@ -23,7 +23,7 @@ import os
 from typing import Union
 
 from vx import _errors
-from vx._choices import Format, Option, Value, formats, options
+from vx._choices import Format, Option, Value, formats, library_options, options
 from vx._document import Document, Progress
 from vx._errors import *
 from vx._info import Box, FontFile, FontUse, Header, Info, Problem, Uses
@@ -32,7 +32,7 @@ from vx._library import Font, Library, shared_library as _shared_library
 from vx._picture import Picture
 
 __all__ = [
-    "open", "formats", "options", "Library", "Document", "Picture", "Header", "Info", "FontUse", "FontFile", "Uses", "Problem",
+    "open", "formats", "options", "library_options", "Library", "Document", "Picture", "Header", "Info", "FontUse", "FontFile", "Uses", "Problem",
     "Font", "Format", "Option", "Box", "Progress", "Value", *_errors.__all__,
 ]
 

@@ -9,7 +9,7 @@ import numbers
 import os
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
-from typing import Union
+from typing import Any, Union
 
 from vx._errors import ArgumentError, OptionError
 from vx._libvx import in_python, lib, option_names, record, text_of
@@ -33,7 +33,7 @@ class Format:
 
 @dataclass(frozen=True)
 class Option:
-    """An option, as vx.open and Document.render take it by keyword.
+    """An option, as vx.open and Document.render take it by keyword, or as vx.Library does.
 
         name      of the keyword: "pdf_x"
         value     what stands for its value in help: "N", "COLOR"
@@ -78,12 +78,22 @@ def options() -> tuple[Option, ...]:
     pdf_x=LEVEL: pdf: the standard to keep to: x1a, x3 or none (none)
     date=S: pdf: of its creation, in seconds since 1970 (the document's own)
     """
-    return tuple(read_option(index) for index in range(lib.vx_option_count()))
+    return tuple(read_option(lib.vx_option_at, index) for index in range(lib.vx_option_count()))
 
 
-def read_option(index: int) -> Option:
-    """The option of that number."""
-    row = record("vx_option", lib.vx_option_at, index)
+@functools.lru_cache(maxsize=None)
+def library_options() -> tuple[Option, ...]:
+    """The options of vx.Library that have a text; help(vx.Library) tells what else it takes.
+
+    >>> [option.name for option in vx.library_options()]
+    ['font_dirs', 'font_map', 'system_fonts', 'temp_dir']
+    """
+    return tuple(read_option(lib.vx_library_option_at, index) for index in range(lib.vx_library_option_count()))
+
+
+def read_option(procedure: Any, index: int) -> Option:
+    """The option of that number, of those that the procedure lists."""
+    row = record("vx_option", procedure, index)
 
     def words(characters: object) -> tuple[str, ...]:
         return tuple(filter(None, text_of(characters).split(",")))

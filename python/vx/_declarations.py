@@ -37,6 +37,11 @@ vx_status vx_library_set(vx_library *library, const char *name, const char *valu
 
 vx_status vx_library_add_font(vx_library *library, const void *bytes, size_t size, vx_error *error);
 
+vx_status vx_library_map_font(vx_library *library, const char *asked, const char *served, vx_error *error);
+
+vx_status vx_library_add_profile(vx_library *library, const char *name, const void *bytes, size_t size,
+                                 vx_error *error);
+
 typedef struct vx_font_entry {
     size_t size;
     const char *postscript;
@@ -69,6 +74,9 @@ typedef struct vx_option {
 } vx_option;
 size_t vx_option_count(void);
 vx_status vx_option_at(size_t index, vx_option *option, vx_error *error);
+
+size_t vx_library_option_count(void);
+vx_status vx_library_option_at(size_t index, vx_option *option, vx_error *error);
 
 enum { VX_COPY = 0, VX_BORROW = 1 };
 

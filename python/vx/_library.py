@@ -1,13 +1,13 @@
-"""A library: the fonts that drawings are shown with, and what opens them."""
+"""A library: the fonts and profiles that drawings are shown with, and what opens them."""
 
 from __future__ import annotations
 
 import functools
 import os
 import tempfile
-from collections.abc import Iterable
+from collections.abc import Iterable, Mapping
 from dataclasses import dataclass
-from typing import Union
+from typing import Optional, Union
 
 from vx._choices import Value, c_text
 from vx._document import Document
@@ -35,12 +35,14 @@ class Font:
 
 
 class Library:
-    """Opens drawings, with fonts of your choice. vx.open uses one that all share, with those of the system.
+    """Opens drawings, with fonts and press profiles of your choice. vx.open uses one that all share, with the system's fonts.
 
         font_dirs     folders of fonts, with all below them
         system_fonts  False: no other fonts than those named here
-        temp_dir      the folder in which a PDF is put together; as tempfile.gettempdir() has it, if it is not given
+        temp_dir      the folder in which a PDF is put together; if it is not given, that of tempfile.gettempdir()
         fonts         the bytes of font files, OpenType or Type 1; they are found before those of files
+        font_map      which font serves which name, as map_font says: a dict, or the path of a file of lines "ASKED = FONT"
+        profiles      press profiles from memory, as add_profile says: a dict of names and bytes
 
     Any number of threads may use one library at a time.
 
@@ -57,6 +59,8 @@ class Library:
         system_fonts: bool = True,
         temp_dir: Union[str, os.PathLike[str], None] = None,
         fonts: Iterable[bytes] = (),
+        font_map: Union[Mapping[str, str], str, os.PathLike[str], None] = None,
+        profiles: Optional[Mapping[str, bytes]] = None,
     ) -> None:
         handle = ffi.new("vx_library **")
         call(lib.vx_library_create, lib.VX_INTERFACE, handle)
@@ -69,6 +73,38 @@ class Library:
         self._set("temp-dir", os.fspath(temp_dir) if temp_dir is not None else temporary_folder())
         for data in fonts:
             call(lib.vx_library_add_font, self._handle, ffi.from_buffer(data), len(data))
+        for name, data in dict(profiles or {}).items():
+            self.add_profile(name, data)
+        if isinstance(font_map, (str, os.PathLike)):
+            self._set("font-map", os.fspath(font_map))
+        else:
+            for asked, served in dict(font_map or {}).items():
+                self.map_font(asked, served)
+
+    def map_font(self, asked: str, served: Optional[str]) -> None:
+        """Lets a font serve a name in all drawings that are opened afterwards, whatever else would.
+
+            asked   the name, as drawings ask for it
+            served  the PostScript name of one of .fonts; None: what was said of that name holds no more
+
+        >>> library = vx.Library()
+        >>> library.map_font("Bodoni", library.fonts[0].postscript)
+        """
+        font = ffi.NULL if served is None else c_text(served, "served")
+        call(lib.vx_library_map_font, self._handle, c_text(asked, "asked"), font)
+
+    def add_profile(self, name: str, data: bytes) -> None:
+        """Adds a press profile: in drawings that are opened afterwards the option profile means it by that name, and no file.
+
+            name  another of the same name is replaced; "fogra39" and "none" are taken
+            data  the bytes of an ICC profile of a CMYK press
+
+        >>> import pathlib
+        >>> library = vx.Library()
+        >>> library.add_profile("our press", pathlib.Path("press.icc").read_bytes())
+        >>> png = library.open("harp.vx").render("png", profile="our press")
+        """
+        call(lib.vx_library_add_profile, self._handle, c_text(name, "name"), ffi.from_buffer(data), len(data))
 
     def open(self, source: Union[str, os.PathLike[str], bytes], **options: Value) -> Document:
         """Opens a drawing as vx.open does."""

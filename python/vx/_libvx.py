@@ -82,19 +82,20 @@ def call(procedure: Any, *arguments: Any, about: str = "") -> None:
 
 
 def in_python(text: str) -> str:
-    """A text of the library, with the names of options as Python has them."""
+    """A text of the library, with the names of options and calls as Python has them."""
     def renamed(word: re.Match[str]) -> str:
         return option_names().get(word[0], word[0])
 
-    return re.sub(r"(?<![\w/.-])[a-z]+-[a-z]+(?![\w/.-])", renamed, text)
+    return re.sub(r"(?<![\w/.-])[a-z]+(?:[-_][a-z]+)+(?![\w/.-])", renamed, text)
 
 
 @functools.lru_cache(maxsize=None)
 def option_names() -> dict[str, str]:
-    """The names of all options, and of those of a library, and what they are in Python."""
-    names = [text_of(record("vx_option", lib.vx_option_at, index).name) for index in range(lib.vx_option_count())]
+    """The names of all options, and of what else a text of the library may name, and what each is called in Python."""
+    tables = [(lib.vx_option_count, lib.vx_option_at), (lib.vx_library_option_count, lib.vx_library_option_at)]
+    names = [text_of(record("vx_option", at, index).name) for count, at in tables for index in range(count())]
     return {**{name: name.replace("-", "_") for name in names},
-            "font-dir": "font_dirs", "system-fonts": "system_fonts", "temp-dir": "temp_dir"}
+            "font-dir": "font_dirs", "vx_library_font_at": "Library.fonts"}
 
 
 def record(kind: str, procedure: Any, *arguments: Any) -> Any:

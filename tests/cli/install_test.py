@@ -1,16 +1,20 @@
 """An installation: everything is in its place, and the program works from there."""
 import glob
 import os
+import re
 import shlex
 import shutil
 import subprocess
 import sys
 import tempfile
+import textwrap
 import unittest
 
 from vxcommand import Png, SANITIZED, document, sample, sample_names
 
-EXAMPLES = os.path.join(os.environ["VX_SOURCE_DIR"], "examples")
+SOURCE = os.environ["VX_SOURCE_DIR"]
+EXAMPLES = os.path.join(SOURCE, "examples")
+SAMPLES = os.path.join(SOURCE, "samples")
 
 # A project that finds the library as CMake does.
 PROJECT = """
@@ -22,6 +26,11 @@ target_link_libraries(picture PRIVATE vx::vx)
 """
 
 COMMANDS = ["info", "render", "trace", "fonts", "batch"]
+
+
+def readme_part(title):
+    with open(os.path.join(SOURCE, "README.md"), encoding="utf-8") as file:
+        return file.read().partition(f"\n## {title}\n")[2].partition("\n## ")[0]
 
 
 class Installed(unittest.TestCase):
@@ -40,6 +49,21 @@ class Installed(unittest.TestCase):
 
 
 class Install(Installed):
+    def test_the_commands_of_the_readme_work(self):
+        lines = [line.strip() for line in readme_part("As a command").splitlines() if line.startswith("    ./vx ")]
+        self.assertEqual(len(lines), 7)
+        with tempfile.TemporaryDirectory() as folder:
+            os.symlink(self.path("bin/vx"), os.path.join(folder, "vx"))
+            os.symlink(SAMPLES, os.path.join(folder, "samples"))
+            os.mkdir(os.path.join(folder, "build"))
+            for line in lines:
+                with self.subTest(line=line):
+                    run = subprocess.run(["bash", "-ec", "set -o pipefail; " + line], cwd=folder, check=False, capture_output=True,
+                                         env={**os.environ, "LD_LIBRARY_PATH": ""})
+                    self.assertEqual(run.returncode, 0, run.stderr)
+            self.assertEqual(sorted(os.listdir(os.path.join(folder, "build"))),
+                             sorted(f"{name}.{form}" for name in sample_names() for form in ["pdf", "png", "svg"]))
+
     def rendered(self, *words):
         return subprocess.run([self.path("bin/vx"), "render", "-", "-f", "png", "-o", "-", *words], input=document(), check=True,
                               capture_output=True, env={**os.environ, "LD_LIBRARY_PATH": ""})
@@ -64,7 +88,7 @@ class Install(Installed):
         self.assertTrue(build.startswith("cc "), build)
         subprocess.run([os.environ["VX_CC"], *shlex.split(build)[1:]], check=True, cwd=folder)
         output = subprocess.run(shlex.split(run), check=True, cwd=folder, capture_output=True, text=True).stdout
-        with open(os.path.join(os.environ["VX_SOURCE_DIR"], "sdk/example/square.txt"), encoding="ascii") as expected:
+        with open(os.path.join(SOURCE, "sdk/example/square.txt"), encoding="ascii") as expected:
             self.assertEqual(output, expected.read())
         told = subprocess.run(["./vxexample", "no-such.so", "square.vx"], check=False, cwd=folder, capture_output=True, text=True)
         self.assertEqual(told.returncode, 1)
@@ -128,6 +152,20 @@ class Examples(Installed):
                                               check=True, capture_output=True).stdout
                     with open(made, "rb") as file:
                         self.assertTrue(file.read() == expected)
+
+    def test_the_program_of_the_readme_makes_a_picture(self):
+        page = readme_part("In C")
+        source, = re.findall(r"^    #include .*?^    }$", page, re.MULTILINE | re.DOTALL)
+        with open(self.path("picture.c"), "w", encoding="ascii") as file:
+            file.write(textwrap.dedent(source) + "\n")
+        command, = re.findall(r"`(cc .*?)`", page)
+        shutil.copy(sample("harp"), self.path("harp.vx"))
+        environment = {**os.environ, "PKG_CONFIG_PATH": self.path("lib/pkgconfig"), "LD_LIBRARY_PATH": self.path("lib")}
+        built = subprocess.run(["sh", "-ec", command.replace("cc ", os.environ["VX_CC"] + " -Wall -Werror ") + "; ./picture"],
+                               cwd=self.prefix, check=True, capture_output=True, env=environment)
+        expected = subprocess.run([self.path("bin/vx"), "render", "-q", sample("harp"), "--width", "400", "-f", "png", "-o", "-"],
+                                  check=True, capture_output=True).stdout
+        self.assertTrue(built.stdout == expected)
 
     def test_a_picture_that_cannot_be_is_told(self):
         status, _, told = self.run_example("picture", self.path("no-such.vx"), self.path("made.png"))

@@ -6,6 +6,7 @@ import subprocess
 PREFIX = os.environ["VX_PREFIX"]
 SOURCES = os.environ["VX_SOURCE_DIR"]
 SAMPLES = sorted(glob.glob(os.path.join(SOURCES, "samples", "*.vx")))
+PROFILE = os.path.join(SOURCES, "devices/colour/profiles/fogra39.icc")
 
 # Paints the left half of a page of 72 by 36 points black.
 SQUARE = (b"%!PS-Tavro-3.0\n%%Title: (A square)\n%%Creator: by hand\n%%BoundingBox: 0 0 72 36\n%VX5_FileFormat 3\n%%EndComments\n"

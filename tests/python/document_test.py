@@ -1,5 +1,6 @@
 """A document and its options, errors and warnings."""
 import gc
+import inspect
 import os
 import pathlib
 import pickle
@@ -128,6 +129,19 @@ def test_a_wrong_option_is_told(form, options, text):
     assert isinstance(told.value, ValueError)
 
 
+def test_options_of_a_library_are_its_keywords():
+    rows = {option.name: option for option in vx.library_options()}
+    assert set(rows) <= set(inspect.signature(vx.Library).parameters)
+    assert (rows["system_fonts"].choices, rows["system_fonts"].standard) == (("yes", "no"), "yes")
+    assert "-" not in "".join(rows)
+
+
+def test_a_font_that_is_not_there_serves_nothing():
+    with pytest.raises(vx.OptionError) as told:
+        vx.Library(font_map={"Frutiger": "Nowhere"})
+    assert str(told.value) == 'no font "Nowhere" to serve "Frutiger": Library.fonts lists those that there are'
+
+
 def test_open_tells_a_wrong_option():
     with pytest.raises(vx.OptionError, match="^<bytes>: width -1: "):
         square(width=-1)
@@ -152,6 +166,10 @@ def test_a_value_of_a_wrong_type_is_told(value):
     (lambda: square().render("p\0ng"), "format has a NUL in it: leave that out"),
     (lambda: square().render("png", background="red\0"), "background has a NUL in it: leave that out"),
     (lambda: vx.Library(fonts=[b"x"]), "the bytes are no font that can be read: give a whole OpenType or Type 1 file"),
+    (lambda: vx.Library(font_map={"": "C059-Bold"}), "asked has 0 bytes: give a name of 1 to 255"),
+    (lambda: vx.Library(profiles={"none": b""}), 'the name "none" is taken by what is built in: give another'),
+    (lambda: vx.Library(profiles={"press": b"x"}),
+     'profile "press" cannot be read as an ICC profile: give an ICC profile of a CMYK press'),
 ])
 def test_a_wrong_argument_is_told(work, text):
     with pytest.raises(vx.ArgumentError) as told:
@@ -213,6 +231,10 @@ def test_another_source_is_told(source):
     (vx.OptionError, lambda: vx.Library(font_dirs=["/no/such"])),
     (TypeError, lambda: vx.Library(font_dirs="/usr/share/fonts")),
     (TypeError, lambda: vx.Library(fonts=b"x")),
+    (TypeError, lambda: vx.Library(font_map=3)),
+    (TypeError, lambda: vx.Library(font_map={"A": 3})),
+    (TypeError, lambda: vx.Library(profiles={"press": "x"})),
+    (vx.ReadError, lambda: vx.Library(font_map="/no/such")),
 ])
 def test_the_kind_of_an_error(kind, work):
     with pytest.raises(kind) as told:

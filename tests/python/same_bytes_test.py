@@ -8,7 +8,7 @@ import pytest
 from PIL import Image
 
 import vx
-from conftest import SAMPLES, SQUARE, command, rendered, sample
+from conftest import PROFILE, SAMPLES, SQUARE, command, rendered, sample
 
 pytestmark = pytest.mark.filterwarnings("ignore::vx.DrawingWarning")
 
@@ -113,3 +113,42 @@ def test_a_library_of_some_fonts_draws_with_these(tmp_path):
     with given.open(path) as drawing:
         drawing.render("svg")
         assert {use.served for use in drawing.fonts} == {"NimbusSans-Regular"}
+
+
+@pytest.mark.parametrize("form", ["png", "svg", "pdf"])
+def test_a_font_map_serves_as_that_of_the_command_does(form, tmp_path):
+    path = sample("text-missing")
+    name = tmp_path / "map"
+    name.write_text("# ours\nFrutiger-BlackItalic = C059-Bold\n", encoding="utf-8")
+    mapped = rendered(path, form, "--font-map", name)
+    assert mapped != rendered(path, form)
+    for font_map in (name, str(name), {"Frutiger-BlackItalic": "C059-Bold"}):
+        with vx.Library(font_map=font_map).open(path) as drawing:
+            assert drawing.render(form) == mapped
+            assert "C059-Bold" in {use.served for use in drawing.fonts}
+
+
+def test_a_font_serves_until_its_row_goes():
+    path = sample("text-missing")
+    library = vx.Library()
+    library.map_font("Frutiger-BlackItalic", "C059-Bold")
+    mapped = library.open(path)
+    library.map_font("Frutiger-BlackItalic", None)
+    assert library.open(path).render("svg") == rendered(path, "svg") != mapped.render("svg")
+
+
+@pytest.mark.parametrize("form, words, options", [
+    ("png", [], {}), ("svg", [], {}), ("pdf", ["--pdf-x", "x3", "--date", "0"], {"pdf_x": "x3", "date": 0}),
+])
+def test_a_profile_from_memory_is_as_that_of_a_file(form, words, options, tmp_path):
+    with open(PROFILE, "rb") as file:
+        profile = bytearray(file.read())
+    profile[10000:50000] = bytes(255 - byte for byte in profile[10000:50000])  # a part of the table from inks to colours
+    path, press = sample("gift"), tmp_path / "press.icc"
+    press.write_bytes(profile)
+    drawn = rendered(path, form, "--profile", press, *words)
+    assert drawn != rendered(path, form, *words)
+    later = vx.Library()
+    later.add_profile("press.icc", profile)
+    for library in (vx.Library(profiles={"press.icc": bytes(profile)}), later):
+        assert library.open(path, profile="press.icc").render(form, **options) == drawn

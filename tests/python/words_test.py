@@ -12,7 +12,7 @@ import sys
 import pytest
 
 import vx
-from conftest import SOURCES, sample
+from conftest import PROFILE, SOURCES, sample
 
 PACKAGES = os.path.dirname(os.path.dirname(vx.__file__))
 
@@ -26,6 +26,7 @@ def folder(tmp_path, monkeypatch):
 
 
 def test_the_examples_of_docstrings_do_what_they_say(folder):
+    shutil.copy(PROFILE, folder / "press.icc")
     finder, runner = doctest.DocTestFinder(), doctest.DocTestRunner()
     for name in vx.__all__:
         for example in finder.find(getattr(vx, name), f"vx.{name}", module=False, globs={"vx": vx}):
@@ -50,7 +51,7 @@ def test_the_example_of_the_package_runs(folder):
 
 def test_the_example_of_the_readme_runs(folder):
     with open(os.path.join(SOURCES, "README.md"), encoding="utf-8") as file:
-        part = file.read().partition("\n## From Python\n")[2].partition("\n## ")[0]
+        part = file.read().partition("\n## In Python\n")[2].partition("\n## ")[0]
     example = blocks(part)[0]
     with contextlib.redirect_stdout(io.StringIO()) as printed:
         exec(example, {})
@@ -83,13 +84,17 @@ with vx.open("harp.vx", max_time=5) as drawing:
     title: str = drawing.info.title
     asked: list[str] = [font.asked for font in drawing.fonts]
     drawing.save("harp.pdf", pdf_x="x1a")
-library: vx.Library = vx.Library(font_dirs=["fonts"], fonts=[b""])
-names: list[str] = [option.name for option in vx.options()]
+library: vx.Library = vx.Library(font_dirs=["fonts"], fonts=[b""], font_map={"A": "B"}, profiles={"press": b""})
+library.map_font("A", None)
+library.add_profile("press", b"")
+mapped: vx.Library = vx.Library(font_map=os.curdir)
+names: list[str] = [option.name for option in vx.options() + vx.library_options()]
 """
 
 WRONG = [
     "vx.open(3)", "vx.open('a').render()", "vx.open('a').render('png').size", "vx.open('a').info.titel",
-    "vx.open('a').render('png', width=object())", "vx.Library(fonts=3)", "vx.open('a').picture(progress=3)",
+    "vx.open('a').render('png', width=object())", "vx.Library(fonts=3)", "vx.Library(font_map={'A': None})",
+    "vx.Library(profiles={'press': ''})", "vx.open('a').picture(progress=3)",
 ]
 
 
