@@ -34,7 +34,8 @@
  *             enormous shape may take longer. "max-memory" counts the paths, the saved states and the inks of a picture,
  *             and what the interpreter holds, each against the limit; what the libraries for fonts, colours and compression
  *             allocate for themselves is not counted. "max-output" counts the bytes that a vx_write is given; a PDF is put
- *             together in a temporary file, which takes about as much again. A program that opens drawings of strangers,
+ *             together in a temporary file, which takes about as much again, or where there are no files in memory, which
+ *             may be as much as "max-memory" says. A program that opens drawings of strangers,
  *             and has to survive the worst, runs the command vx, which reads each in a confined process.
  * Manners     No call ends the process, prints, starts a thread, changes a signal or reads the environment. (The
  *             library that lists the fonts of the system reads variables of its own.) One thing can end it all the same:

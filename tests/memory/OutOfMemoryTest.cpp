@@ -5,6 +5,7 @@
 #include "devices/svg/SvgDevice.h"
 #include "host/CappedHeap.h"
 #include "host/fonts/FontconfigFonts.h"
+#include "host/fonts/GivenFonts.h"
 #include "host/reading/Reading.h"
 #include "tests/memory/FailingMalloc.h"
 #include "tests/support/CaseName.h"
@@ -212,6 +213,44 @@ TEST(FontconfigWithoutMemory, IsTold)
         GTEST_SKIP() << "a sanitizer has its own malloc";
     const MallocFailure failure(1, FailingMalloc::FromThenOn, AllocationsOf::C);
     EXPECT_THROW((void)MakeFontconfigFonts(), std::bad_alloc);
+}
+
+// Nor does a font from memory lose what there was no memory to read.
+TEST(GivenFontsWithoutMemory, AreWholeOrTold)
+{
+    if (!vxtest::CanMallocFail())
+        GTEST_SKIP() << "a sanitizer has its own malloc";
+    for (const char *path : {"/usr/share/fonts/opentype/urw-base35/C059-Bold.otf",
+                             "/usr/share/fonts/opentype/ipafont-gothic/ipag.ttf"}) {
+        const SharedFontBytes bytes = FontBytes::Open(path);
+        ASSERT_NE(bytes, nullptr) << path;
+        std::vector<FontCandidate> whole;
+        ReadGivenFont(bytes, &whole);
+        ASSERT_EQ(whole.size(), 1U);
+        uint64_t told = 0, count = 1;
+        for (uint64_t number = 0; number <= count; ++number) { // with 0 none fails, and they are counted
+            std::vector<FontCandidate> read;
+            bool isTold = false;
+            {
+                const MallocFailure failure(number, FailingMalloc::Once, AllocationsOf::All);
+                try {
+                    ReadGivenFont(bytes, &read);
+                } catch (const std::bad_alloc &) {
+                    isTold = true;
+                }
+                count = number == 0 ? MallocFailure::Count() : count;
+            }
+            told += isTold ? 1 : 0;
+            if (isTold)
+                continue;
+            ASSERT_EQ(read.size(), 1U) << "allocation " << number << " of " << count;
+            EXPECT_EQ(read[0].entry.postScriptName, whole[0].entry.postScriptName) << number;
+            EXPECT_EQ(read[0].entry.familyName, whole[0].entry.familyName) << number;
+            EXPECT_EQ(read[0].entry.scripts, whole[0].entry.scripts) << number;
+            EXPECT_EQ(read[0].entry.style.weight, whole[0].entry.style.weight) << number;
+        }
+        EXPECT_GT(told, 10U) << path;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Documents, OutOfMemory, testing::ValuesIn(kCases), vxtest::CaseName());
