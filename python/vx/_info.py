@@ -107,6 +107,8 @@ class Info:
         fonts            those that it uses, in the order of their first texts
         uses             how much of what is in it
         problems         what cannot be shown as it was meant
+        whole            a line says that it ends; else the file is cut short
+        open             what it begins more often than it ends, and how many of these: {"groups": 1}
         bytes            its size
         line_ends        "LF", "CR", "CR LF" or "mixed"; empty: it has none
         eps_wrapper      it is inside a binary EPS file
@@ -126,6 +128,8 @@ class Info:
     fonts: tuple[FontFile, ...]
     uses: Uses
     problems: tuple[Problem, ...]
+    whole: bool
+    open: dict[str, int]
     bytes: int
     line_ends: str
     eps_wrapper: bool

@@ -155,7 +155,7 @@ class Examples(Installed):
 
     def test_the_program_of_the_readme_makes_a_picture(self):
         page = readme_part("In C")
-        source, = re.findall(r"^    #include .*?^    }$", page, re.MULTILINE | re.DOTALL)
+        source, = re.findall(r"^    #include .*^    }$", page, re.MULTILINE | re.DOTALL)
         with open(self.path("picture.c"), "w", encoding="ascii") as file:
             file.write(textwrap.dedent(source) + "\n")
         command, = re.findall(r"`(cc .*?)`", page)
