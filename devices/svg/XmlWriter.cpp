@@ -1,5 +1,7 @@
 #include "devices/svg/XmlWriter.h"
 
+#include "host/reading/Utf8.h"
+
 #include <algorithm>
 
 namespace vxhost::svg
@@ -115,21 +117,7 @@ void XmlWriter::Character(char32_t character)
     if (!IsAllowed(character))
         character = kReplacement;
     Reserve(4);
-    const auto put = [this](uint32_t byte) { *at_++ = static_cast<char>(byte); };
-    const auto tail = [&](int shift) { put(0x80 | (character >> shift & 0x3F)); };
-    if (character < 0x80)
-        return put(character);
-    if (character < 0x800) {
-        put(0xC0 | character >> 6);
-    } else if (character < 0x10000) {
-        put(0xE0 | character >> 12);
-        tail(6);
-    } else {
-        put(0xF0 | character >> 18);
-        tail(12);
-        tail(6);
-    }
-    tail(0);
+    at_ += WriteUtf8(character, at_);
 }
 
 void XmlWriter::Base64(std::span<const std::byte> bytes)

@@ -55,7 +55,7 @@ using ListReader = void (*)(std::string_view value, ValueList *to);
 
 void AddValue(std::string_view value, ValueList *to)
 {
-    std::string text = ToUtf8(value.substr(0, kMaxValueLength));
+    std::string text(value.substr(0, kMaxValueLength));
     if (!text.empty() && to->size() < kMaxValues && std::find(to->begin(), to->end(), text) == to->end())
         to->push_back(std::move(text));
 }
@@ -68,24 +68,48 @@ std::string_view SplitWord(std::string_view *text)
     return word;
 }
 
+bool IsOctal(char character)
+{
+    return character >= '0' && character <= '7';
+}
+
+// What stands behind a backslash, which text begins with: up to three octal digits, a letter for a control character, or the
+// character itself.
+char TakeEscaped(std::string_view *text)
+{
+    constexpr std::string_view kLetters = "nrtbf", kControls = "\n\r\t\b\f";
+    const char first = text->front();
+    size_t length = 1;
+    char character = first;
+    if (const size_t letter = kLetters.find(first); letter != std::string_view::npos)
+        character = kControls[letter];
+    if (IsOctal(first)) {
+        unsigned value = 0; // of a byte: larger ones wrap
+        for (length = 0; length < 3 && length < text->size() && IsOctal((*text)[length]); ++length)
+            value = value * 8 + static_cast<unsigned>((*text)[length] - '0');
+        character = static_cast<char>(value);
+    }
+    text->remove_prefix(length);
+    return character;
+}
+
 // "(a \(b\))" as a text; false when no whole string starts here. text is left after it.
 bool SplitString(std::string_view *text, std::string *to)
 {
     if (text->empty() || text->front() != '(')
         return false;
     to->clear();
-    int depth = 0;
-    for (size_t i = 0; i < text->size(); ++i) {
-        const char character = (*text)[i];
+    size_t depth = 0;
+    for (std::string_view rest = *text; !rest.empty();) {
+        const char character = rest.front();
+        rest.remove_prefix(1);
         if (character == ')' && --depth == 0) {
-            text->remove_prefix(i + 1);
+            *text = rest;
             return true;
         }
         if (character == '(' && depth++ == 0)
             continue;
-        if (character == '\\' && i + 1 < text->size())
-            ++i;
-        *to += (*text)[i];
+        *to += character == '\\' && !rest.empty() ? TakeEscaped(&rest) : character;
     }
     return false;
 }
@@ -113,6 +137,20 @@ void AddStrings(std::string_view value, ValueList *to)
     }
 }
 
+// Names of fonts are compared with those that files have.
+void AddFontName(std::string_view name, ValueList *to)
+{
+    AddValue(ToUtf8(name.substr(0, kMaxValueLength)), to);
+}
+
+void AddFontNames(std::string_view value, ValueList *to)
+{
+    for (std::string_view word = SplitWord(&value); !word.empty(); word = SplitWord(&value)) {
+        if (word != "(atend)")
+            AddFontName(word, to);
+    }
+}
+
 // "font Helvetica procset Set 1 0": only the names after "font" are fonts.
 void AddFontResources(std::string_view value, ValueList *to)
 {
@@ -124,7 +162,7 @@ void AddFontResources(std::string_view value, ValueList *to)
                  word == "pattern")
             isFont = false;
         else if (isFont)
-            AddValue(word, to);
+            AddFontName(word, to);
     }
 }
 
@@ -139,8 +177,8 @@ constexpr ListComment kLists[] = {
     {"%%DocumentCustomColors:", AddStrings, &HeaderFacts::customColours},
     {"%%CMYKCustomColor:", AddStrings, &HeaderFacts::customColours},
     {"%%RGBCustomColor:", AddStrings, &HeaderFacts::customColours},
-    {"%%DocumentFonts:", AddWords, &HeaderFacts::fonts},
-    {"%%DocumentNeededFonts:", AddWords, &HeaderFacts::fonts},
+    {"%%DocumentFonts:", AddFontNames, &HeaderFacts::fonts},
+    {"%%DocumentNeededFonts:", AddFontNames, &HeaderFacts::fonts},
     {"%%DocumentNeededResources:", AddFontResources, &HeaderFacts::fonts},
 };
 
@@ -158,7 +196,7 @@ std::string CommentText(std::string_view value)
     }
     if (!value.empty() || text.empty())
         text = whole;
-    return text == "atend" || text == "(atend)" ? "" : ToUtf8(text.substr(0, kMaxValueLength));
+    return text == "atend" || text == "(atend)" ? "" : text.substr(0, kMaxValueLength);
 }
 
 bool StartsWithSkippingBlanks(std::string_view line, std::string_view prefix)
@@ -311,6 +349,34 @@ HeaderFacts ScanHeader(std::span<const std::byte> file)
         scanner.ReadLine(line);
     }
     return facts;
+}
+
+std::string DecodeText(std::string_view bytes, TextEncoding encoding)
+{
+    const bool isAscii =
+        std::ranges::all_of(bytes, [](char byte) { return static_cast<signed char>(byte) >= 0; });
+    if (isAscii || IsUtf8(bytes))
+        return std::string(bytes);
+    std::string text;
+    std::span<const uint8_t> rest(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
+    while (!rest.empty()) {
+        const DecodedCharacter decoded = DecodeCharacter(encoding, rest);
+        char written[4];
+        text.append(written, WriteUtf8(decoded.character == 0 && rest[0] != 0 ? U'\uFFFD' : decoded.character,
+                                       written));
+        rest = rest.subspan(std::min(decoded.bytes, rest.size()));
+    }
+    return text;
+}
+
+void DecodeTexts(TextEncoding encoding, HeaderFacts *facts)
+{
+    for (std::string *text : {&facts->title, &facts->creator, &facts->creationDate})
+        *text = DecodeText(*text, encoding);
+    for (std::vector<std::string> *names : {&facts->processColours, &facts->customColours}) {
+        for (std::string &name : *names)
+            name = DecodeText(name, encoding);
+    }
 }
 
 std::string WhyRefused(const HeaderFacts &facts, size_t fileSize, bool mayQuote)

@@ -4,6 +4,8 @@
 // Reads no further than the comments, trusts nothing, and keeps a bounded amount of what it finds.
 #pragma once
 
+#include "host/fonts/TextEncoding.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -22,19 +24,24 @@ struct HeaderFacts {
     bool epsWrapper = false; // the drawing is a section of a binary EPS file
     std::string lineEnds;    // "CR", "LF", "CR LF", "mixed"; empty: none
     std::string firstLine;   // of the drawing; a long one is cut
-    // These are UTF-8; bytes that are not became U+FFFD.
+    // These are as they are written, until DecodeTexts makes them UTF-8.
     std::string title;
     std::string creator;
     std::string creationDate;
     std::vector<std::string> processColours;
     std::vector<std::string> customColours;
-    std::vector<std::string> fonts;
+    std::vector<std::string> fonts; // UTF-8; bytes that are not become U+FFFD
 };
 
 // The drawing inside the file: all of it, or the section that a binary EPS header names.
 std::string_view DrawingSection(std::string_view file, bool *isWrapped);
 
 HeaderFacts ScanHeader(std::span<const std::byte> file);
+
+// Text of a document that no font shows. Whole UTF-8 with a character beyond ASCII is that, whatever the encoding of the
+// document: programs of today write it so. A byte that means nothing becomes U+FFFD.
+std::string DecodeText(std::string_view bytes, TextEncoding encoding);
+void DecodeTexts(TextEncoding encoding, HeaderFacts *facts);
 
 // One line for a person: why this is no VX document, and what one looks like. It quotes the file's first line only if
 // mayQuote.

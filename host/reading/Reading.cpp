@@ -43,6 +43,12 @@ DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &
     return fonts;
 }
 
+// In which the document writes what no font shows: its title, names of colours.
+TextEncoding TextEncodingOf(const HeaderFacts &header, const DocumentFonts &fonts)
+{
+    return header.version == kWindowsVersion ? TextEncoding::CodePage1252 : MacEncoding(fonts.SystemScript());
+}
+
 } // namespace
 
 Reading::Reading(const Installation &installation, const Document &document, ReadingOptions options)
@@ -50,6 +56,7 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
       header_(ScanHeader(document.Bytes())), fontOptions_(FontOptionsFor(document, header_, options_)),
       fonts_(*installation.fonts, fontOptions_), openFonts_(fonts_)
 {
+    DecodeTexts(TextEncodingOf(header_, fonts_), &header_);
 }
 
 // Every pass over the document has the options that parse is given here.

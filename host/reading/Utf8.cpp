@@ -103,4 +103,29 @@ std::string ToUtf8(std::string_view bytes)
     return text;
 }
 
+size_t WriteUtf8(char32_t character, char *to)
+{
+    const auto tail = [&](int shift) { return static_cast<char>(0x80 | (character >> shift & 0x3F)); };
+    if (character < 0x80) {
+        to[0] = static_cast<char>(character);
+        return 1;
+    }
+    if (character < 0x800) {
+        to[0] = static_cast<char>(0xC0 | character >> 6);
+        to[1] = tail(0);
+        return 2;
+    }
+    if (character < 0x10000) {
+        to[0] = static_cast<char>(0xE0 | character >> 12);
+        to[1] = tail(6);
+        to[2] = tail(0);
+        return 3;
+    }
+    to[0] = static_cast<char>(0xF0 | character >> 18);
+    to[1] = tail(12);
+    to[2] = tail(6);
+    to[3] = tail(0);
+    return 4;
+}
+
 } // namespace vxhost

@@ -17,4 +17,7 @@ bool IsUtf8(std::string_view bytes);
 // The bytes as valid UTF-8: what is not becomes U+FFFD.
 std::string ToUtf8(std::string_view bytes);
 
+// Writes the bytes of a character, at most four; returns how many.
+size_t WriteUtf8(char32_t character, char *to);
+
 } // namespace vxhost

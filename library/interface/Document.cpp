@@ -142,10 +142,13 @@ vx_status vx_document_json(vx_document *document, const char **json, vx_error *e
     return DocumentCall(document, error, [&] {
         CheckThere(json, "json");
         *json = nullptr;
-        const Outcome outcome =
-            RunPass(document, nullptr, [](Reading &reading, const Watch &) { return reading.Look(); });
+        HeaderFacts header; // as the options of now have it
+        const Outcome outcome = RunPass(document, nullptr, [&](Reading &reading, const Watch &) {
+            header = reading.Header();
+            return reading.Look();
+        });
         nlohmann::ordered_json facts;
-        AddFacts(document->header, outcome, &facts);
+        AddFacts(header, outcome, &facts);
         document->json = JsonLine(facts);
         *json = document->json.c_str();
     });

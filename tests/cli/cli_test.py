@@ -814,6 +814,40 @@ class Fonts(CommandTest):
         self.assertIn("NimbusSans-Bold", [json.loads(line)["name"] for line in output.splitlines()])
 
 
+class Titles(CommandTest):
+    """Text that no font shows: in the character set of the document."""
+
+    WINDOWS = b"%%Creator: Tavro Vellumcraft(TM) for Windows, version 4\n"
+
+    @staticmethod
+    def titled(title, comments=b"%VX5_FileFormat 3\n"):
+        return (b"%!PS-Tavro-3.0\n" + comments + b"%%Title: " + title + b"\n%%DocumentCustomColors: (" + title + b")\n"
+                b"%%BoundingBox: 0 0 9 9\n%%EndComments\n%%BeginSetup\n%%EndSetup\n%%EOF\n")
+
+    def facts(self, *words):
+        return json.loads(self.run_vx("info", "--json", "-q", *words)[0])
+
+    def test_the_character_set_is_that_of_the_document(self):
+        roman = b"%VX5_FileFormat 3\n"
+        japanese = roman + b"%%DocumentFonts: Ryumin-Light-83pv-RKSJ-H\n"
+        for title, comments, words, text in (
+                (b"Gr\x9a\xa7e", roman, [], "Größe"), (b"Gr\\232e", roman, [], "Gr\\232e"),
+                (b"(Gr\\232\\247e)", roman, [], "Größe"), (b"Gr\xf6\xdfe", self.WINDOWS, [], "Größe"),
+                ("Größe".encode(), roman, [], "Größe"), ("Größe".encode(), self.WINDOWS, [], "Größe"),
+                (b"\x90}\x96\xca", japanese, [], "図面"), (b"\x90}\x96\xca", roman, ["--script", "japanese"], "図面"),
+                (b"\x90}\x96\xca", japanese, ["--script", "roman"], "ê}ñ\xa0")):
+            with self.subTest(title=title, comments=comments, words=words):
+                self.write("a.vx", self.titled(title, comments))
+                self.assertEqual(self.facts("a.vx", *words)["title"], text)
+
+    def test_every_output_has_the_title(self):
+        self.write("a.vx", self.titled(b"(Gr\x9a\xa7e)"))
+        self.run_vx("render", "a.vx", "-f", "pdf,svg", "-o", "a.{ext}")
+        self.assertIn("<title>Größe</title>".encode(), self.read("a.svg"))
+        self.assertIn(b"/Title <4772f6df65>", self.read("a.pdf"))  # as the standard writes Latin text
+        self.assertEqual(self.facts("a.vx")["customColours"], ["Größe"])
+
+
 class CutShort(CommandTest):
     """Documents of which the end is lost."""
 

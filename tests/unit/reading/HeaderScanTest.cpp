@@ -92,6 +92,75 @@ const LineEndCase kLineEnds[] = {
     {"a\nb\r", "mixed"}, {"a\r\nb\n", "mixed"}, {"a", ""},
 };
 
+// As in strings of the drawing: octal digits, letters for controls, anything else for itself.
+TEST(ScanHeaderTest, TakesEscapesAsStringsDo)
+{
+    EXPECT_EQ(Scan("%!PS-Tavro-3\n%%Title: (a\\(b\\)\\\\\\101\\12b\\7c\\qd)\n").title, "a(b)\\A\nb\ac"
+                                                                                       "qd");
+    EXPECT_EQ(Scan("%!PS-Tavro-3\n%%Title: (\\247\\501)\n").title, "\xA7"
+                                                                   "A"); // 501 octal wraps
+    EXPECT_EQ(Scan("%!PS-Tavro-3\n%%DocumentCustomColors: (Gr\\237n)\n").customColours,
+              std::vector<std::string>{"Gr\x9Fn"});
+}
+
+struct DecodedCase {
+    const char *name;
+    TextEncoding encoding;
+    std::string_view bytes, text;
+};
+
+void PrintTo(const DecodedCase &text, std::ostream *to)
+{
+    *to << text.name;
+}
+
+// The Mac bytes are those of the tables that Apple published; the others of the encodings' standards.
+const DecodedCase kDecoded[] = {
+    {"Ascii", TextEncoding::MacRoman, "Poster 1", "Poster 1"},
+    {"MacRoman", TextEncoding::MacRoman,
+     "Gr\x9A\xA7"
+     "e",
+     "Größe"},
+    {"CodePage1252", TextEncoding::CodePage1252,
+     "Gr\xF6\xDF"
+     "e \x80",
+     "Größe €"},
+    {"Utf8IsThatEverywhere", TextEncoding::MacRoman,
+     "Gr\xC3\xB6\xC3\x9F"
+     "e",
+     "Größe"},
+    {"CutUtf8IsNone", TextEncoding::MacRoman, "Gr\xC3", "Gr√"},
+    {"MacJapanese", TextEncoding::MacJapanese, "\x90\x7D", "図"},
+    {"HalfOfACharacter", TextEncoding::MacJapanese, "a\x90", "a\uFFFD"},
+    {"Empty", TextEncoding::MacRoman, "", ""},
+};
+
+class DecodedText : public testing::TestWithParam<DecodedCase>
+{
+};
+
+TEST_P(DecodedText, IsUtf8)
+{
+    EXPECT_EQ(DecodeText(GetParam().bytes, GetParam().encoding), GetParam().text);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, DecodedText, testing::ValuesIn(kDecoded),
+                         [](const auto &tested) { return std::string(tested.param.name); });
+
+TEST(DecodeTexts, AreAllButTheNamesOfFonts)
+{
+    HeaderFacts facts =
+        Scan("%!PS-Tavro-3\n%%Title: \x8A\n%%Creator: \x8A\n%%CreationDate: \x8A\n"
+             "%%DocumentProcessColors: \x8A\n%%DocumentCustomColors: (\x8A)\n%%DocumentFonts: \x8A\n");
+    DecodeTexts(TextEncoding::MacRoman, &facts);
+    EXPECT_EQ(facts.title, "ä");
+    EXPECT_EQ(facts.creator, "ä");
+    EXPECT_EQ(facts.creationDate, "ä");
+    EXPECT_EQ(facts.processColours, std::vector<std::string>{"ä"});
+    EXPECT_EQ(facts.customColours, std::vector<std::string>{"ä"});
+    EXPECT_EQ(facts.fonts, std::vector<std::string>{"\uFFFD"});
+}
+
 TEST(ScanHeaderTest, NamesTheLineEnds)
 {
     for (const LineEndCase &line : kLineEnds)
