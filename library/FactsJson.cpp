@@ -27,7 +27,7 @@ std::string_view NameOf(FontMatch match)
     }
 }
 
-Json JsonOf(const Counts &counts)
+Json CountsJson(const Counts &counts)
 {
     Json json;
     json["clips"] = counts.clips;
@@ -41,7 +41,7 @@ Json JsonOf(const Counts &counts)
     return json;
 }
 
-Json JsonOf(const std::vector<Report> &reports)
+Json ReportsJson(const std::vector<Report> &reports)
 {
     Json list = Json::array();
     for (const Report &report : reports) {
@@ -55,7 +55,7 @@ Json JsonOf(const std::vector<Report> &reports)
 
 } // namespace
 
-Json JsonOf(const std::vector<FontUse> &fonts)
+Json FontUsesJson(const std::vector<FontUse> &fonts)
 {
     Json list = Json::array();
     for (const FontUse &font : fonts) {
@@ -89,9 +89,9 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["processColours"] = header.processColours;
     facts["customColours"] = header.customColours;
     facts["declaredFonts"] = header.fonts;
-    facts["fonts"] = JsonOf(outcome.fonts);
-    facts["uses"] = JsonOf(outcome.counts);
-    facts["problems"] = JsonOf(outcome.reports);
+    facts["fonts"] = FontUsesJson(outcome.fonts);
+    facts["uses"] = CountsJson(outcome.counts);
+    facts["problems"] = ReportsJson(outcome.reports);
     facts["bytes"] = outcome.bytesTotal;
     facts["lineEnds"] = header.lineEnds;
     facts["epsWrapper"] = header.epsWrapper;
