@@ -1,4 +1,4 @@
-// vx: opens VX drawings. Reads the command line as far as the command, and hands over.
+// vx: opens VX drawings. This reads the command line as far as the command, and hands over.
 
 #include "cli/commands/BatchCommand.h"
 #include "cli/commands/FontsCommand.h"
@@ -31,7 +31,7 @@ namespace vxhost
 namespace
 {
 
-// One row a command. MakeCommand adds its options to the application and returns what runs it.
+// Adds a command's options to the application, and returns what runs it.
 using Runner = std::function<Status(Messages *)>;
 
 template <typename Command>
@@ -41,6 +41,7 @@ Runner MakeCommand(CLI::App *app)
     return [command](Messages *messages) { return command->Run(messages); };
 }
 
+// There is one row a command.
 struct CommandRow {
     const char *name;
     const char *usage;
@@ -87,7 +88,7 @@ class HelpText final : public CLI::Formatter
     }
 };
 
-// What CLI11 found wrong, in one line.
+// Says in one line what CLI11 found wrong.
 std::string ParseProblem(const CLI::ParseError &problem)
 {
     std::string text = problem.what();
@@ -101,7 +102,7 @@ std::string ParseProblem(const CLI::ParseError &problem)
            (text.find("missing") != std::string::npos ? " needs a value" : " is given more than once");
 }
 
-// The words of a command that nothing takes are all options, as every command takes any number of files.
+// Returns the first option that the command does not know. No other word is left over: every command takes any number of files.
 std::string StrayOption(const CLI::App &app)
 {
     const std::vector<std::string> stray = app.remaining(true);
@@ -170,9 +171,9 @@ int main(int argc, char **argv)
 {
     using namespace vxhost;
     if (!HoldClosedStreams())
-        return static_cast<int>(Status::OutputFailed); // there may be nowhere to tell it
+        return static_cast<int>(Status::OutputFailed); // a message might have nowhere to go
     Messages messages;
-    // A reader that leaves and a file that may not grow are errors of write, not ends of the program.
+    // A reader that leaves, and a file that may not grow, are to make a write fail, not to end the program.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     CatchInterrupts(static_cast<int>(Status::Interrupted));

@@ -40,7 +40,7 @@ std::vector<ManifestEntry> Read(std::string_view bytes, LineEnd end, size_t piec
 bool IsSame(const ManifestEntry &one, const ManifestEntry &two)
 {
     return one.manifest == two.manifest && one.line == two.line && one.id == two.id &&
-           one.input == two.input && one.output == two.output && one.words == two.words &&
+           one.input == two.input && one.output == two.output && one.outputOptions == two.outputOptions &&
            one.error == two.error;
 }
 
@@ -89,7 +89,8 @@ void CheckEntry(const ManifestEntry &entry, const std::vector<std::string_view> 
     if (entry.line == 0)
         return;
     std::string_view line = lines[entry.line - 1];
-    const bool isName = entry.id.empty() && entry.output.empty() && entry.words == vxhost::OutputOptions();
+    const bool isName =
+        entry.id.empty() && entry.output.empty() && entry.outputOptions == vxhost::OutputOptions();
     if (end == LineEnd::Nul) {
         Require(isName && (entry.input.empty() || entry.input == line), "a name that was not given");
         return;

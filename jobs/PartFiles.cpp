@@ -1,7 +1,7 @@
 #include "jobs/PartFiles.h"
 
 #include "host/FileReading.h"
-#include "library/Values.h"
+#include "library/OptionValues.h"
 
 #include <fmt/format.h>
 

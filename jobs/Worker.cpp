@@ -4,8 +4,8 @@
 #include "jobs/MallocHandler.h"
 #include "jobs/OutputFile.h"
 #include "jobs/WorkerFrames.h"
+#include "library/OptionValues.h"
 #include "library/Options.h"
-#include "library/Values.h"
 
 #include <fmt/format.h>
 

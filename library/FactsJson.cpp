@@ -28,7 +28,7 @@ std::string_view NameOf(FontMatch match)
     }
 }
 
-Json JsonOf(const Counts &counts)
+Json CountsJson(const Counts &counts)
 {
     Json json;
     json["clips"] = counts.clips;
@@ -43,7 +43,7 @@ Json JsonOf(const Counts &counts)
 }
 
 // What was begun and not ended; only that.
-Json JsonOf(const OpenThings &open)
+Json OpenThingsJson(const OpenThings &open)
 {
     const std::pair<const char *, uint64_t> counts[] = {
         {"groups", open.groups}, {"compoundPaths", open.compoundPaths}, {"saves", open.saves},
@@ -56,7 +56,7 @@ Json JsonOf(const OpenThings &open)
     return json;
 }
 
-Json JsonOf(const std::vector<Report> &reports)
+Json ReportsJson(const std::vector<Report> &reports)
 {
     Json list = Json::array();
     for (const Report &report : reports) {
@@ -70,7 +70,7 @@ Json JsonOf(const std::vector<Report> &reports)
 
 } // namespace
 
-Json JsonOf(const std::vector<FontUse> &fonts)
+Json FontUsesJson(const std::vector<FontUse> &fonts)
 {
     Json list = Json::array();
     for (const FontUse &font : fonts) {
@@ -104,11 +104,11 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["processColours"] = header.processColours;
     facts["customColours"] = header.customColours;
     facts["declaredFonts"] = header.fonts;
-    facts["fonts"] = JsonOf(outcome.fonts);
-    facts["uses"] = JsonOf(outcome.counts);
-    facts["problems"] = JsonOf(outcome.reports);
+    facts["fonts"] = FontUsesJson(outcome.fonts);
+    facts["uses"] = CountsJson(outcome.counts);
+    facts["problems"] = ReportsJson(outcome.reports);
     facts["whole"] = outcome.end.isSaid;
-    facts["open"] = JsonOf(outcome.end.open);
+    facts["open"] = OpenThingsJson(outcome.end.open);
     facts["bytes"] = outcome.bytesTotal;
     facts["lineEnds"] = header.lineEnds;
     facts["epsWrapper"] = header.epsWrapper;

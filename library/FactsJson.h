@@ -1,4 +1,4 @@
-// What is known of a document, as JSON: the same names wherever it is told.
+// Writes what is known of a document as JSON, with the same names wherever it is told.
 #pragma once
 
 #include "host/Outcome.h"
@@ -16,13 +16,13 @@ constexpr double Millimetres(double points)
     return points * (25.4 / 72);
 }
 
-// Whether it is a VX document; if so, what it is, what it uses, what serves its fonts and what was reported.
+// Says whether it is a VX document; if so, what it is, what it uses, what serves its fonts and what was reported.
 void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::ordered_json *json);
 
-// What serves each font and why, and what it showed.
-nlohmann::ordered_json JsonOf(const std::vector<FontUse> &fonts);
+// Lists what serves each font and why, and what it showed.
+nlohmann::ordered_json FontUsesJson(const std::vector<FontUse> &fonts);
 
-// One line that a terminal shows as it is. Bytes that are not UTF-8 become U+FFFD.
+// Makes one line that a terminal shows as it is. Bytes that are not UTF-8 become U+FFFD.
 std::string JsonLine(const nlohmann::ordered_json &json);
 
 } // namespace vxhost

@@ -17,7 +17,8 @@ void CheckFontFolder(const std::string &path)
         throw OptionError("--font-dir " + path + ": no such directory: check the name");
     constexpr auto kAll =
         fs::directory_options::follow_directory_symlink | fs::directory_options::skip_permission_denied;
-    std::set<fs::path> seen = {fs::canonical(path, ofEntry)}; // a link may lead back up
+    std::set<fs::path> seen = {
+        fs::canonical(path, ofEntry)}; // each folder is looked at once: a link may lead back up
     for (fs::recursive_directory_iterator at(path, kAll, failure), end; !failure && at != end;
          at.increment(failure)) {
         if (at->is_directory(ofEntry) && !seen.insert(fs::canonical(at->path(), ofEntry)).second)

@@ -6,7 +6,7 @@
 namespace vxhost
 {
 
-// Throws OptionError for one in which there is what nobody can look through: it would wait for ever.
+// Throws OptionError for a folder that is not there, and for one with a pipe in it, for whose writer fontconfig would wait.
 void CheckFontFolder(const std::string &path);
 
 } // namespace vxhost

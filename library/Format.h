@@ -1,4 +1,4 @@
-// The formats that documents are turned into: a row each. A new one is a row here and a folder in devices/.
+// Holds the table of formats that documents are turned into. A new one is a row here and a folder in devices/.
 #pragma once
 
 #include "host/ByteSink.h"
@@ -16,22 +16,22 @@ namespace vxhost
 struct Settings;
 
 struct Format {
-    std::string_view name; // as --format takes it, which is also the extension of a file
+    std::string_view name; // what --format takes; it is the extension of a file too
     std::string_view mime;
-    bool spools; // a device keeps what is too long for memory in a file, which Settings name
+    bool spools; // its device keeps what is too long for memory in a file, which Settings name
 
     // Null when the settings cannot be met: error is then one line for a person.
     std::unique_ptr<Device> (*make)(const Settings &settings, ByteSink sink, std::string *error);
-    // Why there can be no such file of that page.
+    // Says why there can be no such file of that page.
     Failure (*checkPage)(const Settings &settings, const Page &page);
 };
 
 std::span<const Format> Formats();
 const Format *FindFormat(std::string_view name); // null: none of that name
 
-// The row's bit in a set of formats.
+// Returns the row's bit in a set of formats.
 unsigned BitOf(const Format &format);
-// "pdf", "svg and png"
+// Lists the names of a set: "pdf", "svg and png".
 std::string NamesOf(unsigned formats, std::string_view between = " and ");
 
 } // namespace vxhost

@@ -1,4 +1,4 @@
-// The plug-in that is part of the program: no file is looked for, and none can take its place.
+// Makes the plug-in that is part of the program: no file is looked for, and none can take its place.
 #pragma once
 
 #include "host/Plugin.h"

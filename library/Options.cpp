@@ -1,6 +1,6 @@
 #include "library/Options.h"
 
-#include "library/Values.h"
+#include "library/OptionValues.h"
 
 #include <algorithm>
 #include <charconv>
@@ -16,7 +16,7 @@ namespace
 
 constexpr double kMaxDpi = 100000;
 constexpr double kPointsPerInch = 72;
-constexpr double kMaxSeconds = 1e9;        // that a document may take
+constexpr double kMaxSeconds = 1e9;        // the most that can be said
 constexpr int64_t kMaxDate = 253402300799; // the end of the year 9999, the last that a PDF can write
 constexpr int64_t kLeastMemory = int64_t{1} << 20;
 constexpr int64_t kLeastOutput = int64_t{1} << 10;
@@ -34,7 +34,7 @@ std::string Whole(double number)
     throw OptionError("--" + std::string(option.name) + " " + text + ": " + why);
 }
 
-// The place of text among the option's choices.
+// Returns the place of text among the option's choices.
 size_t Choose(const Option &option, const std::string &text)
 {
     std::string names;
@@ -104,7 +104,7 @@ void SetBackground(const Option &option, const std::string &text, Settings *sett
     settings->pdf.background = settings->svg.background = settings->png.background = colour;
 }
 
-// An inverted box is turned when it is shown.
+// An inverted box is kept as it is: it is turned when it is shown.
 void SetBox(const Option &option, const std::string &text, Settings *settings)
 {
     settings->box.reset();
@@ -200,13 +200,13 @@ static_assert(static_cast<int>(Script::Roman) == 0 && static_cast<int>(Script::J
 constexpr Option kOptions[] = {
     {"dpi", 'r', "N", kPng, "150", "png: pixels an inch (150)", SetDpi, "", 0, kMaxDpi, true},
     {"zoom", 'z', "F", kPng, "", "png: pixels a point", SetZoom, "", 0, kMaxDpi, true},
-    {"width", 0, "N", kPng, "", "png: pixels; alone it keeps the aspect", SetSide<&RasterOptions::width>, "",
+    {"width", 0, "N", kPng, "", "png: its width in pixels; alone it keeps the aspect", SetSide<&RasterOptions::width>, "",
      1, kMaxSide, true},
-    {"height", 0, "N", kPng, "", "png: pixels; alone it keeps the aspect", SetSide<&RasterOptions::height>,
+    {"height", 0, "N", kPng, "", "png: its height in pixels; alone it keeps the aspect", SetSide<&RasterOptions::height>,
      "", 1, kMaxSide, true},
     {"fit", 0, "N", kPng, "", "png: at most N x N pixels", SetSide<&RasterOptions::fit>, "", 1, kMaxSide,
      true},
-    {"background", 'b', "COLOR", kAll, "", "none, #rrggbb or a name (png white; pdf, svg none)",
+    {"background", 'b', "COLOR", kAll, "", "what is behind the drawing: none, #rrggbb or a name (png white; pdf, svg none)",
      SetBackground},
     {"box", 0, "BOX", kAll, "bbox", "what to show: bbox, or L,B,R,T in points (bbox)", SetBox},
     {"profile", 0, "FILE", kAll, "fogra39",
@@ -222,22 +222,21 @@ constexpr Option kOptions[] = {
      "text,outlines"},
     {"pdf-x", 0, "LEVEL", kPdf, "none", "pdf: the standard to keep to: x1a, x3 or none (none)", SetStandard,
      "x1a,x3,none"},
-    {"date", 0, "S", kPdf, "", "pdf: of its creation, in seconds since 1970 (the document's own)", SetDate},
+    {"date", 0, "S", kPdf, "", "pdf: the date of its creation, in seconds since 1970 (the document's own)", SetDate},
 
     {"max-time", 0, "S", 0, "60", "seconds that a document may take; 0 is no limit", SetTime, "", 0,
      kMaxSeconds},
     {"max-memory", 0, "SIZE", 0, "1G", "memory that a document may take, as 512M; 0 is no limit (1G)",
      SetMemory, "", static_cast<double>(kLeastMemory)},
     {"max-output", 0, "SIZE", 0, "auto",
-     "bytes that a file written may take, as 100M; 0 is no limit; auto is 32 times the input's size, and "
-     "256M "
-     "at least (auto)",
+     "bytes that an output may take, as 100M; 0 is no limit; auto is 32 times the input's size, and 256M at "
+     "least (auto)",
      SetOutput, "", static_cast<double>(kLeastOutput)},
     {"missing-fonts", 0, "HOW", 0, "substitute",
-     "substitute, or fail where a document needs a font that is not there (substitute)", SetMissingFonts,
+     "what to do for a font that is not there: substitute another, or fail (substitute)", SetMissingFonts,
      "substitute,fail"},
     {"script", 0, "SCRIPT", 0, "auto",
-     "of text whose font does not say it: auto, roman, japanese, chinese or korean (auto)", SetScript,
+     "the script of text whose font does not say it: auto, roman, japanese, chinese or korean (auto)", SetScript,
      "auto,roman,japanese,chinese,korean"},
 };
 
@@ -248,12 +247,12 @@ size_t PlaceOf(const Option &option)
 
 } // namespace
 
-// More than any real drawing asks for, and less than fills a disk.
 bool IsProfileFile(std::string_view profile)
 {
     return profile != kPlainProfile && profile != kOwnProfile;
 }
 
+// Without a word the limit is more than any real drawing asks for, and less than fills a disk.
 int64_t MostOutput(const std::optional<int64_t> &said, size_t documentSize)
 {
     constexpr int64_t kLeast = int64_t{256} << 20, kTimesDocument = 32;
@@ -335,7 +334,8 @@ Settings OptionTexts::Read() const
     settings.png.memoryLimit = settings.pdf.memoryLimit =
         settings.memory > 0 ? static_cast<uint64_t>(settings.memory) : std::numeric_limits<uint64_t>::max();
     if (settings.pdf.standard == PdfX::None)
-        settings.pdf.profile = PdfOptions().profile; // not looked at: it may be one for the other formats
+        settings.pdf.profile =
+            PdfOptions().profile; // the one that was named is for the other formats, and may be no file
     else if (settings.pdf.profile == kPlainProfile)
         throw OptionError(
             "--pdf-x and --profile none: PDF/X names the press it is made for: give a profile, or leave "

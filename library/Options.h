@@ -1,5 +1,5 @@
-// The one table of options: what can be chosen about a document and what becomes of it, by the same names on a command line,
-// in a manifest, in C and in other languages.
+// Holds the one table of options: what can be chosen about a document and what becomes of it, by the same names on a command
+// line, in a manifest, in C and in other languages.
 #pragma once
 
 #include "devices/pdf/PdfDevice.h"
@@ -25,76 +25,78 @@ namespace vxhost
 enum : unsigned { kPdf = 1, kSvg = 2, kPng = 4 };
 constexpr size_t kFormatCount = 3;
 
-// Everything that was chosen, as readings and devices understand it.
+// Holds everything that was chosen, as readings and devices understand it.
 struct Settings {
     // These are about reading any document.
     std::optional<Script> script;
     bool substitute = true;
     double seconds = 60;               // 0: no limit
     int64_t memory = int64_t{1} << 30; // bytes; 0: no limit
-    std::optional<int64_t> output; // bytes of a file; 0: no limit; none: as large as the document lets expect
+    std::optional<int64_t> output;     // bytes of a file; 0: no limit; none: the document's size decides
 
     // These are about outputs.
-    std::optional<Box> box; // as it is to be shown; without it the header's
+    std::optional<Box> box; // what is to be shown; none: the header's box
     PdfOptions pdf;
     SvgOptions svg;
     RasterOptions png;
 };
 
-// Whether it is an ICC file that is named, rather than a profile of ours.
+// Returns whether the name is that of an ICC file, rather than of a profile that is built in.
 bool IsProfileFile(std::string_view profile);
 
-// The bytes that a file made of a document of that size may take, when said is what "max-output" says; 0: any number.
+// Returns how many bytes a file may take that is made of a document of that size, where "max-output" says said; 0: any number.
 int64_t MostOutput(const std::optional<int64_t> &said, size_t documentSize);
 
-// A wrong value, or options that do not go together: one line. Names of options stand with the two dashes of a command line.
+// Is thrown for a wrong value, and for options that do not go together. The text is one line, in which the names of options have
+// the two dashes of a command line.
 struct OptionError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
 struct Option {
     const char *name;     // "dpi"
-    char letter;          // of a command line; 0: none
+    char letter;          // what a command line may say in its place; 0: there is none
     const char *value;    // what stands for the value in help
-    unsigned formats;     // for which it means something; 0: it is of reading any document
-    const char *standard; // what holds when nobody says it
+    unsigned formats;     // those for which it means something; 0: it is about reading any document
+    const char *standard; // its value when nobody says one; empty: it depends, see help
     const char *help;
     void (*read)(const Option &option, const std::string &text, Settings *settings); // throws OptionError
 
-    const char *choices = "";   // "relative,perceptual"; empty: it is none of a few
-    double least = 0, most = 0; // of a number
-    bool isSize = false;        // one of those that say how large a picture is, and replace each other
+    const char *choices =
+        ""; // all values that there are, as "relative,perceptual"; empty: they are not a few
+    double least = 0, most = 0; // the range of a number; both 0: nothing is said
+    bool isSize = false;        // it says how large a picture is, and replaces others that do
 };
 
-// All rows, in the order of help.
+// Returns all rows, in the order of help.
 std::span<const Option> Options();
 const Option *FindOption(std::string_view name); // null: none of that name
 
-// Options as they were said, in words: on a command line, or in a line of a manifest.
+// Holds options in the words in which they were said, on a command line or in a line of a manifest.
 class OptionTexts
 {
   public:
     OptionTexts();
 
-    // Empty: not said.
+    // Returns what was said; empty: nothing was.
     const std::string &Of(std::string_view name) const;
     std::string &operator[](const Option &option);
     bool operator==(const OptionTexts &) const = default;
 
-    // False when there is no option of that name.
+    // Returns false when there is no option of that name.
     bool Set(std::string_view name, std::string text);
 
-    // These texts where later has none. A size is one thing, however many options it takes.
+    // Returns what later says, and what this says where later says nothing. A size is one thing, however many options it takes.
     OptionTexts OverriddenBy(const OptionTexts &later) const;
 
-    // Throws OptionError for one that means nothing for any of the formats.
+    // Throws OptionError for an option that means nothing for any of the formats.
     void CheckMeant(unsigned formats) const;
 
-    // Throws OptionError.
+    // Says what the texts mean. Throws OptionError for what is wrong.
     Settings Read() const;
 
   private:
-    std::vector<std::string> texts_; // beside Options()
+    std::vector<std::string> texts_; // one for each row of Options()
 };
 
 } // namespace vxhost

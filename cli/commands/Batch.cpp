@@ -22,7 +22,7 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kMaxSlots = 1000; // so many may wait for the one that takes longest
+constexpr size_t kMaxSlots = 1000; // documents that are done may wait for one that takes longer
 
 std::string_view NameOf(Status status)
 {
@@ -42,7 +42,7 @@ std::string_view NameOf(Status status)
     }
 }
 
-// Two objects, each a line, as one, with the id between them as it was written: a number of ours would change it.
+// Joins two objects, each a line, to one, with the id between them as it was written: a number of ours would change it.
 std::string Joined(std::string_view first, std::string_view id, std::string_view rest)
 {
     return fmt::format("{},{}{}", first.substr(0, first.rfind('}')),
@@ -82,7 +82,7 @@ bool Batch::HasRoom() const
     return running_ < options_.jobs && slots_.size() < kMaxSlots;
 }
 
-// True when nothing is left of what has been read of the manifests.
+// Returns true when everything that has been read of the manifests is started.
 bool Batch::StartWhatFits()
 {
     while (HasRoom()) {
@@ -120,27 +120,27 @@ void Batch::Start(ManifestEntry entry)
         FinishWhatEnded();
 }
 
-// Throws UsageError.
+// Throws UsageError when the entry asks for what cannot be done.
 RenderTask Batch::PlanFor(const Slot &slot)
 {
     const ManifestEntry &entry = slot.entry;
     const std::string &pattern = entry.output.empty() ? options_.output : entry.output;
     if (pattern.empty())
         throw UsageError("no output: add \"output\" to the line, or give -o");
-    const OutputOptions words = options_.words.OverriddenBy(entry.words);
-    // What a line says of its own output is nearer to it than what was said of all.
-    const bool namesFormat = entry.words.format.empty() && FormatOfName(entry.output) != nullptr;
-    const FormatList formats = ReadFormats(namesFormat ? "" : words.format, pattern);
-    // What was said of all documents is for those that it means something for.
-    OptionTexts said = entry.words.options;
+    const OutputOptions said = options_.outputOptions.OverriddenBy(entry.outputOptions);
+    // The name of a line's own output goes before the format that the command gives for all.
+    const bool namesFormat = entry.outputOptions.format.empty() && FormatOfName(entry.output) != nullptr;
+    const FormatList formats = ReadFormats(namesFormat ? "" : said.format, pattern);
+    // An option of the line that means nothing for its formats is refused; one of the command is passed over.
+    OptionTexts meant = entry.outputOptions.texts;
     if (std::ranges::find(formats, FindFormat("pdf")) != formats.end())
-        said.Set("pdf-x", words.options.Of("pdf-x"));
-    said.CheckMeant(SetOf(formats));
+        meant.Set("pdf-x", said.texts.Of("pdf-x"));
+    meant.CheckMeant(SetOf(formats));
 
     RenderTask task;
     task.input = entry.input;
     task.kinds = FileKinds::Regular;
-    task.settings = entry.words == OutputOptions() ? options_.settings : ReadSettings(words.options);
+    task.settings = entry.outputOptions == OutputOptions() ? options_.settings : ReadSettings(said.texts);
     task.settings.png.memoryLimit = options_.settings.png.memoryLimit;
     for (const Format *format : formats)
         task.outputs.push_back({format, FillPattern(pattern, entry.input, *format)});
@@ -148,8 +148,8 @@ RenderTask Batch::PlanFor(const Slot &slot)
     return task;
 }
 
-// Throws UsageError when nothing may be written to the path. Its place is what is looked at: a path as "none/../a.vx"
-// leads nowhere, and is written to "a.vx" all the same.
+// Throws UsageError when nothing may be written to the path. It looks at the path's place: "none/../a.vx" leads nowhere, and
+// is written to "a.vx" all the same.
 void Batch::CheckOutput(const std::string &path, const std::string &place) const
 {
     if (path == "-" || IsOpenAs(STDOUT_FILENO, place))
@@ -215,7 +215,7 @@ std::vector<Worker *> Batch::Workers() const
     return workers;
 }
 
-// False when the results can be written no longer.
+// Returns false when results can no longer be written.
 bool Batch::PrintWhatIsDue()
 {
     for (; !slots_.empty() && slots_.front().summary; slots_.pop_front()) {

@@ -1,7 +1,6 @@
-// The run of a batch: entries of manifests become renderings, several at a time, and lines of JSON in the order of
-// the manifests.
+// Runs a batch: entries of manifests become renderings, several at a time, and lines of JSON in the order of the manifests.
 //
-// What it holds does not grow with the number of documents, but for a few bytes for each output, so that none is
+// What it holds does not grow with the number of documents, but for a few bytes an output, by which it sees that none is
 // written twice.
 #pragma once
 
@@ -26,11 +25,11 @@ namespace vxhost
 
 struct BatchOptions {
     std::vector<BatchSource> sources;
-    LineEnd lineEnd = LineEnd::Newline; // of manifests
-    std::string output;                 // pattern of entries that have none; empty: none
+    LineEnd lineEnd = LineEnd::Newline; // in manifests
+    std::string output;                 // pattern for entries that have none; empty: there is none
     bool allowOutside = false;          // outputs may lie anywhere
-    OutputOptions words;                // of all entries, and what they mean
-    Settings settings;
+    OutputOptions outputOptions;        // for all entries
+    Settings settings;                  // what they mean
     size_t jobs = 1;
 };
 
@@ -49,7 +48,7 @@ class Batch
         ManifestEntry entry;
         std::unique_ptr<Rendering> rendering; // while it is at work
         Result result;
-        std::optional<Summary> summary; // of one that is done
+        std::optional<Summary> summary; // none: it is not done
     };
 
     bool StartWhatFits();

@@ -2,7 +2,7 @@
 
 #include "cli/commands/Batch.h"
 #include "cli/commands/Session.h"
-#include "library/Values.h"
+#include "library/OptionValues.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -22,24 +22,24 @@ constexpr int32_t kMaxJobs = 256;
 
 } // namespace
 
-BatchCommand::BatchCommand(CLI::App *command) : common_("60")
+BatchCommand::BatchCommand(CLI::App *command)
 {
     command->add_option("--manifest", manifests_, "a list of documents, which may be a pipe; may be repeated")
         ->type_name("FILE")
         ->allow_extra_args(false);
-    command->add_flag("-0,--null", endInNul_, "manifests are names alone, and each ends in NUL");
+    command->add_flag("-0,--null", endInNul_, "manifests have names alone, each of which ends in NUL");
     command
         ->add_option(
             "-o,--output", output_,
-            "where to write what its line does not say; {stem}, {dir} and {ext} are those of the input and "
+            "where to write, for lines that do not say it; {stem}, {dir} and {ext} are those of the input and "
             "the format")
         ->type_name("PATH");
     command->add_flag("--allow-outside", allowOutside_,
                       "outputs may lie outside of the folder that -o names, else of the working folder");
-    command->add_option("-j,--jobs", jobs_, "documents at a time (as many as there are processors)")
+    command->add_option("-j,--jobs", jobs_, "how many documents to draw at a time (as many as there are processors)")
         ->type_name("N");
-    words_.AddTo(command);
-    common_.AddTo(command, "documents to read; - and nothing are a manifest on standard input");
+    outputOptions_.AddTo(command);
+    common_.AddTo(command, "documents to read; -, or no FILE at all, is a manifest on standard input");
     command->footer(
         "A line of a manifest is the name of a document, or a JSON object: input, output, id, and options\n"
         "of that document by their names, as {\"input\": \"a.vx\", \"output\": \"a.png\", \"dpi\": 300}.\n\n"
@@ -54,18 +54,19 @@ Status BatchCommand::Run(Messages *messages) const
 {
     CommonOptions options = common_.Read(false);
     const std::vector<BatchSource> sources = ReadSources(options.inputs);
-    const bool showProgress = options.showProgress && isatty(STDOUT_FILENO) != 1; // not among the lines
-    options.showProgress = false;                                                 // of every single document
+    const bool showProgress =
+        options.showProgress && isatty(STDOUT_FILENO) != 1; // else it would stand among them
+    options.showProgress = false;                           // the progress of a single document is not shown
 
-    const Settings settings = options.Complete(ReadSettings(words_.options));
-    FormatList formats = ReadFormats(words_.format, output_);
+    const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
+    FormatList formats = ReadFormats(outputOptions_.format, output_);
     const Format *png = FindFormat("png");
-    if (!words_.options.Of("profile").empty() && std::ranges::find(formats, png) == formats.end())
-        formats.push_back(png); // so that the profile is looked at
-    Session session(options, Audience::Batch, messages);
+    if (!outputOptions_.texts.Of("profile").empty() && std::ranges::find(formats, png) == formats.end())
+        formats.push_back(png); // of these formats it alone looks at the profile
+    Session session(options, CommandKind::Batch, messages);
     session.CheckDevices(formats, settings);
     messages->ShowProgress(showProgress);
-    Batch batch({sources, endInNul_ ? LineEnd::Nul : LineEnd::Newline, output_, allowOutside_, words_,
+    Batch batch({sources, endInNul_ ? LineEnd::Nul : LineEnd::Newline, output_, allowOutside_, outputOptions_,
                  settings, ReadJobs()},
                 &session, messages);
     return batch.Run();

@@ -1,4 +1,4 @@
-// vx batch: documents and manifests in, pictures and one line of JSON a document out.
+// vx batch: renders the documents that are named and those of manifests, and prints a line of JSON for each.
 #pragma once
 
 #include "cli/options/CommonOptions.h"
@@ -29,7 +29,7 @@ class BatchCommand
     std::string output_;
     bool allowOutside_ = false;
     std::string jobs_;
-    OutputOptions words_;
+    OutputOptions outputOptions_;
 };
 
 } // namespace vxhost

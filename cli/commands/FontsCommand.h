@@ -1,4 +1,4 @@
-// vx fonts: which fonts documents ask for, what serves each and why; or which fonts there are.
+// vx fonts: tells which fonts documents ask for, what serves each and why; or which fonts there are.
 #pragma once
 
 #include "cli/options/CommonOptions.h"

@@ -1,15 +1,14 @@
 #include "cli/commands/InfoCommand.h"
 
 #include "cli/commands/Session.h"
-#include "cli/report/InfoText.h"
-#include "cli/report/StandardStreams.h"
+#include "cli/report/InfoReport.h"
 
 #include <CLI/CLI.hpp>
 
 namespace vxhost
 {
 
-InfoCommand::InfoCommand(CLI::App *command) : common_("60")
+InfoCommand::InfoCommand(CLI::App *command)
 {
     command->add_flag("--json", json_, "one JSON object a document, each on a line of its own");
     common_.AddTo(command);
@@ -21,17 +20,8 @@ InfoCommand::InfoCommand(CLI::App *command) : common_("60")
 Status InfoCommand::Run(Messages *messages) const
 {
     const CommonOptions options = common_.Read();
-    Session session(options, Audience::Info, messages);
-    Status worst = Status::Done;
-    for (const std::string &input : options.inputs) {
-        const auto [result, summary] = session.Read(input, LookThrough);
-        worst = Worst(worst, summary.status);
-        if (!PrintResult(json_ ? InfoJson(input, result, summary.error)
-                               : InfoText(input, result, summary.error),
-                         messages))
-            return Worst(worst, Status::OutputFailed);
-    }
-    return worst;
+    Session session(options, CommandKind::Info, messages);
+    return session.PrintEach(options.inputs, json_ ? InfoJson : InfoText);
 }
 
 } // namespace vxhost

@@ -1,4 +1,4 @@
-// vx info: what a document is, what it declares, and what it uses, without drawing it.
+// vx info: tells what a document is, what it declares and what it uses, without drawing it.
 #pragma once
 
 #include "cli/options/CommonOptions.h"

@@ -28,7 +28,7 @@ Status RenderOne(RenderTask task, Session *session)
 
 } // namespace
 
-RenderCommand::RenderCommand(CLI::App *command) : common_("60")
+RenderCommand::RenderCommand(CLI::App *command)
 {
     command
         ->add_option(
@@ -36,8 +36,8 @@ RenderCommand::RenderCommand(CLI::App *command) : common_("60")
             "where to write; - is standard output; {stem}, {dir} and {ext} are those of the input and the "
             "format")
         ->type_name("PATH");
-    command->add_flag("--force", force_, "write also where a drawing is, which is lost");
-    words_.AddTo(command);
+    command->add_flag("--force", force_, "overwrite drawings too, which are lost");
+    outputOptions_.AddTo(command);
     common_.AddTo(command);
     command->footer("Examples:\n"
                     "  vx render harp.vx -o harp.pdf\n"
@@ -52,18 +52,18 @@ Status RenderCommand::Run(Messages *messages) const
     const CommonOptions options = common_.Read();
     if (output_.empty())
         throw UsageError("no output: add -o and a name, as -o picture.pdf");
-    const FormatList formats = ReadFormats(words_.format, output_);
+    const FormatList formats = ReadFormats(outputOptions_.format, output_);
     const std::vector<std::string> names = OutputNames(output_, options.inputs, formats);
-    // Its place is what is looked at: "none/../a.vx" leads nowhere, and is written to "a.vx" all the same.
+    // The place is looked at, not the name: "none/../a.vx" leads nowhere, and is written to "a.vx" all the same.
     const auto isKept = [](const std::string &name) { return name != "-" && IsDrawing(PlaceOf(name)); };
     const auto drawing = force_ ? names.end() : std::ranges::find_if(names, isKept);
     if (drawing != names.end())
         throw UsageError(fmt::format("-o {}: would overwrite the drawing \"{}\": choose another name, or add "
                                      "--force",
                                      output_, *drawing));
-    words_.options.CheckMeant(SetOf(formats));
-    const Settings settings = options.Complete(ReadSettings(words_.options));
-    Session session(options, Audience::Render, messages);
+    outputOptions_.texts.CheckMeant(SetOf(formats));
+    const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
+    Session session(options, CommandKind::Render, messages);
     session.CheckDevices(formats, settings);
     Status worst = Status::Done;
     auto name = names.begin();

@@ -1,4 +1,4 @@
-// vx render: documents to pictures, one after the other.
+// vx render: turns documents into pictures, one after the other.
 #pragma once
 
 #include "cli/options/CommonOptions.h"
@@ -21,7 +21,7 @@ class RenderCommand
     CommonOptionReader common_;
     std::string output_;
     bool force_ = false;
-    OutputOptions words_;
+    OutputOptions outputOptions_;
 };
 
 } // namespace vxhost

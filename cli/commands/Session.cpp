@@ -1,12 +1,11 @@
 #include "cli/commands/Session.h"
 
+#include "cli/report/StandardStreams.h"
 #include "library/LinkedPlugin.h"
 
 #include <fmt/format.h>
 
 #include <filesystem>
-#include <set>
-#include <string_view>
 #include <utility>
 
 namespace vxhost
@@ -20,9 +19,9 @@ namespace fs = std::filesystem;
 std::unique_ptr<Plugin> LoadPlugin(const std::string &named)
 {
     std::error_code failure;
-    // Absolute, or the loader would look for a bare name in the folders of libraries.
+    // The loader would look for a name without a folder in the folders of libraries.
     const std::string path = fs::absolute(named, failure).string();
-    if (!fs::is_regular_file(path, failure)) // the loader would wait for who writes to a pipe
+    if (!fs::is_regular_file(path, failure)) // the loader would wait for somebody to write to a pipe
         throw UsageError(fmt::format("{}: no such plug-in: check the name after --plugin", path));
     std::string error;
     std::unique_ptr<Plugin> plugin = Plugin::Load(path, &error);
@@ -50,8 +49,8 @@ EngineOptions OptionsOfEngine(const CommonOptions &options, Messages *messages)
 
 } // namespace
 
-Session::Session(const CommonOptions &options, Audience audience, Messages *messages)
-    : messages_(messages), telling_{audience, options.limits, options.strict},
+Session::Session(const CommonOptions &options, CommandKind command, Messages *messages)
+    : messages_(messages), summaryOptions_{command, options.limits, options.strict},
       engine_(OptionsOfEngine(options, messages))
 {
     messages_->SetVerbosity(options.verbosity);
@@ -60,21 +59,15 @@ Session::Session(const CommonOptions &options, Audience audience, Messages *mess
     CheckServed(options.fonts.served);
 }
 
-// A font that the user chose and that is not there is a mistake of the user's.
-void Session::CheckServed(const std::map<std::string, std::string> &served)
+// Throws UsageError when the user's map names a font that is not there.
+void Session::CheckServed(const FontMap &served)
 {
     if (served.empty())
         return;
-    const FontList &fonts = Fonts();
-    std::set<std::string_view> names;
-    for (int32_t i = 0; i < fonts.Count(); ++i)
-        names.insert(fonts.At(i).postScriptName);
-    for (const auto &[asked, font] : served) {
-        if (!names.contains(font))
-            throw UsageError(fmt::format("--font-map: no font \"{}\" to serve \"{}\": vx fonts --list shows "
-                                         "those that there are",
-                                         font, asked));
-    }
+    if (const auto *row = FindRowWithoutFont(served, Fonts()))
+        throw UsageError(fmt::format("--font-map: no font \"{}\" to serve \"{}\": vx fonts --list shows "
+                                     "those that there are",
+                                     row->second, row->first));
 }
 
 const FontList &Session::Fonts()
@@ -90,13 +83,13 @@ void Session::CheckDevices(std::span<const Format *const> formats, const Setting
     CheckFault(trial.fault, trial.confinement);
     if (!trial.failure)
         return;
-    if (trial.format->name == "pdf") // says what to do itself: it may be something else than the profile
+    if (trial.format->name == "pdf") // its text says what to do: the profile need not be what is wrong
         throw OptionError(trial.failure.text);
     throw OptionError(fmt::format("--profile: {}: give fogra39, none, or an ICC profile of a CMYK press",
                                   trial.failure.text));
 }
 
-// Throws what is told of a fault before the first document.
+// Throws UsageError or LimitError for a fault that shows before the first document.
 void Session::CheckFault(const Fault &fault, const Confinement &confinement) const
 {
     if (!fault)
@@ -104,33 +97,46 @@ void Session::CheckFault(const Fault &fault, const Confinement &confinement) con
     Result result;
     result.fault = fault;
     result.confinement = confinement;
-    const Summary summary = vxhost::Summarise("", result, {Audience::Info, telling_.limits});
+    const Summary summary = vxhost::Summarise("", result, {CommandKind::Info, summaryOptions_.limits});
     if (summary.status == Status::LimitHit)
         throw LimitError(summary.error);
     throw UsageError(summary.error);
 }
 
-Session::Outcome Session::Read(const std::string &input, Pass pass)
+Result Session::Finish(JobTask task, const std::vector<int> &descriptors)
 {
-    JobTask task;
-    task.input = input;
-    task.makePasses = [&pass](Failure *) { return std::vector{pass}; };
-    return Read(std::move(task));
-}
-
-Session::Outcome Session::Read(JobTask task, const std::vector<int> &descriptors)
-{
-    const std::string input = task.input;
     Job job(std::move(task), &engine_);
     if (!job.HasEnded())
         job.Start(descriptors);
     job.Wait();
-    return {job.Found(), Tell(input, job.Found())};
+    return job.Found();
+}
+
+Status Session::Run(JobTask task, const std::vector<int> &descriptors)
+{
+    const std::string input = task.input;
+    return Tell(input, Finish(std::move(task), descriptors)).status;
+}
+
+Status Session::PrintEach(const std::vector<std::string> &inputs, const ResultText &makeText)
+{
+    Status worst = Status::Done;
+    for (const std::string &input : inputs) {
+        JobTask task;
+        task.input = input;
+        task.makePasses = [](Failure *) { return std::vector<Pass>{LookThrough}; };
+        const Result result = Finish(std::move(task));
+        const Summary summary = Tell(input, result);
+        worst = Worst(worst, summary.status);
+        if (!PrintResult(makeText(input, result, summary.error), messages_))
+            return Worst(worst, Status::OutputFailed);
+    }
+    return worst;
 }
 
 Summary Session::Summarise(const std::string &input, const Result &result) const
 {
-    return vxhost::Summarise(input, result, telling_);
+    return vxhost::Summarise(input, result, summaryOptions_);
 }
 
 Summary Session::Tell(const std::string &input, const Result &result)

@@ -1,4 +1,4 @@
-// One run of a command: the engine that its options ask for, and what is told of each document.
+// Runs a command: holds the engine that its options ask for, and tells what there is to tell of each document.
 #pragma once
 
 #include "cli/options/CommonOptions.h"
@@ -6,7 +6,7 @@
 #include "cli/report/Summary.h"
 #include "jobs/Rendering.h"
 
-#include <map>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -18,32 +18,33 @@ class Session
 {
   public:
     // Throws UsageError when there is no plug-in that works, or a font that the user chose is not there.
-    Session(const CommonOptions &options, Audience audience, Messages *messages);
+    Session(const CommonOptions &options, CommandKind command, Messages *messages);
 
     Engine &Jobs() { return engine_; }
 
-    struct Outcome {
-        Result result;
-        Summary summary;
-    };
-    // Reads a document by one pass, waits for it, and tells what there is to tell.
-    Outcome Read(const std::string &input, Pass pass);
-    Outcome Read(JobTask task, const std::vector<int> &descriptors = {});
+    // Does a task, waits for its end, and tells what there is to tell. The worker may use these descriptors.
+    Status Run(JobTask task, const std::vector<int> &descriptors);
     Summary Summarise(const std::string &input, const Result &result) const;
     Summary Tell(const std::string &input, const Result &result);
+
+    // Reads each input, tells what there is to tell of it, and prints the text that is made of it. error is what was told.
+    using ResultText =
+        std::function<std::string(const std::string &input, const Result &result, const std::string &error)>;
+    Status PrintEach(const std::vector<std::string> &inputs, const ResultText &makeText);
 
     // Throws OptionError for what is wrong with the settings, whatever the document.
     void CheckDevices(std::span<const Format *const> formats, const Settings &settings);
 
-    // Of this machine. Throws UsageError or LimitError when they cannot be listed.
+    // Returns the fonts of this machine. Throws UsageError or LimitError when they cannot be listed.
     const FontList &Fonts();
 
   private:
+    Result Finish(JobTask task, const std::vector<int> &descriptors = {});
     void CheckFault(const Fault &fault, const Confinement &confinement) const;
-    void CheckServed(const std::map<std::string, std::string> &served);
+    void CheckServed(const FontMap &served);
 
     Messages *messages_;
-    Telling telling_;
+    SummaryOptions summaryOptions_;
     Engine engine_;
 };
 

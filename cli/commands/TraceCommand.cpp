@@ -19,7 +19,7 @@ namespace
 
 constexpr size_t kWriteSize = size_t{1} << 16;
 
-// Lines on their way to standard output, in large pieces. After a failure the rest is dropped.
+// Writes lines to standard output in large pieces. After a failure it drops the rest.
 class LineWriter
 {
   public:
@@ -55,7 +55,7 @@ class LineWriter
 
 } // namespace
 
-// No time limit unless asked for: the reader may be a person with a pager.
+// There is no time limit unless somebody asks for one: a person with a pager may be reading.
 TraceCommand::TraceCommand(CLI::App *command) : common_("0")
 {
     command->add_flag("--json", json_, "one JSON object a line: {\"call\":\"moveto\",\"args\":[1,2.5]}");
@@ -69,10 +69,10 @@ Status TraceCommand::Run(Messages *messages) const
 {
     CommonOptions options = common_.Read();
     if (isatty(STDOUT_FILENO) == 1)
-        options.showProgress = false; // it would stand in the middle of the lines
+        options.showProgress = false; // it would stand among the lines
     if (options.inputs.size() > 1)
         throw UsageError("more than one FILE: trace one at a time");
-    Session session(options, Audience::Trace, messages);
+    Session session(options, CommandKind::Trace, messages);
     const bool json = json_;
     const Pass trace = [json](Reading &reading) {
         LineWriter lines;
@@ -87,9 +87,9 @@ Status TraceCommand::Run(Messages *messages) const
     };
     JobTask task;
     task.input = options.inputs[0];
-    task.needsFonts = true; // nothing is printed twice
+    task.needsFonts = true; // without them the document might be read twice, and its calls printed twice
     task.makePasses = [&trace](Failure *) { return std::vector{trace}; };
-    return session.Read(std::move(task), {STDOUT_FILENO}).summary.status;
+    return session.Run(std::move(task), {STDOUT_FILENO});
 }
 
 } // namespace vxhost

@@ -1,4 +1,4 @@
-// vx trace: every call that the plug-in makes on the procedure table, one a line.
+// vx trace: prints every call that the plug-in makes on the procedure table, one a line.
 #pragma once
 
 #include "cli/options/CommonOptions.h"

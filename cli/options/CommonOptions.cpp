@@ -27,7 +27,7 @@ void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
                                const std::string &help) {
         command->add_option(names, *to, help)->type_name(value)->group(kGroup);
     };
-    add("--plugin", &plugin_, "PATH", "the file of a plug-in to use (the one that is built in)");
+    add("--plugin", &plugin_, "PATH", "the file of the plug-in to use (one is built in)");
     const auto addOfTable = [&](const char *name, const std::string &standard) {
         const Option *option = FindOption(name);
         AddOption(*option, option->help + standard, &texts_, command);
@@ -36,13 +36,13 @@ void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
     addOfTable("max-time", " (" + texts_.Of("max-time") + ")");
     addOfTable("max-memory", "");
     addOfTable("max-output", "");
-    add("--progress", &progress_, "WHEN", "auto, that is on a terminal, never or always (auto)");
-    command->add_option("--font-dir", fontDirectories_, "more fonts, in DIR and below it; may be repeated")
+    add("--progress", &progress_, "WHEN", "when to show progress: auto, which is on a terminal, never or always (auto)");
+    command->add_option("--font-dir", fontDirectories_, "use the fonts in DIR and below it too; may be repeated")
         ->type_name("DIR")
         ->allow_extra_args(false)
         ->group(kGroup);
-    add("--font-map", &fontMap_, "FILE", "which font serves which name: lines of ASKED = FONT");
-    command->add_flag("--no-system-fonts", noSystemFonts_, "only the fonts of --font-dir")->group(kGroup);
+    add("--font-map", &fontMap_, "FILE", "a file that says which font serves which name, in lines of ASKED = FONT");
+    command->add_flag("--no-system-fonts", noSystemFonts_, "use only the fonts of --font-dir")->group(kGroup);
     addOfTable("missing-fonts", "");
     addOfTable("script", "");
     command
@@ -50,7 +50,7 @@ void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
                    "read no document where the kernel cannot confine its worker")
         ->group(kGroup);
     command->add_flag("--strict", strict_, "warnings give exit status 3")->group(kGroup);
-    command->add_flag("-q,--quiet", quiet_, "no warnings")->group(kGroup);
+    command->add_flag("-q,--quiet", quiet_, "tell no warnings")->group(kGroup);
     command->add_flag("-v,--verbose", verbose_, "tell more")->group(kGroup);
 }
 

@@ -1,4 +1,4 @@
-// The options that every command has, and how a wrong one is told.
+// Reads the options that every command has.
 #pragma once
 
 #include "cli/options/FontChoice.h"
@@ -20,24 +20,25 @@ class App;
 namespace vxhost
 {
 
-// A wrong command line, or one that asks for what this version cannot do: one line, exit status 2.
+// Is thrown for a wrong command line, or one that asks for what this version cannot do. The text is one line; the exit status is 2.
 struct UsageError : OptionError {
     using OptionError::OptionError;
 };
 
-// A limit was hit before the first document: one line, exit status 5.
+// Is thrown for a limit that was hit before the first document. The text is one line; the exit status is 5.
 struct LimitError : UsageError {
     using UsageError::UsageError;
 };
 
 struct CommonOptions {
-    // Settings of outputs with what these say of them.
+    // Returns the settings of outputs with what these options say of them.
     Settings Complete(Settings settings) const;
 
     std::vector<std::string> inputs; // "-" is standard input
     std::string plugin;              // a file; empty: the one that is built in
     FontChoice fonts;
-    std::optional<Script> script; // of text whose font does not say it; none: as the fonts suggest
+    std::optional<Script>
+        script; // that of text whose font does not say it; none: the fonts of the document decide
     WorkerLimits limits;
     Verbosity verbosity = Verbosity::Normal;
     bool showProgress = false;
@@ -45,25 +46,26 @@ struct CommonOptions {
     bool requireSandbox = false;
 };
 
-// Two steps, as a command line is read in two: first its words, then what they mean.
+// Works in two steps: the words of the command line are stored, and then Read says what they mean.
 class CommonOptionReader
 {
   public:
-    // defaultTime is that of --max-time, in seconds.
+    CommonOptionReader() : CommonOptionReader(FindOption("max-time")->standard) {}
+    // defaultTime is that of --max-time, in seconds, for a command whose own differs from the table's.
     explicit CommonOptionReader(std::string defaultTime) { texts_.Set("max-time", std::move(defaultTime)); }
-    // Last, so that they stand below the command's own in its help.
+    // Call it after the command's own options are added, so that these stand below them in its help.
     void AddTo(CLI::App *command, const std::string &inputs = "documents to read; - is standard input");
-    // Throws UsageError; without an input too, unless the command can do without.
+    // Throws UsageError for what is wrong, and where there is no input though the command needs one.
     CommonOptions Read(bool needsInput = true) const;
 
   private:
-    FontChoice ReadFontChoice(double seconds) const; // a map may take
+    FontChoice ReadFontChoice(double seconds) const; // seconds: how long reading a map may take
 
     std::vector<std::string> inputs_;
     std::string plugin_;
     std::vector<std::string> fontDirectories_;
     std::string fontMap_;
-    OptionTexts texts_; // of the table's options about reading
+    OptionTexts texts_; // what is said of the table's options about reading
     std::string progress_ = "auto";
     bool noSystemFonts_ = false;
     bool requireSandbox_ = false;

@@ -1,8 +1,8 @@
 #include "cli/options/FontChoice.h"
 
 #include "cli/options/CommonOptions.h"
-#include "cli/report/Decimal.h"
 #include "host/FileReading.h"
+#include "library/Decimal.h"
 
 #include <fmt/format.h>
 

@@ -1,4 +1,4 @@
-// Which fonts a run may use, as the user says it.
+// Holds which fonts a run may use, as the user says it.
 #pragma once
 
 #include "host/fonts/FontconfigFonts.h"
@@ -15,7 +15,7 @@ struct FontChoice {
     bool substitute = true; // false: a document that needs a font that is not there is given up
 };
 
-// Reads the file of a font map. A pipe may take so many seconds, 0: any number. Throws OptionError.
+// Reads the file of a font map, which may be a pipe and take so many seconds; 0: any number. Throws OptionError.
 FontMap ReadFontMapFile(const std::string &path, double seconds);
 
 } // namespace vxhost

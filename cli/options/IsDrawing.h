@@ -1,4 +1,4 @@
-// Whether something would be lost by writing there.
+// Finds out whether writing to a file would destroy a drawing.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 namespace vxhost
 {
 
-// A picture takes the place of a picture, never that of a drawing, which may be the only one of its kind. Links are
-// followed. Looks at the first bytes alone, so that it does not matter what somebody else does to the file meanwhile.
+// A picture may take the place of a picture, never that of a drawing, which may be the only copy. Links are followed. This
+// looks at the first bytes alone, so that it does not matter what somebody else does to the file meanwhile.
 bool IsDrawing(const std::string &path);
 
 } // namespace vxhost

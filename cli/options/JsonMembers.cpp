@@ -10,8 +10,7 @@ namespace vxhost
 namespace
 {
 
-// Goes through a text. Every Pass and Take answers whether what it is for stands there; where it does not, the place is
-// where that showed.
+// Goes through a text. Every Pass and Take returns whether it found what it is for; if not, At says where that showed.
 class Scanner
 {
   public:
@@ -26,7 +25,7 @@ class Scanner
             ++at_;
     }
 
-    // The character, and the space before it.
+    // Takes the character, and the space before it.
     bool Take(char wanted)
     {
         SkipSpace();
@@ -42,10 +41,10 @@ class Scanner
         return isString && Take(':');
     }
 
-    // One value, whatever is nested in it.
+    // Passes over one value, with all that is nested in it.
     bool PassValue()
     {
-        std::string ends; // of what is open, the innermost last
+        std::string ends; // the brackets that close what is open, the innermost last
         std::string_view key;
         while (true) {
             if (Take('{')) {
@@ -91,7 +90,7 @@ class Scanner
         return !IsAtEnd() && text_[at_] == '"' ? PassString() : PassNumber();
     }
 
-    // Here only its end is found: which characters and escapes may stand in it is known elsewhere.
+    // Finds the end; which characters and escapes may stand in a string, the JSON library knows.
     bool PassString()
     {
         const size_t start = at_;
@@ -107,7 +106,7 @@ class Scanner
 
     bool PassNumber()
     {
-        (void)TakeNow('-'); // it may be there
+        (void)TakeNow('-'); // a sign may be there
         if (!TakeNow('0') && !PassDigits())
             return false;
         if (TakeNow('.') && !PassDigits())

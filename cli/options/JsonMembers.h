@@ -1,4 +1,4 @@
-// The members of an object in JSON, each value as it was written: numbers keep digits that no type of ours holds.
+// Reads the members of a JSON object and leaves each value as it was written: numbers keep digits that no type of ours holds.
 #pragma once
 
 #include <cstddef>
@@ -12,11 +12,11 @@ namespace vxhost
 
 struct JsonMember {
     std::string key;
-    std::string_view value; // in the text that it was read from; one valid JSON value
+    std::string_view value; // one valid JSON value, in the text that it was read from
 };
 
-// None when the text is no object, or more than one; badByte, from 1, is where that shows. Space is blanks and tabs, as
-// the text is one line.
+// Returns none when the text is not one object; badByte, from 1, is then where that shows. The text is one line, so that space
+// is blanks and tabs.
 std::optional<std::vector<JsonMember>> ReadJsonMembers(std::string_view text, size_t *badByte);
 
 } // namespace vxhost

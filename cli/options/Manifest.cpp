@@ -58,7 +58,7 @@ void ManifestReader::Read()
     }
     if (got == 0)
         lines_.End();
-    else // a line that has come in part is none
+    else // a line that came in part is not used
         Fail(fmt::format("cannot be read on, {}", SystemText(errno)));
     Close();
 }
@@ -80,7 +80,7 @@ void ManifestReader::OpenNext()
     }
     name_ = source.name;
     lines_ = ManifestLines(name_, end_);
-    // A pipe that nobody writes to yet does not hold up what is at work.
+    // Opening a pipe that nobody writes to yet must not hold up the documents at work.
     descriptor_ = name_ == "-" ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)
                                : open(name_.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     struct stat status;
@@ -100,7 +100,7 @@ void ManifestReader::Close()
     descriptor_ = -1;
 }
 
-// The entry is about the whole manifest.
+// Makes an entry that is about the whole manifest.
 void ManifestReader::Fail(std::string error)
 {
     ManifestEntry &entry = found_.emplace();

@@ -1,4 +1,4 @@
-// Reads what a batch is to do: documents that are named, and manifests, whose lines are read as they come.
+// Reads what a batch is to do: the documents that are named, and manifests, line by line as they come.
 #pragma once
 
 #include "cli/options/ManifestLines.h"
@@ -13,7 +13,7 @@ namespace vxhost
 
 struct BatchSource {
     std::string name;        // "-" is standard input, which is a manifest
-    bool isManifest = false; // else a document, whatever is in it
+    bool isManifest = false; // false: it is a document, whatever is in it
 };
 
 class ManifestReader
@@ -24,15 +24,15 @@ class ManifestReader
     ManifestReader &operator=(const ManifestReader &) = delete;
     ~ManifestReader() { Close(); }
 
-    // The next of what has been read; none: it was the end, or there is more to read.
+    // Takes the next entry of what has been read; none: it was the last, or there is more to read.
     std::optional<ManifestEntry> Next();
     bool AtEnd() const { return sources_.empty() && descriptor_ < 0; }
 
-    // Reads on, after Next has given none. Waits unless Descriptor is ready, or -1.
+    // Reads on, once Next has returned none. Does not wait where Descriptor is ready or -1.
     void Read();
     int Descriptor() const { return descriptor_; }
 
-    // Whether the name leads to one of the manifests, those that are read already among them.
+    // Returns whether the name leads to one of the manifests, also to one that was read already.
     bool Includes(const std::string &path) const;
 
   private:
@@ -43,10 +43,10 @@ class ManifestReader
     std::vector<std::string> manifests_; // all of them
     std::deque<BatchSource> sources_;    // still to come
     LineEnd end_;
-    std::string name_; // of the manifest being read
+    std::string name_; // that of the manifest that is being read
     int descriptor_ = -1;
     ManifestLines lines_;
-    std::optional<ManifestEntry> found_; // that is no line
+    std::optional<ManifestEntry> found_; // an entry that is no line of a manifest
 };
 
 } // namespace vxhost

@@ -19,7 +19,7 @@ namespace
 using Json = nlohmann::json;
 
 constexpr size_t kMaxLine = size_t{64} << 10;
-constexpr size_t kShown = 60; // of a member's name, in a message
+constexpr size_t kShown = 60; // bytes of a member's name that a message shows
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool BeginsAsDocument(std::string_view line)
@@ -33,7 +33,7 @@ bool HasControl(std::string_view name)
                                [](unsigned char character) { return character < 0x20 || character == 0x7F; });
 }
 
-// A word of an option from what stands in JSON for it: 300, "300", [0,0,72,36], ["pdf","png"].
+// Turns what stands in JSON for an option's value into a word of a command line: 300, "300", [0,0,72,36], ["pdf","png"].
 std::optional<std::string> WordOf(const Json &value)
 {
     if (value.is_string())
@@ -52,7 +52,7 @@ std::optional<std::string> WordOf(const Json &value)
     return words;
 }
 
-// One member of a line's object. Returns what is wrong with it, or nothing.
+// Takes one member of a line's object. Returns what is wrong with it, or nothing.
 std::string TakeMember(const JsonMember &member, ManifestEntry *entry)
 {
     const std::string &key = member.key;
@@ -60,7 +60,7 @@ std::string TakeMember(const JsonMember &member, ManifestEntry *entry)
         entry->id = member.value;
         return "";
     }
-    const Json value = Json::parse(member.value, nullptr, false); // discarded: a number beyond all bounds
+    const Json value = Json::parse(member.value, nullptr, false); // a number beyond all bounds is "discarded"
     const std::optional<std::string> word = WordOf(value);
     const bool isName = key == "input" || key == "output";
     if (isName && (!value.is_string() || word->empty()))
@@ -68,12 +68,12 @@ std::string TakeMember(const JsonMember &member, ManifestEntry *entry)
     if (!word || word->empty())
         return fmt::format("\"{}\" has no value that an option can have: give a string or a number",
                            Printable(key, kShown));
-    // The system would take what stands before it for the name.
+    // The system would take what stands before the NUL for the name.
     if (word->find('\0') != std::string::npos)
         return fmt::format("\"{}\" holds a NUL, which no name has: take \\u0000 out", Printable(key, kShown));
     if (isName)
         (key == "input" ? entry->input : entry->output) = *word;
-    else if (!entry->words.Set(key, *word))
+    else if (!entry->outputOptions.Set(key, *word))
         return fmt::format(
             "no option \"{}\": give input, output, id, or one of vx render's about the picture",
             Printable(key, kShown));
@@ -157,7 +157,7 @@ std::optional<ManifestEntry> ManifestLines::TakeLine(std::string line)
     ManifestEntry entry = MakeEntry();
     if (line[first] == '{')
         TakeObject(line, &entry);
-    else if (HasControl(line)) // such a name could as well have held a line end, and be two
+    else if (HasControl(line)) // such a name could also have held a line end, and would be two
         entry.error = "a name with a control character: end names in NUL and give -0, or write JSON";
     else
         entry.input = std::move(line);

@@ -17,12 +17,12 @@ namespace vxhost
 {
 
 struct ManifestEntry {
-    std::string manifest; // empty: the document was named in its stead
+    std::string manifest; // its name; empty: the command line named the document
     size_t line = 0;      // from 1; 0: it is about the whole manifest
-    std::string id;       // JSON as it was written, to be handed on; empty: none
+    std::string id;       // JSON as it was written, to be handed on; empty: the line has none
     std::string input;    // empty: the line names none
     std::string output;   // pattern; empty: the line says nothing of it
-    OutputOptions words;
+    OutputOptions outputOptions;
     std::string error; // not empty: why nothing can be done
 };
 
@@ -31,35 +31,35 @@ enum class LineEnd : char { Newline = '\n', Nul = '\0' };
 class ManifestLines
 {
   public:
-    // "-" is standard input, for messages.
+    // The name is for messages; "-" is standard input.
     explicit ManifestLines(std::string name = "", LineEnd end = LineEnd::Newline)
         : name_(std::move(name)), end_(end)
     {
     }
 
     void Add(std::string_view bytes);
-    void End() { isWhole_ = true; } // no more come
+    void End() { isWhole_ = true; } // no more bytes come
 
-    // The next of what has come; none: there is no whole line more.
+    // Takes the next entry of what has come; none: no whole line is left.
     std::optional<ManifestEntry> Next();
 
-    // It turned out to be no manifest, which an entry has told: no byte more is looked at.
+    // Returns whether it turned out to be no manifest. An entry has told so, and no further byte is looked at.
     bool IsGivenUp() const { return isGivenUp_; }
 
   private:
     std::optional<ManifestEntry> TakeLine(std::string line);
     std::optional<ManifestEntry> TakeName(std::string name);
-    ManifestEntry MakeEntry() const; // of the line at hand
+    ManifestEntry MakeEntry() const; // for the line at hand
     ManifestEntry Refuse(std::string error) const;
     ManifestEntry GiveUp(size_t line, std::string error);
 
     std::string name_;
     LineEnd end_;
     std::string bytes_;
-    size_t at_ = 0; // in bytes_: the next line
+    size_t at_ = 0; // where the next line begins in bytes_
     size_t line_ = 0;
     bool isWhole_ = false;
-    bool isSkipping_ = false; // the rest of a line that is too long
+    bool isSkipping_ = false; // passes over the rest of a line that is too long
     bool isGivenUp_ = false;
 };
 

@@ -24,7 +24,7 @@ struct Placeholder {
     std::string value;
 };
 
-// What a pattern makes of a folder.
+// Adds to a pattern that names a folder what names a file in it.
 std::string WholePattern(const std::string &pattern)
 {
     std::error_code failure;
@@ -33,14 +33,14 @@ std::string WholePattern(const std::string &pattern)
     return pattern != "-" && fs::is_directory(pattern, failure) ? pattern + "/{stem}.{ext}" : pattern;
 }
 
-// Absolute, with links followed. A link that leads nowhere or into the dark is replaced when it is written to, so it is
-// in its own folder.
+// Makes a path absolute, with links followed. A link that leads nowhere, or where nobody may look, is replaced when it is written
+// to, so its place is in its own folder.
 fs::path Resolve(const fs::path &path, std::error_code *failure)
 {
     fs::path whole = fs::absolute(path, *failure);
     if (*failure)
         return {};
-    // Links are not followed behind "none/..", so that goes first.
+    // The first call takes "none/.." out of the path, the second follows the links behind it.
     if (fs::path plain = fs::weakly_canonical(whole, *failure); !*failure)
         whole = std::move(plain);
     fs::path place = fs::weakly_canonical(whole, *failure);
@@ -95,7 +95,7 @@ bool LiesIn(const std::string &folder, const std::string &path)
 {
     std::error_code failure, otherFailure;
     const fs::path place = Resolve(path, &failure).lexically_relative(Resolve(folder, &otherFailure));
-    // A place that nobody may look at cannot be written to either, which is told when it is tried.
+    // A place that may not be looked at cannot be written to either; the error comes when that is tried.
     if (failure || otherFailure)
         return failure == std::errc::permission_denied;
     return !place.empty() && *place.begin() != "..";
@@ -116,13 +116,13 @@ bool IsOpenAs(int descriptor, const std::string &path)
 std::vector<std::string> OutputNames(const std::string &pattern, const std::vector<std::string> &inputs,
                                      std::span<const Format *const> formats)
 {
-    std::map<std::string, std::string> readers; // place → the input that is read there
+    std::map<std::string, std::string> readers; // maps a place to the input that is read there
     for (const std::string &input : inputs) {
         if (input != "-")
             readers.emplace(PlaceOf(input), input);
     }
     std::vector<std::string> outputs;
-    std::map<std::string, std::string> writers; // place → the input whose result goes there
+    std::map<std::string, std::string> writers; // maps a place to the input whose result goes there
     for (const std::string &input : inputs) {
         for (const Format *format : formats) {
             const std::string output = FillPattern(pattern, input, *format);

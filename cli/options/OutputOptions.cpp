@@ -19,7 +19,7 @@ const CLI::Validator
     kNotEmpty([](const std::string &value) { return std::string(value.empty() ? "the value is empty" : ""); },
               "");
 
-// In lower case, with its point.
+// Returns the extension in lower case, with its point.
 std::string ExtensionOf(const std::string &name)
 {
     std::string extension = std::filesystem::path(name).extension().string();
@@ -57,7 +57,7 @@ void OutputOptions::AddTo(CLI::App *command)
         ->check(kNotEmpty);
     for (const Option &option : Options()) {
         if (option.formats != 0)
-            AddOption(option, option.help, &options, command);
+            AddOption(option, option.help, &texts, command);
     }
 }
 
@@ -68,12 +68,12 @@ bool OutputOptions::Set(std::string_view name, std::string value)
         return true;
     }
     const Option *option = FindOption(name);
-    return option != nullptr && option->formats != 0 && options.Set(name, std::move(value));
+    return option != nullptr && option->formats != 0 && texts.Set(name, std::move(value));
 }
 
 OutputOptions OutputOptions::OverriddenBy(const OutputOptions &later) const
 {
-    return {later.format.empty() ? format : later.format, options.OverriddenBy(later.options)};
+    return {later.format.empty() ? format : later.format, texts.OverriddenBy(later.texts)};
 }
 
 const Format *FormatOfName(const std::string &output)
@@ -85,7 +85,7 @@ const Format *FormatOfName(const std::string &output)
 FormatList ReadFormats(const std::string &word, const std::string &output)
 {
     if (word.empty()) {
-        // Nobody wants a pdf of that name.
+        // Who gives such a name does not want a PDF.
         for (const char *other : {".jpg", ".jpeg", ".gif", ".tif", ".tiff", ".webp", ".bmp", ".eps", ".ps"}) {
             if (ExtensionOf(output) == other)
                 throw OptionError(fmt::format("-o {}: no {} is written here: name a .pdf, .svg or .png",
@@ -116,15 +116,15 @@ unsigned SetOf(std::span<const Format *const> formats)
     return set;
 }
 
-// Those who build archives and packages set a date in the environment, so that the same source gives the same bytes on
-// every day.
+// People who build archives and packages set a date in the environment, so that the same source gives the same bytes every
+// day.
 Settings ReadSettings(const OptionTexts &options)
 {
     constexpr const char *kVariable = "SOURCE_DATE_EPOCH";
     const char *date = std::getenv(kVariable);
     if (date == nullptr || !options.Of("date").empty())
         return options.Read();
-    OptionTexts alone; // an empty text would be one that is not said
+    OptionTexts alone; // an empty text means that nobody said one, so "nothing" stands for it
     alone.Set("date", *date == 0 ? "nothing" : date);
     try {
         (void)alone.Read();

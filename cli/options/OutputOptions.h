@@ -1,4 +1,4 @@
-// Holds what is said of a document's outputs, in the options of a command or in a line of a manifest.
+// Reads what is said of a document's outputs, in the options of a command or in a line of a manifest.
 #pragma once
 
 #include "library/Format.h"
@@ -20,31 +20,32 @@ namespace vxhost
 using FormatList = std::vector<const Format *>;
 
 struct OutputOptions {
-    std::string format; // empty: not said
-    OptionTexts options;
+    std::string format; // empty: nobody said one
+    OptionTexts texts;
 
     void AddTo(CLI::App *command);
     bool operator==(const OutputOptions &) const = default;
 
-    // By the name of the option, as "pdf-x". False when there is none of that name that is about an output.
+    // Sets the option of that name, as "pdf-x". Returns false when no option about outputs has it.
     bool Set(std::string_view name, std::string value);
 
-    // These words where later has none.
+    // Returns what later says, and what this says where later says nothing.
     OutputOptions OverriddenBy(const OutputOptions &later) const;
 };
 
-// An option of the table as an option of the command, which writes to texts.
+// Adds an option of the table to the command. Its value is written to texts.
 void AddOption(const Option &option, const std::string &help, OptionTexts *texts, CLI::App *command);
 
-// By the name's extension; null: of none.
+// Finds the format that the name's extension says; null: it says none.
 const Format *FormatOfName(const std::string &output);
 
-// The formats, in the order given. Without a word the name of the output decides, else it is PDF. Throws OptionError.
+// Returns the formats in the order given. Without a word the name of the output decides; where that says none, it is PDF. Throws
+// OptionError.
 FormatList ReadFormats(const std::string &word, const std::string &output);
 
 unsigned SetOf(std::span<const Format *const> formats);
 
-// Reads what the texts mean, with the date that the environment says. Throws OptionError.
+// Reads what the texts mean. Where they say no date, the environment may. Throws OptionError.
 Settings ReadSettings(const OptionTexts &options);
 
 } // namespace vxhost

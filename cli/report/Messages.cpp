@@ -1,10 +1,10 @@
 #include "cli/report/Messages.h"
 
 #include "host/reading/Utf8.h"
+#include "jobs/OutputFile.h"
 
 #include <fmt/format.h>
 
-#include <cerrno>
 #include <unistd.h>
 
 namespace vxhost
@@ -17,16 +17,11 @@ constexpr size_t kMaxSubject = 4096; // a path is never cut
 constexpr size_t kMaxText = 1000;
 constexpr size_t kMaxRemembered = 1000; // lines
 
-// One write, so that lines of several processes do not mix. What cannot be told is lost: there is nowhere else
-// to tell it.
+// Writes it in one call, so that lines of several processes do not mix. A line that cannot be written is lost: there is
+// nowhere else to tell it.
 void WriteToStandardError(std::string_view text)
 {
-    while (!text.empty()) {
-        const ssize_t written = write(STDERR_FILENO, text.data(), text.size());
-        if (written < 0 && errno != EINTR)
-            return;
-        text.remove_prefix(written < 0 ? 0 : static_cast<size_t>(written));
-    }
+    (void)WriteAll(STDERR_FILENO, text);
 }
 
 std::string LineOf(std::string_view subject, std::string_view text)

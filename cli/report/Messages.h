@@ -1,5 +1,5 @@
-// Tells a person what there is to tell, on standard error: one line each, no warning twice, and the progress of
-// the work at hand.
+// Tells a person what there is to tell, on standard error: one line each, no warning twice; and shows the progress of the work
+// at hand.
 //
 //   vx: FILE: what is wrong with which value: what to do
 #pragma once
@@ -19,13 +19,13 @@ class Messages
     void SetVerbosity(Verbosity verbosity) { verbosity_ = verbosity; }
     void ShowProgress(bool show) { showProgress_ = show; }
 
-    // An empty subject is left out. Unprintable bytes in either are escaped.
+    // An empty subject is left out. Bytes that cannot be printed are escaped.
     void Error(std::string_view subject, std::string_view text);
     void Warning(std::string_view subject, std::string_view text); // not when quiet
     void Note(std::string_view text);                              // about the run; not when quiet
     void Detail(std::string_view subject, std::string_view text);  // only when detailed
 
-    // Shown in place, until the next message or EraseProgress.
+    // Both show a line that stands until the next message, or EraseProgress.
     void Progress(std::string_view subject, int percent);
     void Progress(std::string_view text);
     void EraseProgress();
@@ -37,8 +37,7 @@ class Messages
     Verbosity verbosity_ = Verbosity::Normal;
     bool showProgress_ = false;
     bool progressStands_ = false;
-    std::set<std::string, std::less<>>
-        said_; // not all of it for ever: a run may go through any number of documents
+    std::set<std::string, std::less<>> said_; // lately: a run may go through any number of documents
 };
 
 } // namespace vxhost

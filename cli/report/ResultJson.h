@@ -1,4 +1,4 @@
-// A Result as JSON: the same members wherever one is printed.
+// Writes a Result as JSON, with the same members wherever one is printed.
 #pragma once
 
 #include "jobs/Result.h"
@@ -8,10 +8,10 @@
 namespace vxhost
 {
 
-// What is known of the document, what confined its worker, and how much of that was left out.
+// Adds what is known of the document, how much of that was left out, and what confined its worker.
 void AddResult(const Result &result, nlohmann::ordered_json *json);
 
-// What confined its worker, as AddResult says it.
+// Adds what confined its worker alone.
 void AddConfinement(const Result &result, nlohmann::ordered_json *json);
 
 } // namespace vxhost

@@ -15,7 +15,7 @@ bool HoldClosedStreams()
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(stream, F_GETFD) >= 0)
             continue;
-        // A mere path: to read or to write is an error, as it is with a closed one.
+        // O_PATH makes a descriptor that can be neither read nor written, like a closed one.
         if (open("/dev/null", O_PATH) != stream)
             return false;
     }

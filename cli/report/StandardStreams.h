@@ -1,4 +1,4 @@
-// Standard input, output and error, as the program found them.
+// Looks after standard input, output and error, as the program finds them.
 #pragma once
 
 #include "cli/report/Messages.h"
@@ -9,12 +9,12 @@ namespace vxhost
 {
 
 // Puts something that can neither be read nor written in the place of those that are closed: whatever is opened next
-// would get their number, and messages would be written into a document's output. Call it first. False when that
-// cannot be done.
+// would get their number, and messages would be written into a document's output. Call it first. Returns false when it cannot
+// be done.
 bool HoldClosedStreams();
 
-// A result, on standard output. False when it cannot be written, which has been told then; a reader that left
-// early, as head does, has what it wanted.
+// Prints a result on standard output. Returns false when it cannot be written, which it has told then; it tells nothing of a
+// reader that left early, as head does.
 bool PrintResult(std::string_view text, Messages *messages);
 
 } // namespace vxhost

@@ -1,4 +1,4 @@
-// The exit statuses of the command, and which of several wins.
+// Lists the exit statuses of the command, and decides which of several wins.
 #pragma once
 
 namespace vxhost
@@ -6,16 +6,16 @@ namespace vxhost
 
 enum class Status {
     Done = 0,
-    InputFailed = 1, // could not be read or drawn
-    Usage = 2,       // found before the first input is touched, so it never meets another
-    Warned = 3,      // under --strict
+    InputFailed = 1, // an input could not be read or drawn
+    Usage = 2,       // shows before the first input is touched, so it never meets another status
+    Warned = 3,      // there were warnings, under --strict
     OutputFailed = 4,
     LimitHit = 5,
     WorkerCrashed = 6,
     Interrupted = 130,
 };
 
-// Of several inputs the worst decides: what may have hit any input, before what is this input's own fault.
+// Returns the worse of two. What might have hit any input is worse than what is an input's own fault.
 constexpr Status Worst(Status left, Status right)
 {
     constexpr Status kWorstFirst[] = {Status::Interrupted, Status::Usage,        Status::WorkerCrashed,

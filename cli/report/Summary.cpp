@@ -1,7 +1,7 @@
 #include "cli/report/Summary.h"
 
-#include "cli/report/Decimal.h"
-#include "library/Values.h"
+#include "library/Decimal.h"
+#include "library/OptionValues.h"
 #include "library/Warnings.h"
 
 #include <fmt/format.h>
@@ -14,15 +14,15 @@ namespace vxhost
 namespace
 {
 
-// What an error costs.
-std::string_view LostText(Audience audience)
+// Says what an error cost.
+std::string_view LostText(CommandKind command)
 {
-    return audience == Audience::Render || audience == Audience::Batch ? ", nothing written" : "";
+    return command == CommandKind::Render || command == CommandKind::Batch ? ", nothing written" : "";
 }
 
-std::string MemoryText(const Telling &telling, std::string_view lost)
+std::string MemoryText(const SummaryOptions &options, std::string_view lost)
 {
-    const WorkerLimits &limits = telling.limits;
+    const WorkerLimits &limits = options.limits;
     if (const std::string_view callers = CallersMemoryLimit(limits); !callers.empty())
         return fmt::format("needs more memory than {} allows{}: allow more where vx is started", callers,
                            lost);
@@ -32,32 +32,32 @@ std::string MemoryText(const Telling &telling, std::string_view lost)
                        SizeText(limits.memory), lost);
 }
 
-std::string NoDrawingText(const Result &result, Audience audience)
+std::string NoDrawingText(const Result &result, CommandKind command)
 {
-    const bool isBatch = audience == Audience::Batch;
+    const bool isBatch = command == CommandKind::Batch;
     std::string text = WhyRefused(result.header, result.size, !isBatch);
     if (isBatch && result.size > 0 && !result.header.hasPrefix && !result.header.epsWrapper)
         text += ", manifests come with --manifest";
     return text;
 }
 
-std::string MalformedText(const std::string &input, const Result &result, const Telling &telling)
+std::string MalformedText(const std::string &input, const Result &result, const SummaryOptions &options)
 {
-    return fmt::format(
-        "malformed near byte {} of {}{}: {}{}", result.outcome.bytesRead, result.size,
-        LostText(telling.audience), result.outcome.end.isSaid ? "" : "the file may be cut short, ",
-        telling.audience == Audience::Trace ? std::string("the last calls above come just before it")
-                                            : fmt::format("vx trace {} shows how far it got", input));
+    return fmt::format("malformed near byte {} of {}{}: {}{}", result.outcome.bytesRead, result.size,
+                       LostText(options.command), result.outcome.end.isSaid ? "" : "the file may be cut short, ",
+                       options.command == CommandKind::Trace
+                           ? std::string("the last calls above come just before it")
+                           : fmt::format("vx trace {} shows how far it got", input));
 }
 
-std::string OutputText(const Result &result, const Telling &telling)
+std::string OutputText(const Result &result, const SummaryOptions &options)
 {
     const Fault &fault = result.fault;
     switch (fault.kind) {
     case FaultKind::OutputTooLong:
         return fmt::format("takes more than {}{}: allow more with --max-output",
-                           SizeText(telling.limits.For(result.size).output.value_or(0)),
-                           LostText(telling.audience));
+                           SizeText(options.limits.For(result.size).output.value_or(0)),
+                           LostText(options.command));
     case FaultKind::FileTooLong:
         return fmt::format("cannot be written, {}: allow more with ulimit -f where vx is started",
                            SystemText(fault.error));
@@ -79,19 +79,19 @@ std::string OutputText(const Result &result, const Telling &telling)
         return "";
     default:
         return fmt::format("cannot be written, {}: choose another place{}", SystemText(fault.error),
-                           telling.audience == Audience::Trace ? "" : " with -o");
+                           options.command == CommandKind::Trace ? "" : " with -o");
     }
 }
 
-// What kept the fonts of the machine from being known.
-std::string FontListingText(const Fault &fault, const Telling &telling)
+// Says why the fonts of the machine are not known; empty where that is as for a document.
+std::string FontListingText(const Fault &fault, const SummaryOptions &options)
 {
-    const std::string_view lost = LostText(telling.audience);
+    const std::string_view lost = LostText(options.command);
     switch (fault.kind) {
     case FaultKind::OutOfTime:
         return fmt::format("the fonts of this machine are not listed after {} s{}: look for a pipe among the "
                            "files of --font-dir, or allow more with --max-time",
-                           Decimal(telling.limits.seconds), lost);
+                           Decimal(options.limits.seconds), lost);
     case FaultKind::Crashed:
     case FaultKind::BadAnswer:
         return fmt::format("the process that lists the fonts of this machine crashed{}{}: leave out the "
@@ -102,14 +102,14 @@ std::string FontListingText(const Fault &fault, const Telling &telling)
     }
 }
 
-// Of any fault but those of outputs.
-std::string DocumentText(const std::string &input, const Result &result, const Telling &telling)
+// Says what any fault is about but those of outputs.
+std::string DocumentText(const std::string &input, const Result &result, const SummaryOptions &options)
 {
     const Fault &fault = result.fault;
-    const std::string_view lost = LostText(telling.audience);
-    const WorkerLimits &limits = telling.limits;
+    const std::string_view lost = LostText(options.command);
+    const WorkerLimits &limits = options.limits;
     if (fault.isOfFontListing) {
-        if (std::string text = FontListingText(fault, telling); !text.empty())
+        if (std::string text = FontListingText(fault, options); !text.empty())
             return text;
     }
     switch (fault.kind) {
@@ -124,9 +124,9 @@ std::string DocumentText(const std::string &input, const Result &result, const T
     case FaultKind::Changed:
         return fmt::format("changed while it was read{}: try again when nothing writes to it", lost);
     case FaultKind::NotADrawing:
-        return NoDrawingText(result, telling.audience);
+        return NoDrawingText(result, options.command);
     case FaultKind::Malformed:
-        return MalformedText(input, result, telling);
+        return MalformedText(input, result, options);
     case FaultKind::LacksFont:
         return fmt::format("no font \"{}\"{}: install it, or go without --missing-fonts fail",
                            result.outcome.lackedFont, lost);
@@ -137,7 +137,7 @@ std::string DocumentText(const std::string &input, const Result &result, const T
         return fmt::format("not done after {} s{}: allow more with --max-time", Decimal(limits.seconds),
                            lost);
     case FaultKind::OutOfMemory:
-        return MemoryText(telling, lost);
+        return MemoryText(options, lost);
     case FaultKind::OutOfProcessorTime:
         return fmt::format(
             "needs more processor time than ulimit -t allows{}: allow more where vx is started", lost);
@@ -202,10 +202,10 @@ Status StatusOf(FaultKind kind)
     }
 }
 
-std::string FontHelp(const std::string &input, Audience audience)
+std::string FontHelp(const std::string &input, CommandKind command)
 {
     return "install it, or " +
-           (audience == Audience::Fonts ? "choose another with --font-map" : "see vx fonts " + input);
+           (command == CommandKind::Fonts ? "choose another with --font-map" : "see vx fonts " + input);
 }
 
 } // namespace
@@ -223,7 +223,7 @@ std::string UnconfinedText(const Confinement &confinement)
     return text;
 }
 
-Summary Summarise(const std::string &input, const Result &result, const Telling &telling)
+Summary Summarise(const std::string &input, const Result &result, const SummaryOptions &options)
 {
     Summary summary;
     summary.status = StatusOf(result.fault.kind);
@@ -231,15 +231,15 @@ Summary Summarise(const std::string &input, const Result &result, const Telling 
     if (isOfOutput)
         summary.subject = OutputName(result.output.empty() ? "-" : result.output);
     if (result.fault)
-        summary.error = isOfOutput ? OutputText(result, telling) : DocumentText(input, result, telling);
-    summary.warnings = ListWarnings(result.outcome, FontHelp(input, telling.audience));
+        summary.error = isOfOutput ? OutputText(result, options) : DocumentText(input, result, options);
+    summary.warnings = ListWarnings(result.outcome, FontHelp(input, options.command));
     const auto warnOmitted = [&summary](uint32_t count, const char *what) {
         if (count > 0)
             summary.warnings.push_back(fmt::format("{} more {} are not told of", count, what));
     };
     warnOmitted(result.omitted.reports, "problems");
     warnOmitted(result.omitted.fonts, "fonts");
-    if (summary.status == Status::Done && telling.isStrict && !summary.warnings.empty())
+    if (summary.status == Status::Done && options.isStrict && !summary.warnings.empty())
         summary.status = Status::Warned;
     return summary;
 }

@@ -1,4 +1,4 @@
-// What is told of a Result: the exit status, a line for what went wrong, a line a warning. All wording about documents and
+// Finds the words for a Result: the exit status, a line for what went wrong, a line a warning. All wording about documents and
 // outputs is here.
 #pragma once
 
@@ -14,38 +14,38 @@
 namespace vxhost
 {
 
-// What of the words depends on the command that says them.
-enum class Audience {
+// The words depend on the command that says them.
+enum class CommandKind {
     Info,
-    Fonts, // nobody is sent to vx fonts
-    Trace, // nor to vx trace; the calls stand above
+    Fonts, // does not send anybody to vx fonts
+    Trace, // does not send anybody to vx trace: the calls stand above
     Render,
-    Batch // whose results go further than its user: a file that is no drawing is not quoted
+    Batch // does not quote a file that is no drawing: others than its user may read the results
 };
 
 struct Summary {
     Status status = Status::Done;
-    std::string error;   // one line; empty: nothing to tell
-    std::string subject; // what it is about, if it is not the input: an output, as messages name it
+    std::string error;   // one line; empty: there is nothing to tell
+    std::string subject; // the output that it is about, as messages name it; empty: it is about the input
     std::vector<std::string> warnings;
 
     bool IsDone() const { return status == Status::Done || status == Status::Warned; }
 };
 
-struct Telling {
-    Audience audience = Audience::Info;
-    WorkerLimits limits; // of the run
+struct SummaryOptions {
+    CommandKind command = CommandKind::Info;
+    WorkerLimits limits; // those of the run
     bool isStrict = false;
 };
 
-Summary Summarise(const std::string &input, const Result &result, const Telling &telling);
+Summary Summarise(const std::string &input, const Result &result, const SummaryOptions &options);
 
-// What a worker was not kept from; empty: from nothing.
+// Says what a worker was not kept from; empty: it was kept from all.
 std::string UnconfinedText(const Confinement &confinement);
 
 void Tell(const std::string &input, const Result &result, const Summary &summary, Messages *messages);
 
-// How a message names them.
+// Each names its file as messages do.
 std::string InputName(const std::string &input);
 std::string OutputName(const std::string &output);
 

@@ -1,4 +1,4 @@
-// A library on a machine without files: everything comes from memory.
+// Makes a library for a machine without files: everything comes from memory.
 #include "library/interface/System.h"
 
 #include "host/fonts/GivenFonts.h"

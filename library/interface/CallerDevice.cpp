@@ -12,7 +12,7 @@ using namespace vxhost;
 namespace
 {
 
-// A path of ours in the caller's form. The verbs are numbered alike.
+// Holds a path in the caller's form. The verbs have the same numbers in both.
 static_assert(static_cast<int>(Verb::Move) == VX_MOVE && static_cast<int>(Verb::Line) == VX_LINE &&
               static_cast<int>(Verb::Curve) == VX_CURVE && static_cast<int>(Verb::Close) == VX_CLOSE);
 
@@ -54,7 +54,7 @@ vx_paint Shared(const Paint &paint)
     return {Shared(paint.colour), paint.overprint ? 1 : 0};
 }
 
-// Its dashes stay those of the style.
+// The numbers are the same in both forms. The dashes that are returned are those of the style, which has to stay.
 static_assert(static_cast<int>(LineCap::Round) == VX_CAP_ROUND &&
               static_cast<int>(LineCap::Square) == VX_CAP_SQUARE &&
               static_cast<int>(LineJoin::Round) == VX_JOIN_ROUND &&
@@ -87,7 +87,7 @@ struct vx_font_source {
     vx_font font;
 
     std::unique_ptr<FontFile> opened; // when it is first asked for an outline
-    SharedPath outline;               // the last
+    SharedPath outline;               // the last that was asked for
 };
 
 CallerDevice::CallerDevice(const vx_device &device) : device_(device) {}
@@ -206,7 +206,8 @@ extern "C" vx_status vx_font_outline(const vx_font *font, uint32_t glyph, vx_pat
         CheckThere(font, "font");
         CheckThere(font->outlines, "the outlines of the font");
         CheckThere(outline, "outline");
-        auto *source = const_cast<vx_font_source *>(font->outlines); // the library's own, made as no constant
+        auto *source = const_cast<vx_font_source *>(
+            font->outlines); // it was made by the library, and is constant for the program alone
         if (source->opened == nullptr)
             source->opened = FontFile::Open(source->bytes, source->faceIndex);
         if (source->opened == nullptr)

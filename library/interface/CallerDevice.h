@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-struct vx_font_source; // a font as the program sees it, and where its outlines come from
+struct vx_font_source; // holds a font as the program sees it, and what its outlines come from
 
 namespace vxhost
 {

@@ -13,7 +13,7 @@ using namespace vxhost;
 namespace
 {
 
-// With the profiles that are not in files.
+// Reads what the options mean, with the profiles that came from memory.
 Settings ReadSettings(const OptionTexts &options, const Choices &choices)
 {
     Settings settings = options.Read();
@@ -29,7 +29,7 @@ Settings ReadSettings(const OptionTexts &options, const Choices &choices)
     return settings;
 }
 
-// Its bytes are there: what are they?
+// Finds out what the bytes of a new document are. Throws CallError when they are no drawing.
 void ReadHeader(vx_document *document)
 {
     const Outcome info = RunPass(document, nullptr, [&](Reading &reading, const Watch &) {

@@ -1,4 +1,4 @@
-// A call about a document, which is for one at a time.
+// Makes a call about a document, which refuses a second one at the same time.
 #pragma once
 
 #include "library/interface/Calls.h"

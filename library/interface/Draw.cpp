@@ -25,7 +25,7 @@ const Format &FormatNamed(std::string_view name)
     return *format;
 }
 
-// null: error says why there is none.
+// Throws OptionError with the error when there is no device.
 Device &CheckMade(const std::unique_ptr<Device> &device, const std::string &error)
 {
     if (device == nullptr)
@@ -56,8 +56,7 @@ Box BoxOf(const vx_document &document, const vx_pixels &pixels)
 
 void DrawPixels(vx_document *document, const vx_pixels &pixels)
 {
-    constexpr int32_t kMostSide = 131072;
-    if (pixels.width < 1 || pixels.height < 1 || pixels.width > kMostSide || pixels.height > kMostSide)
+    if (pixels.width < 1 || pixels.height < 1 || pixels.width > kMaxSide || pixels.height > kMaxSide)
         throw CallError(VX_WRONG_ARGUMENT, "the pixels are " + std::to_string(pixels.width) + " by " +
                                                std::to_string(pixels.height) + ": give 1 to 131072 of each");
     CheckThere(pixels.top_row, "top_row");
@@ -77,7 +76,7 @@ void DrawPixels(vx_document *document, const vx_pixels &pixels)
     DrawPass(document, box, &CheckMade(device, error), nullptr);
 }
 
-// The record as this version has it, of whatever size it is.
+// Returns the record as this version has it: procedures beyond the caller's size are null.
 vx_device WholeDevice(const vx_device &given)
 {
     constexpr size_t kLeast = offsetof(vx_device, begin);

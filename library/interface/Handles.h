@@ -22,7 +22,7 @@
 namespace vxhost
 {
 
-// What a document takes over when it is opened.
+// Holds what was chosen of a library, which a document takes over when it is opened.
 struct Choices {
     std::string temporaryFolder = "/tmp";
     FontMap served;
@@ -31,14 +31,15 @@ struct Choices {
 
 } // namespace vxhost
 
-// One for any number of threads.
+// Any number of threads may use one.
 struct vx_library {
-    // Lists the fonts, if nobody has: from then on they stay as they are.
+    // Lists the fonts if nobody has. From then on they stay as they are.
     const vxhost::Installation &Installed();
-    // Throws CallError when they are listed. what: that is then told to come too late.
+    // Throws CallError when they are listed already. what is the word for the change that comes too late.
     void ChangeFonts(std::string_view what, const std::function<void(vxhost::FontSources *)> &change);
 
     vxhost::Choices GetChoices();
+    // Whatever the change throws, it has to leave the choices as they were.
     void ChangeChoices(const std::function<void(vxhost::Choices *)> &change);
     // Adds rows to the map. Throws OptionError for a font that is not there.
     void MapFonts(const vxhost::FontMap &rows);
@@ -59,7 +60,7 @@ struct vx_document {
 
     const vxhost::Installation *installation;
     vxhost::Choices choices;
-    std::vector<std::byte> copy; // of the bytes, where the caller wants one
+    std::vector<std::byte> copy; // that of the bytes, where the caller wants one
     std::unique_ptr<vxhost::Document> bytes;
 
     // These come from its header.
@@ -68,7 +69,7 @@ struct vx_document {
     bool isMonochrome = false;
 
     vxhost::OptionTexts options;
-    vxhost::Settings settings; // what they say
+    vxhost::Settings settings; // what the options say
     vx_progress progress = nullptr;
     void *progressContext = nullptr;
 

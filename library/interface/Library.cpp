@@ -10,14 +10,13 @@
 #include "devices/colour/ScreenColours.h"
 
 #include <algorithm>
-#include <set>
 
 using namespace vxhost;
 
 namespace
 {
 
-// An option's row in texts that stay.
+// The texts of an option's row that have to be put together; they stay as long as the program.
 struct OptionRow {
     std::string formats, help;
 };
@@ -35,7 +34,7 @@ const std::vector<OptionRow> &OptionRows()
 
 constexpr size_t kMostName = 255; // bytes of a font's name, or a profile's
 
-// A name that a program gives.
+// Throws CallError for a name that no font or profile has.
 std::string CheckName(const char *text, std::string_view what)
 {
     const std::string_view name = CheckText(text, what);
@@ -94,7 +93,6 @@ Choices vx_library::GetChoices()
     return choices_;
 }
 
-// All or nothing, whatever is thrown.
 void vx_library::ChangeChoices(const std::function<void(Choices *)> &change)
 {
     const std::lock_guard lock(mutex_);
@@ -103,15 +101,9 @@ void vx_library::ChangeChoices(const std::function<void(Choices *)> &change)
 
 void vx_library::MapFonts(const FontMap &rows)
 {
-    const FontList &fonts = *Installed().fonts;
-    std::set<std::string_view> names;
-    for (int32_t i = 0; i < fonts.Count(); ++i)
-        names.insert(fonts.At(i).postScriptName);
-    for (const auto &[asked, font] : rows) {
-        if (!names.contains(font))
-            throw OptionError("no font \"" + Printable(font, 60) + "\" to serve \"" + Printable(asked, 60) +
-                              "\": vx_library_font_at lists those that there are");
-    }
+    if (const auto *row = FindRowWithoutFont(rows, *Installed().fonts))
+        throw OptionError("no font \"" + Printable(row->second, 60) + "\" to serve \"" +
+                          Printable(row->first, 60) + "\": vx_library_font_at lists those that there are");
     FontMap added = rows; // before anything changes: memory may run out
     ChangeChoices([&](Choices *choices) {
         const auto isNew = [&](const auto &row) { return !choices->served.contains(row.first); };
@@ -221,7 +213,7 @@ vx_status vx_library_add_profile(vx_library *library, const char *name, const vo
         CheckThere(library, "library");
         const std::string profile = CheckName(name, "name");
         CheckThere(bytes, "bytes");
-        if (profile == "fogra39" || profile == "none")
+        if (!IsProfileFile(profile))
             throw CallError(VX_WRONG_ARGUMENT,
                             "the name \"" + profile + "\" is taken by what is built in: give another");
         if (size > kMaxProfileBytes)

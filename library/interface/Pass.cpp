@@ -2,7 +2,8 @@
 
 #include "host/SystemText.h"
 #include "host/reading/Utf8.h"
-#include "library/Values.h"
+#include "library/Decimal.h"
+#include "library/OptionValues.h"
 #include "library/Warnings.h"
 #include "library/interface/Calls.h"
 
@@ -48,16 +49,6 @@ class WatchedDevice final : public Device
     Device *device_;
     const Watch &watch_;
 };
-
-// A number as a person writes it: 60, 0.5.
-std::string SecondsText(double seconds)
-{
-    std::string text = std::to_string(seconds);
-    text.erase(text.find_last_not_of('0') + 1);
-    if (text.back() == '.')
-        text.pop_back();
-    return text;
-}
 
 [[noreturn]] void ThrowOutOfMemory(const Settings &settings, bool isLimit)
 {
@@ -109,7 +100,8 @@ void Keep(const Outcome &outcome, vx_document *document)
     constexpr size_t kMostWarning = 1000;
     for (const std::string &warning : ListWarnings(outcome, "install it"))
         document->warnings.push_back(Printable(warning, kMostWarning));
-    document->fonts.reserve(outcome.fonts.size()); // the texts stay where they are
+    document->fonts.reserve(
+        outcome.fonts.size()); // or the texts would move when it grows, and with them what points at them
     for (const FontUse &font : outcome.fonts) {
         auto &kept = document->fonts.emplace_back();
         kept.asked = ToUtf8(font.asked);
@@ -125,7 +117,7 @@ void Watch::CheckTime() const
 {
     const double most = document_.settings.seconds;
     if (most > 0 && std::chrono::duration<double>(Clock::now() - start_).count() > most)
-        throw CallError(VX_LIMIT, "not done after " + SecondsText(most) + " s: allow more with max-time");
+        throw CallError(VX_LIMIT, "not done after " + Decimal(most, 6) + " s: allow more with max-time");
 }
 
 void Watch::CheckProgress(int64_t done, int64_t total) const

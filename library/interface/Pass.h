@@ -1,5 +1,5 @@
-// One pass over a document for its caller: with the options that hold, watched as they say, and with all that the caller is told
-// of it afterwards.
+// Makes one pass over a document for its caller: with the options that hold, within the limits that they set, and with all that
+// the caller is told afterwards.
 #pragma once
 
 #include "library/interface/Handles.h"
@@ -47,17 +47,17 @@ class WrittenBytes
 };
 
 // Runs action on a reading of the document, and keeps warnings and fonts; throws CallError for whatever is no success.
-// written is null where nothing is.
+// written is null where the pass writes nothing.
 Outcome RunPass(vx_document *document, const WrittenBytes *written,
                 const std::function<Outcome(Reading &, const Watch &)> &action);
 
-// The same, into a device. box: to be shown.
+// Does the same with a device to draw into. box is what is shown.
 void DrawPass(vx_document *document, const Box &box, Device *device, const WrittenBytes *written);
 
-// Which part of the page the options show, upright. Throws CallError when there is nothing to show.
+// Returns the part of the page that the options show, upright. Throws CallError when there is nothing to show.
 Box ShownBox(const vx_document &document);
 
-// Throws CallError for any but none.
+// Throws CallError for a failure.
 void CheckFailure(const Failure &failure);
 
 } // namespace vxhost

@@ -23,7 +23,7 @@ void AddFontFolder(vx_library *library, const std::string &value)
     library->ChangeFonts("font-dir", [&](FontSources *sources) { sources->directories.push_back(value); });
 }
 
-// The whole of a regular file: nobody waits for what writes to a pipe.
+// Reads the whole of a regular file. A pipe is refused: nobody is to wait for its writer.
 void ReadMapFile(const std::string &path, HeldBytes *bytes)
 {
     constexpr size_t kMost = kMaxMapLine * kMaxMapRows;

@@ -1,5 +1,5 @@
-// What a library has of the machine that it runs on. System.cpp is for one with files and fonts, ../bare/System.cpp for one
-// that has neither.
+// Declares what a library has of the machine that it runs on. System.cpp is for a machine with files and fonts, ../bare/System.cpp
+// for one that has neither.
 #pragma once
 
 #include "library/interface/Handles.h"
@@ -12,7 +12,7 @@
 namespace vxhost
 {
 
-// An option of a whole library: all of them are about the machine.
+// An option of a whole library. All of them are about the machine.
 struct LibraryOption {
     const char *name;
     const char *value; // what stands for the value in help
@@ -22,7 +22,7 @@ struct LibraryOption {
     void (*set)(vx_library *library, const std::string &value); // throws OptionError or CallError
 };
 std::span<const LibraryOption> LibraryOptions();
-const LibraryOption *FindLibraryOption(std::string_view name); // null: none of that name
+const LibraryOption *FindLibraryOption(std::string_view name); // null: there is none
 
 std::unique_ptr<FontList> ListFonts(const FontSources &sources);
 

@@ -14,8 +14,8 @@ from typing import Any, Union
 from vx._errors import ArgumentError, OptionError
 from vx._libvx import in_python, lib, option_names, record, text_of
 
-# What an option takes: text as a command line has it, or a number; True and False stand for yes and no, a path for its
-# name, four numbers for a box. None is as if the option were not named.
+# An option takes a text as a command line has it, or a number. True and False stand for yes and no, a path for its name, and four
+# numbers for a box. None is as if the option were not named.
 Value = Union[str, float, bool, "os.PathLike[str]", Sequence[float], None]
 
 
@@ -39,7 +39,7 @@ class Option:
         value     what stands for its value in help: "N", "COLOR"
         choices   all values that there are; empty: it is not one of a few
         standard  its value when nobody gives one; empty: it depends, see help
-        formats   those for which it means something; empty: it is about reading, whatever is made
+        formats   those for which it means something; empty: it is about reading a drawing, whatever is made of it
         help      a line
         least     the smallest number
         most      the largest; both 0: nothing is said
@@ -76,7 +76,7 @@ def options() -> tuple[Option, ...]:
     ...     if option.formats == ("pdf",):
     ...         print(option)
     pdf_x=LEVEL: pdf: the standard to keep to: x1a, x3 or none (none)
-    date=S: pdf: of its creation, in seconds since 1970 (the document's own)
+    date=S: pdf: the date of its creation, in seconds since 1970 (the document's own)
     """
     return tuple(read_option(lib.vx_option_at, index) for index in range(lib.vx_option_count()))
 
@@ -92,7 +92,7 @@ def library_options() -> tuple[Option, ...]:
 
 
 def read_option(procedure: Any, index: int) -> Option:
-    """The option of that number, of those that the procedure lists."""
+    """Reads the option of that number, of those that the procedure lists."""
     row = record("vx_option", procedure, index)
 
     def words(characters: object) -> tuple[str, ...]:
@@ -103,7 +103,7 @@ def read_option(procedure: Any, index: int) -> Option:
 
 
 def texts_of(values: Mapping[str, Value]) -> dict[str, str]:
-    """The options as the library takes them, but for those that are None."""
+    """Returns the options as the library takes them, without those that are None."""
     known = [option.name for option in options()]
     for name in values:
         if name not in known:
@@ -127,7 +127,7 @@ def check_meant(values: Mapping[str, Value], format_name: str) -> None:
 
 
 def text_of_value(name: str, value: object) -> str:
-    """A value as a command line would have it."""
+    """Writes a value as a command line would have it."""
     if isinstance(value, str):
         return value
     if isinstance(value, bool):
@@ -145,7 +145,7 @@ def text_of_value(name: str, value: object) -> str:
 
 
 def c_text(text: str, what: str) -> bytes:
-    """UTF-8, as the library has all texts. A NUL would end it too early."""
+    """Returns the text in UTF-8, as the library has all texts. A NUL is refused: it would end the text too early."""
     if not isinstance(text, str):
         raise TypeError(f"{what} is of type {type(text).__name__}: give a text")
     if "\0" in text:

@@ -1,4 +1,4 @@
-"""What vx.h declares, without what it says. A test compares the two: a declaration that changes there is pasted here."""
+"""Repeats the declarations of vx.h, without its comments. A test compares the two: paste here what changes there."""
 
 DECLARATIONS = """
 #define VX_INTERFACE 1

@@ -18,10 +18,10 @@ from vx._info import FontUse, Header, Info, read_info
 from vx._libvx import call, ffi, lib, record, text_of
 from vx._picture import Picture
 
-# Is told how many bytes of how many have been read.
+# Is called with the bytes that were read and the bytes that there are.
 Progress = Callable[[int, int], object]
 
-# As the facts in JSON have them.
+# The words for a match are those of the facts in JSON.
 MATCHES = {"VX_FONT_BOXES": "missing", "VX_FONT_EXACT": "exact", "VX_FONT_STAND_IN": "stand-in",
            "VX_FONT_SUBSTITUTE": "substitute"}
 
@@ -122,7 +122,7 @@ class Document:
 
     @property
     def warnings(self) -> tuple[str, ...]:
-        """What the last call that read it had to tell, a line each: fonts that are not there, what cannot be shown."""
+        """What the last call that read it had to tell, a line each: which fonts are not there, and what cannot be shown."""
         return self._warnings
 
     @property
@@ -204,7 +204,7 @@ class Document:
     # ---- How ----
 
     def _render(self, format: str, progress: Optional[Progress], options: Mapping[str, Value]) -> tuple[bytes, tuple[str, ...]]:
-        """The bytes of a file, and what there is to tell of it."""
+        """Returns the bytes of a file, and the warnings."""
         check_meant(options, format)
         pieces: list[bytes] = []
         callbacks = Callbacks()
@@ -224,7 +224,7 @@ class Document:
 
     @contextmanager
     def _at_work(self, options: Mapping[str, Value]) -> Iterator[Any]:
-        """Keeps other calls away, and lets these options hold and none of a call before."""
+        """Keeps other calls away, sets these options, and forgets those of the call before."""
         with self._alone():
             if self._handle is None:
                 raise ArgumentError(f"{self.name}: the document is closed: open it again")
@@ -242,8 +242,8 @@ class Document:
 
     def _read(self, callbacks: Callbacks, progress: Optional[Progress], procedure: Any, handle: Any,
               *arguments: Any) -> tuple[str, ...]:
-        """A call that reads the document. Returns its warnings, which are kept too, as they are of a call that fails."""
-        # Each call sets it, to nothing if need be: that of the call before is no more.
+        """Makes a call that reads the document, and returns its warnings. They are kept too, also where the call fails."""
+        # Each call sets it, if only to nothing: the function of the call before is gone.
         tell = ffi.NULL if progress is None else callbacks.make("vx_progress", progress)
         self._call(lib.vx_document_set_progress, handle, tell, ffi.NULL)
         try:
@@ -270,7 +270,7 @@ class Document:
         return width[0], height[0]
 
     def _warn(self, told: Sequence[str]) -> None:
-        """Tells Python's warnings, as of the line that called the caller of this."""
+        """Gives the warnings to Python, with the line of whoever called the caller of this."""
         for warning in told:
             warnings.warn(f"{self.name}: {warning}", DrawingWarning, stacklevel=3)
 
@@ -282,7 +282,7 @@ class Callbacks:
         self._raised: list[BaseException] = []
 
     def make(self, kind: str, function: Callable[..., object]) -> Any:
-        """A pointer for C, which is valid as long as the object that is returned."""
+        """Makes a pointer for C, which is valid as long as the object that is returned."""
         def run(_: Any, *arguments: Any) -> int:
             function(*arguments)
             return 0
@@ -295,7 +295,7 @@ class Callbacks:
 
 
 def make_end(*kept: Any) -> Callable[[Any], None]:
-    """What frees a document. Library and bytes stay as long as that, whatever Python takes away first."""
+    """Makes what frees a document. It holds the library and the bytes until then, in whatever order Python frees things."""
     free = lib.vx_document_free
 
     def end(document: Any, kept: tuple[Any, ...] = kept) -> None:
@@ -305,7 +305,7 @@ def make_end(*kept: Any) -> Callable[[Any], None]:
 
 
 def missing_or(error: ReadError, source: Union[str, os.PathLike[str]]) -> ReadError:
-    """The error of a file that is not there, as Python's own open has it, where that is what it is."""
+    """Returns the error; for a file that is not there, one of the kind that Python's own open raises."""
     try:
         os.stat(source)
     except FileNotFoundError:
@@ -318,5 +318,5 @@ def missing_or(error: ReadError, source: Union[str, os.PathLike[str]]) -> ReadEr
 
 
 def printable(name: str) -> str:
-    """A file's name as a part of one line of text."""
+    """Returns a file's name as it can stand in one line of text."""
     return "".join(letter if letter.isprintable() else ascii(letter)[1:-1] for letter in name)

@@ -1,4 +1,4 @@
-"""What can go wrong, a class a kind."""
+"""The errors and the warning: a class for each kind."""
 
 from __future__ import annotations
 
@@ -57,7 +57,7 @@ class WriteError(Error, OSError):
 
 
 class StoppedError(Error):
-    """For a progress function of yours to raise when the call shall end; it comes out of that call."""
+    """Your progress function may raise it to end the call, out of which it then comes."""
 
 
 class BusyError(Error, RuntimeError):
@@ -65,7 +65,7 @@ class BusyError(Error, RuntimeError):
 
 
 class FailedError(Error, RuntimeError):
-    """What should not happen: a fault of the library. Please report it, with the text."""
+    """Something that should not happen: a fault of the library. Please report it, with the text."""
 
 
 class DrawingWarning(UserWarning):

@@ -1,4 +1,4 @@
-"""Files that are written whole or not at all."""
+"""Writes files whole or not at all."""
 
 from __future__ import annotations
 
@@ -10,12 +10,12 @@ import stat
 
 def write_whole(path: str, data: bytes) -> None:
     """Puts data in the place of what is there. A reader finds the old file or the new one, and never half of it."""
-    path = os.path.realpath(path)  # a link stays one
+    path = os.path.realpath(path)  # a link stays a link
     try:
         mode = os.stat(path).st_mode
     except FileNotFoundError:
         mode = None
-    if mode is not None and not stat.S_ISREG(mode):  # a device or a pipe is written to; a folder is told as one
+    if mode is not None and not stat.S_ISREG(mode):  # a device or a pipe is written to as it is; a folder is Python's own error
         with open(path, "wb") as file:
             file.write(data)
         return
@@ -31,5 +31,5 @@ def write_whole(path: str, data: bytes) -> None:
         with contextlib.suppress(FileNotFoundError):
             os.unlink(part)
         if isinstance(error, OSError):
-            error.filename = path  # nobody knows the other name
+            error.filename = path  # the caller knows no other name
         raise

@@ -64,7 +64,7 @@ class FontFile(FontUse):
 
 @dataclass(frozen=True)
 class Uses:
-    """How much of what is in a drawing.
+    """How much there is of each thing in a drawing.
 
         fills, strokes, clips  shapes that are filled, stroked, and clipped to
         segments               lines and curves of all paths
@@ -84,7 +84,7 @@ class Uses:
 
 @dataclass(frozen=True)
 class Problem:
-    """Something in a drawing that cannot be shown as it was meant: a number for each kind, and it in words."""
+    """Something in a drawing that cannot be shown as it was meant: the number of its kind, and what it is in words."""
 
     number: int
     title: str
@@ -100,12 +100,12 @@ class Info:
         version          2 to 5
         creation_date    in words of the drawing's own
         box              left, bottom, right, top as they are written: they may be inverted, or empty
-        points           width and height of the box; a point is 1/72 inch
-        millimetres      the same
+        points           width and height of the box, in points of 1/72 inch
+        millimetres      the same in millimetres
         monochrome       declared black and white
-        process_colours  names that its header declares; custom_colours and declared_fonts are too
+        process_colours  names that its header declares, as custom_colours and declared_fonts are
         fonts            those that it uses, in the order of their first texts
-        uses             how much of what is in it
+        uses             how much there is of each thing in it
         problems         what cannot be shown as it was meant
         whole            a line says that it ends; else the file is cut short
         open             what it begins more often than it ends, and how many of these: {"groups": 1}
@@ -136,7 +136,7 @@ class Info:
 
 
 def read_info(text: str) -> Info:
-    """The facts that the library gives as JSON."""
+    """Reads the facts that the library gives as JSON."""
     facts = json.loads(text)
     facts["fonts"] = tuple(record_of(FontFile, font) for font in facts["fonts"])
     facts["uses"] = record_of(Uses, facts["uses"])
@@ -145,11 +145,11 @@ def read_info(text: str) -> Info:
 
 
 def record_of(kind: type[Record], members: dict[str, Any]) -> Record:
-    """A record of the members that it has a field for: a library that tells more still fits."""
+    """Makes a record of those members that it has a field for: a library that tells more still fits."""
     values = {field.name: members[camel(field.name)] for field in dataclasses.fields(kind)}
     return kind(**{name: tuple(value) if isinstance(value, list) else value for name, value in values.items()})
 
 
 def camel(name: str) -> str:
-    """The name of a member of JSON: "lineEnds" for line_ends."""
+    """Returns the name of a member of JSON: "lineEnds" for line_ends."""
     return re.sub("_(.)", lambda match: match[1].upper(), name)

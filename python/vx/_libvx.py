@@ -22,7 +22,7 @@ ffi.cdef(DECLARATIONS)
 
 
 def find(package: str) -> str:
-    """What to load for a package in that folder: the file of its own installation, else the loader's choice."""
+    """Returns what to load for a package in that folder: the file of its own installation, else the loader's choice."""
     # An installation has PREFIX/lib/pythonX/Y-packages/vx beside PREFIX/lib/libvx.so.0. Where folders have other names,
     # a file three floors up may be anybody's.
     packages = os.path.dirname(os.path.abspath(package))
@@ -44,13 +44,13 @@ def load(path: str) -> Any:
 
 
 def loader_words(failure: OSError, path: str) -> str:
-    """What the loader itself said: cffi says the name before it, and a guess behind it."""
+    """Returns what the loader itself said, without the name that cffi puts before it and the guess that it puts behind."""
     words = str(failure).replace(f"cannot load library '{path}': ", "").split(".  Additionally")[0]
     return words[len(path) + 2:] if words.startswith(f"{path}: ") else words
 
 
 def check_fits(opened: Any, path: str) -> None:
-    """A library of another release is refused at once: its calls would fail later, and darkly."""
+    """Refuses a library of another release at once: its calls would fail later, and nobody would see why."""
     advice = "install both from one release"
     lacking = [name for name in dir(opened) if not hasattr(opened, name)]
     if lacking:
@@ -63,7 +63,7 @@ def check_fits(opened: Any, path: str) -> None:
 
 
 def text_of(characters: Any) -> str:
-    """A text of C, of which there may be none."""
+    """Returns a text of C as one of Python. Null is an empty text."""
     return "" if characters == ffi.NULL else str(ffi.string(characters), "utf-8", "replace")
 
 
@@ -73,7 +73,7 @@ def raise_for(status: int, text: str) -> NoReturn:
 
 
 def call(procedure: Any, *arguments: Any, about: str = "") -> None:
-    """Calls a procedure of C that takes a vx_error as its last. about: what the text of an error begins with."""
+    """Calls a procedure of C whose last argument is a vx_error. The text of an error begins with about."""
     error = ffi.new("vx_error *", {"size": ffi.sizeof("vx_error")})
     status = procedure(*arguments, error)
     if status != lib.VX_OK:
@@ -82,7 +82,7 @@ def call(procedure: Any, *arguments: Any, about: str = "") -> None:
 
 
 def in_python(text: str) -> str:
-    """A text of the library, with the names of options and calls as Python has them."""
+    """Returns a text of the library with the names of options and calls that Python has for them."""
     def renamed(word: re.Match[str]) -> str:
         return option_names().get(word[0], word[0])
 
@@ -91,7 +91,7 @@ def in_python(text: str) -> str:
 
 @functools.lru_cache(maxsize=None)
 def option_names() -> dict[str, str]:
-    """The names of all options, and of what else a text of the library may name, and what each is called in Python."""
+    """Maps the names of all options, and of what else a text of the library may name, to those of Python."""
     tables = [(lib.vx_option_count, lib.vx_option_at), (lib.vx_library_option_count, lib.vx_library_option_at)]
     names = [text_of(record("vx_option", at, index).name) for count, at in tables for index in range(count())]
     return {**{name: name.replace("-", "_") for name in names},

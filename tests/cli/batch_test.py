@@ -1,4 +1,4 @@
-"""vx batch: a manifest in, pictures and a line of JSON a document out."""
+"""vx batch takes a manifest, and makes pictures and a line of JSON for each document."""
 import json
 import os
 import signal
@@ -15,7 +15,7 @@ SMALL = ["-f", "png", "--fit", "1"]
 
 class Batch(CommandTest):
     def batch(self, manifest, *words, status=0, **options):
-        """Runs the batch; (its results, its messages)."""
+        """Runs the batch. Returns its results and its messages."""
         if isinstance(manifest, list):
             manifest = "".join((line if isinstance(line, str) else json.dumps(line)) + "\n" for line in manifest)
         if isinstance(manifest, str):
@@ -66,7 +66,7 @@ class Batch(CommandTest):
         self.assertEqual([(Png(self.read(name)).width, Png(self.read(name)).height)
                           for name in ("w.png", "b.png", "plain.png")], [(30, 15), (36, 36), (20, 10)])
 
-    # What is wrong with a line, and what must be said of it.
+    # Each row has a line that is wrong, and what must be said of it.
     WRONG = [
         ('{"input": "a.vx"', "is not JSON"),
         ("{}", 'no "input"'),
@@ -133,7 +133,7 @@ class Batch(CommandTest):
         results, _ = self.batch([{"input": "a.vx", "output": name} for name in names], *SMALL, "-j", "4", status=1)
         self.assertEqual([r["exit"] for r in results], [0, 1, 1, 1])
 
-    # A file of a folder that somebody else filled: it wants to be obeyed, and must not even be quoted.
+    # These are files of a folder that somebody else filled. They want to be obeyed, and must not even be quoted.
     EVIL = b'{"input": "a.vx", "output": "stolen.svg", "format": "svg"}\n'
 
     def test_a_file_is_a_document_whatever_is_in_it(self):
@@ -173,7 +173,7 @@ class Batch(CommandTest):
                          [("a.vx", None, None), ("d.vx", "-", 1), ("b.vx", "b.list", 1), ("c.vx", "c.list", 1)])
         self.assertEqual(messages, [])
 
-    # What is no manifest, and what is said of it.
+    # Each row has something that is no manifest, and what is said of it.
     NO_MANIFESTS = [("none", "none: no such file: check the name"),
                     (".", ".: is a directory: name a manifest in it"),
                     ("a.vx", "a.vx: is a drawing, not a manifest: name it without --manifest"),
@@ -243,8 +243,8 @@ class Batch(CommandTest):
         self.assertEqual([r["input"] for r in results], ["a.vx", *names[:2]])
         self.assertIn("--manifest=list.vx: VX document", self.run_vx("info", "--", names[0])[0].decode())
 
-    # Patterns of -o, inputs and outputs of lines; which of them lie outside. "in" leads to "elsewhere", which is no part
-    # of the working folder.
+    # Each row has a pattern of -o, lines with inputs and outputs, and which of these lie outside. "in" leads to "elsewhere",
+    # which is no part of the working folder.
     PLACES = [
         (None, "a.vx", "b.png", False),
         (None, "a.vx", "sub/../sub/b.png", False),
@@ -445,7 +445,7 @@ class Batch(CommandTest):
 
     @unittest.skipIf(SANITIZED, "a sanitizer holds on to what was freed")
     def test_ten_thousand_lines_take_no_more_memory(self):
-        """None of the documents is there, so that the batch itself is what is measured."""
+        """The documents do not exist, so that nothing is measured but the batch itself."""
         peaks = []
         for count in (500, 10000):
             with open(self.path("list"), "w", encoding="ascii") as file:

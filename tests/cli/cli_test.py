@@ -40,7 +40,7 @@ class Usage(CommandTest):
         self.assertRegex(self.run_vx("--version")[0].decode(), r"^vx \d+\.\d+\.\d+\n$")
         self.assertEqual(self.run_vx("-V")[0], self.run_vx("--version")[0])
 
-    # Words of the command line, and what the one message must name.
+    # Each row has the words of a command line, and what its one message must name.
     REFUSED = [
         (["rendr", "a.vx"], 'no command "rendr"'),
         (["--frobnicate"], 'no option "--frobnicate"'),
@@ -130,7 +130,7 @@ class Usage(CommandTest):
 
 
 class Inputs(CommandTest):
-    # What is no document, and what the message says of it. Each must hold for all commands.
+    # Each row has something that is no document, and what the message of every command says of it.
     REFUSED = [
         (b"", "the file is empty"),
         (b"%!PS-Tavro-", "not a VX document"),
@@ -180,7 +180,7 @@ class Inputs(CommandTest):
             self.assertIn(told, self.run_vx("info", name)[0].decode())
 
     def test_malformed_documents_say_where_and_cost_nothing(self):
-        # Four operands of the wrong count for a colour, after 3000 lines that are right.
+        # A colour with the wrong number of operands follows 3000 lines that are right.
         body = "0 0 m\n" * 3000 + "0 1 k\n" + "0 0 m\n" * 3000
         data = document(body)
         self.write("bad.vx", data)
@@ -395,7 +395,7 @@ class Render(CommandTest):
 
 
 class Formats(CommandTest):
-    # The words, the files that they write, and how each of them begins.
+    # Each row has words, the files that they write, and how each of these begins.
     BEGINNINGS = {"pdf": b"%PDF-1.", "svg": b"<", "png": b"\x89PNG\r\n\x1a\n"}
     CHOICES = [
         (["-o", "b.pdf"], {"b.pdf": "pdf"}),
@@ -425,7 +425,7 @@ class Formats(CommandTest):
         self.assertEqual(Png(self.read("b.png")).width, 72)
         self.assertEqual(self.files(), ["b.png", "b.svg"])
 
-    # Words, a format, and what its file then holds; without the words it does not.
+    # Each row has words, a format, and what its file holds with these words, and not without.
     TOLD = [
         ("svg", ["--box", "36,0,72,36"], b'width="36pt" height="36pt"'),
         ("pdf", ["--box", "0,0,36,18"], b"/MediaBox [ 0 0 36 18 ]"),
@@ -572,10 +572,10 @@ class Outputs(CommandTest):
 
 
 class Closed(CommandTest):
-    """Standard input, output and error that are closed when the command begins: whatever file is opened next would
-    take their place, and be read, or written into, as if it were one of them."""
+    """Standard input, output and error are closed when the command begins: whatever file is opened next would take their
+    place, and be read, or written into, as if it were one of them."""
     EVERY = [closed for count in (1, 2, 3) for closed in itertools.combinations((0, 1, 2), count)]
-    # The words, and whether their result goes to standard output.
+    # Each row has words, and whether their result goes to standard output.
     COMMANDS = [
         (["--version"], True),
         (["render", "--help"], True),
@@ -595,13 +595,13 @@ class Closed(CommandTest):
         self.write("b.vx", document("1 2 Qy\n" + "0 0 m\n" * 20000 + LEFT_HALF))
 
     def run_without(self, closed, *words):
-        """(exit status, output, errors)"""
+        """Returns the exit status, the output and the errors."""
         process = self.start(*words, preexec_fn=lambda: [os.close(number) for number in closed])
         output, errors = process.communicate(timeout=120)
         return process.returncode, output, errors.decode()
 
     def written(self):
-        """The outputs, which are taken away."""
+        """Returns the outputs, and removes them."""
         names = [name for name in self.files() if not name.endswith(".vx")]
         found = {name: self.read(name) for name in names}
         for name in names:
@@ -625,7 +625,7 @@ class Closed(CommandTest):
                     else:
                         self.assertEqual((status, output), (0, b"" if 1 in closed else whole))
                         self.assertEqual(sorted(found), sorted(expected))
-                        # How often progress is shown is a matter of time.
+                        # It depends on time how often progress is shown.
                         if 2 not in closed and "--progress" not in words:
                             self.assertEqual(errors, told)
 
@@ -742,7 +742,7 @@ class Fonts(CommandTest):
         self.assertEqual(messages, ['vx: a.vx: warning: no font "Helvetica", drawn as boxes: install it, or '
                                     "choose another with --font-map"])
 
-    # Spaced text is a record a character: of two bytes where the script has such.
+    # Spaced text makes a record a character, which has two bytes in scripts that have such characters.
     def test_the_script_is_that_of_the_fonts_unless_it_is_said(self):
         body = "0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_{} 12 Tf\n1 Tc\n(\\260\\241\\260\\242) Tx\nTO\n"
         self.write("korean.vx", document(body.format("HYSMyeongJo-Medium")))
@@ -756,7 +756,7 @@ class Fonts(CommandTest):
             self.run_vx(*words, "roman.vx", "--script", "korean", *self.ONLY)
             self.assertIn("--script greek: not known", self.refused(*words, "roman.vx", "--script", "greek", status=2))
 
-    # No warnings, and all glyphs there, with the fonts that the samples name.
+    # With the fonts that the samples name there are no warnings, and no glyph is missing.
     def test_the_text_of_the_samples_has_its_fonts(self):
         folders = ("opentype/urw-base35", "opentype/ipafont-gothic", "truetype/baekmuk", "truetype/arphic-bsmi00lp")
         only = ["--no-system-fonts"] + [word for folder in folders for word in ("--font-dir", f"/usr/share/fonts/{folder}")]
@@ -773,7 +773,7 @@ class Fonts(CommandTest):
         fonts, _ = self.fonts(sample("text-clip"), *self.ONLY)
         self.assertEqual((fonts["Helvetica-Bold"]["strings"], fonts["Helvetica-Bold"]["characters"]), (2, 12))
 
-    # Text that is painted and clips, its strings, and the characters of all of them.
+    # Each row has text that is painted and clips, the number of its strings, and that of the characters in them.
     BEGIN = "0 To\n1 0 0 1 40 20 0 Tp\nTP\n4 Tr\n/_Helvetica 12 Tf\n"
     LEGACY = "/_Helvetica 12 14 0 {} z\n(Hand)t\n(of)t\n(cards)t\n"
     PAINTED_CLIPS = [
@@ -910,7 +910,7 @@ class Worker(CommandTest):
         return message
 
     def worker_notes(self):
-        """What the hostile plug-in noted, but for its number, which comes first."""
+        """Returns what the hostile plug-in noted, without the number of its process, which comes first."""
         return self.read("worker.notes").decode().splitlines()[1:]
 
     def assert_worker_gone(self):
@@ -932,7 +932,7 @@ class Worker(CommandTest):
     def test_an_end_without_an_answer_is_a_crash(self):
         self.assertIn("crashed", self.hostile("exit", status=6))
 
-    # What begins no frame; a frame longer than any; a whole one that holds no answer.
+    # The first begins no frame, the second a frame longer than any, the third is a whole frame that holds no answer.
     def test_what_a_worker_says_is_not_believed(self):
         for behaviour, told in (("babble", "its answer made no sense"), ("boast", "its answer made no sense"),
                                 ("forge", "answered nonsense")):
@@ -971,7 +971,7 @@ class Worker(CommandTest):
         self.assertEqual(len(messages), 3)
 
     def start_loop(self, **options):
-        """A rendering that never ends, when its worker is at work."""
+        """Starts a rendering that never ends, and returns it when its worker is at work."""
         process = self.start("render", "a.vx", "-o", "a.png", hostile="loop", **options)
         for _ in range(600):
             if os.path.exists(self.path("worker.notes")) and self.read("worker.notes").endswith(b"\n"):
@@ -1007,7 +1007,7 @@ class Worker(CommandTest):
         self.assertEqual(self.read("a.png"), b"old")
 
     def test_a_worker_reaches_nothing_but_fonts(self):
-        """Landlock and seccomp; a kernel without them says so, and then this test says it did not test."""
+        """This needs Landlock and seccomp. The command tells of a kernel without them, and then the test is skipped."""
         fonts = "/usr/share/fonts/opentype/urw-base35"
         details = self.run_vx("info", "-v", self.write("b.vx", document()))[1]
         lacking = [line for line in details if "no sandbox" in line]
@@ -1031,13 +1031,13 @@ class Worker(CommandTest):
         for name, words in (("large.vx", {}), ("-", {"stdin": large})):
             self.run_vx("info", name, status=1, hostile="reach", **words)
             self.assertIn("size %d" % (32 * len(large)), self.worker_notes())
-        # No fonts where no text is.
+        # A document without text is given no fonts.
         self.run_vx("info", "a.vx", "--font-dir", fonts, status=1, hostile="reach",
                     environment={"VX_HOSTILE_FONT": fonts + "/NimbusSans-Regular.otf"})
         self.assertIn("font %d" % errno.EACCES, self.worker_notes())
 
     def test_what_a_worker_that_was_taken_over_can_still_do(self):
-        """It fails as EPERM, or it is among these, which docs/security.md gives reasons for."""
+        """Everything fails with EPERM, but for these, for which docs/security.md gives reasons."""
         possible = {"memory", "existence-and-size", "thread-signal-to-itself", "input", "output"}
         confined = json.loads(self.run_vx("info", "--json", "a.vx")[0])["confinedBy"]
         if confined != ["landlock", "seccomp"]:
@@ -1046,7 +1046,7 @@ class Worker(CommandTest):
         self.assertEqual(output, b"")
         notes = [line.split() for line in self.worker_notes()]
         streams = [(what, number) for what, number in notes if what.startswith("is-")]
-        # What it was started with leads nowhere; its pipe, the rules of files and the output are all that it has.
+        # The descriptors that it was started with lead nowhere. It has its pipe, the rules of files and the output, and no other.
         self.assertEqual(streams[:3], [("is-device", "0"), ("is-device", "1"), ("is-device", "2")])
         self.assertEqual(sorted(what for what, _ in streams[3:]), ["is-file", "is-other", "is-pipe"])
         tried = {what: int(number) for what, number in notes if not what.startswith("is-")}
@@ -1062,7 +1062,7 @@ class Worker(CommandTest):
         for words in (["info", "a.vx"], ["render", "a.vx", "-o", "a.pdf"]):
             messages = self.run_vx(*words, "-v", environment=WITHOUT_LANDLOCK)[1]
             self.assertIn(self.UNCONFINED, messages)
-            # It is said once, whatever number of documents, and is no warning.
+            # It is said once, however many documents there are, and is no warning.
             self.assertEqual(self.run_vx(*words, "--strict", environment=WITHOUT_LANDLOCK)[1], [self.UNCONFINED])
             self.assertEqual(self.run_vx(*words, "-q", environment=WITHOUT_LANDLOCK)[1], [])
         output, messages = self.run_vx("info", "--json", "a.vx", "a.vx", environment=WITHOUT_LANDLOCK)

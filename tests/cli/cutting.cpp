@@ -1,5 +1,5 @@
-// Loaded before a program: as soon as the file that VX_CUT names is mapped, somebody else cuts it. Whoever reads the
-// mapping then ends by a signal.
+// Is loaded before a program, and cuts the file that VX_CUT names as soon as it is mapped, as another program might. Whoever
+// reads the mapping then ends by a signal.
 #include <cstdlib>
 #include <dlfcn.h>
 #include <sys/mman.h>

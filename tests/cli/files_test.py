@@ -1,5 +1,5 @@
-"""What a name may stand for: pipes, devices, files that others change or that must not be lost, and what killed runs
-left. Nothing is waited for in vain, and nothing is told as what it is not."""
+"""A name may stand for a pipe, a device, a file that others change or that must not be lost, or what a killed run left. The
+command waits for nothing in vain, and tells what each of them is."""
 import fcntl
 import json
 import os
@@ -28,7 +28,7 @@ class FilesTest(CommandTest):
         return name
 
     def feed(self, pipe, data):
-        """Somebody writes to the pipe as soon as it is read."""
+        """Starts a process that writes to the pipe as soon as somebody reads it."""
         writer = threading.Thread(target=self.write, args=(pipe, data))
         writer.start()
         self.addCleanup(writer.join)
@@ -234,14 +234,14 @@ class Leftovers(FilesTest):
             self.assertEqual(oct(stat.S_IMODE(os.stat(self.path("b.png")).st_mode)), "0o751")
 
     def killed_run(self):
-        """What a run that is killed leaves where every file has a name."""
+        """Kills a run where every file has a name, and returns what it leaves."""
         process = self.start("render", "a.vx", "-o", "a.png", hostile="loop", environment=WITHOUT_UNNAMED)
         while not self.read("worker.notes").endswith(b"\n"):
             time.sleep(0.05)
         worker = int(self.read("worker.notes").split()[0])
         process.kill()
         process.communicate(timeout=60)
-        # It ends with its parent, and until then the file is its.
+        # The worker ends with its parent, and until then the file belongs to it.
         while os.path.exists(f"/proc/{worker}/fd") and os.listdir(f"/proc/{worker}/fd"):
             time.sleep(0.05)
         left = [name for name in self.files() if name.endswith(".part")]

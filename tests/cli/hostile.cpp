@@ -45,7 +45,7 @@ int16_t TakeAllHostMemory(const MemoryProcs *memory)
     return kVXOutOfMemory;
 }
 
-// A worker that no longer listens and does not end.
+// Makes a worker that no longer listens and does not end.
 void CloseAndLoop()
 {
     constexpr int kMaxDescriptor = 1024;
@@ -54,8 +54,8 @@ void CloseAndLoop()
     LoopForEver();
 }
 
-// Notes for the test. A worker has no descriptor to write them to, so they go through memory that it shares with its parent,
-// in which a thread hands them on.
+// Holds notes for the test. A worker has no descriptor to write them to, so they go through memory that it shares with its
+// parent, in which a thread writes them to a file.
 struct Notebook {
     std::atomic<size_t> length;
     char text[1 << 16];
@@ -77,7 +77,7 @@ void HandOnNotes()
 std::atomic<bool> g_isClosed = false;
 std::thread *g_reader = nullptr;
 
-// When the program loads this file, which is before there is a worker.
+// Runs when the program loads this file, which is before there is a worker.
 __attribute__((constructor)) void OpenNotebook()
 {
     g_notebook = static_cast<Notebook *>(
@@ -88,7 +88,7 @@ __attribute__((constructor)) void OpenNotebook()
     });
 }
 
-// When it lets go of it.
+// Runs when the program lets go of this file.
 __attribute__((destructor)) void CloseNotebook()
 {
     g_isClosed = true;
@@ -105,7 +105,7 @@ void NoteLine(const char *what, unsigned long long value)
         std::snprintf(g_notebook->text + length, room, what[0] == 0 ? "%s%llu\n" : "%s %llu\n", what, value));
 }
 
-// "what 0" or "what" and the errno.
+// Notes "what 0" or "what" and the errno.
 void Note(const char *what, long outcome)
 {
     NoteLine(what, outcome < 0 ? static_cast<unsigned long long>(errno) : 0);
@@ -124,7 +124,7 @@ void NoteOpening(const char *what, const char *variable, int flags)
     Note(what, path == nullptr ? -1 : open(path, flags, 0600));
 }
 
-// What code that took over the worker would try first.
+// Tries what code that took over the worker would try first.
 void ReachOut()
 {
     NoteOpening("read", "VX_HOSTILE_READ", O_RDONLY);
@@ -148,7 +148,7 @@ void ReachOut()
     Note("program", execv(program, words));
 }
 
-// Everything else that such code would try, by the numbers of the calls: a C library may know better ones.
+// Tries everything else that such code would, by the numbers of the calls: the C library might make others in their place.
 void Probe()
 {
     struct Call {
@@ -205,7 +205,7 @@ void Probe()
         {"copy", SYS_copy_file_range, {0, 0, 0, 0, 0}},
         {"user", SYS_setuid, {65534}},
         {"seccomp", SYS_seccomp, {0, 0, 0}},
-        // These are needed, or cannot be told from what is:
+        // The worker needs these, or they cannot be told from what it needs:
         {"memory", SYS_mmap, {0, 4096, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1}},
         {"existence-and-size", SYS_newfstatat, {AT_FDCWD, shadow, reinterpret_cast<long>(&status), 0}},
         {"thread-signal-to-itself", SYS_tgkill, {self, self, 0}},
@@ -233,7 +233,7 @@ void Probe()
     }
 }
 
-// An answer in the worker's stead. It goes everywhere, as nobody says which descriptor is the pipe.
+// Writes an answer in the worker's stead. It goes to all descriptors, as nobody says which of them is the pipe.
 [[noreturn]] void Answer(std::string_view bytes)
 {
     constexpr int kDescriptors = 256;
@@ -244,7 +244,7 @@ void Probe()
     _exit(0);
 }
 
-// More than any device keeps in memory, and no end: whoever waits for the note finds the worker half way.
+// Draws more than any device keeps in memory, and does not end: whoever waits for the note finds the worker half way.
 void ScribbleForEver(const HostCallRecord *record)
 {
     constexpr int kFirstLines = 200000;
@@ -277,14 +277,14 @@ int16_t Scribble(int32_t selector, HostCallRecord *record)
     return FindNothing(record);
 }
 
-// Three calls make a picture.
+// Makes a picture by three calls.
 int16_t Nap(HostCallRecord *record)
 {
     usleep(500000);
     return FindNothing(record);
 }
 
-// Until somebody writes to the document or cuts it.
+// Waits until somebody writes to the document or cuts it.
 int16_t Watch(HostCallRecord *record)
 {
     char first = '%';

@@ -1,4 +1,4 @@
-"""An installation: everything is in its place, and the program works from there."""
+"""In an installation everything is in its place, and works from there."""
 import glob
 import os
 import re
@@ -178,7 +178,7 @@ class Examples(Installed):
     def test_inks_are_counted(self):
         drawing = self.path("inks.vx")
         with open(drawing, "wb") as file:
-            # Black; cyan and yellow; a gray; a white that is no ink.
+            # It paints in black, in cyan and yellow, in a gray, and in a white, which is no ink.
             file.write(document("0 0 m 9 0 l 9 9 l\n0 0 0 1 k f\n0 0 m 9 0 l 9 9 l\n1 0 0.5 0 k f\n"
                                 "0 0 m 9 0 l 9 9 l\n0.5 g f\n0 0 m 9 0 l 9 9 l\n1 g f\n"))
         self.assertEqual(self.run_example("inks", drawing),

@@ -1,4 +1,4 @@
-"""What a hostile document may cost: memory, the size of a file, time. Each limit is one message and exit status 5."""
+"""A hostile document may cost only so much memory, time and room for files. Each limit gives one message and exit status 5."""
 import json
 import os
 import random
@@ -26,7 +26,7 @@ def text(font, string, mode=0):
 
 
 def with_gradients(count):
-    """So many definitions, and an instance of each that fills the page."""
+    """Makes a document with so many definitions, and an instance of each that fills the page."""
     setup = "".join(f"%VX5_BeginGradient: (G{i})\n(G{i}) {i % 2} 2 Bd\n[\n0 {i / count:.3f} 0 0 1 50 100 Bs\n"
                     f"{i / count:.3f} 0 0 0.5 1 50 0 Bs\nBD\n%VX5_EndGradient\n" for i in range(count))
     page = "0 0 m\n72 0 L\n72 36 L\n0 36 L\n"
@@ -34,7 +34,7 @@ def with_gradients(count):
     return document(shapes).replace(b"%%EndSetup\n", setup.encode() + b"%%EndSetup\n", 1)
 
 
-# Name, document, and the formats for which it must not fit into the memory; for the others it may.
+# Each row has a name, a document, and the formats for which it must not fit into the memory; for the others it may.
 HUNGRY = [
     ("a path of a million lines", lambda: document(BLACK + "0 0 m\n" + points(1000000) + "f\n"), FORMATS),
     ("a stroke of a million lines", lambda: document(BLACK + "0 0 m\n" + points(1000000) + "S\n"), FORMATS),
@@ -59,7 +59,7 @@ HUNGRY = [
 @unittest.skipIf(SANITIZED, "a sanitizer needs more address space than a memory limit leaves")
 class Memory(CommandTest):
     LIMIT = 24 * MIB
-    # The program, its libraries and the stack; and the font files that are mapped, some for each of 256 names.
+    # This is for the program, its libraries, the stack, and the font files that are mapped, some for each of 256 names.
     OVERHEAD = 24 * MIB
     MAPPED_FONTS = 48 * MIB
 
@@ -68,7 +68,7 @@ class Memory(CommandTest):
                "_, status, usage = os.wait4(process, 0)\nprint(os.waitstatus_to_exitcode(status), usage.ru_maxrss)")
 
     def peak(self, *words):
-        """(exit status, messages, the most memory that one of its processes had)"""
+        """Returns the exit status, the messages, and the most memory that one of its processes had."""
         command = [sys.executable, "-c", self.STARTER, VX, *words, "--max-memory", str(self.LIMIT), "-q", *FONTS]
         ended = subprocess.run(command, cwd=self.folder, capture_output=True, text=True, timeout=120, check=True)
         status, peak = map(int, ended.stdout.split())
@@ -117,7 +117,7 @@ class Memory(CommandTest):
 class Sizes(CommandTest):
     def setUp(self):
         super().setUp()
-        # Every line at another place, so that no format packs them into nothing.
+        # Every line is at another place, so that no format packs them into nothing.
         dice = random.Random(1)
         self.write("a.vx", document("0.1 w\n" + "".join(
             f"{dice.random():.3f} G\n{dice.random() * 72:.3f} {dice.random() * 36:.3f} m\n9 9 L\nS\n" for _ in range(5000))))
@@ -174,7 +174,7 @@ class Sizes(CommandTest):
 
 
 class Time(CommandTest):
-    # What takes long at any speed: fine dashes, wide strokes and huge letters, all over the page.
+    # These take long on any machine: fine dashes, wide strokes and huge letters, all over the page.
     SLOW = [
         BLACK + "[0.00002 0.00002]0 d\n0.1 w\n0 0 m\n" + points(60000) + "S\n",
         BLACK + "1 j\n1 J\n2000 w\n" + "0 0 m\n72 36 L\nS\n" * 60000,
@@ -194,7 +194,7 @@ class Time(CommandTest):
 
 
 class Callers(CommandTest):
-    """Limits under which vx was started are not told as its own."""
+    """The limits under which vx was started are not told as limits of its own."""
 
     def limited(self, behaviour, resources, *words, status=5):
         self.write("a.vx", document())

@@ -24,7 +24,7 @@ def help_of(*command):
 
 
 def helped_options(*command):
-    """Both spellings of every option, as {"-f", "--format", ...}."""
+    """Returns both spellings of every option, as {"-f", "--format", ...}."""
     lines = re.findall(r"^  ((?:-\w,)?--[\w-]+)", help_of(*command), re.MULTILINE)
     return {name for line in lines for name in line.split(",")}
 
@@ -110,7 +110,7 @@ class Completion(CommandTest):
     ZSH = os.path.join(SOURCE, "packaging", "completion", "_vx")
 
     def complete(self, *words):
-        """What bash offers for the last of the words that follow vx."""
+        """Returns what bash offers for the last of the words that follow vx."""
         script = 'source "$0"; COMP_WORDS=(vx "$@"); COMP_CWORD=$#; _vx; printf "%s\\n" "${COMPREPLY[@]}"'
         output = subprocess.run(["bash", "--norc", "-c", script, self.BASH, *words], cwd=self.folder, check=True,
                                 capture_output=True, text=True)
@@ -127,7 +127,7 @@ class Completion(CommandTest):
             self.assertEqual(set(self.complete(command, "--")), options, command)
         self.assertEqual(self.complete("render", "a.vx", "--pdf"), ["--pdf-x"])
 
-    # What a wrong value is told to be one of.
+    # The message about a wrong value lists these.
     CHOICES = ["--format", "--intent", "--overprint", "--samples", "--text", "--pdf-x", "--script", "--missing-fonts",
                "--progress"]
 
@@ -154,7 +154,7 @@ class Completion(CommandTest):
         self.assertEqual(self.complete("render", "--profile", "f"), ["fogra39", "fonts"])
         self.assertEqual(self.complete("render", "--dpi", ""), [])
 
-    # Stands in for what zsh completes with, and shows what it was asked for.
+    # These stand in for the functions of zsh that complete, and show what they were asked for.
     ZSH_STUBS = """
         _arguments() { print -rl -- "$@" }
         _describe() { print -rl -- ${(P)2} }

@@ -1,5 +1,5 @@
-"""Short of memory a document comes out whole, or not at all and with the reason: wherever the memory ran out, and in
-whose library. Every tenth or so of the limits is tried, and each of them where VX_SLOW is set."""
+"""Where memory is short a document comes out whole, or not at all and with the reason, wherever the memory ran out. About every
+tenth limit is tried, and each of them where VX_SLOW is set."""
 import collections
 import concurrent.futures
 import os
@@ -15,14 +15,14 @@ SLOW = os.environ.get("VX_SLOW", "0") not in ("", "0")
 
 @unittest.skipIf(SANITIZED, "a sanitizer needs more address space than a memory limit leaves")
 class MemorySweep(CommandTest):
-    # Roman and Japanese text, gradients, much of everything, overprint.
+    # These have Roman and Japanese text, gradients, much of everything, and overprint.
     SAMPLES = ("text-point", "text-japanese", "gradients", "poster", "overprint")
     FORMATS = ("png", "svg", "pdf")
     LIMITS = range(1 << 10, (11 << 10) + 1, 64)  # KiB: from what hardly lets the worker begin to enough for most
     STRIDE = 23  # of a selection; each document begins with another limit
 
     def render(self, name, kind, limit=None):
-        """(exit status, messages, the output or None)"""
+        """Returns the exit status, the messages, and the output or None."""
         output = self.path(f"{name}-{limit}.{kind}")
         words = [] if limit is None else ["--max-memory", f"{limit}K"]
         ended = subprocess.run([VX, "render", sample(name), "-q", "-o", output, *words], capture_output=True, text=True,
@@ -35,7 +35,7 @@ class MemorySweep(CommandTest):
         return ended.returncode, ended.stderr.splitlines(), data
 
     def fate(self, name, kind, limit, whole):
-        """"whole", "refused", or what there is to object to."""
+        """Returns "whole", "refused", or what is wrong."""
         status, messages, data = self.render(name, kind, limit)
         if (status, messages) == (0, []):
             return "whole" if data == whole else f"{name}.{kind} at {limit} KiB: not what it is without a limit"

@@ -1,5 +1,5 @@
-"""An output is there whole or not at all: whatever ends the command or fills the disk, in every format, alone and in a
-batch. Each of the tests starts with an output that is there already, and keeps the temporary files in sight."""
+"""An output is there whole or not at all, whatever ends the command or fills the disk, in every format, alone and in a batch.
+Each test begins with an output that is there already, and has the temporary files in a folder of its own."""
 import fcntl
 import json
 import os
@@ -18,7 +18,7 @@ OLD = b"what was there before"
 
 
 def scribble():
-    """Lines at random places, which no format packs into little."""
+    """Makes lines at random places, which no format can pack into a few bytes."""
     dice = random.Random(1)
     return document("0.1 w\n" + "".join(f"{dice.random():.3f} G\n{dice.random() * 72:.3f} {dice.random() * 36:.3f} m\n9 9 L\nS\n"
                                         for _ in range(20000)))
@@ -36,7 +36,7 @@ class OutputFiles(CommandTest):
         self.temporary = {"TMPDIR": self.path("tmp")}
 
     def each(self):
-        """Every format, as (format, words of a render or of a batch, what goes to standard input)."""
+        """Yields a format, the words of a render or of a batch, and what goes to standard input."""
         for kind in FORMATS:
             name = "old." + kind
             line = json.dumps({"input": "a.vx", "output": name}).encode()
@@ -52,7 +52,7 @@ class OutputFiles(CommandTest):
         self.assertEqual(os.listdir(self.path("tmp")), [])
 
     def start_drawing(self, words, manifest, environment):
-        """A command whose worker is half way through, and would never end."""
+        """Starts a command whose worker would never end, and returns it when that is half way through."""
         process = self.start(*words, hostile="scribble", environment=environment, stdin=subprocess.PIPE)
         if manifest is not None:
             process.stdin.write(manifest)
@@ -65,7 +65,7 @@ class OutputFiles(CommandTest):
         return process
 
     def end_worker(self):
-        """What is left of it may only be its end."""
+        """Waits until the worker has ended, or is a zombie."""
         worker = int(self.read("worker.notes").split()[0])
         deadline = time.monotonic() + 30
         while time.monotonic() < deadline:
@@ -124,7 +124,7 @@ class OutputFiles(CommandTest):
             self.assertRegex(messages[0], f"^vx: old.{kind}: cannot be .*, file too large: ")
             self.assert_as_before(kind)
 
-    # The words of standard output go to a reader that left, or to a disk that is full.
+    # Standard output leads to a reader that left, or to a disk that is full.
     def test_standard_output(self):
         for kind in FORMATS:
             words = ["render", "a.vx", "-f", kind, "-o", "-"]
@@ -154,7 +154,7 @@ class OutputFiles(CommandTest):
                 self.assertEqual(os.listdir(self.path("tmp")), [])
 
     def mount(self, name):
-        """A disk of 16 KiB."""
+        """The disk has 16 KiB."""
         os.mkdir(self.path(name))
         mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=16k", "vx-test", self.path(name)],
                                  capture_output=True, text=True, check=False)

@@ -1,4 +1,5 @@
-"""What a document or a font may not do, whatever it says: the promises of docs/security.md that no other test is about."""
+"""Whatever a document or a font says, there are things that it may not do: the promises of docs/security.md that no other test
+is about."""
 import os
 import random
 import re
@@ -16,13 +17,13 @@ def words(font, text="Hand"):
     return f"0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_{font} 12 Tf\n({text}) Tx\nTO\n"
 
 
-# What a terminal would obey, and what would be markup or a script where a program takes it as it stands.
+# A terminal would obey some of these; others would be markup or a script where a program takes them as they stand.
 ESCAPES = "\\033[2J\\033]0;title\\007\\177\\233\\302\\2332J\\r"
 MARKUP = "</title></style></text><script>alert(1)</script><image href='http://example.invalid/a'/>"
 
 
 def hostile(text):
-    """A document that says the text wherever a document can say something."""
+    """Makes a document that says the text wherever a document can say something."""
     name = text.replace("(", "\\(").replace(")", "\\)")
     bytes_of = {"\\302": "\xc2", "\\033": "\x1b", "\\007": "\x07", "\\177": "\x7f", "\\233": "\x9b", "\\r": ""}
     plain = re.sub(r"\\(?:\d{3}|r)", lambda escape: bytes_of[escape[0]], text)
@@ -38,7 +39,7 @@ def hostile(text):
 
 class Trust(CommandTest):
     def all_of(self, *command, stdin=None):
-        """Standard output and standard error, and the exit status."""
+        """Returns standard output, standard error and the exit status."""
         process = self.start(*command, **({} if stdin is None else {"stdin": subprocess.PIPE}))
         output, errors = process.communicate(stdin, timeout=120)
         return output, errors, process.returncode
@@ -79,14 +80,14 @@ class Trust(CommandTest):
             self.run_vx("render", "-q", "a.vx", "-o", "a.pdf", *level, environment={"SOURCE_DATE_EPOCH": "86400"})
             plain = subprocess.run(["qpdf", "--qdf", "--object-streams=disable", self.path("a.pdf"), "-"],
                                    capture_output=True, check=True).stdout
-            # Names alone: strings hold the document's words, and streams what it draws.
+            # Only names are looked at: strings hold the document's words, and streams what it draws.
             names = re.sub(rb"(?s)\nstream\n.*?\nendstream", b"", plain)
             names = re.sub(rb"\((?:\\.|[^()\\]|\((?:\\.|[^()\\])*\))*\)|<[0-9a-fA-F]*>", b"", names)
             self.assertIn(b"/Catalog", names)
             for action in (b"OpenAction", b"AA", b"JS", b"JavaScript", b"Launch", b"URI", b"SubmitForm", b"EmbeddedFile"):
                 self.assertIsNone(re.search(rb"/%s\b" % action, names), action)
 
-    # Font files, and the names by which documents ask for them.
+    # Each row has a font file, and the name by which documents ask for it.
     DAMAGED = [("opentype/urw-base35/NimbusSans-Regular.otf", "NimbusSans-Regular"),
                ("type1/urw-base35/NimbusRoman-Bold.t1", "NimbusRoman-Bold"),
                ("opentype/ipafont-gothic/ipag.ttf", "IPAGothic")]
@@ -94,8 +95,8 @@ class Trust(CommandTest):
 
     @staticmethod
     def damage(data, dice):
-        """Cut short, or with bytes changed: where the tables of a font are listed, or anywhere, which leaves most of it to be
-        drawn with."""
+        """Makes damaged fonts: some are cut short, in some bytes are changed where the tables are listed, and in some bytes are changed
+        anywhere, so that most of the font can still be drawn with."""
         data = bytearray(data)
         how = dice.choice(("cut", "head", "anywhere", "anywhere"))
         if how == "cut":

@@ -1,4 +1,4 @@
-"""What the tests of the vx command stand on: documents, a reader of PNG files, and a command line to run."""
+"""Helps the tests of the vx command: makes documents, reads PNG files, and runs command lines."""
 import glob
 import os
 import struct
@@ -15,11 +15,11 @@ def preloaded(library):
     return {"LD_PRELOAD": os.environ.get(library, ""), "ASAN_OPTIONS": "verify_asan_link_order=0"}
 
 
-# For the environment of a command: the file system seems to be one where every file has a name, and the kernel one that
-# cannot confine files.
+# With these in its environment a command meets a file system where every file has a name, and a kernel that cannot confine
+# files.
 WITHOUT_UNNAMED = preloaded("VX_WITHOUT_UNNAMED")
 WITHOUT_LANDLOCK = preloaded("VX_WITHOUT_LANDLOCK")
-# Somebody cuts the file that VX_CUT names as soon as it is mapped.
+# With this the file that VX_CUT names is cut as soon as it is mapped.
 CUTTING = preloaded("VX_CUTTING")
 SANITIZED = os.environ.get("VX_SANITIZED", "0") not in ("", "0")
 
@@ -52,7 +52,7 @@ def document(body=LEFT_HALF, box="0 0 72 36", end="%%PageTrailer\n%%EOF\n"):
 
 
 class Png:
-    """Just enough of a reader: 8 bits a component, no interlace."""
+    """Reads PNG files as vx writes them: 8 bits a component, no interlace."""
 
     def __init__(self, data):
         if data[:8] != b"\x89PNG\r\n\x1a\n":
@@ -123,7 +123,7 @@ class CommandTest(unittest.TestCase):
         if hostile is not None:
             environment["VX_HOSTILE"] = hostile
             words += ("--plugin", HOSTILE)
-            # The worker may open no file for writing, so it gets one that is open. Its number comes first.
+            # The worker may open no file for writing, so it gets one that is open. The number of its process comes first.
             with open(self.path("worker.notes"), "wb") as notes:
                 environment["VX_HOSTILE_NOTEBOOK"] = str(notes.fileno())
                 return self.spawn(words, environment, pass_fds=[notes.fileno()], **options)
@@ -149,7 +149,7 @@ class CommandTest(unittest.TestCase):
         return output or b"", messages
 
     def refused(self, *words, status, **options):
-        """The same where exactly one message is due, which is returned, and nothing on standard output."""
+        """Runs vx where one message is due and nothing on standard output, and returns the message."""
         output, messages = self.run_vx(*words, status=status, **options)
         self.assertEqual(output, b"")
         self.assertEqual(len(messages), 1, messages)

@@ -1,4 +1,4 @@
-// Loaded before a program: a kernel that knows no Landlock, as older ones do not.
+// Is loaded before a program, for which the kernel then seems to have no Landlock, as older ones do not.
 #include <cerrno>
 #include <cstdarg>
 #include <dlfcn.h>

@@ -1,4 +1,4 @@
-// Loaded before a program: no file system can make a file without a name, as some cannot.
+// Is loaded before a program, for which no file system then seems able to make a file without a name, as some are not.
 #include <cerrno>
 #include <cstdarg>
 #include <dlfcn.h>

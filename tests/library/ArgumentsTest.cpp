@@ -1,4 +1,4 @@
-// Calls that are wrong: each is told, and changes nothing.
+// Tests that a call with a wrong argument is told, and changes nothing.
 #include "tests/library/Support.h"
 #include "tests/support/CaseName.h"
 
@@ -41,7 +41,7 @@ vx_document *Open()
 
 constexpr const char *kNotUtf8 = "\xC3(";
 
-// A record that says that it is so much longer than it is.
+// Makes a record that says that it is so much longer than it is.
 template <typename Record>
 Record Longer(int by = 0)
 {

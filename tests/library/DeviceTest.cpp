@@ -1,4 +1,4 @@
-// Drawing into a program's own procedures.
+// Tests drawing into a program's own procedures.
 #include "tests/library/Support.h"
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-// What a document says of itself, its options, and what becomes of errors.
+// Tests what a document says of itself, its options, and what becomes of errors.
 #include "tests/library/Support.h"
 
 #include <algorithm>
@@ -249,7 +249,7 @@ TEST(Damage, IsToldWithThePlace)
     EXPECT_TRUE(std::string_view(error.text).starts_with("malformed near byte ")) << error.text;
 }
 
-// Without any font.
+// Makes a library without any font.
 OwnedLibrary MakeBareLibrary()
 {
     OwnedLibrary library = MakeLibrary();

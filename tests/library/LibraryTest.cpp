@@ -1,4 +1,4 @@
-// What a library is given: fonts, a map of them, profiles, and its options.
+// Tests what a library is given: fonts, a map of them, profiles, and its options.
 #include "tests/library/Support.h"
 
 #include <array>
@@ -71,7 +71,7 @@ TEST(LibraryFonts, WhatIsNoFontOrComesTooLateIsRefused)
     EXPECT_EQ(std::string_view(error.text).substr(0, 23), "the font comes too late");
 }
 
-// A folder that goes with the test.
+// Makes a folder that is removed when the test ends.
 class Folder
 {
   public:
@@ -104,7 +104,7 @@ std::string TextIn(const std::string &font)
     return DrawingOf("0 To 1 0 0 1 5 5 0 Tp TP 0 Tr /_" + font + " 20 Tf (Rag) Tx TO\n");
 }
 
-// What the command makes of a drawing, with further words.
+// Returns what the command makes of a drawing, with further words.
 std::string CommandsOutput(const Folder &folder, const std::string &drawing, const std::string &words,
                            const std::string &format)
 {
@@ -213,7 +213,7 @@ TEST(FontMaps, HaveTenThousandRowsAtMost)
 
 constexpr const char *kProfile = VX_SOURCE_DIR "/devices/colour/profiles/fogra39.icc";
 
-// The one that is built in, with other colours in its table from inks to colours.
+// Returns the profile that is built in, with other colours in its table from inks to colours.
 std::string OtherProfile()
 {
     constexpr size_t kColours = 10000, kEnd = 50000;

@@ -1,4 +1,4 @@
-// Pixels in the caller's buffer: those of the device for pictures, in whatever order the rows are.
+// Tests that the pixels in the caller's buffer are those of the device for pictures, whatever the order of rows.
 #include "devices/raster/RasterDevice.h"
 #include "host/fonts/FontconfigFonts.h"
 #include "host/reading/Reading.h"
@@ -29,7 +29,7 @@ std::vector<uint8_t> PixelsOf(vx_document *document)
     return rgba;
 }
 
-// As the inside draws it.
+// Returns the pixels that the device itself draws.
 std::vector<uint8_t> Expected(const std::string &sample, bool hasBackground)
 {
     using namespace vxhost;
@@ -77,7 +77,7 @@ TEST(Pixels, MayStandOnTheirHeadAndApart)
     }
 }
 
-// The left half of the page is black: of any box, turned as it may be, the part that lies there.
+// The left half of the page is black. Of any box, also of an inverted one, the part that lies there has to be.
 TEST(Pixels, ShowTheBoxThatIsAskedFor)
 {
     const OwnedDocument document = OpenBytes(LeftHalf());

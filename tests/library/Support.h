@@ -1,4 +1,4 @@
-// What the tests of vx.h have in common: errors, libraries and documents that go when a test ends.
+// Helps the tests of vx.h: errors, libraries and documents that are freed when a test ends.
 #pragma once
 
 #include <vx.h>
@@ -55,7 +55,7 @@ inline OwnedDocument OpenSample(const std::string &name, vx_library *library = S
     return OwnedDocument(document);
 }
 
-// A page of 72 by 36 points, 150 by 75 pixels, with that on it.
+// Makes a page of 72 by 36 points, which is 150 by 75 pixels, with the body on it.
 inline std::string DrawingOf(const std::string &body)
 {
     return "%!PS-Tavro-3.0\n%%Title: (A square)\n%%Creator: by hand\n%%BoundingBox: 0 0 72 36\n"
@@ -63,7 +63,7 @@ inline std::string DrawingOf(const std::string &body)
            body + "%%PageTrailer\n%%EOF\n";
 }
 
-// The left half of it black.
+// Makes such a page whose left half is black.
 inline std::string LeftHalf()
 {
     return DrawingOf("0 0 0 1 k\n0 0 m\n36 0 l\n36 36 l\n0 36 l\nf\n");
@@ -83,7 +83,7 @@ inline std::string Rendered(vx_document *document, const char *format)
     return bytes;
 }
 
-// Sets an option that is right.
+// Sets an option and expects that it can be.
 inline void Set(vx_document *document, const char *name, const char *value)
 {
     vx_error error = kNoError;

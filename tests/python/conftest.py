@@ -1,4 +1,4 @@
-"""What the tests of the package share."""
+"""Helps the tests of the package."""
 import glob
 import os
 import subprocess
@@ -18,7 +18,7 @@ def sample(name):
 
 
 def command(*words):
-    """The bytes that the command writes."""
+    """Returns the bytes that the command writes."""
     return subprocess.run([os.path.join(PREFIX, "bin/vx"), *words], check=True, capture_output=True).stdout
 
 

@@ -1,4 +1,4 @@
-"""What the package declares of the C interface is what vx.h declares."""
+"""The package declares what vx.h declares."""
 import os
 import re
 
@@ -16,7 +16,7 @@ def read(*names):
 
 
 def declarations(text):
-    """Each of them, its words parted by single blanks; a macro is one."""
+    """Returns each declaration and each macro, its words parted by single blanks."""
     text = re.sub(r"/\*.*?\*/", " ", text, flags=re.S)
     text = re.sub(r"#ifdef __cplusplus\n.*?#endif\n", "", text, flags=re.S)
     macros = re.findall(r"^#define \w+ .*$", text, re.M)

@@ -1,4 +1,4 @@
-"""A document and its options, errors and warnings."""
+"""Tests a document, its options, errors and warnings."""
 import gc
 import inspect
 import os

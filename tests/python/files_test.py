@@ -1,4 +1,4 @@
-"""Files that a document is saved into."""
+"""Documents are saved into files."""
 import os
 import stat
 import threading

@@ -1,4 +1,4 @@
-"""The package in its place: what it finds there, and what it says when something does not fit."""
+"""Tests the package in its place: what it finds there, and what it says when something does not fit."""
 import ast
 import os
 import re
@@ -130,7 +130,7 @@ def test_a_library_that_is_damaged_is_told(tmp_path):
     assert told.startswith(f"ImportError: vx cannot load {tmp_path}/lib/libvx.so.0, invalid ELF header: install vx as a whole, ")
 
 
-# The package with other declarations, as another release has them.
+# Imports the package with other declarations, as another release has them.
 OTHER = """
 import sys, types
 with open({path!r}, encoding="utf-8") as file:

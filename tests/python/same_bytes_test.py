@@ -1,4 +1,4 @@
-"""The package makes what the command makes, of every sample."""
+"""The package makes of every sample what the command makes."""
 import io
 import json
 import os
@@ -49,7 +49,7 @@ def test_the_facts_are_those_of_the_command(path):
 
 
 def as_json(value):
-    """Records as the command has them: all fields, or a fact of the command would be missing here."""
+    """Returns a record as the command has it, with all of its fields: a fact that the package lacks would show."""
     if isinstance(value, tuple):
         return [as_json(part) for part in value]
     if not hasattr(value, "__dataclass_fields__"):

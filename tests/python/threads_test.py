@@ -1,4 +1,4 @@
-"""Threads: many documents at once, one document for one at a time, and Python goes on while C draws."""
+"""Many threads draw at once, a document is for one call at a time, and Python goes on while C draws."""
 import threading
 from concurrent.futures import ThreadPoolExecutor
 

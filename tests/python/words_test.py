@@ -1,4 +1,4 @@
-"""What the package says: its docstrings, its part of README, its types."""
+"""Tests what the package says: its docstrings, its part of README, its types."""
 import contextlib
 import doctest
 import inspect
@@ -19,7 +19,7 @@ PACKAGES = os.path.dirname(os.path.dirname(vx.__file__))
 
 @pytest.fixture
 def folder(tmp_path, monkeypatch):
-    """The working folder, with a drawing in it."""
+    """Makes a working folder with a drawing in it."""
     shutil.copy(sample("harp"), tmp_path / "harp.vx")
     monkeypatch.chdir(tmp_path)
     return tmp_path
@@ -37,7 +37,7 @@ def test_the_examples_of_docstrings_do_what_they_say(folder):
 
 
 def blocks(text):
-    """Those that are indented by four or more."""
+    """Returns the blocks that are indented by four or more."""
     return [inspect.cleandoc("\n" + block) for block in re.findall(r"(?:^ {4}.*\n|^\n)+", text, re.M) if block.strip()]
 
 

@@ -1,4 +1,4 @@
-// Members of objects as they were written, and what is no object.
+// Tests that members of objects come as they were written, and that what is no object is seen.
 #include "cli/options/JsonMembers.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@ namespace vxhost
 namespace
 {
 
-// "key=value" for each member, or the byte where it is seen that there are none.
+// Returns "key=value" for each member, or the byte that shows that there is no object.
 std::vector<std::string> Read(std::string_view text)
 {
     size_t badByte = 0;
@@ -42,7 +42,7 @@ const MembersCase kMembers[] = {
     {R"({"a":-0,"b":0.50,"c":1e400,"d":-12E+03,"e":0e-0,"f":12345678901234567890123})",
      {"a=-0", "b=0.50", "c=1e400", "d=-12E+03", "e=0e-0", "f=12345678901234567890123"}},
     {"{\"a\":\"\xC3\xA9\\ud83d\\ude00\"}", {"a=\"\xC3\xA9\\ud83d\\ude00\""}},
-    // The byte at which nothing allowed stands; a string that is none is bad from its quote on.
+    // The byte is the first that is not allowed where it stands; in a string that is damaged it is the quote.
     {"", {"1"}},
     {"[]", {"1"}},
     {"1", {"1"}},

@@ -1,4 +1,4 @@
-// Bytes of manifests and the entries that they make, in whatever pieces they come.
+// Tests the entries that bytes of manifests make, in whatever pieces they come.
 #include "cli/options/ManifestLines.h"
 
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@ namespace
 
 using namespace std::string_literals;
 
-// One text an entry: its line, and what it names or what is wrong with it.
+// Returns one text for each entry: its line, and what it names or what is wrong with it.
 std::vector<std::string> Read(std::string_view bytes, LineEnd end = LineEnd::Newline, size_t piece = SIZE_MAX)
 {
     ManifestLines lines("list", end);
@@ -162,8 +162,8 @@ TEST(ManifestLines, TakeAllMembersOfAnObject)
     EXPECT_EQ(entry.id, "-0"); // the later of two
     EXPECT_EQ(entry.input, "\xC3\xA9");
     EXPECT_EQ(entry.output, "{stem}\n");
-    EXPECT_EQ(entry.words.options.Of("box"), "0,-1.5,7,36");
-    EXPECT_EQ(entry.words.options.Of("pdf-x"), "x3");
+    EXPECT_EQ(entry.outputOptions.texts.Of("box"), "0,-1.5,7,36");
+    EXPECT_EQ(entry.outputOptions.texts.Of("pdf-x"), "x3");
 }
 
 } // namespace

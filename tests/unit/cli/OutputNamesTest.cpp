@@ -1,4 +1,4 @@
-// Names of outputs from patterns, and the mistakes that would lose a file.
+// Tests the names that patterns make, and that mistakes which would lose a file are refused.
 #include "cli/options/OutputNames.h"
 
 #include "cli/options/CommonOptions.h"

@@ -1,4 +1,4 @@
-// Which of the words about a picture hold, and which formats are meant.
+// Tests which options hold where several are said, and which formats are meant.
 #include "cli/options/OutputOptions.h"
 
 #include <gtest/gtest.h>
@@ -54,7 +54,7 @@ TEST(OutputOptionsTest, AreSetByTheLongNamesOfOptions)
 {
     OutputOptions words;
     EXPECT_TRUE(words.Set("pdf-x", "x3"));
-    EXPECT_EQ(words.options.Of("pdf-x"), "x3");
+    EXPECT_EQ(words.texts.Of("pdf-x"), "x3");
     for (const char *name : {"", "f", "-f", "--format", "pdfX", "output", "max-time"})
         EXPECT_FALSE(words.Set(name, "x")) << name;
 }

@@ -1,4 +1,4 @@
-// Which exit status wins when several inputs end differently.
+// Tests which exit status wins when several inputs end differently.
 #include "cli/report/Status.h"
 
 #include <gtest/gtest.h>

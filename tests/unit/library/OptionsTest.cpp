@@ -1,4 +1,4 @@
-// What options mean, which go together, and for which formats; and that the table itself makes sense.
+// Tests what options mean, which go together, and for which formats; and that the table itself makes sense.
 #include "library/Options.h"
 
 #include <gtest/gtest.h>
@@ -45,7 +45,7 @@ TEST(OptionsTest, HaveNamesOfTheirOwn)
     }
 }
 
-// A standard that was other than what Settings begin with would be a lie in help and manual.
+// A row's standard value has to be what Settings begin with: help and manual state it.
 TEST(OptionsTest, TheStandardIsWhatHoldsWhenNobodySaysIt)
 {
     const Settings none = OptionTexts().Read();

@@ -1,4 +1,4 @@
-// The sentences about a document that was read.
+// Tests the sentences about a document that was read.
 #include "library/Warnings.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
-#include "cli/report/InfoText.h"
+#include "cli/report/InfoReport.h"
 
-#include "cli/report/Decimal.h"
-#include "cli/report/FontsText.h"
+#include "cli/report/FontsReport.h"
 #include "cli/report/ResultJson.h"
 #include "host/reading/Utf8.h"
+#include "library/Decimal.h"
 #include "library/FactsJson.h"
 
 #include <fmt/format.h>
@@ -19,7 +19,7 @@ namespace
 
 constexpr size_t kLabelWidth = 16;
 
-// "Label           value"; nothing at all for an empty value.
+// Makes "  label           value"; an empty value makes nothing at all.
 std::string Row(std::string_view label, std::string_view value)
 {
     return value.empty() ? "" : fmt::format("  {:<{}}{}\n", label, kLabelWidth, Printable(value, 1000));
@@ -48,7 +48,7 @@ std::string UsedColours(const Outcome &outcome)
     return outcome.monochrome ? text + "; declared black and white" : text;
 }
 
-// One row a font; where no text is shown, what the header declares.
+// Makes one row a font; where the document shows no text, a row of what the header declares.
 std::string FontRows(const Result &result)
 {
     if (result.outcome.fonts.empty())

@@ -1,5 +1,5 @@
-// Values of options: what is read, and what is refused rather than half read.
-#include "library/Values.h"
+// Tests which values of options are read, and that others are refused rather than half read.
+#include "library/OptionValues.h"
 
 #include <gtest/gtest.h>
 

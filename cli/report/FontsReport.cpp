@@ -1,4 +1,4 @@
-#include "cli/report/FontsText.h"
+#include "cli/report/FontsReport.h"
 
 #include "cli/report/ResultJson.h"
 #include "host/reading/Utf8.h"
@@ -53,7 +53,7 @@ std::string FontUseText(const FontUse &font)
     return font.missingGlyphs > 0 ? text + fmt::format(", {} missing", font.missingGlyphs) : text;
 }
 
-std::string FontsText(const std::string &input, const Result &result)
+std::string FontsText(const std::string &input, const Result &result, const std::string & /*error*/)
 {
     const Outcome &outcome = result.outcome;
     if (!outcome.headerAccepted)
@@ -78,7 +78,7 @@ std::string FontsJson(const std::string &input, const Result &result, const std:
     json["vx"] = outcome.headerAccepted;
     if (!error.empty())
         json["error"] = error;
-    json["fonts"] = JsonOf(outcome.fonts);
+    json["fonts"] = FontUsesJson(outcome.fonts);
     AddConfinement(result, &json);
     return JsonLine(json);
 }

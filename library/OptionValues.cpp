@@ -1,4 +1,4 @@
-#include "library/Values.h"
+#include "library/OptionValues.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,4 @@
-// Numbers as a person reads them.
+// Writes numbers as a person reads them.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 namespace vxhost
 {
 
-// At most digits decimals, no zeros at the end.
+// Writes at most so many decimals, and no zeros at the end.
 std::string Decimal(double value, int digits = 5);
 
 } // namespace vxhost

@@ -1,4 +1,4 @@
-#include "cli/report/Decimal.h"
+#include "library/Decimal.h"
 
 #include <gtest/gtest.h>
 

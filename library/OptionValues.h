@@ -1,0 +1,29 @@
+// Reads the values of options strictly: each takes all of the text, or returns none.
+#pragma once
+
+#include "devices/raster/RasterOptions.h"
+#include "host/drawing/Device.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vxhost
+{
+
+std::optional<double> ReadNumber(std::string_view text);   // a finite decimal: 300, 0.5
+std::optional<int32_t> ReadInteger(std::string_view text); // a whole number, which may be negative
+std::optional<int64_t> ReadSeconds(std::string_view text); // digits, without a sign
+
+// Reads a number of bytes, in which K, M, G and T are powers of 1024: 512M, 1GiB.
+std::optional<int64_t> ReadSize(std::string_view text);
+std::string SizeText(int64_t bytes);
+
+// Reads #rgb, #rrggbb, or a basic colour name of CSS.
+std::optional<Rgb> ReadColour(std::string_view text);
+
+// Reads L,B,R,T in points, and neither turns nor refuses a box that is inverted or empty.
+std::optional<Box> ReadBox(std::string_view text);
+
+} // namespace vxhost
