@@ -48,7 +48,7 @@ void Describe(Flat &flat, HeaderFacts &header, Omitted &omitted)
          {&header.lineEnds, &header.firstLine, &header.title, &header.creator, &header.creationDate})
         flat.AddText(*text, kMaxName);
     const auto addNames = [&flat](std::vector<std::string> &names, uint32_t *left) {
-        flat.AddList(names, kNamesSize, left, [](auto &to, std::string &name) { DescribeName(to, name); });
+        flat.AddList(names, {kNamesSize}, left, [](auto &to, std::string &name) { DescribeName(to, name); });
     };
     addNames(header.processColours, &omitted.processColours);
     addNames(header.customColours, &omitted.customColours);
@@ -93,12 +93,12 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.Add(outcome.failure.error);
     flat.AddText(outcome.lackedFont, kMaxName);
     flat.Add(outcome.undrawnTexts);
-    flat.AddList(outcome.reports, kReportsSize, &omitted.reports, [](auto &to, Report &report) {
+    flat.AddList(outcome.reports, {kReportsSize}, &omitted.reports, [](auto &to, Report &report) {
         to.Add(report.number);
         to.AddText(report.title, kMaxName);
         to.AddText(report.message, kMaxText);
     });
-    flat.AddList(outcome.fonts, kFontsSize, &omitted.fonts,
+    flat.AddList(outcome.fonts, {kFontsSize}, &omitted.fonts,
                  [](auto &to, FontUse &font) { Describe(to, font); });
     Describe(flat, outcome.counts);
     flat.Add(outcome.end.isSaid);
@@ -139,7 +139,7 @@ template <typename Flat>
 void Describe(Flat &flat, std::vector<FontList::Entry> &entries, uint32_t *omitted, Confinement &confinement)
 {
     Describe(flat, confinement);
-    flat.AddList(entries, kMaxFontAnswer - 64, omitted,
+    flat.AddList(entries, {kMaxFontAnswer - 64, kMaxFonts}, omitted,
                  [](auto &to, FontList::Entry &entry) { Describe(to, entry); });
 }
 

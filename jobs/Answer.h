@@ -37,7 +37,8 @@ struct FontAnswer {
     Confinement confinement;
 };
 
-constexpr size_t kMaxFontAnswer = size_t{32} << 20; // of more fonts than can be numbered
+constexpr size_t kMaxFonts = size_t{1} << 16; // more than can be numbered
+constexpr size_t kMaxFontAnswer = size_t{32} << 20;
 
 std::string WriteFonts(const FontList &fonts, Confinement confinement);
 std::optional<FontAnswer> ReadFonts(std::string_view bytes);

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -18,6 +19,12 @@
 
 namespace vxhost
 {
+
+// What a list may have at most.
+struct ListBounds {
+    size_t bytes;
+    size_t items = std::numeric_limits<uint32_t>::max();
+};
 
 class FlatWriter
 {
@@ -43,9 +50,9 @@ class FlatWriter
         bytes_.append(text, 0, length);
     }
 
-    // Those that fit into so many bytes; omitted becomes the number of the others.
+    // Those within the bounds; the others are added to those that were omitted before.
     template <typename Item, typename DescribeItem>
-    void AddList(std::vector<Item> &items, size_t mostBytes, uint32_t *omitted,
+    void AddList(std::vector<Item> &items, const ListBounds &bounds, uint32_t *omitted,
                  const DescribeItem &describeItem)
     {
         FlatWriter listed;
@@ -53,12 +60,12 @@ class FlatWriter
         for (Item &item : items) {
             FlatWriter one;
             describeItem(one, item);
-            if (listed.bytes_.size() + one.bytes_.size() > mostBytes)
+            if (count == bounds.items || listed.bytes_.size() + one.bytes_.size() > bounds.bytes)
                 break;
             listed.bytes_ += one.bytes_;
             ++count;
         }
-        *omitted = static_cast<uint32_t>(items.size()) - count;
+        *omitted += static_cast<uint32_t>(items.size()) - count;
         Add(count);
         Add(*omitted);
         bytes_ += listed.bytes_;
@@ -83,7 +90,9 @@ class FlatReader
         if (rest_.size() < sizeof number)
             return Refuse();
         if constexpr (std::is_same_v<Number, bool>) {
-            number = rest_[0] != 0;
+            if (rest_[0] != 0 && rest_[0] != 1)
+                return Refuse();
+            number = rest_[0] == 1;
         } else {
             std::memcpy(&number, rest_.data(), sizeof number);
             if constexpr (std::is_floating_point_v<Number>) {
@@ -115,13 +124,15 @@ class FlatReader
     }
 
     template <typename Item, typename DescribeItem>
-    void AddList(std::vector<Item> &items, size_t mostBytes, uint32_t *omitted,
+    void AddList(std::vector<Item> &items, const ListBounds &bounds, uint32_t *omitted,
                  const DescribeItem &describeItem)
     {
         uint32_t count = 0;
         Add(count);
         Add(*omitted);
-        const size_t end = rest_.size() - std::min(rest_.size(), mostBytes);
+        if (count > bounds.items)
+            return Refuse();
+        const size_t end = rest_.size() - std::min(rest_.size(), bounds.bytes);
         // An item takes a byte at least, so that a count alone makes nothing.
         for (uint32_t i = 0; i < count && !isRefused_; ++i) {
             const size_t before = rest_.size();

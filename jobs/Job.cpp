@@ -180,7 +180,9 @@ void Job::TakeAnswer(const std::string &bytes)
 void Job::AwaitFonts()
 {
     state_ = State::AwaitsFonts;
-    if (AwaitedWorker() == nullptr) // they are listed by now, or cannot be
+    // They may be listed by now, or cannot be. Nobody waits for a worker that has ended already.
+    const Worker *listing = AwaitedWorker();
+    if (listing == nullptr || listing->HasEnded())
         GoOn();
 }
 

@@ -4,9 +4,11 @@
 #include "jobs/Answer.h"
 #include "jobs/Sandbox.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <optional>
 #include <string>
-#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -16,16 +18,25 @@ namespace vxhost
 namespace
 {
 
-// A cache folder that is not there yet is made as fontconfig would make it, which it can no longer do afterwards.
+namespace fs = std::filesystem;
+
+// Whether fontconfig can keep there what it finds. A folder that is missing is made, which fontconfig would do itself, and
+// can no longer do when it is confined.
+bool CanKeep(const std::string &folder)
+{
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    return access(folder.c_str(), W_OK) == 0;
+}
+
+// It keeps all in the first folder where it can.
 Confinement ConfineToFonts(const std::vector<std::string> &cacheFolders)
 {
-    constexpr mode_t kMode = 0755;
     FileRules rules;
     rules.ReadAll();
-    for (const std::string &folder : cacheFolders) {
-        (void)mkdir(folder.c_str(), kMode); // where there can be none, nothing is kept
-        rules.WriteIn(folder);
-    }
+    const auto folder = std::ranges::find_if(cacheFolders, CanKeep);
+    if (folder != cacheFolders.end())
+        rules.WriteIn(*folder);
     return EnterSandbox(rules, SystemCalls::OfListingFonts);
 }
 
@@ -34,8 +45,16 @@ struct NotConfined {
 
 } // namespace
 
+WorkerLimits LimitsOfListing(WorkerLimits limits)
+{
+    if (limits.seconds == 0)
+        limits.seconds = WorkerLimits().seconds;
+    limits.output.reset();
+    return limits.For(0);
+}
+
 MachineFonts::MachineFonts(FontSources sources, const WorkerLimits &limits, bool mustBeConfined)
-    : sources_(std::move(sources)), limits_(limits), mustBeConfined_(mustBeConfined)
+    : sources_(std::move(sources)), limits_(LimitsOfListing(limits)), mustBeConfined_(mustBeConfined)
 {
 }
 

@@ -13,10 +13,14 @@
 namespace vxhost
 {
 
+// Of the process that lists fonts, in a run with these. There is always a clock, since a pipe among the files of fonts would
+// hold it for ever; and what it writes is no output.
+WorkerLimits LimitsOfListing(WorkerLimits limits);
+
 class MachineFonts
 {
   public:
-    // The limits are those of the process, which looks into nothing if it has to be confined and cannot be.
+    // The limits are those of the run. The process looks into nothing if it has to be confined and cannot be.
     MachineFonts(FontSources sources, const WorkerLimits &limits, bool mustBeConfined);
 
     const std::shared_ptr<const FontList> &List() const

@@ -11,6 +11,7 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
@@ -146,14 +147,14 @@ constexpr PartlyAllowed kPartlyAllowed[] = {
 };
 
 // What fontconfig needs to look through folders and to keep what it found in files of its own. Which folders these are the
-// rules of files say.
+// rules of files say; they say nothing of modes and times, so these cannot be changed at all.
 constexpr int kOfListingFonts[] = {
-    SCMP_SYS(access),     SCMP_SYS(chmod),   SCMP_SYS(faccessat), SCMP_SYS(faccessat2), SCMP_SYS(fchmod),
-    SCMP_SYS(fchmodat),   SCMP_SYS(fcntl),   SCMP_SYS(flock),     SCMP_SYS(getcwd),     SCMP_SYS(getdents),
-    SCMP_SYS(getdents64), SCMP_SYS(geteuid), SCMP_SYS(getuid),    SCMP_SYS(link),       SCMP_SYS(linkat),
-    SCMP_SYS(mkdir),      SCMP_SYS(mkdirat), SCMP_SYS(open),      SCMP_SYS(openat),     SCMP_SYS(readlink),
-    SCMP_SYS(readlinkat), SCMP_SYS(rename),  SCMP_SYS(renameat),  SCMP_SYS(renameat2),  SCMP_SYS(statfs),
-    SCMP_SYS(umask),      SCMP_SYS(uname),   SCMP_SYS(unlink),    SCMP_SYS(unlinkat),   SCMP_SYS(utimensat),
+    SCMP_SYS(access),    SCMP_SYS(faccessat), SCMP_SYS(faccessat2), SCMP_SYS(fcntl),   SCMP_SYS(flock),
+    SCMP_SYS(getcwd),    SCMP_SYS(getdents),  SCMP_SYS(getdents64), SCMP_SYS(geteuid), SCMP_SYS(getuid),
+    SCMP_SYS(link),      SCMP_SYS(linkat),    SCMP_SYS(mkdir),      SCMP_SYS(mkdirat), SCMP_SYS(open),
+    SCMP_SYS(openat),    SCMP_SYS(readlink),  SCMP_SYS(readlinkat), SCMP_SYS(rename),  SCMP_SYS(renameat),
+    SCMP_SYS(renameat2), SCMP_SYS(statfs),    SCMP_SYS(umask),      SCMP_SYS(uname),   SCMP_SYS(unlink),
+    SCMP_SYS(unlinkat),
 };
 
 // Returns 0, or why it cannot be.
@@ -198,10 +199,11 @@ FileRules::FileRules()
     error_ = rules_.Get() < 0 ? errno : 0;
 }
 
-void FileRules::Allow(const std::string &path, uint64_t access)
+void FileRules::Allow(const std::string &path, uint64_t access, mode_t kind)
 {
     const Descriptor place(open(path.c_str(), O_PATH | O_CLOEXEC));
-    if (place.Get() < 0)
+    struct stat status;
+    if (place.Get() < 0 || fstat(place.Get(), &status) != 0 || (status.st_mode & S_IFMT) != kind)
         return;
     const landlock_path_beneath_attr rule = {access & handled_, place.Get()};
     (void)syscall(SYS_landlock_add_rule, rules_.Get(), LANDLOCK_RULE_PATH_BENEATH, &rule, 0);
@@ -209,18 +211,20 @@ void FileRules::Allow(const std::string &path, uint64_t access)
 
 void FileRules::Read(const std::string &file)
 {
-    Allow(file, LANDLOCK_ACCESS_FS_READ_FILE);
+    Allow(file, LANDLOCK_ACCESS_FS_READ_FILE, S_IFREG);
 }
 
 void FileRules::ReadAll()
 {
-    Allow("/", LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_READ_DIR);
+    Allow("/", LANDLOCK_ACCESS_FS_READ_FILE | LANDLOCK_ACCESS_FS_READ_DIR, S_IFDIR);
 }
 
 void FileRules::WriteIn(const std::string &folder)
 {
-    Allow(folder, LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_MAKE_REG |
-                      LANDLOCK_ACCESS_FS_REMOVE_FILE | LANDLOCK_ACCESS_FS_MAKE_DIR | kRefer | kTruncate);
+    Allow(folder,
+          LANDLOCK_ACCESS_FS_WRITE_FILE | LANDLOCK_ACCESS_FS_MAKE_REG | LANDLOCK_ACCESS_FS_REMOVE_FILE |
+              LANDLOCK_ACCESS_FS_MAKE_DIR | kRefer | kTruncate,
+          S_IFDIR);
 }
 
 Confinement EnterSandbox(const FileRules &rules, SystemCalls calls)

@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <sys/types.h>
 
 namespace vxhost
 {
@@ -17,8 +18,9 @@ namespace vxhost
 class FileRules
 {
   public:
-    FileRules();                        // nothing does
-    void Read(const std::string &file); // that which links lead to now
+    FileRules(); // nothing does
+    // A regular file, where links lead to now. A folder would be all that is in it, and is left out.
+    void Read(const std::string &file);
     void ReadAll();
     void WriteIn(const std::string &folder); // files in it can be made, changed and removed
 
@@ -26,7 +28,7 @@ class FileRules
     int Error() const { return error_; }     // why
 
   private:
-    void Allow(const std::string &path, uint64_t access);
+    void Allow(const std::string &path, uint64_t access, mode_t kind);
 
     uint64_t handled_ = 0; // what can be taken away
     Descriptor rules_;

@@ -77,23 +77,37 @@ bool HasTakenAllTime(const rusage &usage)
     return LimitOf(RLIMIT_CPU) <= seconds + 1;
 }
 
-// Those of this process; the one that lists them may be among them.
-std::vector<int> OpenDescriptors()
+// Those of this process; the one that lists them may be among them. None: nothing says which they are.
+std::optional<std::vector<int>> OpenDescriptors()
 {
     std::vector<int> open;
     std::error_code failure;
     for (fs::directory_iterator at("/proc/self/fd", failure), end; !failure && at != end;
          at.increment(failure))
         open.push_back(ReadInteger(at->path().filename().string()).value_or(-1));
-    return open;
+    return failure ? std::nullopt : std::optional(std::move(open));
+}
+
+bool CloseByKernel(unsigned first, unsigned last)
+{
+    return syscall(SYS_close_range, first, last, 0) == 0;
+}
+
+// Else a worker would keep what it does not need.
+bool CanCloseRange()
+{
+    return CloseByKernel(~0U, ~0U) || OpenDescriptors();
 }
 
 // A kernel without the call has the descriptors closed one by one.
 void CloseRange(unsigned first, unsigned last)
 {
-    if (syscall(SYS_close_range, first, last, 0) == 0)
+    if (CloseByKernel(first, last))
         return;
-    for (const int descriptor : OpenDescriptors()) {
+    const std::optional<std::vector<int>> open = OpenDescriptors();
+    if (!open)
+        _exit(1);
+    for (const int descriptor : *open) {
         if (descriptor >= static_cast<int>(first) && static_cast<unsigned>(descriptor) <= last)
             close(descriptor);
     }
@@ -150,6 +164,7 @@ std::string Answer(const WorkerTask &task, WorkerLink *link)
     g_workerPipe = pipe;
     LimitMemory(limits.memory);
     Lower(RLIMIT_FSIZE, limits.output.value_or(0));
+    std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error of write
 
     WorkerLink link(pipe);
     const std::string answer = Answer(task, &link);
@@ -181,6 +196,10 @@ Worker::Worker() = default;
 
 std::unique_ptr<Worker> Worker::Start(const WorkerLimits &limits, const WorkerTask &task, int *error)
 {
+    if (!CanCloseRange()) {
+        *error = ENOSYS;
+        return nullptr;
+    }
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) {
         *error = errno;
@@ -233,12 +252,20 @@ bool Worker::WaitForAny(std::span<Worker *const> workers, int also)
             Worker &worker = *workers[i];
             if (count > 0 && ready[i + 1].revents != 0)
                 worker.Listen();
-            // Also of one that never stops talking.
-            if (!worker.HasEnded() && worker.deadline_ && *worker.deadline_ <= Clock::now())
+            // Also of one that never stops talking. One that is gone was not late: nobody looked for a while.
+            if (!worker.HasEnded() && worker.deadline_ && *worker.deadline_ <= Clock::now() &&
+                !worker.IsGone())
                 worker.Conclude({FaultKind::OutOfTime});
         }
     }
     return ready[0].revents != 0;
+}
+
+bool Worker::IsGone() const
+{
+    siginfo_t end = {};
+    return waitid(P_PID, static_cast<id_t>(process_), &end, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           end.si_pid != 0;
 }
 
 void Worker::Listen()
@@ -322,7 +349,7 @@ size_t MostWorkers(size_t descriptorsEach)
 {
     constexpr size_t kOthers = 6; // a manifest, and what is opened for a moment
     const rlim_t limit = LimitOf(RLIMIT_NOFILE);
-    const size_t taken = OpenDescriptors().size() + kOthers;
+    const size_t taken = OpenDescriptors().value_or(std::vector<int>()).size() + kOthers;
     return limit <= taken ? 1 : std::max<size_t>((limit - taken) / descriptorsEach, 1);
 }
 

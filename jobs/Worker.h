@@ -61,7 +61,8 @@ struct WorkerTask {
 class Worker
 {
   public:
-    // Null when there can be no process; error is then the errno.
+    // Null when there can be no process; error is then the errno, ENOSYS where the system has no way to close descriptors
+    // that are not named.
     static std::unique_ptr<Worker> Start(const WorkerLimits &limits, const WorkerTask &task, int *error);
     Worker(const Worker &) = delete;
     Worker &operator=(const Worker &) = delete;
@@ -78,6 +79,7 @@ class Worker
     using Clock = std::chrono::steady_clock;
 
     Worker();
+    bool IsGone() const; // what it said may still be in the pipe
     void Listen();
     void Conclude(Fault seen);
     int WaitForProcess(rusage *usage = nullptr);

@@ -1,0 +1,157 @@
+// What a process that was confined can still reach of files. It is another than that of the tests.
+#include "jobs/Sandbox.h"
+
+#include "tests/unit/jobs/JobsFolder.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <functional>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vxhost
+{
+namespace
+{
+
+namespace fs = std::filesystem;
+
+class SandboxTest : public JobsFolder
+{
+  protected:
+    void SetUp() override
+    {
+        JobsFolder::SetUp();
+        if (FileRules().Get() < 0)
+            GTEST_SKIP() << "this kernel has no Landlock";
+        fs::create_directory(Path("folder"));
+        Write("folder/one", "1");
+        Write("folder/two", "2");
+    }
+};
+
+// 0 or the errno, of an attempt in a process that is confined by the rules.
+int TryConfined(const FileRules &rules, SystemCalls calls, const std::function<long()> &attempt)
+{
+    const pid_t process = fork();
+    if (process == 0) {
+        const Confinement confinement = EnterSandbox(rules, calls);
+        _exit(!confinement.IsWhole() ? 255 : attempt() < 0 ? errno : 0);
+    }
+    int status = 0;
+    EXPECT_EQ(waitpid(process, &status, 0), process);
+    EXPECT_TRUE(WIFEXITED(status));
+    return WEXITSTATUS(status);
+}
+
+int Open(const FileRules &rules, SystemCalls calls, const std::string &path, int flags)
+{
+    return TryConfined(rules, calls, [&] { return open(path.c_str(), flags, 0600); });
+}
+
+int ReadBy(const FileRules &rules, const std::string &path)
+{
+    return Open(rules, SystemCalls::OfReading, path, O_RDONLY);
+}
+
+TEST_F(SandboxTest, LeavesNothingInReach)
+{
+    const FileRules rules;
+    EXPECT_EQ(rules.Error(), 0);
+    EXPECT_EQ(ReadBy(rules, Path("folder/one")), EACCES);
+    EXPECT_EQ(ReadBy(rules, Path("folder")), EACCES);
+}
+
+TEST_F(SandboxTest, LeavesTheFilesThatAreNamed)
+{
+    FileRules rules;
+    rules.Read(Path("folder/one"));
+    EXPECT_EQ(ReadBy(rules, Path("folder/one")), 0);
+    EXPECT_EQ(ReadBy(rules, Path("folder/two")), EACCES);
+    EXPECT_EQ(ReadBy(rules, Path("folder")), EACCES);
+    EXPECT_EQ(Open(rules, SystemCalls::OfReading, Path("folder/one"), O_WRONLY), EPERM);
+    rules.Read(Path("folder/two")); // for processes that are confined from now on
+    EXPECT_EQ(ReadBy(rules, Path("folder/two")), 0);
+}
+
+TEST_F(SandboxTest, LeavesTheFileThatALinkLeadsTo)
+{
+    fs::create_symlink("folder/one", Path("link"));
+    FileRules rules;
+    rules.Read(Path("link"));
+    EXPECT_EQ(ReadBy(rules, Path("link")), 0);
+    EXPECT_EQ(ReadBy(rules, Path("folder/one")), 0);
+    fs::remove(Path("link"));
+    fs::create_symlink("folder/two", Path("link"));
+    EXPECT_EQ(ReadBy(rules, Path("link")), EACCES);
+}
+
+// A list of fonts comes from a process that nobody trusts.
+TEST_F(SandboxTest, LeavesNothingOfAFolderThatIsNamedAsAFile)
+{
+    FileRules rules;
+    for (const std::string &folder : {Path("folder"), Path("folder/"), std::string("/")})
+        rules.Read(folder);
+    EXPECT_EQ(ReadBy(rules, Path("folder/one")), EACCES);
+    EXPECT_EQ(ReadBy(rules, "/etc/passwd"), EACCES);
+}
+
+TEST_F(SandboxTest, PassesOverWhatIsNotThere)
+{
+    FileRules rules;
+    rules.Read(Path("none"));
+    rules.WriteIn(Path("none"));
+    fs::create_directory(Path("none"));
+    Write("none/one", "");
+    EXPECT_EQ(ReadBy(rules, Path("none/one")), EACCES);
+}
+
+TEST_F(SandboxTest, LetsFontsBeListedAndFilesOfACacheBeKept)
+{
+    FileRules rules;
+    rules.ReadAll();
+    fs::create_directory(Path("cache"));
+    rules.WriteIn(Path("cache"));
+    const auto tried = [&](const std::function<long()> &attempt) {
+        return TryConfined(rules, SystemCalls::OfListingFonts, attempt);
+    };
+    const auto opened = [&](std::string_view name, int flags) {
+        return Open(rules, SystemCalls::OfListingFonts, Path(name), flags);
+    };
+    EXPECT_EQ(opened("folder/one", O_RDONLY), 0);
+    EXPECT_EQ(opened("folder", O_RDONLY | O_DIRECTORY), 0);
+    EXPECT_EQ(opened("cache/new", O_WRONLY | O_CREAT), 0);
+    EXPECT_EQ(tried([&] { return rename(Path("cache/new").c_str(), Path("cache/newer").c_str()); }), 0);
+    EXPECT_EQ(tried([&] { return unlink(Path("cache/newer").c_str()); }), 0);
+    EXPECT_EQ(opened("folder/one", O_WRONLY), EACCES);
+    EXPECT_EQ(opened("folder/new", O_WRONLY | O_CREAT), EACCES);
+    EXPECT_EQ(opened("new", O_WRONLY | O_CREAT), EACCES);
+    EXPECT_EQ(tried([&] { return unlink(Path("folder/one").c_str()); }), EACCES);
+    EXPECT_EQ(tried([&] { return mkdir(Path("new").c_str(), 0700); }), EACCES);
+    EXPECT_EQ(tried([&] { return rename(Path("folder/one").c_str(), Path("cache/one").c_str()); }), EACCES);
+    EXPECT_EQ(tried([&] { return symlink("one", Path("cache/link").c_str()); }), EPERM);
+}
+
+// No rule of files knows of these.
+TEST_F(SandboxTest, LetsNobodyChangeModesTimesAndOwners)
+{
+    FileRules rules;
+    rules.ReadAll();
+    rules.WriteIn(Path("folder"));
+    const std::string path = Path("folder/one");
+    const std::vector<std::function<long()>> attempts = {
+        [&] { return chmod(path.c_str(), 0777); },
+        [&] { return fchmodat(AT_FDCWD, path.c_str(), 0777, 0); },
+        [&] { return fchmod(open(path.c_str(), O_RDONLY), 0777); },
+        [&] { return utimensat(AT_FDCWD, path.c_str(), nullptr, 0); },
+        [&] { return chown(path.c_str(), 0, 0); },
+    };
+    for (const auto &attempt : attempts) {
+        EXPECT_EQ(TryConfined(rules, SystemCalls::OfListingFonts, attempt), EPERM);
+        EXPECT_EQ(TryConfined(rules, SystemCalls::OfReading, attempt), EPERM);
+    }
+}
+
+} // namespace
+} // namespace vxhost
