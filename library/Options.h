@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -90,8 +91,8 @@ class OptionTexts
     // Throws OptionError for one that means nothing for any of the formats.
     void CheckMeant(unsigned formats) const;
 
-    // Throws OptionError.
-    Settings Read() const;
+    // Throws OptionError. profiles: those that a program has in memory, by name.
+    Settings Read(const std::map<std::string, ProfileBytes> &profiles = {}) const;
 
   private:
     std::vector<std::string> texts_; // beside Options()

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace vxhost
@@ -210,19 +212,6 @@ std::string FontHelp(const std::string &input, Audience audience)
 
 } // namespace
 
-std::string UnconfinedText(const Confinement &confinement)
-{
-    std::string text;
-    if (!confinement.byLandlock)
-        text = fmt::format("no sandbox for files, no Landlock in this kernel ({})",
-                           SystemText(confinement.landlockError));
-    if (!confinement.bySeccomp)
-        text +=
-            fmt::format("{} calls, no seccomp in this kernel ({})",
-                        text.empty() ? "no sandbox for" : "; nor for", SystemText(confinement.seccompError));
-    return text;
-}
-
 Summary Summarise(const std::string &input, const Result &result, const Telling &telling)
 {
     Summary summary;
@@ -233,12 +222,7 @@ Summary Summarise(const std::string &input, const Result &result, const Telling 
     if (result.fault)
         summary.error = isOfOutput ? OutputText(result, telling) : DocumentText(input, result, telling);
     summary.warnings = ListWarnings(result.outcome, FontHelp(input, telling.audience));
-    const auto warnOmitted = [&summary](uint32_t count, const char *what) {
-        if (count > 0)
-            summary.warnings.push_back(fmt::format("{} more {} are not told of", count, what));
-    };
-    warnOmitted(result.omitted.reports, "problems");
-    warnOmitted(result.omitted.fonts, "fonts");
+    std::ranges::move(ListOmitted(result.omitted), std::back_inserter(summary.warnings));
     if (summary.status == Status::Done && telling.isStrict && !summary.warnings.empty())
         summary.status = Status::Warned;
     return summary;

@@ -5,7 +5,7 @@
 #include "cli/report/Messages.h"
 #include "cli/report/Status.h"
 #include "jobs/Engine.h"
-#include "jobs/Result.h"
+#include "library/Result.h"
 
 #include <string>
 #include <string_view>
@@ -39,9 +39,6 @@ struct Telling {
 };
 
 Summary Summarise(const std::string &input, const Result &result, const Telling &telling);
-
-// What a worker was not kept from; empty: from nothing.
-std::string UnconfinedText(const Confinement &confinement);
 
 void Tell(const std::string &input, const Result &result, const Summary &summary, Messages *messages);
 

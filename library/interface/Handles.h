@@ -39,6 +39,7 @@ struct vx_library {
     void ChangeFonts(std::string_view what, const std::function<void(vxhost::FontSources *)> &change);
 
     vxhost::Choices GetChoices();
+    vxhost::FontSources GetFontSources();
     void ChangeChoices(const std::function<void(vxhost::Choices *)> &change);
     // Adds rows to the map. Throws OptionError for a font that is not there.
     void MapFonts(const vxhost::FontMap &rows);

@@ -57,7 +57,4 @@ void DrawPass(vx_document *document, const Box &box, Device *device, const Writt
 // Which part of the page the options show, upright. Throws CallError when there is nothing to show.
 Box ShownBox(const vx_document &document);
 
-// Throws CallError for any but none.
-void CheckFailure(const Failure &failure);
-
 } // namespace vxhost
