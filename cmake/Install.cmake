@@ -1,4 +1,4 @@
-# P/bin/vx, P/lib/libvx.so with P/include/vx.h, what pkg-config and CMake find it by, P/lib/vx/vxparser.so with P/include/vx
+# P/bin/vx, P/lib/libvx.so with P/include/vx.h and P/libexec/vx/vx-isolated, which it starts, what pkg-config and CMake find it by, P/lib/vx/vxparser.so with P/include/vx
 # (boundary), and under P/share the licences, the manual pages and what shells complete with. python/ installs its package.
 
 install(TARGETS vxparser LIBRARY DESTINATION lib/vx)
@@ -7,6 +7,7 @@ install(DIRECTORY sdk/example/ DESTINATION share/doc/vx/examples/host PATTERN *.
 
 if(NOT VX_PLUGIN_ONLY)
     install(TARGETS vx RUNTIME DESTINATION bin)
+    install(TARGETS vx-isolated RUNTIME DESTINATION libexec/vx)
     install(TARGETS libvx EXPORT vx LIBRARY DESTINATION lib)
     install(FILES include/vx.h DESTINATION include)
     configure_file(packaging/vx.pc.in vx.pc @ONLY)

@@ -36,9 +36,11 @@
  *             allocate for themselves is not counted. "max-output" counts the bytes that a vx_write is given; a PDF is put
  *             together in a temporary file, which takes about as much again, or where there are no files in memory, which
  *             may be as much as "max-memory" says. A program that opens drawings of strangers,
- *             and has to survive the worst, runs the command vx, which reads each in a confined process.
+ *             and has to survive the worst, calls vx_render_isolated: there the three hold for all that is done, and a crash
+ *             costs that call.
  * Manners     No call ends the process, prints, starts a thread, changes a signal or reads the environment. (The
- *             library that lists the fonts of the system reads variables of its own.) One thing can end it all the same:
+ *             library that lists the fonts of the system reads variables of its own, and vx_render_isolated hands those
+ *             to the process that it starts.) One thing can end it all the same:
  *             the library that writes PDF files, when memory runs out at the wrong moment.
  */
 #ifndef VX_H
@@ -69,7 +71,8 @@ typedef enum vx_status {
     VX_CANNOT_WRITE = 9,   /* a temporary file */
     VX_STOPPED = 10,       /* a callback returned other than 0 */
     VX_BUSY = 11,          /* another call is at work with this document */
-    VX_FAILED = 12         /* what should not happen: report it, with the text */
+    VX_FAILED = 12,        /* what should not happen: report it, with the text */
+    VX_NOT_ISOLATED = 13 /* vx_render_isolated: no helper program here, or a kernel that cannot confine it */
 } vx_status;
 
 typedef struct vx_error {
@@ -260,6 +263,56 @@ typedef struct vx_font_use {
 } vx_font_use;
 size_t vx_document_font_count(vx_document *document);
 vx_status vx_document_font_at(vx_document *document, size_t index, vx_font_use *use, vx_error *error);
+
+/* ---- A drawing in a process of its own ---- */
+
+/* Is told of a warning: a line for a person, valid during the call. */
+typedef int (*vx_warning)(void *context, const char *text);
+
+/*
+ * Renders a drawing as vx_document_render does, with the same bytes, in a process of its own: for drawings of strangers. The
+ * caller's process looks at nothing of the drawing, the profile and the fonts; a crash, an endless loop or a hunger for
+ * memory there is an error of this call. Linux; elsewhere it is VX_NOT_ISOLATED, as it is without the helper program that is
+ * installed with the library: PREFIX/libexec/vx/vx-isolated, beside PREFIX/lib.
+ *
+ *   library  its options, its font map and its profiles hold, also while other threads use it. Fonts from memory cannot be
+ *            handed over and are VX_WRONG_ARGUMENT: put them in a folder. Fonts are not listed in the caller's process
+ *   request  see there
+ *   write    is given the bytes of the file, in order and in pieces, once the helper has all of it. When the call fails
+ *            later, what was written is no whole file
+ *   context  for write and for the procedures of the request
+ *
+ * Limits: "max-time" is that of the whole call, the time that the caller's procedures take not counted; then the helper is
+ * killed. "max-memory" is all that the process at work allocates, beside files that are mapped; "max-output" is the
+ * longest file that it may write, which is kept in "temp-dir" meanwhile. They are enforced by the system.
+ *
+ * Confinement: before it reads the first byte, the process at work gives up all files but the drawing, the fonts and a
+ * profile, the network, other processes and most system calls. A kernel that lacks Landlock or seccomp is a warning, or with
+ * must_be_confined VX_NOT_ISOLATED, and then the drawing is not read.
+ *
+ * The helper is started by posix_spawn, with no descriptors but its own, default signals, a process group of its own, the
+ * working folder, and of the environment LD_LIBRARY_PATH, HOME, LANG, LC_*, XDG_*, FONTCONFIG_* and FC_*. It ends with the
+ * call, and with the thread that called. The program's SIGCHLD arrives; it may be ignored, and the program may wait for all of
+ * its children. Bytes of a drawing are copied into a file in memory, those at a path are not copied. The helper has
+ * to be of the version of the library.
+ */
+typedef struct vx_isolated {
+    size_t size;       /* sizeof(vx_isolated), set by the caller */
+    const char *path;  /* of the drawing, a regular file; null: the bytes are the drawing */
+    const void *bytes; /* at most 2^31 - 1; null with a path */
+    size_t byte_count;
+    const char *format;         /* as vx_document_render takes it */
+    const char *const *options; /* as vx_document_set takes them, a name and its value in turn; null: none */
+    size_t option_count;        /* pairs */
+    int32_t must_be_confined;   /* 1: refuse where the kernel cannot confine all of it */
+    const char *helper;         /* path of the helper program; null: the one that is installed */
+    vx_progress
+        progress; /* done is of total, which is 100. Some ten times a second, so that it can end the call; null:
+                             nobody is told */
+    vx_warning warning; /* after all has been written, or has failed; null: nobody is told */
+} vx_isolated;
+vx_status vx_render_isolated(vx_library *library, const vx_isolated *request, vx_write write, void *context,
+                             vx_error *error);
 
 /* ---- Drawing into a program's own procedures ---- */
 

@@ -1,7 +1,7 @@
 #include "jobs/Job.h"
 
-#include "jobs/Answer.h"
 #include "jobs/Sandbox.h"
+#include "library/pipe/Answer.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -6,8 +6,8 @@
 #include "host/Document.h"
 #include "host/reading/Reading.h"
 #include "jobs/Engine.h"
-#include "jobs/Result.h"
 #include "jobs/Worker.h"
+#include "library/Result.h"
 
 #include <functional>
 #include <memory>

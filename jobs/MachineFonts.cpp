@@ -1,8 +1,8 @@
 #include "jobs/MachineFonts.h"
 
 #include "host/fonts/ListedFonts.h"
-#include "jobs/Answer.h"
 #include "jobs/Sandbox.h"
+#include "library/pipe/Answer.h"
 
 #include <algorithm>
 #include <filesystem>

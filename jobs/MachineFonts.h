@@ -3,8 +3,8 @@
 #pragma once
 
 #include "host/fonts/FontconfigFonts.h"
-#include "jobs/Result.h"
 #include "jobs/Worker.h"
+#include "library/Result.h"
 
 #include <cstdint>
 #include <memory>

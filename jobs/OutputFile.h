@@ -7,7 +7,7 @@
 #pragma once
 
 #include "host/FileReading.h"
-#include "jobs/Result.h"
+#include "library/Result.h"
 
 #include <memory>
 #include <string>

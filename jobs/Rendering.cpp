@@ -1,8 +1,8 @@
 #include "jobs/Rendering.h"
 
 #include "host/TemporaryFile.h"
-#include "jobs/Answer.h"
 #include "jobs/Sandbox.h"
+#include "library/pipe/Answer.h"
 
 #include <algorithm>
 #include <cerrno>

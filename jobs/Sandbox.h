@@ -4,7 +4,7 @@
 #pragma once
 
 #include "host/FileReading.h"
-#include "jobs/Result.h"
+#include "library/Result.h"
 
 #include <cstdint>
 #include <string>

@@ -3,9 +3,9 @@
 #include "jobs/Interrupt.h"
 #include "jobs/MallocHandler.h"
 #include "jobs/OutputFile.h"
-#include "jobs/WorkerFrames.h"
 #include "library/OptionValues.h"
 #include "library/Options.h"
+#include "library/pipe/WorkerFrames.h"
 
 #include <fmt/format.h>
 

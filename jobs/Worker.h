@@ -5,7 +5,7 @@
 // any number of workers.
 #pragma once
 
-#include "jobs/Result.h"
+#include "library/Result.h"
 
 #include <chrono>
 #include <cstddef>

@@ -320,7 +320,7 @@ void OptionTexts::CheckMeant(unsigned formats) const
             "leave it out, or add --pdf-x");
 }
 
-Settings OptionTexts::Read() const
+Settings OptionTexts::Read(const std::map<std::string, ProfileBytes> &profiles) const
 {
     const auto isSaid = [this](std::string_view name) { return !Of(name).empty(); };
     if (isSaid("dpi") + isSaid("zoom") + (isSaid("width") || isSaid("height")) + isSaid("fit") > 1)
@@ -340,6 +340,13 @@ Settings OptionTexts::Read() const
         throw OptionError(
             "--pdf-x and --profile none: PDF/X names the press it is made for: give a profile, or leave "
             "--profile out");
+    const auto give = [&profiles](const std::string &name, ProfileBytes *bytes) {
+        if (const auto found = profiles.find(name); found != profiles.end())
+            *bytes = found->second;
+    };
+    give(settings.pdf.profile, &settings.pdf.profileBytes);
+    give(settings.svg.profile, &settings.svg.profileBytes);
+    give(settings.png.profile, &settings.png.profileBytes);
     return settings;
 }
 

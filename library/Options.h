@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <span>
 #include <stdexcept>
@@ -92,8 +93,8 @@ class OptionTexts
     // Throws OptionError for an option that means nothing for any of the formats.
     void CheckMeant(unsigned formats) const;
 
-    // Says what the texts mean. Throws OptionError for what is wrong.
-    Settings Read() const;
+    // Throws OptionError. profiles: those that a program has in memory, by name.
+    Settings Read(const std::map<std::string, ProfileBytes> &profiles = {}) const;
 
   private:
     std::vector<std::string> texts_; // one for each row of Options()

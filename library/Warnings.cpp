@@ -1,5 +1,6 @@
 #include "library/Warnings.h"
 
+#include "host/SystemText.h"
 #include "host/reading/Utf8.h"
 
 #include <vx/HostCall.h>
@@ -70,6 +71,28 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
             std::to_string(outcome.undrawnTexts) + (outcome.undrawnTexts == 1 ? " text is" : " texts are") +
             " not drawn, there was nothing to take glyphs from: read the document with its fonts");
     return warnings;
+}
+
+std::vector<std::string> ListOmitted(const Omitted &omitted)
+{
+    std::vector<std::string> warnings;
+    if (omitted.reports > 0)
+        warnings.push_back(std::to_string(omitted.reports) + " more problems are not told of");
+    if (omitted.fonts > 0)
+        warnings.push_back(std::to_string(omitted.fonts) + " more fonts are not told of");
+    return warnings;
+}
+
+std::string UnconfinedText(const Confinement &confinement)
+{
+    std::string text;
+    if (!confinement.byLandlock)
+        text = "no sandbox for files, no Landlock in this kernel (" + SystemText(confinement.landlockError) +
+               ")";
+    if (!confinement.bySeccomp)
+        text += std::string(text.empty() ? "no sandbox for" : "; nor for") +
+                " calls, no seccomp in this kernel (" + SystemText(confinement.seccompError) + ")";
+    return text;
 }
 
 } // namespace vxhost

@@ -1,7 +1,7 @@
 // Finds the words for what is to be told about a document that was read, beside the error that ended it.
 #pragma once
 
-#include "host/Outcome.h"
+#include "library/Result.h"
 
 #include <string>
 #include <string_view>
@@ -13,5 +13,11 @@ namespace vxhost
 // Returns a line for each warning. What ended the document is no warning. fontHelp says what to do about a font that is not
 // there: "install it". Names are as the document writes them.
 std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view fontHelp);
+
+// How many more there were than an answer could list.
+std::vector<std::string> ListOmitted(const Omitted &omitted);
+
+// What a worker was not kept from; empty: from nothing.
+std::string UnconfinedText(const Confinement &confinement);
 
 } // namespace vxhost

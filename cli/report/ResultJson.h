@@ -1,7 +1,7 @@
 // Writes a Result as JSON, with the same members wherever one is printed.
 #pragma once
 
-#include "jobs/Result.h"
+#include "library/Result.h"
 
 #include <nlohmann/json.hpp>
 

@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace vxhost
@@ -43,11 +45,11 @@ std::string NoDrawingText(const Result &result, CommandKind command)
 
 std::string MalformedText(const std::string &input, const Result &result, const SummaryOptions &options)
 {
-    return fmt::format("malformed near byte {} of {}{}: {}{}", result.outcome.bytesRead, result.size,
-                       LostText(options.command), result.outcome.end.isSaid ? "" : "the file may be cut short, ",
-                       options.command == CommandKind::Trace
-                           ? std::string("the last calls above come just before it")
-                           : fmt::format("vx trace {} shows how far it got", input));
+    return fmt::format(
+        "malformed near byte {} of {}{}: {}{}", result.outcome.bytesRead, result.size,
+        LostText(options.command), result.outcome.end.isSaid ? "" : "the file may be cut short, ",
+        options.command == CommandKind::Trace ? std::string("the last calls above come just before it")
+                                              : fmt::format("vx trace {} shows how far it got", input));
 }
 
 std::string OutputText(const Result &result, const SummaryOptions &options)
@@ -210,19 +212,6 @@ std::string FontHelp(const std::string &input, CommandKind command)
 
 } // namespace
 
-std::string UnconfinedText(const Confinement &confinement)
-{
-    std::string text;
-    if (!confinement.byLandlock)
-        text = fmt::format("no sandbox for files, no Landlock in this kernel ({})",
-                           SystemText(confinement.landlockError));
-    if (!confinement.bySeccomp)
-        text +=
-            fmt::format("{} calls, no seccomp in this kernel ({})",
-                        text.empty() ? "no sandbox for" : "; nor for", SystemText(confinement.seccompError));
-    return text;
-}
-
 Summary Summarise(const std::string &input, const Result &result, const SummaryOptions &options)
 {
     Summary summary;
@@ -233,12 +222,7 @@ Summary Summarise(const std::string &input, const Result &result, const SummaryO
     if (result.fault)
         summary.error = isOfOutput ? OutputText(result, options) : DocumentText(input, result, options);
     summary.warnings = ListWarnings(result.outcome, FontHelp(input, options.command));
-    const auto warnOmitted = [&summary](uint32_t count, const char *what) {
-        if (count > 0)
-            summary.warnings.push_back(fmt::format("{} more {} are not told of", count, what));
-    };
-    warnOmitted(result.omitted.reports, "problems");
-    warnOmitted(result.omitted.fonts, "fonts");
+    std::ranges::move(ListOmitted(result.omitted), std::back_inserter(summary.warnings));
     if (summary.status == Status::Done && options.isStrict && !summary.warnings.empty())
         summary.status = Status::Warned;
     return summary;

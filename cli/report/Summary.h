@@ -5,7 +5,7 @@
 #include "cli/report/Messages.h"
 #include "cli/report/Status.h"
 #include "jobs/Engine.h"
-#include "jobs/Result.h"
+#include "library/Result.h"
 
 #include <string>
 #include <string_view>
@@ -39,9 +39,6 @@ struct SummaryOptions {
 };
 
 Summary Summarise(const std::string &input, const Result &result, const SummaryOptions &options);
-
-// Says what a worker was not kept from; empty: it was kept from all.
-std::string UnconfinedText(const Confinement &confinement);
 
 void Tell(const std::string &input, const Result &result, const Summary &summary, Messages *messages);
 

@@ -5,31 +5,17 @@
 #include "library/FactsJson.h"
 #include "library/interface/Calls.h"
 #include "library/interface/DocumentCall.h"
+#include "library/interface/DocumentOptions.h"
 #include "library/interface/Pass.h"
 #include "library/interface/System.h"
+#include "library/interface/Telling.h"
 
 using namespace vxhost;
 
 namespace
 {
 
-// Reads what the options mean, with the profiles that came from memory.
-Settings ReadSettings(const OptionTexts &options, const Choices &choices)
-{
-    Settings settings = options.Read();
-    const auto give = [&](const std::string &name, ProfileBytes *bytes) {
-        const auto found = choices.profiles.find(name);
-        if (found != choices.profiles.end())
-            *bytes = found->second;
-    };
-    give(settings.pdf.profile, &settings.pdf.profileBytes);
-    give(settings.svg.profile, &settings.svg.profileBytes);
-    give(settings.png.profile, &settings.png.profileBytes);
-    settings.pdf.spoolFolder = choices.temporaryFolder;
-    return settings;
-}
-
-// Finds out what the bytes of a new document are. Throws CallError when they are no drawing.
+// Its bytes are there: what are they?
 void ReadHeader(vx_document *document)
 {
     const Outcome info = RunPass(document, nullptr, [&](Reading &reading, const Watch &) {
@@ -105,13 +91,8 @@ void vx_document_free(vx_document *document)
 vx_status vx_document_set(vx_document *document, const char *name, const char *value, vx_error *error)
 {
     return DocumentCall(document, error, [&] {
-        const std::string_view option = CheckText(name, "name");
-        const std::string_view text = value == nullptr ? std::string_view() : CheckText(value, "value");
         OptionTexts options = document->options;
-        if (!options.Set(option, std::string(text)))
-            throw OptionError("no option \"" + std::string(option) + "\": vx_option_at lists them");
-        if (value != nullptr && text.empty())
-            throw OptionError(std::string(option) + ": its value is empty: give one, or null");
+        SetOption(name, value, &options);
         document->settings = ReadSettings(options, document->choices);
         document->options = std::move(options);
     });

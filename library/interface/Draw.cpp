@@ -1,7 +1,9 @@
 // The calls of vx.h that draw a document.
 #include "library/interface/CallerDevice.h"
 #include "library/interface/DocumentCall.h"
+#include "library/interface/DocumentOptions.h"
 #include "library/interface/Pass.h"
+#include "library/interface/Telling.h"
 
 #include "devices/raster/RasterDevice.h"
 
@@ -16,16 +18,7 @@ using namespace vxhost;
 namespace
 {
 
-const Format &FormatNamed(std::string_view name)
-{
-    const Format *format = FindFormat(name);
-    if (format == nullptr)
-        throw OptionError("no format \"" + std::string(name) + "\": give one of " +
-                          NamesOf(kPdf | kSvg | kPng, ", "));
-    return *format;
-}
-
-// Throws OptionError with the error when there is no device.
+// null: error says why there is none.
 Device &CheckMade(const std::unique_ptr<Device> &device, const std::string &error)
 {
     if (device == nullptr)
@@ -95,7 +88,7 @@ vx_status vx_document_render(vx_document *document, const char *format, vx_write
                              vx_error *error)
 {
     return DocumentCall(document, error, [&] {
-        const Format &row = FormatNamed(CheckText(format, "format"));
+        const Format &row = CheckFormat(format);
         CheckThere(reinterpret_cast<const void *>(write), "write");
         WrittenBytes written(write, context,
                              MostOutput(document->settings.output, document->bytes->Bytes().size()));

@@ -39,7 +39,7 @@ struct vx_library {
     void ChangeFonts(std::string_view what, const std::function<void(vxhost::FontSources *)> &change);
 
     vxhost::Choices GetChoices();
-    // Whatever the change throws, it has to leave the choices as they were.
+    vxhost::FontSources GetFontSources();
     void ChangeChoices(const std::function<void(vxhost::Choices *)> &change);
     // Adds rows to the map. Throws OptionError for a font that is not there.
     void MapFonts(const vxhost::FontMap &rows);

@@ -93,6 +93,13 @@ Choices vx_library::GetChoices()
     return choices_;
 }
 
+FontSources vx_library::GetFontSources()
+{
+    const std::lock_guard lock(mutex_);
+    return fontSources_;
+}
+
+// All or nothing, whatever is thrown.
 void vx_library::ChangeChoices(const std::function<void(Choices *)> &change)
 {
     const std::lock_guard lock(mutex_);

@@ -1,11 +1,8 @@
 #include "library/interface/Pass.h"
 
-#include "host/SystemText.h"
 #include "host/reading/Utf8.h"
-#include "library/Decimal.h"
-#include "library/OptionValues.h"
-#include "library/Warnings.h"
 #include "library/interface/Calls.h"
+#include "library/interface/Telling.h"
 
 #include <algorithm>
 #include <limits>
@@ -50,37 +47,6 @@ class WatchedDevice final : public Device
     const Watch &watch_;
 };
 
-[[noreturn]] void ThrowOutOfMemory(const Settings &settings, bool isLimit)
-{
-    if (isLimit && settings.memory > 0)
-        throw CallError(VX_LIMIT, "needs more than " + SizeText(settings.memory) +
-                                      " of memory: allow more with max-memory");
-    throw std::bad_alloc();
-}
-
-void CheckOutcome(const vx_document &document, const Outcome &outcome)
-{
-    switch (outcome.result) {
-    case kVXOk:
-        return CheckFailure(outcome.failure);
-    case kVXOutOfMemory:
-        ThrowOutOfMemory(document.settings, outcome.memoryLimitHit);
-    case kVXStoppedByUser:
-        throw CallError(VX_FONT_MISSING, "no font \"" + outcome.lackedFont +
-                                             "\": install it, or set missing-fonts to substitute");
-    case kVXBadFormat:
-        if (!outcome.headerAccepted)
-            throw CallError(VX_NOT_A_DRAWING, WhyRefused(document.header, document.bytes->Bytes().size()));
-        throw CallError(VX_MALFORMED, "malformed near byte " + std::to_string(outcome.bytesRead) + " of " +
-                                          std::to_string(outcome.bytesTotal) +
-                                          (outcome.end.isSaid ? "" : ", the file may be cut short") +
-                                          ": get a whole copy");
-    default:
-        throw CallError(VX_FAILED, "the interpreter gave result " + std::to_string(outcome.result) +
-                                       ": keep the document and report it");
-    }
-}
-
 vx_match MatchOf(FontMatch match)
 {
     switch (match) {
@@ -97,11 +63,8 @@ vx_match MatchOf(FontMatch match)
 
 void Keep(const Outcome &outcome, vx_document *document)
 {
-    constexpr size_t kMostWarning = 1000;
-    for (const std::string &warning : ListWarnings(outcome, "install it"))
-        document->warnings.push_back(Printable(warning, kMostWarning));
-    document->fonts.reserve(
-        outcome.fonts.size()); // or the texts would move when it grows, and with them what points at them
+    document->warnings = ListTold(outcome);
+    document->fonts.reserve(outcome.fonts.size()); // the texts stay where they are
     for (const FontUse &font : outcome.fonts) {
         auto &kept = document->fonts.emplace_back();
         kept.asked = ToUtf8(font.asked);
@@ -117,7 +80,7 @@ void Watch::CheckTime() const
 {
     const double most = document_.settings.seconds;
     if (most > 0 && std::chrono::duration<double>(Clock::now() - start_).count() > most)
-        throw CallError(VX_LIMIT, "not done after " + Decimal(most, 6) + " s: allow more with max-time");
+        ThrowOutOfTime(document_.settings);
 }
 
 void Watch::CheckProgress(int64_t done, int64_t total) const
@@ -143,7 +106,7 @@ void WrittenBytes::Check() const
     if (isStopped_)
         throw CallError(VX_STOPPED, "stopped by its write procedure");
     if (isOver_)
-        throw CallError(VX_LIMIT, "takes more than " + SizeText(most_) + ": allow more with max-output");
+        ThrowOutputTooLong(most_);
 }
 
 Outcome RunPass(vx_document *document, const WrittenBytes *written,
@@ -166,11 +129,11 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
     Reading reading(*document->installation, *document->bytes, std::move(options));
     Outcome outcome = action(reading, watch);
     if (document->bytes->HasChanged())
-        throw CallError(VX_CANNOT_READ, "changed while it was read: try again when nothing writes to it");
+        ThrowChanged();
     Keep(outcome, document);
     if (written != nullptr)
         written->Check();
-    CheckOutcome(*document, outcome);
+    CheckOutcome(outcome, document->header, document->bytes->Bytes().size(), settings);
     return outcome;
 }
 
@@ -184,31 +147,7 @@ void DrawPass(vx_document *document, const Box &box, Device *device, const Writt
 
 Box ShownBox(const vx_document &document)
 {
-    const Box box = document.settings.box.value_or(document.box).Upright();
-    if (box.Width() <= 0 || box.Height() <= 0)
-        throw CallError(VX_WRONG_OPTION, "its bounding box is empty: set box to L,B,R,T in points");
-    return box;
-}
-
-void CheckFailure(const Failure &failure)
-{
-    switch (failure.kind) {
-    case FailureKind::None:
-        return;
-    case FailureKind::OutOfMemory:
-        if (failure.text.empty())
-            throw std::bad_alloc();
-        throw CallError(VX_LIMIT, failure.text);
-    case FailureKind::TooLarge:
-        throw CallError(VX_LIMIT, failure.text);
-    case FailureKind::CannotWrite:
-    case FailureKind::SpoolFailed:
-        throw CallError(VX_CANNOT_WRITE, "cannot be kept in a temporary file, " +
-                                             (failure.error != 0 ? SystemText(failure.error) : failure.text) +
-                                             ": name another folder in temp-dir");
-    case FailureKind::BadInput:
-        throw CallError(VX_WRONG_OPTION, failure.text);
-    }
+    return ShownBox(document.settings, document.box);
 }
 
 } // namespace vxhost

@@ -57,7 +57,4 @@ void DrawPass(vx_document *document, const Box &box, Device *device, const Writt
 // Returns the part of the page that the options show, upright. Throws CallError when there is nothing to show.
 Box ShownBox(const vx_document &document);
 
-// Throws CallError for a failure.
-void CheckFailure(const Failure &failure);
-
 } // namespace vxhost

@@ -1,5 +1,5 @@
 // What a worker tells comes back whole, within its bounds, or is refused.
-#include "jobs/Answer.h"
+#include "library/pipe/Answer.h"
 
 #include "host/fonts/ListedFonts.h"
 
@@ -77,7 +77,7 @@ bool IsSame(const Record &one, const Record &two)
 void ExpectSame(const Outcome &one, const Outcome &two)
 {
     const auto &[result, box, headerAccepted, monochrome, bytesRead, bytesTotal, peakHeap, memoryLimitHit,
-                 failure, lackedFont, undrawnTexts, reports, fonts, counts] = one;
+                 failure, lackedFont, undrawnTexts, reports, fonts, counts, end] = one;
     EXPECT_EQ(std::tie(result, headerAccepted, monochrome, bytesRead, bytesTotal, peakHeap, memoryLimitHit,
                        lackedFont, undrawnTexts),
               std::tie(two.result, two.headerAccepted, two.monochrome, two.bytesRead, two.bytesTotal,
@@ -87,6 +87,7 @@ void ExpectSame(const Outcome &one, const Outcome &two)
     EXPECT_TRUE(std::ranges::equal(reports, two.reports, IsSame<Report>));
     EXPECT_TRUE(std::ranges::equal(fonts, two.fonts, IsSame<FontUse>));
     EXPECT_TRUE(IsSame(counts, two.counts));
+    EXPECT_EQ(end, two.end);
 }
 
 void ExpectSame(const Answer &one, const Answer &two)
@@ -131,6 +132,7 @@ Answer MakeAnswer()
     outcome.fonts = {{"Futura", "Jost", "/fonts/jost.otf", FontMatch::Substitute, 11, 12, 13},
                      {"Gill", "", "", FontMatch::Missing, 21, 22, 23}};
     outcome.counts = {31, 32, 33, 34, uint64_t{1} << 50, true, false, true};
+    outcome.end = {false, true, {61, 62, 63, 64, 65, 66, true}};
     answer.omitted = {41, 42, 43, 44, 45};
     answer.confinement = {true, false, 38, 22};
     answer.passes = 51;

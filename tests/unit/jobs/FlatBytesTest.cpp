@@ -1,5 +1,5 @@
 // What is written flat comes back as it was, and nothing else does.
-#include "jobs/FlatBytes.h"
+#include "library/pipe/FlatBytes.h"
 
 #include <gtest/gtest.h>
 

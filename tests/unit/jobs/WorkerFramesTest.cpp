@@ -1,5 +1,5 @@
 // What comes through a worker's pipe, in whatever pieces.
-#include "jobs/WorkerFrames.h"
+#include "library/pipe/WorkerFrames.h"
 
 #include <gtest/gtest.h>
 

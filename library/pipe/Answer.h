@@ -1,9 +1,9 @@
-// The form in which a worker tells what it found out, through its pipe: flat, of fixed fields, each with its bound. The
-// process that reads it trusts none of it.
+// The form in which a worker, and the helper program of libvx, tell what they found out, through a pipe: flat, of fixed
+// fields, each with its bound. The process that reads it trusts none of it.
 #pragma once
 
 #include "host/fonts/FontList.h"
-#include "jobs/Result.h"
+#include "library/Result.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -29,6 +29,10 @@ constexpr size_t kMaxAnswer = size_t{1} << 20;
 
 std::string WriteAnswer(Answer answer);                   // at most kMaxAnswer bytes
 std::optional<Answer> ReadAnswer(std::string_view bytes); // none: they are no answer
+
+// What became of a document, without its outputs.
+std::string WriteResult(Result result); // at most kMaxAnswer bytes
+std::optional<Result> ReadResult(std::string_view bytes);
 
 // What a worker found out about the fonts of the machine.
 struct FontAnswer {

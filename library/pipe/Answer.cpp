@@ -1,7 +1,7 @@
-#include "jobs/Answer.h"
+#include "library/pipe/Answer.h"
 
 #include "host/fonts/ListedFonts.h"
-#include "jobs/FlatBytes.h"
+#include "library/pipe/FlatBytes.h"
 
 #include <utility>
 #include <vector>
@@ -18,7 +18,7 @@ constexpr size_t kMaxPath = 4096; // of the system's
 constexpr size_t kReportsSize = size_t{128} << 10;
 constexpr size_t kNamesSize = size_t{128} << 10; // of each list of names
 constexpr size_t kFontsSize = size_t{448} << 10;
-constexpr size_t kFixedSize = 6 * (kMaxName + sizeof(uint32_t)) + 3 * (kMaxText + sizeof(uint32_t)) + 512;
+constexpr size_t kFixedSize = 6 * (kMaxName + sizeof(uint32_t)) + 4 * (kMaxText + sizeof(uint32_t)) + 512;
 static_assert(kFixedSize + kReportsSize + 3 * kNamesSize + kFontsSize < kMaxAnswer);
 
 template <typename Flat, typename Name>
@@ -121,6 +121,20 @@ void Describe(Flat &flat, Answer &answer)
 }
 
 template <typename Flat>
+void Describe(Flat &flat, Result &result)
+{
+    flat.AddEnum(result.fault.kind, FaultKind::NotConfined);
+    flat.AddText(result.fault.text, kMaxText);
+    flat.Add(result.fault.error);
+    flat.Add(result.fault.isOfFontListing);
+    flat.Add(result.size);
+    flat.Add(result.isRead);
+    Describe(flat, result.header, result.omitted);
+    Describe(flat, result.outcome, result.omitted);
+    Describe(flat, result.confinement);
+}
+
+template <typename Flat>
 void Describe(Flat &flat, FontList::Entry &entry)
 {
     flat.AddText(entry.postScriptName, kMaxName);
@@ -143,21 +157,43 @@ void Describe(Flat &flat, std::vector<FontList::Entry> &entries, uint32_t *omitt
                  [](auto &to, FontList::Entry &entry) { Describe(to, entry); });
 }
 
+template <typename Record>
+std::string Write(Record *record)
+{
+    FlatWriter flat;
+    Describe(flat, *record);
+    return flat.Take();
+}
+
+template <typename Record>
+std::optional<Record> Read(std::string_view bytes)
+{
+    FlatReader flat(bytes);
+    Record record;
+    Describe(flat, record);
+    return flat.IsWhole() ? std::optional(std::move(record)) : std::nullopt;
+}
+
 } // namespace
 
 std::string WriteAnswer(Answer answer)
 {
-    FlatWriter flat;
-    Describe(flat, answer);
-    return flat.Take();
+    return Write(&answer);
 }
 
 std::optional<Answer> ReadAnswer(std::string_view bytes)
 {
-    FlatReader flat(bytes);
-    Answer answer;
-    Describe(flat, answer);
-    return flat.IsWhole() ? std::optional(std::move(answer)) : std::nullopt;
+    return Read<Answer>(bytes);
+}
+
+std::string WriteResult(Result result)
+{
+    return Write(&result);
+}
+
+std::optional<Result> ReadResult(std::string_view bytes)
+{
+    return Read<Result>(bytes);
 }
 
 std::string WriteFonts(const FontList &fonts, Confinement confinement)

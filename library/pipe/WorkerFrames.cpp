@@ -1,4 +1,4 @@
-#include "jobs/WorkerFrames.h"
+#include "library/pipe/WorkerFrames.h"
 
 #include <algorithm>
 #include <cstring>
