@@ -15,14 +15,14 @@
 namespace vxhost
 {
 
-// What a worker found out about a document.
+// Holds what a worker found out about a document.
 struct Answer {
     HeaderFacts header;
     Outcome outcome;
     Omitted omitted;
     Confinement confinement;
-    uint32_t passes = 0;     // over the document, those that were done
-    bool needsFonts = false; // it was begun without the fonts of the machine, and cannot do without
+    uint32_t passes = 0;     // how many were done
+    bool needsFonts = false; // it was begun without the fonts of the machine, and needs them
 };
 
 constexpr size_t kMaxAnswer = size_t{1} << 20;
@@ -30,14 +30,14 @@ constexpr size_t kMaxAnswer = size_t{1} << 20;
 std::string WriteAnswer(Answer answer);                   // at most kMaxAnswer bytes
 std::optional<Answer> ReadAnswer(std::string_view bytes); // none: they are no answer
 
-// What a worker found out about the fonts of the machine.
+// Holds what a worker found out about the fonts of the machine.
 struct FontAnswer {
     std::unique_ptr<FontList> fonts;
     uint32_t omitted = 0;
     Confinement confinement;
 };
 
-constexpr size_t kMaxFontAnswer = size_t{32} << 20; // of more fonts than can be numbered
+constexpr size_t kMaxFontAnswer = size_t{32} << 20; // it holds more fonts than can be numbered
 
 std::string WriteFonts(const FontList &fonts, Confinement confinement);
 std::optional<FontAnswer> ReadFonts(std::string_view bytes);

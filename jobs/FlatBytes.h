@@ -43,7 +43,7 @@ class FlatWriter
         bytes_.append(text, 0, length);
     }
 
-    // Those that fit into so many bytes; omitted becomes the number of the others.
+    // Adds the items that fit into so many bytes; omitted becomes the number of the others.
     template <typename Item, typename DescribeItem>
     void AddList(std::vector<Item> &items, size_t mostBytes, uint32_t *omitted,
                  const DescribeItem &describeItem)

@@ -23,7 +23,7 @@ Confinement ConfineToFonts(const std::vector<std::string> &cacheFolders)
     FileRules rules;
     rules.ReadAll();
     for (const std::string &folder : cacheFolders) {
-        (void)mkdir(folder.c_str(), kMode); // where there can be none, nothing is kept
+        (void)mkdir(folder.c_str(), kMode); // where it cannot be made, nothing is kept
         rules.WriteIn(folder);
     }
     return EnterSandbox(rules, SystemCalls::OfListingFonts);
@@ -57,7 +57,7 @@ void MachineFonts::Start()
         fault_ = {FaultKind::NoWorker, "", error, true};
 }
 
-// In the worker.
+// Runs in the worker.
 std::string MachineFonts::ListFonts() const
 {
     Confinement confinement;

@@ -12,18 +12,18 @@
 namespace vxhost
 {
 
-// What stays in reach of files, as the kernel knows it: made once, for any number of processes that are forked later. What is
-// not there when it is named is left out.
+// Says, in the kernel's form, which files stay in reach. It is made once, for any number of processes that are forked later. A
+// file that is not there when it is named is left out.
 class FileRules
 {
   public:
-    FileRules();                        // nothing does
-    void Read(const std::string &file); // that which links lead to now
+    FileRules();                        // no file does
+    void Read(const std::string &file); // the file may be read to which links lead now
     void ReadAll();
     void WriteIn(const std::string &folder); // files in it can be made, changed and removed
 
-    int Get() const { return rules_.Get(); } // a descriptor; -1: the kernel has none
-    int Error() const { return error_; }     // why
+    int Get() const { return rules_.Get(); } // a descriptor; -1: the kernel has no such rules
+    int Error() const { return error_; }     // the errno that says why
 
   private:
     void Allow(const std::string &path, uint64_t access);
@@ -34,11 +34,11 @@ class FileRules
 };
 
 enum class SystemCalls {
-    OfReading,     // memory, clocks, open files, files that may be read
-    OfListingFonts // and folders, and files of a cache
+    OfReading,     // those for memory, clocks, open files and files that may be read
+    OfListingFonts // those for folders and the files of a cache too
 };
 
-// What the kernel lacks or refuses is told; the rest is in force nevertheless.
+// Returns what confines the process. What the kernel lacks or refuses is left out, and the rest is in force.
 Confinement EnterSandbox(const FileRules &rules, SystemCalls calls);
 
 } // namespace vxhost

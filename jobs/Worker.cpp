@@ -35,7 +35,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-// Where the handler of a failed allocation, which takes no argument, finds the pipe.
+// The handler of a failed allocation, which takes no argument, finds the pipe here.
 int g_workerPipe = -1;
 
 [[noreturn]] void EndOutOfMemory()
@@ -77,7 +77,7 @@ bool HasTakenAllTime(const rusage &usage)
     return LimitOf(RLIMIT_CPU) <= seconds + 1;
 }
 
-// Those of this process; the one that lists them may be among them.
+// Returns the open descriptors of this process; the one by which they are listed may be among them.
 std::vector<int> OpenDescriptors()
 {
     std::vector<int> open;
@@ -99,7 +99,7 @@ void CloseRange(unsigned first, unsigned last)
     }
 }
 
-// Where a sanitizer tells what it found.
+// A sanitizer tells there what it found.
 constexpr bool kKeepsStandardError = !MemoryLimitWorks();
 
 // Leaves the process nothing but what its work needs: not what this program opened for other work, nor what it was itself
@@ -233,7 +233,7 @@ bool Worker::WaitForAny(std::span<Worker *const> workers, int also)
             Worker &worker = *workers[i];
             if (count > 0 && ready[i + 1].revents != 0)
                 worker.Listen();
-            // Also of one that never stops talking.
+            // This ends also a worker that never stops talking.
             if (!worker.HasEnded() && worker.deadline_ && *worker.deadline_ <= Clock::now())
                 worker.Conclude({FaultKind::OutOfTime});
         }
