@@ -21,15 +21,15 @@
  * Errors      Calls that can fail return a vx_status and fill the vx_error that they are given, which may be null. The
  *             text is one line: what is wrong with which value, and what to do. Null for an argument that may not be
  *             null, a record of the wrong size and text that is not UTF-8 are VX_WRONG_ARGUMENT, and change nothing.
- * Texts       All texts are UTF-8 and end with NUL. Those that calls return belong to the object that they are asked
- *             of, and stay valid as the call says.
- * Records     Those that a program fills begin with their size: set it to sizeof the record, and the rest to zero.
+ * Texts       All texts are UTF-8 and end with NUL. A text that a call returns belongs to the object that was asked for
+ *             it, and stays valid as long as the call says.
+ * Records     A record that a program fills begins with its size: set that to sizeof the record, and the rest to zero.
  * Units       Lengths are points of 1/72 inch, x to the right and y up, as drawings have them; pixels count from the top.
  * Threads     Any number of threads may use one library at a time. A document is for one thread at
  *             a time: a call that meets another on the same document returns VX_BUSY and does nothing.
- * Callbacks   They are called on the thread of the call that they were given to. One that returns other than 0 ends that
- *             call, which then returns VX_STOPPED. Calls with the document at work are VX_BUSY there too. They may not free
- *             it, nor leave by longjmp or an exception.
+ * Callbacks   A callback runs on the thread of the call that it was given to. When it returns other than 0, that call ends
+ *             and returns VX_STOPPED. In it, too, calls with the document at work return VX_BUSY. It may not free the
+ *             document, nor leave by longjmp or an exception.
  * Limits      "max-time" is looked at when the document goes on to its next line and when a shape is painted, so that one
  *             enormous shape may take longer. "max-memory" counts the paths, the saved states and the inks of a picture,
  *             and what the interpreter holds, each against the limit; what the libraries for fonts, colours and compression
@@ -68,10 +68,10 @@ typedef enum vx_status {
     VX_FONT_MISSING = 6,   /* given up for want of a font, as "missing-fonts" asked */
     VX_LIMIT = 7,          /* "max-time", "max-memory" or "max-output", or a picture is too large */
     VX_OUT_OF_MEMORY = 8,  /* the system has no more */
-    VX_CANNOT_WRITE = 9,   /* a temporary file */
+    VX_CANNOT_WRITE = 9,   /* a temporary file cannot be written */
     VX_STOPPED = 10,       /* a callback returned other than 0 */
     VX_BUSY = 11,          /* another call is at work with this document */
-    VX_FAILED = 12,        /* what should not happen: report it, with the text */
+    VX_FAILED = 12,        /* this should not happen: report it, with the text */
     VX_NOT_ISOLATED = 13 /* vx_render_isolated: no helper program here, or a kernel that cannot confine it */
 } vx_status;
 
@@ -95,11 +95,15 @@ vx_status vx_library_create(uint32_t interface, vx_library **library, vx_error *
 void vx_library_free(vx_library *library); /* null is allowed */
 
 /*
- * Sets an option of a library by name and text; vx_library_option_at lists them. "font-dir": a folder of fonts, with all
- * below it; each call adds one. "system-fonts": "yes" (as it is without a call) or "no". These two come before the fonts
- * are counted or mapped and before the first document is opened; later they are VX_WRONG_ARGUMENT. "font-map": a text file
- * of lines "ASKED = FONT", each a call of vx_library_map_font; what follows "#" is a comment. "temp-dir": the folder in
- * which a PDF is put together ("/tmp"). These two hold for documents that are opened afterwards.
+ * Sets an option of a library by name and text; vx_library_option_at lists them.
+ *
+ *   "font-dir":      a folder of fonts, with all below it; each call adds one
+ *   "system-fonts":  "yes" (as it is without a call) or "no"
+ *   "font-map":      a text file of lines "ASKED = FONT", each a call of vx_library_map_font; what follows "#" is a comment
+ *   "temp-dir":      the folder in which a PDF is put together ("/tmp")
+ *
+ * The first two have to be set before the fonts are counted or mapped and before the first document is opened; later they
+ * are VX_WRONG_ARGUMENT. The last two hold for documents that are opened afterwards.
  */
 vx_status vx_library_set(vx_library *library, const char *name, const char *value, vx_error *error);
 
@@ -110,11 +114,11 @@ vx_status vx_library_set(vx_library *library, const char *name, const char *valu
 vx_status vx_library_add_font(vx_library *library, const void *bytes, size_t size, vx_error *error);
 
 /*
- * Lets a font serve a name in all documents that are opened afterwards, whatever else would: a row of a font map, at most
- * 10000 of them. Lists the fonts, so that further ones come too late.
+ * Lets a font serve a name in all documents that are opened afterwards, whatever else would serve it. There can be 10000 such
+ * names. The call lists the fonts, so that none can be added afterwards.
  *
  *   asked   the name, as documents ask for it
- *   served  the PostScript name of a font that there is, else VX_WRONG_OPTION; null: the row of that name goes
+ *   served  the PostScript name of a font that there is, else VX_WRONG_OPTION; null: what was said of that name holds no more
  */
 vx_status vx_library_map_font(vx_library *library, const char *asked, const char *served, vx_error *error);
 
@@ -122,22 +126,21 @@ vx_status vx_library_map_font(vx_library *library, const char *asked, const char
  * Adds a press profile from memory: in documents that are opened afterwards the option "profile" means it by that name, and
  * no file. Another of the same name takes its place.
  *
- *   name   of 1 to 255 bytes, and none that is built in
+ *   name   1 to 255 bytes; the names of profiles that are built in are taken
  *   bytes  an ICC profile of a CMYK press, at most 32 MiB, else VX_WRONG_ARGUMENT; they are copied
  */
 vx_status vx_library_add_profile(vx_library *library, const char *name, const void *bytes, size_t size,
                                  vx_error *error);
 
-/* The fonts that there are, in the order in which they are searched. Valid as long as the library. */
+/* The fonts that there are, in the order in which they are searched. Texts are valid as long as the library. */
 typedef struct vx_font_entry {
     size_t size;            /* sizeof(vx_font_entry), set by the caller */
     const char *postscript; /* the name by which documents ask */
     const char *family;
     const char *served_by; /* PostScript name of the font that stands in for it; empty: it is there itself */
-    const char
-        *file;    /* as the system has it; empty: it came from memory, or there is none and boxes are drawn */
-    int32_t face; /* in the file, from 0 */
-    int32_t variation; /* its named variation, from 1; 0: none */
+    const char *file;      /* as the system has it; empty: it came from memory, or boxes are drawn */
+    int32_t face;          /* its number in the file, from 0 */
+    int32_t variation;     /* its named variation, from 1; 0: none */
 } vx_font_entry;
 vx_status vx_library_font_count(vx_library *library, size_t *count, vx_error *error);
 vx_status vx_library_font_at(vx_library *library, size_t index, vx_font_entry *entry, vx_error *error);
@@ -157,11 +160,11 @@ typedef struct vx_option {
     size_t size;          /* sizeof(vx_option), set by the caller */
     const char *name;     /* "dpi" */
     const char *value;    /* what stands for its value in help: "N", "COLOR" */
-    const char *choices;  /* "relative,perceptual"; empty: not one of a few */
+    const char *choices;  /* all values that there are, as "relative,perceptual"; empty: they are not a few */
     const char *standard; /* the value that it has when nobody sets it; empty: it depends, see help */
-    const char *formats;  /* "svg,png": those for which it means something; empty: for reading any document */
+    const char *formats;  /* those that it is for, as "svg,png"; empty: it is about reading any document */
     const char *help;     /* one line */
-    double least, most;   /* of a number; both 0: nothing is said */
+    double least, most;   /* the range of a number; both 0: nothing is said */
 } vx_option;
 size_t vx_option_count(void);
 vx_status vx_option_at(size_t index, vx_option *option, vx_error *error);
@@ -175,9 +178,10 @@ vx_status vx_library_option_at(size_t index, vx_option *option, vx_error *error)
 enum { VX_COPY = 0, VX_BORROW = 1 };
 
 /*
- * Opens a document. What it is, is found out here: VX_NOT_A_DRAWING leaves no document behind.
+ * Opens a document and reads its header. Where that fails, as with VX_NOT_A_DRAWING, there is no document to free.
  *
- *   path      of a regular file (VX_CANNOT_READ where there are no files), which must not change while the document is open: one that is cut may end the process
+ *   path      the name of a regular file, which must not change while the document is open: one that is cut may end the
+ *             process. A library that is built for a machine without files returns VX_CANNOT_READ.
  *   bytes     the whole document, at most 2^31 - 1 bytes
  *   how       VX_COPY: the bytes may go when the call returns. VX_BORROW: they stay as they are until vx_document_free.
  *   document  receives it; free it with vx_document_free
@@ -194,7 +198,7 @@ void vx_document_free(vx_document *document); /* null is allowed */
  */
 vx_status vx_document_set(vx_document *document, const char *name, const char *value, vx_error *error);
 
-/* Facts that the header states. Texts are valid until vx_document_free, and empty where it says nothing. */
+/* What the header states. Texts are valid until vx_document_free, and empty where the header says nothing. */
 typedef struct vx_facts {
     size_t size;                     /* sizeof(vx_facts), set by the caller */
     int32_t version;                 /* 2 to 5 */
@@ -206,11 +210,11 @@ vx_status vx_document_facts(vx_document *document, vx_facts *facts, vx_error *er
 
 /*
  * All that is known of the document as one JSON object, as `vx info --json` prints it but for "file" and "confinedBy": the
- * document is read to its end, and nothing drawn. The text is valid until the next call of this.
+ * document is read to its end, and nothing is drawn. The text is valid until the next such call.
  */
 vx_status vx_document_json(vx_document *document, const char **json, vx_error *error);
 
-/* Is called while a document is read. done and total are bytes. Null for procedure: nobody is told. */
+/* The procedure is called while a document is read; done and total are bytes. With null nobody is told. */
 typedef int (*vx_progress)(void *context, int64_t done, int64_t total);
 vx_status vx_document_set_progress(vx_document *document, vx_progress procedure, void *context,
                                    vx_error *error);
@@ -241,13 +245,13 @@ vx_status vx_document_pixels(vx_document *document, const vx_pixels *pixels, vx_
 vx_status vx_document_size(vx_document *document, int32_t *width, int32_t *height, vx_error *error);
 
 /*
- * The last call that read the document had this to tell beside its error: each a line for a person. It is valid until the
- * next such call.
+ * Warnings are what the last call that read the document had to tell beside its error, each a line for a person. They are
+ * valid until the next such call.
  */
 size_t vx_document_warning_count(vx_document *document);                 /* null, or at work: 0 */
 const char *vx_document_warning_at(vx_document *document, size_t index); /* null: no such warning */
 
-/* Which fonts it used, in the order of their first texts, and what served them. Valid as warnings are. */
+/* The fonts that it used, in the order of their first texts, and what served them. They are valid as long as warnings. */
 typedef enum vx_match {
     VX_FONT_BOXES = 0,     /* nothing serves it */
     VX_FONT_EXACT = 1,     /* the font of that name */
@@ -343,8 +347,8 @@ typedef struct vx_colour {
 
 typedef struct vx_paint {
     vx_colour colour;
-    int32_t
-        overprint; /* 1: an ink of 0 leaves what is there, and gray touches black alone. 0: all inks are replaced */
+    /* 1: an ink of 0 leaves what is there, and gray touches black alone. 0: all inks are replaced. */
+    int32_t overprint;
 } vx_paint;
 
 enum { VX_CAP_BUTT = 0, VX_CAP_ROUND = 1, VX_CAP_SQUARE = 2 };
@@ -353,12 +357,12 @@ typedef struct vx_stroke {
     double width; /* 0: the thinnest line that can be seen */
     int32_t cap, join;
     double miter_limit, dash_phase;
-    const double *dashes; /* on and off in turn; never negative, never all 0 */
+    const double *dashes; /* lengths of dashes and gaps in turn; never negative, never all 0 */
     size_t dash_count;    /* 0: solid */
     vx_matrix matrix;     /* from the space that the lengths are in to the page */
 } vx_stroke;
 
-/* Colours that follow each other at equal distances, the first at from and the last at to; one alone fills it. */
+/* Colours follow each other at equal distances, the first at from and the last at to; one alone fills the span. */
 typedef struct vx_span {
     double from, to;
     const vx_colour *colours;
@@ -378,25 +382,25 @@ typedef struct vx_shading {
     const vx_span *spans; /* adjoining, from 0 to 1 */
     size_t span_count;
     int32_t overprint;
-    vx_path
-        ground; /* not empty: all of this path is painted too, beyond the first circle in the first colour */
+    /* Where it is not empty, all of this path is painted too, beyond the first circle in the first colour. */
+    vx_path ground;
 } vx_shading;
 
 /*
- * A font that text is set in. Valid until the drawing ends; the same pointer for the same font.
+ * A font that text is set in. It is valid until the drawing ends, and the same font has the same pointer.
  */
 typedef struct vx_font {
     const char *asked;  /* as the document names it */
     const char *served; /* PostScript name of the font in the bytes */
     const void *bytes;  /* of a font file */
     size_t size;
-    int32_t face;                          /* in it, from 0 */
+    int32_t face;                          /* its number in the file, from 0 */
     int32_t variation;                     /* its named variation, from 1; 0: none */
     const struct vx_font_source *outlines; /* the library's own */
 } vx_font;
 
 typedef struct vx_glyph {
-    uint32_t glyph;     /* of the font; 0 is the one that says "missing" */
+    uint32_t glyph;     /* its number in the font; 0 is the glyph for what is missing */
     uint32_t character; /* Unicode */
     double advance;     /* ems, along the line or down the column, spacing not counted */
     vx_point origin;    /* left end of its baseline, on the page */
@@ -411,7 +415,7 @@ typedef struct vx_run {
     size_t glyph_count;
 } vx_run;
 
-/* Filled, then stroked, then made part of the clip, as far as each is 1. */
+/* Text is filled, then stroked, then made part of the clip, as far as each is 1. */
 typedef struct vx_text_paint {
     int32_t fills, strokes, clips;
     vx_paint paint;
@@ -419,8 +423,8 @@ typedef struct vx_text_paint {
 } vx_text_paint;
 
 /*
- * A program's own procedures. All that they are given is valid during the call only, but for fonts. Inside is by the
- * non-zero winding rule. A procedure that is null is not called; without shade a program gets shadings as flat shapes,
+ * A program's own procedures. All that they are given is valid during the call only, but for fonts. The non-zero winding
+ * rule says what is inside a path. A procedure that is null is not called; without shade a program gets shadings as flat shapes,
  * without text it gets text as paths. The clip is the only state: save and restore bracket its changes and are balanced
  * when end comes, which it also does for a document that turned out to be damaged. Later versions append procedures: a
  * size that ends before some of them stands for null in these.
@@ -441,8 +445,8 @@ typedef struct vx_device {
 vx_status vx_document_draw(vx_document *document, const vx_device *device, vx_error *error);
 
 /*
- * The outline of a glyph in ems, y up, from the left end of its baseline; empty for a blank. For a text procedure, as long as
- * it has not returned. The path is valid until the next call of this with that font.
+ * Gives the outline of a glyph in ems, y up, from the left end of its baseline; that of a blank is empty. A text procedure may
+ * call it, as long as it has not returned. The path is valid until the next such call with that font.
  */
 vx_status vx_font_outline(const vx_font *font, uint32_t glyph, vx_path *outline, vx_error *error);
 

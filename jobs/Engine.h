@@ -1,4 +1,4 @@
-// All that the documents of a run are read with: the plug-in, the fonts, what a worker may take and what it may reach.
+// Holds all that the documents of a run are read with: the plug-in, the fonts, what a worker may take and what it may reach.
 #pragma once
 
 #include "host/reading/Reading.h"
@@ -21,7 +21,7 @@ namespace vxhost
 struct EngineOptions {
     std::unique_ptr<Plugin> plugin;
     FontSources fonts;
-    std::map<std::string, std::string> served; // of ReadingOptions, as the next two
+    std::map<std::string, std::string> served; // as in ReadingOptions, like the next two
     bool substitute = true;
     std::optional<Script> script;
     WorkerLimits limits;
@@ -40,14 +40,15 @@ class Engine
     const EngineOptions &Options() const { return options_; }
     MachineFonts &Fonts() { return fonts_; }
 
-    // Waits until the fonts are listed. Null: there can be no list, fonts say why.
+    // Waits until the fonts are listed. Returns null when they cannot be: Fonts().WhyNone() says why.
     const FontList *WaitForFonts();
 
     // What a worker that starts now reads with: the fonts of the machine if they are listed, else boxes for all of them.
     bool HasFonts() const { return fonts_.List() != nullptr; }
     const Installation &Installed();
     ReadingOptions OptionsOfReading() const;
-    // Allow the files of those fonts, and these; also those of all calls before, which were of the user's choice too.
+    // Returns rules that allow these files, those of the fonts that are listed, and those of all calls before, which the user
+    // chose too.
     FileRules &RulesWith(const std::vector<std::string> &files);
 
   private:

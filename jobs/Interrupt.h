@@ -1,7 +1,7 @@
-// Ctrl-C, a hang-up or a request to end: what is half written is removed, and the program ends.
+// Ends the program at Ctrl-C, a hang-up or a request to end, and removes what is half written.
 //
-// The handler does it all at once, wherever the program is, so that nothing else has to ask whether it was
-// interrupted. Worker processes end with their parent.
+// The signal's handler does it, wherever the program is, so that nothing else has to ask whether it was interrupted. Worker
+// processes end with their parent.
 #pragma once
 
 #include <string>
@@ -9,8 +9,8 @@
 namespace vxhost
 {
 
-void CatchInterrupts(int exitStatus); // of the program that is interrupted
-void ForgetInterrupts();              // in a worker: a signal ends it, the parent tidies up
+void CatchInterrupts(int exitStatus); // the program ends with it when it is interrupted
+void ForgetInterrupts();              // for a worker: a signal ends it, and the parent tidies up
 
 // Files to remove when interrupted. Neither is interrupted itself.
 void RemoveWhenInterrupted(const std::string &path);

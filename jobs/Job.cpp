@@ -64,7 +64,7 @@ void Job::Open()
                         error});
     result_.size = document_->Bytes().size();
     limits_ = limits_.For(result_.size);
-    if (limits_.seconds > 0) // of which reading took some; 0 would be no limit
+    if (limits_.seconds > 0) // reading took some; 0 would be no limit
         limits_.seconds = std::max(limits_.seconds - document_->SecondsRead(), kLeastSeconds);
 }
 
@@ -87,7 +87,7 @@ void Job::StartWorker()
         EndWith({FaultKind::NoWorker, "", error});
 }
 
-// In the worker.
+// Runs in the worker.
 std::string Job::Work(WorkerLink &link) const
 {
     Answer answer;

@@ -1,4 +1,4 @@
-// One document on its way through a worker process to a Result.
+// Takes one document through a worker process to a Result.
 //
 // Whoever waits for a job waits for the worker that it names, its own or the one that lists fonts, and then lets it go on.
 #pragma once
@@ -18,7 +18,7 @@
 namespace vxhost
 {
 
-// One way through the document, in the worker.
+// Goes through the document once, in the worker.
 using Pass = std::function<Outcome(Reading &)>;
 
 // Reads the document to its end and draws nothing.
@@ -31,10 +31,10 @@ struct JobTask {
     std::string input; // a path; "-" is standard input
     FileKinds kinds = FileKinds::All;
     std::vector<std::string> readable; // files that it may open, beside those of fonts
-    bool needsFonts = false;           // also where nothing shows it before the document is read
+    bool needsFonts = false;           // read it with fonts from the start
 
-    // Both run in the worker: the first before it is confined, to open what passes need and what no rule of files gives
-    // them; the second afterwards. Either may refuse. A null one has nothing to do.
+    // Both run in the worker: the first before it is confined, to open what passes need and the rules of files do not give
+    // them; the second afterwards. Either may refuse. Where the first is null, nothing has to be opened.
     std::function<Failure()> open;
     // Passes are done one after the other, up to the first that fails.
     std::function<std::vector<Pass>(Failure *)> makePasses;
@@ -50,7 +50,7 @@ class Job
     Job(const Job &) = delete;
     Job &operator=(const Job &) = delete;
 
-    // Of one that has not ended. The worker may use these descriptors.
+    // Starts a job that has not ended. The worker may use these descriptors.
     void Start(std::vector<int> descriptors = {});
 
     bool HasEnded() const { return state_ == State::Ended; }
@@ -59,7 +59,7 @@ class Job
     void GoOn();
     void Wait(); // until it has ended
 
-    // Of one that has ended: what became of the document, and how many passes were done.
+    // Once it has ended: what became of the document, and how many passes were done.
     const Result &Found() const { return result_; }
     size_t PassesDone() const { return passesDone_; }
 
@@ -81,7 +81,7 @@ class Job
     State state_ = State::Opened;
     std::unique_ptr<Document> document_;
     WorkerLimits limits_;
-    bool hasFonts_ = false; // the worker at work
+    bool hasFonts_ = false; // the worker at work has the fonts of the machine
     std::unique_ptr<Worker> worker_;
     Result result_;
     size_t passesDone_ = 0;

@@ -76,7 +76,7 @@ void MachineFonts::Start()
         fault_ = {FaultKind::NoWorker, "", error, true};
 }
 
-// In the worker.
+// Runs in the worker.
 std::string MachineFonts::ListFonts() const
 {
     Confinement confinement;

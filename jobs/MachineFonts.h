@@ -1,5 +1,5 @@
-// The fonts of the machine: listed in a confined process, which looks into files of any origin, when a document first needs
-// them; then kept for the run.
+// Lists the fonts of the machine when a document first needs them, in a confined process, which looks into files of any origin;
+// and keeps the list for the run.
 #pragma once
 
 #include "host/fonts/FontconfigFonts.h"
@@ -25,15 +25,15 @@ class MachineFonts
 
     const std::shared_ptr<const FontList> &List() const
     {
-        return list_;
-    } // null: there is none yet, or can be none
+        return list_; // null: there is none yet, or can be none
+    }
     const Fault &WhyNone() const { return fault_; }
     const Confinement &Confined() const { return confinement_; }
-    uint32_t Omitted() const { return omitted_; } // fonts that were too many to list
+    uint32_t Omitted() const { return omitted_; } // how many fonts were too many to list
 
-    // The process at work, which this starts if need be; null: there is nothing to wait for.
+    // Returns the process at work, and starts it if need be; null: there is nothing to wait for.
     Worker *Listing();
-    // To be called when it has ended; any number of times.
+    // Takes the list of a process that has ended. It may be called any number of times.
     void TakeList();
 
   private:
@@ -46,7 +46,7 @@ class MachineFonts
     std::unique_ptr<Worker> worker_;
     std::shared_ptr<const FontList> list_;
     uint32_t omitted_ = 0;
-    Confinement confinement_; // of the process
+    Confinement confinement_; // what confined the process
     Fault fault_;
 };
 

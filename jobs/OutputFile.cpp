@@ -40,13 +40,13 @@ fs::path FolderOf(const std::string &path)
     return folder.empty() ? "." : folder;
 }
 
-// How a file without a name can be given one.
+// Returns the path by which a file without a name can be given one.
 std::string DescriptorPath(int descriptor)
 {
     return fmt::format("/proc/self/fd/{}", descriptor);
 }
 
-// -1 also where a file that has no name cannot be given one later.
+// Opens a file without a name. Returns -1 also where it could not be given one later.
 int OpenNameable(const fs::path &folder)
 {
     const int descriptor = OpenUnnamed(folder, kOutputMode);
@@ -136,14 +136,14 @@ Fault OutputFile::CreateBeside()
     return {};
 }
 
-// makeName gives the file the name that it is called with; false with errno set when it cannot.
+// makeName gives the file the name that it is called with, or returns false with errno set.
 template <typename MakeName>
 bool OutputFile::TakeTemporaryName(const MakeName &makeName)
 {
     for (int attempt = 0; attempt < kMaxAttempts; ++attempt) {
         const std::string name = (FolderOf(path_) / PartName(getpid(), attempt)).string();
-        // The handler knows the name before the file has it: there is no moment in which it would stay behind. One
-        // that another output of ours has is known already.
+        // The handler of interrupts knows the name before the file has it, so that there is no moment in which an interrupt
+        // would leave it behind. It knows the names of our other outputs already.
         if (access(name.c_str(), F_OK) == 0)
             continue;
         RemoveWhenInterrupted(name);

@@ -1,9 +1,8 @@
-// One result on its way to its place: it appears there whole, or not at all.
+// Brings one result to its place, where it appears whole, or not at all.
 //
-// For a file it is written without a name in the same folder, or where the file system cannot do that under a
-// temporary one, and takes its name at the end. For standard output, a device or a pipe it is kept in an unnamed
-// file and copied at the end. A document that fails half way leaves no trace; nor does an end by force, but for the
-// temporary name.
+// A file is written without a name in the folder of its place, or under a temporary name where the file system has no files
+// without one, and takes its own name at the end. A result for standard output, a device or a pipe is kept in an unnamed
+// file and copied at the end. A document that fails half way leaves no trace, and an end by force none but the temporary name.
 #pragma once
 
 #include "host/FileReading.h"
@@ -16,13 +15,13 @@
 namespace vxhost
 {
 
-// Writes all; false with errno set when it cannot.
+// Writes all. Returns false with errno set when it cannot.
 bool WriteAll(int descriptor, std::string_view bytes);
 
 class OutputFile
 {
   public:
-    // "-" is standard output. kinds is what may be there already. Null on failure, with why.
+    // "-" is standard output. kinds is what may be there already. Returns null with the fault when it fails.
     static std::unique_ptr<OutputFile> Create(const std::string &path, FileKinds kinds, Fault *fault);
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;

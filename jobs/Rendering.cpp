@@ -16,7 +16,7 @@ namespace vxhost
 namespace
 {
 
-// Why there can be no output of that page.
+// Says why there can be no output of that page.
 Failure CheckPage(const Settings &settings, const Format &format, const Page &page)
 {
     if (page.box.Width() <= 0 || page.box.Height() <= 0)
@@ -25,7 +25,7 @@ Failure CheckPage(const Settings &settings, const Format &format, const Page &pa
     return format.checkPage(settings, page);
 }
 
-// In the worker: the way of an output's bytes.
+// Makes, in the worker, what an output's bytes go to.
 ByteSink SinkFor(int descriptor)
 {
     return [descriptor](std::span<const std::byte> bytes) -> Failure {
@@ -45,7 +45,7 @@ Outcome Draw(const Settings &settings, const Format &format, Device *device, Rea
     return outcome.failure ? outcome : reading.Draw(page, *device);
 }
 
-// The files that the settings name.
+// Returns the files that the settings name.
 std::vector<std::string> FilesOf(const Settings &settings)
 {
     std::vector<std::string> files;
@@ -56,7 +56,7 @@ std::vector<std::string> FilesOf(const Settings &settings)
     return files;
 }
 
-// The number of formats up to the first that fails.
+// Tries the formats up to the first that fails. Returns how many it tried.
 size_t TryEach(std::span<const Format *const> formats, const Settings &settings, Failure *failure)
 {
     size_t tried = 0;
@@ -109,7 +109,7 @@ Fault Rendering::OpenOutputs()
     return {};
 }
 
-// In the worker. What a device keeps in a file of its own has to be open before no file can be made any more.
+// Runs in the worker, before it is confined: afterwards no file can be made for what a device keeps in one.
 Failure Rendering::OpenSpools()
 {
     for (const RenderTask::Output &output : task_.outputs) {
@@ -121,7 +121,7 @@ Failure Rendering::OpenSpools()
     return {};
 }
 
-// In the worker.
+// Runs in the worker.
 std::vector<Pass> Rendering::MakePasses(Failure *failure) const
 {
     std::vector<Pass> passes;

@@ -1,4 +1,4 @@
-// One document on its way to its outputs: each appears whole, or not at all.
+// Takes one document to its outputs: each appears whole, or not at all.
 #pragma once
 
 #include "jobs/Job.h"
@@ -19,9 +19,9 @@ struct RenderTask {
         std::string path; // "-" is standard output
     };
     std::string input;
-    std::vector<Output> outputs; // of different places; at least one
+    std::vector<Output> outputs; // at least one, each in another place
     Settings settings;
-    FileKinds kinds = FileKinds::All; // of the input and the outputs
+    FileKinds kinds = FileKinds::All; // what the input and the outputs may be
 };
 
 class Rendering
@@ -32,13 +32,13 @@ class Rendering
     Rendering(const Rendering &) = delete;
     Rendering &operator=(const Rendering &) = delete;
 
-    // As those of Job.
+    // These do what they do in Job.
     bool HasEnded() const { return job_ == nullptr || job_->HasEnded(); }
     Worker *AwaitedWorker() { return job_ == nullptr ? nullptr : job_->AwaitedWorker(); }
     void GoOn();
     void Wait();
 
-    // Of one that has ended: puts the outputs into their place.
+    // Once it has ended: puts the outputs into their place.
     Result Finish();
 
     const RenderTask &Task() const { return task_; }
@@ -49,21 +49,21 @@ class Rendering
     std::vector<Pass> MakePasses(Failure *failure) const;
 
     RenderTask task_;
-    std::vector<std::unique_ptr<OutputFile>> files_; // beside the task's outputs
-    std::vector<int> spools_;                        // in the worker, beside the outputs; -1: it needs none
+    std::vector<std::unique_ptr<OutputFile>> files_; // one for each of the task's outputs
+    std::vector<int> spools_;                        // in the worker, one for each output; -1: it needs none
     std::unique_ptr<Job> job_;                       // null: an output cannot be opened
     Result result_;
 };
 
-// At a time, with the descriptors that this process may have.
+// Returns how many there can be at a time, with the descriptors that this process may have.
 size_t MostRenderings();
 
 // Makes each device once without an output, so that what is wrong with the settings is told before the first document is
 // touched: in a confined worker if they name a file.
 struct Trial {
-    Fault fault;     // of the worker
-    Failure failure; // why there is no device of
-    const Format *format = nullptr;
+    Fault fault;                    // what became of the worker
+    Failure failure;                // why there is no device
+    const Format *format = nullptr; // that of the device which cannot be made
     Confinement confinement;
 };
 Trial TryDevices(std::span<const Format *const> formats, const Settings &settings, Engine *engine);

@@ -13,8 +13,8 @@
 namespace vxhost
 {
 
-// What stays in reach of files, as the kernel knows it: made once, for any number of processes that are forked later. What is
-// not there when it is named is left out.
+// Says, in the kernel's form, which files stay in reach. It is made once, for any number of processes that are forked later. A
+// file that is not there when it is named is left out.
 class FileRules
 {
   public:
@@ -24,8 +24,8 @@ class FileRules
     void ReadAll();
     void WriteIn(const std::string &folder); // files in it can be made, changed and removed
 
-    int Get() const { return rules_.Get(); } // a descriptor; -1: the kernel has none
-    int Error() const { return error_; }     // why
+    int Get() const { return rules_.Get(); } // a descriptor; -1: the kernel has no such rules
+    int Error() const { return error_; }     // the errno that says why
 
   private:
     void Allow(const std::string &path, uint64_t access, mode_t kind);
@@ -36,11 +36,11 @@ class FileRules
 };
 
 enum class SystemCalls {
-    OfReading,     // memory, clocks, open files, files that may be read
-    OfListingFonts // and folders, and files of a cache
+    OfReading,     // those for memory, clocks, open files and files that may be read
+    OfListingFonts // those for folders and the files of a cache too
 };
 
-// What the kernel lacks or refuses is told; the rest is in force nevertheless.
+// Returns what confines the process. What the kernel lacks or refuses is left out, and the rest is in force.
 Confinement EnterSandbox(const FileRules &rules, SystemCalls calls);
 
 } // namespace vxhost

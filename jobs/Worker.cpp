@@ -35,7 +35,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-// Where the handler of a failed allocation, which takes no argument, finds the pipe.
+// The handler of a failed allocation, which takes no argument, finds the pipe here.
 int g_workerPipe = -1;
 
 [[noreturn]] void EndOutOfMemory()
@@ -113,7 +113,7 @@ void CloseRange(unsigned first, unsigned last)
     }
 }
 
-// Where a sanitizer tells what it found.
+// A sanitizer tells there what it found.
 constexpr bool kKeepsStandardError = !MemoryLimitWorks();
 
 // Leaves the process nothing but what its work needs: not what this program opened for other work, nor what it was itself

@@ -1,5 +1,5 @@
-// One piece of work in a process of its own, so that a crash, an endless loop or a hunger for memory costs
-// that piece alone.
+// Does one piece of work in a process of its own, so that a crash, an endless loop or a hunger for memory costs that piece
+// alone.
 //
 // The work answers with bytes through a pipe. What comes through it is judged, never trusted. One thread looks after
 // any number of workers.
@@ -30,13 +30,13 @@ struct WorkerLimits {
     int64_t memory = int64_t{1} << 30; // bytes of data, beside what is only mapped from files; 0: none
     std::optional<int64_t> output; // bytes of a file that it writes; 0: none; not said: by the input's size
 
-    // The same with all said, for an input of that size.
+    // Returns the limits for an input of that size, with all said.
     WorkerLimits For(size_t inputSize) const;
 };
 
 struct WorkerEnd {
-    Fault fault;        // none: it came to its end, with
-    std::string answer; // which nobody has looked at
+    Fault fault;        // none: it came to its end
+    std::string answer; // its bytes, at which nobody has looked
 };
 
 // The worker's side of the pipe.
@@ -53,7 +53,7 @@ class WorkerLink
 
 struct WorkerTask {
     std::function<std::string(WorkerLink &)> run; // in the process; returns the answer
-    std::vector<int> descriptors;                 // that it may use; of all others it has none
+    std::vector<int> descriptors;                 // all that it may use
     size_t mostAnswer = 0;                        // bytes; a longer one is taken for a crash
     std::function<void(int percent)> onProgress;  // null: nobody is told
 };
@@ -73,7 +73,7 @@ class Worker
     static bool WaitForAny(std::span<Worker *const> workers, int also = -1);
 
     bool HasEnded() const { return end_.has_value(); }
-    WorkerEnd TakeEnd() { return std::move(*end_); } // of one that has
+    WorkerEnd TakeEnd() { return std::move(*end_); } // once it has ended
 
   private:
     using Clock = std::chrono::steady_clock;

@@ -200,14 +200,14 @@ static_assert(static_cast<int>(Script::Roman) == 0 && static_cast<int>(Script::J
 constexpr Option kOptions[] = {
     {"dpi", 'r', "N", kPng, "150", "png: pixels an inch (150)", SetDpi, "", 0, kMaxDpi, true},
     {"zoom", 'z', "F", kPng, "", "png: pixels a point", SetZoom, "", 0, kMaxDpi, true},
-    {"width", 0, "N", kPng, "", "png: its width in pixels; alone it keeps the aspect", SetSide<&RasterOptions::width>, "",
-     1, kMaxSide, true},
-    {"height", 0, "N", kPng, "", "png: its height in pixels; alone it keeps the aspect", SetSide<&RasterOptions::height>,
-     "", 1, kMaxSide, true},
+    {"width", 0, "N", kPng, "", "png: its width in pixels; alone it keeps the aspect",
+     SetSide<&RasterOptions::width>, "", 1, kMaxSide, true},
+    {"height", 0, "N", kPng, "", "png: its height in pixels; alone it keeps the aspect",
+     SetSide<&RasterOptions::height>, "", 1, kMaxSide, true},
     {"fit", 0, "N", kPng, "", "png: at most N x N pixels", SetSide<&RasterOptions::fit>, "", 1, kMaxSide,
      true},
-    {"background", 'b', "COLOR", kAll, "", "what is behind the drawing: none, #rrggbb or a name (png white; pdf, svg none)",
-     SetBackground},
+    {"background", 'b', "COLOR", kAll, "",
+     "what is behind the drawing: none, #rrggbb or a name (png white; pdf, svg none)", SetBackground},
     {"box", 0, "BOX", kAll, "bbox", "what to show: bbox, or L,B,R,T in points (bbox)", SetBox},
     {"profile", 0, "FILE", kAll, "fogra39",
      "press profile: fogra39, none (plain arithmetic), or an ICC file; for pdf with --pdf-x (fogra39)",
@@ -222,7 +222,8 @@ constexpr Option kOptions[] = {
      "text,outlines"},
     {"pdf-x", 0, "LEVEL", kPdf, "none", "pdf: the standard to keep to: x1a, x3 or none (none)", SetStandard,
      "x1a,x3,none"},
-    {"date", 0, "S", kPdf, "", "pdf: the date of its creation, in seconds since 1970 (the document's own)", SetDate},
+    {"date", 0, "S", kPdf, "", "pdf: the date of its creation, in seconds since 1970 (the document's own)",
+     SetDate},
 
     {"max-time", 0, "S", 0, "60", "seconds that a document may take; 0 is no limit", SetTime, "", 0,
      kMaxSeconds},
@@ -236,8 +237,8 @@ constexpr Option kOptions[] = {
      "what to do for a font that is not there: substitute another, or fail (substitute)", SetMissingFonts,
      "substitute,fail"},
     {"script", 0, "SCRIPT", 0, "auto",
-     "the script of text whose font does not say it: auto, roman, japanese, chinese or korean (auto)", SetScript,
-     "auto,roman,japanese,chinese,korean"},
+     "the script of text whose font does not say it: auto, roman, japanese, chinese or korean (auto)",
+     SetScript, "auto,roman,japanese,chinese,korean"},
 };
 
 size_t PlaceOf(const Option &option)

@@ -1,4 +1,4 @@
-// What became of one document: kinds and values. Whoever tells a person of it finds the words.
+// Says what became of one document, in kinds and values. Whoever tells a person of it finds the words.
 #pragma once
 
 #include "host/Outcome.h"
@@ -14,7 +14,7 @@ namespace vxhost
 
 enum class FaultKind : uint8_t {
     None,
-    // The document:
+    // What is wrong with the document:
     CannotOpen,   // the text says why
     PipeTooSlow,  // a pipe did not deliver it within the limit of time
     PipeTooLong,  // a pipe delivers more than may be held in memory
@@ -24,28 +24,28 @@ enum class FaultKind : uint8_t {
     LacksFont,    // Outcome::lackedFont
     PluginFailed, // with Outcome::result
     Unfit,        // there can be no such output of it; the text says why
-    // A limit:
+    // Which limit was hit:
     OutOfTime,
     OutOfMemory,
-    OutOfProcessorTime, // of what the caller allows, as a shell's ulimit -t
+    OutOfProcessorTime, // the caller allows no more, as by ulimit -t
     OutputTooLong,
-    FileTooLong,     // for the caller, as a shell's ulimit -f
+    FileTooLong,     // the caller allows no more, as by ulimit -f
     PictureTooLarge, // the text says what to do
-    // An output:
+    // What is wrong with an output:
     OutputIsFolder,
     OutputIsSpecial, // the text says what: "a pipe"
-    NobodyReads,     // the pipe
+    NobodyReads,     // it is a pipe
     NoFolder,
     CannotWrite,
     NoTemporaryFile,
     SpoolFailed, // a temporary file cannot be written or read
-    ReaderLeft,  // as head does: it has what it wanted
-    // The worker:
+    ReaderLeft,  // as head does when it has what it wanted
+    // What became of the worker:
     NoWorker,
     Killed,  // as the system does when memory runs out
     Crashed, // the text says how
     BadAnswer,
-    NotConfined, // and it had to be
+    NotConfined, // though it had to be
 };
 
 struct Fault {
@@ -57,17 +57,17 @@ struct Fault {
     explicit operator bool() const { return kind != FaultKind::None; }
 };
 
-// What kept a worker to its document. An error is the errno for which it could not be had.
+// Says what kept a worker to its document. An error is the errno that came instead.
 struct Confinement {
-    bool byLandlock = false; // from files
-    bool bySeccomp = false;  // from system calls
+    bool byLandlock = false; // it kept the worker from files
+    bool bySeccomp = false;  // it kept the worker from system calls
     int landlockError = 0;
     int seccompError = 0;
 
     bool IsWhole() const { return byLandlock && bySeccomp; }
 };
 
-// How many there were beyond those that are listed: an answer has its bounds.
+// Counts what is not listed, because an answer has its bounds.
 struct Omitted {
     uint32_t reports = 0;
     uint32_t fonts = 0;
@@ -80,7 +80,7 @@ struct Result {
     std::vector<std::string> written; // paths of outputs that are in their place
 
     size_t size = 0;     // of the document, bytes; 0: it could not be opened
-    bool isRead = false; // the worker came to an end, and found out:
+    bool isRead = false; // the worker came to its end, and found out what follows
     HeaderFacts header;
     Outcome outcome;
     Omitted omitted;

@@ -29,14 +29,16 @@ BatchCommand::BatchCommand(CLI::App *command)
         ->allow_extra_args(false);
     command->add_flag("-0,--null", endInNul_, "manifests have names alone, each of which ends in NUL");
     command
-        ->add_option(
-            "-o,--output", output_,
-            "where to write, for lines that do not say it; {stem}, {dir} and {ext} are those of the input and "
-            "the format")
+        ->add_option("-o,--output", output_,
+                     "where to write, for lines that do not say it; {stem}, {dir} and {ext} are those of the "
+                     "input and "
+                     "the format")
         ->type_name("PATH");
     command->add_flag("--allow-outside", allowOutside_,
                       "outputs may lie outside of the folder that -o names, else of the working folder");
-    command->add_option("-j,--jobs", jobs_, "how many documents to draw at a time (as many as there are processors)")
+    command
+        ->add_option("-j,--jobs", jobs_,
+                     "how many documents to draw at a time (as many as there are processors)")
         ->type_name("N");
     outputOptions_.AddTo(command);
     common_.AddTo(command, "documents to read; -, or no FILE at all, is a manifest on standard input");

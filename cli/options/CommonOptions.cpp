@@ -36,12 +36,15 @@ void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
     addOfTable("max-time", " (" + texts_.Of("max-time") + ")");
     addOfTable("max-memory", "");
     addOfTable("max-output", "");
-    add("--progress", &progress_, "WHEN", "when to show progress: auto, which is on a terminal, never or always (auto)");
-    command->add_option("--font-dir", fontDirectories_, "use the fonts in DIR and below it too; may be repeated")
+    add("--progress", &progress_, "WHEN",
+        "when to show progress: auto, which is on a terminal, never or always (auto)");
+    command
+        ->add_option("--font-dir", fontDirectories_, "use the fonts in DIR and below it too; may be repeated")
         ->type_name("DIR")
         ->allow_extra_args(false)
         ->group(kGroup);
-    add("--font-map", &fontMap_, "FILE", "a file that says which font serves which name, in lines of ASKED = FONT");
+    add("--font-map", &fontMap_, "FILE",
+        "a file that says which font serves which name, in lines of ASKED = FONT");
     command->add_flag("--no-system-fonts", noSystemFonts_, "use only the fonts of --font-dir")->group(kGroup);
     addOfTable("missing-fonts", "");
     addOfTable("script", "");

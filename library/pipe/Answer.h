@@ -15,14 +15,14 @@
 namespace vxhost
 {
 
-// What a worker found out about a document.
+// Holds what a worker found out about a document.
 struct Answer {
     HeaderFacts header;
     Outcome outcome;
     Omitted omitted;
     Confinement confinement;
-    uint32_t passes = 0;     // over the document, those that were done
-    bool needsFonts = false; // it was begun without the fonts of the machine, and cannot do without
+    uint32_t passes = 0;     // how many were done
+    bool needsFonts = false; // it was begun without the fonts of the machine, and needs them
 };
 
 constexpr size_t kMaxAnswer = size_t{1} << 20;

@@ -1,5 +1,5 @@
-// What a worker sends through its pipe, taken apart as it arrives: progress, that memory ran out, an answer. Nothing of it
-// is trusted.
+// Takes apart, as it arrives, what a worker sends through its pipe: progress, that memory ran out, an answer. Nothing of it is
+// trusted.
 #pragma once
 
 #include <cstddef>
@@ -27,12 +27,12 @@ class WorkerFrames
     bool Add(std::string_view bytes);
 
     bool IsOutOfMemory() const { return isOutOfMemory_; }
-    std::optional<std::string> TakeAnswer() { return std::move(answer_); } // the last whole one
+    std::optional<std::string> TakeAnswer() { return std::move(answer_); } // the last that was whole
 
   private:
     size_t mostAnswer_;
     std::function<void(int)> onProgress_;
-    std::string bytes_; // of a frame that is not whole
+    std::string bytes_; // what has come of a frame that is not whole
     std::optional<std::string> answer_;
     bool isOutOfMemory_ = false;
 };
