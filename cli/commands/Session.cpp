@@ -80,14 +80,16 @@ void Session::CheckServed(const std::map<std::string, std::string> &served)
 const FontList &Session::Fonts()
 {
     const FontList *fonts = engine_.WaitForFonts();
-    CheckFault(engine_.Fonts().WhyNone(), engine_.Fonts().Confined());
+    CheckFault(engine_.Fonts().WhyNone(), engine_.Fonts().Confined(), Audience::Info);
+    if (const uint32_t omitted = engine_.Fonts().Omitted(); omitted > 0)
+        messages_->Note(fmt::format("{} more fonts than can be listed: leave out folders of fonts", omitted));
     return *fonts;
 }
 
 void Session::CheckDevices(std::span<const Format *const> formats, const Settings &settings)
 {
     const Trial trial = TryDevices(formats, settings, &engine_);
-    CheckFault(trial.fault, trial.confinement);
+    CheckFault(trial.fault, trial.confinement, Audience::Profile);
     if (!trial.failure)
         return;
     if (trial.format->name == "pdf") // says what to do itself: it may be something else than the profile
@@ -97,17 +99,15 @@ void Session::CheckDevices(std::span<const Format *const> formats, const Setting
 }
 
 // Throws what is told of a fault before the first document.
-void Session::CheckFault(const Fault &fault, const Confinement &confinement) const
+void Session::CheckFault(const Fault &fault, const Confinement &confinement, Audience audience) const
 {
     if (!fault)
         return;
     Result result;
     result.fault = fault;
     result.confinement = confinement;
-    const Summary summary = vxhost::Summarise("", result, {Audience::Info, telling_.limits});
-    if (summary.status == Status::LimitHit)
-        throw LimitError(summary.error);
-    throw UsageError(summary.error);
+    const Summary summary = vxhost::Summarise("", result, {audience, telling_.limits});
+    throw EarlyEnd(summary.status, (audience == Audience::Profile ? "--profile: " : "") + summary.error);
 }
 
 Session::Outcome Session::Read(const std::string &input, Pass pass)

@@ -35,11 +35,11 @@ class Session
     // Throws OptionError for what is wrong with the settings, whatever the document.
     void CheckDevices(std::span<const Format *const> formats, const Settings &settings);
 
-    // Of this machine. Throws UsageError or LimitError when they cannot be listed.
+    // Of this machine. Throws EarlyEnd when they cannot be listed.
     const FontList &Fonts();
 
   private:
-    void CheckFault(const Fault &fault, const Confinement &confinement) const;
+    void CheckFault(const Fault &fault, const Confinement &confinement, Audience audience) const;
     void CheckServed(const std::map<std::string, std::string> &served);
 
     Messages *messages_;

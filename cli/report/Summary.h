@@ -20,7 +20,8 @@ enum class Audience {
     Fonts, // nobody is sent to vx fonts
     Trace, // nor to vx trace; the calls stand above
     Render,
-    Batch // whose results go further than its user: a file that is no drawing is not quoted
+    Profile, // no document: the profile that was given is tried
+    Batch    // whose results go further than its user: a file that is no drawing is not quoted
 };
 
 struct Summary {
