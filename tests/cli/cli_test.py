@@ -847,10 +847,10 @@ class Worker(CommandTest):
     def test_an_end_without_an_answer_is_a_crash(self):
         self.assertIn("crashed", self.hostile("exit", status=6))
 
-    # What begins no frame; a frame longer than any; a whole one that holds no answer.
+    # What begins no frame; a frame longer than any; whole ones that hold no answer.
     def test_what_a_worker_says_is_not_believed(self):
         for behaviour, told in (("babble", "its answer made no sense"), ("boast", "its answer made no sense"),
-                                ("forge", "answered nonsense")):
+                                ("forge", "answered nonsense"), ("deep", "answered nonsense")):
             with self.subTest(behaviour):
                 self.assertIn(told, self.hostile(behaviour, status=6))
 
