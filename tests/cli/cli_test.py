@@ -991,7 +991,13 @@ class Worker(CommandTest):
             self.assertEqual(message, "vx: a.vx: not read, there is no sandbox for files, no Landlock in this kernel "
                                       "(function not implemented): take a kernel that has it, or go without "
                                       "--require-sandbox")
-        self.assertEqual(self.files(), ["a.vx"])
+        # Nor fonts and profiles, before any document.
+        self.write("press.icc", b"never read")
+        for words, subject in ((["fonts", "--list"], ""), (["render", "a.vx", "-o", "a.png", "--profile", "press.icc"],
+                                                           "--profile: ")):
+            told = self.refused(*words, "--require-sandbox", status=1, environment=WITHOUT_LANDLOCK)
+            self.assertTrue(told.startswith(f"vx: {subject}not read, there is no sandbox for files, "), told)
+        self.assertEqual(self.files(), ["a.vx", "press.icc"])
 
 
 if __name__ == "__main__":
