@@ -180,9 +180,9 @@ int main(int argc, char **argv)
     Status status = Status::Usage;
     try {
         status = RunCommandLine(argc, argv, &messages);
-    } catch (const LimitError &error) {
+    } catch (const EarlyEnd &error) {
         messages.Error("", error.what());
-        status = Status::LimitHit;
+        status = error.status;
     } catch (const OptionError &error) {
         messages.Error("", error.what());
     } catch (const std::bad_alloc &) {

@@ -73,14 +73,16 @@ void Session::CheckServed(const FontMap &served)
 const FontList &Session::Fonts()
 {
     const FontList *fonts = engine_.WaitForFonts();
-    CheckFault(engine_.Fonts().WhyNone(), engine_.Fonts().Confined());
+    CheckFault(engine_.Fonts().WhyNone(), engine_.Fonts().Confined(), CommandKind::Info);
+    if (const uint32_t omitted = engine_.Fonts().Omitted(); omitted > 0)
+        messages_->Note(fmt::format("{} more fonts than can be listed: leave out folders of fonts", omitted));
     return *fonts;
 }
 
 void Session::CheckDevices(std::span<const Format *const> formats, const Settings &settings)
 {
     const Trial trial = TryDevices(formats, settings, &engine_);
-    CheckFault(trial.fault, trial.confinement);
+    CheckFault(trial.fault, trial.confinement, CommandKind::Profile);
     if (!trial.failure)
         return;
     if (trial.format->name == "pdf") // its text says what to do: the profile need not be what is wrong
@@ -89,18 +91,16 @@ void Session::CheckDevices(std::span<const Format *const> formats, const Setting
                                   trial.failure.text));
 }
 
-// Throws UsageError or LimitError for a fault that shows before the first document.
-void Session::CheckFault(const Fault &fault, const Confinement &confinement) const
+// Throws what is told of a fault before the first document.
+void Session::CheckFault(const Fault &fault, const Confinement &confinement, CommandKind command) const
 {
     if (!fault)
         return;
     Result result;
     result.fault = fault;
     result.confinement = confinement;
-    const Summary summary = vxhost::Summarise("", result, {CommandKind::Info, summaryOptions_.limits});
-    if (summary.status == Status::LimitHit)
-        throw LimitError(summary.error);
-    throw UsageError(summary.error);
+    const Summary summary = vxhost::Summarise("", result, {command, summaryOptions_.limits});
+    throw EarlyEnd(summary.status, (command == CommandKind::Profile ? "--profile: " : "") + summary.error);
 }
 
 Result Session::Finish(JobTask task, const std::vector<int> &descriptors)

@@ -35,12 +35,12 @@ class Session
     // Throws OptionError for what is wrong with the settings, whatever the document.
     void CheckDevices(std::span<const Format *const> formats, const Settings &settings);
 
-    // Returns the fonts of this machine. Throws UsageError or LimitError when they cannot be listed.
+    // Of this machine. Throws EarlyEnd when they cannot be listed.
     const FontList &Fonts();
 
   private:
     Result Finish(JobTask task, const std::vector<int> &descriptors = {});
-    void CheckFault(const Fault &fault, const Confinement &confinement) const;
+    void CheckFault(const Fault &fault, const Confinement &confinement, CommandKind command) const;
     void CheckServed(const FontMap &served);
 
     Messages *messages_;

@@ -3,6 +3,7 @@
 
 #include "cli/options/FontChoice.h"
 #include "cli/report/Messages.h"
+#include "cli/report/Status.h"
 #include "host/fonts/TextEncoding.h"
 #include "jobs/Worker.h"
 #include "library/Options.h"
@@ -25,9 +26,10 @@ struct UsageError : OptionError {
     using OptionError::OptionError;
 };
 
-// Is thrown for a limit that was hit before the first document. The text is one line; the exit status is 5.
-struct LimitError : UsageError {
-    using UsageError::UsageError;
+// What ends a run before its first document and is no mistake on the command line: one line, and a status of its own.
+struct EarlyEnd : OptionError {
+    EarlyEnd(Status of, const std::string &text) : OptionError(text), status(of) {}
+    Status status;
 };
 
 struct CommonOptions {

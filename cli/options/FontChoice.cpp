@@ -34,9 +34,10 @@ void ReadMapBytes(const std::string &path, double seconds, HeldBytes *bytes)
                         "out what no document needs",
                         path, kMaxMapBytes));
     case ReadEnd::TooLate:
-        throw LimitError(fmt::format("--font-map {}: not read to its end after {} s: allow more with "
-                                     "--max-time, or see what writes it",
-                                     path, Decimal(seconds)));
+        throw EarlyEnd(Status::LimitHit,
+                       fmt::format("--font-map {}: not read to its end after {} s: allow more with "
+                                   "--max-time, or see what writes it",
+                                   path, Decimal(seconds)));
     }
 }
 

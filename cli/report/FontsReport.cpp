@@ -80,6 +80,8 @@ std::string FontsJson(const std::string &input, const Result &result, const std:
         json["error"] = error;
     json["fonts"] = FontUsesJson(outcome.fonts);
     AddConfinement(result, &json);
+    if (result.omitted.fonts > 0)
+        json["omitted"]["fonts"] = result.omitted.fonts;
     return JsonLine(json);
 }
 

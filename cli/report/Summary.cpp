@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
 #include <utility>
 
@@ -32,6 +33,13 @@ std::string MemoryText(const SummaryOptions &options, std::string_view lost)
         return fmt::format("needs more memory than there is{}: close other programs", lost);
     return fmt::format("needs more than {} of memory{}: allow more with --max-memory",
                        SizeText(limits.memory), lost);
+}
+
+// What is told of nonsense from a worker, which nobody but us can mend.
+std::string CrashText(std::string_view what, CommandKind command, std::string_view lost)
+{
+    return fmt::format("the worker process {}{}: {} and report it", what, lost,
+                       command == CommandKind::Profile ? "give another profile" : "keep the document");
 }
 
 std::string NoDrawingText(const Result &result, CommandKind command)
@@ -91,9 +99,10 @@ std::string FontListingText(const Fault &fault, const SummaryOptions &options)
     const std::string_view lost = LostText(options.command);
     switch (fault.kind) {
     case FaultKind::OutOfTime:
-        return fmt::format("the fonts of this machine are not listed after {} s{}: look for a pipe among the "
-                           "files of --font-dir, or allow more with --max-time",
-                           Decimal(options.limits.seconds), lost);
+        return fmt::format(
+            "the fonts of this machine are not listed after {} s{}: look for a pipe or a circle of "
+            "links in their folders, or allow more with --max-time",
+            Decimal(LimitsOfListing(options.limits).seconds), lost);
     case FaultKind::Crashed:
     case FaultKind::BadAnswer:
         return fmt::format("the process that lists the fonts of this machine crashed{}{}: leave out the "
@@ -144,16 +153,16 @@ std::string DocumentText(const std::string &input, const Result &result, const S
         return fmt::format(
             "needs more processor time than ulimit -t allows{}: allow more where vx is started", lost);
     case FaultKind::NoWorker:
-        return fmt::format("no worker process, {}: try again later", SystemText(fault.error));
+        return fmt::format("no worker process, {}: {}", SystemText(fault.error),
+                           fault.error == ENOSYS ? "mount /proc where vx is started" : "try again later");
     case FaultKind::Killed:
         return fmt::format("the worker process was killed, as the system does when memory runs out{}: close "
                            "other programs, or allow it less with --max-memory",
                            lost);
     case FaultKind::Crashed:
-        return fmt::format("the worker process crashed, {}{}: keep the document and report it", fault.text,
-                           lost);
+        return CrashText("crashed, " + fault.text, options.command, lost);
     case FaultKind::BadAnswer:
-        return fmt::format("the worker process answered nonsense{}: keep the document and report it", lost);
+        return CrashText("answered nonsense", options.command, lost);
     case FaultKind::NotConfined:
         return fmt::format(
             "not read, there is {}: take a kernel that has it, or go without --require-sandbox",

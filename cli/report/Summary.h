@@ -20,7 +20,8 @@ enum class CommandKind {
     Fonts, // does not send anybody to vx fonts
     Trace, // does not send anybody to vx trace: the calls stand above
     Render,
-    Batch // does not quote a file that is no drawing: others than its user may read the results
+    Profile, // no document: the profile that was given is tried
+    Batch    // whose results go further than its user: a file that is no drawing is not quoted
 };
 
 struct Summary {

@@ -400,6 +400,14 @@ class Batch(CommandTest):
         self.assertEqual([(r["status"], "vx" in r) for r in results], [("crashed", False)] * 2)
         self.assertEqual(len(messages), 2)
 
+    def test_nonsense_from_a_worker_costs_one_document_each(self):
+        self.write_documents("a.vx", "b.vx")
+        for behaviour in ("babble", "boast", "forge", "deep"):
+            with self.subTest(behaviour):
+                results, messages = self.batch("no.vx\na.vx\nb.vx\n", "-o", "{stem}.png", status=6, hostile=behaviour)
+                self.assertEqual([r["status"] for r in results], ["failed", "crashed", "crashed"])
+                self.assertEqual(len(messages), 3)
+
     def test_every_document_has_its_own_time(self):
         self.write_documents("a.vx", "b.vx", "c.vx")
         started = time.monotonic()

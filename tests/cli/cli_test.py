@@ -932,10 +932,10 @@ class Worker(CommandTest):
     def test_an_end_without_an_answer_is_a_crash(self):
         self.assertIn("crashed", self.hostile("exit", status=6))
 
-    # The first begins no frame, the second a frame longer than any, the third is a whole frame that holds no answer.
+    # What begins no frame; a frame longer than any; whole ones that hold no answer.
     def test_what_a_worker_says_is_not_believed(self):
         for behaviour, told in (("babble", "its answer made no sense"), ("boast", "its answer made no sense"),
-                                ("forge", "answered nonsense")):
+                                ("forge", "answered nonsense"), ("deep", "answered nonsense")):
             with self.subTest(behaviour):
                 self.assertIn(told, self.hostile(behaviour, status=6))
 
@@ -1076,7 +1076,13 @@ class Worker(CommandTest):
             self.assertEqual(message, "vx: a.vx: not read, there is no sandbox for files, no Landlock in this kernel "
                                       "(function not implemented): take a kernel that has it, or go without "
                                       "--require-sandbox")
-        self.assertEqual(self.files(), ["a.vx"])
+        # Nor fonts and profiles, before any document.
+        self.write("press.icc", b"never read")
+        for words, subject in ((["fonts", "--list"], ""), (["render", "a.vx", "-o", "a.png", "--profile", "press.icc"],
+                                                           "--profile: ")):
+            told = self.refused(*words, "--require-sandbox", status=1, environment=WITHOUT_LANDLOCK)
+            self.assertTrue(told.startswith(f"vx: {subject}not read, there is no sandbox for files, "), told)
+        self.assertEqual(self.files(), ["a.vx", "press.icc"])
 
 
 if __name__ == "__main__":

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <mutex>
+#include <string>
 #include <string_view>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -244,6 +245,15 @@ void Probe()
     _exit(0);
 }
 
+// A whole frame of lists in lists, each of which says that it has one item: a reader that goes down with them needs a stack.
+std::string DeepAnswer()
+{
+    constexpr uint64_t kDepth = 300000;
+    std::string frame = "a";
+    frame.append(reinterpret_cast<const char *>(&kDepth), sizeof kDepth);
+    return frame.append(kDepth, '\x81');
+}
+
 // Draws more than any device keeps in memory, and does not end: whoever waits for the note finds the worker half way.
 void ScribbleForEver(const HostCallRecord *record)
 {
@@ -328,6 +338,8 @@ extern "C" void HostileMain(int32_t selector, HostCallRecord *record, void *data
         Answer("a\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF");
     if (how == "forge")
         Answer({"a\2\0\0\0\0\0\0\0\xA1\1", 11});
+    if (how == "deep")
+        Answer(DeepAnswer());
     if (how == "loop")
         LoopForEver();
     if (how == "close")

@@ -1,4 +1,5 @@
 """What the command says of itself in several places is the same in all of them: help, manual pages, completion."""
+import json
 import os
 import re
 import shutil
@@ -7,7 +8,7 @@ import sys
 import tempfile
 import unittest
 
-from vxcommand import CommandTest, VX, document
+from vxcommand import CommandTest, VX, WITHOUT_LANDLOCK, document, sample, sample_names
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
 COMMANDS = ["info", "render", "trace", "fonts", "batch"]
@@ -82,6 +83,128 @@ class Manual(unittest.TestCase):
             for name in names:
                 with open(os.path.join(folder, name), encoding="utf-8") as made:
                     self.assertEqual(made.read(), text_of("docs", "man", name), f"{name}: run docs/make-man")
+
+
+def members_of(value, place=""):
+    """{"fonts[].asked": the values that it has, ...} of an object and of all in it."""
+    found = {}
+    for name, member in value.items():
+        found.setdefault(place + name, []).append(member)
+        objects = member if isinstance(member, list) else [member]
+        inner = f"{place}{name}{'[].' if isinstance(member, list) else '.'}"
+        for part in objects:
+            if isinstance(part, dict):
+                for path, values in members_of(part, inner).items():
+                    found.setdefault(path, []).extend(values)
+    return found
+
+
+def named_members(page, title):
+    """{member: what the page says of it}."""
+    found = {}
+    for terms, text in re.findall(r"^(`[^\n]*)\n: (.*?)(?=\n\n|\Z)", section(page, title), re.MULTILINE | re.DOTALL):
+        for name in re.findall(r"`([^`]+)`", terms):
+            found[name] = " ".join(text.split())
+    return found
+
+
+# The words with which a page says what a member is, and what it then is.
+TYPES = {"Text and number": (str, int), "Text": (str,), "Number": (int,), "Whether": (bool,), "An object": (dict,),
+         "A list": (list,), "Lists": (list,), "Four numbers": (list,), "Two numbers": (list,),
+         "Any value": (int, float, str, list, dict, type(None))}
+
+
+class Members(CommandTest):
+    """Those of real outputs are those that the manual pages name, and no others."""
+
+    TEXT = "0 g\n0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_{} 12 Tf\n(Hand) Tx\nTO\n"
+    # No document leads to so many with the plug-in that is built in: each problem is reported once.
+    UNSEEN = {"omitted.problems"}
+
+    def setUp(self):
+        super().setUp()
+        self.names = [sample(name) for name in sample_names()]
+        cases = {"problems": document("1 2 Qx\n" + self.TEXT.format("Nowhere")), "malformed": document("1 k\n"),
+                 "foreign": b"GIF89a, and then some", "empty": b"", "full": self.full(),
+                 "fonts": document("".join(self.TEXT.format(f"Font{number}") for number in range(300)))}
+        for name, data in cases.items():
+            self.write(name + ".vx", data)
+        self.names += [*(name + ".vx" for name in cases), "none.vx", "."]
+        # More fonts than an answer holds: each with so long a path.
+        deep = os.path.join("fonts", *(letter * 200 for letter in "abcdefghij"))
+        os.makedirs(self.path(deep))
+        shutil.copy("/usr/share/fonts/opentype/urw-base35/NimbusSans-Regular.otf", self.path(deep))
+        self.deep = ["fonts.vx", "--no-system-fonts", "--font-dir", "fonts"]
+
+    @staticmethod
+    def full():
+        """A header of more names than an answer holds: each byte becomes three."""
+        lists = []
+        for key, form in (("ProcessColors", "%s"), ("CustomColors", "(%s)"), ("Fonts", "%s")):
+            names = [form % (f"{number:03}" + 240 * "\xff") for number in range(256)]
+            lists += [f"%%Document{key}: {names[0]}\n", *(f"%%+ {name}\n" for name in names[1:])]
+        return document().replace(b"%%EndComments\n", "".join(lists).encode("latin-1") + b"%%EndComments\n")
+
+    def objects(self, *words, **options):
+        process = self.start(*words, **options)
+        output, errors = process.communicate(timeout=300)
+        self.assertIn(process.returncode, (0, 1, 3, 4, 5, 6), errors)
+        return [json.loads(line) for line in output.splitlines()]
+
+    def compare(self, objects, named, facts=(), unseen=frozenset()):
+        """The values of each member. facts are members that only VX documents have."""
+        seen = {}
+        for one in objects:
+            for path, values in members_of({**one, "id": 0} if "id" in one else one).items():
+                seen.setdefault(path, []).extend(values)
+        self.assertEqual(set(seen), set(named) - unseen)
+        for path, values in seen.items():
+            types = next((types for words, types in TYPES.items() if named[path].startswith(words)), None)
+            self.assertIsNotNone(types, f"{path}: the page says no type: {named[path]}")
+            for value in values:
+                self.assertTrue(type(value) in types or value is None and "`null`" in named[path], f"{path}: {value!r}")
+        for one in objects:
+            for path in set(named) - set(one):
+                if "." not in path and (path not in facts or one.get("vx")):
+                    self.assertIn("Not there where", named[path], f"{path} is not in {one}")
+        return seen
+
+    def test_of_info(self):
+        objects = self.objects("info", "--json", *self.names)
+        objects += self.objects("info", "--json", *self.deep)
+        objects += self.objects("info", "--json", "problems.vx", environment=WITHOUT_LANDLOCK)
+        objects += self.objects("info", "--json", "problems.vx", hostile="crash")
+        named = named_members("vx-info.1.md", "JSON")
+        seen = self.compare(objects, named, set(named) - {"file", "error", "vx"}, self.UNSEEN)
+        for path in ("fonts[].match", "lineEnds"):
+            self.assertLessEqual({f"`{value}`" for value in seen[path] if value}, set(re.findall(r"`[^`]+`", named[path])))
+        self.assertEqual(set(re.findall(r"`([^`]+)`", named["fonts[].match"])), {"exact", "stand-in", "substitute", "missing"})
+        numbers = {int(number) for number in re.findall(r"\b(\d),", named["problems[].number"])}
+        self.assertEqual(numbers, set(range(6)))
+        self.assertLessEqual(set(seen["problems[].number"]), numbers)
+        self.assertLessEqual({name for names in seen["confinedBy"] for name in names}, {"landlock", "seccomp"})
+
+    def test_of_fonts(self):
+        objects = self.objects("fonts", "--json", *self.names) + self.objects("fonts", "--json", *self.deep)
+        self.compare(objects, named_members("vx-fonts.1.md", "JSON"))
+        listed = self.objects("fonts", "--list", "--json")
+        self.compare(listed, named_members("vx-fonts.1.md", "JSON OF A LIST"))
+        boxes = self.objects("fonts", "--list", "--json", "--no-system-fonts")
+        self.compare(boxes, named_members("vx-fonts.1.md", "JSON OF A LIST"))
+
+    def test_of_batch(self):
+        lines = [{"input": "problems.vx", "output": "a.png", "id": {"any": [1]}}, {"output": "b.png"},
+                 {"input": "problems.vx", "output": "none/b.png"}, "no JSON"]
+        self.write("list", b"".join(json.dumps(line).encode() + b"\n" for line in lines))
+        objects = self.objects("batch", *self.names, "--manifest", "list", "--manifest", "none", "-f", "png", "--fit", "8",
+                               "-o", "{stem}.png")
+        objects += self.objects("batch", *self.deep, "-o", "deep.png", "-f", "png", "--fit", "8")
+        named = named_members("vx-batch.1.md", "RESULTS")
+        facts = {path: text for path, text in named_members("vx-info.1.md", "JSON").items() if path not in ("file", "error", "vx")}
+        seen = self.compare(objects, {**facts, **named}, facts, self.UNSEEN)
+        told = dict(zip(re.findall(r"`([^`]+)` (?=\d)", named["status"]), re.findall(r"` (\d)", named["status"])))
+        self.assertLessEqual({(one["status"], str(one["exit"])) for one in objects}, set(told.items()))
+        self.assertGreater(len(set(seen["status"])), 2)
 
 
 class Security(unittest.TestCase):

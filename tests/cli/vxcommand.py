@@ -21,6 +21,10 @@ WITHOUT_UNNAMED = preloaded("VX_WITHOUT_UNNAMED")
 WITHOUT_LANDLOCK = preloaded("VX_WITHOUT_LANDLOCK")
 # With this the file that VX_CUT names is cut as soon as it is mapped.
 CUTTING = preloaded("VX_CUTTING")
+# The kernel has no call that closes what nobody names.
+WITHOUT_CLOSING = preloaded("VX_WITHOUT_CLOSING")
+# Which process looks for fonts and reads profiles is noted in the file that VX_WATCHED names.
+WATCHING = preloaded("VX_WATCHING")
 SANITIZED = os.environ.get("VX_SANITIZED", "0") not in ("", "0")
 
 HEADER = """%!PS-Tavro-3.0
