@@ -126,8 +126,9 @@ void CheckResult(const Result &result, const Settings &settings)
                                              ": take a kernel that has it, or set must_be_confined to 0");
     case FaultKind::CannotOpen:
         throw CallError(VX_CANNOT_READ, fault.text);
-    case FaultKind::Unfit: // an empty page has words of a command line
-        (void)ShownBox(settings, result.outcome.box);
+    case FaultKind::Unfit:
+        if (result.outcome.headerAccepted) // an empty page has words of a command line
+            (void)ShownBox(settings, result.outcome.box);
         [[fallthrough]];
     case FaultKind::NotADrawing:
     case FaultKind::Malformed:
