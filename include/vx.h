@@ -311,8 +311,8 @@ typedef struct vx_isolated {
     int32_t must_be_confined;   /* 1: refuse where the kernel cannot confine all of it */
     const char *helper;         /* path of the helper program; null: the one that is installed */
     vx_progress
-        progress; /* done is of total, which is 100. Some ten times a second, so that it can end the call; null:
-                             nobody is told */
+        progress; /* done is of total, which is 100. At least some ten times a second, so that it can end the
+                             call; null: nobody is told */
     vx_warning warning; /* after all has been written, or has failed; null: nobody is told */
 } vx_isolated;
 vx_status vx_render_isolated(vx_library *library, const vx_isolated *request, vx_write write, void *context,

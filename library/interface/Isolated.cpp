@@ -1,5 +1,7 @@
 // The call of vx.h that renders a drawing in a process of its own.
 #include "host/Document.h"
+#include "host/SystemText.h"
+#include "host/reading/Utf8.h"
 #include "library/Warnings.h"
 #include "library/interface/Calls.h"
 #include "library/interface/DocumentOptions.h"
@@ -82,8 +84,8 @@ void CheckFontListing(const Fault &fault, const Settings &settings)
     }
 }
 
-// Throws CallError for any fault. size: of the drawing.
-void CheckResult(const Result &result, const Settings &settings)
+// Throws CallError for any fault.
+void CheckResult(const Result &result, const Settings &settings, const std::string &path)
 {
     const Fault &fault = result.fault;
     if (fault.isOfFontListing)
@@ -125,9 +127,10 @@ void CheckResult(const Result &result, const Settings &settings)
         throw CallError(VX_NOT_ISOLATED, "not read, there is " + UnconfinedText(result.confinement) +
                                              ": take a kernel that has it, or set must_be_confined to 0");
     case FaultKind::CannotOpen:
-        throw CallError(VX_CANNOT_READ, fault.text);
-    case FaultKind::Unfit: // an empty page has words of a command line
-        (void)ShownBox(settings, result.outcome.box);
+        throw CallError(VX_CANNOT_READ, Printable(path) + ": " + fault.text);
+    case FaultKind::Unfit:
+        if (result.outcome.headerAccepted) // an empty page has words of a command line
+            (void)ShownBox(settings, result.outcome.box);
         [[fallthrough]];
     case FaultKind::NotADrawing:
     case FaultKind::Malformed:
@@ -195,7 +198,7 @@ vx_status vx_render_isolated(vx_library *library, const vx_isolated *request, vx
         if (!result)
             ThrowOutOfTime(settings);
         Warn(*result, *request, context);
-        CheckResult(*result, settings);
+        CheckResult(*result, settings, task.path);
     });
 }
 }

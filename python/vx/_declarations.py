@@ -19,7 +19,8 @@ typedef enum vx_status {
     VX_CANNOT_WRITE = 9,
     VX_STOPPED = 10,
     VX_BUSY = 11,
-    VX_FAILED = 12
+    VX_FAILED = 12,
+    VX_NOT_ISOLATED = 13
 } vx_status;
 
 typedef struct vx_error {
@@ -136,6 +137,24 @@ typedef struct vx_font_use {
 } vx_font_use;
 size_t vx_document_font_count(vx_document *document);
 vx_status vx_document_font_at(vx_document *document, size_t index, vx_font_use *use, vx_error *error);
+
+typedef int (*vx_warning)(void *context, const char *text);
+
+typedef struct vx_isolated {
+    size_t size;
+    const char *path;
+    const void *bytes;
+    size_t byte_count;
+    const char *format;
+    const char *const *options;
+    size_t option_count;
+    int32_t must_be_confined;
+    const char *helper;
+    vx_progress progress;
+    vx_warning warning;
+} vx_isolated;
+vx_status vx_render_isolated(vx_library *library, const vx_isolated *request, vx_write write, void *context,
+                             vx_error *error);
 
 typedef struct vx_point {
     double x, y;

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 __all__ = [
     "ArgumentError", "BusyError", "DrawingWarning", "Error", "FailedError", "FontMissingError", "LimitError",
-    "MalformedError", "MissingFileError", "NotADrawingError", "OptionError", "OutOfMemoryError", "ReadError",
+    "MalformedError", "MissingFileError", "NotADrawingError", "NotIsolatedError", "OptionError", "OutOfMemoryError", "ReadError",
     "StoppedError", "WriteError",
 ]
 
@@ -68,6 +68,10 @@ class FailedError(Error, RuntimeError):
     """Something that should not happen: a fault of the library. Please report it, with the text."""
 
 
+class NotIsolatedError(Error, RuntimeError):
+    """vx.render_isolated has no helper program here, or a kernel that cannot confine it: nothing was read."""
+
+
 class DrawingWarning(UserWarning):
     """A drawing came out, but not as its author saw it: with other fonts, or without what cannot be shown."""
 
@@ -85,4 +89,5 @@ KINDS = {
     "VX_STOPPED": StoppedError,
     "VX_BUSY": BusyError,
     "VX_FAILED": FailedError,
+    "VX_NOT_ISOLATED": NotIsolatedError,
 }

@@ -10,7 +10,8 @@ from dataclasses import dataclass
 from typing import Optional, Union
 
 from vx._choices import Value, c_text
-from vx._document import Document
+from vx._document import Document, Progress
+from vx._isolated import render_isolated
 from vx._libvx import call, ffi, lib, record, text_of
 
 
@@ -109,6 +110,11 @@ class Library:
     def open(self, source: Union[str, os.PathLike[str], bytes], **options: Value) -> Document:
         """Opens a drawing as vx.open does."""
         return Document(self._handle, source, options)
+
+    def render_isolated(self, source: Union[str, os.PathLike[str], bytes], format: str, *,
+                        progress: Optional[Progress] = None, must_be_confined: bool = False, **options: Value) -> bytes:
+        """Renders a drawing in a process of its own as vx.render_isolated does. A library with fonts from memory cannot."""
+        return render_isolated(self._handle, source, format, progress, must_be_confined, options)
 
     @property
     def fonts(self) -> tuple[Font, ...]:

@@ -19,6 +19,21 @@ TEST(Bare, NoFileCanBeOpened)
     EXPECT_EQ(document, nullptr);
 }
 
+TEST(Bare, ThereIsNoOtherProcess)
+{
+    vx_library *library = nullptr;
+    ASSERT_EQ(vx_library_create(VX_INTERFACE, &library, nullptr), VX_OK);
+    vx_isolated request = {};
+    request.size = sizeof request;
+    request.bytes = "";
+    request.format = "png";
+    vx_error error = {sizeof error, VX_OK, ""};
+    const auto write = [](void *, const void *, size_t) { return 0; };
+    EXPECT_EQ(vx_render_isolated(library, &request, write, nullptr, &error), VX_NOT_ISOLATED);
+    EXPECT_STREQ(error.text, "this library is built without processes: call vx_document_render");
+    vx_library_free(library);
+}
+
 TEST(Bare, NothingIsChosenAboutAMachine)
 {
     EXPECT_EQ(vx_library_option_count(), 0U);

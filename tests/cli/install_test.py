@@ -96,7 +96,7 @@ class Install(Installed):
 
     def test_what_helps_is_there(self):
         for name in ["share/man/man1/vx.1", *(f"share/man/man1/vx-{command}.1" for command in COMMANDS),
-                     "share/doc/vx/LICENSE", "share/doc/vx/press-profile.md", "lib/libvx.so.0",
+                     "share/doc/vx/LICENSE", "share/doc/vx/press-profile.md", "lib/libvx.so.0", "libexec/vx/vx-isolated",
                      "share/bash-completion/completions/vx", "share/zsh/site-functions/_vx"]:
             self.assertTrue(os.path.getsize(self.path(name)) > 0, name)
 
@@ -135,9 +135,9 @@ class Examples(Installed):
             subprocess.run([os.environ["VX_CC"], "-std=c99", "-pthread", "-Wall", "-Wextra", "-Wpedantic", "-Werror", page,
                             *flags, "-o", os.path.join(cls.prefix, name)], check=True)
 
-    def run_example(self, name, *words):
+    def run_example(self, name, *words, library="lib"):
         output = subprocess.run([self.path(name), *words], capture_output=True, check=False,
-                                env={**os.environ, "LD_LIBRARY_PATH": self.path("lib")})
+                                env={**os.environ, "LD_LIBRARY_PATH": self.path(library)})
         return output.returncode, output.stdout.decode(), output.stderr.decode()
 
     def test_a_picture_has_the_bytes_of_the_command(self):
@@ -171,6 +171,31 @@ class Examples(Installed):
         status, _, told = self.run_example("picture", self.path("no-such.vx"), self.path("made.png"))
         self.assertEqual(status, 1)
         self.assertIn("no-such.vx: ", told)
+
+    def test_a_drawing_has_a_process_of_its_own_wherever_the_installation_lies(self):
+        made, moved = self.path("made.png"), self.path("elsewhere")
+        expected = subprocess.run([self.path("bin/vx"), "render", "-q", sample("text-point"), "-f", "png", "-o", "-"],
+                                  check=True, capture_output=True).stdout
+        os.mkdir(moved)
+        for name in ["lib", "libexec"]:
+            shutil.copytree(self.path(name), os.path.join(moved, name), symlinks=True)
+        os.symlink(os.path.join(moved, "lib"), self.path("linked"))
+        for folder in ["lib", "elsewhere/lib", "linked"]:
+            with self.subTest(folder=folder):
+                self.assertEqual(self.run_example("isolated", sample("text-point"), made, library=folder), (0, "", ""))
+                with open(made, "rb") as file:
+                    self.assertTrue(file.read() == expected)
+        os.remove(os.path.join(moved, "libexec/vx/vx-isolated"))
+        status, _, told = self.run_example("isolated", sample("text-point"), made, library="linked")
+        self.assertEqual(status, 1)
+        self.assertIn("elsewhere/lib/../libexec/vx/vx-isolated cannot be started", told)
+
+    def test_the_helper_says_whose_it_is(self):
+        for words in [[], ["--help"], [sample("text-point")]]:
+            output = subprocess.run([self.path("libexec/vx/vx-isolated"), *words], capture_output=True, check=False, text=True,
+                                    stdin=subprocess.DEVNULL)
+            self.assertEqual((output.returncode, output.stdout), (2, ""))
+            self.assertIn("part of libvx", output.stderr)
 
     def test_threads_share_a_library(self):
         self.assertEqual(self.run_example("threads", sample("text-point")), (0, "8 of 8 pictures are the same\n", ""))

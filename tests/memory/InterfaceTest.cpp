@@ -45,24 +45,54 @@ Made Make(vx_library *library, const char *format)
     return made;
 }
 
-class InterfaceWithoutMemory : public testing::TestWithParam<const char *>
+// The same in another process.
+Made MakeIsolated(vx_library *library, const char *format)
+{
+    Made made;
+    made.bytes.reserve(kRoom);
+    const char *const options[] = {"fit", "60"};
+    vx_isolated request = {};
+    request.size = sizeof request;
+    request.path = VX_SOURCE_DIR "/samples/text-point.vx";
+    request.format = format;
+    request.options = options;
+    request.option_count = 1;
+    const auto keep = [](void *to, const void *bytes, size_t size) {
+        static_cast<std::string *>(to)->append(static_cast<const char *>(bytes), size);
+        return 0;
+    };
+    made.status = vx_render_isolated(library, &request, keep, &made.bytes, &made.error);
+    return made;
+}
+
+struct MakingCase {
+    const char *name, *format;
+    Made (*make)(vx_library *library, const char *format);
+};
+
+void PrintTo(const MakingCase &making, std::ostream *to)
+{
+    *to << making.name;
+}
+
+class InterfaceWithoutMemory : public testing::TestWithParam<MakingCase>
 {
 };
 
-// qpdf ends a process that has no memory for its destructors, so PDF is not among the formats.
 TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
 {
+    const auto &[name, format, make] = GetParam();
     if (!vxtest::CanMallocFail())
         GTEST_SKIP() << "a sanitizer has its own malloc";
     vx_library *library = nullptr;
     ASSERT_EQ(vx_library_create(VX_INTERFACE, &library, nullptr), VX_OK);
-    const Made whole = Make(library, GetParam()); // what a process makes only once is made here
+    const Made whole = make(library, format); // what a process makes only once is made here
     ASSERT_EQ(whole.status, VX_OK) << whole.error.text;
     ASSERT_LT(whole.bytes.size(), kRoom);
     uint64_t count = 0;
     {
         const MallocFailure none(0, FailingMalloc::Once, vxtest::AllocationsOf::All);
-        (void)Make(library, GetParam());
+        (void)make(library, format);
         count = MallocFailure::Count();
     }
     uint64_t told = 0;
@@ -71,7 +101,7 @@ TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
         for (uint64_t number = 2; number <= count;
              number += number < 200 ? 1 : step) { // the first allocation is the room
             std::optional<MallocFailure> failure(std::in_place, number, how, vxtest::AllocationsOf::All);
-            Made made = Make(library, GetParam());
+            Made made = make(library, format);
             failure.reset();
             told += made.status == VX_OUT_OF_MEMORY ? 1 : 0;
             EXPECT_TRUE(made.status == VX_OUT_OF_MEMORY ||
@@ -84,8 +114,11 @@ TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
     vx_library_free(library);
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, InterfaceWithoutMemory, testing::Values("png", "svg"),
-                         [](const auto &tested) { return std::string(tested.param); });
+// qpdf ends a process that has no memory for its destructors, so PDF is not among the formats.
+const MakingCase kMaking[] = {{"png", "png", Make}, {"svg", "svg", Make}, {"isolated", "png", MakeIsolated}};
+
+INSTANTIATE_TEST_SUITE_P(Formats, InterfaceWithoutMemory, testing::ValuesIn(kMaking),
+                         [](const auto &tested) { return std::string(tested.param.name); });
 
 // What a library is given.
 struct GivingCase {

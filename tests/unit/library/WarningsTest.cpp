@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+
 namespace vxhost
 {
 namespace
@@ -65,6 +67,30 @@ TEST(Warnings, LeaveOutWhatEndedTheDocument)
     outcome.reports = {{kVXProblemFont, "Fonts", "Fonts are substituted."}, {1, "Patterns", ""}};
     outcome.fonts = {Use("F", "", FontMatch::Missing), Use("D", "E", FontMatch::Substitute)};
     EXPECT_EQ(ListWarnings(outcome, "help"), (Lines{"Patterns", "no font \"D\", drawn with \"E\": help"}));
+}
+
+TEST(Warnings, OfWhatIsLeftOutSayHowMuch)
+{
+    EXPECT_EQ(ListOmitted({}), Lines());
+    Omitted omitted;
+    omitted.reports = 3;
+    omitted.fonts = 2;
+    EXPECT_EQ(ListOmitted(omitted),
+              (Lines{"3 more problems are not told of", "2 more fonts are not told of"}));
+}
+
+TEST(Warnings, OfTheSandboxSayWhatIsLacking)
+{
+    const auto text = [](bool byLandlock, bool bySeccomp) {
+        return UnconfinedText({byLandlock, bySeccomp, ENOSYS, EINVAL});
+    };
+    EXPECT_EQ(text(true, true), "");
+    EXPECT_EQ(text(false, true),
+              "no sandbox for files, no Landlock in this kernel (function not implemented)");
+    EXPECT_EQ(text(true, false), "no sandbox for calls, no seccomp in this kernel (invalid argument)");
+    EXPECT_EQ(text(false, false),
+              "no sandbox for files, no Landlock in this kernel (function not implemented); nor "
+              "for calls, no seccomp in this kernel (invalid argument)");
 }
 
 } // namespace
