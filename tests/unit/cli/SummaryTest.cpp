@@ -1,6 +1,8 @@
 // What is told of each result: each kind of fault has its words, its status and a next step.
 #include "cli/report/Summary.h"
 
+#include "library/Warnings.h"
+
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -14,8 +16,8 @@ namespace vxhost
 namespace
 {
 
-constexpr Audience kAudiences[] = {Audience::Info,   Audience::Fonts,   Audience::Trace,
-                                   Audience::Render, Audience::Profile, Audience::Batch};
+constexpr CommandKind kCommandKinds[] = {CommandKind::Info,   CommandKind::Fonts,   CommandKind::Trace,
+                                         CommandKind::Render, CommandKind::Profile, CommandKind::Batch};
 
 struct FaultCase {
     FaultKind kind;
@@ -93,18 +95,18 @@ Result ResultOf(FaultKind kind)
     return result;
 }
 
-Telling TellingTo(Audience audience)
+SummaryOptions OptionsFor(CommandKind command)
 {
-    Telling telling;
-    telling.audience = audience;
-    telling.limits.seconds = 2.5;
-    telling.limits.memory = int64_t{64} << 20;
-    return telling;
+    SummaryOptions options;
+    options.command = command;
+    options.limits.seconds = 2.5;
+    options.limits.memory = int64_t{64} << 20;
+    return options;
 }
 
-std::string ErrorOf(const Result &result, Audience audience)
+std::string ErrorOf(const Result &result, CommandKind command)
 {
-    return Summarise("a.vx", result, TellingTo(audience)).error;
+    return Summarise("a.vx", result, OptionsFor(command)).error;
 }
 
 TEST(Summary, HasWordsAndAStatusForEachKindOfFault)
@@ -112,7 +114,7 @@ TEST(Summary, HasWordsAndAStatusForEachKindOfFault)
     int next = static_cast<int>(FaultKind::None) + 1;
     for (const FaultCase &fault : kFaults) {
         EXPECT_EQ(static_cast<int>(fault.kind), next++);
-        const Summary summary = Summarise("a.vx", ResultOf(fault.kind), TellingTo(Audience::Render));
+        const Summary summary = Summarise("a.vx", ResultOf(fault.kind), OptionsFor(CommandKind::Render));
         EXPECT_EQ(summary.error, fault.text);
         EXPECT_EQ(summary.status, fault.status) << fault.text;
         EXPECT_EQ(summary.subject, fault.isOfOutput ? "standard output" : "") << fault.text;
@@ -125,11 +127,11 @@ TEST(Summary, HasWordsAndAStatusForEachKindOfFault)
 TEST(Summary, AlwaysNamesTheNextStep)
 {
     for (const FaultCase &fault : kFaults) {
-        for (const Audience audience : kAudiences) {
+        for (const CommandKind command : kCommandKinds) {
             for (const bool isOfFontListing : {false, true}) {
                 Result result = ResultOf(fault.kind);
                 result.fault.isOfFontListing = isOfFontListing && !fault.isOfOutput;
-                const std::string text = ErrorOf(result, audience);
+                const std::string text = ErrorOf(result, command);
                 if (fault.kind == FaultKind::ReaderLeft) {
                     EXPECT_EQ(text, "");
                     continue;
@@ -147,26 +149,26 @@ TEST(Summary, SendsNobodyToTheCommandThatHeIsAt)
 {
     Result result = ResultOf(FaultKind::Malformed);
     result.outcome.fonts.push_back({"Futura", "Jost", "", FontMatch::Substitute, 1, 4, 0});
-    const std::pair<Audience, std::string_view> kCommands[] = {{Audience::Info, "vx info"},
-                                                               {Audience::Fonts, "vx fonts"},
-                                                               {Audience::Trace, "vx trace"},
-                                                               {Audience::Render, "vx render"},
-                                                               {Audience::Batch, "vx batch"}};
-    for (const auto &[audience, command] : kCommands) {
-        const Summary summary = Summarise("a.vx", result, TellingTo(audience));
+    const std::pair<CommandKind, std::string_view> kCommands[] = {{CommandKind::Info, "vx info"},
+                                                                  {CommandKind::Fonts, "vx fonts"},
+                                                                  {CommandKind::Trace, "vx trace"},
+                                                                  {CommandKind::Render, "vx render"},
+                                                                  {CommandKind::Batch, "vx batch"}};
+    for (const auto &[kind, command] : kCommands) {
+        const Summary summary = Summarise("a.vx", result, OptionsFor(kind));
         EXPECT_EQ(summary.error.find(command), std::string::npos) << summary.error;
         ASSERT_EQ(summary.warnings.size(), 1U);
         EXPECT_EQ(summary.warnings[0].find(command), std::string::npos) << summary.warnings[0];
         EXPECT_EQ(summary.warnings[0].find("vx fonts a.vx") == std::string::npos,
-                  audience == Audience::Fonts);
+                  kind == CommandKind::Fonts);
     }
 }
 
 TEST(Summary, SaysThatNothingIsWrittenWhereSomethingWouldBe)
 {
-    for (const Audience audience : kAudiences) {
-        const bool writes = audience == Audience::Render || audience == Audience::Batch;
-        EXPECT_EQ(ErrorOf(ResultOf(FaultKind::OutOfTime), audience).find("nothing written") !=
+    for (const CommandKind command : kCommandKinds) {
+        const bool writes = command == CommandKind::Render || command == CommandKind::Batch;
+        EXPECT_EQ(ErrorOf(ResultOf(FaultKind::OutOfTime), command).find("nothing written") !=
                       std::string::npos,
                   writes);
     }
@@ -175,46 +177,46 @@ TEST(Summary, SaysThatNothingIsWrittenWhereSomethingWouldBe)
 TEST(Summary, QuotesNoForeignFileWhoseResultsGoFar)
 {
     const Result result = ResultOf(FaultKind::NotADrawing);
-    EXPECT_NE(ErrorOf(result, Audience::Info).find("GIF89a"), std::string::npos);
-    EXPECT_EQ(ErrorOf(result, Audience::Batch).find("GIF89a"), std::string::npos);
-    EXPECT_NE(ErrorOf(result, Audience::Batch).find("--manifest"), std::string::npos);
+    EXPECT_NE(ErrorOf(result, CommandKind::Info).find("GIF89a"), std::string::npos);
+    EXPECT_EQ(ErrorOf(result, CommandKind::Batch).find("GIF89a"), std::string::npos);
+    EXPECT_NE(ErrorOf(result, CommandKind::Batch).find("--manifest"), std::string::npos);
 }
 
 TEST(Summary, TellsWhatKeptFontsFromBeingListed)
 {
     Result result = ResultOf(FaultKind::OutOfTime);
     result.fault.isOfFontListing = true;
-    EXPECT_EQ(ErrorOf(result, Audience::Render), "the fonts of this machine are not listed after 2.5 s, "
-                                                 "nothing written: look for a pipe or a circle of "
-                                                 "links in their folders, or allow more with --max-time");
-    Telling endless = TellingTo(Audience::Trace);
+    EXPECT_EQ(ErrorOf(result, CommandKind::Render), "the fonts of this machine are not listed after 2.5 s, "
+                                                    "nothing written: look for a pipe or a circle of "
+                                                    "links in their folders, or allow more with --max-time");
+    SummaryOptions endless = OptionsFor(CommandKind::Trace);
     endless.limits.seconds = 0;
     EXPECT_EQ(
         Summarise("a.vx", result, endless).error,
         "the fonts of this machine are not listed after 60 s: look for a pipe or a circle of links in their "
         "folders, or allow more with --max-time");
     result.fault.kind = FaultKind::Crashed;
-    EXPECT_EQ(ErrorOf(result, Audience::Info), "the process that lists the fonts of this machine crashed, "
-                                               "why: what to do: leave out the folder with the "
-                                               "damaged font, or all with --no-system-fonts");
+    EXPECT_EQ(ErrorOf(result, CommandKind::Info), "the process that lists the fonts of this machine crashed, "
+                                                  "why: what to do: leave out the folder with the "
+                                                  "damaged font, or all with --no-system-fonts");
     result.fault = {FaultKind::BadAnswer, "", 0, true};
-    EXPECT_EQ(ErrorOf(result, Audience::Info), "the process that lists the fonts of this machine crashed: "
-                                               "leave out the folder with the damaged font, or "
-                                               "all with --no-system-fonts");
+    EXPECT_EQ(ErrorOf(result, CommandKind::Info), "the process that lists the fonts of this machine crashed: "
+                                                  "leave out the folder with the damaged font, or "
+                                                  "all with --no-system-fonts");
 }
 
 TEST(Summary, TellsHowToGetAWorker)
 {
     Result result = ResultOf(FaultKind::NoWorker);
     result.fault.error = ENOSYS;
-    EXPECT_EQ(ErrorOf(result, Audience::Info),
+    EXPECT_EQ(ErrorOf(result, CommandKind::Info),
               "no worker process, function not implemented: mount /proc where vx is started");
 }
 
 TEST(Summary, OfAProfileAsksForAnotherOne)
 {
     for (const FaultKind kind : {FaultKind::Crashed, FaultKind::BadAnswer}) {
-        const std::string text = ErrorOf(ResultOf(kind), Audience::Profile);
+        const std::string text = ErrorOf(ResultOf(kind), CommandKind::Profile);
         EXPECT_TRUE(text.ends_with(": give another profile and report it")) << text;
     }
 }
@@ -223,8 +225,8 @@ TEST(Summary, NamesTheOutputThatAFaultIsAbout)
 {
     Result result = ResultOf(FaultKind::NoFolder);
     result.output = "none/a.png";
-    EXPECT_EQ(Summarise("a.vx", result, TellingTo(Audience::Render)).subject, "none/a.png");
-    EXPECT_EQ(ErrorOf(ResultOf(FaultKind::CannotWrite), Audience::Trace),
+    EXPECT_EQ(Summarise("a.vx", result, OptionsFor(CommandKind::Render)).subject, "none/a.png");
+    EXPECT_EQ(ErrorOf(ResultOf(FaultKind::CannotWrite), CommandKind::Trace),
               "cannot be written, file too large: choose another place");
 }
 
@@ -232,11 +234,11 @@ TEST(Summary, WarnsOfWhatIsLeftOutAndIsStrictAboutIt)
 {
     Result result;
     result.omitted = {2, 3, 4, 5, 6};
-    const Summary summary = Summarise("a.vx", result, TellingTo(Audience::Info));
+    const Summary summary = Summarise("a.vx", result, OptionsFor(CommandKind::Info));
     EXPECT_EQ(summary.warnings,
               (std::vector<std::string>{"2 more problems are not told of", "3 more fonts are not told of"}));
     EXPECT_EQ(summary.status, Status::Done);
-    Telling strict = TellingTo(Audience::Info);
+    SummaryOptions strict = OptionsFor(CommandKind::Info);
     strict.isStrict = true;
     EXPECT_EQ(Summarise("a.vx", result, strict).status, Status::Warned);
     result.omitted = {0, 0, 4, 5, 6}; // names of the header, which nobody is warned of
