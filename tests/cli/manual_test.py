@@ -125,6 +125,7 @@ class Members(CommandTest):
         super().setUp()
         self.names = [sample(name) for name in sample_names()]
         cases = {"problems": document("1 2 Qx\n" + self.TEXT.format("Nowhere")), "malformed": document("1 k\n"),
+                 "cut": document("u\n*u\nq\n1 1 1 1 0 0 0 0 0 0 Lb\nBb\n0 To\n", end=""),
                  "foreign": b"GIF89a, and then some", "empty": b"", "full": self.full(),
                  "fonts": document("".join(self.TEXT.format(f"Font{number}") for number in range(300)))}
         for name, data in cases.items():
@@ -141,7 +142,7 @@ class Members(CommandTest):
         """A header of more names than an answer holds: each byte becomes three."""
         lists = []
         for key, form in (("ProcessColors", "%s"), ("CustomColors", "(%s)"), ("Fonts", "%s")):
-            names = [form % (f"{number:03}" + 240 * "\xff") for number in range(256)]
+            names = [form % (f"{number:03}" + 240 * "\xc9") for number in range(256)]
             lists += [f"%%Document{key}: {names[0]}\n", *(f"%%+ {name}\n" for name in names[1:])]
         return document().replace(b"%%EndComments\n", "".join(lists).encode("latin-1") + b"%%EndComments\n")
 
