@@ -287,9 +287,7 @@ void Worker::Conclude(Fault seen)
     std::optional<std::string> answer = frames_->TakeAnswer();
     end_.emplace();
     Fault &fault = end_->fault;
-    if (seen.kind == FaultKind::OutOfTime)
-        fault = std::move(seen);
-    else if (frames_->IsOutOfMemory())
+    if (frames_->IsOutOfMemory() && seen.kind != FaultKind::OutOfTime)
         fault.kind = FaultKind::OutOfMemory;
     else if (seen)
         fault = std::move(seen);
