@@ -120,13 +120,6 @@ constexpr bool kKeepsStandardError = !MemoryLimitWorks();
 // started with. The standard streams that are not kept lead nowhere.
 void CloseAllBut(std::vector<int> keep)
 {
-    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        const bool isKept =
-            std::ranges::find(keep, stream) != keep.end() || (stream == STDERR_FILENO && kKeepsStandardError);
-        if (!isKept && (nowhere < 0 || dup2(nowhere, stream) < 0))
-            _exit(1);
-    }
     std::ranges::sort(keep);
     unsigned first = STDERR_FILENO + 1;
     for (const int descriptor : keep) {
@@ -138,6 +131,16 @@ void CloseAllBut(std::vector<int> keep)
         first = kept + 1;
     }
     CloseRange(first, ~0U);
+    // Now there is room for one more, however few this program may have.
+    const int nowhere = open("/dev/null", O_RDWR | O_CLOEXEC);
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        const bool isKept =
+            std::ranges::find(keep, stream) != keep.end() || (stream == STDERR_FILENO && kKeepsStandardError);
+        if (!isKept && (nowhere < 0 || dup2(nowhere, stream) < 0))
+            _exit(1);
+    }
+    if (nowhere > STDERR_FILENO)
+        close(nowhere);
 }
 
 // Runs the task. A library may also tell of its lack of memory by itself.
@@ -287,9 +290,7 @@ void Worker::Conclude(Fault seen)
     std::optional<std::string> answer = frames_->TakeAnswer();
     end_.emplace();
     Fault &fault = end_->fault;
-    if (seen.kind == FaultKind::OutOfTime)
-        fault = std::move(seen);
-    else if (frames_->IsOutOfMemory())
+    if (frames_->IsOutOfMemory() && seen.kind != FaultKind::OutOfTime)
         fault.kind = FaultKind::OutOfMemory;
     else if (seen)
         fault = std::move(seen);

@@ -2,6 +2,7 @@
 import errno
 import json
 import os
+import resource
 import struct
 import sys
 import unittest
@@ -196,7 +197,7 @@ class Profiles(ConfinementTest):
 
 
 class Descriptors(ConfinementTest):
-    """Where the kernel cannot close all descriptors but those that are named, they are closed one by one, or nothing is read."""
+    """Where the kernel cannot close all but those that are named, they are closed one by one, or nothing is read."""
 
     def test_are_closed_one_by_one(self):
         self.run_vx("render", "plain.vx", "-o", "a.png", status=1, hostile="probe", environment=WITHOUT_CLOSING)
@@ -204,6 +205,22 @@ class Descriptors(ConfinementTest):
         self.assertEqual(kinds[:3], ["is-device"] * 3)
         self.assertLessEqual(set(kinds[3:]), {"is-file", "is-other", "is-pipe"})
         self.assertEqual((kinds.count("is-file"), kinds.count("is-pipe")), (1, 1))
+
+    def test_few_are_enough_or_that_is_told(self):
+        self.write("list", b"".join(b'{"input": "text.vx", "output": "%d.png"}\n' % number for number in range(4)))
+        ends = set()
+        for most in range(8, 14):
+            limit = lambda: resource.setrlimit(resource.RLIMIT_NOFILE, (most, most))
+            process = self.start("batch", "--manifest", "list", *ONLY, FONTS, "-j", "4", preexec_fn=limit)
+            output, errors = process.communicate(timeout=120)
+            ends.add(process.returncode)
+            for result in map(json.loads, output.splitlines()):
+                if result["status"] == "done":
+                    self.assertEqual([font["match"] for font in result["fonts"]], ["stand-in"], most)
+                else:
+                    self.assertIn("too many open files", result["error"], most)
+        self.assertIn(0, ends)
+        self.assertNotIn(6, ends)
 
     def test_are_never_kept(self):
         environment = {**WITHOUT_CLOSING, "VX_WITHOUT_PROC": "1"}
