@@ -192,6 +192,7 @@ std::optional<Result> ReadResult(std::string_view bytes)
 std::string WriteFonts(const FontList &fonts, Confinement confinement)
 {
     std::vector<FontList::Entry> entries;
+    entries.reserve(static_cast<size_t>(fonts.Count()));
     for (int32_t i = 0; i < fonts.Count(); ++i)
         entries.push_back(fonts.At(i));
     FlatWriter flat;
