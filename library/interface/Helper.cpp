@@ -27,8 +27,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char **environ;
-
 namespace vxhost
 {
 
