@@ -53,11 +53,15 @@ constexpr TextComment kTexts[] = {
 using ValueList = std::vector<std::string>;
 using ListReader = void (*)(std::string_view value, ValueList *to);
 
+void AddNew(std::string text, ValueList *to)
+{
+    if (!text.empty() && to->size() < kMaxValues && std::ranges::find(*to, text) == to->end())
+        to->push_back(std::move(text));
+}
+
 void AddValue(std::string_view value, ValueList *to)
 {
-    std::string text(value.substr(0, kMaxValueLength));
-    if (!text.empty() && to->size() < kMaxValues && std::find(to->begin(), to->end(), text) == to->end())
-        to->push_back(std::move(text));
+    AddNew(std::string(value.substr(0, kMaxValueLength)), to);
 }
 
 std::string_view SplitWord(std::string_view *text)
@@ -140,7 +144,7 @@ void AddStrings(std::string_view value, ValueList *to)
 // Names of fonts are compared with those that files have.
 void AddFontName(std::string_view name, ValueList *to)
 {
-    AddValue(ToUtf8(name.substr(0, kMaxValueLength)), to);
+    AddNew(ToUtf8(name.substr(0, kMaxValueLength)), to);
 }
 
 void AddFontNames(std::string_view value, ValueList *to)
