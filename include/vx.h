@@ -71,7 +71,7 @@ typedef enum vx_status {
     VX_STOPPED = 10,       /* a callback returned other than 0 */
     VX_BUSY = 11,          /* another call is at work with this document */
     VX_FAILED = 12,        /* what should not happen: report it, with the text */
-    VX_NOT_ISOLATED = 13 /* vx_render_isolated: no helper program here, or a kernel that cannot confine it */
+    VX_NOT_ISOLATED = 13   /* vx_render_isolated: no helper program here, or a kernel that cannot confine it */
 } vx_status;
 
 typedef struct vx_error {
@@ -305,10 +305,9 @@ typedef struct vx_isolated {
     size_t option_count;        /* pairs */
     int32_t must_be_confined;   /* 1: refuse where the kernel cannot confine all of it */
     const char *helper;         /* path of the helper program; null: the one that is installed */
-    vx_progress
-        progress; /* done is of total, which is 100. At least some ten times a second, so that it can end the
+    vx_progress progress; /* done is of total, which is 100. At least some ten times a second, so that it can end the
                              call; null: nobody is told */
-    vx_warning warning; /* after all has been written, or has failed; null: nobody is told */
+    vx_warning warning;   /* after all has been written, or has failed; null: nobody is told */
 } vx_isolated;
 vx_status vx_render_isolated(vx_library *library, const vx_isolated *request, vx_write write, void *context,
                              vx_error *error);
