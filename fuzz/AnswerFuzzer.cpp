@@ -2,8 +2,8 @@
 //
 // The input is what comes through the pipe. What is taken for an answer is one: written again it is the same bytes.
 #include "fuzz/Require.h"
-#include "jobs/Answer.h"
-#include "jobs/WorkerFrames.h"
+#include "library/pipe/Answer.h"
+#include "library/pipe/WorkerFrames.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -2,8 +2,8 @@
 // their pipes.
 #include "host/fonts/ListedFonts.h"
 #include "host/reading/Reading.h"
-#include "jobs/Answer.h"
-#include "jobs/WorkerFrames.h"
+#include "library/pipe/Answer.h"
+#include "library/pipe/WorkerFrames.h"
 #include "plugin/entry/VXParser.h"
 
 #include <filesystem>

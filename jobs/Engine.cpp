@@ -38,6 +38,7 @@ ReadingOptions Engine::OptionsOfReading() const
     reading.served = options_.served;
     reading.substitute = options_.substitute;
     reading.script = options_.script;
+    reading.dateOrder = options_.dateOrder;
     // One bound for both: together they stay under the worker's own.
     const int64_t limit = options_.limits.memory;
     reading.maxMemory = limit > 0 ? limit : std::numeric_limits<int64_t>::max();

@@ -24,6 +24,7 @@ struct EngineOptions {
     std::map<std::string, std::string> served; // as in ReadingOptions, like the next two
     bool substitute = true;
     std::optional<Script> script;
+    DateOrder dateOrder = DateOrder::Unsaid;
     WorkerLimits limits;
     bool mustBeConfined = false; // no document is read where the kernel cannot confine its worker
     // Is told how much of an input was read; null: nobody is.

@@ -97,6 +97,9 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["title"] = header.title;
     facts["creator"] = header.creator;
     facts["creationDate"] = header.creationDate;
+    facts["date"] = header.created ? IsoText(*header.created) : "";
+    if (header.isDateOrderOpen)
+        facts["dateOrder"] = "open";
     facts["box"] = {box.left, box.bottom, box.right, box.top};
     facts["points"] = {box.Width(), box.Height()};
     facts["millimetres"] = {Millimetres(box.Width()), Millimetres(box.Height())};

@@ -161,6 +161,11 @@ void SetDate(const Option &option, const std::string &text, Settings *settings)
     settings->pdf.date = seconds;
 }
 
+void SetDateOrder(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->dateOrder = static_cast<DateOrder>(Choose(option, text));
+}
+
 void SetScript(const Option &option, const std::string &text, Settings *settings)
 {
     const size_t choice = Choose(option, text);
@@ -239,6 +244,9 @@ constexpr Option kOptions[] = {
     {"script", 0, "SCRIPT", 0, "auto",
      "the script of text whose font does not say it: auto, roman, japanese, chinese or korean (auto)",
      SetScript, "auto,roman,japanese,chinese,korean"},
+    {"date-order", 0, "ORDER", 0, "auto",
+     "which comes first in a date as 3/5/94: auto (it stays open), mdy or dmy (auto)", SetDateOrder,
+     "auto,mdy,dmy"},
 };
 
 size_t PlaceOf(const Option &option)

@@ -30,6 +30,7 @@ constexpr size_t kFormatCount = 3;
 struct Settings {
     // These are about reading any document.
     std::optional<Script> script;
+    DateOrder dateOrder = DateOrder::Unsaid;
     bool substitute = true;
     double seconds = 60;               // 0: no limit
     int64_t memory = int64_t{1} << 30; // bytes; 0: no limit

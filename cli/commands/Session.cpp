@@ -38,6 +38,7 @@ EngineOptions OptionsOfEngine(const CommonOptions &options, Messages *messages)
     engine.served = options.fonts.served;
     engine.substitute = options.fonts.substitute;
     engine.script = options.script;
+    engine.dateOrder = options.dateOrder;
     engine.limits = options.limits;
     engine.mustBeConfined = options.requireSandbox;
     if (options.showProgress)

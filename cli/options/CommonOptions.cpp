@@ -48,6 +48,7 @@ void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
     command->add_flag("--no-system-fonts", noSystemFonts_, "use only the fonts of --font-dir")->group(kGroup);
     addOfTable("missing-fonts", "");
     addOfTable("script", "");
+    addOfTable("date-order", "");
     command
         ->add_flag("--require-sandbox", requireSandbox_,
                    "read no document where the kernel cannot confine its worker")
@@ -79,6 +80,7 @@ CommonOptions CommonOptionReader::Read(bool needsInput) const
     options.fonts = ReadFontChoice(options.limits.seconds);
     options.fonts.substitute = settings.substitute;
     options.script = settings.script;
+    options.dateOrder = settings.dateOrder;
     if (quiet_ && verbose_)
         throw UsageError("-q and -v: give one of them");
     options.verbosity = quiet_ ? Verbosity::Quiet : verbose_ ? Verbosity::Detailed : Verbosity::Normal;

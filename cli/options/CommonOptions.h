@@ -41,6 +41,7 @@ struct CommonOptions {
     FontChoice fonts;
     std::optional<Script>
         script; // that of text whose font does not say it; none: the fonts of the document decide
+    DateOrder dateOrder = DateOrder::Unsaid;
     WorkerLimits limits;
     Verbosity verbosity = Verbosity::Normal;
     bool showProgress = false;

@@ -67,6 +67,16 @@ std::string Usage(const Counts &counts)
                    Count(counts.shows, "text", "texts")});
 }
 
+// As it was found, and as it is read.
+std::string CreatedText(const HeaderFacts &header)
+{
+    if (header.created)
+        return fmt::format("{}, which is {}", header.creationDate, IsoText(*header.created));
+    return header.isDateOrderOpen
+               ? header.creationDate + ", the month or the day first: say which with --date-order"
+               : header.creationDate;
+}
+
 } // namespace
 
 std::string InfoText(const std::string &input, const Result &result, const std::string &error)
@@ -80,7 +90,7 @@ std::string InfoText(const std::string &input, const Result &result, const std::
         fmt::format("{}: VX document, version {}\n", Printable(InputName(input), 4096), header.version);
     text += Row("title", header.title);
     text += Row("creator", header.creator);
-    text += Row("created", header.creationDate);
+    text += Row("created", CreatedText(header));
     text += Row("box", fmt::format("{} {} {} {}", Decimal(box.left), Decimal(box.bottom), Decimal(box.right),
                                    Decimal(box.top)));
     text +=

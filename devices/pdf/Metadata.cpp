@@ -7,7 +7,9 @@ namespace vxhost::pdf
 
 std::string DateOf(const PdfOptions &options, const Page &page)
 {
-    return options.date ? PdfDate(*options.date) : PdfDateOf(page.created).value_or("");
+    if (options.date)
+        return PdfDate(*options.date);
+    return page.date ? PdfDate(*page.date) : "";
 }
 
 // The standards for print ask for both dates, a title, and whether the page was trapped: it was not.

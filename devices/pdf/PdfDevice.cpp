@@ -358,9 +358,14 @@ Failure WhyNoPdf(const PdfOptions &options, const Page &page)
     if (options.standard == PdfX::None || !DateOf(options, page).empty())
         return {};
     const std::string has =
-        page.created.empty() ? "none" : "\"" + page.created + "\", which can be read in two ways";
-    return {FailureKind::BadInput, "PDF/X asks for the date of creation, and the document has " + has +
-                                       ": set --date to one, in seconds since 1970"};
+        page.created.empty()
+            ? "none"
+            : "\"" + page.created + "\"" +
+                  (page.isDateOrderOpen ? ", which can be read in two ways" : ", which is none");
+    return {FailureKind::BadInput,
+            "PDF/X asks for the date of creation, and the document has " + has +
+                (page.isDateOrderOpen ? ": set --date-order, or --date to one, in seconds since 1970"
+                                      : ": set --date to one, in seconds since 1970")};
 }
 
 } // namespace vxhost

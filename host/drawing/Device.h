@@ -11,8 +11,10 @@
 #include "host/drawing/Paint.h"
 #include "host/drawing/Path.h"
 #include "host/drawing/Shading.h"
+#include "host/reading/HeaderDate.h"
 
 #include <algorithm>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -36,6 +38,8 @@ struct Page {
     std::string title; // from the document's header, UTF-8, may be empty
     std::string creator;
     std::string created = {}; // the date, as somebody wrote it in the header
+    std::optional<CalendarDate> date = {}; // the same as it is read; none: there is none, or it can be read in two ways
+    bool isDateOrderOpen = false;          // the latter
 };
 
 class Device

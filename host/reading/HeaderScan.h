@@ -5,9 +5,11 @@
 #pragma once
 
 #include "host/fonts/TextEncoding.h"
+#include "host/reading/HeaderDate.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,6 +30,8 @@ struct HeaderFacts {
     std::string title;
     std::string creator;
     std::string creationDate;
+    std::optional<CalendarDate> created; // the same, once it is read; none: it cannot be, or
+    bool isDateOrderOpen = false;        // it can be read in two ways
     std::vector<std::string> processColours;
     std::vector<std::string> customColours;
     std::vector<std::string> fonts; // UTF-8; bytes that are not become U+FFFD

@@ -57,6 +57,9 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
       fonts_(*installation.fonts, fontOptions_), openFonts_(fonts_)
 {
     DecodeTexts(TextEncodingOf(header_, fonts_), &header_);
+    const HeaderDate date = ReadHeaderDate(header_.creationDate, options_.dateOrder);
+    header_.created = date.date;
+    header_.isDateOrderOpen = date.isOrderOpen;
 }
 
 // Every pass over the document has the options that parse is given here.
@@ -129,6 +132,8 @@ Page Reading::PageFor(const std::optional<Box> &box)
     page.title = header_.title;
     page.creator = header_.creator;
     page.created = header_.creationDate;
+    page.date = header_.created;
+    page.isDateOrderOpen = header_.isDateOrderOpen;
     page.box = (box ? *box : ReadInfo().box).Upright();
     return page;
 }

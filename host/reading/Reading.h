@@ -30,6 +30,7 @@ struct ReadingOptions {
     std::map<std::string, std::string> served; // by the user's own choice: name asked for, PostScript name
     bool substitute = true;       // false: a document that needs a font that is not there is given up
     std::optional<Script> script; // for text whose font does not say it; none: as the fonts suggest
+    DateOrder dateOrder = DateOrder::Unsaid;
     int64_t maxMemory = int64_t{256} << 20; // bytes that the plug-in may hold at once, and that a drawing may
     std::function<bool(const Report &)> onReport; // true gives the document up; null: it goes on
     std::function<void(int64_t read, int64_t total)> onProgress; // null: none

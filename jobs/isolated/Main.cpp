@@ -74,6 +74,7 @@ Result Render(const IsolatedRequest &request)
     options.served.insert(request.served.begin(), request.served.end());
     options.substitute = settings.substitute;
     options.script = settings.script;
+    options.dateOrder = settings.dateOrder;
     options.limits = {settings.seconds, settings.memory, settings.output};
     options.mustBeConfined = request.mustBeConfined;
     options.onProgress = [](const std::string &, int percent) { SendProgress(percent); };

@@ -120,6 +120,7 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
     options.served = document->choices.served;
     options.substitute = settings.substitute;
     options.script = settings.script;
+    options.dateOrder = settings.dateOrder;
     options.maxMemory = settings.memory > 0 ? settings.memory : std::numeric_limits<int64_t>::max();
     options.onProgress = [&](int64_t done, int64_t total) {
         watch.CheckProgress(done, total);

@@ -4,7 +4,7 @@ _vx()
 {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
     local every='--plugin --max-time --max-memory --max-output --progress --font-dir --font-map --no-system-fonts --missing-fonts
-        --script --require-sandbox --strict --quiet --verbose --help'
+        --script --date-order --require-sandbox --strict --quiet --verbose --help'
     local picture='--output --format --dpi --zoom --width --height --fit --background --box --profile --intent
         --overprint --samples --text --pdf-x --date'
     local words= files=-f
@@ -28,6 +28,7 @@ _vx()
     --samples) words='1 2 4 8' files= ;;
     --text) words='text outlines' files= ;;
     --pdf-x) words='x1a x3 none' files= ;;
+    --date-order) words='auto mdy dmy' files= ;;
     --script) words='auto roman japanese chinese korean' files= ;;
     --missing-fonts) words='substitute fail' files= ;;
     --progress) words='auto never always' files= ;;

@@ -99,6 +99,7 @@ class Info:
 
         version          2 to 5
         creation_date    in words of the drawing's own
+        date             the same as it is read, "1994-03-05T10:12:00"; empty where it cannot be, or can be in two ways
         box              left, bottom, right, top as they are written: they may be inverted, or empty
         points           width and height of the box, in points of 1/72 inch
         millimetres      the same in millimetres
@@ -118,6 +119,7 @@ class Info:
     title: str
     creator: str
     creation_date: str
+    date: str
     box: Box
     points: tuple[float, float]
     millimetres: tuple[float, float]

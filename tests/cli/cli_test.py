@@ -840,6 +840,26 @@ class Titles(CommandTest):
                 self.write("a.vx", self.titled(title, comments))
                 self.assertEqual(self.facts("a.vx", *words)["title"], text)
 
+    def test_dates_are_told_as_found_and_as_read(self):
+        for date, words, read, order in (("3/25/94 10:12 AM", [], "1994-03-25T10:12:00", None),
+                                         ("5. M\x8arz 1994", [], "1994-03-05", None), ("3/5/94", [], "", "open"),
+                                         ("3/5/94", ["--date-order", "mdy"], "1994-03-05", None),
+                                         ("3/5/94", ["--date-order", "dmy"], "1994-05-03", None),
+                                         ("last Tuesday", [], "", None)):
+            with self.subTest(date=date, words=words):
+                self.write("a.vx", self.titled(b"a").replace(b"%%Title", b"%%CreationDate: " + date.encode("latin-1") +
+                                                             b"\n%%Title"))
+                facts = self.facts("a.vx", *words)
+                self.assertEqual((facts["creationDate"], facts["date"], facts.get("dateOrder")),
+                                 (date.replace("\x8a", "ä"), read, order))
+                self.run_vx("render", "a.vx", "-o", "a.pdf", *words)
+                written = b"/CreationDate (D:" + read[:10].replace("-", "").encode()
+                self.assertEqual(written in self.read("a.pdf"), read != "")
+        self.write("a.vx", self.titled(b"a").replace(b"%%Title", b"%%CreationDate: 3/5/94\n%%Title"))
+        self.assertIn(b"3/5/94, the month or the day first: say which with --date-order", self.run_vx("info", "a.vx")[0])
+        self.assertIn("set --date-order, or --date", self.refused("render", "a.vx", "-o", "b.pdf", "--pdf-x", "x3", status=1))
+        self.run_vx("render", "a.vx", "-o", "b.pdf", "--pdf-x", "x3", "--date-order", "dmy")
+
     def test_every_output_has_the_title(self):
         self.write("a.vx", self.titled(b"(Gr\x9a\xa7e)"))
         self.run_vx("render", "a.vx", "-f", "pdf,svg", "-o", "a.{ext}")

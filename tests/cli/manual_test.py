@@ -124,7 +124,7 @@ class Members(CommandTest):
     def setUp(self):
         super().setUp()
         self.names = [sample(name) for name in sample_names()]
-        cases = {"problems": document("1 2 Qx\n" + self.TEXT.format("Nowhere")), "malformed": document("1 k\n"),
+        cases = {"open-date": document().replace(b"%%BoundingBox", b"%%CreationDate: 3/5/94\n%%BoundingBox"), "problems": document("1 2 Qx\n" + self.TEXT.format("Nowhere")), "malformed": document("1 k\n"),
                  "cut": document("u\n*u\nq\n1 1 1 1 0 0 0 0 0 0 Lb\nBb\n0 To\n", end=""),
                  "foreign": b"GIF89a, and then some", "empty": b"", "full": self.full(),
                  "fonts": document("".join(self.TEXT.format(f"Font{number}") for number in range(300)))}

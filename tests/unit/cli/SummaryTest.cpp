@@ -159,8 +159,7 @@ TEST(Summary, SendsNobodyToTheCommandThatHeIsAt)
         EXPECT_EQ(summary.error.find(command), std::string::npos) << summary.error;
         ASSERT_EQ(summary.warnings.size(), 1U);
         EXPECT_EQ(summary.warnings[0].find(command), std::string::npos) << summary.warnings[0];
-        EXPECT_EQ(summary.warnings[0].find("vx fonts a.vx") == std::string::npos,
-                  kind == CommandKind::Fonts);
+        EXPECT_EQ(summary.warnings[0].find("vx fonts a.vx") == std::string::npos, kind == CommandKind::Fonts);
     }
 }
 

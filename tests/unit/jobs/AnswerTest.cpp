@@ -22,8 +22,8 @@ namespace
 // All fields of a record: one more makes these wrong.
 auto FieldsOf(const HeaderFacts &record)
 {
-    const auto &[a, b, c, d, e, f, g, h, i, j, k, l, m] = record;
-    return std::tie(a, b, c, d, e, f, g, h, i, j, k, l, m);
+    const auto &[a, b, c, d, e, f, g, h, i, j, k, l, m, n, o] = record;
+    return std::tie(a, b, c, d, e, f, g, h, i, j, k, l, m, n, o);
 }
 
 auto FieldsOf(const Omitted &record)
@@ -114,6 +114,8 @@ Answer MakeAnswer()
                      "a title",
                      "maker",
                      "yesterday",
+                     CalendarDate{1994, 3, 5, 10, 12, 59},
+                     true,
                      {"Cyan"},
                      {"Sea", "Sand"},
                      {"Helvetica", "Times", "Courier"}};

@@ -63,6 +63,7 @@ TEST(PdfX, TakesTheDocumentsDate)
     options.date.reset();
     Page wanted;
     wanted.created = "3/25/94 10:12 AM";
+    wanted.date = vxhost::CalendarDate{1994, 3, 25, 10, 12, 0};
     DrawnPage page(Nothing, options, wanted);
     EXPECT_EQ(Info(page, "/CreationDate"), "(D:19940325101200)");
 }
@@ -76,9 +77,14 @@ TEST(PdfX, NeedsADate)
               "--date to one, in seconds since 1970");
     Page wanted;
     wanted.created = "3/5/94";
+    wanted.isDateOrderOpen = true;
     EXPECT_EQ(DrawnPage(Nothing, options, wanted).error,
               "PDF/X asks for the date of creation, and the document has \"3/5/94\", which can be read in "
-              "two ways: set "
+              "two ways: set --date-order, or --date to one, in seconds since 1970");
+    wanted.created = "last Tuesday";
+    wanted.isDateOrderOpen = false;
+    EXPECT_EQ(DrawnPage(Nothing, options, wanted).error,
+              "PDF/X asks for the date of creation, and the document has \"last Tuesday\", which is none: set "
               "--date to one, in seconds since 1970");
 }
 
