@@ -37,9 +37,9 @@ struct Page {
     Box box;           // the part of page space to show, left < right and bottom < top
     std::string title; // from the document's header, UTF-8, may be empty
     std::string creator;
-    std::string created = {}; // the date, as somebody wrote it in the header
-    std::optional<CalendarDate> date = {}; // the same as it is read; none: there is none, or it can be read in two ways
-    bool isDateOrderOpen = false;          // the latter
+    std::string created = {};              // the date, as somebody wrote it in the header
+    std::optional<CalendarDate> date = {}; // the same as it is read; none: it cannot be
+    bool isDateOrderOpen = false;          // the date can be read in two ways
 };
 
 class Device
