@@ -83,9 +83,10 @@ TEST(PdfX, NeedsADate)
               "two ways: set --date-order, or --date to one, in seconds since 1970");
     wanted.created = "last Tuesday";
     wanted.isDateOrderOpen = false;
-    EXPECT_EQ(DrawnPage(Nothing, options, wanted).error,
-              "PDF/X asks for the date of creation, and the document has \"last Tuesday\", which is none: set "
-              "--date to one, in seconds since 1970");
+    EXPECT_EQ(
+        DrawnPage(Nothing, options, wanted).error,
+        "PDF/X asks for the date of creation, and the document has \"last Tuesday\", which is none: set "
+        "--date to one, in seconds since 1970");
 }
 
 TEST(PdfMetadata, KeepsADateThatCanBeReadInTwoWays)
