@@ -3,7 +3,6 @@
 #include "host/fonts/ListedFonts.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace vxhost
@@ -30,19 +29,6 @@ const Installation &Engine::Installed()
     if (HasFonts())
         installation_.fonts = fonts_.List();
     return installation_;
-}
-
-ReadingOptions Engine::OptionsOfReading() const
-{
-    ReadingOptions reading;
-    reading.served = options_.served;
-    reading.substitute = options_.substitute;
-    reading.script = options_.script;
-    reading.dateOrder = options_.dateOrder;
-    // One bound for both: together they stay under the worker's own.
-    const int64_t limit = options_.limits.memory;
-    reading.maxMemory = limit > 0 ? limit : std::numeric_limits<int64_t>::max();
-    return reading;
 }
 
 FileRules &Engine::RulesWith(const std::vector<std::string> &files)

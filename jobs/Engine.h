@@ -8,9 +8,7 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -21,10 +19,7 @@ namespace vxhost
 struct EngineOptions {
     std::unique_ptr<Plugin> plugin;
     FontSources fonts;
-    std::map<std::string, std::string> served; // as in ReadingOptions, like the next two
-    bool substitute = true;
-    std::optional<Script> script;
-    DateOrder dateOrder = DateOrder::Unsaid;
+    ReadingOptions reading;
     WorkerLimits limits;
     bool mustBeConfined = false; // no document is read where the kernel cannot confine its worker
     // Is told how much of an input was read; null: nobody is.
@@ -47,7 +42,6 @@ class Engine
     // What a worker that starts now reads with: the fonts of the machine if they are listed, else boxes for all of them.
     bool HasFonts() const { return fonts_.List() != nullptr; }
     const Installation &Installed();
-    ReadingOptions OptionsOfReading() const;
     // Returns rules that allow these files, those of the fonts that are listed, and those of all calls before, which the user
     // chose too.
     FileRules &RulesWith(const std::vector<std::string> &files);

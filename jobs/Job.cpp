@@ -103,7 +103,7 @@ std::string Job::Work(WorkerLink &link) const
         return WriteAnswer(std::move(answer));
 
     const auto count = static_cast<int64_t>(passes.size());
-    ReadingOptions options = engine_->OptionsOfReading();
+    ReadingOptions options = engine_->Options().reading;
     if (engine_->Options().onProgress)
         options.onProgress = [&](int64_t read, int64_t total) {
             link.Progress(answer.passes * total + read, count * total);

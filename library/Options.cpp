@@ -261,6 +261,17 @@ bool IsProfileFile(std::string_view profile)
     return profile != kPlainProfile && profile != kOwnProfile;
 }
 
+ReadingOptions ReadingOptionsOf(const Settings &settings)
+{
+    ReadingOptions reading;
+    reading.substitute = settings.substitute;
+    reading.script = settings.script;
+    reading.dateOrder = settings.dateOrder;
+    // One bound for the interpreter and the drawing: together they stay under that of a worker.
+    reading.maxMemory = settings.memory > 0 ? settings.memory : std::numeric_limits<int64_t>::max();
+    return reading;
+}
+
 // Without a word the limit is more than any real drawing asks for, and less than fills a disk.
 int64_t MostOutput(const std::optional<int64_t> &said, size_t documentSize)
 {

@@ -7,6 +7,7 @@
 #include "devices/svg/SvgDevice.h"
 #include "host/drawing/Device.h"
 #include "host/fonts/TextEncoding.h"
+#include "host/reading/Reading.h"
 #include "library/Format.h"
 
 #include <cstddef>
@@ -48,6 +49,9 @@ bool IsProfileFile(std::string_view profile);
 
 // Returns how many bytes a file may take that is made of a document of that size, where "max-output" says said; 0: any number.
 int64_t MostOutput(const std::optional<int64_t> &said, size_t documentSize);
+
+// Says how a document is read. Which font serves which name is not among the options.
+ReadingOptions ReadingOptionsOf(const Settings &settings);
 
 // Is thrown for a wrong value, and for options that do not go together. The text is one line, in which the names of options have
 // the two dashes of a command line.

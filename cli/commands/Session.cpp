@@ -34,11 +34,8 @@ EngineOptions OptionsOfEngine(const CommonOptions &options, Messages *messages)
 {
     EngineOptions engine;
     engine.plugin = options.plugin.empty() ? MakeLinkedPlugin() : LoadPlugin(options.plugin);
-    engine.fonts = options.fonts.sources;
-    engine.served = options.fonts.served;
-    engine.substitute = options.fonts.substitute;
-    engine.script = options.script;
-    engine.dateOrder = options.dateOrder;
+    engine.fonts = options.fonts;
+    engine.reading = options.reading;
     engine.limits = options.limits;
     engine.mustBeConfined = options.requireSandbox;
     if (options.showProgress)
@@ -57,7 +54,7 @@ Session::Session(const CommonOptions &options, CommandKind command, Messages *me
     messages_->SetVerbosity(options.verbosity);
     messages_->ShowProgress(options.showProgress);
     messages_->Detail("", fmt::format("plug-in {}", options.plugin.empty() ? "built in" : options.plugin));
-    CheckServed(options.fonts.served);
+    CheckServed(options.reading.served);
 }
 
 // Throws UsageError when the user's map names a font that is not there.

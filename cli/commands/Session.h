@@ -5,6 +5,7 @@
 #include "cli/report/Messages.h"
 #include "cli/report/Summary.h"
 #include "jobs/Rendering.h"
+#include "library/FontMap.h"
 
 #include <functional>
 #include <span>

@@ -1,5 +1,6 @@
 #include "cli/options/CommonOptions.h"
 
+#include "cli/options/FontMapFile.h"
 #include "cli/options/OutputOptions.h"
 #include "library/FontFolder.h"
 
@@ -77,10 +78,11 @@ CommonOptions CommonOptionReader::Read(bool needsInput) const
 
     const Settings settings = texts_.Read();
     options.limits = {settings.seconds, settings.memory, settings.output};
-    options.fonts = ReadFontChoice(options.limits.seconds);
-    options.fonts.substitute = settings.substitute;
-    options.script = settings.script;
-    options.dateOrder = settings.dateOrder;
+    std::ranges::for_each(fontDirectories_, CheckFontFolder);
+    options.fonts = {!noSystemFonts_, fontDirectories_};
+    options.reading = ReadingOptionsOf(settings);
+    if (!fontMap_.empty())
+        options.reading.served = ReadFontMapFile(fontMap_, settings.seconds);
     if (quiet_ && verbose_)
         throw UsageError("-q and -v: give one of them");
     options.verbosity = quiet_ ? Verbosity::Quiet : verbose_ ? Verbosity::Detailed : Verbosity::Normal;
@@ -91,16 +93,6 @@ CommonOptions CommonOptionReader::Read(bool needsInput) const
     options.showProgress =
         progress_ == "always" || (progress_ == "auto" && isatty(STDERR_FILENO) == 1 && !quiet_);
     return options;
-}
-
-FontChoice CommonOptionReader::ReadFontChoice(double seconds) const
-{
-    FontChoice fonts;
-    std::ranges::for_each(fontDirectories_, CheckFontFolder);
-    fonts.sources = {!noSystemFonts_, fontDirectories_};
-    if (!fontMap_.empty())
-        fonts.served = ReadFontMapFile(fontMap_, seconds);
-    return fonts;
 }
 
 } // namespace vxhost

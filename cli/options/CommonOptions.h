@@ -1,14 +1,13 @@
 // Reads the options that every command has.
 #pragma once
 
-#include "cli/options/FontChoice.h"
 #include "cli/report/Messages.h"
 #include "cli/report/Status.h"
-#include "host/fonts/TextEncoding.h"
+#include "host/fonts/FontconfigFonts.h"
+#include "host/reading/Reading.h"
 #include "jobs/Worker.h"
 #include "library/Options.h"
 
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,10 +37,8 @@ struct CommonOptions {
 
     std::vector<std::string> inputs; // "-" is standard input
     std::string plugin;              // a file; empty: the one that is built in
-    FontChoice fonts;
-    std::optional<Script>
-        script; // that of text whose font does not say it; none: the fonts of the document decide
-    DateOrder dateOrder = DateOrder::Unsaid;
+    FontSources fonts;
+    ReadingOptions reading;
     WorkerLimits limits;
     Verbosity verbosity = Verbosity::Normal;
     bool showProgress = false;
@@ -62,8 +59,6 @@ class CommonOptionReader
     CommonOptions Read(bool needsInput = true) const;
 
   private:
-    FontChoice ReadFontChoice(double seconds) const; // seconds: how long reading a map may take
-
     std::vector<std::string> inputs_;
     std::string plugin_;
     std::vector<std::string> fontDirectories_;

@@ -71,10 +71,8 @@ Result Render(const IsolatedRequest &request)
     EngineOptions options;
     options.plugin = MakeLinkedPlugin();
     options.fonts = {request.useSystemFonts, request.fontFolders};
-    options.served.insert(request.served.begin(), request.served.end());
-    options.substitute = settings.substitute;
-    options.script = settings.script;
-    options.dateOrder = settings.dateOrder;
+    options.reading = ReadingOptionsOf(settings);
+    options.reading.served.insert(request.served.begin(), request.served.end());
     options.limits = {settings.seconds, settings.memory, settings.output};
     options.mustBeConfined = request.mustBeConfined;
     options.onProgress = [](const std::string &, int percent) { SendProgress(percent); };

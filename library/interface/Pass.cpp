@@ -115,13 +115,8 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
     document->warnings.clear();
     document->fonts.clear();
     const Watch watch(*document);
-    const Settings &settings = document->settings;
-    ReadingOptions options;
+    ReadingOptions options = ReadingOptionsOf(document->settings);
     options.served = document->choices.served;
-    options.substitute = settings.substitute;
-    options.script = settings.script;
-    options.dateOrder = settings.dateOrder;
-    options.maxMemory = settings.memory > 0 ? settings.memory : std::numeric_limits<int64_t>::max();
     options.onProgress = [&](int64_t done, int64_t total) {
         watch.CheckProgress(done, total);
         if (written != nullptr)
@@ -134,7 +129,7 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
     Keep(outcome, document);
     if (written != nullptr)
         written->Check();
-    CheckOutcome(outcome, document->header, document->bytes->Bytes().size(), settings);
+    CheckOutcome(outcome, document->header, document->bytes->Bytes().size(), document->settings);
     return outcome;
 }
 

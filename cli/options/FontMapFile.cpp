@@ -1,4 +1,4 @@
-#include "cli/options/FontChoice.h"
+#include "cli/options/FontMapFile.h"
 
 #include "cli/options/CommonOptions.h"
 #include "host/FileReading.h"
