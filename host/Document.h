@@ -51,6 +51,9 @@ class Document
     // Borrows the bytes: they must outlive the document.
     static std::unique_ptr<Document> FromMemory(std::span<const std::byte> bytes, std::string *error);
 
+    // A part of a document, which must outlive it.
+    static std::unique_ptr<Document> PartOf(const Document &whole, size_t offset, size_t size);
+
     Document(const Document &) = delete;
     Document &operator=(const Document &) = delete;
 

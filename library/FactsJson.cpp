@@ -115,6 +115,7 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["bytes"] = outcome.bytesTotal;
     facts["lineEnds"] = header.lineEnds;
     facts["epsWrapper"] = header.epsWrapper;
+    facts["wrapping"] = header.wrapping;
     facts["result"] = outcome.result;
 }
 

@@ -2,10 +2,12 @@
 
 #include "host/FileReading.h"
 #include "host/reading/HeaderScan.h"
+#include "host/reading/Wrapping.h"
 
 #include <algorithm>
-#include <array>
+#include <span>
 #include <unistd.h>
+#include <vector>
 
 namespace vxhost
 {
@@ -16,10 +18,11 @@ bool IsDrawing(const std::string &path)
     const Descriptor file(OpenToRead(path, FileKinds::Regular, &error));
     if (file.Get() < 0)
         return false;
-    std::array<std::byte, 512> first;
+    std::vector<std::byte> first(kMaxWrappingBytes);
     const ssize_t got = pread(file.Get(), first.data(), first.size(), 0);
-    const HeaderFacts facts =
-        ScanHeader(std::span(first).first(static_cast<size_t>(std::max<ssize_t>(got, 0))));
+    first.resize(static_cast<size_t>(std::max<ssize_t>(got, 0)));
+    const Wrapping wrapping = FindDrawing(first);
+    const HeaderFacts facts = ScanHeader(std::span(first).subspan(wrapping.offset, wrapping.size));
     return facts.hasPrefix || facts.epsWrapper;
 }
 

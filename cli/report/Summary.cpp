@@ -247,6 +247,8 @@ void Tell(const std::string &input, const Result &result, const Summary &summary
         messages->Warning(InputName(input), warning);
     if (!summary.error.empty())
         messages->Error(summary.subject.empty() ? InputName(input) : summary.subject, summary.error);
+    if (!result.header.wrapping.empty())
+        messages->Detail(InputName(input), "around the drawing: " + result.header.wrapping);
     const Counts &counts = result.outcome.counts;
     for (const std::string &output : result.written)
         messages->Detail(OutputName(output),

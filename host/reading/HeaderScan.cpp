@@ -17,8 +17,6 @@ constexpr size_t kMaxHeaderBytes = 256 * 1024;
 constexpr size_t kMaxValueLength = 255;
 constexpr size_t kMaxValues = 256;
 constexpr size_t kMinDocumentBytes = 12;
-constexpr std::string_view kPrefix = "%!PS-Tavro-";
-constexpr std::string_view kEpsSignature = "\xC5\xD0\xD3\xC6";
 constexpr std::string_view kBlanks = " \t";
 
 // What a line says of the version. The first line that decides a version decides it for good; a line with
@@ -335,7 +333,7 @@ HeaderFacts ScanHeader(std::span<const std::byte> file)
     std::string_view rest =
         DrawingSection({reinterpret_cast<const char *>(file.data()), file.size()}, &facts.epsWrapper)
             .substr(0, kMaxHeaderBytes);
-    facts.hasPrefix = rest.starts_with(kPrefix);
+    facts.hasPrefix = rest.starts_with(kDocumentPrefix);
     facts.firstLine = rest.substr(0, std::min(rest.find_first_of("\r\n"), kMaxValueLength));
     facts.lineEnds = LineEnds(rest);
     if (!facts.hasPrefix)
@@ -390,10 +388,10 @@ std::string WhyRefused(const HeaderFacts &facts, size_t fileSize, bool mayQuote)
     if (facts.epsWrapper && facts.firstLine.empty())
         return "not a VX document, its EPS wrapper has no drawing inside: the file may be cut short";
     if (!facts.hasPrefix && !mayQuote)
-        return "not a VX document: drawings start with \"" + std::string(kPrefix) + "\"";
+        return "not a VX document: drawings start with \"" + std::string(kDocumentPrefix) + "\"";
     if (!facts.hasPrefix)
         return "not a VX document, first line is \"" + Printable(facts.firstLine, 40) +
-               "\": drawings start with \"" + std::string(kPrefix) + "\"";
+               "\": drawings start with \"" + std::string(kDocumentPrefix) + "\"";
     if (!facts.recognised)
         return "not a VX document, header names no version: drawings have \"%VX5_FileFormat\" or a "
                "Tavro_Vellumcraft procedure set in theirs";

@@ -18,6 +18,10 @@
 namespace vxhost
 {
 
+// A drawing begins with one of these.
+constexpr std::string_view kDocumentPrefix = "%!PS-Tavro-";
+constexpr std::string_view kEpsSignature = "\xC5\xD0\xD3\xC6";
+
 struct HeaderFacts {
     bool hasPrefix = false;  // begins with "%!PS-Tavro-"
     bool recognised = false; // a comment says that it is a VX document
@@ -25,6 +29,7 @@ struct HeaderFacts {
     int version = 2;         // 2 to 5; 2 where nothing says more
     bool epsWrapper = false; // the drawing is a section of a binary EPS file
     std::string lineEnds;    // "CR", "LF", "CR LF", "mixed"; empty: none
+    std::string wrapping;    // what is around the drawing, as FindDrawing names it; empty: nothing
     std::string firstLine;   // of the drawing; a long one is cut
     // These are as they are written, until DecodeTexts makes them UTF-8.
     std::string title;

@@ -52,12 +52,15 @@ TextEncoding TextEncodingOf(const HeaderFacts &header, const DocumentFonts &font
 } // namespace
 
 Reading::Reading(const Installation &installation, const Document &document, ReadingOptions options)
-    : installation_(installation), document_(document), options_(std::move(options)),
-      header_(ScanHeader(document.Bytes())), fontOptions_(FontOptionsFor(document, header_, options_)),
+    : installation_(installation), whole_(document), wrapping_(FindDrawing(document.Bytes())),
+      part_(wrapping_.names.empty() ? nullptr : Document::PartOf(document, wrapping_.offset, wrapping_.size)),
+      document_(part_ == nullptr ? whole_ : *part_), options_(std::move(options)),
+      header_(ScanHeader(document_.Bytes())), fontOptions_(FontOptionsFor(document_, header_, options_)),
       fonts_(*installation.fonts, fontOptions_), openFonts_(fonts_)
 {
     DecodeTexts(TextEncodingOf(header_, fonts_), &header_);
     const HeaderDate date = ReadHeaderDate(header_.creationDate, options_.dateOrder);
+    header_.wrapping = wrapping_.names;
     header_.created = date.date;
     header_.isDateOrderOpen = date.isOrderOpen;
 }
@@ -82,6 +85,8 @@ Outcome Reading::Interpret(const Parse &parse)
     DocumentGlyphs glyphs(&openFonts_);
     parseOptions.glyphs = &glyphs;
     Outcome outcome = parse(parseOptions);
+    outcome.bytesRead += static_cast<int64_t>(wrapping_.offset); // places are those of the file
+    outcome.bytesTotal = static_cast<int64_t>(whole_.Bytes().size());
     const bool isBoxed = std::ranges::any_of(
         outcome.fonts, [](const FontUse &use) { return use.match == FontMatch::Missing; });
     // If nothing may be substituted, text that would be drawn as boxes ends the document as well.

@@ -8,6 +8,7 @@
 #include "host/fonts/DocumentFonts.h"
 #include "host/fonts/OpenFonts.h"
 #include "host/reading/HeaderScan.h"
+#include "host/reading/Wrapping.h"
 #include "host/trace/TraceTable.h"
 
 #include <cstdint>
@@ -70,7 +71,10 @@ class Reading
     void TellEnd(Outcome *outcome);
 
     const Installation &installation_;
-    const Document &document_;
+    const Document &whole_;
+    Wrapping wrapping_;
+    std::unique_ptr<Document> part_; // the drawing in the whole; null: it is the whole
+    const Document &document_;       // the drawing
     ReadingOptions options_;
     HeaderFacts header_;
     DocumentFontOptions fontOptions_;

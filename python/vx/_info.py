@@ -112,6 +112,7 @@ class Info:
         open             what it begins more often than it ends, and how many of these: {"groups": 1}
         bytes            its size
         line_ends        "LF", "CR", "CR LF" or "mixed"; empty: it has none
+        wrapping         what else is around the drawing, as "MacBinary"
         eps_wrapper      it is inside a binary EPS file
     """
 
@@ -135,6 +136,7 @@ class Info:
     bytes: int
     line_ends: str
     eps_wrapper: bool
+    wrapping: str
 
 
 def read_info(text: str) -> Info:

@@ -421,8 +421,7 @@ class Batch(CommandTest):
         process = self.start("batch", "-o", "{stem}.png", "-j", "2", hostile="loop", stdin=subprocess.PIPE)
         process.stdin.write(b"a.vx\nb.vx\n")
         process.stdin.flush()
-        while not self.read("worker.notes").endswith(b"\n"):
-            time.sleep(0.05)
+        self.wait_for_notes(b"\n")
         process.send_signal(signal.SIGINT)
         self.assertEqual((*process.communicate(timeout=60), process.returncode), (b"", b"", 130))
         self.assertEqual(self.files(), ["a.vx", "b.vx", "worker.notes"])

@@ -868,6 +868,43 @@ class Titles(CommandTest):
         self.assertEqual(self.facts("a.vx")["customColours"], ["(Größe)"])
 
 
+class Wrapped(CommandTest):
+    """Drawings in what other programs put around them on their way."""
+
+    @staticmethod
+    def mac_binary(data):
+        header = bytearray(128)
+        header[1:6] = b"\4harp"
+        header[83:87] = struct.pack(">I", len(data))
+        return bytes(header) + data + bytes(-len(data) % 128)
+
+    def test_they_are_the_same_picture(self):
+        data = document()
+        self.write("plain.vx", data)
+        self.run_vx("render", "plain.vx", "-o", "plain.png")
+        for name, wrapped in (("a byte-order mark", b"\xef\xbb\xbf" + data), ("blank lines", b"\r\n\n" + data),
+                              ("other lines before it", b"From: a\nContent-Type: text/plain\n\n" + data),
+                              ("NULs at its end", data + bytes(9)), ("MacBinary", self.mac_binary(data))):
+            with self.subTest(name):
+                self.write("a.vx", wrapped)
+                messages = self.run_vx("render", "a.vx", "-v", "-o", "a.png")[1]
+                self.assertIn("vx: a.vx: around the drawing: " + name, messages)
+                self.assertEqual(self.read("a.png"), self.read("plain.png"))
+                facts = json.loads(self.run_vx("info", "--json", "a.vx")[0])
+                self.assertEqual((facts["wrapping"], facts["bytes"]), (name, len(wrapped)))
+                # Nothing is written over it by mistake.
+                self.assertIn("would overwrite the drawing", self.refused("render", "plain.vx", "-f", "svg", "-o", "a.vx", status=2))
+
+    def test_what_is_malformed_is_told_by_its_place_in_the_file(self):
+        data = document("1 k\n")
+        places = []
+        for wrapped in (data, self.mac_binary(data)):
+            self.write("a.vx", wrapped)
+            message, = self.run_vx("info", "a.vx", status=1)[1]
+            places.append(int(re.search(r"near byte (\d+) of", message)[1]))
+        self.assertEqual(places[1] - places[0], 128)
+
+
 class CutShort(CommandTest):
     """Documents of which the end is lost."""
 

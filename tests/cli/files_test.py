@@ -170,8 +170,7 @@ class Changes(FilesTest):
 
     def test_an_input_that_is_written_to(self):
         process = self.start("render", "a.vx", "-o", "a.png", hostile="watch")
-        while not self.read("worker.notes").endswith(b"\n"):
-            time.sleep(0.05)
+        self.wait_for_notes(b"\n")
         with open(self.path("a.vx"), "r+b") as file:
             file.write(b"#")
         self.assertEqual((process.communicate(timeout=60)[1].decode(), process.returncode), (self.TOLD + "\n", 1))
@@ -236,8 +235,7 @@ class Leftovers(FilesTest):
     def killed_run(self):
         """Kills a run where every file has a name, and returns what it leaves."""
         process = self.start("render", "a.vx", "-o", "a.png", hostile="loop", environment=WITHOUT_UNNAMED)
-        while not self.read("worker.notes").endswith(b"\n"):
-            time.sleep(0.05)
+        self.wait_for_notes(b"\n")
         worker = int(self.read("worker.notes").split()[0])
         process.kill()
         process.communicate(timeout=60)
@@ -282,8 +280,7 @@ class Leftovers(FilesTest):
     def test_a_run_keeps_what_is_its_own(self):
         """The second looks at the folder while the first is at work there."""
         process = self.start("render", "a.vx", "-o", "a.png", hostile="loop", environment=WITHOUT_UNNAMED)
-        while not self.read("worker.notes").endswith(b"\n"):
-            time.sleep(0.05)
+        self.wait_for_notes(b"\n")
         before = [name for name in self.files() if name.endswith(".part")]
         self.run_vx("render", "a.vx", "-o", "b.png", *SMALL, environment=WITHOUT_UNNAMED)
         self.assertEqual([name for name in self.files() if name.endswith(".part")], before)

@@ -69,10 +69,10 @@ void HandOnNotes()
     static size_t handedOn = 0;
     const char *number = std::getenv("VX_HOSTILE_NOTEBOOK");
     const std::lock_guard lock(mutex);
-    const size_t length = g_notebook->length;
-    if (number != nullptr && length > handedOn &&
-        write(std::atoi(number), g_notebook->text + handedOn, length - handedOn) > 0)
-        handedOn = length;
+    // Room that was taken and is not written to yet holds zeros.
+    const size_t length = strnlen(g_notebook->text + handedOn, sizeof g_notebook->text - handedOn);
+    if (number != nullptr && length > 0 && write(std::atoi(number), g_notebook->text + handedOn, length) > 0)
+        handedOn += length;
 }
 
 std::atomic<bool> g_isClosed = false;
@@ -98,12 +98,15 @@ __attribute__((destructor)) void CloseNotebook()
     HandOnNotes();
 }
 
+// Takes room before it writes, as several workers may write at a time.
 void NoteLine(const char *what, unsigned long long value)
 {
-    const size_t length = g_notebook->length;
-    const size_t room = sizeof g_notebook->text - length;
-    g_notebook->length += static_cast<size_t>(
-        std::snprintf(g_notebook->text + length, room, what[0] == 0 ? "%s%llu\n" : "%s %llu\n", what, value));
+    char line[128];
+    const auto size = static_cast<size_t>(
+        std::snprintf(line, sizeof line, what[0] == 0 ? "%s%llu\n" : "%s %llu\n", what, value));
+    const size_t at = g_notebook->length.fetch_add(size);
+    if (at + size <= sizeof g_notebook->text)
+        std::memcpy(g_notebook->text + at, line, size);
 }
 
 // Notes "what 0" or "what" and the errno.

@@ -4,6 +4,7 @@ import os
 import struct
 import subprocess
 import tempfile
+import time
 import unittest
 import zlib
 
@@ -151,6 +152,14 @@ class CommandTest(unittest.TestCase):
         warnings = [message for message in messages if ": warning: " in message]
         self.assertEqual(len(warnings), len(set(warnings)), "a warning is repeated")
         return output or b"", messages
+
+    def wait_for_notes(self, end):
+        """Until what the hostile plug-in notes ends so."""
+        for _ in range(1200):
+            if self.read("worker.notes").endswith(end):
+                return
+            time.sleep(0.05)
+        self.fail("the worker notes nothing: %r" % self.read("worker.notes"))
 
     def refused(self, *words, status, **options):
         """Runs vx where one message is due and nothing on standard output, and returns the message."""

@@ -22,8 +22,8 @@ namespace
 // All fields of a record: one more makes these wrong.
 auto FieldsOf(const HeaderFacts &record)
 {
-    const auto &[a, b, c, d, e, f, g, h, i, j, k, l, m, n, o] = record;
-    return std::tie(a, b, c, d, e, f, g, h, i, j, k, l, m, n, o);
+    const auto &[a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p] = record;
+    return std::tie(a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p);
 }
 
 auto FieldsOf(const Omitted &record)
@@ -110,6 +110,7 @@ Answer MakeAnswer()
                      5,
                      true,
                      "CR LF",
+                     "MacBinary",
                      "%!first",
                      "a title",
                      "maker",
@@ -146,9 +147,9 @@ std::vector<std::string> TextsOf(const Answer &answer)
 {
     const HeaderFacts &header = answer.header;
     const Outcome &outcome = answer.outcome;
-    std::vector<std::string> texts = {header.lineEnds,   header.firstLine,    header.title,
-                                      header.creator,    header.creationDate, outcome.failure.text,
-                                      outcome.lackedFont};
+    std::vector<std::string> texts = {header.lineEnds,      header.wrapping,   header.firstLine,
+                                      header.title,         header.creator,    header.creationDate,
+                                      outcome.failure.text, outcome.lackedFont};
     for (const auto *names : {&header.processColours, &header.customColours, &header.fonts})
         texts.insert(texts.end(), names->begin(), names->end());
     for (const Report &report : outcome.reports)
