@@ -44,8 +44,8 @@ void Describe(Flat &flat, HeaderFacts &header, Omitted &omitted)
     flat.Add(header.hasBox);
     flat.Add(header.version);
     flat.Add(header.epsWrapper);
-    for (std::string *text :
-         {&header.lineEnds, &header.wrapping, &header.firstLine, &header.title, &header.creator, &header.creationDate})
+    for (std::string *text : {&header.lineEnds, &header.wrapping, &header.firstLine, &header.title,
+                              &header.creator, &header.creationDate})
         flat.AddText(*text, kMaxName);
     bool hasDate = header.created.has_value();
     flat.Add(hasDate);
