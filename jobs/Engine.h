@@ -39,7 +39,7 @@ class Engine
     // Waits until the fonts are listed. Returns null when they cannot be: Fonts().WhyNone() says why.
     const FontList *WaitForFonts();
 
-    // What a worker that starts now reads with: the fonts of the machine if they are listed, else boxes for all of them.
+    // Returns what a worker that starts now reads with: the fonts of the machine if they are listed, else boxes for all of them.
     bool HasFonts() const { return fonts_.List() != nullptr; }
     const Installation &Installed();
     // Returns rules that allow these files, those of the fonts that are listed, and those of all calls before, which the user

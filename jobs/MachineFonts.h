@@ -13,7 +13,7 @@
 namespace vxhost
 {
 
-// Of the process that lists fonts, in a run with these. There is always a clock, since a pipe among the files of fonts would
+// Returns the limits of the process that lists fonts, in a run with these. There is always a clock, since a pipe among the files of fonts would
 // hold it for ever; and what it writes is no output.
 WorkerLimits LimitsOfListing(WorkerLimits limits);
 

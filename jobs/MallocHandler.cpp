@@ -34,7 +34,7 @@ void TellFailure()
         handler();
 }
 
-// A procedure of that name beyond this program, found when it is first called.
+// Stands for the procedure of that name beyond this program, which is found when it is first called.
 template <typename Procedure>
 class Next
 {

@@ -171,7 +171,7 @@ Fault OutputFile::Spool()
 void OutputFile::Empty()
 {
     (void)ftruncate(descriptor_,
-                    0); // of a file of ours; what cannot be emptied cannot be written again either
+                    0); // the file is ours; if it cannot be emptied, it cannot be written again either
     (void)lseek(descriptor_, 0, SEEK_SET);
 }
 

@@ -22,7 +22,7 @@ namespace vxhost
 namespace
 {
 
-// What headers older than the kernel do not name yet.
+// Headers that are older than the kernel do not name these yet.
 constexpr uint64_t kRefer = uint64_t{1} << 13;
 constexpr uint64_t kTruncate = uint64_t{1} << 14;
 constexpr uint64_t kDeviceControl = uint64_t{1} << 15;
@@ -59,7 +59,7 @@ void ConfineResources()
     }
 }
 
-// What memory, clocks, open files and an orderly end need. Everything else fails with "operation not permitted", which
+// These are what memory, clocks, open files and an orderly end need. Everything else fails with "operation not permitted", which
 // a library takes better than a sudden end.
 constexpr int kAllowed[] = {
     SCMP_SYS(brk),
@@ -138,7 +138,7 @@ constexpr PartlyAllowed kPartlyAllowed[] = {
     {SCMP_SYS(fcntl), {{{1, kWhole, F_GETFD}, kAlways}}},
     {SCMP_SYS(fcntl), {{{1, kWhole, F_SETFD}, kAlways}}},
     {SCMP_SYS(fcntl), {{{1, kWhole, F_GETFL}, kAlways}}},
-    {SCMP_SYS(prlimit64), {{{0, kWhole, 0}, kAlways}}}, // of itself
+    {SCMP_SYS(prlimit64), {{{0, kWhole, 0}, kAlways}}}, // a process may ask for its own
     // The limit of memory does not count what is shared, and nobody makes code.
     {SCMP_SYS(mmap), {{{2, PROT_EXEC, 0}, {3, MAP_TYPE, MAP_PRIVATE}}}},
     {SCMP_SYS(mprotect), {{{2, PROT_EXEC, 0}, kAlways}}},
@@ -146,7 +146,7 @@ constexpr PartlyAllowed kPartlyAllowed[] = {
     {SCMP_SYS(fallocate), {{{1, kWhole, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE}, kAlways}}},
 };
 
-// What fontconfig needs to look through folders and to keep what it found in files of its own. Which folders these are the
+// Fontconfig needs these to look through folders, and to keep what it found in files of its own. Which folders these are the
 // rules of files say; they say nothing of modes and times, so these cannot be changed at all.
 constexpr int kOfListingFonts[] = {
     SCMP_SYS(access),    SCMP_SYS(faccessat), SCMP_SYS(faccessat2), SCMP_SYS(fcntl),   SCMP_SYS(flock),
@@ -164,7 +164,7 @@ int ConfineCalls(SystemCalls calls)
                                                                   seccomp_release);
     if (filter == nullptr)
         return ENOSYS;
-    // Not every machine has every call.
+    // A rule for a call that this machine has not is refused, and not needed.
     const auto allow = [&filter](int call) { (void)seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, call, 0); };
     const auto allowPartly = [&filter](const PartlyAllowed &rule) {
         scmp_arg_cmp compared[2];

@@ -19,7 +19,7 @@ class FileRules
 {
   public:
     FileRules(); // nothing does
-    // A regular file, where links lead to now. A folder would be all that is in it, and is left out.
+    // Lets a regular file be read, that to which links lead now. A folder is left out: it would be all that is in it.
     void Read(const std::string &file);
     void ReadAll();
     void WriteIn(const std::string &folder); // files in it can be made, changed and removed

@@ -77,7 +77,7 @@ bool HasTakenAllTime(const rusage &usage)
     return LimitOf(RLIMIT_CPU) <= seconds + 1;
 }
 
-// Those of this process; the one that lists them may be among them. None: nothing says which they are.
+// Returns the open descriptors of this process, the one by which they are listed among them. None: nothing says which they are.
 std::optional<std::vector<int>> OpenDescriptors()
 {
     std::vector<int> open;
@@ -172,7 +172,7 @@ std::string Answer(const WorkerTask &task, WorkerLink *link)
     WorkerLink link(pipe);
     const std::string answer = Answer(task, &link);
     const bool told = WriteAll(pipe, AnswerFrameHead(answer.size())) && WriteAll(pipe, answer);
-    // Not exit: what the parent registered to run at its end is the parent's.
+    // exit would run what the parent registered for its own end.
     _exit(told ? 0 : 1);
 }
 
@@ -255,7 +255,7 @@ bool Worker::WaitForAny(std::span<Worker *const> workers, int also)
             Worker &worker = *workers[i];
             if (count > 0 && ready[i + 1].revents != 0)
                 worker.Listen();
-            // Also of one that never stops talking. One that is gone was not late: nobody looked for a while.
+            // The clock is for a worker too that never stops talking. One that is gone was not late: nobody looked for a while.
             if (!worker.HasEnded() && worker.deadline_ && *worker.deadline_ <= Clock::now() &&
                 !worker.IsGone())
                 worker.Conclude({FaultKind::OutOfTime});
@@ -309,7 +309,7 @@ void Worker::Conclude(Fault seen)
 int Worker::WaitForProcess(rusage *usage)
 {
     close(pipe_);
-    // Also when it closed its end: one that goes on without it would be waited for in vain. How a process that
+    // It is killed also when it closed its end: if it went on without it, it would be waited for in vain. How a process that
     // is ending already ended does not change, so what is first tells our end from the system's.
     kill(process_, SIGTERM);
     kill(process_, SIGKILL);

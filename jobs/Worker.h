@@ -52,7 +52,7 @@ class WorkerLink
 };
 
 struct WorkerTask {
-    std::function<std::string(WorkerLink &)> run; // in the process; returns the answer
+    std::function<std::string(WorkerLink &)> run; // runs in the process, and returns the answer
     std::vector<int> descriptors;                 // all that it may use
     size_t mostAnswer = 0;                        // bytes; a longer one is taken for a crash
     std::function<void(int percent)> onProgress;  // null: nobody is told
@@ -95,7 +95,7 @@ class Worker
 bool IsOutputLimit(const WorkerLimits &limits, int error);
 
 // The limit, as a shell calls it, under which this program was started and which a worker that ran out of memory met
-// rather than its own; empty: none.
+// rather than its own; empty: there is none.
 std::string_view CallersMemoryLimit(const WorkerLimits &limits);
 
 // Whether a write failed for a limit of that kind.

@@ -12,7 +12,7 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kLineRoom = 499; // of the interpreter's buffer
+constexpr size_t kLineRoom = 499; // bytes of a line that the interpreter's buffer holds
 constexpr std::string_view kLineEnds = "\r\n";
 constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
 constexpr std::string_view kDelimiters = " \t\n\v\f\r/{}[]()<>%";
@@ -82,10 +82,10 @@ class CommentLines
         return false;
     }
 
-    size_t Start() const { return start_; } // of the line that was given last
+    size_t Start() const { return start_; } // where the line begins that was given last
 
   private:
-    // Of the document, pieces stay in memory.
+    // No more of the document stays in memory than a piece.
     bool FindSign()
     {
         while (at_ < text_.size()) {

@@ -10,7 +10,7 @@
 namespace vxhost
 {
 
-// What was begun so many times more often than it was ended.
+// Counts how many times more often each was begun than ended.
 struct OpenThings {
     uint64_t groups = 0, compoundPaths = 0, saves = 0, layers = 0, gradients = 0, texts = 0;
     bool isSetup = false; // the setup section, before all that is drawn
@@ -20,7 +20,7 @@ struct OpenThings {
 
 struct DocumentEnd {
     bool isSaid = true; // by a line "%%PageTrailer", "%%Trailer" or "%%EOF"; else the document is cut short
-    bool isInLine = false; // of one that is cut: its last line has no end
+    bool isInLine = false; // the last line of a document that is cut has no end
     OpenThings open;       // there, whether it is said or not
 
     bool operator==(const DocumentEnd &) const = default;
@@ -31,7 +31,7 @@ struct DocumentEnd {
 // a look at every word.
 DocumentEnd FindEnd(const Document &document, bool looksForOpenThings);
 
-// "2 groups and a layer"; empty: nothing is open.
+// Returns "2 groups and a layer"; empty: nothing is open.
 std::string OpenText(const OpenThings &open);
 
 } // namespace vxhost

@@ -13,9 +13,9 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kMaxText = 1024; // of 255 bytes, in UTF-8
+constexpr size_t kMaxText = 1024; // 255 bytes of the document take no more, in UTF-8
 constexpr std::string_view kBetweenWords = " \t(),;";
-// In English, German and French; a longer word begins with one of them. Where two do, the longer one is first.
+// These are English, German and French; a longer word begins with one of them.
 constexpr std::string_view kMonths[12][6] = {
     {"jan", "jän"},  {"feb", "fév", "fev"}, {"mar", "mär", "mrz", "mae"},  {"apr", "avr"}, {"may", "mai"},
     {"jun", "juin"}, {"jul", "juil"},       {"aug", "août", "aoû", "aou"}, {"sep"},        {"oct", "okt"},
@@ -33,7 +33,7 @@ struct DateParts {
     int hour = -1, minute = 0, second = 0;
     std::vector<int> numbers; // those without separators, beside a month that is a name
     bool isAfternoon = false, isForenoon = false;
-    bool isOrderOpen = false; // of day and month
+    bool isOrderOpen = false; // day and month may be either way round
 };
 
 std::string Digits(int value, int count)
@@ -83,7 +83,7 @@ bool IsName(std::string_view word, std::string_view name)
     return !name.empty() && word.starts_with(name) && std::ranges::all_of(word, isLetter);
 }
 
-// "march", "mar" and "mar." are the third; 0: the word is no month.
+// Returns 3 for "march", "mar" and "mar."; 0: the word is no month.
 int FindMonth(std::string_view word)
 {
     for (size_t month = 0; month < std::size(kMonths); ++month) {

@@ -9,7 +9,7 @@
 namespace vxhost
 {
 
-// Of the local time of whoever wrote it: no zone is written.
+// The time is that of whoever wrote it: no zone is written.
 struct CalendarDate {
     int year = 0, month = 0, day = 0;      // 0 to 9999, 1 to 12, 1 to 31
     int hour = -1, minute = 0, second = 0; // hour -1: no time is written

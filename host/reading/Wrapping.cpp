@@ -18,7 +18,7 @@ constexpr int kMaxDepth = 3;                   // records in records
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\r\n\f";
 
-// A number of that many bytes, the first of them the highest.
+// Reads a number of that many bytes, the first of them the highest.
 uint32_t BigEndian(std::string_view file, size_t at, size_t bytes)
 {
     uint32_t value = 0;
@@ -35,7 +35,7 @@ std::optional<std::string_view> Part(std::string_view file, uint32_t offset, uin
     return file.substr(offset, size);
 }
 
-// A header of 128 bytes, with the name of the file and the sizes of its two forks; the data come first.
+// The record is a header of 128 bytes, with the name of the file and the sizes of its two forks; the data come behind it.
 std::optional<std::string_view> FindInMacBinary(std::string_view file)
 {
     constexpr size_t kHeaderSize = 128, kName = 1, kZero = 74, kOtherZero = 82, kDataSize = 83;
@@ -48,7 +48,7 @@ std::optional<std::string_view> FindInMacBinary(std::string_view file)
     return Part(file, kHeaderSize, BigEndian(file, kDataSize, 4));
 }
 
-// A magic number, a version, and entries of which each says where its part of the file lies.
+// The record has a magic number, a version, and entries of which each says where its part of the file lies.
 std::optional<std::string_view> FindInAppleRecord(std::string_view file, uint32_t magic)
 {
     constexpr size_t kHeaderSize = 26, kCount = 24, kEntrySize = 12;

@@ -9,7 +9,7 @@ namespace vxhost
 {
 
 struct Wrapping {
-    size_t offset = 0, size = 0; // of the drawing in the file
+    size_t offset = 0, size = 0; // where the drawing lies in the file
     std::string names;           // what is around it, as "MacBinary, NULs at its end"; empty: nothing
 };
 

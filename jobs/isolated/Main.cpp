@@ -102,7 +102,7 @@ int Run()
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != request->caller)
         return kNoRequest;
-    // Where outputs are kept until they are whole, too.
+    // Outputs are kept there until they are whole, too.
     (void)setenv("TMPDIR", request->temporaryFolder.c_str(), 1);
     const std::string answer = WriteResult(Render(*request));
     const bool isTold =

@@ -47,7 +47,8 @@ constexpr int kFirstDescriptor = kHelperAnswer + 1;
                                          .append(": free some, and call again"));
 }
 
-// The same once more, out of the way of the helper's: that which it has may be one of these, where the program has closed them.
+// Duplicates a descriptor to a number that none of the helper's has: where the program has closed its standard streams, the first
+// number may be one of theirs.
 void Keep(const Descriptor &opened, Descriptor *kept)
 {
     kept->Take(opened.Get() < 0 ? -1 : fcntl(opened.Get(), F_DUPFD_CLOEXEC, kFirstDescriptor));
@@ -65,7 +66,7 @@ void CheckFileLimit(size_t size)
                                       ": allow more where the program is started");
 }
 
-// A file in memory with these bytes.
+// Makes a file in memory with these bytes.
 void KeepBytes(std::span<const std::byte> bytes, Descriptor *kept)
 {
     CheckFileLimit(bytes.size());
@@ -116,7 +117,7 @@ std::string InstalledHelper()
     return place.append(kHelperPlace);
 }
 
-// What the loader, the library that lists fonts and the sanitizers look at. All else may be secret, and a drawing that took over
+// Hands on what the loader, the library that lists fonts and the sanitizers look at. All else may be secret, and a drawing that took over
 // a worker could look at it.
 std::vector<char *> EnvironmentOfHelper()
 {
@@ -191,7 +192,7 @@ class SpawnAttributes
     posix_spawnattr_t attributes_ = {};
 };
 
-// A process that ends with this object, at the latest.
+// The process ends with this object, at the latest.
 class Process
 {
   public:
@@ -219,12 +220,12 @@ class Process
     Process &operator=(const Process &) = delete;
     ~Process() { (void)End(); }
 
-    // How it ended; none: the program that called us looks after all of its children, and this is gone.
+    // Returns how it ended; none: the program that called us waits for all of its children, and this one is gone.
     std::optional<int> End()
     {
         if (number_ < 0)
             return std::nullopt;
-        // By its handle: where the program ignores SIGCHLD the number may be somebody else's by now. An end that has begun does
+        // It is killed by its handle: where the program ignores SIGCHLD the number may be somebody else's by now. An end that has begun does
         // not change.
         if (handle_.Get() >= 0)
             (void)syscall(SYS_pidfd_send_signal, handle_.Get(), SIGKILL, nullptr, 0);
@@ -241,10 +242,10 @@ class Process
 
   private:
     pid_t number_ = -1;
-    Descriptor handle_; // of the kernel, which means this process and no later one of its number
+    Descriptor handle_; // means this process, and no later one of its number
 };
 
-// What a thread reads from a helper until both pipes have come to their end.
+// Reads from a helper until both pipes have come to their end.
 class Listener
 {
   public:
@@ -302,7 +303,7 @@ class Listener
             *deadline_ += Clock::now() - left;
     }
 
-    // What has come; empty: the pipe has come to its end.
+    // Returns what has come; empty: the pipe has come to its end.
     std::span<const std::byte> Read(pollfd *pipe)
     {
         ssize_t got = 0;

@@ -19,13 +19,14 @@ struct HelperTask {
     std::string path;    // of the drawing; empty: the bytes are
     std::span<const std::byte> bytes;
     IsolatedRequest request; // caller and version are filled in
-    double seconds = 0; // that all of it may take, what the procedures below take not counted; 0: any number
+    double seconds =
+        0; // the most that all of it may take, without what the procedures below take; 0: any number
     // Both may throw, which ends the helper.
     std::function<void(std::span<const std::byte>)> onOutput;
     std::function<void(int percent)> onProgress; // several times a second
 };
 
-// What the helper found out; its output has gone to onOutput. Nothing that it says is trusted. Throws CallError when there is no
+// Returns what the helper found out; its output has gone to onOutput. Nothing that it says is trusted. Throws CallError when there is no
 // answer; none is one that came too late.
 std::optional<Result> RunHelper(const HelperTask &task);
 

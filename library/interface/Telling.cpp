@@ -16,7 +16,7 @@ namespace vxhost
 namespace
 {
 
-// A number as a person writes it: 60, 0.5.
+// Writes a number as a person does: 60, 0.5.
 std::string SecondsText(double seconds)
 {
     std::string text = std::to_string(seconds);

@@ -12,7 +12,7 @@
 namespace vxhost
 {
 
-// A line each, which a terminal shows as it is.
+// Returns the warnings, a line each, which a terminal shows as it is.
 std::vector<std::string> ListTold(const Outcome &outcome, const Omitted &omitted = {});
 
 // Each throws CallError, for any but a success. size: of the document, bytes.
@@ -25,7 +25,7 @@ void CheckOutcome(const Outcome &outcome, const HeaderFacts &header, size_t size
 [[noreturn]] void ThrowOutputTooLong(int64_t most);
 [[noreturn]] void ThrowChanged();
 
-// Which part of a page with that box the settings show, upright. Throws CallError when there is nothing to show.
+// Returns the part of a page with that box that the settings show, upright. Throws CallError when there is nothing to show.
 Box ShownBox(const Settings &settings, const Box &own);
 
 } // namespace vxhost

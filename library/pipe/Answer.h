@@ -30,7 +30,7 @@ constexpr size_t kMaxAnswer = size_t{1} << 20;
 std::string WriteAnswer(Answer answer);                   // at most kMaxAnswer bytes
 std::optional<Answer> ReadAnswer(std::string_view bytes); // none: they are no answer
 
-// What became of a document, without its outputs.
+// A Result is what became of a document; the paths of its outputs are not part of this form.
 std::string WriteResult(Result result); // at most kMaxAnswer bytes
 std::optional<Result> ReadResult(std::string_view bytes);
 

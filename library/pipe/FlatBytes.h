@@ -20,7 +20,7 @@
 namespace vxhost
 {
 
-// What a list may have at most.
+// A list has no more than this.
 struct ListBounds {
     size_t bytes;
     size_t items = std::numeric_limits<uint32_t>::max();
@@ -50,7 +50,7 @@ class FlatWriter
         bytes_.append(text, 0, length);
     }
 
-    // Those within the bounds; the others are added to those that were omitted before.
+    // Adds the items within the bounds, and counts the others beside those that were omitted before.
     template <typename Item, typename DescribeItem>
     void AddList(std::vector<Item> &items, const ListBounds &bounds, uint32_t *omitted,
                  const DescribeItem &describeItem)

@@ -44,7 +44,7 @@ struct IsolatedRequest {
 
 constexpr size_t kMaxRequest = size_t{64} << 20;
 
-// None: something in it is longer than it may be.
+// Returns none when something in it is longer than it may be.
 std::optional<std::string> WriteRequest(const IsolatedRequest &request);
 std::optional<IsolatedRequest> ReadRequest(std::string_view bytes);
 
