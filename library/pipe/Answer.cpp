@@ -49,11 +49,12 @@ void Describe(Flat &flat, HeaderFacts &header, Omitted &omitted)
         flat.AddText(*text, kMaxName);
     bool hasDate = header.created.has_value();
     flat.Add(hasDate);
-    CalendarDate date = header.created.value_or(CalendarDate());
-    for (int *part : {&date.year, &date.month, &date.day, &date.hour, &date.minute, &date.second})
-        flat.Add(*part);
-    if (hasDate)
+    if (hasDate) {
+        CalendarDate date = header.created.value_or(CalendarDate());
+        for (int *part : {&date.year, &date.month, &date.day, &date.hour, &date.minute, &date.second})
+            flat.Add(*part);
         header.created = date;
+    }
     flat.Add(header.isDateOrderOpen);
     const auto addNames = [&flat](std::vector<std::string> &names, uint32_t *left) {
         flat.AddList(names, {kNamesSize}, left, [](auto &to, std::string &name) { DescribeName(to, name); });
