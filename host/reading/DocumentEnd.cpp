@@ -71,8 +71,10 @@ class CommentLines
     bool Next(std::string_view *line)
     {
         while (FindSign()) {
-            const size_t at = at_++;
-            if (!BeginsLine(at))
+            const size_t at = at_;
+            const bool beginsLine = BeginsLine(at);
+            at_ = FindNextStart(at);
+            if (!beginsLine)
                 continue;
             *line =
                 text_.substr(at, std::min(text_.substr(at, kLineRoom).find_first_of(kLineEnds), kLineRoom));
@@ -98,6 +100,14 @@ class CommentLines
             document_.Leave(offset - piece.size(), offset);
         }
         return false;
+    }
+
+    // Where the next line may begin: behind the end of the one at hand, or where that is too long.
+    size_t FindNextStart(size_t at) const
+    {
+        const size_t cut = lineStart_ + ((at - lineStart_) / kLineRoom + 1) * kLineRoom;
+        const size_t end = text_.substr(at, cut - at).find_first_of(kLineEnds);
+        return end == std::string_view::npos ? std::min(cut, text_.size()) : at + end + 1;
     }
 
     size_t OffsetOf(size_t at) const

@@ -26,6 +26,7 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
 
 namespace vxhost
 {
@@ -262,13 +263,14 @@ class Listener
     bool Listen()
     {
         while (pipes_[0].fd >= 0 || pipes_[1].fd >= 0) {
-            const int count = poll(pipes_.data(), pipes_.size(), Wait());
+            std::vector<pollfd> ready(pipes_.begin(), pipes_.end());
+            const int count = poll(ready.data(), ready.size(), Wait());
             if (deadline_ && *deadline_ <= Clock::now())
                 return false;
             // Whatever poll said, if it was interrupted it said nothing.
-            if (count > 0 && pipes_[0].revents != 0)
+            if (count > 0 && ready[0].revents != 0)
                 TakeOutput();
-            if (count > 0 && pipes_[1].revents != 0)
+            if (count > 0 && ready[1].revents != 0)
                 TakeAnswer();
             if (task_.onProgress)
                 Leave([this] { task_.onProgress(percent_); });
