@@ -1,6 +1,6 @@
-// What a worker sends to the process that started it: frames in pieces, and the answers in them.
+// Fuzzes what a worker sends to the process that started it: frames, which come in pieces, and the answers in them.
 //
-// The input is what comes through the pipe. What is taken for an answer is one: written again it is the same bytes.
+// The input is what comes through the pipe. If it is taken for an answer, writing that answer gives the same bytes.
 #include "fuzz/Require.h"
 #include "library/pipe/Answer.h"
 #include "library/pipe/WorkerFrames.h"

@@ -44,7 +44,7 @@ bool IsSame(const ManifestEntry &one, const ManifestEntry &two)
            one.error == two.error;
 }
 
-// What another reader makes of the line. Numbers that it cannot hold are JSON all the same.
+// Another reader says that the line is one of these. Numbers that it cannot hold are JSON all the same.
 enum class Kind : uint8_t { NoJson, Json, BeyondNumbers };
 
 Kind KindOf(std::string_view line, Json *json)

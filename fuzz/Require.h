@@ -1,4 +1,4 @@
-// What must hold of every input.
+// Ends the fuzzer when something does not hold that must hold of every input.
 #pragma once
 
 #include <cstdio>

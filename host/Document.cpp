@@ -6,7 +6,7 @@ namespace vxhost
 namespace
 {
 
-// What is done with a part is done with the whole.
+// A part hands on to the whole what is done with it.
 class PartHolder final : public Document::Holder
 {
   public:

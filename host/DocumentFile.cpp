@@ -50,7 +50,7 @@ class MappedHolder final : public Document::Holder
     struct stat status_; // as it was
 };
 
-// What a pipe or a device delivered.
+// Holds what a pipe or a device delivered.
 class ReadHolder final : public Document::Holder
 {
   public:

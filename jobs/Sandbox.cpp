@@ -40,7 +40,7 @@ uint64_t HandledAccess(long version)
     return access;
 }
 
-// What seccomp refuses is refused here once more, for a kernel without it.
+// Limits refuse once more what seccomp refuses, for a kernel without it.
 void ConfineResources()
 {
     constexpr rlim_t kFiles = 256; // fonts are closed as soon as they are mapped

@@ -93,7 +93,7 @@ bool CloseByKernel(unsigned first, unsigned last)
     return syscall(SYS_close_range, first, last, 0) == 0;
 }
 
-// Else a worker would keep what it does not need.
+// A process that cannot close what it does not need does not become a worker.
 bool CanCloseRange()
 {
     return CloseByKernel(~0U, ~0U) || OpenDescriptors();

@@ -42,7 +42,7 @@ Json CountsJson(const Counts &counts)
     return json;
 }
 
-// What was begun and not ended; only that.
+// Tells what was begun and not ended, and nothing of the rest.
 Json OpenThingsJson(const OpenThings &open)
 {
     const std::pair<const char *, uint64_t> counts[] = {

@@ -17,7 +17,7 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
 // How many more there were than an answer could list.
 std::vector<std::string> ListOmitted(const Omitted &omitted);
 
-// What a worker was not kept from; empty: from nothing.
+// Says what a worker was not kept from; empty: it was kept from all.
 std::string UnconfinedText(const Confinement &confinement);
 
 } // namespace vxhost

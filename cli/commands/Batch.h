@@ -1,6 +1,6 @@
 // Runs a batch: entries of manifests become renderings, several at a time, and lines of JSON in the order of the manifests.
 //
-// What it holds does not grow with the number of documents, but for a few bytes an output, by which it sees that none is
+// Its memory does not grow with the number of documents, but for a few bytes an output, by which it sees that none is
 // written twice.
 #pragma once
 

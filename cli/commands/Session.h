@@ -36,7 +36,7 @@ class Session
     // Throws OptionError for what is wrong with the settings, whatever the document.
     void CheckDevices(std::span<const Format *const> formats, const Settings &settings);
 
-    // Of this machine. Throws EarlyEnd when they cannot be listed.
+    // Returns the fonts of this machine. Throws EarlyEnd when they cannot be listed.
     const FontList &Fonts();
 
   private:

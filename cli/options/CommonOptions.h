@@ -25,7 +25,7 @@ struct UsageError : OptionError {
     using OptionError::OptionError;
 };
 
-// What ends a run before its first document and is no mistake on the command line: one line, and a status of its own.
+// Is thrown when something ends a run before its first document and is no mistake on the command line. The text is one line.
 struct EarlyEnd : OptionError {
     EarlyEnd(Status of, const std::string &text) : OptionError(text), status(of) {}
     Status status;

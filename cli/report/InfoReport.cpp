@@ -67,7 +67,7 @@ std::string Usage(const Counts &counts)
                    Count(counts.shows, "text", "texts")});
 }
 
-// As it was found, and as it is read.
+// Returns the date as it was found, and as it is read.
 std::string CreatedText(const HeaderFacts &header)
 {
     if (header.created)

@@ -35,7 +35,7 @@ std::string MemoryText(const SummaryOptions &options, std::string_view lost)
                        SizeText(limits.memory), lost);
 }
 
-// What is told of nonsense from a worker, which nobody but us can mend.
+// Words a crash or nonsense from a worker, which is a fault of ours.
 std::string CrashText(std::string_view what, CommandKind command, std::string_view lost)
 {
     return fmt::format("the worker process {}{}: {} and report it", what, lost,

@@ -1,4 +1,4 @@
-// Where there are no files a page is kept in memory.
+// A build without files keeps the pieces of a page in memory.
 #include "devices/pdf/PieceSpool.h"
 
 #include "devices/pdf/MemorySpool.h"

@@ -1,4 +1,4 @@
-// Where there are no files a profile is built in or given.
+// A build without files has no profiles but those that are built in or given as bytes.
 #include "devices/colour/ProfileFile.h"
 
 namespace vxhost

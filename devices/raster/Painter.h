@@ -82,8 +82,8 @@ class Painter
 
     int shift_ = 0; // a pixel has 1 << shift_ samples a side
     int samples_ = 1;
-    // For each pixel of the row at hand: which samples change between inside and outside from there on; and one bit
-    // where any do. All are zero between two rows.
+    // changes_ holds, for each pixel of the row at hand, which samples change between inside and outside there; changed_ has
+    // one bit for each pixel in which any does. Both are zero between two rows.
     std::vector<uint64_t> changes_;
     std::vector<uint64_t> changed_;
     size_t firstWord_ = 0, lastWord_ = 0; // the words of changed_ that are not zero

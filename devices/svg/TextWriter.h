@@ -42,7 +42,7 @@ class TextWriter
         std::unique_ptr<WebFont> font; // null: not to be embedded
         uint64_t id = 0;
     };
-    // Where the text of one element stands.
+    // A Setting says where the text of one element stands.
     struct Setting {
         Matrix transform; // from the element to the picture
         Matrix toText;    // the inverse

@@ -1,4 +1,4 @@
-// Where there are no files none can be opened.
+// A build without files opens none.
 #include "host/MappedFile.h"
 
 namespace vxhost

@@ -1,4 +1,4 @@
-// From the fonts that were found, wherever they are, to the list that documents are read with.
+// Makes the list that documents are read with from the fonts that were found, wherever they are.
 #pragma once
 
 #include "host/fonts/FontList.h"
@@ -14,7 +14,7 @@ struct FontCandidate {
     bool isType1 = false;
 };
 
-// What its name must be for a document to ask for it.
+// Returns whether its name is one that a document can ask for.
 bool CanBeAskedFor(const FontList::Entry &entry);
 
 // One entry a name: fonts in memory before those in files, OpenType before Type 1. Then an entry for each classic font that

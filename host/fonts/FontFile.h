@@ -29,7 +29,7 @@ class FontFile
     // The form that stands upright in a column, where the font has one of its own.
     virtual uint32_t FindVerticalGlyph(char32_t character) const = 0;
     virtual int32_t Advance(uint32_t glyph) const = 0; // ems, 16.16
-    // In ems, y up, outer contours anticlockwise. Empty for a blank.
+    // Returns a path in ems, y up, with outer contours anticlockwise; it is empty for a blank.
     virtual Path Outline(uint32_t glyph) const = 0;
 };
 

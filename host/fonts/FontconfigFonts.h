@@ -24,7 +24,7 @@ struct FontSources {
 // what it finds; they need not be there.
 using BeforeLooking = std::function<void(const std::vector<std::string> &cacheFolders)>;
 
-// As MakeFontList has them. Lack of memory is thrown.
+// Lists the fonts of the machine as MakeFontList orders them. Lack of memory is thrown.
 std::unique_ptr<FontList> MakeFontconfigFonts(const FontSources &sources = {},
                                               const BeforeLooking &beforeLooking = nullptr);
 

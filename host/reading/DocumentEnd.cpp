@@ -102,7 +102,7 @@ class CommentLines
         return false;
     }
 
-    // Where the next line may begin: behind the end of the one at hand, or where that is too long.
+    // Returns where the next line may begin: behind the end of the one at hand, or where that gets too long.
     size_t FindNextStart(size_t at) const
     {
         const size_t cut = lineStart_ + ((at - lineStart_) / kLineRoom + 1) * kLineRoom;

@@ -17,7 +17,7 @@ struct CalendarDate {
     bool operator==(const CalendarDate &) const = default;
 };
 
-// Which of two numbers comes first, where nothing else tells the day from the month.
+// Says which of two numbers comes first where nothing else tells the day from the month.
 enum class DateOrder : uint8_t { Unsaid, MonthFirst, DayFirst };
 
 struct HeaderDate {

@@ -75,7 +75,7 @@ bool IsOctal(char character)
     return character >= '0' && character <= '7';
 }
 
-// What stands behind a backslash, which text begins with: up to three octal digits, a letter for a control character, or the
+// Takes what stands behind a backslash from the start of text: up to three octal digits, a letter for a control character, or the
 // character itself.
 char TakeEscaped(std::string_view *text)
 {

@@ -43,7 +43,7 @@ DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &
     return fonts;
 }
 
-// In which the document writes what no font shows: its title, names of colours.
+// Returns the encoding of what no font shows: the document's title, names of colours.
 TextEncoding TextEncodingOf(const HeaderFacts &header, const DocumentFonts &fonts)
 {
     return header.version == kWindowsVersion ? TextEncoding::CodePage1252 : MacEncoding(fonts.SystemScript());
@@ -115,7 +115,7 @@ void Reading::TellLackedFont(Outcome *outcome)
         outcome->lackedFont = "its name is unknown";
 }
 
-// What is malformed may be so because it is cut.
+// A document that is malformed is looked at too: it may be cut.
 void Reading::TellEnd(Outcome *outcome)
 {
     if (outcome->result != kVXOk && !(outcome->result == kVXBadFormat && outcome->headerAccepted))

@@ -1,4 +1,4 @@
-// What a program says of a document and its output, checked.
+// Holds what a program says of a document and its output, after it was checked.
 #pragma once
 
 #include "library/interface/Handles.h"

@@ -34,7 +34,7 @@ std::optional<Answer> ReadAnswer(std::string_view bytes); // none: they are no a
 std::string WriteResult(Result result); // at most kMaxAnswer bytes
 std::optional<Result> ReadResult(std::string_view bytes);
 
-// What a worker found out about the fonts of the machine.
+// Holds what a worker found out about the fonts of the machine.
 struct FontAnswer {
     std::unique_ptr<FontList> fonts;
     uint32_t omitted = 0;

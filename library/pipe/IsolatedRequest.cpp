@@ -50,7 +50,7 @@ std::optional<std::string> WriteRequest(const IsolatedRequest &request)
     IsolatedRequest described = request;
     Describe(flat, described);
     std::string bytes = flat.Take();
-    // What is too long was cut, and reads otherwise.
+    // A text that is too long was cut, so that another request is read.
     return ReadRequest(bytes) == request ? std::optional(std::move(bytes)) : std::nullopt;
 }
 

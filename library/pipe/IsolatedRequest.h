@@ -1,4 +1,4 @@
-// What libvx asks of its helper program, which renders one drawing in a process of its own, and by which descriptors the two
+// Describes what libvx asks of its helper program, which renders one drawing in a process of its own, and by which descriptors the two
 // know each other.
 #pragma once
 

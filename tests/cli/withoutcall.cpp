@@ -1,8 +1,7 @@
-// Is loaded before a program, for which the kernel then seems to have no Landlock, as older ones do not.
+// Is loaded before a program, for which the kernel then seems not to have the call VX_REFUSED_CALL, as older ones do not.
 #include <cerrno>
 #include <cstdarg>
 #include <dlfcn.h>
-#include <linux/landlock.h>
 #include <sys/syscall.h>
 
 extern "C" long syscall(long number, ...)
@@ -14,7 +13,7 @@ extern "C" long syscall(long number, ...)
     for (long &argument : arguments)
         argument = va_arg(rest, long);
     va_end(rest);
-    if (number == SYS_landlock_create_ruleset) {
+    if (number == VX_REFUSED_CALL) {
         errno = ENOSYS;
         return -1;
     }
