@@ -20,7 +20,7 @@ class MappedFile
 
     MappedFile(const MappedFile &) = delete;
     MappedFile &operator=(const MappedFile &) = delete;
-    ~MappedFile();
+    ~MappedFile(); // NOLINT(performance-trivially-destructible): it is not where there are files
 
     std::span<const std::byte> Bytes() const { return bytes_; }
     // Between the two nothing need stay in memory; it comes back when it is looked at again.
