@@ -75,6 +75,7 @@ void HandOnNotes()
         handedOn += length;
 }
 
+std::atomic<bool> g_isReading = false;
 std::atomic<bool> g_isClosed = false;
 std::thread *g_reader = nullptr;
 
@@ -84,9 +85,12 @@ __attribute__((constructor)) void OpenNotebook()
     g_notebook = static_cast<Notebook *>(
         mmap(nullptr, sizeof *g_notebook, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     g_reader = new std::thread([] {
-        for (; !g_isClosed; usleep(2000))
+        for (g_isReading = true; !g_isClosed; usleep(2000))
             HandOnNotes();
     });
+    // A thread that is about to start may hold a lock of a sanitizer's, which a worker forked then would wait for in vain.
+    while (!g_isReading)
+        usleep(100);
 }
 
 // Runs when the program lets go of this file.
