@@ -24,8 +24,10 @@ int32_t DocumentReader::Deliver(void *to, int32_t wanted)
     if (count == 0)
         return 0;
     std::memcpy(to, bytes_.data() + position_, count);
-    if (companion_ != nullptr)
-        RunCallback([&] { companion_->Deliver({static_cast<std::byte *>(to), count}, position_); });
+    for (StreamCompanion *companion : companions_) {
+        if (companion != nullptr)
+            RunCallback([&] { companion->Deliver({static_cast<std::byte *>(to), count}, position_); });
+    }
     position_ += count;
     furthest_ = std::max(furthest_, position_);
     if (position_ - left_ >= Document::kReadAtOnce) {

@@ -10,6 +10,7 @@
 #include <vx/HostCall.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstring>
 #include <span>
@@ -20,9 +21,12 @@ namespace vxhost
 class DocumentReader
 {
   public:
-    // The document must outlive the reader, and so must the companion, which may be null.
-    explicit DocumentReader(const Document &document, StreamCompanion *companion = nullptr)
-        : document_(document), companion_(companion), bytes_(document.Bytes())
+    using Companions = std::array<StreamCompanion *, 2>;
+
+    // The document must outlive the reader, and so must the companions, which may be null. Each sees what the one before it
+    // made of the bytes.
+    explicit DocumentReader(const Document &document, const Companions &companions = {})
+        : document_(document), companions_(companions), bytes_(document.Bytes())
     {
         link_.stream.read = Read;
         link_.reader = this;
@@ -45,7 +49,7 @@ class DocumentReader
     int32_t Deliver(void *to, int32_t wanted);
 
     const Document &document_;
-    StreamCompanion *companion_;
+    Companions companions_;
     std::span<const std::byte> bytes_;
     size_t position_ = 0;
     size_t left_ = 0; // the document's bytes before it have been given to Document::Leave

@@ -30,6 +30,8 @@ HostContext MakeContext(const ParseOptions &options, Outcome *outcome)
     host.onProgress = [&options](int32_t read, int32_t total) {
         if (options.companion != nullptr)
             options.companion->BeginLine();
+        if (options.structure != nullptr)
+            options.structure->BeginLine();
         if (options.onProgress)
             options.onProgress(read, total);
     };
@@ -61,11 +63,14 @@ Outcome CallPlugin(VXMainProc entry, int32_t selector, const Document &document,
 {
     Outcome outcome;
     HostContext host = MakeContext(options, &outcome);
-    DocumentReader reader(document, selector == kVXParse ? options.companion : nullptr);
+    const bool isParse = selector == kVXParse;
+    DocumentReader reader(document,
+                          {isParse ? options.companion : nullptr, isParse ? options.structure : nullptr});
     CappedHeap heap(options.maxHeap);
 
     HostCallRecord record = {};
-    record.progress = options.onProgress || options.companion != nullptr ? ProgressToHost : nullptr;
+    const bool isFollowed = options.companion != nullptr || options.structure != nullptr;
+    record.progress = options.onProgress || isFollowed ? ProgressToHost : nullptr;
     record.reader = reader.Stream();
     record.streamLength = static_cast<int32_t>(document.Bytes().size());
     record.warningsOff = options.report ? 0 : 1;
@@ -124,11 +129,13 @@ Outcome Plugin::Draw(const Document &document, const ParseOptions &options, cons
     DrawingTable table(&drawing, options.glyphs);
     Outcome outcome;
     try {
+        if (options.structure != nullptr)
+            options.structure->SendTo(&drawing);
         filter.BeginPage(page);
         outcome = Parse(document, options, table.Procs(), table.Reference());
         // After lack of memory the device is in the middle of something.
         if (outcome.result != kVXOutOfMemory) {
-            drawing.RestoreAll();
+            drawing.EndAll();
             outcome.failure = filter.EndPage();
         }
         outcome.counts = drawing.GetCounts();

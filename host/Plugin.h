@@ -10,6 +10,7 @@
 #include "host/drawing/Device.h"
 #include "host/drawing/GlyphSource.h"
 #include "host/fonts/FontList.h"
+#include "host/reading/StructureCompanion.h"
 
 #include <vx/HostCall.h>
 
@@ -32,6 +33,8 @@ struct ParseOptions {
     std::function<bool(const Report &)> onReport;                // true stops the parse; null: it goes on
     std::function<void(int64_t read, int64_t total)> onProgress; // neither is below 0; null: none
     StreamCompanion *companion = nullptr;                        // goes along with Parse and Draw; null: none
+    StructureCompanion *structure =
+        nullptr; // the same, and Draw sends what it finds to the device; null: none
 };
 
 class Plugin

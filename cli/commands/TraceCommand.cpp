@@ -59,6 +59,8 @@ class LineWriter
 TraceCommand::TraceCommand(CLI::App *command) : common_("0")
 {
     command->add_flag("--json", json_, "one JSON object a line: {\"call\":\"moveto\",\"args\":[1,2.5]}");
+    command->add_flag("--structure", structure_,
+                      "layers, groups and spot inks too, where they stand among the calls");
     common_.AddTo(command);
     command->footer("Examples:\n"
                     "  vx trace harp.vx | less\n"
@@ -74,14 +76,14 @@ Status TraceCommand::Run(Messages *messages) const
         throw UsageError("more than one FILE: trace one at a time");
     Session session(options, CommandKind::Trace, messages);
     const bool json = json_;
-    const Pass trace = [json](Reading &reading) {
+    const Pass trace = [json, structure = structure_](Reading &reading) {
         LineWriter lines;
         std::unique_ptr<TraceWriter> writer;
         if (json)
             writer = std::make_unique<TraceJson>(lines.Sink());
         else
             writer = std::make_unique<TraceLines>(lines.Sink());
-        Outcome outcome = reading.Trace(*writer);
+        Outcome outcome = reading.Trace(*writer, structure);
         outcome.failure = lines.Finish();
         return outcome;
     };

@@ -17,6 +17,7 @@ class TraceCommand
   private:
     CommonOptionReader common_;
     bool json_ = false;
+    bool structure_ = false;
 };
 
 } // namespace vxhost

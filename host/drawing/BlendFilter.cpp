@@ -1,5 +1,7 @@
 #include "host/drawing/BlendFilter.h"
 
+#include <utility>
+
 namespace vxhost
 {
 
@@ -65,6 +67,42 @@ bool BlendFilter::CanShow(const TextFont &font)
 void BlendFilter::ShowText(std::span<const GlyphRun> runs, const TextPaint &paint)
 {
     Flushed()->ShowText(runs, paint);
+}
+
+void BlendFilter::FlushBorders()
+{
+    for (const auto &border : borders_)
+        border(device_);
+    borders_.clear();
+}
+
+// A border between two steps does not tear a blend apart: it goes behind it.
+void BlendFilter::AddBorder(std::function<void(Device *)> border)
+{
+    constexpr size_t kMostBorders = 1000;
+    if ((strips_.IsEmpty() && discs_.IsEmpty()) || borders_.size() == kMostBorders)
+        return border(Flushed());
+    borders_.push_back(std::move(border));
+}
+
+void BlendFilter::BeginLayer(const Layer &layer)
+{
+    AddBorder([&layer](Device *device) { device->BeginLayer(layer); });
+}
+
+void BlendFilter::EndLayer()
+{
+    AddBorder([](Device *device) { device->EndLayer(); });
+}
+
+void BlendFilter::BeginGroup()
+{
+    AddBorder([](Device *device) { device->BeginGroup(); });
+}
+
+void BlendFilter::EndGroup()
+{
+    AddBorder([](Device *device) { device->EndGroup(); });
 }
 
 Failure BlendFilter::EndPage()

@@ -7,6 +7,9 @@
 #include "host/drawing/DiscBlend.h"
 #include "host/drawing/StripBlend.h"
 
+#include <functional>
+#include <vector>
+
 namespace vxhost
 {
 
@@ -24,6 +27,10 @@ class BlendFilter final : public Device
     void Shade(const Shading &shading) override;
     bool CanShow(const TextFont &font) override;
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override;
+    void BeginLayer(const Layer &layer) override;
+    void EndLayer() override;
+    void BeginGroup() override;
+    void EndGroup() override;
     Failure EndPage() override;
 
   private:
@@ -34,14 +41,20 @@ class BlendFilter final : public Device
             strips_.Flush(device_);
         if (!discs_.IsEmpty())
             discs_.Flush(device_);
+        if (!borders_.empty())
+            FlushBorders();
         return device_;
     }
+    void FlushBorders();
+    void AddBorder(std::function<void(Device *)> border);
 
     Device *device_;
     // Only one of the two holds something back at a time.
     StripBlend strips_;
     DiscBlend discs_;
-    Path clip_; // the innermost one, as long as that is known; keeps its storage
+    std::vector<std::function<void(Device *)>>
+        borders_; // of layers and groups, between steps that were held back
+    Path clip_;   // the innermost one, as long as that is known; keeps its storage
 };
 
 } // namespace vxhost

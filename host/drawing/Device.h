@@ -8,6 +8,7 @@
 
 #include "host/Failure.h"
 #include "host/drawing/GlyphRun.h"
+#include "host/drawing/Layer.h"
 #include "host/drawing/Paint.h"
 #include "host/drawing/Path.h"
 #include "host/drawing/Shading.h"
@@ -71,6 +72,13 @@ class Device
     // Paints run by run, in fonts that it can show. A text that clips comes with all of its runs, whose outlines are
     // united and then intersected with the clip.
     virtual void ShowText(std::span<const GlyphRun>, const TextPaint &) {}
+
+    // What a drawing says beyond its shapes, for outputs that can say it too. Layers nest, groups nest within a layer, and
+    // whatever is open is ended before EndPage. Either may cross Save and Restore.
+    virtual void BeginLayer(const Layer &) {}
+    virtual void EndLayer() {}
+    virtual void BeginGroup() {}
+    virtual void EndGroup() {}
 
     // Completes the output, and returns what went wrong, if something did.
     virtual Failure EndPage() = 0;

@@ -132,10 +132,73 @@ void Drawing::Restore()
     budget_.Give(sizeof(State));
 }
 
-void Drawing::RestoreAll()
+void Drawing::EndAll()
 {
     while (!saved_.empty())
         Restore();
+    while (!opened_.empty())
+        EndInnermost();
+}
+
+void Drawing::BeginWaiting()
+{
+    for (size_t i = opened_.size() - waiting_; i < opened_.size(); ++i) {
+        opened_[i].isSent = true;
+        if (opened_[i].layer != nullptr)
+            device_->BeginLayer(*opened_[i].layer);
+        else
+            device_->BeginGroup();
+    }
+    waiting_ = 0;
+}
+
+void Drawing::EndInnermost()
+{
+    const Opened innermost = opened_.back();
+    opened_.pop_back();
+    budget_.Give(sizeof(Opened));
+    if (!innermost.isSent)
+        --waiting_;
+    else if (innermost.layer != nullptr)
+        device_->EndLayer();
+    else
+        device_->EndGroup();
+}
+
+void Drawing::EndGroups()
+{
+    for (; !opened_.empty() && opened_.back().layer == nullptr; ++groupsEndedEarly_)
+        EndInnermost();
+}
+
+void Drawing::BeginLayer(const Layer &layer)
+{
+    EndGroups();
+    budget_.Take(sizeof(Opened));
+    opened_.push_back({&layer});
+    ++waiting_;
+}
+
+void Drawing::EndLayer()
+{
+    EndGroups();
+    if (!opened_.empty())
+        EndInnermost();
+}
+
+void Drawing::BeginGroup()
+{
+    budget_.Take(sizeof(Opened));
+    opened_.push_back({});
+    ++waiting_;
+}
+
+void Drawing::EndGroup()
+{
+    if (!opened_.empty() && opened_.back().layer == nullptr)
+        EndInnermost();
+    else if (groupsEndedEarly_ > 0)
+        --groupsEndedEarly_;
 }
 
 void Drawing::Translate(double dx, double dy)
@@ -207,28 +270,38 @@ void Drawing::SetOverprint(bool on)
     state_.paint.overprint = on;
 }
 
-void Drawing::CountPaint()
+// Returns what is painted with: the plug-in has sent the colour, and the spot ink has been read beside it.
+const Paint &Drawing::CountPaint(const SpotColour &spot)
 {
-    counts_.gray |= state_.paint.colour.space == ColourSpace::Gray;
-    counts_.cmyk |= state_.paint.colour.space == ColourSpace::Cmyk;
-    counts_.overprint |= state_.paint.overprint;
+    if (waiting_ > 0)
+        BeginWaiting();
+    const Paint &paint = state_.paint;
+    counts_.gray |= paint.colour.space == ColourSpace::Gray;
+    counts_.cmyk |= paint.colour.space == ColourSpace::Cmyk;
+    counts_.overprint |= paint.overprint;
+    if (spot.ink == nullptr || paint.colour.space != ColourSpace::Cmyk ||
+        !std::ranges::equal(paint.colour.ink, spot.process))
+        return paint;
+    spotPaint_ = paint;
+    spotPaint_.colour.spot = spot.ink;
+    spotPaint_.colour.amount = spot.amount;
+    return spotPaint_;
 }
 
 void Drawing::FillShape(const Path &path)
 {
     if (path.IsEmpty())
         return;
-    CountPaint();
-    device_->FillPath(path, state_.paint);
+    device_->FillPath(path, CountPaint(fillSpot_));
 }
 
 void Drawing::StrokeShape(const Path &path)
 {
     if (path.IsEmpty())
         return;
-    CountPaint();
+    const Paint &paint = CountPaint(strokeSpot_);
     FindStyle(&style_);
-    device_->StrokePath(path, style_, state_.paint);
+    device_->StrokePath(path, style_, paint);
 }
 
 void Drawing::FindStyle(StrokeStyle *style) const
@@ -245,6 +318,8 @@ void Drawing::FindStyle(StrokeStyle *style) const
 
 void Drawing::SaveOnDevice()
 {
+    if (waiting_ > 0)
+        BeginWaiting();
     if (saved_.empty() || state_.isSavedOnDevice)
         return;
     device_->Save();
@@ -263,12 +338,11 @@ void Drawing::ShowText(std::span<const GlyphRun> runs, int32_t mode)
     text_.strokes = (mode & kZRKShowStroke) != 0;
     text_.clips = (mode & kZRKShowClip) != 0;
     if (text_.fills || text_.strokes)
-        CountPaint();
+        text_.paint = CountPaint(text_.fills ? fillSpot_ : strokeSpot_);
     if (text_.strokes)
         FindStyle(&text_.style);
     if (text_.clips)
         SaveOnDevice();
-    text_.paint = state_.paint;
     if (text_.fills || text_.strokes || text_.clips)
         device_->ShowText(runs, text_);
 }

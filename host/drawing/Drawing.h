@@ -10,6 +10,7 @@
 #include "host/drawing/MemoryBudget.h"
 #include "host/drawing/Path.h"
 #include "host/drawing/PathStack.h"
+#include "host/drawing/StructureSink.h"
 
 #include <cstdint>
 #include <span>
@@ -18,7 +19,7 @@
 namespace vxhost
 {
 
-class Drawing
+class Drawing final : public StructureSink
 {
   public:
     static constexpr int64_t kDefaultBytes = int64_t{256} << 20;
@@ -40,7 +41,17 @@ class Drawing
     void Clip();
     void Save();
     void Restore(); // changes nothing where there is no save to return to
-    void RestoreAll();
+    // Ends whatever is open: saved states, groups, layers.
+    void EndAll();
+
+    // A layer or group reaches the device with the first thing in it: without one it does not. A layer ends the groups that it
+    // begins or ends in.
+    void BeginLayer(const Layer &layer) override;
+    void EndLayer() override;
+    void BeginGroup() override;
+    void EndGroup() override;
+    void SetFillSpot(const SpotColour &spot) override { fillSpot_ = spot; }
+    void SetStrokeSpot(const SpotColour &spot) override { strokeSpot_ = spot; }
 
     void Translate(double dx, double dy);
     void Concat(const Matrix &matrix);
@@ -94,7 +105,10 @@ class Drawing
     void StartSubpath(Point onPage);
     void OpenSubpath(Point ifNone);
     void CutDashes(size_t length);
-    void CountPaint();
+    const Paint &CountPaint(const SpotColour &spot);
+    void BeginWaiting();
+    void EndInnermost();
+    void EndGroups();
     void FindStyle(StrokeStyle *style) const;
     void SaveOnDevice();
 
@@ -108,6 +122,16 @@ class Drawing
     StrokeStyle style_; // what the last stroke was given; both keep their storage
     TextPaint text_;
     Counts counts_;
+
+    struct Opened {
+        const Layer *layer = nullptr; // null: a group
+        bool isSent = false;
+    };
+    std::vector<Opened> opened_;
+    size_t waiting_ = 0;            // of those, how many the device has not been told of
+    uint64_t groupsEndedEarly_ = 0; // by a layer: their own ends are still to come
+    SpotColour fillSpot_, strokeSpot_;
+    Paint spotPaint_;
 };
 
 } // namespace vxhost

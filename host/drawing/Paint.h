@@ -4,6 +4,7 @@
 #include "host/drawing/Path.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace vxhost
@@ -11,12 +12,28 @@ namespace vxhost
 
 enum class ColourSpace : uint8_t { Gray, Cmyk };
 
+// An ink of its own, mixed before it comes to the press, and the process inks that stand in for it.
+struct SpotInk {
+    std::string name; // UTF-8
+    double alternate[4] = {0, 0, 0, 0};
+};
+
 // A colour as the document says it. Gray: ink[0] is the level, 0 black, 1.0 white. Cmyk: ink amounts, 0 none, 1.0 full.
 // Components outside 0 to 1.0 have been clamped.
 struct Colour {
     ColourSpace space = ColourSpace::Gray;
     double ink[4] = {0, 0, 0, 0};
+    // Null: none. Else the four amounts are what stands in for that ink, which outlives the drawing.
+    const SpotInk *spot = nullptr;
+    double amount = 0; // of it, 0 none, 1.0 full
     friend bool operator==(const Colour &, const Colour &) = default;
+};
+
+// An ink as a document chooses it for what it paints next.
+struct SpotColour {
+    const SpotInk *ink = nullptr; // null: none
+    double amount = 0;
+    double process[4] = {0, 0, 0, 0}; // what is sent for it
 };
 
 // With overprint, a CMYK component of 0 leaves that ink as it is and gray touches black alone; without it every

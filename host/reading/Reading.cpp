@@ -2,6 +2,7 @@
 
 #include "host/fonts/DocumentGlyphs.h"
 #include "host/fonts/FontNameScan.h"
+#include "host/trace/TraceStructure.h"
 
 #include <algorithm>
 #include <utility>
@@ -49,16 +50,28 @@ TextEncoding TextEncodingOf(const HeaderFacts &header, const DocumentFonts &font
     return header.version == kWindowsVersion ? TextEncoding::CodePage1252 : MacEncoding(fonts.SystemScript());
 }
 
+// Returns the document without an EPS wrapper, as the plug-in reads it.
+std::string_view DrawingOf(const Document &document)
+{
+    bool isWrapped = false;
+    const std::span<const std::byte> bytes = document.Bytes();
+    return DrawingSection({reinterpret_cast<const char *>(bytes.data()), bytes.size()}, &isWrapped);
+}
+
 } // namespace
 
 Reading::Reading(const Installation &installation, const Document &document, ReadingOptions options)
     : installation_(installation), whole_(document), wrapping_(FindDrawing(document.Bytes())),
       part_(wrapping_.names.empty() ? nullptr : Document::PartOf(document, wrapping_.offset, wrapping_.size)),
       document_(part_ == nullptr ? whole_ : *part_), options_(std::move(options)),
-      header_(ScanHeader(document_.Bytes())), fontOptions_(FontOptionsFor(document_, header_, options_)),
-      fonts_(*installation.fonts, fontOptions_), openFonts_(fonts_)
+      header_(ScanHeader(document_.Bytes())), drawing_(DrawingOf(document_)),
+      structure_(options_.readsStructure ? ScanStructure(document_, drawing_, header_.version) : Structure{}),
+      fontOptions_(FontOptionsFor(document_, header_, options_)), fonts_(*installation.fonts, fontOptions_),
+      textEncoding_(TextEncodingOf(header_, fonts_)), openFonts_(fonts_)
 {
-    DecodeTexts(TextEncodingOf(header_, fonts_), &header_);
+    DecodeTexts(textEncoding_, &header_);
+    for (Layer &layer : structure_.layers)
+        layer.name = DecodeText(layer.name, textEncoding_);
     const HeaderDate date = ReadHeaderDate(header_.creationDate, options_.dateOrder);
     header_.wrapping = wrapping_.names;
     header_.created = date.date;
@@ -67,7 +80,7 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
 
 // Every pass over the document has the options that parse is given here.
 template <typename Parse>
-Outcome Reading::Interpret(const Parse &parse)
+Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
 {
     ParseOptions parseOptions;
     parseOptions.fonts = &fonts_;
@@ -76,6 +89,16 @@ Outcome Reading::Interpret(const Parse &parse)
     parseOptions.maxHeap = parseOptions.maxDrawing = options_.maxMemory;
     parseOptions.onProgress = options_.onProgress;
     parseOptions.companion = options_.companion;
+    std::optional<StructureCompanion> structure;
+    if (structure_.isThere) {
+        structure.emplace(
+            drawing_,
+            static_cast<size_t>(drawing_.data() - reinterpret_cast<const char *>(document_.Bytes().data())),
+            header_.version, structure_,
+            [this](std::string_view name) { return DecodeText(name, textEncoding_); });
+        structure->SendTo(sink);
+        parseOptions.structure = &*structure;
+    }
     bool lacksFont = false;
     parseOptions.onReport = [&](const Report &report) {
         lacksFont = lacksFont || (!options_.substitute && report.number == kVXProblemFont);
@@ -164,17 +187,20 @@ Outcome Reading::Look()
     return Draw(page, device);
 }
 
-Outcome Reading::Trace(TraceWriter &writer)
+Outcome Reading::Trace(TraceWriter &writer, bool withStructure)
 {
     TraceTable table(&writer);
-    Outcome outcome = Interpret([&](const ParseOptions &options) {
-        ParseOptions traced = options;
-        traced.onReport = [&](const Report &report) {
-            table.Report(report.number);
-            return options.onReport(report);
-        };
-        return installation_.plugin->Parse(document_, traced, table.Procs(), table.Drawing());
-    });
+    TraceStructure structure(&writer);
+    Outcome outcome = Interpret(
+        [&](const ParseOptions &options) {
+            ParseOptions traced = options;
+            traced.onReport = [&](const Report &report) {
+                table.Report(report.number);
+                return options.onReport(report);
+            };
+            return installation_.plugin->Parse(document_, traced, table.Procs(), table.Drawing());
+        },
+        withStructure ? &structure : nullptr);
     table.Finish(outcome.result);
     TellEnd(&outcome);
     return outcome;

@@ -8,6 +8,7 @@
 #include "host/fonts/DocumentFonts.h"
 #include "host/fonts/OpenFonts.h"
 #include "host/reading/HeaderScan.h"
+#include "host/reading/StructureCompanion.h"
 #include "host/reading/Wrapping.h"
 #include "host/trace/TraceTable.h"
 
@@ -36,6 +37,7 @@ struct ReadingOptions {
     std::function<bool(const Report &)> onReport; // true gives the document up; null: it goes on
     std::function<void(int64_t read, int64_t total)> onProgress; // null: none
     StreamCompanion *companion = nullptr;                        // goes along with each pass that draws
+    bool readsStructure = true; // false: layers, groups and spot inks are painted like all else
 };
 
 class Reading
@@ -48,6 +50,7 @@ class Reading
     Reading &operator=(const Reading &) = delete;
 
     const HeaderFacts &Header() const { return header_; } // what the comments say
+    const std::vector<Layer> &Layers() const { return structure_.layers; }
     const DocumentFonts &Fonts() const { return fonts_; }
 
     // Whether its header or its text names a font.
@@ -61,12 +64,13 @@ class Reading
     Outcome Draw(const Page &page, Device &device);
     // Says what the document uses and what serves it, without drawing. Where ReadInfo fails, only what that says.
     Outcome Look();
-    // Writes every call that the plug-in makes, every report and the result.
-    Outcome Trace(TraceWriter &writer);
+    // Writes every call that the plug-in makes, every report and the result; and, if asked, layers, groups and spot inks
+    // where they stand among them.
+    Outcome Trace(TraceWriter &writer, bool withStructure = false);
 
   private:
     template <typename Parse>
-    Outcome Interpret(const Parse &parse);
+    Outcome Interpret(const Parse &parse, StructureSink *sink = nullptr);
     void TellLackedFont(Outcome *outcome);
     void TellEnd(Outcome *outcome);
 
@@ -77,8 +81,11 @@ class Reading
     const Document &document_;       // the drawing
     ReadingOptions options_;
     HeaderFacts header_;
+    std::string_view drawing_; // the document without an EPS wrapper
+    Structure structure_;
     DocumentFontOptions fontOptions_;
     DocumentFonts fonts_;
+    TextEncoding textEncoding_; // of what no font shows
     OpenFonts openFonts_;
     std::optional<DocumentEnd> end_; // once it is known
 };

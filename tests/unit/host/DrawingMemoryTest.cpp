@@ -35,7 +35,7 @@ TEST(DrawingMemory, SavesOfALongPathShareIt)
         drawing.Save();
     for (int i = 0; i < kMany; ++i)
         drawing.LineTo({2, 2});
-    drawing.RestoreAll();
+    drawing.EndAll();
     drawing.NewPath();
     Line(drawing);
     drawing.Fill();
@@ -54,7 +54,7 @@ TEST(DrawingMemory, IsGivenBackByRestores)
             drawing.Save();
             drawing.NewPath();
         }
-        drawing.RestoreAll();
+        drawing.EndAll();
         drawing.NewPath();
     }
     EXPECT_EQ(device.calls, "");
@@ -86,7 +86,7 @@ TEST(DrawingMemory, EndlessSavesSpendTheirBudgetAndCanStillBeRestored)
     };
     EXPECT_THROW(save(), BudgetSpent);
     device.calls.clear();
-    drawing.RestoreAll();
+    drawing.EndAll();
     const size_t restores = (device.calls.size() + 2) / std::string("restore; ").size();
     EXPECT_GT(restores, 1000u);
     EXPECT_LT(restores, size_t{1} << 20);

@@ -297,7 +297,7 @@ const DrawingCase kSaveCases[] = {
          d.Save();
          d.Save();
          d.Clip();
-         d.RestoreAll();
+         d.EndAll();
      },
      "save; clip M0 0 L9 0; save; clip M0 0 L9 0; restore; restore"},
     {"AllOfTheStateComesBack",

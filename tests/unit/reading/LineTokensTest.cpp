@@ -71,21 +71,21 @@ TEST(LineTokens, HiddenOperatorsHaveTwoBytes)
 
 TEST(LineTokens, NumbersAreThoseOfTheInterpreter)
 {
-    EXPECT_EQ(ReadInteger("-7"), -7);
-    EXPECT_EQ(ReadInteger("2147483648"), INT32_MAX);
-    EXPECT_EQ(ReadInteger("-99999999999"), INT32_MIN);
-    EXPECT_EQ(ReadInteger("1.0"), std::nullopt);
-    EXPECT_EQ(ReadFixed("1"), 65536);
-    EXPECT_EQ(ReadFixed("32768"), INT32_MIN); // an integer is shifted up, and wraps
-    EXPECT_EQ(ReadFixed("0.25"), 16384);
-    EXPECT_EQ(ReadFixed("-0.1"), -6554); // 6553.6
-    EXPECT_EQ(ReadFixed("1."), 65536);
-    EXPECT_EQ(ReadFixed("99999.5"), INT32_MAX);
+    EXPECT_EQ(IntegerOfToken("-7"), -7);
+    EXPECT_EQ(IntegerOfToken("2147483648"), INT32_MAX);
+    EXPECT_EQ(IntegerOfToken("-99999999999"), INT32_MIN);
+    EXPECT_EQ(IntegerOfToken("1.0"), std::nullopt);
+    EXPECT_EQ(FixedOfToken("1"), 65536);
+    EXPECT_EQ(FixedOfToken("32768"), INT32_MIN); // an integer is shifted up, and wraps
+    EXPECT_EQ(FixedOfToken("0.25"), 16384);
+    EXPECT_EQ(FixedOfToken("-0.1"), -6554); // 6553.6
+    EXPECT_EQ(FixedOfToken("1."), 65536);
+    EXPECT_EQ(FixedOfToken("99999.5"), INT32_MAX);
     // Ten digits are taken, and the divisor of ten digits wraps: 1234567890 / 1410065408.
-    EXPECT_EQ(ReadFixed("0.12345678901234"), 57379);
-    EXPECT_EQ(ReadFixed("x"), std::nullopt);
-    EXPECT_EQ(ReadFixed("-"), std::nullopt);
-    EXPECT_EQ(ReadFixed(""), std::nullopt);
+    EXPECT_EQ(FixedOfToken("0.12345678901234"), 57379);
+    EXPECT_EQ(FixedOfToken("x"), std::nullopt);
+    EXPECT_EQ(FixedOfToken("-"), std::nullopt);
+    EXPECT_EQ(FixedOfToken(""), std::nullopt);
 }
 
 TEST(LineTokens, EscapesAreUndone)

@@ -1,0 +1,28 @@
+// Receives what a drawing says beyond its shapes, between the calls of the procedure table that it stands between.
+#pragma once
+
+#include "host/drawing/Layer.h"
+#include "host/drawing/Paint.h"
+
+namespace vxhost
+{
+
+class StructureSink
+{
+  public:
+    StructureSink() = default;
+    StructureSink(const StructureSink &) = delete;
+    StructureSink &operator=(const StructureSink &) = delete;
+    virtual ~StructureSink() = default;
+
+    // Layers nest, and so do groups; both may be left open, or be ended where none has begun.
+    virtual void BeginLayer(const Layer &layer) = 0;
+    virtual void EndLayer() = 0;
+    virtual void BeginGroup() = 0;
+    virtual void EndGroup() = 0;
+    // What is filled, or stroked, from now on in exactly its four inks is painted in that spot ink.
+    virtual void SetFillSpot(const SpotColour &spot) = 0;
+    virtual void SetStrokeSpot(const SpotColour &spot) = 0;
+};
+
+} // namespace vxhost

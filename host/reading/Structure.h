@@ -1,0 +1,24 @@
+// What a drawing says beyond its shapes: layers, and whether there are groups and spot inks.
+#pragma once
+
+#include "host/Document.h"
+#include "host/drawing/Layer.h"
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+namespace vxhost
+{
+
+struct Structure {
+    std::vector<Layer> layers; // in the order in which they begin; their names are as they are written
+    bool isThere = false;      // something is: layers, groups, spot inks
+
+    static constexpr size_t kMostLayers = 10000; // further ones are painted, and told of as the last of these
+};
+
+// Looks through all of the document, once.
+Structure ScanStructure(const Document &document, std::string_view drawing, int version);
+
+} // namespace vxhost

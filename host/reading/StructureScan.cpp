@@ -1,0 +1,367 @@
+#include "host/reading/StructureScan.h"
+
+#include "host/reading/LineWalk.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr size_t kMaxReach = 16384; // bytes from an operator back to its operands
+constexpr size_t kBlock = 64;
+constexpr uint8_t kCaseBit = 0x20;
+
+struct OperatorRow {
+    std::string_view name;
+    StructureOperator what;
+    uint8_t operands; // that it takes at most
+};
+
+constexpr OperatorRow kOperators[] = {
+    {"Lb", StructureOperator::BeginLayer, 10},  {"Ln", StructureOperator::NameLayer, 1},
+    {"LB", StructureOperator::EndLayer, 0},     {"u", StructureOperator::BeginGroup, 0},
+    {"U", StructureOperator::EndGroup, 0},      {"x", StructureOperator::FillInk, 6},
+    {"X", StructureOperator::StrokeInk, 6},     {"g", StructureOperator::FillProcess, 0},
+    {"k", StructureOperator::FillProcess, 0},   {"p", StructureOperator::FillProcess, 0},
+    {"G", StructureOperator::StrokeProcess, 0}, {"K", StructureOperator::StrokeProcess, 0},
+    {"P", StructureOperator::StrokeProcess, 0}, {"Bd", StructureOperator::BeginGradient, 3},
+    {"Bs", StructureOperator::GradientStop, 9}, {"Bg", StructureOperator::BindGradient, 12},
+};
+
+// Which bytes may begin something that matters, from what stands at them and behind them. Arithmetic instead of branches:
+// the compiler does a block at once.
+template <bool kColours, bool kBinds>
+constexpr uint8_t IsCandidate(uint8_t before, uint8_t character, uint8_t after)
+{
+    const uint8_t lower = character | kCaseBit;
+    // A word of one letter has no letter beside it.
+    uint8_t isLetter = static_cast<uint8_t>((lower == 'u') | (lower == 'x'));
+    if constexpr (kColours)
+        isLetter |= static_cast<uint8_t>((lower == 'g') | (lower == 'k') | (lower == 'p'));
+    const auto isAlone = static_cast<uint8_t>((static_cast<uint8_t>((before | kCaseBit) - 'a') > 'z' - 'a') &
+                                              (static_cast<uint8_t>((after | kCaseBit) - 'a') > 'z' - 'a'));
+    uint8_t is = isLetter & isAlone;
+    is |= static_cast<uint8_t>((character == '%') | (character == '<'));
+    is |= static_cast<uint8_t>((character == 'L') & (((after | kCaseBit) == 'b') | (after == 'n')));
+    if constexpr (kBinds)
+        is |= static_cast<uint8_t>((character == 'B') & (after == 'g'));
+    return is;
+}
+
+// A cheaper question, whose answer is yes for far more bytes than the other's.
+template <bool kColours, bool kBinds>
+bool MayHoldCandidate(const uint8_t *block)
+{
+    uint8_t any = 0;
+    for (size_t i = 0; i < kBlock; ++i) {
+        const uint8_t lower = block[i] | kCaseBit;
+        any |= static_cast<uint8_t>((lower == 'u') | (lower == 'x') | (block[i] == '%') | (block[i] == '<'));
+        any |= static_cast<uint8_t>((block[i] == 'L') &
+                                    (((block[i + 1] | kCaseBit) == 'b') | (block[i + 1] == 'n')));
+        if constexpr (kColours)
+            any |= static_cast<uint8_t>((lower == 'g') | (lower == 'k') | (lower == 'p'));
+        if constexpr (kBinds)
+            any |= static_cast<uint8_t>((block[i] == 'B') & (block[i + 1] == 'g'));
+    }
+    return any != 0;
+}
+
+// Returns where in the block the first candidate stands, or kBlock. The bytes before and behind the block must be there.
+template <bool kColours, bool kBinds>
+size_t FindInBlock(const uint8_t *block)
+{
+    if (!MayHoldCandidate<kColours, kBinds>(block))
+        return kBlock;
+    uint8_t marks[kBlock];
+    for (size_t i = 0; i < kBlock; ++i)
+        marks[i] =
+            IsCandidate<kColours, kBinds>(block[static_cast<ptrdiff_t>(i) - 1], block[i], block[i + 1]);
+    const void *first = std::memchr(marks, 1, kBlock);
+    return first == nullptr ? kBlock : static_cast<size_t>(static_cast<const uint8_t *>(first) - marks);
+}
+
+template <bool kColours, bool kBinds>
+size_t FindIn(std::string_view text, size_t from, size_t limit)
+{
+    const auto *bytes = reinterpret_cast<const uint8_t *>(text.data());
+    // The first byte and the last ones have no neighbours: a copy has blanks there.
+    while (from < limit) {
+        size_t found;
+        if (from > 0 && from + kBlock < text.size()) {
+            found = FindInBlock<kColours, kBinds>(bytes + from);
+        } else {
+            std::array<uint8_t, kBlock + 2> copy;
+            copy.fill(' ');
+            if (from > 0)
+                copy[0] = bytes[from - 1];
+            std::copy_n(bytes + from, std::min(kBlock + 1, text.size() - from), copy.begin() + 1);
+            found = FindInBlock<kColours, kBinds>(copy.data() + 1);
+        }
+        if (found < kBlock)
+            return std::min(from + found, limit);
+        from += kBlock;
+    }
+    return limit;
+}
+
+bool IsOperand(TokenKind kind)
+{
+    return kind != TokenKind::Operator && kind != TokenKind::Brace && kind != TokenKind::Comment &&
+           kind != TokenKind::Malformed && kind != TokenKind::HexBegin && kind != TokenKind::HexEnd;
+}
+
+} // namespace
+
+StructureScan::StructureScan(std::string_view drawing, int version)
+    : drawing_(drawing), version_(version), sections_(version), body_(FindBody(drawing, version)),
+      next_(body_), nextLine_(body_), lineStart_(body_), operandsFrom_(body_), takenTo_(body_)
+{
+}
+
+// Returns limit where there is none before it.
+size_t StructureScan::FindCandidate(size_t from, size_t limit) const
+{
+    const bool hasInk = hasFillInk_ || hasStrokeInk_;
+    if (hasInkGradients_)
+        return hasInk ? FindIn<true, true>(drawing_, from, limit)
+                      : FindIn<false, true>(drawing_, from, limit);
+    return hasInk ? FindIn<true, false>(drawing_, from, limit) : FindIn<false, false>(drawing_, from, limit);
+}
+
+// Everything before that place has been looked at.
+void StructureScan::GoTo(size_t position)
+{
+    const std::string_view passed = drawing_.substr(next_, position - next_);
+    if (const size_t end = passed.find_last_of("\r\n"); end != std::string_view::npos)
+        nextLine_ = next_ + end + 1;
+    next_ = position;
+}
+
+// A cut may fall within a word and make an operator of its rest, so a line that is cut is read in all of its pieces. Returns the
+// start of the first such line before that place, or the place.
+size_t StructureScan::FindCutLine(size_t before) const
+{
+    size_t start = nextLine_;
+    while (start + kLineRoom <= before) {
+        // Lines are short, so the last line end within reach is soon found.
+        const size_t end = drawing_.substr(start, kLineRoom).find_last_of("\r\n");
+        if (end == std::string_view::npos)
+            return start;
+        start += end + 1;
+    }
+    return before;
+}
+
+bool StructureScan::NextLine(size_t limit)
+{
+    limit = std::min(limit, drawing_.size());
+    foundCount_ = 0;
+    while (!isOver_ && foundCount_ == 0 && next_ < limit) {
+        if (!ReadsEachLine()) {
+            const size_t candidate = FindCandidate(next_, limit);
+            const size_t cutLine = FindCutLine(candidate);
+            if (cutLine < candidate) {
+                next_ = nextLine_ = cutLine;
+            } else {
+                GoTo(candidate);
+                if (candidate == limit)
+                    return false;
+            }
+        }
+        ReadLine();
+    }
+    return foundCount_ > 0;
+}
+
+// Reads the line that next_ is in, and goes to the one behind it.
+void StructureScan::ReadLine()
+{
+    lineStart_ = nextLine_ + (next_ - nextLine_) / kLineRoom * kLineRoom;
+    lineEnd_ = FindLineEnd(drawing_, lineStart_);
+    const std::string_view line = drawing_.substr(lineStart_, lineEnd_ - lineStart_);
+    const size_t behind = FindNextLine(drawing_, lineEnd_);
+    const bool wasPassedOver = sections_.PassesOver();
+    const BodySections::Fate fate = sections_.Follow(line);
+    if (!wasPassedOver && sections_.PassesOver())
+        passedFrom_ = lineStart_;
+    if (wasPassedOver && !sections_.PassesOver())
+        passedTo_ = behind;
+    if (fate == BodySections::Fate::Interpret)
+        TakeTokens(line);
+    isOver_ = fate == BodySections::Fate::End;
+    // A line that is cut goes on: the start of all of it decides where it is cut next.
+    isInCutLine_ = behind == lineEnd_;
+    if (!isInCutLine_)
+        nextLine_ = behind;
+    next_ = behind;
+}
+
+void StructureScan::TakeTokens(std::string_view line)
+{
+    // Lines that were not looked at hold other operands, or the operator that took them.
+    if (lineStart_ != takenTo_) {
+        operands_.clear();
+        operandsFrom_ = lineStart_;
+        areOperandsKnown_ = lineStart_ == body_;
+    }
+    const size_t from = lineStart_;
+    tokens_.clear();
+    LineTokens tokens(line, isInHex_, sections_.ShowsHidden());
+    for (Token token = tokens.Next(); token.kind != TokenKind::End; token = tokens.Next()) {
+        const PlacedToken placed = {token.kind, from + token.begin, from + token.end};
+        tokens_.push_back(placed);
+        if (token.kind == TokenKind::Operator)
+            TakeOperator(line.substr(token.begin, token.end - token.begin), placed);
+        else if (IsOperand(token.kind))
+            operands_.push_back(placed);
+        // No more operands than the last ones are ever asked for.
+        if (operands_.size() > 4 * kMostOperands)
+            operands_.erase(operands_.begin(), operands_.end() - kMostOperands);
+    }
+    isInHex_ = tokens.IsInHex();
+    takenTo_ = FindNextLine(drawing_, lineEnd_);
+    FindSplits();
+}
+
+void StructureScan::TakeOperator(std::string_view name, const PlacedToken &token)
+{
+    for (const OperatorRow &row : kOperators) {
+        if (row.name == name)
+            AddOperator(row.what, token, row.operands);
+    }
+    operands_.clear();
+    areOperandsKnown_ = true;
+}
+
+void StructureScan::AddOperator(StructureOperator what, const PlacedToken &token, size_t wanted)
+{
+    if (operands_.size() < wanted && !areOperandsKnown_)
+        LookBack(wanted);
+    switch (what) {
+    case StructureOperator::FillInk:
+        hasFillInk_ = true;
+        break;
+    case StructureOperator::StrokeInk:
+        hasStrokeInk_ = true;
+        break;
+    // What sets no ink matters where there is one that it puts out.
+    case StructureOperator::FillProcess:
+        if (!hasFillInk_)
+            return;
+        hasFillInk_ = false;
+        break;
+    case StructureOperator::StrokeProcess:
+        if (!hasStrokeInk_)
+            return;
+        hasStrokeInk_ = false;
+        break;
+    case StructureOperator::GradientStop: {
+        constexpr size_t kCustomOperands = 9;
+        hasInkGradients_ = hasInkGradients_ || operands_.size() >= kCustomOperands;
+        break;
+    }
+    default:
+        break;
+    }
+    if (foundCount_ == found_.size())
+        found_.emplace_back();
+    FoundOperator &found = found_[foundCount_++];
+    found.what = what;
+    found.begin = token.begin;
+    found.end = token.end;
+    found.split = 0;
+    const size_t count = std::min(operands_.size(), kMostOperands);
+    found.operands.assign(operands_.end() - static_cast<ptrdiff_t>(count), operands_.end());
+}
+
+// The interpreter has to stand between an operator that matters and the next of any kind: it does so between two lines.
+void StructureScan::FindSplits()
+{
+    // A line end within a line that is cut would move the cuts behind it.
+    const bool isCut = lineEnd_ < drawing_.size() && !IsLineEnd(drawing_[lineEnd_]);
+    if (isCut)
+        return;
+    size_t next = tokens_.size(); // the operator behind
+    size_t at = tokens_.size();
+    for (size_t i = foundCount_; i-- > 0;) {
+        while (tokens_[--at].begin != found_[i].begin) {
+            if (tokens_[at].kind == TokenKind::Operator)
+                next = at;
+        }
+        found_[i].split = next < tokens_.size() ? FindSplit(at, next) : 0;
+        // What does not paint need not be kept apart: both are told where the second is.
+        if (found_[i].split == 0 && i + 1 < foundCount_ && tokens_[next].begin == found_[i + 1].begin)
+            found_[i].split = found_[i + 1].split;
+        next = at;
+    }
+}
+
+// Returns a blank between two tokens of the line; 0: there is none that may become a line end.
+size_t StructureScan::FindSplit(size_t from, size_t to) const
+{
+    for (size_t i = from; i < to; ++i) {
+        const size_t gap = tokens_[i].end;
+        const TokenKind behind = tokens_[i + 1].kind;
+        if (tokens_[i + 1].begin == gap || !IsTokenSpace(drawing_[gap]) || behind == TokenKind::HexData ||
+            behind == TokenKind::HexEnd)
+            continue;
+        size_t first = gap;
+        while (IsTokenSpace(drawing_[first]))
+            ++first;
+        // What begins a line with "%" may be something else than within it.
+        if (drawing_[first] != '%')
+            return gap;
+    }
+    return 0;
+}
+
+// Fetches the operands on lines before those that were looked at.
+void StructureScan::LookBack(size_t wanted)
+{
+    size_t position = operandsFrom_;
+    const size_t least = std::max(body_, position - std::min(position, kMaxReach));
+    while (position > least && operands_.size() < wanted) {
+        if (position == passedTo_) {
+            position = std::max(passedFrom_, body_);
+            continue;
+        }
+        const bool isCut = !IsLineEnd(drawing_[position - 1]);
+        const size_t end = isCut ? position : position - 1;
+        const size_t before = drawing_.substr(least, end - least).find_last_of("\r\n");
+        size_t start = before == std::string_view::npos ? least : least + before + 1;
+        // Nobody knows where a line is cut whose start is out of reach.
+        if (start == least && least > body_)
+            return;
+        start += (end - start - (isCut ? 1 : 0)) / kLineRoom * kLineRoom;
+        if (!PrependOperands(start, end))
+            break;
+        position = start;
+    }
+    areOperandsKnown_ = true;
+}
+
+// False: an operator stands in that line, or something that cannot be told without the lines before it.
+bool StructureScan::PrependOperands(size_t start, size_t end)
+{
+    const std::string_view line = drawing_.substr(start, end - start);
+    std::vector<PlacedToken> before;
+    bool goesOn = true;
+    LineTokens tokens(line, false, sections_.ShowsHidden());
+    for (Token token = tokens.Next(); token.kind != TokenKind::End; token = tokens.Next()) {
+        if (token.kind == TokenKind::Operator || token.kind == TokenKind::Malformed) {
+            before.clear();
+            goesOn = false;
+        } else if (IsOperand(token.kind)) {
+            before.push_back({token.kind, start + token.begin, start + token.end});
+        }
+    }
+    operands_.insert(operands_.begin(), before.begin(), before.end());
+    return goesOn;
+}
+
+} // namespace vxhost

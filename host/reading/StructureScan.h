@@ -1,0 +1,108 @@
+// Finds the operators that say what the procedure table cannot: layers, groups, spot inks. They stand far apart, so
+// the bytes between them are searched many at a time, and only lines that may have one are cut into tokens.
+#pragma once
+
+#include "host/reading/BodySections.h"
+#include "host/reading/LineTokens.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace vxhost
+{
+
+enum class StructureOperator : uint8_t {
+    BeginLayer,    // Lb
+    NameLayer,     // Ln
+    EndLayer,      // LB
+    BeginGroup,    // u
+    EndGroup,      // U
+    FillInk,       // x
+    StrokeInk,     // X
+    FillProcess,   // g k p, which put out the ink
+    StrokeProcess, // G K P
+    BeginGradient, // Bd
+    GradientStop,  // Bs
+    BindGradient,  // Bg
+};
+
+// A token at a place of the drawing.
+struct PlacedToken {
+    TokenKind kind = TokenKind::End;
+    size_t begin = 0, end = 0;
+};
+
+struct FoundOperator {
+    StructureOperator what = StructureOperator::BeginLayer;
+    size_t begin = 0, end = 0; // of its name
+    // A blank that may become a line end, so that the interpreter stands between this operator and the next; 0: none is
+    // needed, or there is none.
+    size_t split = 0;
+    std::vector<PlacedToken> operands; // the last ones before it, at most kMostOperands, the topmost last
+};
+
+class StructureScan
+{
+  public:
+    static constexpr size_t kMostOperands = 12;
+
+    // The drawing is the text without what is around it, and must outlive the scan.
+    StructureScan(std::string_view drawing, int version);
+
+    // Goes to the next line that begins before limit and has such operators; false when there is none. A later call with a
+    // larger limit goes on.
+    bool NextLine(size_t limit);
+
+    std::span<const FoundOperator> Operators() const { return {found_.data(), foundCount_}; }
+    size_t LineEnd() const { return lineEnd_; } // of the line: where its line end stands, or where it is cut
+
+    std::string_view Text(const PlacedToken &token) const
+    {
+        return drawing_.substr(token.begin, token.end - token.begin);
+    }
+    size_t Position() const { return next_; } // everything before it has been looked at
+
+  private:
+    // The setup section has gradients on any of its lines; hex strings go over lines; words go over cuts.
+    bool ReadsEachLine() const { return isInHex_ || isInCutLine_ || (version_ > 2 && sections_.IsInSetup()); }
+    size_t FindCandidate(size_t from, size_t limit) const;
+    size_t FindCutLine(size_t before) const;
+    void GoTo(size_t position);
+    void ReadLine();
+    void TakeTokens(std::string_view line);
+    void TakeOperator(std::string_view name, const PlacedToken &token);
+    void AddOperator(StructureOperator what, const PlacedToken &token, size_t wanted);
+    void FindSplits();
+    size_t FindSplit(size_t from, size_t to) const;
+    void LookBack(size_t wanted);
+    bool PrependOperands(size_t start, size_t end);
+
+    std::string_view drawing_;
+    int version_;
+    BodySections sections_;
+    size_t body_;      // where the interpreter begins
+    size_t next_;      // everything before it has been looked at
+    size_t nextLine_;  // the start of the line that next_ is in, whatever its length is
+    size_t lineStart_; // of the line at hand, as the interpreter takes it
+    size_t lineEnd_ = 0;
+    size_t passedFrom_ = 0, passedTo_ = 0; // the section that was passed over last
+    bool isInHex_ = false;
+    bool isInCutLine_ = false;
+    bool isOver_ = false;
+    bool hasFillInk_ = false, hasStrokeInk_ = false;
+    bool hasInkGradients_ = false;
+
+    std::vector<PlacedToken> tokens_;   // of the line at hand
+    std::vector<PlacedToken> operands_; // since the last operator
+    size_t operandsFrom_;               // the start of the first line that they are on, as far as is known
+    size_t takenTo_;                    // the end of the last one
+    bool areOperandsKnown_ = true;      // there are none before
+    std::vector<FoundOperator> found_;  // keeps its storage
+    size_t foundCount_ = 0;
+};
+
+} // namespace vxhost

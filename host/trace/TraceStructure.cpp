@@ -1,0 +1,41 @@
+#include "host/trace/TraceStructure.h"
+
+#include <vx/Toolbox.h>
+
+namespace vxhost
+{
+
+void TraceStructure::Write(std::string_view name)
+{
+    writer_->BeginCall(name);
+    writer_->EndCall();
+}
+
+// The name and its flags, in the order of the operands.
+void TraceStructure::BeginLayer(const Layer &layer)
+{
+    writer_->BeginCall("begin-layer");
+    writer_->AddText(layer.name);
+    for (const bool flag :
+         {layer.isVisible, layer.isPreviewed, layer.isEnabled, layer.isPrinting, layer.isDimmed})
+        writer_->AddInteger(flag ? 1 : 0);
+    writer_->AddInteger(layer.colour);
+    for (const uint8_t part : layer.rgb)
+        writer_->AddInteger(part);
+    writer_->EndCall();
+}
+
+// The name, how much of the ink, and its four inks at full strength. No ink: nothing.
+void TraceStructure::WriteSpot(std::string_view name, const SpotColour &spot)
+{
+    writer_->BeginCall(name);
+    if (spot.ink != nullptr) {
+        writer_->AddText(spot.ink->name);
+        writer_->AddFixed(X2Fix(spot.amount));
+        for (const double part : spot.ink->alternate)
+            writer_->AddFixed(X2Fix(part));
+    }
+    writer_->EndCall();
+}
+
+} // namespace vxhost
