@@ -1,9 +1,11 @@
 #include "bench/Documents.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdio>
 #include <initializer_list>
+#include <iterator>
 
 namespace vxbench
 {
@@ -165,6 +167,26 @@ std::string MakePathDocument(size_t size)
     while (text.size() < size)
         AppendShape(&text, &numbers);
     return text + kTrailer;
+}
+
+std::string WithStructure(std::string_view document, size_t percent)
+{
+    constexpr std::string_view kOperators[] = {"u", "0.1 0.2 0.3 0 (Warm Red) 0.25 x", "U",
+                                               "0 0 0 1 (Black Ink) 0 X", "0 0 0 1 k"};
+    std::string text;
+    size_t lines = 0, next = 0;
+    for (size_t at = document.find("%%EndSetup"); percent > 0 && at < document.size();) {
+        const size_t end = std::min(document.find('\n', at), document.size() - 1) + 1;
+        if (text.empty())
+            text = document.substr(0, at);
+        text += document.substr(at, end - at);
+        at = end;
+        if (++lines % (100 / percent) == 0 && document[at] != '%') {
+            text += kOperators[next++ % std::size(kOperators)];
+            text += '\n';
+        }
+    }
+    return text.empty() ? std::string(document) : text;
 }
 
 std::string TextFontName(int font)

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 
 namespace vxbench
 {
@@ -10,6 +11,9 @@ namespace vxbench
 // Outlines of curves and lines with one to four decimals, filled and stroked in changing colours: what drawings
 // are mostly made of. At least size bytes, ended properly.
 std::string MakePathDocument(size_t size);
+
+// The same document with so many lines of a hundred more, each an operator of a group or of a spot ink.
+std::string WithStructure(std::string_view document, size_t percent);
 
 // Lines of text, each placed and set in another of a few fonts than the line before.
 std::string MakeTextDocument(int strings);

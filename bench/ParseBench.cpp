@@ -6,10 +6,15 @@
 
 #include "host/Plugin.h"
 #include "host/fonts/FixedFontList.h"
+#include "host/reading/Structure.h"
+#include "host/reading/StructureCompanion.h"
 
 #include <benchmark/benchmark.h>
 
+#include <optional>
 #include <span>
+#include <string>
+#include <string_view>
 
 namespace
 {
@@ -43,6 +48,45 @@ void ParseWithIdleHost(benchmark::State &state)
     state.counters["heap"] = static_cast<double>(peakHeap);
 }
 BENCHMARK(ParseWithIdleHost)->Arg(kMegabyte)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
+
+// A document in which so many lines of a hundred are operators that are read beside the plug-in: the cost of looking for
+// them, which is all that a document without any pays, and of following them.
+void ParseWithTheCompanion(benchmark::State &state)
+{
+    std::string error;
+    const auto plugin = vxhost::Plugin::Load(VX_PLUGIN_FILE, &error);
+    const std::string text = vxbench::WithStructure(vxbench::MakePathDocument(16 * kMegabyte),
+                                                    static_cast<size_t>(state.range(0)));
+    const auto document = vxhost::Document::FromMemory(std::as_bytes(std::span(text)), &error);
+    if (plugin == nullptr || document == nullptr) {
+        state.SkipWithError(error.c_str());
+        return;
+    }
+    const vxhost::FixedFontList fonts({"Helvetica"});
+    const bool isFollowed = state.range(1) != 0;
+    while (state.KeepRunning()) {
+        vxhost::ParseOptions options;
+        options.fonts = &fonts;
+        vxhost::Structure structure;
+        std::optional<vxhost::StructureCompanion> companion;
+        if (isFollowed) {
+            structure = vxhost::ScanStructure(*document, text, 3);
+            if (structure.isThere)
+                options.structure = &companion.emplace(
+                    text, 0, 3, structure, [](std::string_view name) { return std::string(name); });
+        }
+        ZRKProcs procs = vxbench::MakeIdleTable();
+        int64_t calls = 0;
+        if (plugin->Parse(*document, options, &procs, &calls).result != kVXOk)
+            state.SkipWithError("the parse failed");
+        benchmark::DoNotOptimize(calls);
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
+}
+BENCHMARK(ParseWithTheCompanion)
+    ->ArgNames({"percent", "followed"})
+    ->ArgsProduct({{0, 10}, {0, 1}})
+    ->Unit(benchmark::kMillisecond);
 
 void TokensOnly(benchmark::State &state)
 {

@@ -27,14 +27,14 @@ HostContext MakeContext(const ParseOptions &options, Outcome *outcome)
         outcome->reports.push_back({FindProblem(title), title, message});
         return options.onReport && options.onReport(outcome->reports.back());
     };
-    host.onProgress = [&options](int32_t read, int32_t total) {
-        if (options.companion != nullptr)
-            options.companion->BeginLine();
-        if (options.structure != nullptr)
-            options.structure->BeginLine();
-        if (options.onProgress)
-            options.onProgress(read, total);
-    };
+    host.structure = options.structure;
+    if (options.companion != nullptr || options.onProgress)
+        host.onProgress = [&options](int32_t read, int32_t total) {
+            if (options.companion != nullptr)
+                options.companion->BeginLine();
+            if (options.onProgress)
+                options.onProgress(read, total);
+        };
     return host;
 }
 

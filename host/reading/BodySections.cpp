@@ -44,8 +44,10 @@ bool BeginsLoosely(std::string_view line, std::string_view comment)
 
 bool MayBeComment(std::string_view line)
 {
-    const size_t first = line.find_first_not_of(" \t");
-    return first != std::string_view::npos && line[first] == '%';
+    size_t first = 0;
+    while (first < line.size() && IsBlank(line[first]))
+        ++first;
+    return first < line.size() && line[first] == '%';
 }
 
 size_t FindNonSpace(std::string_view line)

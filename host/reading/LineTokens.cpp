@@ -11,16 +11,20 @@ namespace vxhost
 namespace
 {
 
-constexpr std::string_view kSpace = " \t\n\v\f\r";
 constexpr std::string_view kHexDigits = "0123456789ABCDEFabcdef";
 constexpr size_t kHiddenLength = 2; // of an operator behind "%_", whatever its bytes are
 
-constexpr std::array<bool, 256> kDelimiters = [] {
+constexpr std::array<bool, 256> MakeTable(std::string_view characters)
+{
     std::array<bool, 256> table = {};
-    for (const char character : std::string_view(" \t\n\v\f\r()<>[]{}/%"))
+    for (const char character : characters)
         table[static_cast<uint8_t>(character)] = true;
     return table;
-}();
+}
+
+constexpr std::array<bool, 256> kSpace = MakeTable(" \t\n\v\f\r");
+constexpr std::array<bool, 256> kDelimiters = MakeTable(" \t\n\v\f\r()<>[]{}/%");
+constexpr std::array<bool, 256> kNumberStarts = MakeTable("0123456789+-.");
 
 bool IsDigit(char character)
 {
@@ -92,7 +96,7 @@ bool IsTokenDelimiter(char character)
 
 bool IsTokenSpace(char character)
 {
-    return kSpace.find(character) != std::string_view::npos;
+    return kSpace[static_cast<uint8_t>(character)];
 }
 
 std::optional<int32_t> IntegerOfToken(std::string_view text)
@@ -222,7 +226,9 @@ Token LineTokens::TakeHexData()
 Token LineTokens::TakeWord()
 {
     const size_t end = FindDelimiter(at_);
-    const std::optional<Number> number = ReadNumber(line_.substr(at_, end - at_));
+    const bool mayBeNumber = kNumberStarts[static_cast<uint8_t>(line_[at_])];
+    const std::optional<Number> number =
+        mayBeNumber ? ReadNumber(line_.substr(at_, end - at_)) : std::nullopt;
     if (!number)
         return Take(TokenKind::Operator, end);
     return Take(number->hasPoint ? TokenKind::Fixed : TokenKind::Integer, end);

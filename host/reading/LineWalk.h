@@ -19,8 +19,10 @@ constexpr bool IsLineEnd(char character)
 // Returns where the line that starts there ends: at its line end, at the place where it is cut, or at the text's end.
 inline size_t FindLineEnd(std::string_view text, size_t start)
 {
-    const std::string_view reach = text.substr(start, kLineRoom);
-    return start + std::min(reach.find_first_of("\r\n"), reach.size());
+    const size_t most = std::min(text.size(), start + kLineRoom);
+    while (start < most && !IsLineEnd(text[start]))
+        ++start;
+    return start;
 }
 
 // Returns where the next line starts.

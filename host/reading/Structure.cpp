@@ -32,7 +32,7 @@ class LayerOperands
 {
   public:
     LayerOperands(const StructureScan &scan, const FoundOperator &found)
-        : scan_(scan), operands_(found.operands)
+        : scan_(scan), operands_(found.Operands())
     {
     }
 
@@ -77,9 +77,9 @@ Layer LayerOf(const StructureScan &scan, const FoundOperator &found)
 // The name as it is written.
 std::string NameOf(const StructureScan &scan, const FoundOperator &found)
 {
-    if (found.operands.empty())
+    if (found.Operands().empty())
         return {};
-    const PlacedToken &token = found.operands.back();
+    const PlacedToken &token = found.Operands().back();
     const std::string_view text = scan.Text(token);
     const std::string name = token.kind == TokenKind::String    ? StringBytes(text)
                              : token.kind == TokenKind::HexData ? HexBytes(text)
@@ -141,6 +141,9 @@ Structure ScanStructure(const Document &document, std::string_view drawing, int 
                 else if (found.what == StructureOperator::EndLayer)
                     layers.End();
             }
+            // That there are others is known now; which, is seen when they are painted.
+            if (structure.isThere)
+                scan.FindLayersAlone();
         }
         document.Leave(start + from, start + to);
     }

@@ -1,12 +1,14 @@
 #include "host/reading/StructureCompanion.h"
 
 #include "host/drawing/FromFixed.h"
+#include "host/reading/ByteBlocks.h"
 #include "host/reading/LineTokens.h"
 #include "host/reading/LineWalk.h"
 
 #include <vx/Toolbox.h>
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 namespace vxhost
@@ -23,6 +25,19 @@ constexpr size_t kMostNameBytes = 255;
 double Amount(Fixed value)
 {
     return std::clamp(FromFixed(value), 0.0, 1.0);
+}
+
+uint64_t CountLineEnds(std::span<const std::byte> bytes)
+{
+    uint64_t count = 0;
+    size_t at = 0;
+    for (; at + sizeof(ByteBlock) <= bytes.size(); at += sizeof(ByteBlock)) {
+        const ByteBlock block = LoadBlock(reinterpret_cast<const uint8_t *>(&bytes[at]));
+        count += static_cast<uint64_t>(std::popcount(BitsOf(Is(block, '\r') | Is(block, '\n'))));
+    }
+    for (; at < bytes.size(); ++at)
+        count += IsLineEnd(static_cast<char>(bytes[at])) ? 1 : 0;
+    return count;
 }
 
 } // namespace
@@ -82,50 +97,68 @@ void StructureCompanion::Take(const FoundOperator &found)
 // Changes the flag that says whether the layer is painted, digit by digit.
 void StructureCompanion::PaintLayer(const FoundOperator &found, const Layer &layer)
 {
-    if (layer.isPainted == layer.isPrinting || found.operands.size() <= kLayerNumbersAfterPrinting)
+    if (layer.isPainted == layer.isPrinting || found.count <= kLayerNumbersAfterPrinting)
         return;
-    const PlacedToken &flag = found.operands[found.operands.size() - 1 - kLayerNumbersAfterPrinting];
+    const PlacedToken &flag = found.room[found.count - 1 - kLayerNumbersAfterPrinting];
     std::string digits(flag.end - flag.begin, '0');
     digits.back() = layer.isPainted ? '1' : '0';
     edits_.push_back({flag.begin, std::move(digits)});
 }
 
-SpotColour StructureCompanion::FindSpot(const FoundOperator &found)
+// Returns null for operands that are none.
+const StructureCompanion::WrittenInk *StructureCompanion::FindInk(std::span<const PlacedToken> operands)
 {
-    if (found.operands.size() < kSpotOperands)
-        return {};
-    const PlacedToken *operands = &found.operands[found.operands.size() - kSpotOperands];
-    const std::optional<Fixed> tint = FixedOfToken(scan_.Text(operands[5]));
-    if (!tint)
-        return {};
+    const std::string_view text =
+        drawing_.substr(operands.front().begin, operands.back().end - operands.front().begin);
+    if (const auto known = written_.find(text); known != written_.end())
+        return &known->second;
     SpotInk ink;
-    SpotColour spot;
-    spot.amount = Amount(kFixedOne - *tint);
+    WrittenInk written;
     std::string key;
     for (size_t i = 0; i < std::size(ink.alternate); ++i) {
         const std::optional<Fixed> part = FixedOfToken(scan_.Text(operands[i]));
         if (!part)
-            return {};
+            return nullptr;
+        written.parts[i] = *part;
         ink.alternate[i] = Amount(*part);
-        // The plug-in's own product, so that its colour can be told from one that is nearly the same.
-        spot.process[i] =
-            Amount(FixMul(static_cast<Fixed>(uint32_t{kFixedOne} - static_cast<uint32_t>(*tint)), *part));
         key.append(reinterpret_cast<const char *>(&*part), sizeof *part);
     }
-    const std::string_view name = scan_.Text(operands[4]);
-    if (operands[4].kind != TokenKind::String && operands[4].kind != TokenKind::HexData)
-        return {};
-    std::string bytes = operands[4].kind == TokenKind::String ? StringBytes(name) : HexBytes(name);
+    const PlacedToken &name = operands.back();
+    if (name.kind != TokenKind::String && name.kind != TokenKind::HexData)
+        return nullptr;
+    std::string bytes =
+        name.kind == TokenKind::String ? StringBytes(scan_.Text(name)) : HexBytes(scan_.Text(name));
     bytes.resize(std::min(bytes.size(), kMostNameBytes));
     key += bytes;
     auto known = inks_.find(key);
     if (known == inks_.end()) {
         if (inks_.size() == kMostInks)
-            return {};
+            return nullptr;
         ink.name = decodeName_(bytes);
         known = inks_.emplace(std::move(key), std::move(ink)).first;
     }
-    spot.ink = &known->second;
+    written.ink = &known->second;
+    if (written_.size() == kMostInks)
+        written_.clear();
+    return &written_.emplace(text, written).first->second;
+}
+
+SpotColour StructureCompanion::FindSpot(const FoundOperator &found)
+{
+    if (found.count < kSpotOperands)
+        return {};
+    const auto operands = found.Operands().last(kSpotOperands);
+    const WrittenInk *written = FindInk(operands.first(kSpotOperands - 1));
+    const std::optional<Fixed> tint = FixedOfToken(scan_.Text(operands.back()));
+    if (written == nullptr || !tint)
+        return {};
+    SpotColour spot;
+    spot.ink = written->ink;
+    spot.amount = Amount(static_cast<Fixed>(uint32_t{kFixedOne} - static_cast<uint32_t>(*tint)));
+    // The plug-in's own product, so that its colour can be told from one that is nearly the same.
+    const auto strength = static_cast<Fixed>(uint32_t{kFixedOne} - static_cast<uint32_t>(*tint));
+    for (size_t i = 0; i < std::size(spot.process); ++i)
+        spot.process[i] = Amount(FixMul(strength, written->parts[i]));
     return spot;
 }
 
@@ -149,8 +182,8 @@ void StructureCompanion::CountLines(std::span<const std::byte> bytes)
     for (Event &event : events_) {
         if (event.at >= piece_ + bytes.size())
             break;
-        for (; counted + piece_ < event.at; ++counted)
-            lineEnds += IsLineEnd(static_cast<char>(bytes[counted])) ? 1 : 0;
+        lineEnds += CountLineEnds(bytes.subspan(counted, event.at - piece_ - counted));
+        counted = event.at - piece_;
         event.line = lineEnds + 1;
     }
     nextLine_ = events_.front().at < piece_ + bytes.size() ? events_.front().line : 0;

@@ -16,6 +16,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace vxhost
@@ -57,8 +58,15 @@ class StructureCompanion final : public StreamCompanion
         SpotColour spot = {}; // no ink: process colours
     };
 
+    // Four numbers and a name, as they are written somewhere in the drawing.
+    struct WrittenInk {
+        const SpotInk *ink = nullptr;
+        Fixed parts[4] = {0, 0, 0, 0};
+    };
+
     void Take(const FoundOperator &found);
     void PaintLayer(const FoundOperator &found, const Layer &layer);
+    const WrittenInk *FindInk(std::span<const PlacedToken> operands);
     SpotColour FindSpot(const FoundOperator &found);
     void ChangeBytes(std::span<std::byte> bytes);
     void CountLines(std::span<const std::byte> bytes);
@@ -78,6 +86,7 @@ class StructureCompanion final : public StreamCompanion
     std::deque<ByteEdit> edits_;
     size_t layersBegun_ = 0;
     std::map<std::string, SpotInk> inks_; // by what tells them apart: name and inks
+    std::unordered_map<std::string_view, WrittenInk> written_;
 };
 
 } // namespace vxhost

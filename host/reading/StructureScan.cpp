@@ -1,10 +1,11 @@
 #include "host/reading/StructureScan.h"
 
+#include "host/reading/ByteBlocks.h"
 #include "host/reading/LineWalk.h"
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <bit>
 
 namespace vxhost
 {
@@ -33,80 +34,64 @@ constexpr OperatorRow kOperators[] = {
     {"Bs", StructureOperator::GradientStop, 9}, {"Bg", StructureOperator::BindGradient, 12},
 };
 
-// Which bytes may begin something that matters, from what stands at them and behind them. Arithmetic instead of branches:
-// the compiler does a block at once.
-template <bool kColours, bool kBinds>
-constexpr uint8_t IsCandidate(uint8_t before, uint8_t character, uint8_t after)
+template <char... kLetters>
+ByteBlock IsLetter(ByteBlock bytes) // in either case
 {
-    const uint8_t lower = character | kCaseBit;
-    // A word of one letter has no letter beside it.
-    uint8_t isLetter = static_cast<uint8_t>((lower == 'u') | (lower == 'x'));
-    if constexpr (kColours)
-        isLetter |= static_cast<uint8_t>((lower == 'g') | (lower == 'k') | (lower == 'p'));
-    const auto isAlone = static_cast<uint8_t>((static_cast<uint8_t>((before | kCaseBit) - 'a') > 'z' - 'a') &
-                                              (static_cast<uint8_t>((after | kCaseBit) - 'a') > 'z' - 'a'));
-    uint8_t is = isLetter & isAlone;
-    is |= static_cast<uint8_t>((character == '%') | (character == '<'));
-    is |= static_cast<uint8_t>((character == 'L') & (((after | kCaseBit) == 'b') | (after == 'n')));
-    if constexpr (kBinds)
-        is |= static_cast<uint8_t>((character == 'B') & (after == 'g'));
-    return is;
+    const ByteBlock lower = bytes | kCaseBit;
+    return (Is(lower, kLetters) | ...);
 }
 
-// A cheaper question, whose answer is yes for far more bytes than the other's.
-template <bool kColours, bool kBinds>
-bool MayHoldCandidate(const uint8_t *block)
+ByteBlock IsNoLetter(ByteBlock bytes)
 {
-    uint8_t any = 0;
-    for (size_t i = 0; i < kBlock; ++i) {
-        const uint8_t lower = block[i] | kCaseBit;
-        any |= static_cast<uint8_t>((lower == 'u') | (lower == 'x') | (block[i] == '%') | (block[i] == '<'));
-        any |= static_cast<uint8_t>((block[i] == 'L') &
-                                    (((block[i + 1] | kCaseBit) == 'b') | (block[i + 1] == 'n')));
+    const ByteBlock fromA = (bytes | kCaseBit) - static_cast<uint8_t>('a');
+    return reinterpret_cast<ByteBlock>(fromA > static_cast<uint8_t>('z' - 'a'));
+}
+
+ByteBlock BeginsLayerWord(ByteBlock bytes, ByteBlock after)
+{
+    // These bits are the same in "b", "n" and "B", and in few others.
+    constexpr uint8_t kCommon = 0xD3;
+    return Is(bytes, 'L') & Is(after & kCommon, 'B');
+}
+
+ByteBlock BindsGradient(ByteBlock bytes, ByteBlock after)
+{
+    return Is(bytes, 'B') & Is(after, 'g');
+}
+
+// Whether a block may hold a candidate: a cheap question, whose answer is yes far more often than need be.
+template <bool kLayersAlone, bool kColours, bool kGradients>
+bool MayHold(const uint8_t *block)
+{
+    ByteBlock any = {};
+    for (size_t i = 0; i < kBlock; i += sizeof any) {
+        const ByteBlock bytes = LoadBlock(block + i), after = LoadBlock(block + i + 1);
+        any |= Is(bytes, '%') | Is(bytes, '<') | BeginsLayerWord(bytes, after);
+        if constexpr (!kLayersAlone)
+            any |= IsLetter<'u', 'x'>(bytes);
         if constexpr (kColours)
-            any |= static_cast<uint8_t>((lower == 'g') | (lower == 'k') | (lower == 'p'));
-        if constexpr (kBinds)
-            any |= static_cast<uint8_t>((block[i] == 'B') & (block[i + 1] == 'g'));
+            any |= IsLetter<'g', 'k', 'p'>(bytes);
+        if constexpr (kGradients)
+            any |= BindsGradient(bytes, after);
     }
-    return any != 0;
+    return IsAny(any);
 }
 
-// Returns where in the block the first candidate stands, or kBlock. The bytes before and behind the block must be there.
-template <bool kColours, bool kBinds>
-size_t FindInBlock(const uint8_t *block)
+// Returns a bit for each byte of the block where something that matters may begin.
+uint64_t CandidatesIn(const uint8_t *block)
 {
-    if (!MayHoldCandidate<kColours, kBinds>(block))
-        return kBlock;
-    uint8_t marks[kBlock];
-    for (size_t i = 0; i < kBlock; ++i)
-        marks[i] =
-            IsCandidate<kColours, kBinds>(block[static_cast<ptrdiff_t>(i) - 1], block[i], block[i + 1]);
-    const void *first = std::memchr(marks, 1, kBlock);
-    return first == nullptr ? kBlock : static_cast<size_t>(static_cast<const uint8_t *>(first) - marks);
-}
-
-template <bool kColours, bool kBinds>
-size_t FindIn(std::string_view text, size_t from, size_t limit)
-{
-    const auto *bytes = reinterpret_cast<const uint8_t *>(text.data());
-    // The first byte and the last ones have no neighbours: a copy has blanks there.
-    while (from < limit) {
-        size_t found;
-        if (from > 0 && from + kBlock < text.size()) {
-            found = FindInBlock<kColours, kBinds>(bytes + from);
-        } else {
-            std::array<uint8_t, kBlock + 2> copy;
-            copy.fill(' ');
-            if (from > 0)
-                copy[0] = bytes[from - 1];
-            std::copy_n(bytes + from, std::min(kBlock + 1, text.size() - from), copy.begin() + 1);
-            found = FindInBlock<kColours, kBinds>(copy.data() + 1);
-        }
-        if (found < kBlock)
-            return std::min(from + found, limit);
-        from += kBlock;
+    uint64_t bits = 0;
+    for (size_t i = 0; i < kBlock; i += sizeof(ByteBlock)) {
+        const ByteBlock bytes = LoadBlock(block + i), before = LoadBlock(block + i - 1),
+                        after = LoadBlock(block + i + 1);
+        // A word of one letter has no letter beside it.
+        const ByteBlock isWord =
+            IsLetter<'u', 'x', 'g', 'k', 'p'>(bytes) & IsNoLetter(before) & IsNoLetter(after);
+        bits |= BitsOf(isWord | Is(bytes, '%') | Is(bytes, '<') | BindsGradient(bytes, after) |
+                       BeginsLayerWord(bytes, after))
+                << i;
     }
-    return limit;
+    return bits;
 }
 
 bool IsOperand(TokenKind kind)
@@ -123,22 +108,82 @@ StructureScan::StructureScan(std::string_view drawing, int version)
 {
 }
 
-// Returns limit where there is none before it.
-size_t StructureScan::FindCandidate(size_t from, size_t limit) const
+bool StructureScan::MayHoldCandidate(const uint8_t *block) const
 {
-    const bool hasInk = hasFillInk_ || hasStrokeInk_;
+    if (findsLayersAlone_)
+        return MayHold<true, false, false>(block);
     if (hasInkGradients_)
-        return hasInk ? FindIn<true, true>(drawing_, from, limit)
-                      : FindIn<false, true>(drawing_, from, limit);
-    return hasInk ? FindIn<true, false>(drawing_, from, limit) : FindIn<false, false>(drawing_, from, limit);
+        return MayHold<false, true, true>(block);
+    return hasFillInk_ || hasStrokeInk_ ? MayHold<false, true, false>(block)
+                                        : MayHold<false, false, false>(block);
+}
+
+// Whether what may matter there does, as things stand.
+bool StructureScan::IsWanted(char first) const
+{
+    switch (first) {
+    case 'L':
+    case '%':
+    case '<':
+        return true;
+    case 'B':
+        return hasInkGradients_ && !findsLayersAlone_;
+    case 'g':
+    case 'k':
+    case 'p':
+        return hasFillInk_ && !findsLayersAlone_;
+    case 'G':
+    case 'K':
+    case 'P':
+        return hasStrokeInk_ && !findsLayersAlone_;
+    default:
+        return !findsLayersAlone_;
+    }
+}
+
+// Returns limit where there is none before it.
+size_t StructureScan::FindCandidate(size_t from, size_t limit)
+{
+    const auto *bytes = reinterpret_cast<const uint8_t *>(drawing_.data());
+    while (from < limit) {
+        if (from < block_ || from >= block_ + kBlock) {
+            block_ = from;
+            // The first byte and the last ones have no neighbours: a copy has blanks there.
+            std::array<uint8_t, kBlock + 2> copy;
+            const uint8_t *block = bytes + from;
+            if (from == 0 || from + kBlock >= drawing_.size()) {
+                copy.fill(' ');
+                if (from > 0)
+                    copy[0] = bytes[from - 1];
+                std::copy_n(block, std::min(kBlock + 1, drawing_.size() - from), copy.begin() + 1);
+                block = copy.data() + 1;
+            }
+            // An ink may begin within the block, and its end may be in it too, so all candidates are found at once.
+            candidates_ = MayHoldCandidate(block) ? CandidatesIn(block) : 0;
+        }
+        uint64_t left = candidates_ >> (from - block_);
+        while (left != 0) {
+            from += static_cast<size_t>(std::countr_zero(left));
+            if (from >= limit)
+                return limit;
+            if (IsWanted(drawing_[from]))
+                return from;
+            ++from;
+            left = candidates_ >> 1 >> (from - 1 - block_);
+        }
+        from = block_ + kBlock;
+    }
+    return limit;
 }
 
 // Everything before that place has been looked at.
 void StructureScan::GoTo(size_t position)
 {
-    const std::string_view passed = drawing_.substr(next_, position - next_);
-    if (const size_t end = passed.find_last_of("\r\n"); end != std::string_view::npos)
-        nextLine_ = next_ + end + 1;
+    size_t end = position;
+    while (end > next_ && !IsLineEnd(drawing_[end - 1]))
+        --end;
+    if (end > next_)
+        nextLine_ = end;
     next_ = position;
 }
 
@@ -149,10 +194,19 @@ size_t StructureScan::FindCutLine(size_t before) const
     size_t start = nextLine_;
     while (start + kLineRoom <= before) {
         // Lines are short, so the last line end within reach is soon found.
-        const size_t end = drawing_.substr(start, kLineRoom).find_last_of("\r\n");
-        if (end == std::string_view::npos)
+        size_t end = kLineRoom;
+        while (end > sizeof(ByteBlock)) {
+            const ByteBlock bytes =
+                LoadBlock(reinterpret_cast<const uint8_t *>(drawing_.data()) + start + end - sizeof bytes);
+            if (IsAny(Is(bytes, '\r') | Is(bytes, '\n')))
+                break;
+            end -= sizeof bytes;
+        }
+        while (end > 0 && !IsLineEnd(drawing_[start + end - 1]))
+            --end;
+        if (end == 0)
             return start;
-        start += end + 1;
+        start += end;
     }
     return before;
 }
@@ -220,8 +274,8 @@ void StructureScan::TakeTokens(std::string_view line)
         else if (IsOperand(token.kind))
             operands_.push_back(placed);
         // No more operands than the last ones are ever asked for.
-        if (operands_.size() > 4 * kMostOperands)
-            operands_.erase(operands_.begin(), operands_.end() - kMostOperands);
+        if (operands_.size() > 4 * FoundOperator::kMostOperands)
+            operands_.erase(operands_.begin(), operands_.end() - FoundOperator::kMostOperands);
     }
     isInHex_ = tokens.IsInHex();
     takenTo_ = FindNextLine(drawing_, lineEnd_);
@@ -230,9 +284,11 @@ void StructureScan::TakeTokens(std::string_view line)
 
 void StructureScan::TakeOperator(std::string_view name, const PlacedToken &token)
 {
-    for (const OperatorRow &row : kOperators) {
-        if (row.name == name)
-            AddOperator(row.what, token, row.operands);
+    if (name.size() <= 2) {
+        for (const OperatorRow &row : kOperators) {
+            if (row.name[0] == name[0] && row.name == name)
+                AddOperator(row.what, token, row.operands);
+        }
     }
     operands_.clear();
     areOperandsKnown_ = true;
@@ -275,8 +331,8 @@ void StructureScan::AddOperator(StructureOperator what, const PlacedToken &token
     found.begin = token.begin;
     found.end = token.end;
     found.split = 0;
-    const size_t count = std::min(operands_.size(), kMostOperands);
-    found.operands.assign(operands_.end() - static_cast<ptrdiff_t>(count), operands_.end());
+    found.count = std::min(operands_.size(), FoundOperator::kMostOperands);
+    std::copy_n(operands_.end() - static_cast<ptrdiff_t>(found.count), found.count, found.room.begin());
 }
 
 // The interpreter has to stand between an operator that matters and the next of any kind: it does so between two lines.

@@ -5,6 +5,7 @@
 #include "host/reading/BodySections.h"
 #include "host/reading/LineTokens.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -42,16 +43,22 @@ struct FoundOperator {
     // A blank that may become a line end, so that the interpreter stands between this operator and the next; 0: none is
     // needed, or there is none.
     size_t split = 0;
-    std::vector<PlacedToken> operands; // the last ones before it, at most kMostOperands, the topmost last
+    static constexpr size_t kMostOperands = 12;
+    std::array<PlacedToken, kMostOperands> room;
+    size_t count = 0;
+
+    // The last ones before it, the topmost last.
+    std::span<const PlacedToken> Operands() const { return {room.data(), count}; }
 };
 
 class StructureScan
 {
   public:
-    static constexpr size_t kMostOperands = 12;
-
     // The drawing is the text without what is around it, and must outlive the scan.
     StructureScan(std::string_view drawing, int version);
+
+    // From now on only layers are found.
+    void FindLayersAlone() { findsLayersAlone_ = true; }
 
     // Goes to the next line that begins before limit and has such operators; false when there is none. A later call with a
     // larger limit goes on.
@@ -69,7 +76,9 @@ class StructureScan
   private:
     // The setup section has gradients on any of its lines; hex strings go over lines; words go over cuts.
     bool ReadsEachLine() const { return isInHex_ || isInCutLine_ || (version_ > 2 && sections_.IsInSetup()); }
-    size_t FindCandidate(size_t from, size_t limit) const;
+    bool MayHoldCandidate(const uint8_t *block) const;
+    bool IsWanted(char first) const;
+    size_t FindCandidate(size_t from, size_t limit);
     size_t FindCutLine(size_t before) const;
     void GoTo(size_t position);
     void ReadLine();
@@ -90,6 +99,9 @@ class StructureScan
     size_t lineStart_; // of the line at hand, as the interpreter takes it
     size_t lineEnd_ = 0;
     size_t passedFrom_ = 0, passedTo_ = 0; // the section that was passed over last
+    size_t block_ = SIZE_MAX;              // where the bytes begin whose candidates are known
+    uint64_t candidates_ = 0;
+    bool findsLayersAlone_ = false;
     bool isInHex_ = false;
     bool isInCutLine_ = false;
     bool isOver_ = false;

@@ -55,7 +55,11 @@ void ProgressToHost(int32_t bytesRead, int32_t totalBytes)
 {
     RunCallback([&] {
         // After a failure the plug-in still goes through the lines that it has: those are not told.
-        if (currentHost != nullptr && currentHost->onProgress && !HasCallFailed())
+        if (currentHost == nullptr || HasCallFailed())
+            return;
+        if (currentHost->structure != nullptr)
+            currentHost->structure->BeginLine();
+        if (currentHost->onProgress)
             currentHost->onProgress(bytesRead, std::max(totalBytes, 0));
     });
 }

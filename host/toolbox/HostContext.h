@@ -6,6 +6,7 @@
 #pragma once
 
 #include "host/fonts/FontList.h"
+#include "host/reading/StructureCompanion.h"
 
 #include <vx/Toolbox.h>
 #include <vx/Types.h>
@@ -53,6 +54,8 @@ struct HostContext {
     std::function<bool(const std::string &title, const std::string &message)> onReport; // true: stop
     std::function<void(int32_t read, int32_t total)> onProgress;                        // neither is below 0
     std::function<void(std::string_view)> onDebugMessage;
+    StructureCompanion *structure =
+        nullptr; // is called before each line, more often than all others; null: none
 
     // The first exception that reached a callback; the document's reader delivers nothing after it.
     std::exception_ptr failure;

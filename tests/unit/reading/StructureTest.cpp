@@ -279,6 +279,19 @@ std::string WithOperators(std::string_view document, int version, unsigned seed)
     return text;
 }
 
+// Changes some bytes, most of them to what means something.
+std::string Mutated(std::string bytes, unsigned seed)
+{
+    constexpr std::string_view kBytes = "uUxXLbnBgkGK()<>[]{}/%\\\r\n  0a";
+    std::mt19937 random(seed);
+    for (int i = 0; i < 6; ++i) {
+        const size_t at = random() % bytes.size();
+        const std::string_view byte = kBytes.substr(random() % kBytes.size(), 1);
+        bytes.replace(at, 1 - random() % 2, byte);
+    }
+    return bytes;
+}
+
 std::vector<std::filesystem::path> Drawings()
 {
     std::vector<std::filesystem::path> paths;
@@ -325,6 +338,23 @@ TEST_F(StructureTest, FollowsTokensNotLines)
         }
     }
     EXPECT_GT(events, 1000U);
+}
+
+TEST_F(StructureTest, LeavesTheCallsOfDamagedDrawingsAsTheyAre)
+{
+    for (const auto &path : Drawings()) {
+        const std::string original = ReadAll(path);
+        if (original.size() > 20000 || !original.starts_with("%!PS-"))
+            continue;
+        for (unsigned seed = 0; seed < 8; ++seed) {
+            const int version = ScanHeader(std::as_bytes(std::span(original))).version;
+            const std::string document = Mutated(WithOperators(original, version, seed), seed);
+            Lines calls;
+            std::ranges::copy_if(Trace(document), std::back_inserter(calls),
+                                 [](const std::string &line) { return !IsEvent(line); });
+            EXPECT_EQ(calls, Trace(document, false)) << path << seed;
+        }
+    }
 }
 
 } // namespace
