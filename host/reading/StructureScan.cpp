@@ -316,6 +316,11 @@ void StructureScan::AddOperator(StructureOperator what, const PlacedToken &token
             return;
         hasStrokeInk_ = false;
         break;
+    // Only what is looked for is told, whatever else is on its line: the operators of a piece are known before the next piece.
+    case StructureOperator::BindGradient:
+        if (!hasInkGradients_)
+            return;
+        break;
     case StructureOperator::GradientStop: {
         constexpr size_t kCustomOperands = 9;
         hasInkGradients_ = hasInkGradients_ || operands_.size() >= kCustomOperands;
