@@ -113,9 +113,11 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["whole"] = outcome.end.isSaid;
     facts["open"] = OpenThingsJson(outcome.end.open);
     facts["bytes"] = outcome.bytesTotal;
+    facts["unpackedBytes"] = outcome.bytesUnpacked;
     facts["lineEnds"] = header.lineEnds;
     facts["epsWrapper"] = header.epsWrapper;
     facts["wrapping"] = header.wrapping;
+    facts["damage"] = outcome.damage;
     facts["result"] = outcome.result;
 }
 

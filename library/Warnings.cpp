@@ -64,6 +64,9 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
         if (font.match != FontMatch::Missing && font.missingGlyphs > 0)
             warnings.push_back(LackText(font));
     }
+    if (!outcome.damage.empty())
+        warnings.push_back(outcome.damage + ": " + std::to_string(outcome.bytesUnpacked) +
+                           " bytes came out of them");
     if (outcome.result == kVXOk && outcome.headerAccepted && !outcome.end.isSaid)
         warnings.push_back(CutText(outcome.end));
     if (outcome.undrawnTexts > 0)
@@ -81,6 +84,12 @@ std::vector<std::string> ListOmitted(const Omitted &omitted)
     if (omitted.fonts > 0)
         warnings.push_back(std::to_string(omitted.fonts) + " more fonts are not told of");
     return warnings;
+}
+
+std::string PlaceText(const Outcome &outcome)
+{
+    return "near byte " + std::to_string(outcome.bytesRead) + " of " + std::to_string(outcome.bytesUnpacked) +
+           (outcome.bytesUnpacked == outcome.bytesTotal ? "" : " unpacked");
 }
 
 std::string UnconfinedText(const Confinement &confinement)

@@ -111,8 +111,10 @@ class Info:
         whole            a line says that it ends; else the file is cut short
         open             what it begins more often than it ends, and how many of these: {"groups": 1}
         bytes            its size
+        unpacked_bytes   its size once it is unpacked, which is the same where it is not packed
         line_ends        "LF", "CR", "CR LF" or "mixed"; empty: it has none
-        wrapping         what else is around the drawing, as "MacBinary"
+        wrapping         what else is around the drawing, as "gzip, MacBinary"
+        damage           what is wrong with the gzip or xz data that it is packed in
         eps_wrapper      it is inside a binary EPS file
     """
 
@@ -134,9 +136,11 @@ class Info:
     whole: bool
     open: dict[str, int]
     bytes: int
+    unpacked_bytes: int
     line_ends: str
     eps_wrapper: bool
     wrapping: str
+    damage: str
 
 
 def read_info(text: str) -> Info:
