@@ -30,6 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const vxhost::DocumentEnd end = vxhost::FindEnd(*document, true);
     const vxhost::DocumentEnd quick = vxhost::FindEnd(*document, false);
     vxfuzz::Require(end.isSaid == quick.isSaid && end.isInLine == quick.isInLine, "two ends");
+    vxfuzz::Require(end.undrawn == quick.undrawn && end.undrawn.bytes <= size, "what is not drawn");
     vxfuzz::Require(!quick.isSaid || quick.open == vxhost::OpenThings(), "things that nobody looked for");
     input.behaviour.selector = size % 2 == 0 ? kVXCanRead : kVXStreamInfo;
     vxfuzz::HostileHost host(input);

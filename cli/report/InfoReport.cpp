@@ -109,6 +109,9 @@ std::string InfoText(const std::string &input, const Result &result, const std::
                                     header.epsWrapper ? ", in a binary EPS wrapper" : "",
                                     outcome.end.isSaid ? "" : ", cut short"));
     text += Row("damage", outcome.damage);
+    if (const Undrawn &undrawn = outcome.end.undrawn; undrawn.line != 0)
+        text += Row("not drawn", fmt::format("{} bytes, behind a line %%EOF within a section, line {}",
+                                             undrawn.bytes, undrawn.line));
     text += Row("left open", OpenText(outcome.end.open));
     for (const Report &report : outcome.reports)
         text += Row("problem", report.message.empty() ? report.title : report.message);

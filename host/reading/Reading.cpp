@@ -162,6 +162,11 @@ void Reading::TellEnd(Outcome *outcome)
     if (!end_)
         end_ = FindEnd(document_, false);
     outcome->end = *end_;
+    Undrawn &undrawn = outcome->end.undrawn;
+    if (outcome->result != kVXOk) // it was given up elsewhere
+        undrawn = {};
+    if (undrawn.line != 0) // in the file, not in the drawing
+        undrawn.line += CountLineEnds(whole_.Bytes(), wrapping_.offset);
 }
 
 Outcome Reading::ReadInfo()

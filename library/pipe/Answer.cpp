@@ -119,6 +119,8 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
          {&open.groups, &open.compoundPaths, &open.saves, &open.layers, &open.gradients, &open.texts})
         flat.Add(*count);
     flat.Add(open.isSetup);
+    flat.Add(outcome.end.undrawn.line);
+    flat.Add(outcome.end.undrawn.bytes);
 }
 
 template <typename Flat>

@@ -1055,6 +1055,29 @@ class CutShort(CommandTest):
         output, _ = self.run_vx("info", "a.vx")
         self.assertIn(b"cut short", output)
 
+    def test_an_end_within_a_placed_section_is_told(self):
+        square = "0 0 0 1 k\n0 0 m\n10 0 L\n10 10 L\nf\n"
+        body = square + "%VX5_BeginPlace: a\n%!PS\n%%EOF\n%VX5_EndPlace\n"
+        told = "vx: a.vx: warning: the drawing ends at line %d, a line %%%%EOF within a placed or binary section, and 33 bytes behind " \
+               "that are not drawn: take that line out"
+        data = document(body + square)
+        line = data[:data.index(b"%%EOF")].count(b"\n") + 1
+        for wrapped, place in ((data, line), (data.replace(b"\n", b"\r"), line), (b"From: me\n\n" + data, line + 2),
+                               (gzip.compress(b"\r\n\r\n" + data), line + 2)):
+            self.write("a.vx", wrapped)
+            for words in (["info"], ["render", "-o", "a.png"], ["trace"]):
+                with self.subTest((words, place)):
+                    self.assertEqual(self.run_vx(*words, "--strict", "a.vx", status=3)[1], [told % place])
+            output, _ = self.run_vx("info", "--json", "-q", "a.vx")
+            facts = json.loads(output)
+            self.assertEqual((facts["whole"], facts["undrawn"], facts["uses"]["fills"]), (True, {"line": place, "bytes": 33}, 1))
+            self.assertIn(b"not drawn       33 bytes, behind a line %%%%EOF within a section, line %d" % place,
+                          self.run_vx("info", "-q", "a.vx")[0])
+        self.write("a.vx", document(body + "% the end\n"))
+        self.run_vx("info", "--strict", "a.vx")
+        self.write("a.vx", document("1 k\n" + body + square))  # given up before it
+        self.assertEqual(len(self.run_vx("info", "a.vx", status=1)[1]), 1)
+
     def test_what_a_whole_drawing_leaves_open_is_told_by_info_alone(self):
         self.write("a.vx", document("u\n"))
         output, messages = self.run_vx("info", "a.vx", "--strict")

@@ -140,7 +140,7 @@ Answer MakeAnswer()
     outcome.fonts = {{"Futura", "Jost", "/fonts/jost.otf", FontMatch::Substitute, 11, 12, 13},
                      {"Gill", "", "", FontMatch::Missing, 21, 22, 23}};
     outcome.counts = {31, 32, 33, 34, uint64_t{1} << 50, true, false, true};
-    outcome.end = {false, true, {61, 62, 63, 64, 65, 66, true}};
+    outcome.end = {false, true, {61, 62, 63, 64, 65, 66, true}, {67, 68}};
     answer.omitted = {41, 42, 43, 44, 45};
     answer.confinement = {true, false, 38, 22};
     answer.passes = 51;
