@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
+#include <cstdint>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -55,10 +55,12 @@ void ExpectWhole(const std::string &file, std::string_view names, const std::str
 // Text that does not get much shorter.
 std::string Noise(size_t size)
 {
-    std::minstd_rand dice(7);
+    uint32_t state = 7;
     std::string text(size, '\0');
-    for (char &character : text)
-        character = static_cast<char>(dice() >> 8);
+    for (char &character : text) {
+        state = state * 1664525 + 1013904223;
+        character = static_cast<char>(state >> 24);
+    }
     return text;
 }
 
@@ -187,7 +189,7 @@ TEST(Unpacking, KeepsToItsLimits)
 
 TEST(Unpacking, CanBeEnded)
 {
-    const std::string packed = Gzip(std::string(20000000, 'x'));
+    const std::string packed = Gzip(std::string(5000000, 'x'));
     std::string error;
     const auto document = Document::FromMemory(std::as_bytes(std::span(packed)), &error);
     int steps = 0;
