@@ -1,10 +1,12 @@
-// Fuzzes what is read of a document before it is interpreted: its header, by the plug-in and by its host, its font names
-// and its end.
+// Fuzzes what is read of a document before it is interpreted: what is around it, its header, by the plug-in and by
+// its host, its font names and its end.
 #include "fuzz/HostileHost.h"
 #include "fuzz/Require.h"
 #include "host/fonts/FontNameScan.h"
 #include "host/reading/DocumentEnd.h"
 #include "host/reading/HeaderScan.h"
+#include "host/reading/Unpacking.h"
+#include "host/reading/Wrapping.h"
 
 #include <string>
 
@@ -12,9 +14,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     vxfuzz::Input input(data, size);
     const auto bytes = std::as_bytes(input.document);
+    const vxhost::Wrapping wrapping = vxhost::FindDrawing(bytes);
+    vxfuzz::Require(wrapping.offset + wrapping.size <= bytes.size(), "a drawing beyond its file");
     const vxhost::HeaderFacts facts = vxhost::ScanHeader(bytes);
     std::string error;
     const auto document = vxhost::Document::FromMemory(bytes, &error);
+    constexpr size_t kMostUnpacked = size_t{1} << 20;
+    const auto unpacked = vxhost::Unpack(*document, {size_t{16} << 20, kMostUnpacked}, nullptr);
+    vxfuzz::Require(unpacked->document == nullptr || unpacked->document->Bytes().size() <= kMostUnpacked,
+                    "more than there may be");
     const std::vector<vxhost::AskedFont> fonts = vxhost::ScanFontNames(*document);
     vxfuzz::Require(vxhost::WhyRefused(facts, size).find('\n') == std::string::npos,
                     "a message of two lines");
@@ -22,6 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const vxhost::DocumentEnd end = vxhost::FindEnd(*document, true);
     const vxhost::DocumentEnd quick = vxhost::FindEnd(*document, false);
     vxfuzz::Require(end.isSaid == quick.isSaid && end.isInLine == quick.isInLine, "two ends");
+    vxfuzz::Require(end.undrawn == quick.undrawn && end.undrawn.bytes <= size, "what is not drawn");
     vxfuzz::Require(!quick.isSaid || quick.open == vxhost::OpenThings(), "things that nobody looked for");
     input.behaviour.selector = size % 2 == 0 ? kVXCanRead : kVXStreamInfo;
     vxfuzz::HostileHost host(input);

@@ -94,17 +94,6 @@ Descriptor::~Descriptor()
         close(number_);
 }
 
-// realloc moves the pages of large blocks instead of copying what they hold.
-bool HeldBytes::Resize(size_t capacity)
-{
-    void *moved = std::realloc(bytes_.get(), capacity);
-    if (moved == nullptr)
-        return false;
-    (void)bytes_.release();
-    bytes_.reset(static_cast<std::byte *>(moved));
-    return true;
-}
-
 ReadEnd HeldBytes::ReadAll(int descriptor, const ReadLimits &limits)
 {
     const auto end = Clock::now() + std::chrono::duration_cast<Clock::duration>(
@@ -114,12 +103,12 @@ ReadEnd HeldBytes::ReadAll(int descriptor, const ReadLimits &limits)
     while (true) {
         if (length_ == capacity) {
             capacity = std::min(std::max(capacity * 2, kFirstRead), most);
-            if (!Resize(capacity))
+            if (!bytes_.Resize(capacity))
                 return ReadEnd::Failed;
         }
         if (!WaitForBytes(descriptor, limits.seconds > 0, end))
             return ReadEnd::TooLate;
-        const ssize_t got = read(descriptor, bytes_.get() + length_, capacity - length_);
+        const ssize_t got = read(descriptor, bytes_.Get() + length_, capacity - length_);
         if (got < 0 && errno != EINTR && errno != EAGAIN)
             return ReadEnd::Failed;
         if (got == 0)
@@ -128,7 +117,7 @@ ReadEnd HeldBytes::ReadAll(int descriptor, const ReadLimits &limits)
         if (length_ > limits.bytes)
             return ReadEnd::TooLong;
     }
-    (void)Resize(std::max<size_t>(length_, 1)); // room that is not needed would count as memory, too
+    (void)bytes_.Resize(std::max<size_t>(length_, 1)); // room that is not needed would count as memory, too
     return ReadEnd::Whole;
 }
 

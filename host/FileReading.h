@@ -2,12 +2,11 @@
 // than the limits allow.
 #pragma once
 
+#include "host/ResizableBytes.h"
 #include "host/SystemText.h"
 
 #include <cstddef>
-#include <cstdlib>
 #include <limits>
-#include <memory>
 #include <span>
 #include <string>
 #include <sys/types.h>
@@ -51,16 +50,10 @@ class HeldBytes
   public:
     // Takes no more memory than the limit and a byte. On ReadEnd::Failed errno says why.
     ReadEnd ReadAll(int descriptor, const ReadLimits &limits);
-    std::span<const std::byte> Get() const { return {bytes_.get(), length_}; }
+    std::span<const std::byte> Get() const { return {bytes_.Get(), length_}; }
 
   private:
-    struct Free {
-        void operator()(std::byte *bytes) const { std::free(bytes); }
-    };
-
-    bool Resize(size_t capacity);
-
-    std::unique_ptr<std::byte, Free> bytes_;
+    ResizableBytes bytes_;
     size_t length_ = 0;
 };
 

@@ -52,7 +52,9 @@ struct Outcome {
     bool headerAccepted = false;
     bool monochrome = false;
     int64_t bytesRead = 0;
-    int64_t bytesTotal = 0;
+    int64_t bytesTotal = 0;      // of the file
+    int64_t bytesUnpacked = 0;   // the same where it is not packed; bytesRead is a place in these
+    std::string damage;          // of what the drawing is packed in, see Unpacked
     int64_t peakHeap = 0;        // bytes that the plug-in held at once
     bool memoryLimitHit = false; // an allocation was refused because of the cap
     Failure failure;             // of the output, from Device::EndPage

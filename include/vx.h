@@ -30,8 +30,9 @@
  * Callbacks   A callback runs on the thread of the call that it was given to. When it returns other than 0, that call ends
  *             and returns VX_STOPPED. In it, too, calls with the document at work return VX_BUSY. It may not free the
  *             document, nor leave by longjmp or an exception.
- * Limits      "max-time" is looked at when the document goes on to its next line and when a shape is painted, so that one
- *             enormous shape may take longer. "max-memory" counts the paths, the saved states and the inks of a picture,
+ * Limits      "max-time" is looked at when the document goes on to its next line, when a shape is painted and while a packed
+ *             document is unpacked, which opening it does, with the limits that hold where none are set. One enormous shape
+ *             may take longer. "max-memory" counts what is unpacked, the paths, the saved states and the inks of a picture,
  *             and what the interpreter holds, each against the limit; what the libraries for fonts, colours and compression
  *             allocate for themselves is not counted. "max-output" counts the bytes that a vx_write is given; a PDF is put
  *             together in a temporary file, which takes about as much again, or where there are no files in memory, which

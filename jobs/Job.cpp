@@ -218,7 +218,8 @@ Fault Job::FaultOf(const Result &result) const
     case kVXOk:
         break;
     case kVXOutOfMemory:
-        return {FaultKind::OutOfMemory};
+        return kind == FailureKind::TooLarge ? Fault{FaultKind::TooLarge, text}
+                                             : Fault{FaultKind::OutOfMemory};
     case kVXStoppedByUser:
         return {FaultKind::LacksFont};
     case kVXBadFormat:
@@ -231,7 +232,7 @@ Fault Job::FaultOf(const Result &result) const
     if (kind == FailureKind::OutOfMemory && text.empty())
         return {FaultKind::OutOfMemory};
     const bool isLimit = kind == FailureKind::OutOfMemory || kind == FailureKind::TooLarge;
-    return {isLimit ? FaultKind::PictureTooLarge : FaultKind::Unfit, text, error};
+    return {isLimit ? FaultKind::TooLarge : FaultKind::Unfit, text, error};
 }
 
 } // namespace vxhost

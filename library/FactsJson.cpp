@@ -56,6 +56,16 @@ Json OpenThingsJson(const OpenThings &open)
     return json;
 }
 
+Json UndrawnJson(const Undrawn &undrawn)
+{
+    Json json = Json::object();
+    if (undrawn.line != 0) {
+        json["line"] = undrawn.line;
+        json["bytes"] = undrawn.bytes;
+    }
+    return json;
+}
+
 Json ReportsJson(const std::vector<Report> &reports)
 {
     Json list = Json::array();
@@ -112,10 +122,13 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["problems"] = ReportsJson(outcome.reports);
     facts["whole"] = outcome.end.isSaid;
     facts["open"] = OpenThingsJson(outcome.end.open);
+    facts["undrawn"] = UndrawnJson(outcome.end.undrawn);
     facts["bytes"] = outcome.bytesTotal;
+    facts["unpackedBytes"] = outcome.bytesUnpacked;
     facts["lineEnds"] = header.lineEnds;
     facts["epsWrapper"] = header.epsWrapper;
     facts["wrapping"] = header.wrapping;
+    facts["damage"] = outcome.damage;
     facts["result"] = outcome.result;
 }
 

@@ -29,8 +29,8 @@ enum class FaultKind : uint8_t {
     OutOfMemory,
     OutOfProcessorTime, // the caller allows no more, as by ulimit -t
     OutputTooLong,
-    FileTooLong,     // the caller allows no more, as by ulimit -f
-    PictureTooLarge, // the text says what to do
+    FileTooLong, // the caller allows no more, as by ulimit -f
+    TooLarge,    // a picture, or what is unpacked; the text says what to do
     // What is wrong with an output:
     OutputIsFolder,
     OutputIsSpecial, // the text says what: "a pipe"

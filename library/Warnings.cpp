@@ -42,6 +42,13 @@ std::string CutText(const DocumentEnd &end)
     return text + ": look for a whole copy";
 }
 
+std::string UndrawnText(const Undrawn &undrawn)
+{
+    return "the drawing ends at line " + std::to_string(undrawn.line) +
+           ", a line %%EOF within a placed or binary section, and " + std::to_string(undrawn.bytes) +
+           " bytes behind that are not drawn: take that line out";
+}
+
 } // namespace
 
 std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view fontHelp)
@@ -64,8 +71,13 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
         if (font.match != FontMatch::Missing && font.missingGlyphs > 0)
             warnings.push_back(LackText(font));
     }
+    if (!outcome.damage.empty())
+        warnings.push_back(outcome.damage + ": " + std::to_string(outcome.bytesUnpacked) +
+                           " bytes came out of them");
     if (outcome.result == kVXOk && outcome.headerAccepted && !outcome.end.isSaid)
         warnings.push_back(CutText(outcome.end));
+    if (outcome.end.undrawn.line != 0)
+        warnings.push_back(UndrawnText(outcome.end.undrawn));
     if (outcome.undrawnTexts > 0)
         warnings.push_back(
             std::to_string(outcome.undrawnTexts) + (outcome.undrawnTexts == 1 ? " text is" : " texts are") +
@@ -81,6 +93,12 @@ std::vector<std::string> ListOmitted(const Omitted &omitted)
     if (omitted.fonts > 0)
         warnings.push_back(std::to_string(omitted.fonts) + " more fonts are not told of");
     return warnings;
+}
+
+std::string PlaceText(const Outcome &outcome)
+{
+    return "near byte " + std::to_string(outcome.bytesRead) + " of " + std::to_string(outcome.bytesUnpacked) +
+           (outcome.bytesUnpacked == outcome.bytesTotal ? "" : " unpacked");
 }
 
 std::string UnconfinedText(const Confinement &confinement)

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <sys/stat.h>
@@ -47,6 +48,16 @@ fs::path Resolve(const fs::path &path, std::error_code *failure)
     return *failure ? fs::weakly_canonical(whole.parent_path(), *failure) / whole.filename() : place;
 }
 
+// Returns the name without folder and extension: that of a drawing stands before that of the archive that it is packed in.
+std::string StemOf(const fs::path &path)
+{
+    std::string extension = path.extension().string();
+    std::ranges::transform(extension, extension.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return extension == ".gz" || extension == ".xz" ? path.stem().stem().string() : path.stem().string();
+}
+
 bool IsSame(const struct stat &one, const struct stat &two)
 {
     return one.st_dev == two.st_dev && one.st_ino == two.st_ino;
@@ -60,7 +71,7 @@ std::string FillPattern(const std::string &pattern, const std::string &input, co
     const fs::path path = input == "-" ? fs::path("stdin") : fs::path(input);
     const std::string folder = path.parent_path().string();
     const Placeholder placeholders[] = {
-        {"{stem}", path.stem().string()},
+        {"{stem}", StemOf(path)},
         {"{dir}", folder.empty() ? "." : folder},
         {"{ext}", std::string(format.name)},
     };

@@ -10,7 +10,7 @@
 namespace vxhost
 {
 
-// Makes a name of a pattern: {stem}, {dir} and {ext} stand for the input's name without folder and last extension, its folder
+// Makes a name of a pattern: {stem}, {dir} and {ext} stand for the input's name without folder and last extension (for "a.vx.gz" and "a.vx.xz" the last two), its folder
 // ("." if it has none) and the format's extension. A pattern that names a folder gets "{stem}.{ext}".
 std::string FillPattern(const std::string &pattern, const std::string &input, const Format &format);
 

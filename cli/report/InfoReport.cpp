@@ -101,10 +101,17 @@ std::string InfoText(const std::string &input, const Result &result, const std::
     text += Row("custom colours", Joined(header.customColours));
     text += FontRows(result);
     text += Row("uses", Usage(outcome.counts));
-    text += Row("file", fmt::format("{} bytes, line ends {}{}{}", outcome.bytesTotal,
+    text += Row("file", fmt::format("{} bytes{}, line ends {}{}{}", outcome.bytesTotal,
+                                    outcome.bytesUnpacked == outcome.bytesTotal
+                                        ? ""
+                                        : fmt::format(", {} unpacked", outcome.bytesUnpacked),
                                     header.lineEnds.empty() ? "none" : header.lineEnds,
                                     header.epsWrapper ? ", in a binary EPS wrapper" : "",
                                     outcome.end.isSaid ? "" : ", cut short"));
+    text += Row("damage", outcome.damage);
+    if (const Undrawn &undrawn = outcome.end.undrawn; undrawn.line != 0)
+        text += Row("not drawn", fmt::format("{} bytes, behind a line %%EOF within a section, line {}",
+                                             undrawn.bytes, undrawn.line));
     text += Row("left open", OpenText(outcome.end.open));
     for (const Report &report : outcome.reports)
         text += Row("problem", report.message.empty() ? report.title : report.message);

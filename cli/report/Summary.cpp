@@ -46,18 +46,19 @@ std::string NoDrawingText(const Result &result, CommandKind command)
 {
     const bool isBatch = command == CommandKind::Batch;
     std::string text = WhyRefused(result.header, result.size, !isBatch);
-    if (isBatch && result.size > 0 && !result.header.hasPrefix && !result.header.epsWrapper)
+    if (isBatch && result.size > 0 && result.header.refusal.empty() && !result.header.hasPrefix &&
+        !result.header.epsWrapper)
         text += ", manifests come with --manifest";
     return text;
 }
 
 std::string MalformedText(const std::string &input, const Result &result, const SummaryOptions &options)
 {
-    return fmt::format(
-        "malformed near byte {} of {}{}: {}{}", result.outcome.bytesRead, result.size,
-        LostText(options.command), result.outcome.end.isSaid ? "" : "the file may be cut short, ",
-        options.command == CommandKind::Trace ? std::string("the last calls above come just before it")
-                                              : fmt::format("vx trace {} shows how far it got", input));
+    return fmt::format("malformed {}{}: {}{}", PlaceText(result.outcome), LostText(options.command),
+                       result.outcome.end.isSaid ? "" : "the file may be cut short, ",
+                       options.command == CommandKind::Trace
+                           ? std::string("the last calls above come just before it")
+                           : fmt::format("vx trace {} shows how far it got", input));
 }
 
 std::string OutputText(const Result &result, const SummaryOptions &options)
@@ -202,7 +203,7 @@ Status StatusOf(FaultKind kind)
     case FaultKind::OutOfMemory:
     case FaultKind::OutOfProcessorTime:
     case FaultKind::OutputTooLong:
-    case FaultKind::PictureTooLarge:
+    case FaultKind::TooLarge:
     case FaultKind::Killed:
         return Status::LimitHit;
     case FaultKind::Crashed:

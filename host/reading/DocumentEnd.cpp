@@ -85,6 +85,7 @@ class CommentLines
     }
 
     size_t Start() const { return start_; } // where the line begins that was given last
+    size_t Behind() const { return at_; }   // where the next begins
 
   private:
     // No more of the document stays in memory than a piece.
@@ -191,6 +192,15 @@ void TakeOperators(std::string_view line, bool *isInHex, OpenCounter *counter)
     }
 }
 
+// Takes the next line from the text, without its end.
+std::string_view TakeLine(std::string_view *text)
+{
+    const std::string_view line =
+        text->substr(0, std::min(text->substr(0, kLineRoom).find_first_of(kLineEnds), kLineRoom));
+    text->remove_prefix(std::min(line.size() + (line.size() < kLineRoom ? 1 : 0), text->size()));
+    return line;
+}
+
 // A document without a setup section, as the oldest are, has its operators anywhere.
 OpenThings FindOpenThings(std::string_view text)
 {
@@ -199,9 +209,7 @@ OpenThings FindOpenThings(std::string_view text)
     bool isInHex = false;
     const bool hasSetup = text.find("%%BeginSetup") != std::string_view::npos;
     while (!text.empty()) {
-        const std::string_view line =
-            text.substr(0, std::min(text.substr(0, kLineRoom).find_first_of(kLineEnds), kLineRoom));
-        text.remove_prefix(std::min(line.size() + (line.size() < kLineRoom ? 1 : 0), text.size()));
+        const std::string_view line = TakeLine(&text);
         const bool isComment = line.starts_with('%');
         if (isComment)
             (void)sections.Follow(line);
@@ -211,7 +219,30 @@ OpenThings FindOpenThings(std::string_view text)
     return counter.open;
 }
 
+// Whether anything but comments and what is passed over stands in lines outside of sections.
+bool HasMoreThanComments(std::string_view text)
+{
+    Sections sections;
+    while (!text.empty()) {
+        const std::string_view line = TakeLine(&text);
+        if (line.starts_with('%'))
+            (void)sections.Follow(line);
+        else if (!sections.PassesOver() && line.find_first_not_of(kWhiteSpace) != std::string_view::npos)
+            return true;
+    }
+    return false;
+}
+
 } // namespace
+
+uint64_t CountLineEnds(std::span<const std::byte> bytes, size_t before)
+{
+    const std::string_view text(reinterpret_cast<const char *>(bytes.data()), before);
+    uint64_t count = 0;
+    for (size_t at = 0; at < text.size(); ++at)
+        count += text[at] == '\n' || (text[at] == '\r' && !text.substr(at + 1).starts_with('\n')) ? 1 : 0;
+    return count;
+}
 
 DocumentEnd FindEnd(const Document &document, bool looksForOpenThings)
 {
@@ -224,8 +255,24 @@ DocumentEnd FindEnd(const Document &document, bool looksForOpenThings)
     DocumentEnd end;
     end.isSaid = false;
     std::string_view line;
-    while (!end.isSaid && lines.Next(&line))
+    size_t stop = 0,
+           behind =
+               0; // where the interpreter stops in a section, and what it so never reads begins; 0: nowhere
+    while (!end.isSaid && lines.Next(&line)) {
+        const bool isStop = sections.PassesOver() && IsWholeLine(line, "%%EOF");
         end.isSaid = !sections.Follow(line);
+        if (stop == 0 && isStop)
+            stop = lines.Start();
+        else if (stop != 0 && behind == 0 && !sections.PassesOver())
+            behind = lines.Behind();
+    }
+    if (behind != 0) {
+        const std::string_view rest =
+            text.substr(behind, end.isSaid ? lines.Start() - behind : std::string_view::npos);
+        const auto start = static_cast<size_t>(text.data() - reinterpret_cast<const char *>(bytes.data()));
+        if (HasMoreThanComments(rest))
+            end.undrawn = {CountLineEnds(bytes, start + stop) + 1, rest.size()};
+    }
     end.isInLine = !end.isSaid && !text.empty() && !IsLineEnd(text.back());
     if (looksForOpenThings || !end.isSaid)
         end.open = FindOpenThings(end.isSaid ? text.substr(0, lines.Start()) : text);

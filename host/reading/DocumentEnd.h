@@ -18,10 +18,19 @@ struct OpenThings {
     bool operator==(const OpenThings &) const = default;
 };
 
+// What stands behind a line "%%EOF" that is within a placed or binary section. The interpreter ends there all the same.
+struct Undrawn {
+    uint64_t line = 0;  // that line, as an editor counts: CR LF is one end; 0: there is none
+    uint64_t bytes = 0; // from the section's end to the document's
+
+    bool operator==(const Undrawn &) const = default;
+};
+
 struct DocumentEnd {
     bool isSaid = true; // by a line "%%PageTrailer", "%%Trailer" or "%%EOF"; else the document is cut short
     bool isInLine = false; // the last line of a document that is cut has no end
     OpenThings open;       // there, whether it is said or not
+    Undrawn undrawn;       // only where that is more than comments
 
     bool operator==(const DocumentEnd &) const = default;
 };
@@ -30,6 +39,9 @@ struct DocumentEnd {
 // it passes over do not count. What is open is looked for only if it is asked for, or if the document is cut: that takes
 // a look at every word.
 DocumentEnd FindEnd(const Document &document, bool looksForOpenThings);
+
+// Counts the ends of lines before a place, as an editor does.
+uint64_t CountLineEnds(std::span<const std::byte> bytes, size_t before);
 
 // Returns "2 groups and a layer"; empty: nothing is open.
 std::string OpenText(const OpenThings &open);

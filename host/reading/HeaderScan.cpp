@@ -385,6 +385,8 @@ std::string WhyRefused(const HeaderFacts &facts, size_t fileSize, bool mayQuote)
 {
     if (fileSize == 0)
         return "not a VX document, the file is empty: drawings start with \"%!PS-Tavro-\"";
+    if (!facts.refusal.empty())
+        return facts.refusal;
     if (facts.epsWrapper && facts.firstLine.empty())
         return "not a VX document, its EPS wrapper has no drawing inside: the file may be cut short";
     if (!facts.hasPrefix && !mayQuote)

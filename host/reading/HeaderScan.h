@@ -29,7 +29,8 @@ struct HeaderFacts {
     int version = 2;         // 2 to 5; 2 where nothing says more
     bool epsWrapper = false; // the drawing is a section of a binary EPS file
     std::string lineEnds;    // "CR", "LF", "CR LF", "mixed"; empty: none
-    std::string wrapping;    // what is around the drawing, as FindDrawing names it; empty: nothing
+    std::string wrapping;    // what is around the drawing, as Unpack and FindDrawing name it; empty: nothing
+    std::string refusal;     // why nothing of it can be unpacked, as Unpack says it; empty: something can
     std::string firstLine;   // of the drawing; a long one is cut
     // These are as they are written, until DecodeTexts makes them UTF-8.
     std::string title;

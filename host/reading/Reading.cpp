@@ -5,6 +5,7 @@
 #include "host/trace/TraceStructure.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace vxhost
@@ -44,6 +45,17 @@ DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &
     return fonts;
 }
 
+// What is unpacked is held in memory, and counts.
+std::unique_ptr<const Unpacked> UnpackFor(const Document &document, const ReadingOptions &options)
+{
+    UnpackLimits limits;
+    limits.memory = static_cast<size_t>(
+        std::min<uint64_t>(static_cast<uint64_t>(options.maxMemory), std::numeric_limits<size_t>::max()));
+    const auto size = static_cast<int64_t>(document.Bytes().size());
+    const auto tellProgress = [&] { options.onProgress(0, size); }; // it may end the reading
+    return Unpack(document, limits, options.onProgress ? tellProgress : std::function<void()>());
+}
+
 // Returns the encoding of what no font shows: the document's title, names of colours.
 TextEncoding TextEncodingOf(const HeaderFacts &header, const DocumentFonts &fonts)
 {
@@ -60,11 +72,15 @@ std::string_view DrawingOf(const Document &document)
 
 } // namespace
 
-Reading::Reading(const Installation &installation, const Document &document, ReadingOptions options)
-    : installation_(installation), whole_(document), wrapping_(FindDrawing(document.Bytes())),
-      part_(wrapping_.names.empty() ? nullptr : Document::PartOf(document, wrapping_.offset, wrapping_.size)),
-      document_(part_ == nullptr ? whole_ : *part_), options_(std::move(options)),
-      header_(ScanHeader(document_.Bytes())), drawing_(DrawingOf(document_)),
+Reading::Reading(const Installation &installation, const Document &document, ReadingOptions options,
+                 std::shared_ptr<const Unpacked> unpacked)
+    : installation_(installation), file_(document), options_(std::move(options)),
+      unpacked_(unpacked != nullptr ? std::move(unpacked) : UnpackFor(document, options_)),
+      whole_(unpacked_->document != nullptr ? *unpacked_->document : file_),
+      wrapping_(FindDrawing(whole_.Bytes())),
+      part_(wrapping_.names.empty() ? nullptr : Document::PartOf(whole_, wrapping_.offset, wrapping_.size)),
+      document_(part_ == nullptr ? whole_ : *part_), header_(ScanHeader(document_.Bytes())),
+      drawing_(DrawingOf(document_)),
       structure_(options_.readsStructure ? ScanStructure(document_, drawing_, header_.version) : Structure{}),
       fontOptions_(FontOptionsFor(document_, header_, options_)), fonts_(*installation.fonts, fontOptions_),
       textEncoding_(TextEncodingOf(header_, fonts_)), openFonts_(fonts_)
@@ -73,7 +89,10 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
     for (Layer &layer : structure_.layers)
         layer.name = DecodeText(layer.name, textEncoding_);
     const HeaderDate date = ReadHeaderDate(header_.creationDate, options_.dateOrder);
-    header_.wrapping = wrapping_.names;
+    header_.wrapping = unpacked_->names;
+    if (!wrapping_.names.empty())
+        header_.wrapping.append(header_.wrapping.empty() ? "" : ", ").append(wrapping_.names);
+    header_.refusal = unpacked_->refusal;
     header_.created = date.date;
     header_.isDateOrderOpen = date.isOrderOpen;
 }
@@ -82,11 +101,13 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
 template <typename Parse>
 Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
 {
+    if (unpacked_->limit != UnpackLimit::None || MemoryLeft() < 0)
+        return LimitOutcome();
     ParseOptions parseOptions;
     parseOptions.fonts = &fonts_;
     parseOptions.widths = &openFonts_;
     parseOptions.systemScript = static_cast<int32_t>(fonts_.SystemScript());
-    parseOptions.maxHeap = parseOptions.maxDrawing = options_.maxMemory;
+    parseOptions.maxHeap = parseOptions.maxDrawing = MemoryLeft();
     parseOptions.onProgress = options_.onProgress;
     parseOptions.companion = options_.companion;
     std::optional<StructureCompanion> structure;
@@ -108,8 +129,10 @@ Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
     DocumentGlyphs glyphs(&openFonts_);
     parseOptions.glyphs = &glyphs;
     Outcome outcome = parse(parseOptions);
-    outcome.bytesRead += static_cast<int64_t>(wrapping_.offset); // places are those of the file
-    outcome.bytesTotal = static_cast<int64_t>(whole_.Bytes().size());
+    outcome.bytesRead += static_cast<int64_t>(wrapping_.offset); // places are those of the file, unpacked
+    outcome.bytesTotal = static_cast<int64_t>(file_.Bytes().size());
+    outcome.bytesUnpacked = static_cast<int64_t>(whole_.Bytes().size());
+    outcome.damage = unpacked_->damage;
     const bool isBoxed = std::ranges::any_of(
         outcome.fonts, [](const FontUse &use) { return use.match == FontMatch::Missing; });
     // If nothing may be substituted, text that would be drawn as boxes ends the document as well.
@@ -117,6 +140,22 @@ Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
         outcome.result = kVXStoppedByUser;
     if (outcome.result == kVXStoppedByUser && (lacksFont || isBoxed))
         TellLackedFont(&outcome);
+    return outcome;
+}
+
+int64_t Reading::MemoryLeft() const
+{
+    return unpacked_->document == nullptr ? options_.maxMemory
+                                          : options_.maxMemory - static_cast<int64_t>(whole_.Bytes().size());
+}
+
+Outcome Reading::LimitOutcome() const
+{
+    Outcome outcome;
+    outcome.result = kVXOutOfMemory;
+    outcome.memoryLimitHit = true;
+    if (unpacked_->limit == UnpackLimit::Length)
+        outcome.failure = {FailureKind::TooLarge, std::string("unpacked ").append(kDocumentTooLong)};
     return outcome;
 }
 
@@ -146,6 +185,11 @@ void Reading::TellEnd(Outcome *outcome)
     if (!end_)
         end_ = FindEnd(document_, false);
     outcome->end = *end_;
+    Undrawn &undrawn = outcome->end.undrawn;
+    if (outcome->result != kVXOk) // it was given up elsewhere
+        undrawn = {};
+    if (undrawn.line != 0) // in the file, not in the drawing
+        undrawn.line += CountLineEnds(whole_.Bytes(), wrapping_.offset);
 }
 
 Outcome Reading::ReadInfo()

@@ -9,6 +9,7 @@
 #include "host/fonts/OpenFonts.h"
 #include "host/reading/HeaderScan.h"
 #include "host/reading/StructureCompanion.h"
+#include "host/reading/Unpacking.h"
 #include "host/reading/Wrapping.h"
 #include "host/trace/TraceTable.h"
 
@@ -43,15 +44,20 @@ struct ReadingOptions {
 class Reading
 {
   public:
-    // Both must outlive this object. Making it looks at the header's comments and for names of fonts; it interprets
-    // nothing.
-    Reading(const Installation &installation, const Document &document, ReadingOptions options);
+    // Both must outlive this object. Making it unpacks the document, unless an earlier reading of it did, and looks at the
+    // header's comments and for names of fonts; it interprets nothing.
+    Reading(const Installation &installation, const Document &document, ReadingOptions options,
+            std::shared_ptr<const Unpacked> unpacked = nullptr);
     Reading(const Reading &) = delete;
     Reading &operator=(const Reading &) = delete;
 
     const HeaderFacts &Header() const { return header_; } // what the comments say
     const std::vector<Layer> &Layers() const { return structure_.layers; }
     const DocumentFonts &Fonts() const { return fonts_; }
+    const std::shared_ptr<const Unpacked> &WhatWasUnpacked() const
+    {
+        return unpacked_;
+    } // for another reading
 
     // Whether its header or its text names a font.
     bool AsksForFonts() const { return !fontOptions_.asked.empty(); }
@@ -73,13 +79,17 @@ class Reading
     Outcome Interpret(const Parse &parse, StructureSink *sink = nullptr);
     void TellLackedFont(Outcome *outcome);
     void TellEnd(Outcome *outcome);
+    int64_t MemoryLeft() const;
+    Outcome LimitOutcome() const;
 
     const Installation &installation_;
-    const Document &whole_;
+    const Document &file_;
+    ReadingOptions options_;
+    std::shared_ptr<const Unpacked> unpacked_;
+    const Document &whole_; // what was unpacked, or the file
     Wrapping wrapping_;
     std::unique_ptr<Document> part_; // the drawing in the whole; null: it is the whole
     const Document &document_;       // the drawing
-    ReadingOptions options_;
     HeaderFacts header_;
     std::string_view drawing_; // the document without an EPS wrapper
     Structure structure_;

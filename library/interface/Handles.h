@@ -62,6 +62,7 @@ struct vx_document {
     vxhost::Choices choices;
     std::vector<std::byte> copy; // that of the bytes, where the caller wants one
     std::unique_ptr<vxhost::Document> bytes;
+    std::shared_ptr<const vxhost::Unpacked> unpacked; // null: nobody has looked yet
 
     // These come from its header.
     vxhost::HeaderFacts header;

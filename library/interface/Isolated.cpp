@@ -136,7 +136,7 @@ void CheckResult(const Result &result, const Settings &settings, const std::stri
     case FaultKind::Malformed:
     case FaultKind::LacksFont:
     case FaultKind::PluginFailed:
-    case FaultKind::PictureTooLarge:
+    case FaultKind::TooLarge:
         CheckOutcome(result.outcome, result.header, result.size, settings);
         throw CallError(VX_FAILED, "the worker process answered nonsense: keep the document and report it");
     default: // all others are of the file that the output is kept in

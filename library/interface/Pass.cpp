@@ -122,7 +122,8 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
         if (written != nullptr)
             written->Check();
     };
-    Reading reading(*document->installation, *document->bytes, std::move(options));
+    Reading reading(*document->installation, *document->bytes, std::move(options), document->unpacked);
+    document->unpacked = reading.WhatWasUnpacked();
     Outcome outcome = action(reading, watch);
     if (document->bytes->HasChanged())
         ThrowChanged();

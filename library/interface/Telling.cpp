@@ -66,6 +66,8 @@ void CheckOutcome(const Outcome &outcome, const HeaderFacts &header, size_t size
     case kVXOk:
         return CheckFailure(outcome.failure);
     case kVXOutOfMemory:
+        if (outcome.failure.kind == FailureKind::TooLarge)
+            CheckFailure(outcome.failure);
         ThrowOutOfMemory(settings, outcome.memoryLimitHit);
     case kVXStoppedByUser:
         throw CallError(VX_FONT_MISSING, "no font \"" + outcome.lackedFont +
@@ -73,8 +75,7 @@ void CheckOutcome(const Outcome &outcome, const HeaderFacts &header, size_t size
     case kVXBadFormat:
         if (!outcome.headerAccepted)
             throw CallError(VX_NOT_A_DRAWING, WhyRefused(header, size));
-        throw CallError(VX_MALFORMED, "malformed near byte " + std::to_string(outcome.bytesRead) + " of " +
-                                          std::to_string(outcome.bytesTotal) +
+        throw CallError(VX_MALFORMED, "malformed " + PlaceText(outcome) +
                                           (outcome.end.isSaid ? "" : ", the file may be cut short") +
                                           ": get a whole copy");
     default:

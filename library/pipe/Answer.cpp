@@ -18,7 +18,7 @@ constexpr size_t kMaxPath = 4096; // of the system's
 constexpr size_t kReportsSize = size_t{128} << 10;
 constexpr size_t kNamesSize = size_t{128} << 10; // of each list of names
 constexpr size_t kFontsSize = size_t{448} << 10;
-constexpr size_t kFixedSize = 6 * (kMaxName + sizeof(uint32_t)) + 4 * (kMaxText + sizeof(uint32_t)) + 512;
+constexpr size_t kFixedSize = 8 * (kMaxName + sizeof(uint32_t)) + 4 * (kMaxText + sizeof(uint32_t)) + 512;
 static_assert(kFixedSize + kReportsSize + 3 * kNamesSize + kFontsSize < kMaxAnswer);
 
 template <typename Flat, typename Name>
@@ -44,8 +44,8 @@ void Describe(Flat &flat, HeaderFacts &header, Omitted &omitted)
     flat.Add(header.hasBox);
     flat.Add(header.version);
     flat.Add(header.epsWrapper);
-    for (std::string *text : {&header.lineEnds, &header.wrapping, &header.firstLine, &header.title,
-                              &header.creator, &header.creationDate})
+    for (std::string *text : {&header.lineEnds, &header.wrapping, &header.refusal, &header.firstLine,
+                              &header.title, &header.creator, &header.creationDate})
         flat.AddText(*text, kMaxName);
     bool hasDate = header.created.has_value();
     flat.Add(hasDate);
@@ -95,6 +95,8 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.Add(outcome.monochrome);
     flat.Add(outcome.bytesRead);
     flat.Add(outcome.bytesTotal);
+    flat.Add(outcome.bytesUnpacked);
+    flat.AddText(outcome.damage, kMaxName);
     flat.Add(outcome.peakHeap);
     flat.Add(outcome.memoryLimitHit);
     flat.AddEnum(outcome.failure.kind, FailureKind::BadInput);
@@ -117,6 +119,8 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
          {&open.groups, &open.compoundPaths, &open.saves, &open.layers, &open.gradients, &open.texts})
         flat.Add(*count);
     flat.Add(open.isSetup);
+    flat.Add(outcome.end.undrawn.line);
+    flat.Add(outcome.end.undrawn.bytes);
 }
 
 template <typename Flat>

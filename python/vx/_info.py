@@ -110,9 +110,12 @@ class Info:
         problems         what cannot be shown as it was meant
         whole            a line says that it ends; else the file is cut short
         open             what it begins more often than it ends, and how many of these: {"groups": 1}
+        undrawn          what stands behind a line "%%EOF" within a placed or binary section: {"line": 12, "bytes": 345}
         bytes            its size
+        unpacked_bytes   its size once it is unpacked, which is the same where it is not packed
         line_ends        "LF", "CR", "CR LF" or "mixed"; empty: it has none
-        wrapping         what else is around the drawing, as "MacBinary"
+        wrapping         what else is around the drawing, as "gzip, MacBinary"
+        damage           what is wrong with the gzip or xz data that it is packed in
         eps_wrapper      it is inside a binary EPS file
     """
 
@@ -133,10 +136,13 @@ class Info:
     problems: tuple[Problem, ...]
     whole: bool
     open: dict[str, int]
+    undrawn: dict[str, int]
     bytes: int
+    unpacked_bytes: int
     line_ends: str
     eps_wrapper: bool
     wrapping: str
+    damage: str
 
 
 def read_info(text: str) -> Info:

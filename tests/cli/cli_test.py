@@ -5,7 +5,9 @@ VX_SANITIZED whether both are instrumented.
 """
 import errno
 import itertools
+import gzip
 import json
+import lzma
 import os
 import re
 import resource
@@ -905,6 +907,111 @@ class Wrapped(CommandTest):
         self.assertEqual(places[1] - places[0], 128)
 
 
+class Packed(CommandTest):
+    """Drawings in gzip and xz data."""
+
+    LONG = document("\n" * (40 << 20))
+
+    def setUp(self):
+        super().setUp()
+        self.data = document("".join(f"0 0 m\n{x} {y} L\nS\n" for x in range(40) for y in range(40)))
+        self.write("plain.vx", self.data)
+        self.run_vx("render", "plain.vx", "-o", "plain.png")
+
+    def expect_same_picture(self, name, names):
+        messages = self.run_vx("render", name, "-v", "-o", "a.png", "--strict")[1]
+        self.assertIn(f"vx: {name}: around the drawing: {names}", messages)
+        self.assertEqual(self.read("a.png"), self.read("plain.png"))
+
+    def facts(self, *words, **options):
+        return json.loads(self.run_vx("info", "--json", "-q", *words, **options)[0])
+
+    def test_they_are_the_same_picture(self):
+        half = len(self.data) // 2
+        for names, packed in (("gzip", gzip.compress(self.data)), ("xz", lzma.compress(self.data)),
+                              ("gzip, xz", gzip.compress(lzma.compress(self.data))),
+                              ("gzip", gzip.compress(self.data[:half]) + gzip.compress(self.data[half:]) + bytes(512)),
+                              ("xz", lzma.compress(self.data[:half]) + bytes(8) + lzma.compress(self.data[half:]) + bytes(512)),
+                              ("gzip, MacBinary", gzip.compress(Wrapped.mac_binary(self.data)))):
+            with self.subTest(names):
+                self.write("b.vx", packed)  # what it is called does not matter
+                self.expect_same_picture("b.vx", names)
+                facts = self.facts("b.vx")
+                unpacked = len(Wrapped.mac_binary(self.data)) if "Mac" in names else len(self.data)
+                self.assertEqual((facts["wrapping"], facts["bytes"], facts["unpackedBytes"], facts["damage"]),
+                                 (names, len(packed), unpacked, ""))
+                self.assertIn(b"file            %d bytes, %d unpacked," % (len(packed), unpacked), self.run_vx("info", "b.vx")[0])
+                self.assertEqual(self.run_vx("trace", "b.vx")[0], self.run_vx("trace", "plain.vx")[0])
+        self.assertEqual(self.run_vx("render", "-", "-o", "-", "-f", "png", stdin=gzip.compress(self.data))[0], self.read("plain.png"))
+
+    def test_a_name_makes_no_archive(self):
+        self.write("a.gz", self.data)
+        self.run_vx("render", "a.gz", "-o", "a.png")
+        self.assertEqual(self.facts("a.gz")["wrapping"], "")
+        self.assertEqual(self.facts("a.gz")["unpackedBytes"], len(self.data))
+
+    def test_outputs_are_named_after_the_drawing(self):
+        self.write("a.vx.gz", gzip.compress(self.data))
+        self.run_vx("render", "a.vx.gz", "-f", "png,svg", "-o", "./")
+        self.assertIn("a.png", self.files())
+        self.assertIn("a.svg", self.files())
+
+    def test_they_are_not_overwritten(self):
+        for pack in (gzip.compress, lzma.compress):
+            self.write("a.png", pack(self.data))
+            self.assertIn("would overwrite the drawing", self.refused("render", "plain.vx", "-o", "a.png", status=2))
+
+    def test_what_is_cut_is_told(self):
+        for name, pack in (("gzip", gzip.compress), ("xz", lzma.compress)):
+            with self.subTest(name):
+                packed = pack(self.data)
+                self.write("a.vx", packed[:len(packed) // 2])
+                output, messages = self.run_vx("info", "--json", "--strict", "a.vx", status=3)
+                facts = json.loads(output)
+                self.assertEqual((facts["damage"], facts["whole"]), (f"the {name} data around it are cut short", False))
+                self.assertGreater(facts["unpackedBytes"], 1000)
+                self.assertEqual(messages[0], f"vx: a.vx: warning: {facts['damage']}: {facts['unpackedBytes']} bytes came out of them")
+                self.run_vx("render", "a.vx", "-o", "a.png", "--strict", status=3)
+                self.assertIn(b"damage          the %s data" % name.encode(), self.run_vx("info", "a.vx")[0])
+                self.write("b.vx", packed[:10])
+                self.assertEqual(self.refused("render", "b.vx", "-o", "b.png", status=1),
+                                 f"vx: b.vx: the {name} data around it are cut short, nothing came out of them: get a whole copy")
+
+    def test_what_is_behind_is_told(self):
+        self.write("a.vx", gzip.compress(self.data) + b"hello")
+        self.assertEqual(self.run_vx("render", "a.vx", "-o", "a.png", "--strict", status=3)[1],
+                         [f"vx: a.vx: warning: the gzip data around it are followed by other bytes: {len(self.data)} bytes came out of them"])
+        self.assertEqual(self.read("a.png"), self.read("plain.png"))
+
+    def test_what_is_malformed_is_told_by_its_place_in_what_came_out(self):
+        data = document("1 k\n")
+        self.write("a.vx", data)
+        self.write("b.vx", gzip.compress(data))
+        message, packed = (self.refused("render", name, "-o", "a.png", status=1) for name in ("a.vx", "b.vx"))
+        of = f" of {len(data)}"
+        self.assertIn(of, message)
+        self.assertEqual(packed, message.replace("a.vx", "b.vx").replace(of, of + " unpacked"))
+
+    def test_a_bomb_ends_at_the_limit_of_memory(self):
+        for name, data in (("gzip", gzip.compress(self.LONG)), ("xz", lzma.compress(self.LONG)),
+                           ("both", lzma.compress(gzip.compress(self.LONG)))):
+            with self.subTest(name):
+                self.write("a.vx", data)
+                for words in (["info"], ["trace"], ["render", "-o", "a.png"]):
+                    message = self.refused(*words, "a.vx", "--max-memory", "32M", status=5)
+                    self.assertIn("needs more than 32 MiB of memory", message)
+                    self.assertIn("--max-memory", message)
+                self.assertNotIn("a.png", self.files())
+                self.run_vx("info", "a.vx", "--max-memory", "128M")
+
+    def test_a_batch_goes_on(self):
+        self.write("bomb.vx.gz", gzip.compress(self.LONG))
+        self.write("a.vx.xz", lzma.compress(self.data))
+        output, _ = self.run_vx("batch", "-f", "png", "-o", "{stem}.png", "--max-memory", "32M", "bomb.vx.gz", "a.vx.xz", "none.vx", status=5)
+        self.assertEqual({one["input"]: one["exit"] for one in map(json.loads, output.splitlines())},
+                         {"bomb.vx.gz": 5, "a.vx.xz": 0, "none.vx": 1})
+
+
 class CutShort(CommandTest):
     """Documents of which the end is lost."""
 
@@ -947,6 +1054,29 @@ class CutShort(CommandTest):
         self.assertEqual((facts["whole"], facts["open"]), (False, {"groups": 2, "layers": 1}))
         output, _ = self.run_vx("info", "a.vx")
         self.assertIn(b"cut short", output)
+
+    def test_an_end_within_a_placed_section_is_told(self):
+        square = "0 0 0 1 k\n0 0 m\n10 0 L\n10 10 L\nf\n"
+        body = square + "%VX5_BeginPlace: a\n%!PS\n%%EOF\n%VX5_EndPlace\n"
+        told = "vx: a.vx: warning: the drawing ends at line %d, a line %%%%EOF within a placed or binary section, and 33 bytes behind " \
+               "that are not drawn: take that line out"
+        data = document(body + square)
+        line = data[:data.index(b"%%EOF")].count(b"\n") + 1
+        for wrapped, place in ((data, line), (data.replace(b"\n", b"\r"), line), (b"From: me\n\n" + data, line + 2),
+                               (gzip.compress(b"\r\n\r\n" + data), line + 2)):
+            self.write("a.vx", wrapped)
+            for words in (["info"], ["render", "-o", "a.png"], ["trace"]):
+                with self.subTest((words, place)):
+                    self.assertEqual(self.run_vx(*words, "--strict", "a.vx", status=3)[1], [told % place])
+            output, _ = self.run_vx("info", "--json", "-q", "a.vx")
+            facts = json.loads(output)
+            self.assertEqual((facts["whole"], facts["undrawn"], facts["uses"]["fills"]), (True, {"line": place, "bytes": 33}, 1))
+            self.assertIn(b"not drawn       33 bytes, behind a line %%%%EOF within a section, line %d" % place,
+                          self.run_vx("info", "-q", "a.vx")[0])
+        self.write("a.vx", document(body + "% the end\n"))
+        self.run_vx("info", "--strict", "a.vx")
+        self.write("a.vx", document("1 k\n" + body + square))  # given up before it
+        self.assertEqual(len(self.run_vx("info", "a.vx", status=1)[1]), 1)
 
     def test_what_a_whole_drawing_leaves_open_is_told_by_info_alone(self):
         self.write("a.vx", document("u\n"))

@@ -1,5 +1,6 @@
 // Tests what a document says of itself, its options, and what becomes of errors.
 #include "tests/library/Support.h"
+#include "tests/support/Packed.h"
 
 #include <algorithm>
 #include <array>
@@ -62,6 +63,48 @@ TEST(Opening, CopiesOrBorrowsTheBytes)
         bytes.replace(bytes.find("36 36 l"), 7, "30 36 l");
         EXPECT_EQ(Rendered(opened, "svg") == before, how == VX_COPY);
     }
+}
+
+TEST(Opening, Unpacks)
+{
+    const std::string plain = LeftHalf();
+    const std::string svg = Rendered(OpenBytes(plain).get(), "svg");
+    for (const std::string &packed : {Gzip(plain), Xz(plain), Gzip("\n" + plain)})
+        EXPECT_EQ(Rendered(OpenBytes(packed).get(), "svg"), svg);
+    const OwnedDocument document = OpenBytes(Gzip("\n" + plain));
+    const char *json = nullptr;
+    ASSERT_EQ(vx_document_json(document.get(), &json, nullptr), VX_OK);
+    EXPECT_NE(std::strstr(json, "\"wrapping\":\"gzip, blank lines\""), nullptr) << json;
+    EXPECT_EQ(vx_document_warning_count(document.get()), 0U);
+}
+
+TEST(Opening, TellsOfDamagedArchives)
+{
+    vx_error error = kNoError;
+    EXPECT_EQ(OpenStatus(Xz(LeftHalf()).substr(0, 12), &error), VX_NOT_A_DRAWING);
+    EXPECT_STREQ(error.text,
+                 "the xz data around it are cut short, nothing came out of them: get a whole copy");
+    const OwnedDocument document = OpenBytes(Gzip(LeftHalf()) + "x");
+    (void)Rendered(document.get(), "svg");
+    ASSERT_EQ(vx_document_warning_count(document.get()), 1U);
+    EXPECT_EQ(vx_document_warning_at(document.get(), 0),
+              "the gzip data around it are followed by other bytes: " + std::to_string(LeftHalf().size()) +
+                  " bytes came out of them");
+}
+
+TEST(Limits, CountWhatIsUnpacked)
+{
+    std::string bytes = LeftHalf();
+    bytes.insert(bytes.find("0 0 m"), std::string(3000000, '\n'));
+    const OwnedDocument plain = OpenBytes(bytes), packed = OpenBytes(Gzip(bytes));
+    vx_error error = kNoError;
+    for (vx_document *document : {plain.get(), packed.get()}) {
+        Set(document, "max-memory", "2M");
+        std::string written;
+        EXPECT_EQ(vx_document_render(document, "svg", AppendBytes, &written, &error),
+                  document == plain.get() ? VX_OK : VX_LIMIT);
+    }
+    EXPECT_STREQ(error.text, "needs more than 2 MiB of memory: allow more with max-memory");
 }
 
 TEST(Facts, AreThoseOfTheHeader)

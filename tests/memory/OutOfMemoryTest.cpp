@@ -9,6 +9,7 @@
 #include "host/reading/Reading.h"
 #include "tests/memory/FailingMalloc.h"
 #include "tests/support/CaseName.h"
+#include "tests/support/Packed.h"
 
 #include <gtest/gtest.h>
 
@@ -250,6 +251,37 @@ TEST(GivenFontsWithoutMemory, AreWholeOrTold)
             EXPECT_EQ(read[0].entry.style.weight, whole[0].entry.style.weight) << number;
         }
         EXPECT_GT(told, 10U) << path;
+    }
+}
+
+// A document that is packed comes out whole, or the lack of memory is told.
+TEST(UnpackingWithoutMemory, IsWholeOrTold)
+{
+    if (!vxtest::CanMallocFail())
+        GTEST_SKIP() << "a sanitizer has its own malloc";
+    const std::string text(5000000, 'x');
+    for (const std::string &packed : {vxtest::Gzip(text), vxtest::Xz(text), vxtest::Gzip(vxtest::Xz(text))}) {
+        std::string error;
+        const auto document = Document::FromMemory(std::as_bytes(std::span(packed)), &error);
+        uint64_t told = 0, count = 1;
+        for (uint64_t number = 0; number <= count; ++number) { // with 0 none fails, and they are counted
+            std::unique_ptr<const Unpacked> unpacked;
+            {
+                const MallocFailure failure(number, FailingMalloc::Once, AllocationsOf::All);
+                try {
+                    unpacked = Unpack(*document, {}, nullptr);
+                } catch (const std::bad_alloc &) {
+                    ++told;
+                }
+                count = number == 0 ? MallocFailure::Count() : count;
+            }
+            if (unpacked == nullptr)
+                continue;
+            ASSERT_NE(unpacked->document, nullptr) << "allocation " << number << " of " << count;
+            EXPECT_EQ(unpacked->document->Bytes().size(), text.size()) << number;
+            EXPECT_EQ(unpacked->damage, "") << number;
+        }
+        EXPECT_GT(told, 5U);
     }
 }
 

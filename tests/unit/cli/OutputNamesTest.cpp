@@ -30,6 +30,10 @@ const NameCase kNames[] = {
     {"out.png", "a.vx", "out.png"},
     {"-", "a.vx", "-"},
     {"{stem}.png", "in/a.b.vx", "a.b.png"},
+    {"{stem}.png", "in/a.b.vx.gz", "a.b.png"},
+    {"{stem}.png", "a.vx.XZ", "a.png"},
+    {"{stem}.png", "a.gz", "a.png"},
+    {"{stem}.png", ".gz", ".gz.png"}, // which is no extension
     {"{dir}/{stem}.{ext}", "in/deep/a.vx", "in/deep/a.png"},
     {"{dir}/{stem}.{ext}", "a.vx", "./a.png"},
     {"{stem}{stem}", "a.vx", "aa"},

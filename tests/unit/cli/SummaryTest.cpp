@@ -54,7 +54,7 @@ constexpr FaultCase kFaults[] = {
      "takes more than 256 MiB, nothing written: allow more with --max-output", true},
     {FaultKind::FileTooLong, Status::OutputFailed,
      "cannot be written, file too large: allow more with ulimit -f where vx is started", true},
-    {FaultKind::PictureTooLarge, Status::LimitHit, "why: what to do"},
+    {FaultKind::TooLarge, Status::LimitHit, "why: what to do"},
     {FaultKind::OutputIsFolder, Status::OutputFailed, "is a directory: name a file in it", true},
     {FaultKind::OutputIsSpecial, Status::OutputFailed, "is why: what to do, not a file: name a file", true},
     {FaultKind::NobodyReads, Status::OutputFailed, "is a pipe that nobody reads: start its reader first",
@@ -89,6 +89,7 @@ Result ResultOf(FaultKind kind)
     result.size = 100;
     result.header.firstLine = "GIF89a";
     result.outcome.bytesRead = 70;
+    result.outcome.bytesTotal = result.outcome.bytesUnpacked = 100;
     result.outcome.result = -9;
     result.outcome.lackedFont = "Futura";
     result.confinement = {false, true, ENOSYS, 0};

@@ -183,8 +183,8 @@ TEST_F(JobTest, StopsAtThePassThatFails)
                   {FailureKind::CannotWrite, EFBIG, FaultKind::OutputTooLong},
                   {FailureKind::SpoolFailed, ENOSPC, FaultKind::SpoolFailed},
                   {FailureKind::BadInput, 0, FaultKind::Unfit},
-                  {FailureKind::TooLarge, 0, FaultKind::PictureTooLarge},
-                  {FailureKind::OutOfMemory, 0, FaultKind::PictureTooLarge}};
+                  {FailureKind::TooLarge, 0, FaultKind::TooLarge},
+                  {FailureKind::OutOfMemory, 0, FaultKind::TooLarge}};
     for (const auto &[failure, error, fault] : kCases) {
         EXPECT_EQ(KindOf(TaskWith({LookThrough, failing(failure, error), LookThrough})), fault);
         EXPECT_EQ(passesDone_, 2U);

@@ -22,8 +22,8 @@ namespace
 // All fields of a record: one more makes these wrong.
 auto FieldsOf(const HeaderFacts &record)
 {
-    const auto &[a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p] = record;
-    return std::tie(a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p);
+    const auto &[a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q] = record;
+    return std::tie(a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, p, q);
 }
 
 auto FieldsOf(const Omitted &record)
@@ -76,12 +76,14 @@ bool IsSame(const Record &one, const Record &two)
 
 void ExpectSame(const Outcome &one, const Outcome &two)
 {
-    const auto &[result, box, headerAccepted, monochrome, bytesRead, bytesTotal, peakHeap, memoryLimitHit,
-                 failure, lackedFont, undrawnTexts, reports, fonts, counts, end] = one;
-    EXPECT_EQ(std::tie(result, headerAccepted, monochrome, bytesRead, bytesTotal, peakHeap, memoryLimitHit,
-                       lackedFont, undrawnTexts),
+    const auto &[result, box, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
+                 peakHeap, memoryLimitHit, failure, lackedFont, undrawnTexts, reports, fonts, counts, end] =
+        one;
+    EXPECT_EQ(std::tie(result, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
+                       peakHeap, memoryLimitHit, lackedFont, undrawnTexts),
               std::tie(two.result, two.headerAccepted, two.monochrome, two.bytesRead, two.bytesTotal,
-                       two.peakHeap, two.memoryLimitHit, two.lackedFont, two.undrawnTexts));
+                       two.bytesUnpacked, two.damage, two.peakHeap, two.memoryLimitHit, two.lackedFont,
+                       two.undrawnTexts));
     EXPECT_TRUE(IsSame(box, two.box));
     EXPECT_TRUE(IsSame(failure, two.failure));
     EXPECT_TRUE(std::ranges::equal(reports, two.reports, IsSame<Report>));
@@ -111,6 +113,7 @@ Answer MakeAnswer()
                      true,
                      "CR LF",
                      "MacBinary",
+                     "damaged gzip data",
                      "%!first",
                      "a title",
                      "maker",
@@ -126,6 +129,8 @@ Answer MakeAnswer()
     outcome.headerAccepted = true;
     outcome.bytesRead = 101;
     outcome.bytesTotal = int64_t{1} << 40;
+    outcome.bytesUnpacked = int64_t{1} << 41;
+    outcome.damage = "the xz data";
     outcome.peakHeap = 103;
     outcome.memoryLimitHit = true;
     outcome.failure = {FailureKind::BadInput, "a failure", 28};
@@ -135,7 +140,7 @@ Answer MakeAnswer()
     outcome.fonts = {{"Futura", "Jost", "/fonts/jost.otf", FontMatch::Substitute, 11, 12, 13},
                      {"Gill", "", "", FontMatch::Missing, 21, 22, 23}};
     outcome.counts = {31, 32, 33, 34, uint64_t{1} << 50, true, false, true};
-    outcome.end = {false, true, {61, 62, 63, 64, 65, 66, true}};
+    outcome.end = {false, true, {61, 62, 63, 64, 65, 66, true}, {67, 68}};
     answer.omitted = {41, 42, 43, 44, 45};
     answer.confinement = {true, false, 38, 22};
     answer.passes = 51;
@@ -147,9 +152,9 @@ std::vector<std::string> TextsOf(const Answer &answer)
 {
     const HeaderFacts &header = answer.header;
     const Outcome &outcome = answer.outcome;
-    std::vector<std::string> texts = {header.lineEnds,      header.wrapping,   header.firstLine,
-                                      header.title,         header.creator,    header.creationDate,
-                                      outcome.failure.text, outcome.lackedFont};
+    std::vector<std::string> texts = {
+        header.lineEnds, header.wrapping, header.refusal,      outcome.damage,       header.firstLine,
+        header.title,    header.creator,  header.creationDate, outcome.failure.text, outcome.lackedFont};
     for (const auto *names : {&header.processColours, &header.customColours, &header.fonts})
         texts.insert(texts.end(), names->begin(), names->end());
     for (const Report &report : outcome.reports)

@@ -53,6 +53,46 @@ TEST(DocumentEnd, StandsOutsideOfWhatIsPassedOver)
     EXPECT_FALSE(EndOfBody("%VX3_BeginCrops\n%VX3_EndCrops\n%%EOF\n").isSaid);
 }
 
+// The interpreter ends at "%%EOF" wherever it stands.
+TEST(DocumentEnd, TellsWhatStandsBehindALineThatEndsASection)
+{
+    const std::string placed = "%VX5_BeginPlace\n%!PS\n%%EOF\n%VX5_EndPlace\n";
+    EXPECT_EQ(EndOfBody(placed + "0 g\nf\n%%EOF\n").undrawn, (Undrawn{9, 6}));
+    EXPECT_EQ(EndOfBody(placed + "0 g\nf\n").undrawn, (Undrawn{9, 6}));
+    EXPECT_EQ(EndOfBody("%%BeginBinary: 7\n%%EOF\n%%EndBinary\nf\n%%EOF\n").undrawn, (Undrawn{8, 2}));
+    EXPECT_EQ(EndOfBody(placed + "%VX5_BeginPlace\n(x)\n%VX5_EndPlace\nf\n%%Trailer\nf\n").undrawn,
+              (Undrawn{9, 36}));
+    EXPECT_EQ(EndOfBody("%VX5_BeginPlace\n%%EOF\n%%EOF\n%VX5_EndPlace\nf\n").undrawn, (Undrawn{8, 2}));
+    // Others do not end it there.
+    EXPECT_EQ(
+        EndOfBody("%VX5_BeginPlace\n%%PageTrailer\n%%Trailer\n%%EOFs\n %%EOF\n%VX5_EndPlace\nf\n").undrawn,
+        Undrawn());
+}
+
+TEST(DocumentEnd, TellsOfNothingWhereNothingIsLost)
+{
+    const std::string placed = "%VX5_BeginPlace\n%!PS\n%%EOF\n%VX5_EndPlace\n";
+    for (const char *rest : {"", "%%EOF\n", "%%EOF\nf\n", "% f\n\n \t\n%%PageTrailer\nf\n",
+                             "%VX5_BeginPlace\nf\n%VX5_EndPlace\n%%EOF\n"})
+        EXPECT_EQ(EndOfBody(placed + rest).undrawn, Undrawn()) << rest;
+    EXPECT_EQ(EndOfBody("%VX5_BeginPlace\n%%EOF\nf\n").undrawn,
+              Undrawn()); // it has no end: the document is cut
+    EXPECT_EQ(EndOfBody("%VX5_BeginPlace\nx\n%VX5_EndPlace\nf\n%%EOF\nf\n").undrawn, Undrawn());
+}
+
+TEST(DocumentEnd, CountsLinesAsAnEditorDoes)
+{
+    std::string body = "%VX5_BeginPlace\r\n%%EOF\r\n%VX5_EndPlace\r\nf\r\n";
+    EXPECT_EQ(EndOfBody(body).undrawn,
+              (Undrawn{8, 4})); // the LF behind the section's end is a line of the interpreter's
+    const std::string text = "a\rb\r\nc\n\nd\r\r\n";
+    const size_t places[] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    const uint64_t ends[] = {0, 0, 1, 1, 2, 2, 2, 3, 4, 4, 5, 6, 6};
+    for (const size_t place : places)
+        EXPECT_EQ(CountLineEnds(std::as_bytes(std::span(text)), std::min(place, text.size())), ends[place])
+            << place;
+}
+
 // The interpreter's buffer cuts a line after 499 bytes, and what follows is a line of its own.
 TEST(DocumentEnd, ALongLineIsSeveral)
 {
