@@ -56,6 +56,16 @@ Json OpenThingsJson(const OpenThings &open)
     return json;
 }
 
+Json FaultJson(const DocumentFault &fault)
+{
+    Json json;
+    json["line"] = fault.line;
+    if (fault.column > 0)
+        json["column"] = fault.column;
+    json["text"] = fault.text;
+    return json;
+}
+
 Json ReportsJson(const std::vector<Report> &reports)
 {
     Json list = Json::array();
@@ -112,6 +122,8 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["problems"] = ReportsJson(outcome.reports);
     facts["whole"] = outcome.end.isSaid;
     facts["open"] = OpenThingsJson(outcome.end.open);
+    if (outcome.fault.line > 0)
+        facts["fault"] = FaultJson(outcome.fault);
     facts["bytes"] = outcome.bytesTotal;
     facts["lineEnds"] = header.lineEnds;
     facts["epsWrapper"] = header.epsWrapper;

@@ -83,6 +83,13 @@ std::vector<std::string> ListOmitted(const Omitted &omitted)
     return warnings;
 }
 
+std::string MalformedPlace(const Outcome &outcome)
+{
+    if (const std::string place = FaultText(outcome.fault); !place.empty())
+        return ", " + place;
+    return " near byte " + std::to_string(outcome.bytesRead) + " of " + std::to_string(outcome.bytesTotal);
+}
+
 std::string UnconfinedText(const Confinement &confinement)
 {
     std::string text;

@@ -17,6 +17,9 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
 // How many more there were than an answer could list.
 std::vector<std::string> ListOmitted(const Omitted &omitted);
 
+// Says where a document is malformed, and how: goes behind "malformed".
+std::string MalformedPlace(const Outcome &outcome);
+
 // Says what a worker was not kept from; empty: it was kept from all.
 std::string UnconfinedText(const Confinement &confinement);
 

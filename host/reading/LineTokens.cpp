@@ -95,7 +95,7 @@ bool IsTokenSpace(char character)
     return kSpace.find(character) != std::string_view::npos;
 }
 
-std::optional<int32_t> ReadIntegerToken(std::string_view text)
+std::optional<int32_t> IntegerOfToken(std::string_view text)
 {
     const std::optional<Number> number = ReadNumber(text);
     if (!number || number->hasPoint)
@@ -103,7 +103,7 @@ std::optional<int32_t> ReadIntegerToken(std::string_view text)
     return IntegerOf(*number);
 }
 
-std::optional<Fixed> ReadFixedToken(std::string_view text)
+std::optional<Fixed> FixedOfToken(std::string_view text)
 {
     const std::optional<Number> number = ReadNumber(text);
     if (!number)

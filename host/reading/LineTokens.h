@@ -68,8 +68,8 @@ bool IsTokenDelimiter(char character); // white space and ( ) < > [ ] { } / %
 bool IsTokenSpace(char character);
 
 // What a number is to the interpreter; nullopt: the text is none. An integer counts as a Fixed, shifted up, and wraps.
-std::optional<int32_t> ReadIntegerToken(std::string_view text);
-std::optional<Fixed> ReadFixedToken(std::string_view text);
+std::optional<int32_t> IntegerOfToken(std::string_view text);
+std::optional<Fixed> FixedOfToken(std::string_view text);
 
 // The bytes that a String token or a run of HexData means, escapes undone.
 std::string StringBytes(std::string_view token);

@@ -2,6 +2,7 @@
 
 #include "host/fonts/DocumentGlyphs.h"
 #include "host/fonts/FontNameScan.h"
+#include "host/reading/FaultFinder.h"
 
 #include <algorithm>
 #include <utility>
@@ -27,6 +28,14 @@ class NoDevice final : public Device
     bool CanShow(const TextFont &) override { return true; } // nobody needs the outlines of its glyphs
     Failure EndPage() override { return {}; }
 };
+
+// Any will do for a device that draws nothing; the document's may be empty.
+Page NoPage()
+{
+    Page page;
+    page.box = {0, 0, 1, 1};
+    return page;
+}
 
 // Gathers what the document's text and its header ask for.
 DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &header,
@@ -65,16 +74,22 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
     header_.isDateOrderOpen = date.isOrderOpen;
 }
 
-// Every pass over the document has the options that parse is given here.
+// Every pass over the document has these.
+ParseOptions Reading::OptionsOfParse()
+{
+    ParseOptions options;
+    options.fonts = &fonts_;
+    options.widths = &openFonts_;
+    options.systemScript = static_cast<int32_t>(fonts_.SystemScript());
+    options.maxHeap = options.maxDrawing = options_.maxMemory;
+    options.onProgress = options_.onProgress;
+    return options;
+}
+
 template <typename Parse>
 Outcome Reading::Interpret(const Parse &parse)
 {
-    ParseOptions parseOptions;
-    parseOptions.fonts = &fonts_;
-    parseOptions.widths = &openFonts_;
-    parseOptions.systemScript = static_cast<int32_t>(fonts_.SystemScript());
-    parseOptions.maxHeap = parseOptions.maxDrawing = options_.maxMemory;
-    parseOptions.onProgress = options_.onProgress;
+    ParseOptions parseOptions = OptionsOfParse();
     parseOptions.companion = options_.companion;
     bool lacksFont = false;
     parseOptions.onReport = [&](const Report &report) {
@@ -95,6 +110,33 @@ Outcome Reading::Interpret(const Parse &parse)
     if (outcome.result == kVXStoppedByUser && (lacksFont || isBoxed))
         TellLackedFont(&outcome);
     return outcome;
+}
+
+Outcome Reading::ReadSilently(StreamCompanion *companion)
+{
+    ParseOptions options = OptionsOfParse();
+    options.companion = companion;
+    NoDevice device;
+    return installation_.plugin->Draw(document_, options, NoPage(), device);
+}
+
+void Reading::TellFault(Outcome *outcome)
+{
+    if (outcome->result != kVXBadFormat || !outcome->headerAccepted)
+        return;
+    if (!fault_) {
+        fault_.emplace();
+        const std::optional<FoundFault> found =
+            FindFault(document_, header_.version,
+                      [this](StreamCompanion *companion) { return ReadSilently(companion); });
+        if (found) {
+            *fault_ = found->told;
+            PlaceFault(whole_, wrapping_.offset + found->offset, &*fault_);
+            if (found->places.empty())
+                fault_->column = 0;
+        }
+    }
+    outcome->fault = *fault_;
 }
 
 // What a document used is not known once it was given up: the fonts that it asks for are told instead.
@@ -149,6 +191,7 @@ Outcome Reading::Draw(const Page &page, Device &device)
         return installation_.plugin->Draw(document_, options, page, device);
     });
     TellEnd(&outcome);
+    TellFault(&outcome);
     return outcome;
 }
 
@@ -157,11 +200,9 @@ Outcome Reading::Look()
     Outcome info = ReadInfo();
     if (info.result != kVXOk)
         return info;
-    Page page;
-    page.box = {0, 0, 1, 1}; // any will do for a device that draws nothing; the document's may be empty
     NoDevice device;
     end_ = FindEnd(document_, true);
-    return Draw(page, device);
+    return Draw(NoPage(), device);
 }
 
 Outcome Reading::Trace(TraceWriter &writer)
@@ -177,6 +218,7 @@ Outcome Reading::Trace(TraceWriter &writer)
     });
     table.Finish(outcome.result);
     TellEnd(&outcome);
+    TellFault(&outcome);
     return outcome;
 }
 

@@ -65,8 +65,11 @@ class Reading
     Outcome Trace(TraceWriter &writer);
 
   private:
+    ParseOptions OptionsOfParse();
     template <typename Parse>
     Outcome Interpret(const Parse &parse);
+    Outcome ReadSilently(StreamCompanion *companion);
+    void TellFault(Outcome *outcome);
     void TellLackedFont(Outcome *outcome);
     void TellEnd(Outcome *outcome);
 
@@ -80,7 +83,8 @@ class Reading
     DocumentFontOptions fontOptions_;
     DocumentFonts fonts_;
     OpenFonts openFonts_;
-    std::optional<DocumentEnd> end_; // once it is known
+    std::optional<DocumentEnd> end_;     // once it is known
+    std::optional<DocumentFault> fault_; // as well
 };
 
 } // namespace vxhost

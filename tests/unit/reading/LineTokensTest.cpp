@@ -71,21 +71,21 @@ TEST(LineTokens, HiddenOperatorsHaveTwoBytes)
 
 TEST(LineTokens, NumbersAreThoseOfTheInterpreter)
 {
-    EXPECT_EQ(ReadIntegerToken("-7"), -7);
-    EXPECT_EQ(ReadIntegerToken("2147483648"), INT32_MAX);
-    EXPECT_EQ(ReadIntegerToken("-99999999999"), INT32_MIN);
-    EXPECT_EQ(ReadIntegerToken("1.0"), std::nullopt);
-    EXPECT_EQ(ReadFixedToken("1"), 65536);
-    EXPECT_EQ(ReadFixedToken("32768"), INT32_MIN); // an integer is shifted up, and wraps
-    EXPECT_EQ(ReadFixedToken("0.25"), 16384);
-    EXPECT_EQ(ReadFixedToken("-0.1"), -6554); // 6553.6
-    EXPECT_EQ(ReadFixedToken("1."), 65536);
-    EXPECT_EQ(ReadFixedToken("99999.5"), INT32_MAX);
+    EXPECT_EQ(IntegerOfToken("-7"), -7);
+    EXPECT_EQ(IntegerOfToken("2147483648"), INT32_MAX);
+    EXPECT_EQ(IntegerOfToken("-99999999999"), INT32_MIN);
+    EXPECT_EQ(IntegerOfToken("1.0"), std::nullopt);
+    EXPECT_EQ(FixedOfToken("1"), 65536);
+    EXPECT_EQ(FixedOfToken("32768"), INT32_MIN); // an integer is shifted up, and wraps
+    EXPECT_EQ(FixedOfToken("0.25"), 16384);
+    EXPECT_EQ(FixedOfToken("-0.1"), -6554); // 6553.6
+    EXPECT_EQ(FixedOfToken("1."), 65536);
+    EXPECT_EQ(FixedOfToken("99999.5"), INT32_MAX);
     // Ten digits are taken, and the divisor of ten digits wraps: 1234567890 / 1410065408.
-    EXPECT_EQ(ReadFixedToken("0.12345678901234"), 57379);
-    EXPECT_EQ(ReadFixedToken("x"), std::nullopt);
-    EXPECT_EQ(ReadFixedToken("-"), std::nullopt);
-    EXPECT_EQ(ReadFixedToken(""), std::nullopt);
+    EXPECT_EQ(FixedOfToken("0.12345678901234"), 57379);
+    EXPECT_EQ(FixedOfToken("x"), std::nullopt);
+    EXPECT_EQ(FixedOfToken("-"), std::nullopt);
+    EXPECT_EQ(FixedOfToken(""), std::nullopt);
 }
 
 TEST(LineTokens, EscapesAreUndone)
