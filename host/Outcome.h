@@ -4,6 +4,7 @@
 #include "host/Failure.h"
 #include "host/drawing/Device.h"
 #include "host/reading/DocumentEnd.h"
+#include "host/reading/DocumentFault.h"
 
 #include <vx/Toolbox.h>
 
@@ -63,7 +64,8 @@ struct Outcome {
     std::vector<Report> reports;
     std::vector<FontUse> fonts;
     Counts counts;
-    DocumentEnd end; // of one that was read to its end, or as far as it can be read
+    DocumentEnd end;     // of one that was read to its end, or as far as it can be read
+    DocumentFault fault; // of one that is malformed, where it is known
 };
 
 } // namespace vxhost

@@ -66,6 +66,16 @@ Json UndrawnJson(const Undrawn &undrawn)
     return json;
 }
 
+Json FaultJson(const DocumentFault &fault)
+{
+    Json json;
+    json["line"] = fault.line;
+    if (fault.column > 0)
+        json["column"] = fault.column;
+    json["text"] = fault.text;
+    return json;
+}
+
 Json ReportsJson(const std::vector<Report> &reports)
 {
     Json list = Json::array();
@@ -123,6 +133,8 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["whole"] = outcome.end.isSaid;
     facts["open"] = OpenThingsJson(outcome.end.open);
     facts["undrawn"] = UndrawnJson(outcome.end.undrawn);
+    if (outcome.fault.line > 0)
+        facts["fault"] = FaultJson(outcome.fault);
     facts["bytes"] = outcome.bytesTotal;
     facts["unpackedBytes"] = outcome.bytesUnpacked;
     facts["lineEnds"] = header.lineEnds;

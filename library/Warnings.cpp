@@ -95,9 +95,12 @@ std::vector<std::string> ListOmitted(const Omitted &omitted)
     return warnings;
 }
 
-std::string PlaceText(const Outcome &outcome)
+std::string MalformedPlace(const Outcome &outcome)
 {
-    return "near byte " + std::to_string(outcome.bytesRead) + " of " + std::to_string(outcome.bytesUnpacked) +
+    if (const std::string place = FaultText(outcome.fault); !place.empty())
+        return ", " + place;
+    return " near byte " + std::to_string(outcome.bytesRead) + " of " +
+           std::to_string(outcome.bytesUnpacked) +
            (outcome.bytesUnpacked == outcome.bytesTotal ? "" : " unpacked");
 }
 

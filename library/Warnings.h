@@ -17,8 +17,8 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
 // How many more there were than an answer could list.
 std::vector<std::string> ListOmitted(const Omitted &omitted);
 
-// Says how far a malformed document was read: "near byte 70 of 400", of those that came out of a packed one.
-std::string PlaceText(const Outcome &outcome);
+// Says where a document is malformed, and how: goes behind "malformed". Bytes are of those that came out of a packed one.
+std::string MalformedPlace(const Outcome &outcome);
 
 // Says what a worker was not kept from; empty: it was kept from all.
 std::string UnconfinedText(const Confinement &confinement);

@@ -54,8 +54,9 @@ std::string NoDrawingText(const Result &result, CommandKind command)
 
 std::string MalformedText(const std::string &input, const Result &result, const SummaryOptions &options)
 {
-    return fmt::format("malformed {}{}: {}{}", PlaceText(result.outcome), LostText(options.command),
-                       result.outcome.end.isSaid ? "" : "the file may be cut short, ",
+    const Outcome &outcome = result.outcome;
+    return fmt::format("malformed{}{}: {}{}", MalformedPlace(outcome), LostText(options.command),
+                       outcome.end.isSaid ? "" : "the file may be cut short, ",
                        options.command == CommandKind::Trace
                            ? std::string("the last calls above come just before it")
                            : fmt::format("vx trace {} shows how far it got", input));

@@ -2,6 +2,7 @@
 
 #include "host/fonts/DocumentGlyphs.h"
 #include "host/fonts/FontNameScan.h"
+#include "host/reading/FaultFinder.h"
 #include "host/trace/TraceStructure.h"
 
 #include <algorithm>
@@ -29,6 +30,14 @@ class NoDevice final : public Device
     bool CanShow(const TextFont &) override { return true; } // nobody needs the outlines of its glyphs
     Failure EndPage() override { return {}; }
 };
+
+// Any will do for a device that draws nothing; the document's may be empty.
+Page NoPage()
+{
+    Page page;
+    page.box = {0, 0, 1, 1};
+    return page;
+}
 
 // Gathers what the document's text and its header ask for.
 DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &header,
@@ -97,18 +106,24 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
     header_.isDateOrderOpen = date.isOrderOpen;
 }
 
-// Every pass over the document has the options that parse is given here.
+// Every pass over the document has these.
+ParseOptions Reading::OptionsOfParse()
+{
+    ParseOptions options;
+    options.fonts = &fonts_;
+    options.widths = &openFonts_;
+    options.systemScript = static_cast<int32_t>(fonts_.SystemScript());
+    options.maxHeap = options.maxDrawing = MemoryLeft();
+    options.onProgress = options_.onProgress;
+    return options;
+}
+
 template <typename Parse>
 Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
 {
     if (unpacked_->limit != UnpackLimit::None || MemoryLeft() < 0)
         return LimitOutcome();
-    ParseOptions parseOptions;
-    parseOptions.fonts = &fonts_;
-    parseOptions.widths = &openFonts_;
-    parseOptions.systemScript = static_cast<int32_t>(fonts_.SystemScript());
-    parseOptions.maxHeap = parseOptions.maxDrawing = MemoryLeft();
-    parseOptions.onProgress = options_.onProgress;
+    ParseOptions parseOptions = OptionsOfParse();
     parseOptions.companion = options_.companion;
     std::optional<StructureCompanion> structure;
     if (structure_.isThere) {
@@ -157,6 +172,33 @@ Outcome Reading::LimitOutcome() const
     if (unpacked_->limit == UnpackLimit::Length)
         outcome.failure = {FailureKind::TooLarge, std::string("unpacked ").append(kDocumentTooLong)};
     return outcome;
+}
+
+Outcome Reading::ReadSilently(StreamCompanion *companion)
+{
+    ParseOptions options = OptionsOfParse();
+    options.companion = companion;
+    NoDevice device;
+    return installation_.plugin->Draw(document_, options, NoPage(), device);
+}
+
+void Reading::TellFault(Outcome *outcome)
+{
+    if (outcome->result != kVXBadFormat || !outcome->headerAccepted)
+        return;
+    if (!fault_) {
+        fault_.emplace();
+        const std::optional<FoundFault> found =
+            FindFault(document_, header_.version,
+                      [this](StreamCompanion *companion) { return ReadSilently(companion); });
+        if (found) {
+            *fault_ = found->told;
+            PlaceFault(whole_, wrapping_.offset + found->offset, &*fault_);
+            if (found->places.empty())
+                fault_->column = 0;
+        }
+    }
+    outcome->fault = *fault_;
 }
 
 // What a document used is not known once it was given up: the fonts that it asks for are told instead.
@@ -216,6 +258,7 @@ Outcome Reading::Draw(const Page &page, Device &device)
         return installation_.plugin->Draw(document_, options, page, device);
     });
     TellEnd(&outcome);
+    TellFault(&outcome);
     return outcome;
 }
 
@@ -224,11 +267,9 @@ Outcome Reading::Look()
     Outcome info = ReadInfo();
     if (info.result != kVXOk)
         return info;
-    Page page;
-    page.box = {0, 0, 1, 1}; // any will do for a device that draws nothing; the document's may be empty
     NoDevice device;
     end_ = FindEnd(document_, true);
-    return Draw(page, device);
+    return Draw(NoPage(), device);
 }
 
 Outcome Reading::Trace(TraceWriter &writer, bool withStructure)
@@ -247,6 +288,7 @@ Outcome Reading::Trace(TraceWriter &writer, bool withStructure)
         withStructure ? &structure : nullptr);
     table.Finish(outcome.result);
     TellEnd(&outcome);
+    TellFault(&outcome);
     return outcome;
 }
 

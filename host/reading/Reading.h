@@ -75,8 +75,11 @@ class Reading
     Outcome Trace(TraceWriter &writer, bool withStructure = false);
 
   private:
+    ParseOptions OptionsOfParse();
     template <typename Parse>
     Outcome Interpret(const Parse &parse, StructureSink *sink = nullptr);
+    Outcome ReadSilently(StreamCompanion *companion);
+    void TellFault(Outcome *outcome);
     void TellLackedFont(Outcome *outcome);
     void TellEnd(Outcome *outcome);
     int64_t MemoryLeft() const;
@@ -97,7 +100,8 @@ class Reading
     DocumentFonts fonts_;
     TextEncoding textEncoding_; // of what no font shows
     OpenFonts openFonts_;
-    std::optional<DocumentEnd> end_; // once it is known
+    std::optional<DocumentEnd> end_;     // once it is known
+    std::optional<DocumentFault> fault_; // as well
 };
 
 } // namespace vxhost

@@ -75,7 +75,7 @@ void CheckOutcome(const Outcome &outcome, const HeaderFacts &header, size_t size
     case kVXBadFormat:
         if (!outcome.headerAccepted)
             throw CallError(VX_NOT_A_DRAWING, WhyRefused(header, size));
-        throw CallError(VX_MALFORMED, "malformed " + PlaceText(outcome) +
+        throw CallError(VX_MALFORMED, "malformed" + MalformedPlace(outcome) +
                                           (outcome.end.isSaid ? "" : ", the file may be cut short") +
                                           ": get a whole copy");
     default:

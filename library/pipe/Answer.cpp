@@ -18,7 +18,8 @@ constexpr size_t kMaxPath = 4096; // of the system's
 constexpr size_t kReportsSize = size_t{128} << 10;
 constexpr size_t kNamesSize = size_t{128} << 10; // of each list of names
 constexpr size_t kFontsSize = size_t{448} << 10;
-constexpr size_t kFixedSize = 8 * (kMaxName + sizeof(uint32_t)) + 4 * (kMaxText + sizeof(uint32_t)) + 512;
+constexpr size_t kFixedSize =
+    8 * (kMaxName + sizeof(uint32_t)) + 4 * (kMaxText + sizeof(uint32_t)) + DocumentFault::kMostText + 512;
 static_assert(kFixedSize + kReportsSize + 3 * kNamesSize + kFontsSize < kMaxAnswer);
 
 template <typename Flat, typename Name>
@@ -121,6 +122,9 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.Add(open.isSetup);
     flat.Add(outcome.end.undrawn.line);
     flat.Add(outcome.end.undrawn.bytes);
+    flat.Add(outcome.fault.line);
+    flat.Add(outcome.fault.column);
+    flat.AddText(outcome.fault.text, DocumentFault::kMostText);
 }
 
 template <typename Flat>

@@ -146,6 +146,18 @@ TEST(Summary, AlwaysNamesTheNextStep)
     }
 }
 
+TEST(Summary, TellsWhereADocumentIsMalformed)
+{
+    Result result = ResultOf(FaultKind::Malformed);
+    result.outcome.fault = {214, 9, "\"c\" wants 6 numbers, has 5"};
+    EXPECT_EQ(ErrorOf(result, CommandKind::Render),
+              "malformed, line 214, column 9: \"c\" wants 6 numbers, has 5, nothing written: "
+              "vx trace a.vx shows how far it got");
+    result.outcome.fault.column = 0;
+    EXPECT_EQ(ErrorOf(result, CommandKind::Info),
+              "malformed, line 214: \"c\" wants 6 numbers, has 5: vx trace a.vx shows how far it got");
+}
+
 TEST(Summary, SendsNobodyToTheCommandThatHeIsAt)
 {
     Result result = ResultOf(FaultKind::Malformed);

@@ -77,8 +77,8 @@ bool IsSame(const Record &one, const Record &two)
 void ExpectSame(const Outcome &one, const Outcome &two)
 {
     const auto &[result, box, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
-                 peakHeap, memoryLimitHit, failure, lackedFont, undrawnTexts, reports, fonts, counts, end] =
-        one;
+                 peakHeap, memoryLimitHit, failure, lackedFont, undrawnTexts, reports, fonts, counts, end,
+                 fault] = one;
     EXPECT_EQ(std::tie(result, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
                        peakHeap, memoryLimitHit, lackedFont, undrawnTexts),
               std::tie(two.result, two.headerAccepted, two.monochrome, two.bytesRead, two.bytesTotal,
@@ -90,6 +90,7 @@ void ExpectSame(const Outcome &one, const Outcome &two)
     EXPECT_TRUE(std::ranges::equal(fonts, two.fonts, IsSame<FontUse>));
     EXPECT_TRUE(IsSame(counts, two.counts));
     EXPECT_EQ(end, two.end);
+    EXPECT_EQ(fault, two.fault);
 }
 
 void ExpectSame(const Answer &one, const Answer &two)
@@ -141,6 +142,7 @@ Answer MakeAnswer()
                      {"Gill", "", "", FontMatch::Missing, 21, 22, 23}};
     outcome.counts = {31, 32, 33, 34, uint64_t{1} << 50, true, false, true};
     outcome.end = {false, true, {61, 62, 63, 64, 65, 66, true}, {67, 68}};
+    outcome.fault = {71, 72, "a fault"};
     answer.omitted = {41, 42, 43, 44, 45};
     answer.confinement = {true, false, 38, 22};
     answer.passes = 51;
@@ -152,9 +154,10 @@ std::vector<std::string> TextsOf(const Answer &answer)
 {
     const HeaderFacts &header = answer.header;
     const Outcome &outcome = answer.outcome;
-    std::vector<std::string> texts = {
-        header.lineEnds, header.wrapping, header.refusal,      outcome.damage,       header.firstLine,
-        header.title,    header.creator,  header.creationDate, outcome.failure.text, outcome.lackedFont};
+    std::vector<std::string> texts = {header.lineEnds,    header.wrapping,     header.refusal,
+                                      outcome.damage,     header.firstLine,    header.title,
+                                      header.creator,     header.creationDate, outcome.failure.text,
+                                      outcome.lackedFont, outcome.fault.text};
     for (const auto *names : {&header.processColours, &header.customColours, &header.fonts})
         texts.insert(texts.end(), names->begin(), names->end());
     for (const Report &report : outcome.reports)
@@ -260,7 +263,8 @@ TEST(Answer, NeverTakesMoreThanItMayAndSaysWhatItLeftOut)
         Answer answer;
         for (std::string *field :
              {&answer.header.lineEnds, &answer.header.firstLine, &answer.header.title, &answer.header.creator,
-              &answer.header.creationDate, &answer.outcome.lackedFont, &answer.outcome.failure.text})
+              &answer.header.creationDate, &answer.outcome.lackedFont, &answer.outcome.failure.text,
+              &answer.outcome.fault.text})
             *field = text;
         const size_t count = length > 100 ? 2000 : kMany;
         for (auto *names :
