@@ -5,8 +5,8 @@
 // moved there rather than the picture turned over, so that text and editors need no turning back.
 #include "devices/svg/SvgDevice.h"
 
-#include "devices/svg/Clips.h"
 #include "devices/svg/Gradients.h"
+#include "devices/svg/Nesting.h"
 #include "devices/svg/PaintAttributes.h"
 #include "devices/svg/PathData.h"
 #include "devices/svg/StrokeAttributes.h"
@@ -29,12 +29,12 @@ constexpr size_t kMaxKeptPoints = size_t{1} << 16;
 // The writers that know where the page lies.
 struct PageWriters {
     PageWriters(const Matrix &matrix, PaintAttributes *paints, XmlWriter *xml, Device *device)
-        : toPicture(matrix), clips(matrix, xml), gradients(matrix, paints, xml),
+        : toPicture(matrix), nesting(matrix, xml), gradients(matrix, paints, xml),
           text(matrix, paints, xml, device)
     {
     }
     Matrix toPicture;
-    Clips clips;
+    Nesting nesting;
     Gradients gradients;
     TextWriter text;
 };
@@ -52,17 +52,17 @@ class SvgDevice final : public Device
     void Save() override
     {
         EndElement();
-        page_->clips.Save();
+        page_->nesting.Save();
     }
     void Restore() override
     {
         EndElement();
-        page_->clips.Restore();
+        page_->nesting.Restore();
     }
     void ClipPath(const Path &path) override
     {
         EndElement();
-        page_->clips.Intersect(path);
+        page_->nesting.Intersect(path);
     }
     void FillPath(const Path &path, const Paint &paint) override;
     void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override;
@@ -72,6 +72,26 @@ class SvgDevice final : public Device
         return options_.text == TextOutput::Text && page_->text.CanShow(font);
     }
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override;
+    void BeginLayer(const Layer &layer) override
+    {
+        EndElement();
+        page_->nesting.BeginLayer(layer);
+    }
+    void EndLayer() override
+    {
+        EndElement();
+        page_->nesting.EndLayer();
+    }
+    void BeginGroup() override
+    {
+        EndElement();
+        page_->nesting.BeginGroup();
+    }
+    void EndGroup() override
+    {
+        EndElement();
+        page_->nesting.EndGroup();
+    }
     Failure EndPage() override;
 
   private:
@@ -105,8 +125,11 @@ void SvgDevice::BeginPage(const Page &page)
     const Box &box = page.box;
     page_ = std::make_unique<PageWriters>(Matrix{1, 0, 0, -1, -box.left, box.top}, &paints_, &xml_, this);
     xml_.Markup("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" "
-                "version=\"1.1\" width=\"");
+                "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" ");
+    if (page.hasLayers)
+        xml_.Markup("xmlns:inkscape=\"http://www.inkscape.org/namespaces/inkscape\" "
+                    "xmlns:sodipodi=\"http://sodipodi.sourceforge.net/DTD/sodipodi-0.dtd\" ");
+    xml_.Markup("version=\"1.1\" width=\"");
     xml_.Number(box.Width());
     xml_.Markup("pt\" height=\"");
     xml_.Number(box.Height());
@@ -133,8 +156,9 @@ void SvgDevice::BeginPage(const Page &page)
 void SvgDevice::FillPath(const Path &path, const Paint &paint)
 {
     EndElement();
-    if (path.IsEmpty() || page_->clips.IsEmpty())
+    if (path.IsEmpty() || page_->nesting.IsEmpty())
         return;
+    page_->nesting.BeginElement();
     WritePath(path, page_->toPicture);
     paints_.Write(paint, PaintUse::Fill, &xml_);
     isOpen_ = true;
@@ -155,8 +179,9 @@ void SvgDevice::StrokePath(const Path &path, const StrokeStyle &style, const Pai
     const bool joins = CanJoin(path, frame, paint);
     if (!joins) {
         EndElement();
-        if (path.IsEmpty() || page_->clips.IsEmpty())
+        if (path.IsEmpty() || page_->nesting.IsEmpty())
             return;
+        page_->nesting.BeginElement();
         WritePath(path, Product(page_->toPicture, frame.fromPicture));
         if (!frame.isPlain)
             xml_.Transform(frame.toPicture);
@@ -173,7 +198,10 @@ void SvgDevice::StrokePath(const Path &path, const StrokeStyle &style, const Pai
 void SvgDevice::Shade(const Shading &shading)
 {
     EndElement();
-    if (!page_->clips.IsEmpty() && !page_->gradients.Paint(shading))
+    if (page_->nesting.IsEmpty())
+        return;
+    page_->nesting.BeginElement();
+    if (!page_->gradients.Paint(shading))
         PaintAsShapes(shading, this);
 }
 
@@ -181,18 +209,20 @@ void SvgDevice::ShowText(std::span<const GlyphRun> runs, const TextPaint &paint)
 {
     EndElement();
     for (const GlyphRun &run : runs) {
-        if (!page_->clips.IsEmpty())
+        if (!page_->nesting.IsEmpty()) {
+            page_->nesting.BeginElement();
             page_->text.Show(run, paint);
+        }
         EndElement();
     }
     if (paint.clips)
-        page_->clips.IntersectWith([&] { page_->text.WriteOutlines(runs); });
+        page_->nesting.IntersectWith([&] { page_->text.WriteOutlines(runs); });
 }
 
 Failure SvgDevice::EndPage()
 {
     EndElement();
-    page_->clips.End();
+    page_->nesting.End();
     page_->text.WriteFonts();
     xml_.Markup("</svg>\n");
     return xml_.Finish();

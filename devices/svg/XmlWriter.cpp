@@ -45,11 +45,46 @@ char32_t TakeCharacter(std::string_view *utf8)
 
 } // namespace
 
+void XmlWriter::HandOver(std::span<const char> text)
+{
+    if (!failure_ && !text.empty())
+        failure_ = sink_(std::as_bytes(text));
+}
+
 void XmlWriter::Flush()
 {
-    if (!failure_ && at_ != buffer_.data())
-        failure_ = sink_(std::as_bytes(std::span(buffer_.data(), at_)));
+    if (isHolding_)
+        held_.append(buffer_.data(), at_);
+    else
+        HandOver({buffer_.data(), at_});
     at_ = buffer_.data();
+}
+
+size_t XmlWriter::Hold()
+{
+    isHolding_ = true;
+    return held_.size() + static_cast<size_t>(at_ - buffer_.data()) + 1;
+}
+
+void XmlWriter::Insert(size_t place, std::string_view text)
+{
+    const size_t at = place - 1;
+    if (at >= held_.size() && text.size() <= Room()) {
+        char *to = buffer_.data() + (at - held_.size());
+        std::copy_backward(to, at_, at_ + text.size());
+        std::ranges::copy(text, to);
+        at_ += text.size();
+        return;
+    }
+    Flush();
+    held_.insert(at, text);
+}
+
+void XmlWriter::Release()
+{
+    isHolding_ = false;
+    HandOver(held_);
+    held_.clear();
 }
 
 void XmlWriter::MarkupInParts(std::string_view text)
@@ -136,6 +171,7 @@ void XmlWriter::Base64(std::span<const std::byte> bytes)
 
 Failure XmlWriter::Finish()
 {
+    Release();
     Flush();
     return failure_;
 }

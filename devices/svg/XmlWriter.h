@@ -57,6 +57,12 @@ class XmlWriter
     void Character(char32_t character);
     void Base64(std::span<const std::byte> bytes);
 
+    // From here on what is written is held back, until Release: something may be inserted. Returns the place, which is never 0.
+    size_t Hold();
+    // The place must be one that Hold returned, moved on by what has been inserted before it.
+    void Insert(size_t place, std::string_view text);
+    void Release();
+
     // Hands the rest over. Returns the failure if something could not be written.
     Failure Finish();
 
@@ -70,8 +76,12 @@ class XmlWriter
     void Flush();
     void MarkupInParts(std::string_view text);
 
+    void HandOver(std::span<const char> text);
+
     ByteSink sink_;
     Failure failure_;
+    bool isHolding_ = false;
+    std::string held_; // comes before what is in the buffer
     std::array<char, size_t{1} << 16> buffer_;
     char *at_ = buffer_.data();
 };

@@ -41,6 +41,7 @@ struct Page {
     std::string created = {};              // the date, as somebody wrote it in the header
     std::optional<CalendarDate> date = {}; // the same as it is read; none: it cannot be
     bool isDateOrderOpen = false;          // the date can be read in two ways
+    bool hasLayers = false;                // some may come
 };
 
 class Device

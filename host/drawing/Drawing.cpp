@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 namespace vxhost
 {
@@ -14,6 +15,9 @@ namespace
 
 // This lies far beyond any page, and far from where doubles end: a product of two still has room.
 constexpr double kMatrixLimit = 1e12;
+
+// Layers and groups that are open in one another: no drawing needs more, and editors take no more.
+constexpr size_t kMostOpened = 200;
 
 bool IsUsable(const Matrix &matrix)
 {
@@ -156,7 +160,6 @@ void Drawing::EndInnermost()
 {
     const Opened innermost = opened_.back();
     opened_.pop_back();
-    budget_.Give(sizeof(Opened));
     if (!innermost.isSent)
         --waiting_;
     else if (innermost.layer != nullptr)
@@ -167,6 +170,7 @@ void Drawing::EndInnermost()
 
 void Drawing::EndGroups()
 {
+    groupsEndedEarly_ += std::exchange(groupsTooDeep_, 0);
     for (; !opened_.empty() && opened_.back().layer == nullptr; ++groupsEndedEarly_)
         EndInnermost();
 }
@@ -174,7 +178,10 @@ void Drawing::EndGroups()
 void Drawing::BeginLayer(const Layer &layer)
 {
     EndGroups();
-    budget_.Take(sizeof(Opened));
+    if (opened_.size() == kMostOpened) {
+        ++layersTooDeep_;
+        return;
+    }
     opened_.push_back({&layer});
     ++waiting_;
 }
@@ -182,20 +189,27 @@ void Drawing::BeginLayer(const Layer &layer)
 void Drawing::EndLayer()
 {
     EndGroups();
-    if (!opened_.empty())
+    if (layersTooDeep_ > 0)
+        --layersTooDeep_;
+    else if (!opened_.empty())
         EndInnermost();
 }
 
 void Drawing::BeginGroup()
 {
-    budget_.Take(sizeof(Opened));
+    if (opened_.size() == kMostOpened) {
+        ++groupsTooDeep_;
+        return;
+    }
     opened_.push_back({});
     ++waiting_;
 }
 
 void Drawing::EndGroup()
 {
-    if (!opened_.empty() && opened_.back().layer == nullptr)
+    if (groupsTooDeep_ > 0)
+        --groupsTooDeep_;
+    else if (!opened_.empty() && opened_.back().layer == nullptr)
         EndInnermost();
     else if (groupsEndedEarly_ > 0)
         --groupsEndedEarly_;

@@ -129,6 +129,7 @@ class Drawing final : public StructureSink
     };
     std::vector<Opened> opened_;
     size_t waiting_ = 0;            // of those, how many the device has not been told of
+    uint64_t groupsTooDeep_ = 0, layersTooDeep_ = 0; // innermost ones that are not told
     uint64_t groupsEndedEarly_ = 0; // by a layer: their own ends are still to come
     SpotColour fillSpot_, strokeSpot_;
     Paint spotPaint_;

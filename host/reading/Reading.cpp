@@ -248,6 +248,7 @@ Page Reading::PageFor(const std::optional<Box> &box)
     page.created = header_.creationDate;
     page.date = header_.created;
     page.isDateOrderOpen = header_.isDateOrderOpen;
+    page.hasLayers = !structure_.layers.empty();
     page.box = (box ? *box : ReadInfo().box).Upright();
     return page;
 }

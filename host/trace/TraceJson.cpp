@@ -45,6 +45,12 @@ void TraceJson::AddText(std::string_view text)
     AppendString(text);
 }
 
+void TraceJson::AddName(std::string_view utf8)
+{
+    NextArgument();
+    line_ += EscapeControls(nlohmann::json(utf8).dump());
+}
+
 void TraceJson::AddRecord(const ZRKTextRecord &record)
 {
     NextArgument();

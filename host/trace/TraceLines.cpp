@@ -39,6 +39,19 @@ void TraceLines::AddText(std::string_view text)
     AppendEscaped(text);
 }
 
+// In parentheses, since a name may have blanks. It is UTF-8, of which nothing but ASCII is escaped.
+void TraceLines::AddName(std::string_view utf8)
+{
+    line_ += " (";
+    for (const char character : utf8) {
+        if (static_cast<uint8_t>(character) < 0x80)
+            AppendEscaped({&character, 1});
+        else
+            line_ += character;
+    }
+    line_ += ')';
+}
+
 void TraceLines::AddRecord(const ZRKTextRecord &record)
 {
     line_ += " |";

@@ -22,6 +22,7 @@ class TraceLines final : public TraceWriter
     void AddInteger(int32_t value) override;
     void AddList(std::span<const Fixed> values) override;
     void AddText(std::string_view text) override;
+    void AddName(std::string_view utf8) override;
     void AddRecord(const ZRKTextRecord &record) override;
     void EndCall() override;
 

@@ -15,7 +15,7 @@ void TraceStructure::Write(std::string_view name)
 void TraceStructure::BeginLayer(const Layer &layer)
 {
     writer_->BeginCall("begin-layer");
-    writer_->AddText(layer.name);
+    writer_->AddName(layer.name);
     for (const bool flag :
          {layer.isVisible, layer.isPreviewed, layer.isEnabled, layer.isPrinting, layer.isDimmed})
         writer_->AddInteger(flag ? 1 : 0);
@@ -30,7 +30,7 @@ void TraceStructure::WriteSpot(std::string_view name, const SpotColour &spot)
 {
     writer_->BeginCall(name);
     if (spot.ink != nullptr) {
-        writer_->AddText(spot.ink->name);
+        writer_->AddName(spot.ink->name);
         writer_->AddFixed(X2Fix(spot.amount));
         for (const double part : spot.ink->alternate)
             writer_->AddFixed(X2Fix(part));

@@ -36,6 +36,7 @@ class TraceWriter
     virtual void AddInteger(int32_t value) = 0;
     virtual void AddList(std::span<const Fixed> values) = 0;
     virtual void AddText(std::string_view text) = 0;
+    virtual void AddName(std::string_view utf8) = 0;
     virtual void AddRecord(const ZRKTextRecord &record) = 0;
     virtual void EndCall() = 0;
 

@@ -44,7 +44,8 @@ _vx()
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
-            info | trace) words="--json $every" ;;
+            info) words="--json $every" ;;
+            trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
             render) words="--force $picture $every" ;;
             batch) words="--manifest --null --allow-outside --jobs $picture $every" ;;

@@ -990,9 +990,8 @@ class Packed(CommandTest):
         self.write("a.vx", data)
         self.write("b.vx", gzip.compress(data))
         message, packed = (self.refused("render", name, "-o", "a.png", status=1) for name in ("a.vx", "b.vx"))
-        of = f" of {len(data)}"
-        self.assertIn(of, message)
-        self.assertEqual(packed, message.replace("a.vx", "b.vx").replace(of, of + " unpacked"))
+        self.assertIn(", line 9, column 3: ", message)
+        self.assertEqual(packed, message.replace("a.vx", "b.vx"))
 
     def test_a_bomb_ends_at_the_limit_of_memory(self):
         for name, data in (("gzip", gzip.compress(self.LONG)), ("xz", lzma.compress(self.LONG)),

@@ -95,17 +95,17 @@ TEST_F(StructureTest, IsToldBetweenTheCallsThatItStandsBetween)
 {
     EXPECT_EQ(ShortBody("u\n" + kFill + "U\n"), "begin-group, f, end-group");
     EXPECT_EQ(ShortBody("1 0 1 1 0 0 4 79 128 300 Lb\n(Ground) Ln\n" + kFill + "LB\n"),
-              "begin-layer Ground 1 0 1 1 0 4 79 128 255, f, end-layer");
+              "begin-layer (Ground) 1 0 1 1 0 4 79 128 255, f, end-layer");
     // The name may come late: layers are known before the first call.
     EXPECT_EQ(ShortBody("1 1 1 1 0 0 0 0 0 0 Lb\n" + kFill + "(Late) Ln\n" + kFill + "LB\n"),
-              "begin-layer Late 1 1 1 1 0 0 0 0 0, f, f, end-layer");
+              "begin-layer (Late) 1 1 1 1 0 0 0 0 0, f, f, end-layer");
     // Seven operands are enough: the printing flag is the seventh from the top.
     EXPECT_EQ(ShortBody("1 0 0 0 0 0 0 Lb\n" + kFill + "LB\n"),
-              "begin-layer  1 1 1 1 0 0 0 0 0, f, end-layer");
+              "begin-layer () 1 1 1 1 0 0 0 0 0, f, end-layer");
     EXPECT_EQ(ShortBody("0.5 0.25 0 0 (Rust) 0.5 x\n" + kPath + "f\n" + kFill),
-              "set-fill-spot Rust 0.5 0.5 0.25 0 0, f, set-fill-spot, f");
+              "set-fill-spot (Rust) 0.5 0.5 0.25 0 0, f, set-fill-spot, f");
     EXPECT_EQ(ShortBody("0 1 0 0 <5275> 0 X\n1 g\n0 0 m 9 0 L S\n1 K\n"),
-              "set-stroke-spot Ru 1 0 1 0 0, s, result -30601");
+              "set-stroke-spot (Ru) 1 0 1 0 0, s, result -30601");
 }
 
 TEST_F(StructureTest, OperatorsOnOneLineAreToldApart)
@@ -113,9 +113,9 @@ TEST_F(StructureTest, OperatorsOnOneLineAreToldApart)
     EXPECT_EQ(ShortBody("0 g 0 G u 0 0 m 9 0 L f U u 0 0 m 9 0 L S U 0 0 m 9 0 L f\n"),
               "begin-group, f, end-group, begin-group, s, end-group, f");
     EXPECT_EQ(ShortBody("1 0 0 0 (a) 0 x 0 0 m 9 0 L f 0 g 0 0 m 9 0 L f\n"),
-              "set-fill-spot a 1 1 0 0 0, f, set-fill-spot, f");
+              "set-fill-spot (a) 1 1 0 0 0, f, set-fill-spot, f");
     EXPECT_EQ(ShortBody("1 1 1 1 0 0 0 0 0 0 Lb(a)Ln 0 g 0 0 m 9 0 L f LB u\n"),
-              "begin-layer a 1 1 1 1 0 0 0 0 0, f, end-layer, begin-group");
+              "begin-layer (a) 1 1 1 1 0 0 0 0 0, f, end-layer, begin-group");
     // A line end would make a line of its own of what follows the blank.
     EXPECT_EQ(ShortBody("u %%EOF\n" + kFill + "U\n"), "begin-group, f, end-group");
     // No blank stands where the line could be taken apart: what happens on the line comes first.
@@ -125,12 +125,12 @@ TEST_F(StructureTest, OperatorsOnOneLineAreToldApart)
 TEST_F(StructureTest, OperandsMayStandOnLinesBefore)
 {
     EXPECT_EQ(ShortBody("1 1 1 1 0\n0 0 1 2\n\r\n3\nLb\n(\\101)\n% u\nLn LB\n"),
-              "begin-layer A 1 1 1 1 0 0 1 2 3, end-layer");
+              "begin-layer (A) 1 1 1 1 0 0 1 2 3, end-layer");
     EXPECT_EQ(ShortBody(kFill + ".5\n0 0 0\n(a\\)b)\n0\nx\n" + kPath + "f\n"),
-              "f, set-fill-spot a\\051b 1 0.5 0 0 0, f");
+              "f, set-fill-spot (a\\051b) 1 0.5 0 0 0, f");
     // Operands stay through what is passed over.
     EXPECT_EQ(ShortBody(kFill + ".5 0\n%%BeginBinary: 2\nu x g\n%%EndBinary\n0 0 (a) 0 x\n" + kPath + "f\n"),
-              "f, set-fill-spot a 1 0.5 0 0 0, f");
+              "f, set-fill-spot (a) 1 0.5 0 0 0, f");
 }
 
 TEST_F(StructureTest, CountsWhereTheInterpreterReads)

@@ -1,0 +1,256 @@
+#include "devices/svg/Nesting.h"
+
+#include "devices/svg/PaintAttributes.h"
+#include "devices/svg/PathData.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace vxhost::svg
+{
+
+namespace
+{
+
+// The most careful readers stop at 256 elements.
+constexpr size_t kMaxDepth = 200;
+constexpr std::string_view kGroup = "<g>\n";
+
+void WriteLayer(const Layer &layer, XmlWriter *xml)
+{
+    xml->Markup("<g inkscape:groupmode=\"layer\"");
+    xml->Attribute("inkscape:label", layer.name);
+    if (!layer.isEnabled)
+        xml->Markup(" sodipodi:insensitive=\"true\"");
+    // One that does not print is there because somebody asked for it, and shows when it is switched on.
+    if (!layer.isPrinting)
+        xml->Markup(" style=\"display:none\" data-printing=\"false\"");
+    if (!layer.isVisible)
+        xml->Markup(" data-visible=\"false\"");
+    if (!layer.isPreviewed)
+        xml->Markup(" data-preview=\"false\"");
+    if (layer.isDimmed)
+        xml->Markup(" data-dimmed=\"true\"");
+    xml->Markup(" inkscape:highlight-color=\"");
+    WriteColour({layer.rgb[0], layer.rgb[1], layer.rgb[2]}, xml);
+    xml->Markup("\">\n");
+}
+
+} // namespace
+
+void Nesting::Open(Entry *entry)
+{
+    entry->isOpen = true;
+    if (entry->kind == Kind::Layer)
+        return WriteLayer(entry->layer, xml_);
+    if (entry->kind == Kind::Group)
+        return xml_->Markup(kGroup);
+    xml_->Markup("<g clip-path=\"url(#c");
+    xml_->Number(static_cast<double>(entry->clip));
+    xml_->Markup(")\">\n");
+}
+
+// Closes the elements of all but so many entries, which stay what they are.
+void Nesting::CloseDownTo(size_t count)
+{
+    for (size_t i = entries_.size(); i-- > count;) {
+        if (std::exchange(entries_[i].isOpen, false)) {
+            xml_->Markup("</g>\n");
+            hasClosed_ = true;
+        }
+    }
+}
+
+void Nesting::RemoveFrom(size_t index)
+{
+    const bool hadClosed = hasClosed_;
+    CloseDownTo(index);
+    hasClosed_ = hadClosed;
+    for (size_t i = entries_.size(); i-- > index;) {
+        if (entries_[i].kind == Kind::Group) // the innermost of those that have not ended
+            *std::find(groups_.rbegin(), groups_.rend(), false) = true;
+    }
+    entries_.resize(index);
+    ReleaseText();
+}
+
+// What was held back goes on when no group is left that might begin before it.
+void Nesting::ReleaseText()
+{
+    const bool isHeld = std::ranges::any_of(entries_, [](const Entry &entry) {
+        return entry.kind == Kind::Group && !entry.isOpen && entry.mark != 0;
+    });
+    if (!isHeld)
+        xml_->Release();
+}
+
+// Groups that have no element yet begin here, if they are ever written.
+void Nesting::MarkGroups()
+{
+    for (Entry &entry : entries_) {
+        if (entry.kind == Kind::Group && !entry.isOpen && entry.mark == 0)
+            entry.mark = xml_->Hold();
+    }
+}
+
+// Writes those groups whose second element is about to come, and the groups around them.
+void Nesting::WriteGroups()
+{
+    size_t written = 0;
+    for (Entry &entry : entries_) {
+        if (entry.kind != Kind::Group || entry.isOpen)
+            continue;
+        entry.mark += written;
+        if (entry.elements < 2)
+            continue;
+        xml_->Insert(entry.mark, kGroup);
+        written += kGroup.size();
+        entry.isOpen = true;
+    }
+    ReleaseText();
+}
+
+void Nesting::OpenEntries()
+{
+    MarkGroups();
+    for (size_t i = 0; hasClosed_ && i < entries_.size(); ++i) {
+        const bool isReplaced = i + 1 < entries_.size() && entries_[i + 1].replaces;
+        if (entries_[i].kind != Kind::Group && !entries_[i].isOpen && !isReplaced)
+            Open(&entries_[i]);
+    }
+    hasClosed_ = isWaiting_ = false;
+    bool isComplete = false;
+    for (Entry &entry : entries_) {
+        if (entry.kind != Kind::Group || entry.isOpen)
+            continue;
+        isComplete = ++entry.elements == 2 || isComplete;
+        isWaiting_ = true;
+    }
+    if (isComplete)
+        WriteGroups();
+}
+
+void Nesting::Intersect(const Path &path)
+{
+    if (path.IsEmpty())
+        isEmpty_ = true;
+    else
+        IntersectWith([&] { WritePathData(path, toPicture_, xml_); });
+}
+
+void Nesting::IntersectWith(const std::function<void()> &writeData)
+{
+    if (isEmpty_)
+        return;
+    MarkGroups();
+    Entry entry;
+    entry.clip = ++lastClip_;
+    entry.replaces = entries_.size() >= kMaxDepth && !entries_.empty() && entries_.back().kind == Kind::Clip;
+    xml_->Markup("<clipPath id=\"c");
+    xml_->Number(static_cast<double>(entry.clip));
+    if (entry.replaces) {
+        xml_->Markup("\" clip-path=\"url(#c");
+        xml_->Number(static_cast<double>(entries_.back().clip));
+        xml_->Markup(")");
+    }
+    xml_->Markup("\"><path d=\"");
+    writeData();
+    xml_->Markup("\"/></clipPath>\n");
+    if (entry.replaces && std::exchange(entries_.back().isOpen, false))
+        xml_->Markup("</g>\n");
+    entries_.push_back(std::move(entry));
+    if (!hasClosed_)
+        Open(&entries_.back());
+}
+
+void Nesting::Restore()
+{
+    if (levels_.empty())
+        return;
+    const Level outer = levels_.back();
+    levels_.pop_back();
+    isEmpty_ = outer.isEmpty;
+    // A group that began before the level may have ended in it.
+    if (entries_.size() <= outer.entries)
+        return;
+    const bool isReplacing = entries_[outer.entries].replaces;
+    RemoveFrom(outer.entries);
+    hasClosed_ = hasClosed_ || isReplacing;
+}
+
+// Levels count entries, and what comes or goes beneath them changes their counts.
+void Nesting::ShiftLevels(size_t index, int by)
+{
+    for (Level &level : levels_) {
+        if (level.entries > index || (by > 0 && level.entries == index))
+            level.entries = static_cast<size_t>(static_cast<ptrdiff_t>(level.entries) + by);
+    }
+}
+
+void Nesting::BeginLayer(const Layer &layer)
+{
+    size_t index = 0;
+    while (index < entries_.size() && entries_[index].kind == Kind::Layer)
+        ++index;
+    CloseDownTo(index);
+    Entry entry;
+    entry.kind = Kind::Layer;
+    entry.layer = layer;
+    Open(&entry);
+    entries_.insert(entries_.begin() + static_cast<ptrdiff_t>(index), std::move(entry));
+    ShiftLevels(index, 1);
+}
+
+void Nesting::EndLayer()
+{
+    if (entries_.empty() || entries_[0].kind != Kind::Layer)
+        return;
+    size_t index = 0;
+    while (index + 1 < entries_.size() && entries_[index + 1].kind == Kind::Layer)
+        ++index;
+    CloseDownTo(index);
+    entries_.erase(entries_.begin() + static_cast<ptrdiff_t>(index));
+    ShiftLevels(index, -1);
+}
+
+void Nesting::BeginGroup()
+{
+    groups_.push_back(entries_.size() >= kMaxDepth);
+    if (groups_.back())
+        return;
+    Entry entry;
+    entry.kind = Kind::Group;
+    entries_.push_back(std::move(entry));
+    isWaiting_ = true;
+}
+
+void Nesting::EndGroup()
+{
+    if (groups_.empty())
+        return;
+    const bool hasEnded = groups_.back();
+    groups_.pop_back();
+    if (hasEnded)
+        return;
+    size_t index = entries_.size() - 1;
+    while (entries_[index].kind != Kind::Group)
+        --index;
+    // Clips that began in the group go on: they are closed with it, and opened again.
+    if (entries_[index].isOpen)
+        CloseDownTo(index);
+    entries_.erase(entries_.begin() + static_cast<ptrdiff_t>(index));
+    ShiftLevels(index, -1);
+    ReleaseText();
+}
+
+void Nesting::End()
+{
+    levels_.clear();
+    CloseDownTo(0);
+    entries_.clear();
+    groups_.clear();
+    xml_->Release();
+}
+
+} // namespace vxhost::svg
