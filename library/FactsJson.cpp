@@ -66,6 +66,17 @@ Json FaultJson(const DocumentFault &fault)
     return json;
 }
 
+Json SalvageJson(const Salvage &salvage)
+{
+    Json json;
+    json["faults"] = salvage.faults;
+    json["first"] = Json::array();
+    for (const DocumentFault &fault : salvage.first)
+        json["first"].push_back(FaultJson(fault));
+    json["cut"] = salvage.isCut;
+    return json;
+}
+
 Json ReportsJson(const std::vector<Report> &reports)
 {
     Json list = Json::array();
@@ -124,6 +135,8 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["open"] = OpenThingsJson(outcome.end.open);
     if (outcome.fault.line > 0)
         facts["fault"] = FaultJson(outcome.fault);
+    if (outcome.salvage.IsAny())
+        facts["salvage"] = SalvageJson(outcome.salvage);
     facts["bytes"] = outcome.bytesTotal;
     facts["lineEnds"] = header.lineEnds;
     facts["epsWrapper"] = header.epsWrapper;

@@ -42,6 +42,27 @@ std::string CutText(const DocumentEnd &end)
     return text + ": look for a whole copy";
 }
 
+// Says what was left out.
+std::string SalvageText(const Outcome &outcome)
+{
+    const Salvage &salvage = outcome.salvage;
+    std::string text;
+    if (salvage.faults > 0) {
+        text = std::to_string(salvage.faults).append(salvage.faults == 1 ? " fault is" : " faults are") +
+               " left out: ";
+        for (size_t i = 0; i < salvage.first.size(); ++i)
+            text.append(i == 0 ? "" : "; ").append(FaultText(salvage.first[i]));
+        if (salvage.faults > salvage.first.size())
+            text.append("; and so on");
+    }
+    if (salvage.isCut) {
+        const std::string place = FaultText(outcome.fault);
+        text.append(text.empty() ? "" : "; ").append("the drawing is cut off ");
+        text.append(place.empty() ? "near byte " + std::to_string(outcome.bytesRead) : "at " + place);
+    }
+    return text;
+}
+
 } // namespace
 
 std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view fontHelp)
@@ -64,6 +85,8 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
         if (font.match != FontMatch::Missing && font.missingGlyphs > 0)
             warnings.push_back(LackText(font));
     }
+    if (outcome.salvage.IsAny())
+        warnings.push_back(SalvageText(outcome));
     if (outcome.result == kVXOk && outcome.headerAccepted && !outcome.end.isSaid)
         warnings.push_back(CutText(outcome.end));
     if (outcome.undrawnTexts > 0)

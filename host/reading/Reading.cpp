@@ -5,6 +5,7 @@
 #include "host/reading/FaultFinder.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace vxhost
@@ -14,6 +15,33 @@ namespace
 {
 
 constexpr int kWindowsVersion = 4; // the version whose text is in a code page
+
+// A document may have so many faults that are left out.
+constexpr uint32_t kMostSalvaged = 100;
+
+struct TimeIsUp : std::exception {
+};
+
+// Goes beside the plug-in for another companion, and throws TimeIsUp.
+class TimedCompanion final : public StreamCompanion
+{
+  public:
+    TimedCompanion(const Deadline &deadline, StreamCompanion *next) : deadline_(deadline), next_(next) {}
+
+    void Deliver(std::span<std::byte> bytes, size_t offset) override { next_->Deliver(bytes, offset); }
+    void BeginLine() override
+    {
+        constexpr uint64_t kLinesATime = 1024; // a look at the clock takes longer than a line
+        if (lines_++ % kLinesATime == 0 && deadline_.IsOver())
+            throw TimeIsUp();
+        next_->BeginLine();
+    }
+
+  private:
+    const Deadline &deadline_;
+    StreamCompanion *next_;
+    uint64_t lines_ = 0;
+};
 
 // A device that shows nothing: what is counted is counted on the way to it.
 class NoDevice final : public Device
@@ -90,7 +118,8 @@ template <typename Parse>
 Outcome Reading::Interpret(const Parse &parse)
 {
     ParseOptions parseOptions = OptionsOfParse();
-    parseOptions.companion = options_.companion;
+    Blanker blanker(blanks_, options_.companion);
+    parseOptions.companion = blanks_.IsEmpty() ? options_.companion : &blanker;
     bool lacksFont = false;
     parseOptions.onReport = [&](const Report &report) {
         lacksFont = lacksFont || (!options_.substitute && report.number == kVXProblemFont);
@@ -115,28 +144,67 @@ Outcome Reading::Interpret(const Parse &parse)
 Outcome Reading::ReadSilently(StreamCompanion *companion)
 {
     ParseOptions options = OptionsOfParse();
-    options.companion = companion;
+    Blanker blanker(blanks_, companion);
+    options.companion = &blanker;
     NoDevice device;
     return installation_.plugin->Draw(document_, options, NoPage(), device);
 }
 
+std::optional<FoundFault> Reading::FindNextFault(const Deadline &deadline)
+{
+    std::optional<FoundFault> found =
+        FindFault(document_, header_.version, blanks_, [&](StreamCompanion *companion) {
+            TimedCompanion timed(deadline, companion);
+            return ReadSilently(&timed);
+        });
+    if (found) {
+        PlaceFault(whole_, wrapping_.offset + found->offset, &found->told);
+        if (found->places.empty())
+            found->told.column = 0;
+    }
+    return found;
+}
+
+// Looks, once, for all that has to be left out.
+void Reading::FindFaults()
+{
+    if (!options_.salvage || areFaultsKnown_)
+        return;
+    areFaultsKnown_ = true;
+    const Deadline deadline(options_.salvageSeconds);
+    try {
+        while (const std::optional<FoundFault> found = FindNextFault(deadline)) {
+            if (found->places.empty() || salvage_.faults == kMostSalvaged) {
+                fault_ = found->told;
+                salvage_.isCut = found->isInBody;
+                return;
+            }
+            blanks_.Add(found->places);
+            if (salvage_.faults++ < Salvage::kMostTold)
+                salvage_.first.push_back(found->told);
+        }
+    } catch (const TimeIsUp &) {
+        fault_.emplace(); // nobody knows where the drawing ends
+        salvage_.isCut = true;
+    }
+}
+
+// A salvaged document that still fails ends there, and is what was drawn.
 void Reading::TellFault(Outcome *outcome)
 {
+    outcome->salvage = salvage_;
+    outcome->salvage.isCut = false;
     if (outcome->result != kVXBadFormat || !outcome->headerAccepted)
         return;
     if (!fault_) {
-        fault_.emplace();
-        const std::optional<FoundFault> found =
-            FindFault(document_, header_.version,
-                      [this](StreamCompanion *companion) { return ReadSilently(companion); });
-        if (found) {
-            *fault_ = found->told;
-            PlaceFault(whole_, wrapping_.offset + found->offset, &*fault_);
-            if (found->places.empty())
-                fault_->column = 0;
-        }
+        const std::optional<FoundFault> found = FindNextFault(Deadline());
+        fault_ = found ? found->told : DocumentFault();
     }
     outcome->fault = *fault_;
+    if (salvage_.isCut) {
+        outcome->salvage.isCut = true;
+        outcome->result = kVXOk;
+    }
 }
 
 // What a document used is not known once it was given up: the fonts that it asks for are told instead.
@@ -187,6 +255,7 @@ Page Reading::PageFor(const std::optional<Box> &box)
 
 Outcome Reading::Draw(const Page &page, Device &device)
 {
+    FindFaults();
     Outcome outcome = Interpret([&](const ParseOptions &options) {
         return installation_.plugin->Draw(document_, options, page, device);
     });
@@ -207,6 +276,7 @@ Outcome Reading::Look()
 
 Outcome Reading::Trace(TraceWriter &writer)
 {
+    FindFaults();
     TraceTable table(&writer);
     Outcome outcome = Interpret([&](const ParseOptions &options) {
         ParseOptions traced = options;
