@@ -238,11 +238,19 @@ class FaultFinder
             place.end += offset_;
         }
         if (why.empty())
-            why = std::string("\"")
-                      .append(
-                          follower_.Line().substr(token.begin, std::min<size_t>(token.end - token.begin, 2)))
-                      .append("\" cannot be carried out");
+            why = ExplainOtherwise(token);
         fault->told.text = std::move(why);
+    }
+
+    // Says what no rule explains.
+    std::string ExplainOtherwise(const Token &token) const
+    {
+        const std::string_view name = follower_.Line().substr(token.begin, token.end - token.begin);
+        if (token.kind == TokenKind::String || token.kind == TokenKind::HexData)
+            return "more strings before an operator than the interpreter keeps, 8192 bytes";
+        const bool isPlain = std::ranges::all_of(name, [](char byte) { return byte > ' ' && byte <= '~'; });
+        const bool isNamed = isPlain && token.kind == TokenKind::Operator && name.size() <= 2;
+        return (isNamed ? std::string("\"").append(name).append("\"") : "this") + " cannot be carried out";
     }
 
     // Returns what has to go so that the token is none.
