@@ -53,8 +53,9 @@ struct Choice {
     uint8_t options;
     uint8_t writes; // 0: all succeed; else the one that fails, counted from 1
     uint8_t limits; // 0: ample memory; else little
-    uint8_t fonts;  // bits: nothing is substituted; the script is said, and which
-    uint8_t stops;  // bits: reports that are answered with "stop"
+    uint8_t
+        fonts; // bits: nothing is substituted; the script is said, and which; what is malformed is left out
+    uint8_t stops; // bits: reports that are answered with "stop"
 };
 
 constexpr const char *kNoRoom = "no room for this write";
@@ -259,6 +260,18 @@ struct Made {
     }
 };
 
+// isSalvaged: nothing is malformed any more but a document that draws nothing.
+void CheckFault(const Outcome &outcome, bool isSalvaged)
+{
+    const DocumentFault &fault = outcome.fault;
+    Require(fault.text.size() <= DocumentFault::kMostText, "a long text about a fault");
+    for (const char byte : fault.text)
+        Require(byte >= ' ' && byte <= '~', "a text about a fault that is not ASCII");
+    Require(fault.line >= 0 && fault.column >= 0 && (fault.line > 0 || fault.column == 0), "a fault nowhere");
+    Require(!isSalvaged || outcome.result != kVXBadFormat || fault.column == 0,
+            "a fault that was not left out");
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
@@ -273,6 +286,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     options.substitute = (choice.fonts & 1) == 0;
     if ((choice.fonts & 2) != 0)
         options.script = static_cast<Script>(choice.fonts >> 2 & 3);
+    options.salvage = (choice.fonts & 16) != 0;
     options.maxMemory = choice.limits == 0 ? int64_t{16} << 20 : int64_t{1} << (12 + choice.limits % 12);
     options.onReport = [&choice](const Report &report) { return (choice.stops >> report.number & 1) != 0; };
     Reading reading(Installed(), *document, options);
@@ -282,6 +296,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         page.box = {0, 0, 400, 400};
     const Made made(choice);
     const Outcome outcome = reading.Draw(page, *made.device);
+    CheckFault(outcome, options.salvage && choice.limits == 0);
     if (outcome.result != kVXOutOfMemory) // without memory there is no output
         made.Check(outcome.failure);
     return 0;

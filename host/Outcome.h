@@ -66,6 +66,7 @@ struct Outcome {
     Counts counts;
     DocumentEnd end;     // of one that was read to its end, or as far as it can be read
     DocumentFault fault; // of one that is malformed, where it is known
+    Salvage salvage;
 };
 
 } // namespace vxhost

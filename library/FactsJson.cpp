@@ -76,6 +76,17 @@ Json FaultJson(const DocumentFault &fault)
     return json;
 }
 
+Json SalvageJson(const Salvage &salvage)
+{
+    Json json;
+    json["faults"] = salvage.faults;
+    json["first"] = Json::array();
+    for (const DocumentFault &fault : salvage.first)
+        json["first"].push_back(FaultJson(fault));
+    json["cut"] = salvage.isCut;
+    return json;
+}
+
 Json ReportsJson(const std::vector<Report> &reports)
 {
     Json list = Json::array();
@@ -135,6 +146,8 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["undrawn"] = UndrawnJson(outcome.end.undrawn);
     if (outcome.fault.line > 0)
         facts["fault"] = FaultJson(outcome.fault);
+    if (outcome.salvage.IsAny())
+        facts["salvage"] = SalvageJson(outcome.salvage);
     facts["bytes"] = outcome.bytesTotal;
     facts["unpackedBytes"] = outcome.bytesUnpacked;
     facts["lineEnds"] = header.lineEnds;

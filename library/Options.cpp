@@ -179,6 +179,11 @@ void SetMissingFonts(const Option &option, const std::string &text, Settings *se
     settings->substitute = Choose(option, text) == 0;
 }
 
+void SetSalvage(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->salvage = Choose(option, text) == 1;
+}
+
 void SetTime(const Option &option, const std::string &text, Settings *settings)
 {
     const std::optional<double> seconds = ReadNumber(text);
@@ -247,6 +252,9 @@ constexpr Option kOptions[] = {
     {"date-order", 0, "ORDER", 0, "auto",
      "which comes first in a date as 3/5/94: auto (it stays open), mdy or dmy (auto)", SetDateOrder,
      "auto,mdy,dmy"},
+    {"salvage", 0, "HOW", 0, "no",
+     "draw a malformed document without what is malformed, and tell what that is: yes or no (no)", SetSalvage,
+     "no,yes"},
 };
 
 size_t PlaceOf(const Option &option)
@@ -267,6 +275,8 @@ ReadingOptions ReadingOptionsOf(const Settings &settings)
     reading.substitute = settings.substitute;
     reading.script = settings.script;
     reading.dateOrder = settings.dateOrder;
+    reading.salvage = settings.salvage;
+    reading.salvageSeconds = settings.seconds / 2; // the other half is for the drawing
     // One bound for the interpreter and the drawing: together they stay under that of a worker.
     reading.maxMemory = settings.memory > 0 ? settings.memory : std::numeric_limits<int64_t>::max();
     return reading;

@@ -33,6 +33,7 @@ struct Settings {
     std::optional<Script> script;
     DateOrder dateOrder = DateOrder::Unsaid;
     bool substitute = true;
+    bool salvage = false;
     double seconds = 60;               // 0: no limit
     int64_t memory = int64_t{1} << 30; // bytes; 0: no limit
     std::optional<int64_t> output;     // bytes of a file; 0: no limit; none: the document's size decides

@@ -49,6 +49,27 @@ std::string UndrawnText(const Undrawn &undrawn)
            " bytes behind that are not drawn: take that line out";
 }
 
+// Says what was left out.
+std::string SalvageText(const Outcome &outcome)
+{
+    const Salvage &salvage = outcome.salvage;
+    std::string text;
+    if (salvage.faults > 0) {
+        text = std::to_string(salvage.faults).append(salvage.faults == 1 ? " fault is" : " faults are") +
+               " left out: ";
+        for (size_t i = 0; i < salvage.first.size(); ++i)
+            text.append(i == 0 ? "" : "; ").append(FaultText(salvage.first[i]));
+        if (salvage.faults > salvage.first.size())
+            text.append("; and so on");
+    }
+    if (salvage.isCut) {
+        const std::string place = FaultText(outcome.fault);
+        text.append(text.empty() ? "" : "; ").append("the drawing is cut off ");
+        text.append(place.empty() ? "near byte " + std::to_string(outcome.bytesRead) : "at " + place);
+    }
+    return text;
+}
+
 } // namespace
 
 std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view fontHelp)
@@ -74,6 +95,8 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
     if (!outcome.damage.empty())
         warnings.push_back(outcome.damage + ": " + std::to_string(outcome.bytesUnpacked) +
                            " bytes came out of them");
+    if (outcome.salvage.IsAny())
+        warnings.push_back(SalvageText(outcome));
     if (outcome.result == kVXOk && outcome.headerAccepted && !outcome.end.isSaid)
         warnings.push_back(CutText(outcome.end));
     if (outcome.end.undrawn.line != 0)

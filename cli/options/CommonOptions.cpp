@@ -51,6 +51,11 @@ void CommonOptionReader::AddTo(CLI::App *command, const std::string &inputs)
     addOfTable("script", "");
     addOfTable("date-order", "");
     command
+        ->add_flag_callback(
+            "--salvage", [this] { texts_.Set("salvage", "yes"); },
+            "draw a malformed document without what is malformed, with exit status 3")
+        ->group(kGroup);
+    command
         ->add_flag("--require-sandbox", requireSandbox_,
                    "read no document where the kernel cannot confine its worker")
         ->group(kGroup);

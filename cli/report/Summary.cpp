@@ -55,11 +55,13 @@ std::string NoDrawingText(const Result &result, CommandKind command)
 std::string MalformedText(const std::string &input, const Result &result, const SummaryOptions &options)
 {
     const Outcome &outcome = result.outcome;
-    return fmt::format("malformed{}{}: {}{}", MalformedPlace(outcome), LostText(options.command),
+    const std::string_view lost = LostText(options.command);
+    return fmt::format("malformed{}{}: {}{}{}", MalformedPlace(outcome), lost,
                        outcome.end.isSaid ? "" : "the file may be cut short, ",
                        options.command == CommandKind::Trace
                            ? std::string("the last calls above come just before it")
-                           : fmt::format("vx trace {} shows how far it got", input));
+                           : fmt::format("vx trace {} shows how far it got", input),
+                       CanSalvage(outcome) && !lost.empty() ? ", --salvage draws the rest" : "");
 }
 
 std::string OutputText(const Result &result, const SummaryOptions &options)
@@ -234,7 +236,8 @@ Summary Summarise(const std::string &input, const Result &result, const SummaryO
         summary.error = isOfOutput ? OutputText(result, options) : DocumentText(input, result, options);
     summary.warnings = ListWarnings(result.outcome, FontHelp(input, options.command));
     std::ranges::move(ListOmitted(result.omitted), std::back_inserter(summary.warnings));
-    if (summary.status == Status::Done && options.isStrict && !summary.warnings.empty())
+    const bool mustWarn = result.outcome.salvage.IsAny() || (options.isStrict && !summary.warnings.empty());
+    if (summary.status == Status::Done && mustWarn)
         summary.status = Status::Warned;
     return summary;
 }

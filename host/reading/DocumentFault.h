@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace vxhost
 {
@@ -17,6 +18,18 @@ struct DocumentFault {
     std::string text;   // what is wrong there, in ASCII
 
     bool operator==(const DocumentFault &) const = default;
+};
+
+// What was left out of a malformed document, so that the rest could be drawn.
+struct Salvage {
+    static constexpr size_t kMostTold = 3;
+
+    uint32_t faults = 0;              // that were left out, each with its operands
+    std::vector<DocumentFault> first; // of these, at most kMostTold
+    bool isCut = false;               // all is left out from a further fault on, which is the outcome's
+
+    bool IsAny() const { return faults > 0 || isCut; }
+    bool operator==(const Salvage &) const = default;
 };
 
 // Returns "line 214, column 9: "c" wants 6 numbers, has 5"; empty: nothing is known.

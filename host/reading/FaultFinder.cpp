@@ -29,8 +29,10 @@ std::string_view TextOf(const Document &document)
 class LineFollower final : public StreamCompanion
 {
   public:
-    LineFollower(std::string_view drawing, int version)
-        : drawing_(drawing), lines_(drawing), sections_(version), body_(FindBody(drawing, version))
+    // The drawing stands at that offset of the document.
+    LineFollower(std::string_view drawing, size_t offset, int version, const Blanks &blanks)
+        : drawing_(drawing), offset_(offset), blanks_(blanks), lines_(drawing), sections_(version),
+          body_(FindBody(drawing, version))
     {
     }
 
@@ -40,15 +42,16 @@ class LineFollower final : public StreamCompanion
         if (count_++ > 0 && !isAtEnd_ && IsInBody())
             CarryOut();
         isAtEnd_ = !lines_.Next();
+        line_.clear();
+        if (!isAtEnd_)
+            line_ = drawing_.substr(Start(), lines_.NextStart() - Start());
+        blanks_.Apply(std::as_writable_bytes(std::span(line_)), offset_ + Start());
     }
 
     size_t Count() const { return count_; }
     bool IsAtEnd() const { return isAtEnd_; } // there are no more lines
     size_t Start() const { return isAtEnd_ ? drawing_.size() : lines_.Start(); }
-    std::string_view Line() const // with its end
-    {
-        return isAtEnd_ ? std::string_view() : drawing_.substr(Start(), lines_.NextStart() - Start());
-    }
+    std::string_view Line() const { return line_; } // with its end
     bool IsInBody() const { return Start() >= body_; }
 
     bool IsInSetup() const { return sections_.IsInSetup(); }
@@ -67,7 +70,10 @@ class LineFollower final : public StreamCompanion
     }
 
     std::string_view drawing_;
+    size_t offset_;
+    const Blanks &blanks_;
     LineWalk lines_;
+    std::string line_;
     BodySections sections_;
     size_t body_;
     size_t count_ = 0;
@@ -157,8 +163,10 @@ std::optional<size_t> PieceOfLine(const Pieces &pieces, size_t lines)
 class FaultFinder
 {
   public:
-    FaultFinder(const Document &document, int version, const SilentPass &pass)
-        : document_(document), pass_(pass), version_(version), follower_(FindDrawing(), version)
+    FaultFinder(const Document &document, int version, const Blanks &blanks, const SilentPass &pass)
+        : pass_(pass), version_(version), drawing_(DrawingSection(TextOf(document), &isWrapped_)),
+          offset_(static_cast<size_t>(drawing_.data() - TextOf(document).data())),
+          follower_(drawing_, offset_, version, blanks)
     {
     }
 
@@ -168,8 +176,9 @@ class FaultFinder
         if (outcome.result != kVXBadFormat || follower_.Count() == 0)
             return std::nullopt;
         FoundFault fault;
-        fault.offset = sectionStart_ + follower_.Start();
-        if (!follower_.IsInBody() || follower_.IsAtEnd()) {
+        fault.offset = offset_ + follower_.Start();
+        fault.isInBody = follower_.IsInBody() && !follower_.IsAtEnd();
+        if (!fault.isInBody) {
             fault.told.text = std::string("the document ends here, without a line \"") +
                               (version_ > 2 ? "%%BeginSetup" : "%%EndSetup") + "\"";
             return fault;
@@ -183,18 +192,11 @@ class FaultFinder
     }
 
   private:
-    std::string_view FindDrawing()
-    {
-        bool isWrapped = false;
-        const std::string_view text = TextOf(document_);
-        drawing_ = DrawingSection(text, &isWrapped);
-        sectionStart_ = static_cast<size_t>(drawing_.data() - text.data());
-        return drawing_;
-    }
-
     std::optional<size_t> FindPiece(const Pieces &pieces)
     {
-        TailFeeder feeder(sectionStart_ + follower_.Start(), pieces.text);
+        if (pieces.starts.size() == 1)
+            return 0; // it can be no other
+        TailFeeder feeder(offset_ + follower_.Start(), pieces.text);
         const Outcome outcome = pass_(&feeder);
         if (outcome.result != kVXBadFormat || feeder.Count() < follower_.Count() || pieces.starts.empty())
             return std::nullopt;
@@ -228,34 +230,56 @@ class FaultFinder
     void Tell(const Token &token, std::string why, const OperandStack &stack, FoundFault *fault) const
     {
         const size_t lineStart = follower_.Start();
-        fault->offset = sectionStart_ + lineStart + token.begin;
+        fault->offset = offset_ + lineStart + token.begin;
         fault->places.assign(stack.Places().begin(), stack.Places().end());
-        fault->places.push_back({lineStart + token.begin, lineStart + token.end});
+        fault->places.push_back(PlaceOf(token));
         for (ByteRange &place : fault->places) {
-            place.begin += sectionStart_;
-            place.end += sectionStart_;
+            place.begin += offset_;
+            place.end += offset_;
         }
         if (why.empty())
-            why = std::string("\"")
-                      .append(
-                          follower_.Line().substr(token.begin, std::min<size_t>(token.end - token.begin, 2)))
-                      .append("\" cannot be carried out");
+            why = ExplainOtherwise(token);
         fault->told.text = std::move(why);
     }
 
-    const Document &document_;
+    // Says what no rule explains.
+    std::string ExplainOtherwise(const Token &token) const
+    {
+        const std::string_view name = follower_.Line().substr(token.begin, token.end - token.begin);
+        if (token.kind == TokenKind::String || token.kind == TokenKind::HexData)
+            return "more strings before an operator than the interpreter keeps, 8192 bytes";
+        const bool isPlain = std::ranges::all_of(name, [](char byte) { return byte > ' ' && byte <= '~'; });
+        const bool isNamed = isPlain && token.kind == TokenKind::Operator && name.size() <= 2;
+        return (isNamed ? std::string("\"").append(name).append("\"") : "this") + " cannot be carried out";
+    }
+
+    // Returns what has to go so that the token is none.
+    ByteRange PlaceOf(const Token &token) const
+    {
+        const std::string_view line = follower_.Line();
+        const size_t begin = follower_.Start() + token.begin;
+        // Behind "%_": it becomes a comment, as what follows it is.
+        if (token.begin >= 2 && line.substr(token.begin - 2, 2) == "%_")
+            return {begin - 1, begin};
+        const bool isOneByte =
+            token.kind == TokenKind::Malformed && (line[token.begin] == ')' || line[token.begin] == '>');
+        return {begin, isOneByte ? begin + 1 : follower_.Start() + token.end};
+    }
+
     const SilentPass &pass_;
     int version_;
+    bool isWrapped_ = false;
     std::string_view drawing_;
-    size_t sectionStart_ = 0; // in the document
+    size_t offset_; // of the drawing in the document
     LineFollower follower_;
 };
 
 } // namespace
 
-std::optional<FoundFault> FindFault(const Document &document, int version, const SilentPass &pass)
+std::optional<FoundFault> FindFault(const Document &document, int version, const Blanks &blanks,
+                                    const SilentPass &pass)
 {
-    return FaultFinder(document, version, pass).Find();
+    return FaultFinder(document, version, blanks, pass).Find();
 }
 
 void PlaceFault(const Document &file, size_t offset, DocumentFault *fault)

@@ -2,6 +2,7 @@
 // drops some of the "[", which are not dropped here.
 #pragma once
 
+#include "host/reading/Blanks.h"
 #include "host/reading/LineTokens.h"
 
 #include <cstddef>
@@ -29,13 +30,6 @@ struct Operand {
     OperandKind kind = OperandKind::Integer;
     size_t elements = 0; // of an array
     bool hasOnlyNumbers = true;
-};
-
-// Bytes from begin up to end.
-struct ByteRange {
-    size_t begin = 0, end = 0;
-
-    bool operator==(const ByteRange &) const = default;
 };
 
 class OperandStack

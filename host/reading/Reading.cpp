@@ -6,6 +6,7 @@
 #include "host/trace/TraceStructure.h"
 
 #include <algorithm>
+#include <exception>
 #include <limits>
 #include <utility>
 
@@ -16,6 +17,33 @@ namespace
 {
 
 constexpr int kWindowsVersion = 4; // the version whose text is in a code page
+
+// A document may have so many faults that are left out.
+constexpr uint32_t kMostSalvaged = 100;
+
+struct TimeIsUp : std::exception {
+};
+
+// Goes beside the plug-in for another companion, and throws TimeIsUp.
+class TimedCompanion final : public StreamCompanion
+{
+  public:
+    TimedCompanion(const Deadline &deadline, StreamCompanion *next) : deadline_(deadline), next_(next) {}
+
+    void Deliver(std::span<std::byte> bytes, size_t offset) override { next_->Deliver(bytes, offset); }
+    void BeginLine() override
+    {
+        constexpr uint64_t kLinesATime = 1024; // a look at the clock takes longer than a line
+        if (lines_++ % kLinesATime == 0 && deadline_.IsOver())
+            throw TimeIsUp();
+        next_->BeginLine();
+    }
+
+  private:
+    const Deadline &deadline_;
+    StreamCompanion *next_;
+    uint64_t lines_ = 0;
+};
 
 // A device that shows nothing: what is counted is counted on the way to it.
 class NoDevice final : public Device
@@ -124,7 +152,8 @@ Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
     if (unpacked_->limit != UnpackLimit::None || MemoryLeft() < 0)
         return LimitOutcome();
     ParseOptions parseOptions = OptionsOfParse();
-    parseOptions.companion = options_.companion;
+    Blanker blanker(blanks_, options_.companion);
+    parseOptions.companion = blanks_.IsEmpty() ? options_.companion : &blanker;
     std::optional<StructureCompanion> structure;
     if (structure_.isThere) {
         structure.emplace(
@@ -177,28 +206,67 @@ Outcome Reading::LimitOutcome() const
 Outcome Reading::ReadSilently(StreamCompanion *companion)
 {
     ParseOptions options = OptionsOfParse();
-    options.companion = companion;
+    Blanker blanker(blanks_, companion);
+    options.companion = &blanker;
     NoDevice device;
     return installation_.plugin->Draw(document_, options, NoPage(), device);
 }
 
+std::optional<FoundFault> Reading::FindNextFault(const Deadline &deadline)
+{
+    std::optional<FoundFault> found =
+        FindFault(document_, header_.version, blanks_, [&](StreamCompanion *companion) {
+            TimedCompanion timed(deadline, companion);
+            return ReadSilently(&timed);
+        });
+    if (found) {
+        PlaceFault(whole_, wrapping_.offset + found->offset, &found->told);
+        if (found->places.empty())
+            found->told.column = 0;
+    }
+    return found;
+}
+
+// Looks, once, for all that has to be left out.
+void Reading::FindFaults()
+{
+    if (!options_.salvage || areFaultsKnown_)
+        return;
+    areFaultsKnown_ = true;
+    const Deadline deadline(options_.salvageSeconds);
+    try {
+        while (const std::optional<FoundFault> found = FindNextFault(deadline)) {
+            if (found->places.empty() || salvage_.faults == kMostSalvaged) {
+                fault_ = found->told;
+                salvage_.isCut = found->isInBody;
+                return;
+            }
+            blanks_.Add(found->places);
+            if (salvage_.faults++ < Salvage::kMostTold)
+                salvage_.first.push_back(found->told);
+        }
+    } catch (const TimeIsUp &) {
+        fault_.emplace(); // nobody knows where the drawing ends
+        salvage_.isCut = true;
+    }
+}
+
+// A salvaged document that still fails ends there, and is what was drawn.
 void Reading::TellFault(Outcome *outcome)
 {
+    outcome->salvage = salvage_;
+    outcome->salvage.isCut = false;
     if (outcome->result != kVXBadFormat || !outcome->headerAccepted)
         return;
     if (!fault_) {
-        fault_.emplace();
-        const std::optional<FoundFault> found =
-            FindFault(document_, header_.version,
-                      [this](StreamCompanion *companion) { return ReadSilently(companion); });
-        if (found) {
-            *fault_ = found->told;
-            PlaceFault(whole_, wrapping_.offset + found->offset, &*fault_);
-            if (found->places.empty())
-                fault_->column = 0;
-        }
+        const std::optional<FoundFault> found = FindNextFault(Deadline());
+        fault_ = found ? found->told : DocumentFault();
     }
     outcome->fault = *fault_;
+    if (salvage_.isCut) {
+        outcome->salvage.isCut = true;
+        outcome->result = kVXOk;
+    }
 }
 
 // What a document used is not known once it was given up: the fonts that it asks for are told instead.
@@ -255,6 +323,7 @@ Page Reading::PageFor(const std::optional<Box> &box)
 
 Outcome Reading::Draw(const Page &page, Device &device)
 {
+    FindFaults();
     Outcome outcome = Interpret([&](const ParseOptions &options) {
         return installation_.plugin->Draw(document_, options, page, device);
     });
@@ -275,6 +344,7 @@ Outcome Reading::Look()
 
 Outcome Reading::Trace(TraceWriter &writer, bool withStructure)
 {
+    FindFaults();
     TraceTable table(&writer);
     TraceStructure structure(&writer);
     Outcome outcome = Interpret(

@@ -7,12 +7,15 @@
 #include "host/Plugin.h"
 #include "host/fonts/DocumentFonts.h"
 #include "host/fonts/OpenFonts.h"
+#include "host/reading/Blanks.h"
+#include "host/reading/FaultFinder.h"
 #include "host/reading/HeaderScan.h"
 #include "host/reading/StructureCompanion.h"
 #include "host/reading/Unpacking.h"
 #include "host/reading/Wrapping.h"
 #include "host/trace/TraceTable.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -29,11 +32,30 @@ struct Installation {
     std::shared_ptr<const FontList> fonts; // the machine's
 };
 
+class Deadline
+{
+  public:
+    explicit Deadline(double seconds = 0) : seconds_(seconds) {} // 0: there is none
+    bool IsOver() const
+    {
+        return seconds_ > 0 && std::chrono::duration<double>(Clock::now() - start_).count() > seconds_;
+    }
+
+  private:
+    using Clock = std::chrono::steady_clock;
+
+    double seconds_;
+    Clock::time_point start_ = Clock::now();
+};
+
 struct ReadingOptions {
     std::map<std::string, std::string> served; // by the user's own choice: name asked for, PostScript name
     bool substitute = true;       // false: a document that needs a font that is not there is given up
     std::optional<Script> script; // for text whose font does not say it; none: as the fonts suggest
     DateOrder dateOrder = DateOrder::Unsaid;
+    // What is malformed is left out, and the rest drawn. It is looked for so many seconds at most.
+    bool salvage = false;
+    double salvageSeconds = 0;              // 0: as long as it takes
     int64_t maxMemory = int64_t{256} << 20; // bytes that the plug-in may hold at once, and that a drawing may
     std::function<bool(const Report &)> onReport; // true gives the document up; null: it goes on
     std::function<void(int64_t read, int64_t total)> onProgress; // null: none
@@ -79,6 +101,8 @@ class Reading
     template <typename Parse>
     Outcome Interpret(const Parse &parse, StructureSink *sink = nullptr);
     Outcome ReadSilently(StreamCompanion *companion);
+    std::optional<FoundFault> FindNextFault(const Deadline &deadline);
+    void FindFaults();
     void TellFault(Outcome *outcome);
     void TellLackedFont(Outcome *outcome);
     void TellEnd(Outcome *outcome);
@@ -102,6 +126,9 @@ class Reading
     OpenFonts openFonts_;
     std::optional<DocumentEnd> end_;     // once it is known
     std::optional<DocumentFault> fault_; // as well
+    bool areFaultsKnown_ = false;        // those that a salvage leaves out
+    Salvage salvage_;
+    Blanks blanks_; // where they stand
 };
 
 } // namespace vxhost

@@ -77,7 +77,8 @@ void CheckOutcome(const Outcome &outcome, const HeaderFacts &header, size_t size
             throw CallError(VX_NOT_A_DRAWING, WhyRefused(header, size));
         throw CallError(VX_MALFORMED, "malformed" + MalformedPlace(outcome) +
                                           (outcome.end.isSaid ? "" : ", the file may be cut short") +
-                                          ": get a whole copy");
+                                          ": get a whole copy" +
+                                          (CanSalvage(outcome) ? ", or set salvage to yes" : ""));
     default:
         throw CallError(VX_FAILED, "the interpreter gave result " + std::to_string(outcome.result) +
                                        ": keep the document and report it");

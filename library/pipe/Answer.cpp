@@ -18,8 +18,9 @@ constexpr size_t kMaxPath = 4096; // of the system's
 constexpr size_t kReportsSize = size_t{128} << 10;
 constexpr size_t kNamesSize = size_t{128} << 10; // of each list of names
 constexpr size_t kFontsSize = size_t{448} << 10;
-constexpr size_t kFixedSize =
-    8 * (kMaxName + sizeof(uint32_t)) + 4 * (kMaxText + sizeof(uint32_t)) + DocumentFault::kMostText + 512;
+constexpr size_t kSalvageSize = Salvage::kMostTold * (DocumentFault::kMostText + 32);
+constexpr size_t kFixedSize = 8 * (kMaxName + sizeof(uint32_t)) + 4 * (kMaxText + sizeof(uint32_t)) +
+                              DocumentFault::kMostText + kSalvageSize + 512;
 static_assert(kFixedSize + kReportsSize + 3 * kNamesSize + kFontsSize < kMaxAnswer);
 
 template <typename Flat, typename Name>
@@ -87,6 +88,24 @@ void Describe(Flat &flat, FontUse &font)
 }
 
 template <typename Flat>
+void Describe(Flat &flat, DocumentFault &fault)
+{
+    flat.Add(fault.line);
+    flat.Add(fault.column);
+    flat.AddText(fault.text, DocumentFault::kMostText);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, Salvage &salvage)
+{
+    flat.Add(salvage.faults);
+    uint32_t omitted = 0;
+    flat.AddList(salvage.first, {kSalvageSize, Salvage::kMostTold}, &omitted,
+                 [](auto &to, DocumentFault &fault) { Describe(to, fault); });
+    flat.Add(salvage.isCut);
+}
+
+template <typename Flat>
 void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
 {
     flat.Add(outcome.result);
@@ -122,9 +141,8 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.Add(open.isSetup);
     flat.Add(outcome.end.undrawn.line);
     flat.Add(outcome.end.undrawn.bytes);
-    flat.Add(outcome.fault.line);
-    flat.Add(outcome.fault.column);
-    flat.AddText(outcome.fault.text, DocumentFault::kMostText);
+    Describe(flat, outcome.fault);
+    Describe(flat, outcome.salvage);
 }
 
 template <typename Flat>

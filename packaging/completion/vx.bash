@@ -4,7 +4,7 @@ _vx()
 {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
     local every='--plugin --max-time --max-memory --max-output --progress --font-dir --font-map --no-system-fonts --missing-fonts
-        --script --date-order --require-sandbox --strict --quiet --verbose --help'
+        --script --date-order --salvage --require-sandbox --strict --quiet --verbose --help'
     local picture='--output --format --dpi --zoom --width --height --fit --background --box --profile --intent
         --overprint --samples --text --pdf-x --date'
     local words= files=-f

@@ -189,7 +189,8 @@ class Inputs(CommandTest):
         message = self.refused("render", "bad.vx", "-o", "bad.png", status=1)
         line = data[:data.index(b"0 1 k")].count(b"\n") + 1
         told = f'line {line}, column 5: "k" wants 4 numbers, has 2'
-        self.assertEqual(message, f"vx: bad.vx: malformed, {told}, nothing written: vx trace bad.vx shows how far it got")
+        self.assertEqual(message, f"vx: bad.vx: malformed, {told}, nothing written: vx trace bad.vx shows how far it got, "
+                                  "--salvage draws the rest")
         facts = json.loads(self.run_vx("info", "--json", "bad.vx", status=1)[0])
         self.assertEqual(facts["fault"], {"line": line, "column": 5, "text": '"k" wants 4 numbers, has 2'})
         self.assertIn(told, facts["error"])
@@ -1011,6 +1012,56 @@ class Packed(CommandTest):
         output, _ = self.run_vx("batch", "-f", "png", "-o", "{stem}.png", "--max-memory", "32M", "bomb.vx.gz", "a.vx.xz", "none.vx", status=5)
         self.assertEqual({one["input"]: one["exit"] for one in map(json.loads, output.splitlines())},
                          {"bomb.vx.gz": 5, "a.vx.xz": 0, "none.vx": 1})
+
+
+class Salvage(CommandTest):
+    """Documents of which something is malformed, and drawn without it."""
+
+    def test_the_rest_is_drawn_and_the_loss_told(self):
+        self.write("whole.vx", document())
+        self.write("bad.vx", document("1 f\n" + LEFT_HALF.replace("f\n", "f\n1\n(a) 2 g\n")))
+        formats = ("pdf", "svg", "png")
+        self.run_vx("render", "whole.vx", "-f", ",".join(formats), "-o", "{stem}.{ext}")
+        messages = self.run_vx("render", "bad.vx", "--salvage", "-f", ",".join(formats), "-o", "{stem}.{ext}", status=3)[1]
+        self.assertEqual(messages, ['vx: bad.vx: warning: 2 faults are left out: line 9, column 3: "f" wants no operands, has 1; '
+                                    'line 17, column 7: "g" wants 1 number, has 3'])
+        for extension in formats:
+            self.assertEqual(self.read("bad." + extension), self.read("whole." + extension), extension)
+        facts = json.loads(self.run_vx("info", "--salvage", "--json", "bad.vx", status=3)[0])
+        self.assertEqual((facts["salvage"]["faults"], facts["salvage"]["cut"]), (2, False))
+        self.assertEqual(facts["salvage"]["first"][0], {"line": 9, "column": 3, "text": '"f" wants no operands, has 1'})
+        self.assertNotIn("fault", facts)
+        self.assertEqual(self.run_vx("trace", "--salvage", "bad.vx", status=3)[0], self.run_vx("trace", "whole.vx")[0])
+
+    def test_a_whole_document_is_drawn_as_ever(self):
+        self.write("a.vx", document())
+        self.run_vx("render", "a.vx", "-o", "a.png")
+        self.assertEqual(self.run_vx("render", "--salvage", "--strict", "a.vx", "-o", "b.png")[1], [])
+        self.assertEqual(self.read("a.png"), self.read("b.png"))
+        self.assertNotIn("salvage", json.loads(self.run_vx("info", "--salvage", "--json", "a.vx")[0]))
+
+    def test_more_faults_than_are_left_out_cut_the_drawing(self):
+        self.write("bad.vx", document(LEFT_HALF + "1 f\n" * 101))
+        message, = self.run_vx("render", "bad.vx", "--salvage", "-o", "bad.png", status=3)[1]
+        self.assertRegex(message, r"warning: 100 faults are left out: line 15, .*; and so on; "
+                                  r'the drawing is cut off at line 115, column 3: "f" wants no operands, has 1$')
+        self.assertTrue(Png(self.read("bad.png")).ended)
+
+    def test_a_batch_tells_it_of_each_document(self):
+        self.write("bad.vx", document("1 f\n" + LEFT_HALF))
+        self.write("good.vx", document())
+        output = self.run_vx("batch", "--salvage", "-f", "svg", "-o", ".", "bad.vx", "good.vx", status=3)[0]
+        results = {line["input"]: line for line in map(json.loads, output.splitlines())}
+        self.assertEqual([results[name]["status"] for name in ("bad.vx", "good.vx")], ["warned", "done"])
+        self.assertEqual(results["bad.vx"]["salvage"]["faults"], 1)
+        self.assertEqual(self.read("bad.svg"), self.read("good.svg"))
+
+    def test_there_is_nothing_to_keep_without_a_setup_section(self):
+        self.write("bad.vx", document().replace(b"%%BeginSetup", b"%%BeginSet"))
+        told = self.refused("render", "--salvage", "bad.vx", "-o", "a.png", status=1)
+        self.assertIn('line 16: the document ends here, without a line "%%BeginSetup", nothing written: ', told)
+        self.assertNotIn("--salvage", told)
+        self.assertEqual(self.files(), ["bad.vx"])
 
 
 class CutShort(CommandTest):

@@ -176,6 +176,7 @@ class Members(CommandTest):
         objects += self.objects("info", "--json", *self.deep)
         objects += self.objects("info", "--json", "problems.vx", environment=WITHOUT_LANDLOCK)
         objects += self.objects("info", "--json", "problems.vx", hostile="crash")
+        objects += self.objects("info", "--json", "--salvage", "malformed.vx")
         named = named_members("vx-info.1.md", "JSON")
         seen = self.compare(objects, named, set(named) - {"file", "error", "vx"}, self.UNSEEN)
         for path in ("fonts[].match", "lineEnds"):
@@ -201,6 +202,7 @@ class Members(CommandTest):
         objects = self.objects("batch", *self.names, "--manifest", "list", "--manifest", "none", "-f", "png", "--fit", "8",
                                "-o", "{stem}.png")
         objects += self.objects("batch", *self.deep, "-o", "deep.png", "-f", "png", "--fit", "8")
+        objects += self.objects("batch", "--salvage", "malformed.vx", "-o", "salvaged.png", "--fit", "8")
         named = named_members("vx-batch.1.md", "RESULTS")
         facts = named_members("vx-info.1.md", "JSON")
         for own in ("file", "error", "vx"):

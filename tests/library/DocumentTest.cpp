@@ -295,6 +295,22 @@ TEST(Damage, IsToldWithThePlace)
         << error.text;
 }
 
+TEST(Damage, IsLeftOutWhereThatIsAsked)
+{
+    const std::string whole = "0 0 0 1 k\n0 0 m\n36 0 l\n36 36 l\n0 36 l\nf\n";
+    const OwnedDocument document = OpenBytes(DrawingOf("1 f\n" + whole));
+    Set(document.get(), "salvage", "yes");
+    EXPECT_EQ(Rendered(document.get(), "svg"), Rendered(OpenBytes(DrawingOf(whole)).get(), "svg"));
+    ASSERT_EQ(vx_document_warning_count(document.get()), 1U);
+    EXPECT_STREQ(vx_document_warning_at(document.get(), 0),
+                 "1 fault is left out: line 9, column 3: \"f\" wants no operands, has 1");
+    Set(document.get(), "salvage", "no");
+    vx_error error = kNoError;
+    std::string bytes;
+    EXPECT_EQ(vx_document_render(document.get(), "svg", AppendBytes, &bytes, &error), VX_MALFORMED);
+    EXPECT_NE(std::strstr(error.text, ", or set salvage to yes"), nullptr) << error.text;
+}
+
 // Makes a library without any font.
 OwnedLibrary MakeBareLibrary()
 {

@@ -212,6 +212,13 @@ def test_errors_name_the_file(tmp_path):
     assert str(told.value).startswith(f"{tmp_path}/a\\nb.vx: malformed, line {line}, column 1: a string without its \")\"")
 
 
+def test_damage_is_left_out_where_that_is_asked():
+    damaged = SQUARE.replace(b"0 0 m", b"1 f\n0 0 m")
+    assert damaged != SQUARE
+    with pytest.warns(vx.DrawingWarning, match='1 fault is left out: line .*"f" wants no operands, has 1'):
+        assert vx.open(damaged).render("svg", salvage=True) == vx.open(SQUARE).render("svg")
+
+
 def test_a_format_of_a_wrong_type_is_told():
     with pytest.raises(TypeError, match="^format is of type int: give a text$"):
         square().render(3)

@@ -152,10 +152,21 @@ TEST(Summary, TellsWhereADocumentIsMalformed)
     result.outcome.fault = {214, 9, "\"c\" wants 6 numbers, has 5"};
     EXPECT_EQ(ErrorOf(result, CommandKind::Render),
               "malformed, line 214, column 9: \"c\" wants 6 numbers, has 5, nothing written: "
-              "vx trace a.vx shows how far it got");
+              "vx trace a.vx shows how far it got, --salvage draws the rest");
     result.outcome.fault.column = 0;
     EXPECT_EQ(ErrorOf(result, CommandKind::Info),
               "malformed, line 214: \"c\" wants 6 numbers, has 5: vx trace a.vx shows how far it got");
+}
+
+TEST(Summary, IsNeverOfAWholeDrawingWhereSomethingIsLeftOut)
+{
+    Result result;
+    result.outcome.headerAccepted = true;
+    EXPECT_EQ(Summarise("a.vx", result, OptionsFor(CommandKind::Render)).status, Status::Done);
+    result.outcome.salvage.faults = 1;
+    EXPECT_EQ(Summarise("a.vx", result, OptionsFor(CommandKind::Render)).status, Status::Warned);
+    result.outcome.salvage = {0, {}, true};
+    EXPECT_EQ(Summarise("a.vx", result, OptionsFor(CommandKind::Render)).status, Status::Warned);
 }
 
 TEST(Summary, SendsNobodyToTheCommandThatHeIsAt)

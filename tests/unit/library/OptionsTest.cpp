@@ -66,6 +66,7 @@ TEST(OptionsTest, TheStandardIsWhatHoldsWhenNobodySaysIt)
         EXPECT_EQ(said.output, none.output) << option.name;
         EXPECT_EQ(said.substitute, none.substitute) << option.name;
         EXPECT_EQ(said.script, none.script) << option.name;
+        EXPECT_EQ(said.salvage, none.salvage) << option.name;
         const std::string help = option.help;
         EXPECT_NE(help.find(option.standard) != std::string::npos, option.name == std::string("max-time"))
             << option.name << ", where each command has its own";
@@ -87,6 +88,7 @@ TEST(OptionsTest, MeanWhatTheySay)
                                     {"max-memory", "2G"},
                                     {"max-output", "1K"},
                                     {"missing-fonts", "fail"},
+                                    {"salvage", "yes"},
                                     {"script", "korean"}})
                                   .Read();
     EXPECT_EQ(settings.png.fit, 64);
@@ -104,6 +106,9 @@ TEST(OptionsTest, MeanWhatTheySay)
     EXPECT_EQ(settings.png.memoryLimit, uint64_t{2} << 30);
     EXPECT_EQ(settings.output, 1024);
     EXPECT_FALSE(settings.substitute);
+    EXPECT_TRUE(settings.salvage);
+    EXPECT_TRUE(ReadingOptionsOf(settings).salvage);
+    EXPECT_EQ(ReadingOptionsOf(settings).salvageSeconds, 1.25) << "half of what there is";
     EXPECT_EQ(settings.script, Script::Korean);
     EXPECT_EQ(Said({{"zoom", "2"}}).Read().png.dpi, 144);
     EXPECT_EQ(Said({{"samples", "1"}}).Read().png.samples, 1);

@@ -60,6 +60,26 @@ TEST(Warnings, TellOfTextThatIsNotDrawn)
     EXPECT_EQ(ListWarnings(outcome, "help").at(0).substr(0, 26), "20 texts are not drawn, th");
 }
 
+TEST(Warnings, TellOfWhatIsSalvaged)
+{
+    Outcome outcome;
+    outcome.salvage.faults = 1;
+    outcome.salvage.first = {{7, 3, "\"S\" wants no operands, has 1"}};
+    EXPECT_EQ(ListWarnings(outcome, "help"),
+              (Lines{"1 fault is left out: line 7, column 3: \"S\" wants no operands, has 1"}));
+    outcome.salvage.faults = 12;
+    outcome.salvage.first = {{7, 3, "a"}, {8, 3, "b"}, {9, 3, "c"}};
+    outcome.salvage.isCut = true;
+    outcome.fault = {50, 0, "d"};
+    EXPECT_EQ(ListWarnings(outcome, "help"),
+              (Lines{"12 faults are left out: line 7, column 3: a; line 8, column 3: b; line 9, column 3: c; "
+                     "and so on; the drawing is cut off at line 50: d"}));
+    outcome.salvage = {0, {}, true};
+    outcome.fault = {};
+    outcome.bytesRead = 70;
+    EXPECT_EQ(ListWarnings(outcome, "help"), (Lines{"the drawing is cut off near byte 70"}));
+}
+
 TEST(Warnings, LeaveOutWhatEndedTheDocument)
 {
     Outcome outcome;

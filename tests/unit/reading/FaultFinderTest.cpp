@@ -110,12 +110,36 @@ TEST_F(FaultFinderTest, CountsLinesOfTheWholeFile)
     EXPECT_EQ(Told("From: a\n\n" + kHeader + "1 S\n"), "line 9, column 3: \"S\" wants no operands, has 1");
 }
 
+// The file ends behind the drawing, which leaves no room for the tokens of its last line.
+TEST_F(FaultFinderTest, FindsFaultsInABinaryWrapper)
+{
+    const std::string drawing = kHeader + "0 0 m\n[1](a)d";
+    std::string file = {"\xC5\xD0\xD3\xC6", 4};
+    for (const size_t number : {size_t{30}, drawing.size(), size_t{0}, size_t{0}, size_t{0}, size_t{0}}) {
+        for (int shift = 0; shift < 32; shift += 8)
+            file += static_cast<char>(number >> shift & 0xFF);
+    }
+    file += "\xFF\xFF" + drawing;
+    EXPECT_EQ(Told(file + "(\n1 S\n"),
+              "line 8, column 7: \"d\" wants 1 array and 1 number, but operand 2 is a string");
+}
+
 TEST_F(FaultFinderTest, TellsOfTooManyOperands)
 {
     std::string body;
     for (int i = 0; i < 60; ++i)
         body += "1 2 3 4 5 6 7 8 9 10\n";
     EXPECT_EQ(Told(kHeader + body + "m\n"), "line 57, column 1: more than 500 operands");
+}
+
+TEST_F(FaultFinderTest, TellsOfTooLongStrings)
+{
+    std::string body;
+    for (int i = 0; i < 20; ++i)
+        body += "(\\1" + std::string(470, 'x') + ")\n"; // an escape makes the interpreter keep it
+    // Each is of 471 bytes: 17 are 8007.
+    EXPECT_EQ(Told(kHeader + body + "x\n"),
+              "line 24, column 1: more strings before an operator than the interpreter keeps, 8192 bytes");
 }
 
 TEST_F(FaultFinderTest, TellsOfGradientsInTheSetupSection)
