@@ -99,9 +99,12 @@ template <typename Flat>
 void Describe(Flat &flat, Salvage &salvage)
 {
     flat.Add(salvage.faults);
-    uint32_t omitted = 0;
-    flat.AddList(salvage.first, {kSalvageSize, Salvage::kMostTold}, &omitted,
-                 [](auto &to, DocumentFault &fault) { Describe(to, fault); });
+    // Always as many as there may be; those that are not there are empty.
+    salvage.first.resize(Salvage::kMostTold);
+    for (DocumentFault &fault : salvage.first)
+        Describe(flat, fault);
+    while (!salvage.first.empty() && salvage.first.back() == DocumentFault())
+        salvage.first.pop_back();
     flat.Add(salvage.isCut);
 }
 
