@@ -52,6 +52,9 @@ class Drawing final : public StructureSink
     void EndGroup() override;
     void SetFillSpot(const SpotColour &spot) override { fillSpot_ = spot; }
     void SetStrokeSpot(const SpotColour &spot) override { strokeSpot_ = spot; }
+    void BeginText(TextKind kind) override { text_.object = {text_.object.number + 1, 0, kind}; }
+    void BeginTextPath() override { ++text_.object.path; }
+    void EndText() override { BeginText(TextKind::Point); }
 
     void Translate(double dx, double dy);
     void Concat(const Matrix &matrix);
@@ -128,9 +131,9 @@ class Drawing final : public StructureSink
         bool isSent = false;
     };
     std::vector<Opened> opened_;
-    size_t waiting_ = 0;            // of those, how many the device has not been told of
+    size_t waiting_ = 0;                             // of those, how many the device has not been told of
     uint64_t groupsTooDeep_ = 0, layersTooDeep_ = 0; // innermost ones that are not told
-    uint64_t groupsEndedEarly_ = 0; // by a layer: their own ends are still to come
+    uint64_t groupsEndedEarly_ = 0;                  // by a layer: their own ends are still to come
     SpotColour fillSpot_, strokeSpot_;
     Paint spotPaint_;
 };

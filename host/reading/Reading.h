@@ -61,6 +61,7 @@ struct ReadingOptions {
     std::function<void(int64_t read, int64_t total)> onProgress; // null: none
     StreamCompanion *companion = nullptr;                        // goes along with each pass that draws
     bool readsStructure = true; // false: layers, groups and spot inks are painted like all else
+    bool readsTexts = false;    // where texts begin and end is told too, which takes longer
 };
 
 class Reading
