@@ -339,11 +339,19 @@ typedef struct vx_path {
     size_t point_count;
 } vx_path;
 
+/* An ink of its own, mixed before it comes to the press. The same ink has the same pointer, valid until the drawing ends. */
+typedef struct vx_spot {
+    const char *name;
+    double alternate[4]; /* the CMYK that stands in for all of it */
+} vx_spot;
+
 /* A colour as the document says it. Gray: ink[0] from 0, black, to 1. CMYK: four amounts from 0 to 1. */
 enum { VX_GRAY = 0, VX_CMYK = 1 };
 typedef struct vx_colour {
     int32_t space;
     double ink[4];
+    const vx_spot *spot; /* null: none; else the four amounts stand in for it */
+    double spot_amount;  /* of it, from 0 to 1 */
 } vx_colour;
 
 typedef struct vx_paint {
@@ -423,6 +431,15 @@ typedef struct vx_text_paint {
     vx_stroke stroke; /* in the page's space, not the glyphs' */
 } vx_text_paint;
 
+/* A layer of the drawing. It is valid until the drawing ends. */
+typedef struct vx_layer {
+    const char *name;
+    int32_t is_visible, is_previewed, is_enabled; /* not enabled: locked */
+    int32_t is_printing; /* what is painted follows this, but for the option "layers" */
+    int32_t is_dimmed;
+    double rgb[3]; /* the colour of its outlines in an editor, from 0 to 1 */
+} vx_layer;
+
 /*
  * A program's own procedures. All that they are given is valid during the call only, but for fonts. The non-zero winding
  * rule says what is inside a path. A procedure that is null is not called; without shade a program gets shadings as flat shapes,
@@ -442,6 +459,11 @@ typedef struct vx_device {
     int (*shade)(void *context, const vx_shading *shading);
     int (*text)(void *context, const vx_run *runs, size_t count, const vx_text_paint *paint);
     int (*end)(void *context);
+    /* Layers nest, groups nest within a layer; either may cross save and restore. All are balanced when end comes. */
+    int (*begin_layer)(void *context, const vx_layer *layer);
+    int (*end_layer)(void *context);
+    int (*begin_group)(void *context);
+    int (*end_group)(void *context);
 } vx_device;
 vx_status vx_document_draw(vx_document *document, const vx_device *device, vx_error *error);
 

@@ -23,11 +23,19 @@ void GraphicsState::Restore()
 GraphicsState::Ink GraphicsState::InkOf(const Paint &paint)
 {
     const Colour &colour = paint.colour;
+    if (colour.spot != nullptr && CanBeSpot(*colour.spot))
+        return {Space::Spot, {colour.amount, 0, 0, 0}, colour.spot};
     if (colour.space == ColourSpace::Cmyk)
         return {Space::Cmyk, {colour.ink[0], colour.ink[1], colour.ink[2], colour.ink[3]}};
     if (paint.overprint)
         return {Space::BlackInk, {1 - colour.ink[0], 0, 0, 0}};
     return {Space::Gray, {colour.ink[0], 0, 0, 0}};
+}
+
+void GraphicsState::WriteTint(std::string_view space, double amount, bool isStroke)
+{
+    content_->Name(space).Operator(isStroke ? "CS" : "cs");
+    content_->Number(amount).Operator(isStroke ? "SCN" : "scn");
 }
 
 void GraphicsState::WriteInk(const Ink &ink, bool isStroke)
@@ -43,8 +51,10 @@ void GraphicsState::WriteInk(const Ink &ink, bool isStroke)
         break;
     case Space::BlackInk:
         usesBlackInk_ = true;
-        content_->Name(kBlackInk).Operator(isStroke ? "CS" : "cs");
-        content_->Number(ink.parts[0]).Operator(isStroke ? "SCN" : "scn");
+        WriteTint(kBlackInk, ink.parts[0], isStroke);
+        break;
+    case Space::Spot:
+        WriteTint(spots_.NameOf(*ink.spot), ink.parts[0], isStroke);
         break;
     }
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "devices/pdf/ContentStream.h"
+#include "devices/pdf/SpotSpaces.h"
 #include "devices/vector/Frame.h"
 #include "host/drawing/Paint.h"
 
@@ -41,12 +42,14 @@ class GraphicsState
 
     bool UsesOverprint() const { return usesOverprint_; }
     bool UsesBlackInk() const { return usesBlackInk_; }
+    const SpotSpaces &Spots() const { return spots_; }
 
   private:
-    enum class Space : uint8_t { Gray, Cmyk, BlackInk };
+    enum class Space : uint8_t { Gray, Cmyk, BlackInk, Spot };
     struct Ink {
         Space space = Space::Gray;
         double parts[4] = {0, 0, 0, 0};
+        const SpotInk *spot = nullptr;
         friend bool operator==(const Ink &, const Ink &) = default;
     };
     struct Line {
@@ -65,6 +68,7 @@ class GraphicsState
     };
 
     static Ink InkOf(const Paint &paint);
+    void WriteTint(std::string_view space, double amount, bool isStroke);
     void WriteInk(const Ink &ink, bool isStroke);
     void SetDash(const StrokeStyle &style, double scale);
 
@@ -73,6 +77,7 @@ class GraphicsState
     std::vector<State> saved_;
     std::vector<double> dashes_; // scratch
     bool usesOverprint_ = false, usesBlackInk_ = false;
+    SpotSpaces spots_;
 };
 
 } // namespace vxhost::pdf

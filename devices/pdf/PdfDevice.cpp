@@ -7,6 +7,7 @@
 #include "devices/pdf/GraphicsState.h"
 #include "devices/pdf/InkSpaces.h"
 #include "devices/pdf/Metadata.h"
+#include "devices/pdf/OptionalContent.h"
 #include "devices/pdf/OutputIntent.h"
 #include "devices/pdf/PdfFile.h"
 #include "devices/pdf/PieceSpool.h"
@@ -63,6 +64,7 @@ struct PageProgram {
     GraphicsState state;
     TextWriter text;
     Shadings shadings;
+    OptionalContent layers;
     std::map<const TextFont *, std::unique_ptr<EmbeddedFont>> fonts; // null: one that cannot be embedded
     std::vector<EmbeddedFont *> fontsInOrder;                        // of first use
 };
@@ -193,6 +195,23 @@ class PdfDevice final : public Device
             ShowRuns(runs, TextMode(false, false, true), {});
     }
 
+    // The standards of PDF/X forbid layers; what is on them is painted all the same.
+    void BeginLayer(const Layer &layer) override
+    {
+        if (options_.standard != PdfX::None)
+            return;
+        program_->text.End();
+        program_->content.Name("OC").Name(program_->layers.Begin(layer)).Operator("BDC");
+    }
+    void EndLayer() override
+    {
+        if (options_.standard != PdfX::None)
+            return;
+        program_->text.End();
+        program_->content.Operator("EMC");
+        program_->layers.End();
+    }
+
     Failure EndPage() override
     {
         if (Failure why = WhyNoPdf(options_, page_))
@@ -268,6 +287,11 @@ class PdfDevice final : public Device
         if (Failure failure = AddFonts(&file, &resources))
             return failure;
         AddInks(&file, &resources);
+        if (!program_->layers.IsEmpty()) {
+            QPDFObjectHandle layers = QPDFObjectHandle::newDictionary();
+            program_->layers.AddTo(&file, &layers);
+            AddResource("/Properties", layers, &resources);
+        }
         const Box &box = page_.box;
         const QPDFObjectHandle size = QPDFObjectHandle::newArray(
             {MakeNumber(box.left), MakeNumber(box.bottom), MakeNumber(box.right), MakeNumber(box.top)});
@@ -303,6 +327,7 @@ class PdfDevice final : public Device
         QPDFObjectHandle spaces = QPDFObjectHandle::newDictionary();
         if (program_->state.UsesBlackInk())
             spaces.replaceKey(KeyOf(kBlackInk), BlackInkSpace());
+        program_->state.Spots().AddTo(file, &spaces);
         AddResource("/ColorSpace", spaces, resources);
         QPDFObjectHandle states = QPDFObjectHandle::newDictionary();
         if (program_->state.UsesOverprint()) {

@@ -122,7 +122,7 @@ Failure PdfFile::Write(const ByteSink &sink)
     SinkPipeline output(sink);
     QPDFWriter writer(file_);
     writer.setOutputPipeline(&output);
-    writer.setMinimumPDFVersion("1.4");
+    writer.setMinimumPDFVersion(version_);
     writer.setObjectStreamMode(qpdf_o_disable);
     writer.setCompressStreams(false); // streams are compressed already where they should be
     writer.setDecodeLevel(qpdf_dl_none);

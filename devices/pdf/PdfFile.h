@@ -34,12 +34,16 @@ class PdfFile
     QPDFObjectHandle Catalog() { return file_.getRoot(); }
     QPDFObjectHandle Trailer() { return file_.getTrailer(); }
 
+    // What reads the file must know that version of PDF at least.
+    void NeedVersion(const char *version) { version_ = version; }
+
     // Returns why the bytes could not be written, if they could not.
     Failure Write(const ByteSink &sink);
 
   private:
     QPDF file_;
     Deflater *deflater_;
+    std::string version_ = "1.4";
 };
 
 std::string KeyOf(std::string_view name);         // "/name"

@@ -39,15 +39,16 @@ void WriteLayer(const Layer &layer, XmlWriter *xml)
 
 } // namespace
 
-void Nesting::Open(Entry *entry)
+void Nesting::Open(size_t index)
 {
-    entry->isOpen = true;
-    if (entry->kind == Kind::Layer)
-        return WriteLayer(entry->layer, xml_);
-    if (entry->kind == Kind::Group)
+    Entry &entry = entries_[index];
+    entry.isOpen = true;
+    if (entry.kind == Kind::Layer)
+        return WriteLayer(*layers_[index], xml_);
+    if (entry.kind == Kind::Group)
         return xml_->Markup(kGroup);
     xml_->Markup("<g clip-path=\"url(#c");
-    xml_->Number(static_cast<double>(entry->clip));
+    xml_->Number(static_cast<double>(entry.value));
     xml_->Markup(")\">\n");
 }
 
@@ -79,7 +80,7 @@ void Nesting::RemoveFrom(size_t index)
 void Nesting::ReleaseText()
 {
     const bool isHeld = std::ranges::any_of(entries_, [](const Entry &entry) {
-        return entry.kind == Kind::Group && !entry.isOpen && entry.mark != 0;
+        return entry.kind == Kind::Group && !entry.isOpen && entry.value != 0;
     });
     if (!isHeld)
         xml_->Release();
@@ -89,8 +90,8 @@ void Nesting::ReleaseText()
 void Nesting::MarkGroups()
 {
     for (Entry &entry : entries_) {
-        if (entry.kind == Kind::Group && !entry.isOpen && entry.mark == 0)
-            entry.mark = xml_->Hold();
+        if (entry.kind == Kind::Group && !entry.isOpen && entry.value == 0)
+            entry.value = xml_->Hold();
     }
 }
 
@@ -101,10 +102,10 @@ void Nesting::WriteGroups()
     for (Entry &entry : entries_) {
         if (entry.kind != Kind::Group || entry.isOpen)
             continue;
-        entry.mark += written;
+        entry.value += written;
         if (entry.elements < 2)
             continue;
-        xml_->Insert(entry.mark, kGroup);
+        xml_->Insert(entry.value, kGroup);
         written += kGroup.size();
         entry.isOpen = true;
     }
@@ -117,7 +118,7 @@ void Nesting::OpenEntries()
     for (size_t i = 0; hasClosed_ && i < entries_.size(); ++i) {
         const bool isReplaced = i + 1 < entries_.size() && entries_[i + 1].replaces;
         if (entries_[i].kind != Kind::Group && !entries_[i].isOpen && !isReplaced)
-            Open(&entries_[i]);
+            Open(i);
     }
     hasClosed_ = isWaiting_ = false;
     bool isComplete = false;
@@ -145,13 +146,13 @@ void Nesting::IntersectWith(const std::function<void()> &writeData)
         return;
     MarkGroups();
     Entry entry;
-    entry.clip = ++lastClip_;
+    entry.value = ++lastClip_;
     entry.replaces = entries_.size() >= kMaxDepth && !entries_.empty() && entries_.back().kind == Kind::Clip;
     xml_->Markup("<clipPath id=\"c");
-    xml_->Number(static_cast<double>(entry.clip));
+    xml_->Number(static_cast<double>(entry.value));
     if (entry.replaces) {
         xml_->Markup("\" clip-path=\"url(#c");
-        xml_->Number(static_cast<double>(entries_.back().clip));
+        xml_->Number(static_cast<double>(entries_.back().value));
         xml_->Markup(")");
     }
     xml_->Markup("\"><path d=\"");
@@ -159,9 +160,9 @@ void Nesting::IntersectWith(const std::function<void()> &writeData)
     xml_->Markup("\"/></clipPath>\n");
     if (entry.replaces && std::exchange(entries_.back().isOpen, false))
         xml_->Markup("</g>\n");
-    entries_.push_back(std::move(entry));
+    entries_.push_back(entry);
     if (!hasClosed_)
-        Open(&entries_.back());
+        Open(entries_.size() - 1);
 }
 
 void Nesting::Restore()
@@ -190,26 +191,23 @@ void Nesting::ShiftLevels(size_t index, int by)
 
 void Nesting::BeginLayer(const Layer &layer)
 {
-    size_t index = 0;
-    while (index < entries_.size() && entries_[index].kind == Kind::Layer)
-        ++index;
+    const size_t index = layers_.size();
     CloseDownTo(index);
     Entry entry;
     entry.kind = Kind::Layer;
-    entry.layer = layer;
-    Open(&entry);
-    entries_.insert(entries_.begin() + static_cast<ptrdiff_t>(index), std::move(entry));
+    entries_.insert(entries_.begin() + static_cast<ptrdiff_t>(index), entry);
+    layers_.push_back(&layer);
+    Open(index);
     ShiftLevels(index, 1);
 }
 
 void Nesting::EndLayer()
 {
-    if (entries_.empty() || entries_[0].kind != Kind::Layer)
+    if (layers_.empty())
         return;
-    size_t index = 0;
-    while (index + 1 < entries_.size() && entries_[index + 1].kind == Kind::Layer)
-        ++index;
+    const size_t index = layers_.size() - 1;
     CloseDownTo(index);
+    layers_.pop_back();
     entries_.erase(entries_.begin() + static_cast<ptrdiff_t>(index));
     ShiftLevels(index, -1);
 }
@@ -221,7 +219,7 @@ void Nesting::BeginGroup()
         return;
     Entry entry;
     entry.kind = Kind::Group;
-    entries_.push_back(std::move(entry));
+    entries_.push_back(entry);
     isWaiting_ = true;
 }
 
@@ -247,6 +245,7 @@ void Nesting::EndGroup()
 void Nesting::End()
 {
     levels_.clear();
+    layers_.clear();
     CloseDownTo(0);
     entries_.clear();
     groups_.clear();

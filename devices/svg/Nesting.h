@@ -49,14 +49,14 @@ class Nesting
 
   private:
     enum class Kind : uint8_t { Layer, Clip, Group };
+    // A document may have millions of clips in one another.
     struct Entry {
+        uint64_t value =
+            0; // Clip: its number; Group: where it begins if it is written, 0 as long as that is open
+        uint32_t elements = 0; // Group: those in it
         Kind kind = Kind::Clip;
         bool isOpen = false;   // its element is
         bool replaces = false; // Clip: its group takes the place of that of the clip around it
-        uint64_t clip = 0;
-        Layer layer = {};
-        size_t elements = 0; // Group: in it
-        size_t mark = 0;     // Group: where it will begin, if it is written
     };
     struct Level {
         size_t entries = 0; // how many there are; layers come and go beneath them
@@ -64,7 +64,7 @@ class Nesting
     };
 
     void OpenEntries();
-    void Open(Entry *entry);
+    void Open(size_t index);
     void CloseDownTo(size_t count);
     void RemoveFrom(size_t index);
     void MarkGroups();
@@ -74,7 +74,8 @@ class Nesting
 
     Matrix toPicture_;
     XmlWriter *xml_;
-    std::vector<Entry> entries_; // the outermost first: layers, then clips and groups
+    std::vector<Entry> entries_;        // the outermost first: layers, then clips and groups
+    std::vector<const Layer *> layers_; // of the first entries
     std::vector<Level> levels_;
     std::vector<bool> groups_; // those that have not ended: whether a clip's end has ended them
     bool isEmpty_ = false;

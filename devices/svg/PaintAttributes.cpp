@@ -30,6 +30,11 @@ void WriteInks(const Colour &colour, std::string_view prefix, XmlWriter *xml)
         xml->Number(colour.ink[i]);
     }
     xml->Markup("\"");
+    if (colour.spot == nullptr)
+        return;
+    std::string name(prefix.substr(1));
+    xml->Attribute(name + "ink", colour.spot->name);
+    xml->Attribute(name + "tint", 1 - colour.amount);
 }
 
 } // namespace

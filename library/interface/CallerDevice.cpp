@@ -43,17 +43,6 @@ vx_matrix Shared(const Matrix &matrix)
     return {matrix.a, matrix.b, matrix.c, matrix.d, matrix.tx, matrix.ty};
 }
 
-vx_colour Shared(const Colour &colour)
-{
-    return {colour.space == ColourSpace::Gray ? VX_GRAY : VX_CMYK,
-            {colour.ink[0], colour.ink[1], colour.ink[2], colour.ink[3]}};
-}
-
-vx_paint Shared(const Paint &paint)
-{
-    return {Shared(paint.colour), paint.overprint ? 1 : 0};
-}
-
 // The numbers are the same in both forms. The dashes that are returned are those of the style, which has to stay.
 static_assert(static_cast<int>(LineCap::Round) == VX_CAP_ROUND &&
               static_cast<int>(LineCap::Square) == VX_CAP_SQUARE &&
@@ -94,6 +83,26 @@ CallerDevice::CallerDevice(const vx_device &device) : device_(device) {}
 
 CallerDevice::~CallerDevice() = default;
 
+vx_colour CallerDevice::ColourFor(const Colour &colour)
+{
+    vx_colour shared = {colour.space == ColourSpace::Gray ? VX_GRAY : VX_CMYK,
+                        {colour.ink[0], colour.ink[1], colour.ink[2], colour.ink[3]},
+                        nullptr,
+                        0};
+    if (const SpotInk *ink = colour.spot; ink != nullptr) {
+        const vx_spot spot = {ink->name.c_str(),
+                              {ink->alternate[0], ink->alternate[1], ink->alternate[2], ink->alternate[3]}};
+        shared.spot = &spots_.emplace(ink, spot).first->second;
+        shared.spot_amount = colour.amount;
+    }
+    return shared;
+}
+
+vx_paint CallerDevice::PaintFor(const Paint &paint)
+{
+    return {ColourFor(paint.colour), paint.overprint ? 1 : 0};
+}
+
 void CallerDevice::BeginPage(const Page &page)
 {
     Run(device_.begin, device_.context, page.box.left, page.box.bottom, page.box.right, page.box.top);
@@ -120,7 +129,7 @@ void CallerDevice::FillPath(const Path &path, const Paint &paint)
 {
     const SharedPath kept(path);
     const vx_path shared = kept.Get();
-    const vx_paint sharedPaint = Shared(paint);
+    const vx_paint sharedPaint = PaintFor(paint);
     Run(device_.fill, device_.context, &shared, &sharedPaint);
 }
 
@@ -129,7 +138,7 @@ void CallerDevice::StrokePath(const Path &path, const StrokeStyle &style, const 
     const SharedPath kept(path);
     const vx_path shared = kept.Get();
     const vx_stroke stroke = Shared(style);
-    const vx_paint sharedPaint = Shared(paint);
+    const vx_paint sharedPaint = PaintFor(paint);
     Run(device_.stroke, device_.context, &shared, &stroke, &sharedPaint);
 }
 
@@ -144,7 +153,7 @@ void CallerDevice::Shade(const Shading &shading)
     for (const ColourSpan &span : shading.spans) {
         auto &kept = colours.emplace_back();
         for (const Colour &colour : span.colours)
-            kept.push_back(Shared(colour));
+            kept.push_back(ColourFor(colour));
         spans.push_back({span.from, span.to, kept.data(), kept.size()});
     }
     const SharedPath ground(shading.ground);
@@ -190,8 +199,35 @@ void CallerDevice::ShowText(std::span<const GlyphRun> runs, const TextPaint &pai
             {FontFor(*run.font), Shared(run.matrix), run.isColumn ? 1 : 0, kept.data(), kept.size()});
     }
     const vx_text_paint how = {paint.fills ? 1 : 0, paint.strokes ? 1 : 0, paint.clips ? 1 : 0,
-                               Shared(paint.paint), Shared(paint.style)};
+                               PaintFor(paint.paint), Shared(paint.style)};
     Run(device_.text, device_.context, shared.data(), shared.size(), &how);
+}
+
+void CallerDevice::BeginLayer(const Layer &layer)
+{
+    const vx_layer shared = {layer.name.c_str(),
+                             layer.isVisible ? 1 : 0,
+                             layer.isPreviewed ? 1 : 0,
+                             layer.isEnabled ? 1 : 0,
+                             layer.isPrinting ? 1 : 0,
+                             layer.isDimmed ? 1 : 0,
+                             {layer.rgb[0] / 255.0, layer.rgb[1] / 255.0, layer.rgb[2] / 255.0}};
+    Run(device_.begin_layer, device_.context, &shared);
+}
+
+void CallerDevice::EndLayer()
+{
+    Run(device_.end_layer, device_.context);
+}
+
+void CallerDevice::BeginGroup()
+{
+    Run(device_.begin_group, device_.context);
+}
+
+void CallerDevice::EndGroup()
+{
+    Run(device_.end_group, device_.context);
 }
 
 Failure CallerDevice::EndPage()

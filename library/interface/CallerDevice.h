@@ -30,13 +30,20 @@ class CallerDevice final : public Device
     void Shade(const Shading &shading) override;
     bool CanShow(const TextFont &) override { return device_.text != nullptr; }
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override;
+    void BeginLayer(const Layer &layer) override;
+    void EndLayer() override;
+    void BeginGroup() override;
+    void EndGroup() override;
     Failure EndPage() override;
 
   private:
     const vx_font *FontFor(const TextFont &font);
+    vx_colour ColourFor(const Colour &colour);
+    vx_paint PaintFor(const Paint &paint);
 
     vx_device device_;
     std::map<const TextFont *, std::unique_ptr<vx_font_source>> fonts_;
+    std::map<const SpotInk *, vx_spot> spots_;
 };
 
 } // namespace vxhost

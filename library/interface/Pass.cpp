@@ -34,6 +34,10 @@ class WatchedDevice final : public Device
     {
         Checked().ShowText(runs, paint);
     }
+    void BeginLayer(const Layer &layer) override { device_->BeginLayer(layer); }
+    void EndLayer() override { device_->EndLayer(); }
+    void BeginGroup() override { device_->BeginGroup(); }
+    void EndGroup() override { device_->EndGroup(); }
     Failure EndPage() override { return device_->EndPage(); }
 
   private:

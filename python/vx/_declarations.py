@@ -172,10 +172,17 @@ typedef struct vx_path {
     size_t point_count;
 } vx_path;
 
+typedef struct vx_spot {
+    const char *name;
+    double alternate[4];
+} vx_spot;
+
 enum { VX_GRAY = 0, VX_CMYK = 1 };
 typedef struct vx_colour {
     int32_t space;
     double ink[4];
+    const vx_spot *spot;
+    double spot_amount;
 } vx_colour;
 
 typedef struct vx_paint {
@@ -243,6 +250,14 @@ typedef struct vx_text_paint {
     vx_stroke stroke;
 } vx_text_paint;
 
+typedef struct vx_layer {
+    const char *name;
+    int32_t is_visible, is_previewed, is_enabled;
+    int32_t is_printing;
+    int32_t is_dimmed;
+    double rgb[3];
+} vx_layer;
+
 typedef struct vx_device {
     size_t size;
     void *context;
@@ -255,6 +270,10 @@ typedef struct vx_device {
     int (*shade)(void *context, const vx_shading *shading);
     int (*text)(void *context, const vx_run *runs, size_t count, const vx_text_paint *paint);
     int (*end)(void *context);
+    int (*begin_layer)(void *context, const vx_layer *layer);
+    int (*end_layer)(void *context);
+    int (*begin_group)(void *context);
+    int (*end_group)(void *context);
 } vx_device;
 vx_status vx_document_draw(vx_document *document, const vx_device *device, vx_error *error);
 

@@ -1,0 +1,39 @@
+// Layers as optional content: what a viewer can show and hide, with names, order, and the print and locked state.
+#pragma once
+
+#include "devices/pdf/PdfFile.h"
+#include "host/drawing/Layer.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace vxhost::pdf
+{
+
+class OptionalContent
+{
+  public:
+    // Begins a layer within those that are open, and returns the name of the resource by which the page refers to it. The
+    // layer must outlive this object.
+    std::string Begin(const Layer &layer);
+    void End() { open_.pop_back(); }
+
+    bool IsEmpty() const { return layers_.empty(); }
+    void AddTo(PdfFile *file, QPDFObjectHandle *resources) const;
+
+  private:
+    struct Content {
+        const Layer *layer;
+        std::vector<size_t> children; // by number
+    };
+
+    QPDFObjectHandle OrderOf(const std::vector<size_t> &layers,
+                             const std::vector<QPDFObjectHandle> &groups) const;
+
+    std::vector<Content> layers_; // by number
+    std::vector<size_t> outermost_;
+    std::vector<size_t> open_;
+};
+
+} // namespace vxhost::pdf
