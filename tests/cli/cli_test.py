@@ -687,7 +687,7 @@ def text_document(*fonts):
 class Words(CommandTest):
     # Lines from the bottom up, in a layer, in fonts that are on no machine.
     BODY = ("1 1 1 1 0 0 0 0 0 0 Lb\n(Signs) Ln\n0 0.5 1 0 (Rust) 0.5 x\n0 To\n1 0 0 1 5 20 0 Tp\nTP\n0 Tr\n/_Nowhere 12 Tf\n"
-            "(harbour) Tx\n0 15 Td\n(Caf\\216 at the) Tx\nTO\nLB\n0 g\n2 To\n1 0 0 1 40 20 0 Tp\nTP\n/_Elsewhere 6 Tf\n(quay) Tx\nTO\n")
+            "(harbour) Tx\n0 15 Td\n(Caf\\216 at the) Tx\nTO\nLB\n0 g\n2 To\n1 0 0 1 40 20 0 Tp\nTP\n0 Tr\n/_Elsewhere 6 Tf\n(quay) Tx\nTO\n")
 
     def test_lines_with_a_blank_one_between_texts(self):
         self.write("a.vx", document(self.BODY))
@@ -720,7 +720,7 @@ class Words(CommandTest):
         self.assertIn("bad.vx: malformed", messages[0])
 
     def test_what_means_no_character_is_told(self):
-        japanese = "0 g\n0 To\n1 0 0 1 5 20 0 Tp\nTP\n0 Tr\n/_Ryumin-Light-83pv-RKSJ-H 12 Tf\n(A\\371\\374B) Tx\nTO\n"
+        japanese = "0 g\n0 To\n1 0 0 1 5 20 0 Tp\nTP\n0 Tr\n/_Ryumin-Light-83pv-RKSJ-H 12 Tf\n(A\\205\\100B) Tx\nTO\n"
         self.write("a.vx", document(japanese))
         output, messages = self.run_vx("text", "a.vx", "--strict", status=3)
         self.assertEqual(output.decode(), "A\ufffdB\n")

@@ -17,7 +17,7 @@ const TextFont kOther = {"Other", "", nullptr, 0};
 const Matrix kSize10 = {10, 0, 0, 10, 0, 0};
 
 // Each character is half an em wide, and spacing points are between two.
-GlyphRun Run(std::u32string_view text, Point at, const Matrix &matrix = kSize10, double spacing = 0)
+GlyphRun RunOf(std::u32string_view text, Point at, const Matrix &matrix = kSize10, double spacing = 0)
 {
     GlyphRun run;
     run.font = &kFont;
@@ -73,11 +73,11 @@ class WordsDeviceTest : public testing::Test
 TEST_F(WordsDeviceTest, LinesComeFromTopToBottom)
 {
     Begin();
-    Show(Run(U"third", {0, 76}));
-    Show(Run(U"first", {0, 100}));
-    Show(Run(U"second", {60, 88}));
+    Show(RunOf(U"third", {0, 76}));
+    Show(RunOf(U"first", {0, 100}));
+    Show(RunOf(U"second", {60, 88}));
     Begin();
-    Show(Run(U"next", {0, 200}));
+    Show(RunOf(U"next", {0, 200}));
     EXPECT_EQ(Words(), "first|second|third||next");
 }
 
@@ -85,8 +85,8 @@ TEST_F(WordsDeviceTest, TurnedLinesComeInTheirOwnOrder)
 {
     const Matrix up = {0, 10, -10, 0, 0, 0}; // a quarter turn to the left: the next line is on the right
     Begin();
-    Show(Run(U"second", {62, 0}, up));
-    Show(Run(U"first", {50, 0}, up));
+    Show(RunOf(U"second", {62, 0}, up));
+    Show(RunOf(U"first", {50, 0}, up));
     EXPECT_EQ(Words(), "first|second");
 }
 
@@ -116,11 +116,11 @@ TEST_F(WordsDeviceTest, AreasKeepTheirLinesTogether)
 {
     Begin(TextKind::Area);
     BeginPath();
-    Show(Run(U"a", {0, 100}));
-    Show(Run(U"b", {0, 88}));
+    Show(RunOf(U"a", {0, 100}));
+    Show(RunOf(U"b", {0, 88}));
     BeginPath();
-    Show(Run(U"d", {80, 88}));
-    Show(Run(U"c", {80, 100}));
+    Show(RunOf(U"d", {80, 88}));
+    Show(RunOf(U"c", {80, 100}));
     EXPECT_EQ(Words(), "a|b|c|d");
     EXPECT_EQ(texts_.at(0).kind, TextKind::Area);
 }
@@ -129,36 +129,36 @@ TEST_F(WordsDeviceTest, TextOnAPathIsOneLine)
 {
     Begin(TextKind::Path);
     BeginPath();
-    Show(Run(U"a", {0, 0}));
-    Show(Run(U"b", {5, 0}, {0, 10, -10, 0, 0, 0}));
-    Show(Run(U"c", {5, 9}, {-10, 0, 0, -10, 0, 0})); // as wide as a blank from the end of the last
+    Show(RunOf(U"a", {0, 0}));
+    Show(RunOf(U"b", {5, 0}, {0, 10, -10, 0, 0, 0}));
+    Show(RunOf(U"c", {5, 9}, {-10, 0, 0, -10, 0, 0})); // as wide as a blank from the end of the last
     EXPECT_EQ(Words(), "ab c");
 }
 
 TEST_F(WordsDeviceTest, GapsAreBlanksWhereTheDrawingHasNone)
 {
     Begin();
-    Show(Run(U"two", {0, 0}));
-    Show(Run(U"words", {18, 0})); // three points behind the end
+    Show(RunOf(U"two", {0, 0}));
+    Show(RunOf(U"words", {18, 0})); // three points behind the end
     Begin();
-    Show(Run(U"one", {0, 0}));
-    Show(Run(U"word", {17, 0}));
+    Show(RunOf(U"one", {0, 0}));
+    Show(RunOf(U"word", {17, 0}));
     Begin();
-    Show(Run(U"one ", {0, 0}));
-    Show(Run(U"blank", {30, 0}));
+    Show(RunOf(U"one ", {0, 0}));
+    Show(RunOf(U"blank", {30, 0}));
     Begin();
-    Show(Run(U"wide", {0, 0}, kSize10, 6)); // the spacing goes on behind it
-    Show(Run(U"ly", {44, 0}, kSize10, 6));
+    Show(RunOf(U"wide", {0, 0}, kSize10, 6)); // the spacing goes on behind it
+    Show(RunOf(U"ly", {44, 0}, kSize10, 6));
     EXPECT_EQ(Words(), "two words||oneword||one blank||widely");
 }
 
 TEST_F(WordsDeviceTest, RaisedFiguresStayInTheirLine)
 {
     Begin();
-    Show(Run(U"mc", {0, 0}));
-    Show(Run(U"2", {10, 4}, {6, 0, 0, 6, 0, 0}));
-    Show(Run(U"H", {13, 0}));
-    Show(Run(U"next", {0, -7}));
+    Show(RunOf(U"mc", {0, 0}));
+    Show(RunOf(U"2", {10, 4}, {6, 0, 0, 6, 0, 0}));
+    Show(RunOf(U"H", {13, 0}));
+    Show(RunOf(U"next", {0, -7}));
     EXPECT_EQ(Words(), "mc2H|next");
     ASSERT_EQ(texts_.at(0).lines.at(0).size(), 3U);
     EXPECT_EQ(texts_[0].lines[0][1].text, "2");
@@ -168,11 +168,11 @@ TEST_F(WordsDeviceTest, RaisedFiguresStayInTheirLine)
 TEST_F(WordsDeviceTest, RunsDifferInFontOrColour)
 {
     Begin();
-    Show(Run(U"ab", {0, 0}));
-    Show(Run(U"cd", {10, 0}));
+    Show(RunOf(U"ab", {0, 0}));
+    Show(RunOf(U"cd", {10, 0}));
     paint_.paint.colour.ink[0] = 0.5;
-    Show(Run(U"ef", {20, 0}));
-    GlyphRun other = Run(U"gh", {30, 0});
+    Show(RunOf(U"ef", {20, 0}));
+    GlyphRun other = RunOf(U"gh", {30, 0});
     other.font = &kOther;
     Show(other);
     EXPECT_EQ(Words(), "abcdefgh");
@@ -186,8 +186,8 @@ TEST_F(WordsDeviceTest, RunsDifferInFontOrColour)
 TEST_F(WordsDeviceTest, WhatClipsAfterItIsPaintedIsNotSaidTwice)
 {
     Begin();
-    Show(Run(U"once", {0, 0}));
-    GlyphRun again = Run(U"once", {0, 0});
+    Show(RunOf(U"once", {0, 0}));
+    GlyphRun again = RunOf(U"once", {0, 0});
     again.isRepeated = true;
     Show(again);
     EXPECT_EQ(Words(), "once");
@@ -198,13 +198,13 @@ TEST_F(WordsDeviceTest, LayersEndTexts)
     Layer outer, inner;
     outer.name = "outer";
     inner.name = "inner";
-    Show(Run(U"none", {0, 0}));
+    Show(RunOf(U"none", {0, 0}));
     device_.BeginLayer(outer);
-    Show(Run(U"one", {0, 0}));
+    Show(RunOf(U"one", {0, 0}));
     device_.BeginLayer(inner);
-    Show(Run(U"two", {0, 0}));
+    Show(RunOf(U"two", {0, 0}));
     device_.EndLayer();
-    Show(Run(U"three", {0, 0}));
+    Show(RunOf(U"three", {0, 0}));
     device_.EndLayer();
     EXPECT_EQ(Words(), "none||one||two||three");
     EXPECT_EQ(texts_.at(0).layer, nullptr);
@@ -216,8 +216,8 @@ TEST_F(WordsDeviceTest, LayersEndTexts)
 TEST_F(WordsDeviceTest, TheBoxIsAroundTheCharacters)
 {
     Begin();
-    Show(Run(U"ab  ", {20, 50}));
-    Show(Run(U"c", {20, 38}));
+    Show(RunOf(U"ab  ", {20, 50}));
+    Show(RunOf(U"c", {20, 38}));
     (void)Words();
     const Box box = texts_.at(0).box;
     EXPECT_DOUBLE_EQ(box.left, 20);
@@ -229,9 +229,9 @@ TEST_F(WordsDeviceTest, TheBoxIsAroundTheCharacters)
 TEST_F(WordsDeviceTest, CountsWhatMeansNoCharacter)
 {
     Begin();
-    Show(Run(U"a\uFFFD\uFFFD", {0, 0}));
+    Show(RunOf(U"a\uFFFD\uFFFD", {0, 0}));
     Begin();
-    Show(Run(U"\uFFFD", {0, 0}));
+    Show(RunOf(U"\uFFFD", {0, 0}));
     EXPECT_EQ(Words(), "a\uFFFD\uFFFD||\uFFFD");
     EXPECT_EQ(texts_.at(0).unknownCharacters, 2U);
     EXPECT_EQ(device_.UnknownCharacters(), 3U);
@@ -240,11 +240,11 @@ TEST_F(WordsDeviceTest, CountsWhatMeansNoCharacter)
 TEST_F(WordsDeviceTest, BlanksAloneAreNoText)
 {
     Begin();
-    Show(Run(U"  ", {0, 0}));
+    Show(RunOf(U"  ", {0, 0}));
     Begin();
-    Show(Run(U"a", {0, 100}));
-    Show(Run(U" \u3000", {0, 88}));
-    Show(Run(U"b", {0, 76}));
+    Show(RunOf(U"a", {0, 100}));
+    Show(RunOf(U" \u3000", {0, 88}));
+    Show(RunOf(U"b", {0, 76}));
     EXPECT_EQ(Words(), "a|b");
 }
 
@@ -252,8 +252,8 @@ TEST_F(WordsDeviceTest, BlanksAloneAreNoText)
 TEST_F(WordsDeviceTest, TextWithoutAnExtentIsSaidAllTheSame)
 {
     Begin();
-    Show(Run(U"a", {0, 0}, {0, 0, 0, 0, 0, 0}));
-    Show(Run(U"b", {0, 0}, {0, 0, 0, 0, 0, 0}));
+    Show(RunOf(U"a", {0, 0}, {0, 0, 0, 0, 0, 0}));
+    Show(RunOf(U"b", {0, 0}, {0, 0, 0, 0, 0, 0}));
     EXPECT_EQ(Words(), "a|b");
 }
 
@@ -262,7 +262,7 @@ TEST_F(WordsDeviceTest, ALongTextIsToldAsSeveral)
     Begin();
     const std::u32string line(1 << 20, U'x');
     for (int i = 0; i < 20; ++i)
-        Show(Run(line, {0, -20.0 * i}));
+        Show(RunOf(line, {0, -20.0 * i}));
     (void)Words();
     EXPECT_EQ(texts_.size(), 2U);
 }
