@@ -4,6 +4,7 @@
 #include "cli/commands/FontsCommand.h"
 #include "cli/commands/InfoCommand.h"
 #include "cli/commands/RenderCommand.h"
+#include "cli/commands/TextCommand.h"
 #include "cli/commands/TraceCommand.h"
 #include "cli/report/StandardStreams.h"
 #include "jobs/Interrupt.h"
@@ -52,6 +53,7 @@ struct CommandRow {
 constexpr CommandRow kCommands[] = {
     {"info", "[options] FILE...", "Tells what documents are, declare and use.", MakeCommand<InfoCommand>},
     {"render", "[options] FILE... -o OUT", "Turns documents into pictures.", MakeCommand<RenderCommand>},
+    {"text", "[options] FILE...", "Prints what documents say in words.", MakeCommand<TextCommand>},
     {"trace", "[options] FILE", "Prints every drawing call that a document makes.",
      MakeCommand<TraceCommand>},
     {"fonts", "[options] FILE... | --list", "Tells which fonts documents ask for, and what serves them.",

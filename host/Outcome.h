@@ -62,14 +62,15 @@ struct Outcome {
     bool headerAccepted = false;
     bool monochrome = false;
     int64_t bytesRead = 0;
-    int64_t bytesTotal = 0;      // of the file
-    int64_t bytesUnpacked = 0;   // the same where it is not packed; bytesRead is a place in these
-    std::string damage;          // of what the drawing is packed in, see Unpacked
-    int64_t peakHeap = 0;        // bytes that the plug-in held at once
-    bool memoryLimitHit = false; // an allocation was refused because of the cap
-    Failure failure;             // of the output, from Device::EndPage
-    std::string lackedFont;      // the document was given up for want of it
-    uint64_t undrawnTexts = 0;   // the caller gave no glyphs to draw them with
+    int64_t bytesTotal = 0;         // of the file
+    int64_t bytesUnpacked = 0;      // the same where it is not packed; bytesRead is a place in these
+    std::string damage;             // of what the drawing is packed in, see Unpacked
+    int64_t peakHeap = 0;           // bytes that the plug-in held at once
+    bool memoryLimitHit = false;    // an allocation was refused because of the cap
+    Failure failure;                // of the output, from Device::EndPage
+    std::string lackedFont;         // the document was given up for want of it
+    uint64_t unknownCharacters = 0; // of the words that were looked for: bytes that mean none
+    uint64_t undrawnTexts = 0;      // the caller gave no glyphs to draw them with
     std::vector<Report> reports;
     std::vector<FontUse> fonts;
     Counts counts;

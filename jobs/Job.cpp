@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <limits>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -20,6 +21,18 @@ constexpr double kLeastSeconds = 0.001;
 bool HasFailed(const Outcome &outcome)
 {
     return outcome.result != kVXOk || outcome.failure;
+}
+
+// What stands in an output already, as in one that several documents are printed into, is not of this document.
+int64_t BytesIn(const std::vector<int> &descriptors)
+{
+    int64_t most = 0;
+    for (const int descriptor : descriptors) {
+        struct stat status = {};
+        if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
+            most = std::max<int64_t>(most, status.st_size);
+    }
+    return most;
 }
 
 // Text is set in fonts, and a font that is not in the list is a problem that was reported.
@@ -82,7 +95,11 @@ void Job::StartWorker()
     if (const auto &onProgress = engine_->Options().onProgress)
         task.onProgress = [this, &onProgress](int percent) { onProgress(task_.input, percent); };
     int error = 0;
-    worker_ = Worker::Start(limits_, task, &error);
+    WorkerLimits limits = limits_;
+    if (limits.output.value_or(0) > 0)
+        *limits.output +=
+            std::min(BytesIn(descriptors_), std::numeric_limits<int64_t>::max() - *limits.output);
+    worker_ = Worker::Start(limits, task, &error);
     if (worker_ == nullptr)
         EndWith({FaultKind::NoWorker, "", error});
 }

@@ -101,6 +101,11 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
         warnings.push_back(CutText(outcome.end));
     if (outcome.end.undrawn.line != 0)
         warnings.push_back(UndrawnText(outcome.end.undrawn));
+    if (const uint64_t unknown = outcome.unknownCharacters; unknown > 0)
+        warnings.push_back(std::to_string(unknown) +
+                           (unknown == 1 ? " character of the text means nothing in its"
+                                         : " characters of the text mean nothing in their") +
+                           " font's character set, written as U+FFFD: vx text --json shows where");
     if (outcome.undrawnTexts > 0)
         warnings.push_back(
             std::to_string(outcome.undrawnTexts) + (outcome.undrawnTexts == 1 ? " text is" : " texts are") +

@@ -92,8 +92,9 @@ std::string OutputText(const Result &result, const SummaryOptions &options)
     case FaultKind::ReaderLeft:
         return "";
     default:
-        return fmt::format("cannot be written, {}: choose another place{}", SystemText(fault.error),
-                           options.command == CommandKind::Trace ? "" : " with -o");
+        return fmt::format(
+            "cannot be written, {}: choose another place{}", SystemText(fault.error),
+            options.command == CommandKind::Trace || options.command == CommandKind::Text ? "" : " with -o");
     }
 }
 

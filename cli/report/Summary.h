@@ -18,6 +18,7 @@ namespace vxhost
 enum class CommandKind {
     Info,
     Fonts, // does not send anybody to vx fonts
+    Text,
     Trace, // does not send anybody to vx trace: the calls stand above
     Render,
     Profile, // no document: the profile that was given is tried

@@ -67,8 +67,8 @@ class Device
     // Paints under the clip. Without an implementation of its own a device receives flat shapes.
     virtual void Shade(const Shading &shading) { PaintAsShapes(shading, this); }
 
-    // Whether the device sets text in that font itself; text that it does not set reaches it as shapes. A device may open
-    // the font to find out; what it writes does not depend on who asks.
+    // Whether the device sets text in that font itself, which may have no bytes; text that it does not set reaches it as shapes. A
+    // device may open the font to find out; what it writes does not depend on who asks.
     virtual bool CanShow(const TextFont &) { return false; }
     // Paints run by run, in fonts that it can show. A text that clips comes with all of its runs, whose outlines are
     // united and then intersected with the clip.

@@ -53,6 +53,9 @@ class Drawing final : public StructureSink
     void EndGroup() override;
     void SetFillSpot(const SpotColour &spot) override { fillSpot_ = spot; }
     void SetStrokeSpot(const SpotColour &spot) override { strokeSpot_ = spot; }
+    void BeginText(TextKind kind) override { text_.object = {text_.object.number + 1, 0, kind}; }
+    void BeginTextPath() override { ++text_.object.path; }
+    void EndText() override { BeginText(TextKind::Point); }
 
     void Translate(double dx, double dy);
     void Concat(const Matrix &matrix);

@@ -12,12 +12,12 @@
 namespace vxhost
 {
 
-// A font that serves a document. It lives as long as the parse, and is one object for each name asked for.
+// A font that a document asks for. It lives as long as the parse, and is one object for each name asked for.
 struct TextFont {
-    std::string asked;  // as the document names it, without "/" and "_"
-    std::string served; // PostScript name of the font in the bytes
-    SharedFontBytes bytes;
-    int faceIndex = 0; // the face in them, plus 65536 times the named variation
+    std::string asked;     // as the document names it, without "/" and "_"
+    std::string served;    // PostScript name of the font in the bytes
+    SharedFontBytes bytes; // null: nothing serves it, and its characters are boxes
+    int faceIndex = 0;     // the face in them, plus 65536 times the named variation
 };
 
 struct PlacedGlyph {
@@ -30,9 +30,20 @@ struct PlacedGlyph {
 // Characters of one font and one size, in reading order.
 struct GlyphRun {
     const TextFont *font = nullptr;
-    Matrix matrix;         // ems, y up, to the page; its translation is 0
-    bool isColumn = false; // upright glyphs, one below the other
+    Matrix matrix;           // ems, y up, to the page; its translation is 0
+    bool isColumn = false;   // upright glyphs, one below the other
+    bool isRepeated = false; // it clips, and was painted before
     std::vector<PlacedGlyph> glyphs;
+};
+
+// How text is laid out: along a line from a point, along a path, or into an area.
+enum class TextKind : uint8_t { Point, Path, Area };
+
+// Tells the texts of a drawing apart, for whoever asks for it.
+struct TextObject {
+    uint64_t number = 0; // what is outside of any has one too
+    uint64_t path = 0;   // which of the paths or areas that it fills
+    TextKind kind = TextKind::Point;
 };
 
 // How text is painted: filled, then stroked, then made part of the clip, as far as asked for.
@@ -40,6 +51,7 @@ struct TextPaint {
     bool fills = false, strokes = false, clips = false;
     Paint paint;
     StrokeStyle style; // of a stroke; in the page's space, not the glyphs'
+    TextObject object; // that it is a part of
 };
 
 } // namespace vxhost

@@ -34,8 +34,8 @@ class GlyphSource
     GlyphSource &operator=(const GlyphSource &) = delete;
     virtual ~GlyphSource() = default;
 
-    // Opens the font that serves that name. Null: none does, and its characters are boxes. Valid as long as this
-    // object.
+    // Opens the font that serves that name; one without bytes, or null: none does, and its characters are boxes. Valid as
+    // long as this object.
     virtual const TextFont *OpenFont(std::string_view fontName) = 0;
     // Begins a string in that font. It is counted if isNew: one that was painted before and now clips is not.
     virtual void BeginString(std::string_view fontName, bool isNew) = 0;

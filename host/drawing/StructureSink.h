@@ -1,6 +1,7 @@
 // Receives what a drawing says beyond its shapes, between the calls of the procedure table that it stands between.
 #pragma once
 
+#include "host/drawing/GlyphRun.h"
 #include "host/drawing/Layer.h"
 #include "host/drawing/Paint.h"
 
@@ -23,6 +24,10 @@ class StructureSink
     // What is filled, or stroked, from now on in exactly its four inks is painted in that spot ink.
     virtual void SetFillSpot(const SpotColour &spot) = 0;
     virtual void SetStrokeSpot(const SpotColour &spot) = 0;
+    // Texts do not nest: one that begins, or a layer, ends the one before. Only who asks for them is told of them.
+    virtual void BeginText(TextKind kind) = 0;
+    virtual void BeginTextPath() = 0; // the text that follows goes along it, or into it
+    virtual void EndText() = 0;
 };
 
 } // namespace vxhost

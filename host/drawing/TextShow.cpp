@@ -92,7 +92,8 @@ void TextShow::BeginString(const ZRKTextRecord &first, int32_t mode, bool begins
 {
     const PaintedString string = Describe(first);
     const bool clips = (mode & kZRKShowClip) != 0;
-    glyphs_->BeginString(first.fontName, !clips || !TakePainted(string, first, beginsChain));
+    isRepeated_ = clips && TakePainted(string, first, beginsChain);
+    glyphs_->BeginString(first.fontName, !isRepeated_);
     if (clips)
         return;
     if (painted_.size() == kMaxPainted)
@@ -219,14 +220,15 @@ void TextShow::BeginRun(const TextFont *font, const Matrix &matrix, bool isColum
 {
     if (!runs_.empty()) {
         const GlyphRun &last = runs_.back();
-        const bool isSame = last.font == font && last.matrix == matrix && last.isColumn == isColumn;
+        const bool isSame = last.font == font && last.matrix == matrix && last.isColumn == isColumn &&
+                            last.isRepeated == isRepeated_;
         if (isSame && last.glyphs.size() < kMaxRunGlyphs)
             return;
         if ((mode & kZRKShowClip) == 0)
             ShowRuns(mode);
     }
     TakeBytes(sizeof(GlyphRun));
-    runs_.push_back({font, matrix, isColumn, {}});
+    runs_.push_back({font, matrix, isColumn, isRepeated_, {}});
 }
 
 void TextShow::AddToRun(const Glyph &glyph)

@@ -53,6 +53,7 @@ class TextShow
 
     Drawing *drawing_;
     GlyphSource *glyphs_;
+    bool isRepeated_ = false;           // the string that clips was painted before
     Point end_;                         // of the previous text, on the page
     std::string string_;                // the text whose hash is taken; keeps its storage
     Path record_;                       // of the record being shown; keeps its storage

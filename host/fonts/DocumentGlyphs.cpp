@@ -3,6 +3,8 @@
 #include "host/fonts/FontNames.h"
 #include "host/fonts/GlyphChoice.h"
 
+#include <utility>
+
 namespace vxhost
 {
 
@@ -41,7 +43,17 @@ Path BoxOutline(double width)
 const TextFont *DocumentGlyphs::OpenFont(std::string_view fontName)
 {
     const int32_t font = fonts_->List().Find(fontName);
-    return font < 0 ? nullptr : fonts_->TextFontOf(font);
+    if (const TextFont *served = font < 0 ? nullptr : fonts_->TextFontOf(font))
+        return served;
+    auto found = boxFonts_.find(fontName);
+    if (found == boxFonts_.end()) {
+        if (boxFonts_.size() == kMaxUses) // as with the account of them
+            return &boxFonts_.rbegin()->second;
+        TextFont boxes;
+        boxes.asked = font < 0 ? std::string(fontName) : fonts_->List().AskedName(font);
+        found = boxFonts_.emplace(fontName, std::move(boxes)).first;
+    }
+    return &found->second;
 }
 
 void DocumentGlyphs::BeginString(std::string_view fontName, bool isNew)

@@ -47,6 +47,7 @@ class DocumentGlyphs final : public GlyphSource
     const CachedGlyph &FindGlyph(char32_t character, bool isUpright, bool isWide);
 
     OpenFonts *fonts_;
+    std::map<std::string, TextFont, std::less<>> boxFonts_; // by the names that nothing serves
     int32_t font_ = -1; // of the current string; -1: boxes, since no font of the list serves it
     size_t use_ = 0;    // that font's place in uses_
     bool isNew_ = true; // the current string is counted

@@ -156,7 +156,7 @@ Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
     Blanker blanker(blanks_, options_.companion);
     parseOptions.companion = blanks_.IsEmpty() ? options_.companion : &blanker;
     std::optional<StructureCompanion> structure;
-    if (structure_.isThere) {
+    if (structure_.isThere || options_.readsTexts) {
         structure.emplace(
             drawing_,
             static_cast<size_t>(drawing_.data() - reinterpret_cast<const char *>(document_.Bytes().data())),
@@ -165,6 +165,8 @@ Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
         if (!options_.keepsSpots)
             structure->LeaveSpots();
         structure->SendTo(sink);
+        if (options_.readsTexts)
+            structure->TellTexts();
         parseOptions.structure = &*structure;
     }
     bool lacksFont = false;

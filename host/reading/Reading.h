@@ -64,6 +64,7 @@ struct ReadingOptions {
     LayerChoice layers;
     bool keepsSpots = true;     // false: what is painted in a spot ink is painted in process colours
     bool readsStructure = true; // false: layers, groups and spot inks are painted like all else
+    bool readsTexts = false;    // where texts begin and end is told too, which takes longer
 };
 
 class Reading

@@ -88,10 +88,28 @@ void StructureCompanion::Take(const FoundOperator &found)
     case StructureOperator::StrokeInk:
         event.spot = FindSpot(found);
         break;
+    case StructureOperator::BeginText:
+        event.text = FindTextKind(found);
+        break;
     default:
         break;
     }
     events_.push_back(std::move(event));
+}
+
+// What is written without a kind, as in the oldest documents, begins at a point.
+TextKind StructureCompanion::FindTextKind(const FoundOperator &found) const
+{
+    if (found.count == 0)
+        return TextKind::Point;
+    switch (IntegerOfToken(scan_.Text(found.Operands().back())).value_or(0)) {
+    case 1:
+        return TextKind::Path;
+    case 2:
+        return TextKind::Area;
+    default:
+        return TextKind::Point;
+    }
 }
 
 // Changes the flag that says whether the layer is painted, digit by digit.
@@ -216,6 +234,12 @@ void StructureCompanion::Send(const Event &event)
     case StructureOperator::StrokeInk:
     case StructureOperator::StrokeProcess:
         return sink_->SetStrokeSpot(event.spot);
+    case StructureOperator::BeginText:
+        return sink_->BeginText(event.text);
+    case StructureOperator::BeginTextPath:
+        return sink_->BeginTextPath();
+    case StructureOperator::EndText:
+        return sink_->EndText();
     default:
         return;
     }

@@ -39,6 +39,9 @@ class StructureCompanion final : public StreamCompanion
     StructureCompanion(std::string_view drawing, size_t start, int version, const Structure &structure,
                        DecodeName decodeName);
 
+    // Texts are told of too, which takes longer. Call it first.
+    void TellTexts() { scan_.FindTexts(); }
+
     // Who is told; null: nobody, but the layers are painted as chosen all the same.
     void SendTo(StructureSink *sink) { sink_ = sink; }
 
@@ -59,6 +62,7 @@ class StructureCompanion final : public StreamCompanion
         uint64_t line = 0; // that begins then, counted since the piece was delivered in which that byte is
         size_t layer = 0;
         SpotColour spot = {}; // no ink: process colours
+        TextKind text = TextKind::Point;
     };
 
     // Four numbers and a name, as they are written somewhere in the drawing.
@@ -68,6 +72,7 @@ class StructureCompanion final : public StreamCompanion
     };
 
     void Take(const FoundOperator &found);
+    TextKind FindTextKind(const FoundOperator &found) const;
     void PaintLayer(const FoundOperator &found, const Layer &layer);
     const WrittenInk *FindInk(std::span<const PlacedToken> operands);
     SpotColour FindSpot(const FoundOperator &found);

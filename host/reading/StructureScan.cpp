@@ -32,6 +32,10 @@ constexpr OperatorRow kOperators[] = {
     {"G", StructureOperator::StrokeProcess, 0}, {"K", StructureOperator::StrokeProcess, 0},
     {"P", StructureOperator::StrokeProcess, 0}, {"Bd", StructureOperator::BeginGradient, 3},
     {"Bs", StructureOperator::GradientStop, 9}, {"Bg", StructureOperator::BindGradient, 12},
+    {"To", StructureOperator::BeginText, 1},    {"Tp", StructureOperator::BeginTextPath, 0},
+    {"TO", StructureOperator::EndText, 0},      {"e", StructureOperator::BeginText, 0},
+    {"a", StructureOperator::BeginText, 0},     {"o", StructureOperator::BeginText, 0},
+    {"r", StructureOperator::BeginText, 0},     {"T", StructureOperator::EndText, 0},
 };
 
 template <char... kLetters>
@@ -92,6 +96,12 @@ uint64_t CandidatesIn(const uint8_t *block)
                 << i;
     }
     return bits;
+}
+
+bool IsOfText(StructureOperator what)
+{
+    return what == StructureOperator::BeginText || what == StructureOperator::BeginTextPath ||
+           what == StructureOperator::EndText;
 }
 
 bool IsOperand(TokenKind kind)
@@ -296,6 +306,8 @@ void StructureScan::TakeOperator(std::string_view name, const PlacedToken &token
 
 void StructureScan::AddOperator(StructureOperator what, const PlacedToken &token, size_t wanted)
 {
+    if (IsOfText(what) && !findsTexts_)
+        return;
     if (operands_.size() < wanted && !areOperandsKnown_)
         LookBack(wanted);
     switch (what) {

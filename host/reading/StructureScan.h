@@ -1,4 +1,4 @@
-// Finds the operators that say what the procedure table cannot: layers, groups, spot inks. They stand far apart, so
+// Finds the operators that say what the procedure table cannot: layers, groups, spot inks, texts. They stand far apart, so
 // the bytes between them are searched many at a time, and only lines that may have one are cut into tokens.
 #pragma once
 
@@ -29,6 +29,9 @@ enum class StructureOperator : uint8_t {
     BeginGradient, // Bd
     GradientStop,  // Bs
     BindGradient,  // Bg
+    BeginText,     // To; e a o r in the oldest documents
+    BeginTextPath, // Tp
+    EndText,       // TO; T
 };
 
 // A token at a place of the drawing.
@@ -60,6 +63,9 @@ class StructureScan
     // From now on only layers are found.
     void FindLayersAlone() { findsLayersAlone_ = true; }
 
+    // From now on texts are found too: each line is read, since any letter may begin one.
+    void FindTexts() { findsTexts_ = true; }
+
     // Goes to the next line that begins before limit and has such operators; false when there is none. A later call with a
     // larger limit goes on.
     bool NextLine(size_t limit);
@@ -75,7 +81,10 @@ class StructureScan
 
   private:
     // The setup section has gradients on any of its lines; hex strings go over lines; words go over cuts.
-    bool ReadsEachLine() const { return isInHex_ || isInCutLine_ || (version_ > 2 && sections_.IsInSetup()); }
+    bool ReadsEachLine() const
+    {
+        return findsTexts_ || isInHex_ || isInCutLine_ || (version_ > 2 && sections_.IsInSetup());
+    }
     bool MayHoldCandidate(const uint8_t *block) const;
     bool IsWanted(char first) const;
     size_t FindCandidate(size_t from, size_t limit);
@@ -102,6 +111,7 @@ class StructureScan
     size_t block_ = SIZE_MAX;              // where the bytes begin whose candidates are known
     uint64_t candidates_ = 0;
     bool findsLayersAlone_ = false;
+    bool findsTexts_ = false;
     bool isInHex_ = false;
     bool isInCutLine_ = false;
     bool isOver_ = false;

@@ -25,6 +25,14 @@ void TraceStructure::BeginLayer(const Layer &layer)
     writer_->EndCall();
 }
 
+// The kind as documents write it.
+void TraceStructure::BeginText(TextKind kind)
+{
+    writer_->BeginCall("begin-text");
+    writer_->AddInteger(static_cast<int32_t>(kind));
+    writer_->EndCall();
+}
+
 // The name, how much of the ink, and its four inks at full strength. No ink: nothing.
 void TraceStructure::WriteSpot(std::string_view name, const SpotColour &spot)
 {

@@ -21,6 +21,9 @@ class TraceStructure final : public StructureSink
     void EndGroup() override { Write("end-group"); }
     void SetFillSpot(const SpotColour &spot) override { WriteSpot("set-fill-spot", spot); }
     void SetStrokeSpot(const SpotColour &spot) override { WriteSpot("set-stroke-spot", spot); }
+    void BeginText(TextKind kind) override;
+    void BeginTextPath() override { Write("begin-text-path"); }
+    void EndText() override { Write("end-text"); }
 
   private:
     void Write(std::string_view name);

@@ -152,6 +152,7 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.AddText(outcome.failure.text, kMaxText);
     flat.Add(outcome.failure.error);
     flat.AddText(outcome.lackedFont, kMaxName);
+    flat.Add(outcome.unknownCharacters);
     flat.Add(outcome.undrawnTexts);
     flat.AddList(outcome.reports, {kReportsSize}, &omitted.reports, [](auto &to, Report &report) {
         to.Add(report.number);

@@ -43,11 +43,12 @@ _vx()
     -o | --output | --plugin | --font-map | --manifest) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render trace fonts batch --help --version' files=
+            words='info render text trace fonts batch --help --version' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
             info) words="--json $every" ;;
+            text) words="--json $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
             render) words="--force $picture $every" ;;

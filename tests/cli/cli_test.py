@@ -684,6 +684,71 @@ def text_document(*fonts):
     return document("".join(f"0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_{font} 12 Tf\n(Hand) Tx\nTO\n" for font in fonts))
 
 
+class Words(CommandTest):
+    # Lines from the bottom up, in a layer, in fonts that are on no machine.
+    BODY = ("1 1 1 1 0 0 0 0 0 0 Lb\n(Signs) Ln\n0 0.5 1 0 (Rust) 0.5 x\n0 To\n1 0 0 1 5 20 0 Tp\nTP\n0 Tr\n/_Nowhere 12 Tf\n"
+            "(harbour) Tx\n0 15 Td\n(Caf\\216 at the) Tx\nTO\nLB\n0 g\n2 To\n1 0 0 1 40 20 0 Tp\nTP\n0 Tr\n/_Elsewhere 6 Tf\n(quay) Tx\nTO\n")
+
+    def test_lines_with_a_blank_one_between_texts(self):
+        self.write("a.vx", document(self.BODY))
+        output, messages = self.run_vx("text", "a.vx", "--strict")
+        self.assertEqual(output.decode(), "Café at the\nharbour\n\nquay\n")
+        self.assertEqual(messages, [])  # what is drawn instead of those fonts changes no word
+
+    def test_json_says_more(self):
+        output, _ = self.run_vx("text", "--json", "-", "--no-system-fonts", stdin=document(self.BODY))
+        first, second = [json.loads(line) for line in output.decode().splitlines()]
+        self.assertEqual([first[name] for name in ("file", "layer", "printing", "kind", "unknownCharacters")],
+                         ["-", "Signs", True, "point", 0])
+        self.assertEqual([line["text"] for line in first["lines"]], ["Café at the", "harbour"])
+        self.assertEqual(first["lines"][1]["runs"], [{
+            "text": "harbour", "font": "Nowhere", "served": "", "size": 12.0,
+            "colour": {"cmyk": [0.0, 0.25, 0.5, 0.0], "spot": "Rust", "amount": 0.5}}])
+        self.assertEqual([second[name] for name in ("layer", "printing", "kind")], [None, True, "area"])
+        self.assertEqual(second["lines"][0]["runs"][0]["colour"], {"gray": 0.0})
+        self.assertEqual(first["box"][:2], [5.0, 17.6])
+
+    def test_of_several_documents_each_line_says_which(self):
+        self.write("a.vx", document(self.BODY))
+        self.write("none.vx", document())
+        self.write("bad.vx", document("1 k\n"))
+        output, messages = self.run_vx("text", "a.vx", "none.vx", "bad.vx", "-", stdin=document(self.BODY), status=1)
+        expected = [f"{name}:{line}" for name in ("a.vx", "standard input")
+                    for line in ("Café at the", "harbour", "", "quay")]
+        self.assertEqual(output.decode().splitlines(), expected)
+        self.assertEqual(len(messages), 1)
+        self.assertIn("bad.vx: malformed", messages[0])
+
+    def test_what_means_no_character_is_told(self):
+        japanese = "0 g\n0 To\n1 0 0 1 5 20 0 Tp\nTP\n0 Tr\n/_Ryumin-Light-83pv-RKSJ-H 12 Tf\n(A\\205\\100B) Tx\nTO\n"
+        self.write("a.vx", document(japanese))
+        output, messages = self.run_vx("text", "a.vx", "--strict", status=3)
+        self.assertEqual(output.decode(), "A\ufffdB\n")
+        self.assertEqual(len(messages), 1)
+        self.assertIn("a.vx: warning: 1 character of the text means nothing in its font's character set", messages[0])
+        output, _ = self.run_vx("text", "-q", "--json", "a.vx")
+        self.assertEqual(json.loads(output)["unknownCharacters"], 1)
+
+    def test_standard_output_that_takes_nothing(self):
+        self.write("a.vx", document(self.BODY))
+        with open("/dev/full", "wb") as full:
+            messages = self.run_vx("text", "a.vx", "a.vx", status=4, stdout=full)[1]
+        self.assertEqual(messages, ["vx: standard output: cannot be written, no space left on device: choose another place"])
+        reader, writer = os.pipe()
+        os.close(reader)
+        self.assertEqual(self.run_vx("text", "a.vx", status=4, stdout=writer)[1], [])
+        os.close(writer)
+
+    def test_hidden_layers_and_unpainted_text_say_nothing(self):
+        self.write("a.vx", document(self.BODY.replace("1 1 1 1", "1 1 1 0", 1).replace("0 Tr", "3 Tr")))
+        self.assertEqual(self.run_vx("text", "a.vx")[0], b"")
+
+    def test_more_than_a_pipe_holds(self):
+        self.write("a.vx", document(self.BODY * 20000))
+        output, _ = self.run_vx("text", "a.vx")
+        self.assertEqual(output.decode(), "\n".join(["Café at the\nharbour\n\nquay\n"] * 20000))
+
+
 class Fonts(CommandTest):
     ONLY = ["--no-system-fonts", "--font-dir", "/usr/share/fonts/opentype/urw-base35"]
 

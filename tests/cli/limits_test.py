@@ -168,6 +168,16 @@ class Sizes(CommandTest):
         self.assertEqual(messages, ["vx: standard output: takes more than 4 KiB: allow more with --max-output"])
         self.assertEqual(os.path.getsize(self.path("calls")), 4 << 10)
 
+    def test_what_stands_in_a_file_already_does_not_count(self):
+        line = b"moveto 0 0\n"
+        self.write("calls", b"before\n" * 1000)
+        self.write("short.vx", document(LEFT_HALF))
+        with open(self.path("calls"), "ab") as calls:
+            self.run_vx("trace", "short.vx", "--max-output", "4K", stdout=calls)
+            messages = self.run_vx("trace", "a.vx", "--max-output", "4K", stdout=calls, status=5)[1]
+        self.assertEqual(messages, ["vx: standard output: takes more than 4 KiB: allow more with --max-output"])
+        self.assertIn(b"before\n" + line, self.read("calls"))
+
     def test_pixels(self):
         message = self.refused("render", "a.vx", "-o", "a.png", "--width", "100000", "--height", "100000", status=5)
         self.assertIn("100000 by 100000 pixels is too large", message)

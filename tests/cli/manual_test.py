@@ -11,7 +11,7 @@ import unittest
 from vxcommand import CommandTest, VX, WITHOUT_LANDLOCK, document, sample, sample_names
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
-COMMANDS = ["info", "render", "trace", "fonts", "batch"]
+COMMANDS = ["info", "render", "text", "trace", "fonts", "batch"]
 COMMON = "--plugin"  # the first of those that every command has
 
 
@@ -110,7 +110,7 @@ def named_members(page, title):
 
 # The words with which a page says what a member is, and what it then is.
 TYPES = {"Text and number": (str, int), "Text": (str,), "Number": (int,), "Whether": (bool,), "An object": (dict,),
-         "A list": (list,), "Lists": (list,), "Four numbers": (list,), "Two numbers": (list,),
+         "A list": (list,), "Lists": (list,), "Points": (int, float), "Amount": (int, float), "Four numbers": (list,), "Two numbers": (list,),
          "Any value": (int, float, str, list, dict, type(None))}
 
 
@@ -186,6 +186,14 @@ class Members(CommandTest):
         self.assertEqual(numbers, set(range(6)))
         self.assertLessEqual(set(seen["problems[].number"]), numbers)
         self.assertLessEqual({name for names in seen["confinedBy"] for name in names}, {"landlock", "seccomp"})
+
+    def test_of_text(self):
+        colours = "0.5 g\n", "0 0.5 1 0 (Ink) 0.25 x\n"
+        self.write("spot.vx", document("".join(
+            f"1 1 1 1 0 0 0 0 0 0 Lb\n(Words) Ln\n{colour}{self.TEXT[4:].format('Nowhere')}LB\n" for colour in colours)))
+        named = named_members("vx-text.1.md", "JSON")
+        seen = self.compare(self.objects("text", "--json", "spot.vx", *self.names), named)
+        self.assertEqual(set(seen["kind"]), set(re.findall(r"`([^`]+)`", named["kind"])))
 
     def test_of_fonts(self):
         objects = self.objects("fonts", "--json", *self.names) + self.objects("fonts", "--json", *self.deep)

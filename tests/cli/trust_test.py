@@ -47,7 +47,7 @@ class Trust(CommandTest):
     def test_no_document_writes_on_the_terminal(self):
         self.write("a.vx", hostile(ESCAPES))
         for command in (["info", "a.vx"], ["info", "--json", "a.vx"], ["fonts", "a.vx"], ["fonts", "--json", "a.vx"],
-                        ["trace", "a.vx"], ["trace", "--json", "a.vx"], ["render", "-v", "a.vx", "-o", "a.pdf"],
+                        ["text", "a.vx"], ["text", "--json", "a.vx"], ["trace", "a.vx"], ["trace", "--json", "a.vx"], ["render", "-v", "a.vx", "-o", "a.pdf"],
                         ["batch", "-", "-f", "png", "-o", "{stem}.png"]):
             with self.subTest(command=command):
                 output, errors, status = self.all_of(*command, stdin=b"a.vx\n")

@@ -1,4 +1,5 @@
 """PDF output, judged by other people's programs: qpdf, poppler, MuPDF and Ghostscript."""
+import collections
 import os
 import re
 import unittest
@@ -101,6 +102,32 @@ class Text(PdfTest):
         pdf = self.pdf(sample("text-japanese"), "--text", "outlines")
         self.assertEqual(len(run("pdffonts", pdf).decode().splitlines()), 2)
         self.assertEqual(run("pdftotext", pdf, "-").decode().strip(), "")
+
+
+# Words that are others in a PDF's text, as pdftotext finds it, with the reason.
+OTHER_WORDS = {
+    # It takes letters that stand on a slanted line for further apart than they are.
+    "text-area": ("one", "on e"),
+    # Letters that each turn a little further have no line for it.
+    "text-path": ("along half circle", "alo n g h alf ci rc le"),
+    # Upright Roman letters, one below the other, are words to it.
+    "text-legacy": ("AB CD EFG HIJ KL MN", "A B C D E F G H I J K L M N"),
+    "text-vertical": ("ABC図VX", "A B C 図 V X"),
+}
+
+
+class Words(PdfTest):
+    def test_those_of_the_file_are_those_of_the_drawing(self):
+        found = 0
+        for name in sample_names():
+            with self.subTest(name):
+                ours = collections.Counter(self.run_vx("text", "-q", sample(name))[0].decode().split())
+                theirs = collections.Counter(run("pdftotext", self.pdf(sample(name)), "-").decode().split())
+                found += ours.total()
+                only_ours, only_theirs = OTHER_WORDS.get(name, ("", ""))
+                self.assertEqual(ours - theirs, collections.Counter(only_ours.split()))
+                self.assertEqual(theirs - ours, collections.Counter(only_theirs.split()))
+        self.assertGreater(found, 150)
 
 
 # Four squares on cyan: yellow without overprint, with it; gray without it, with it.

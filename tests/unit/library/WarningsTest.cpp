@@ -60,6 +60,18 @@ TEST(Warnings, TellOfTextThatIsNotDrawn)
     EXPECT_EQ(ListWarnings(outcome, "help").at(0).substr(0, 26), "20 texts are not drawn, th");
 }
 
+TEST(Warnings, TellOfBytesThatMeanNoCharacter)
+{
+    Outcome outcome;
+    outcome.unknownCharacters = 1;
+    EXPECT_EQ(ListWarnings(outcome, "help"), (Lines{"1 character of the text means nothing in its font's "
+                                                    "character set, written as U+FFFD: vx text --json "
+                                                    "shows where"}));
+    outcome.unknownCharacters = 20;
+    EXPECT_EQ(ListWarnings(outcome, "help").at(0).substr(0, 50),
+              "20 characters of the text mean nothing in their fo");
+}
+
 TEST(Warnings, TellOfWhatIsSalvaged)
 {
     Outcome outcome;

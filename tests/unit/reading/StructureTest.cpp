@@ -52,12 +52,13 @@ class StructureTest : public testing::Test
 
     using Lines = std::vector<std::string>;
 
-    static Lines Trace(std::string_view bytes, bool withStructure = true)
+    static Lines Trace(std::string_view bytes, bool withStructure = true, bool withTexts = false)
     {
         std::string error;
         const auto document = Document::FromMemory(std::as_bytes(std::span(bytes)), &error);
         ReadingOptions options;
         options.readsStructure = withStructure;
+        options.readsTexts = withTexts;
         Reading reading(installation_, *document, std::move(options));
         Lines lines;
         TraceLines writer(
@@ -66,21 +67,24 @@ class StructureTest : public testing::Test
         return lines;
     }
 
-    // Each event, and "f" for a fill, "s" for a stroke, "w" for a width: joined with blanks, the result last.
-    static std::string Short(std::string_view bytes)
+    // Each event, and "f" for a fill, "s" for a stroke, "t" for a text: joined with blanks, the result last.
+    static std::string Short(std::string_view bytes, bool withTexts = false)
     {
         std::string text;
-        for (const std::string &line : Trace(bytes)) {
-            const char *mark = line == "fill" ? "f" : line == "stroke" ? "s" : nullptr;
+        for (const std::string &line : Trace(bytes, true, withTexts)) {
+            const char *mark = line == "fill"              ? "f"
+                               : line == "stroke"          ? "s"
+                               : line.starts_with("show ") ? "t"
+                                                           : nullptr;
             if (mark != nullptr || IsEvent(line) || (line.starts_with("result") && line != "result 0"))
                 text += (text.empty() ? "" : ", ") + std::string(mark != nullptr ? mark : line.c_str());
         }
         return text;
     }
 
-    static std::string ShortBody(std::string_view body)
+    static std::string ShortBody(std::string_view body, bool withTexts = false)
     {
-        return Short(Header() + "%%BeginSetup\n%%EndSetup\n" + std::string(body) + "%%EOF\n");
+        return Short(Header() + "%%BeginSetup\n%%EndSetup\n" + std::string(body) + "%%EOF\n", withTexts);
     }
 
     static Installation installation_;
@@ -189,6 +193,26 @@ TEST_F(StructureTest, CountsWhereTheInterpreterReads)
     };
     for (const Row &row : rows)
         EXPECT_EQ(Short(row.document), row.events) << row.what;
+}
+
+TEST_F(StructureTest, TextsAreToldToWhoAsksForThem)
+{
+    const std::string text = "0 g\n2 To\n1 0 0 1 0 0 0 Tp\nTP\n0 Tr\n/_Helvetica 9 Tf\n(a) Tx\n(b) Tx\nTO\n";
+    EXPECT_EQ(ShortBody(text), "t, t");
+    EXPECT_EQ(ShortBody(text, true), "begin-text 2, begin-text-path, t, t, end-text");
+    EXPECT_EQ(ShortBody("0 g 0 To 1 0 0 1 0 0 0 Tp TP 0 Tr /_Helvetica 9 Tf (a) Tx TO 0 To TO 0 Tr "
+                        "/_Helvetica 9 Tf (b) Tx\n",
+                        true),
+              "begin-text 0, begin-text-path, t, end-text, begin-text 0, end-text, t");
+    // The oldest documents begin a text in four ways, each of which has an operand or none.
+    for (const char *begin : {"e", "a", "r"})
+        EXPECT_EQ(ShortBody("0 g 0 G\n[1 0 0 1 9 9]" + std::string(begin) +
+                                "\n/_Helvetica 9 9 0 0 z (a)t (b)t T\n" + kFill,
+                            true),
+                  "begin-text 0, t, t, end-text, f")
+            << begin;
+    EXPECT_EQ(ShortBody("0 g\n[1 0 0 1 9 9]o\n/_Helvetica 9 9 0 0 z\n(a)t\nT\n", true),
+              "begin-text 0, end-text");
 }
 
 TEST_F(StructureTest, DocumentsWithoutAnyHaveNoCompanion)
@@ -322,9 +346,10 @@ TEST_F(StructureTest, FollowsTokensNotLines)
         if (!facts.hasPrefix)
             continue;
         for (const unsigned seed : {0U, 1U, 2U}) {
+            const bool withTexts = seed == 2;
             const std::string document = seed == 0 ? original : WithOperators(original, facts.version, seed);
             const Lines plain = Trace(document, false);
-            const Lines told = Trace(document);
+            const Lines told = Trace(document, true, withTexts);
             Lines calls;
             std::ranges::copy_if(told, std::back_inserter(calls),
                                  [](const std::string &line) { return !IsEvent(line); });
@@ -332,8 +357,9 @@ TEST_F(StructureTest, FollowsTokensNotLines)
             events += told.size() - calls.size();
             if (plain.back() != "result 0") // where a fault stands decides what was carried out before it
                 continue;
-            EXPECT_EQ(Trace(Repacked(document, facts.version, false)), told) << path << seed << " packed";
-            EXPECT_EQ(Trace(Repacked(document, facts.version, true)), told)
+            EXPECT_EQ(Trace(Repacked(document, facts.version, false), true, withTexts), told)
+                << path << seed << " packed";
+            EXPECT_EQ(Trace(Repacked(document, facts.version, true), true, withTexts), told)
                 << path << seed << " one token a line";
         }
     }
@@ -350,7 +376,7 @@ TEST_F(StructureTest, LeavesTheCallsOfDamagedDrawingsAsTheyAre)
             const int version = ScanHeader(std::as_bytes(std::span(original))).version;
             const std::string document = Mutated(WithOperators(original, version, seed), seed);
             Lines calls;
-            std::ranges::copy_if(Trace(document), std::back_inserter(calls),
+            std::ranges::copy_if(Trace(document, true, seed % 2 == 1), std::back_inserter(calls),
                                  [](const std::string &line) { return !IsEvent(line); });
             EXPECT_EQ(calls, Trace(document, false)) << path << seed;
         }
