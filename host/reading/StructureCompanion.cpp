@@ -55,7 +55,8 @@ void StructureCompanion::Deliver(std::span<std::byte> bytes, size_t offset)
     if (offset < start_) // the header around the drawing
         return;
     piece_ = offset - start_;
-    while (scan_.NextLine(piece_ + bytes.size())) {
+    // What changes in this piece may stand before the operator that says so.
+    while (scan_.NextLine(piece_ + bytes.size() + StructureScan::kMaxReach)) {
         for (const FoundOperator &found : scan_.Operators())
             Take(found);
     }

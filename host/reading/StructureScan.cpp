@@ -13,7 +13,6 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kMaxReach = 16384; // bytes from an operator back to its operands
 constexpr size_t kBlock = 64;
 constexpr uint8_t kCaseBit = 0x20;
 

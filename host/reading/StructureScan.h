@@ -57,6 +57,8 @@ struct FoundOperator {
 class StructureScan
 {
   public:
+    static constexpr size_t kMaxReach = 16384; // bytes from an operator back to its operands
+
     // The drawing is the text without what is around it, and must outlive the scan.
     StructureScan(std::string_view drawing, int version);
 

@@ -1,5 +1,6 @@
 """PDF output, judged by other people's programs: qpdf, poppler, MuPDF and Ghostscript."""
 import collections
+import json
 import os
 import re
 import unittest
@@ -171,6 +172,109 @@ class Inks(PdfTest):
         for inks in pictures.PDF_PROGRAMS.values():
             for amount, wanted in zip(inks(pdf, 72, self.folder).getpixel((10, 10)), (51, 102, 153, 25.5)):
                 self.assertAlmostEqual(amount, wanted, delta=1)
+
+
+class Spots(PdfTest):
+    """Spot inks: each a plate of its own."""
+
+    LAKE = "1 0.5 0 0 (Lake) {} x\n"
+    FILL = "0 0 m 9 0 L 9 9 L f\n"
+
+    def plates(self, body, *options):
+        """How much of each ink there is in the middle of a page that the body fills, 0 to 255."""
+        pdf = self.pdf_of(body, *options)
+        run("gs", "-q", "-dNOPAUSE", "-dBATCH", "-sDEVICE=tiffsep", "-r72", "-o", self.path("p%d.tif"), pdf)
+        return {re.search(r"\((.*)\)", name)[1] for name in self.files() if name.startswith("p1(")}
+
+    def program(self, body, *options):
+        """The operators of the page that set colours."""
+        plain = run("qpdf", "--qdf", "--object-streams=disable", self.pdf_of(body, *options), "-").decode("latin-1")
+        self.assertLessEqual(set(re.findall(r"/Separation\s+/(\S+)", plain)), {"Lake", "Sea#20green", "Black"})
+        return [" ".join(line.split()) for line in plain.splitlines() if re.search(r" (scn|SCN|k|K|g|G|cs|CS)$", line)]
+
+    def test_each_has_a_plate(self):
+        for sample_name, inks in (("spot-inks", {"Brick", "Night"}), ("custom-colours", {"Lake", "Poppy", "Moss", "Paper"}),
+                                  ("several-operators-a-line", {"Hull"})):
+            with self.subTest(sample_name):
+                run("gs", "-q", "-dNOPAUSE", "-dBATCH", "-sDEVICE=tiffsep", "-r20", "-o", self.path("%d.tif"), self.pdf(sample(sample_name)))
+                plates = {re.search(r"\((.*)\)", name)[1] for name in self.files() if "(" in name}
+                self.assertEqual(plates, inks | {"Cyan", "Magenta", "Yellow", "Black"})
+                for name in self.files():
+                    if name.endswith(".tif"):
+                        os.remove(self.path(name))
+
+    def test_the_same_numbers_of_process_are_none(self):
+        spot = self.LAKE.format(0) + self.FILL
+        self.assertEqual(self.program(spot + "1 0.5 0 0 k\n" + self.FILL), ["/Spot1 cs", "1 scn", "1 .5 0 0 k"])
+        # What is filled in the ink may be stroked in the same numbers.
+        self.assertEqual(self.program("1 0.5 0 0 K\n" + self.LAKE.format(0) + "0 0 m 9 0 L 9 9 L b\n"),
+                         ["/Spot1 cs", "1 scn", "1 .5 0 0 K"])
+
+    def test_two_inks_of_the_same_numbers_are_two(self):
+        self.assertEqual(self.program(self.LAKE.format(0) + self.FILL + "1 0.5 0 0 (Sea green) 0 x\n" + self.FILL),
+                         ["/Spot1 cs", "1 scn", "/Spot2 cs", "1 scn"])
+
+    def test_a_tint_is_written_the_other_way_round(self):
+        self.assertEqual(self.program(self.LAKE.format("0.25") + self.FILL + self.LAKE.format(1) + self.FILL),
+                         ["/Spot1 cs", ".75 scn", "/Spot1 cs", "0 scn"])
+
+    def test_it_goes_on_through_groups_and_saves(self):
+        lake = self.LAKE.format(0)
+        self.assertEqual(self.program(f"{lake}*u\n0 0 m 9 0 L 9 9 L f\n2 2 m 3 2 L 3 3 L f\n*U\n"), ["/Spot1 cs", "1 scn"])
+        # It is no part of what is saved: a restore brings back no other.
+        self.assertEqual(self.program(f"0 0 0 1 k\nq\n{lake}{self.FILL}Q\n{self.FILL}"), ["/Spot1 cs", "1 scn"])
+
+    def test_texts_are_in_it(self):
+        self.assertEqual(self.program(self.LAKE.format(0) + "0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_Helvetica 12 Tf\n(Hand) Tx\nTO\n"),
+                         ["/Spot1 cs", "1 scn"])
+
+    def test_process_paints_in_the_inks_that_stand_in(self):
+        self.assertEqual(self.program(self.LAKE.format("0.5") + self.FILL, "--spots", "process"), [".5 .25 0 0 k"])
+
+    def test_viewers_show_the_colours_of_before(self):
+        for name in ("custom-colours", "several-operators-a-line"):
+            process, kept = (self.pdf(sample(name), "--spots", how, name=how + ".pdf") for how in ("process", "keep"))
+            for program in (["pdftoppm", "-r", "36"], ["mutool", "draw", "-q", "-r", "36", "-F", "ppm", "-o", "-"]):
+                pages = [run(*program, path) for path in (process, kept)]
+                worst = max(abs(a - b) for a, b in zip(*pages))
+                self.assertLessEqual(worst, 6, (name, program[0])) # of 255: MuPDF rounds a plate before it turns it into inks
+
+    def test_the_standards_have_it(self):
+        plain = run("qpdf", "--qdf", self.pdf(sample("spot-inks"), "--pdf-x", "x1a", "--date", "0"), "-")
+        self.assertIn(b"/Separation", plain)
+
+
+class Layers(PdfTest):
+    """Layers as optional content."""
+
+    def properties(self, source, *options):
+        file = json.loads(run("qpdf", "--json=1", "--json-key=objects", self.pdf(source, *options)))
+        objects = file["objects"]
+        root = objects[objects["trailer"]["/Root"]]
+        return root.get("/OCProperties"), objects
+
+    def test_they_have_names_order_and_states(self):
+        found, objects = self.properties(sample("layers-nested"), "--layers", "all")
+
+        def names(entry):
+            return [names(one) if isinstance(one, list) else objects[one]["/Name"] for one in entry]
+
+        self.assertEqual(names(found["/OCGs"]), ["Ground", "Field, ploughed", "Trees", "Notes"])
+        self.assertEqual(names(found["/D"]["/Order"]), ["Notes", "Trees", "Ground", ["Field, ploughed"]])
+        self.assertEqual(names(found["/D"]["/OFF"]), ["Notes"])
+        self.assertEqual(names(found["/D"]["/Locked"]), ["Field, ploughed"])
+        states = {objects[group]["/Name"]: objects[group]["/Usage"]["/Print"]["/PrintState"] for group in found["/OCGs"]}
+        self.assertEqual(states, {"Ground": "/ON", "Field, ploughed": "/ON", "Trees": "/ON", "Notes": "/OFF"})
+
+    def test_the_page_is_as_without(self):
+        picture = [run("pdftoppm", "-r", "36", self.pdf(sample("layers-nested"), *words))
+                   for words in ((), ("--layers", "all"), ("--pdf-x", "x3", "--date", "0"))]
+        self.assertEqual(picture[0], picture[1]) # what does not print is hidden at first
+        self.assertEqual(picture[0], picture[2])
+
+    def test_the_standards_have_none(self):
+        self.assertEqual(self.properties(sample("layers-nested"), "--pdf-x", "x1a", "--date", "0")[0], None)
+        self.assertEqual(self.properties(sample("gray"))[0], None)
 
 
 class Standards(PdfTest):

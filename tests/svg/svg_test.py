@@ -127,6 +127,97 @@ class Files(SvgTest):
         self.assertEqual(self.root("a.vx").find(SVG + "title").text, "a < b & c")
 
 
+class Structure(SvgTest):
+    """Layers and groups of a drawing, as an editor finds them."""
+
+    LABEL = "{http://www.inkscape.org/namespaces/inkscape}label"
+    MODE = "{http://www.inkscape.org/namespaces/inkscape}groupmode"
+    LOCKED = "{http://sodipodi.sourceforge.net/DTD/sodipodi-0.dtd}insensitive"
+    BOX = "q 0 0 m 72 0 L 72 36 L 0 36 L h W n\n"
+
+    def tree(self, body, *words):
+        """The groups of a drawing and how many things are painted in each, "layer(…)" and "g(…)" and "clip(…)"."""
+        self.write("in.vx", document(body))
+        return self.outline(self.root("in.vx", *words))
+
+    def outline(self, parent):
+        parts = []
+        for element in parent:
+            tag = element.tag.removeprefix(SVG)
+            if tag == "g":
+                name = element.get(self.LABEL) if element.get(self.MODE) == "layer" else "clip" if element.get("clip-path") else "g"
+                parts.append(f"{name}({self.outline(element)})")
+            elif tag not in ("title", "clipPath"):
+                parts.append(tag)
+        return " ".join(parts)
+
+    def test_layers_are_an_editors(self):
+        root = self.root(sample("layers-nested"))
+        layers = [element for element in root.iter(SVG + "g") if element.get(self.MODE) == "layer"]
+        self.assertEqual([layer.get(self.LABEL) for layer in layers], ["Ground", "Field, ploughed", "Trees"])
+        self.assertEqual([layer.get(self.LOCKED) for layer in layers], [None, "true", None])
+        self.assertIn(layers[1], list(layers[0]))
+        self.assertEqual((layers[2].get("data-preview"), layers[2].get("data-dimmed")), ("false", "true"))
+        hidden, = [element for element in self.root(sample("layers-nested"), "--layers", "all").iter(SVG + "g")
+                   if element.get(self.LABEL) == "Notes"]
+        self.assertEqual((hidden.get("style"), hidden.get("data-printing")), ("display:none", "false"))
+
+    def test_layers_are_chosen_by_name(self):
+        def labels(*words):
+            return [element.get(self.LABEL) for element in self.root(sample("layers-nested"), *words).iter(SVG + "g")
+                    if element.get(self.MODE) == "layer"]
+
+        self.assertEqual(labels("--layers", "Trees,Notes"), ["Trees", "Notes"])
+        self.assertEqual(labels("--layers", "Ground,Field\\, ploughed"), ["Ground", "Field, ploughed"])
+        self.assertEqual(labels("--hide", "Ground"), ["Trees"])
+        self.assertEqual(labels("--layers", "all", "--hide", "Trees"), ["Ground", "Field, ploughed", "Notes"])
+        source = sample("layers-nested")
+        there = 'there are "Ground", "Field, ploughed", "Trees", "Notes"'
+        for words, told in ((["--layers", "Sky"], f'no layer "Sky": {there}'), (["--hide", "Sky"], f'no layer "Sky": {there}'),
+                            (["--layers", "Field\\, ploughed"], 'layer "Field, ploughed" is within "Ground": name that too')):
+            for command in (["render", "-o", "a.svg"], ["render", "-o", "a.png"]):
+                self.assertTrue(self.refused(*command, source, *words, status=1).endswith(told), words)
+
+    def test_a_group_is_one(self):
+        fill = "0 g 0 0 m 9 0 L 9 9 L f\n"
+        self.assertEqual(self.tree(f"u\n{fill}{fill}U\n{fill}"), "g(path path) path")
+        self.assertEqual(self.tree(f"u\nu\n{fill}{fill}U\n{fill}U\n"), "g(g(path path) path)")
+        # One of fewer than two things is none, whatever is around it.
+        self.assertEqual(self.tree(f"u\n{fill}U\n{fill}"), "path path")
+        self.assertEqual(self.tree(f"u\nu\n{fill}U\nu\n{fill}U\nU\n"), "g(path path)")
+        self.assertEqual(self.tree(f"u\nu\n{fill}U\nU\n"), "path")
+        self.assertEqual(self.tree("u\n0 g 0 G 0 0 m 9 0 L 9 9 L b\nU\n"), "path")
+        self.assertEqual(self.tree(f"U\n{fill}u\n{fill}{fill}"), "path g(path path)") # ends and begins too much
+
+    def test_a_clip_wins_over_a_group(self):
+        fill = "0 g 0 0 m 9 0 L 9 9 L f\n"
+        self.assertEqual(self.tree(f"u\n{self.BOX}{fill}{fill}Q\n{fill}U\n"), "g(clip(path path) path)")
+        self.assertEqual(self.tree(f"{self.BOX}u\n{fill}{fill}U\n{fill}Q\n"), "clip(g(path path) path)")
+        # It goes on behind the group that it began in; and it ends one that goes on behind it.
+        self.assertEqual(self.tree(f"u\n{fill}{self.BOX}{fill}U\n{fill}Q\n"), "g(path clip(path)) clip(path)")
+        self.assertEqual(self.tree(f"{self.BOX}u\n{fill}{fill}Q\n{fill}U\n{fill}"), "clip(g(path path)) path path")
+
+    def test_a_layer_wins_over_clips_and_groups(self):
+        fill = "0 g 0 0 m 9 0 L 9 9 L f\n"
+        first, second = ("1 1 1 1 0 0 0 0 0 0 Lb\n(%s) Ln\n" % name for name in ("A", "B"))
+        self.assertEqual(self.tree(f"{first}{self.BOX}{fill}LB\n{second}{fill}Q\n{fill}LB\n"), "A(clip(path)) B(clip(path) path)")
+        self.assertEqual(self.tree(f"{self.BOX}{first}{fill}LB\n{second}Q\n{fill}LB\n"), "clip() A(clip(path)) B(path)")
+        self.assertEqual(self.tree(f"u\n{first}u\n{fill}{fill}LB\n{second}{fill}{fill}U\nU\nLB\n"), "A(g(path path)) B(path path)")
+        self.assertEqual(self.tree(f"{first}LB\n{second}{fill}LB\n"), "B(path)") # nothing is on the first
+
+    def test_a_blend_is_not_torn_apart(self):
+        steps = "".join(f"u\n{step * 0.72 / 71:.5f} g {step} 0 m {step + 1} 0 L {step + 1} 36 L {step} 36 L f\nU\n" for step in range(72))
+        self.assertEqual(self.tree(f"u\n{steps}U\n"), "linearGradient linearGradient path") # its colours, and its place
+
+    def test_spot_inks_are_noted(self):
+        root = self.root(sample("spot-inks"))
+        brick = [element for element in root.iter(SVG + "path") if element.get("data-ink") == "Brick"]
+        self.assertEqual([element.get("data-tint") for element in brick], ["0", ".3", ".6", ".2"])
+        windows = [element for element in root.iter(SVG + "path") if element.get("data-stroke-ink")]
+        self.assertEqual([(element.get("data-ink"), element.get("data-stroke-tint")) for element in windows], 3 * [("Night", ".5")])
+        self.assertNotIn(b"data-ink", self.svg(sample("spot-inks"), "--spots", "process"))
+
+
 class Limits(SvgTest):
     def test_deep_clips_can_be_read(self):
         clip = "0 0 m\n72 0 l\n72 36 l\n0 36 l\nh\nW\nn\n"
