@@ -47,6 +47,15 @@ struct Counts {
     bool overprint = false;
 };
 
+// A spot ink that something is painted in.
+struct SpotUse {
+    std::string name;
+    double alternate[4] = {0, 0, 0, 0}; // the process inks that stand in for all of it
+    double leastTint = 0, mostTint = 0; // 0 is all of it, 1 none
+
+    bool operator==(const SpotUse &) const = default;
+};
+
 struct Outcome {
     int16_t result = 0; // VXResult of the plug-in
     Box box;            // the header's, as written; meaningful when the header was accepted
@@ -65,8 +74,10 @@ struct Outcome {
     std::vector<Report> reports;
     std::vector<FontUse> fonts;
     Counts counts;
-    DocumentEnd end;     // of one that was read to its end, or as far as it can be read
-    DocumentFault fault; // of one that is malformed, where it is known
+    std::vector<Layer> layers;  // of a drawing that was read to its end, or as far as it can be read
+    std::vector<SpotUse> spots; // in the order of their first uses
+    DocumentEnd end;            // of one that was read to its end, or as far as it can be read
+    DocumentFault fault;        // of one that is malformed, where it is known
     Salvage salvage;
 };
 

@@ -139,6 +139,7 @@ Outcome Plugin::Draw(const Document &document, const ParseOptions &options, cons
             outcome.failure = filter.EndPage();
         }
         outcome.counts = drawing.GetCounts();
+        outcome.spots = drawing.SpotsUsed();
         if (options.glyphs != nullptr)
             outcome.fonts = options.glyphs->FontsUsed();
         else

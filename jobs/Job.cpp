@@ -121,6 +121,8 @@ std::string Job::Work(WorkerLink &link) const
 
     const auto count = static_cast<int64_t>(passes.size());
     ReadingOptions options = engine_->Options().reading;
+    options.layers = task_.layers;
+    options.keepsSpots = task_.keepsSpots;
     if (engine_->Options().onProgress)
         options.onProgress = [&](int64_t read, int64_t total) {
             link.Progress(answer.passes * total + read, count * total);

@@ -32,6 +32,8 @@ struct JobTask {
     FileKinds kinds = FileKinds::All;
     std::vector<std::string> readable; // files that it may open, beside those of fonts
     bool needsFonts = false;           // read it with fonts from the start
+    LayerChoice layers;                // that are painted
+    bool keepsSpots = true;            // false: spot inks are painted in process colours
 
     // Both run in the worker: the first before it is confined, to open what passes need and the rules of files do not give
     // them; the second afterwards. Either may refuse. Where the first is null, nothing has to be opened.

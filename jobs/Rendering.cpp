@@ -76,6 +76,8 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
     job.input = task_.input;
     job.kinds = task_.kinds;
     job.readable = FilesOf(task_.settings);
+    job.layers = task_.settings.layers;
+    job.keepsSpots = task_.settings.keepsSpots;
     job.open = [this] { return OpenSpools(); };
     job.makePasses = [this](Failure *failure) { return MakePasses(failure); };
     job.startOver = [this] {

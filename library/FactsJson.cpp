@@ -2,6 +2,7 @@
 
 #include "host/JsonText.h"
 
+#include <cmath>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -99,6 +100,43 @@ Json ReportsJson(const std::vector<Report> &reports)
     return list;
 }
 
+// What a 16.16 number was written as, to four decimals.
+double InkAmount(double value)
+{
+    return std::round(value * 1e4) / 1e4;
+}
+
+Json LayersJson(const std::vector<Layer> &layers)
+{
+    Json list = Json::array();
+    for (const Layer &layer : layers) {
+        Json &json = list.emplace_back();
+        json["name"] = layer.name;
+        json["visible"] = layer.isVisible;
+        json["preview"] = layer.isPreviewed;
+        json["enabled"] = layer.isEnabled;
+        json["printing"] = layer.isPrinting;
+        json["dimmed"] = layer.isDimmed;
+        json["colour"] = {layer.rgb[0], layer.rgb[1], layer.rgb[2]};
+        json["parent"] = layer.parent;
+    }
+    return list;
+}
+
+Json SpotsJson(const std::vector<SpotUse> &spots)
+{
+    Json list = Json::array();
+    for (const SpotUse &spot : spots) {
+        Json &json = list.emplace_back();
+        json["name"] = spot.name;
+        json["cmyk"] = Json::array();
+        for (const double part : spot.alternate)
+            json["cmyk"].push_back(InkAmount(part));
+        json["tints"] = {InkAmount(spot.leastTint), InkAmount(spot.mostTint)};
+    }
+    return list;
+}
+
 } // namespace
 
 Json FontUsesJson(const std::vector<FontUse> &fonts)
@@ -138,6 +176,8 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["processColours"] = header.processColours;
     facts["customColours"] = header.customColours;
     facts["declaredFonts"] = header.fonts;
+    facts["layers"] = LayersJson(outcome.layers);
+    facts["inks"] = SpotsJson(outcome.spots);
     facts["fonts"] = FontUsesJson(outcome.fonts);
     facts["uses"] = CountsJson(outcome.counts);
     facts["problems"] = ReportsJson(outcome.reports);

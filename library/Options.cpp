@@ -179,6 +179,42 @@ void SetMissingFonts(const Option &option, const std::string &text, Settings *se
     settings->substitute = Choose(option, text) == 0;
 }
 
+// Takes a list of names apart at its commas; what follows a backslash is a part of the name.
+std::vector<std::string> NamesOf(const Option &option, const std::string &text)
+{
+    std::vector<std::string> names = {""};
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == ',')
+            names.emplace_back();
+        else if (text[i] == '\\' && i + 1 < text.size())
+            names.back() += text[++i];
+        else
+            names.back() += text[i];
+    }
+    if (std::ranges::find(names, "") != names.end())
+        Refuse(option, text,
+               "a name is missing: give names with commas between them, and \\, for a comma in a name");
+    return names;
+}
+
+void SetLayers(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->layers.isAll = text == "all";
+    settings->layers.shown.clear();
+    if (text != "all" && text != "printing")
+        settings->layers.shown = NamesOf(option, text);
+}
+
+void SetHidden(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->layers.hidden = NamesOf(option, text);
+}
+
+void SetSpots(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->keepsSpots = Choose(option, text) == 0;
+}
+
 void SetSalvage(const Option &option, const std::string &text, Settings *settings)
 {
     settings->salvage = Choose(option, text) == 1;
@@ -219,6 +255,9 @@ constexpr Option kOptions[] = {
     {"background", 'b', "COLOR", kAll, "",
      "what is behind the drawing: none, #rrggbb or a name (png white; pdf, svg none)", SetBackground},
     {"box", 0, "BOX", kAll, "bbox", "what to show: bbox, or L,B,R,T in points (bbox)", SetBox},
+    {"layers", 0, "WHICH", kAll, "printing",
+     "the layers to paint: printing, all, or these alone, as NAME,NAME (printing)", SetLayers},
+    {"hide", 0, "NAME,...", kAll, "", "layers to leave out, with all that is in them", SetHidden},
     {"profile", 0, "FILE", kAll, "fogra39",
      "press profile: fogra39, none (plain arithmetic), or an ICC file; for pdf with --pdf-x (fogra39)",
      SetProfile},
@@ -230,6 +269,9 @@ constexpr Option kOptions[] = {
     {"samples", 0, "N", kPng, "4", "png: samples a pixel, each way: 1, 2, 4 or 8 (4)", SetSamples, "1,2,4,8"},
     {"text", 0, "HOW", kPdf | kSvg, "text", "pdf, svg: text, in embedded fonts, or outlines (text)", SetText,
      "text,outlines"},
+    {"spots", 0, "HOW", kPdf | kSvg, "keep",
+     "pdf, svg: spot inks: keep, a plate of its own for each, or process, the inks that stand in (keep)",
+     SetSpots, "keep,process"},
     {"pdf-x", 0, "LEVEL", kPdf, "none", "pdf: the standard to keep to: x1a, x3 or none (none)", SetStandard,
      "x1a,x3,none"},
     {"date", 0, "S", kPdf, "", "pdf: the date of its creation, in seconds since 1970 (the document's own)",
@@ -275,6 +317,8 @@ ReadingOptions ReadingOptionsOf(const Settings &settings)
     reading.substitute = settings.substitute;
     reading.script = settings.script;
     reading.dateOrder = settings.dateOrder;
+    reading.layers = settings.layers;
+    reading.keepsSpots = settings.keepsSpots;
     reading.salvage = settings.salvage;
     reading.salvageSeconds = settings.seconds / 2; // the other half is for the drawing
     // One bound for the interpreter and the drawing: together they stay under that of a worker.

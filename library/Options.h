@@ -33,6 +33,8 @@ struct Settings {
     std::optional<Script> script;
     DateOrder dateOrder = DateOrder::Unsaid;
     bool substitute = true;
+    LayerChoice layers;
+    bool keepsSpots = true;
     bool salvage = false;
     double seconds = 60;               // 0: no limit
     int64_t memory = int64_t{1} << 30; // bytes; 0: no limit

@@ -72,6 +72,8 @@ struct Omitted {
     uint32_t reports = 0;
     uint32_t fonts = 0;
     uint32_t processColours = 0, customColours = 0, declaredFonts = 0;
+    uint32_t layers = 0;
+    uint32_t spots = 0;
 };
 
 struct Result {

@@ -120,6 +120,10 @@ std::vector<std::string> ListOmitted(const Omitted &omitted)
         warnings.push_back(std::to_string(omitted.reports) + " more problems are not told of");
     if (omitted.fonts > 0)
         warnings.push_back(std::to_string(omitted.fonts) + " more fonts are not told of");
+    if (omitted.layers > 0)
+        warnings.push_back(std::to_string(omitted.layers) + " more layers are not told of");
+    if (omitted.spots > 0)
+        warnings.push_back(std::to_string(omitted.spots) + " more spot inks are not told of");
     return warnings;
 }
 

@@ -48,7 +48,8 @@ Status TraceCommand::Run(Messages *messages) const
         else
             writer = std::make_unique<TraceLines>(sink);
         Outcome outcome = reading.Trace(*writer, structure);
-        outcome.failure = lines.Finish();
+        if (const Failure failure = lines.Finish(); !outcome.failure)
+            outcome.failure = failure;
         return outcome;
     };
     JobTask task;

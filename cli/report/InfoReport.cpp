@@ -67,6 +67,49 @@ std::string Usage(const Counts &counts)
                    Count(counts.shows, "text", "texts")});
 }
 
+// Each layer, and what is not as it is with most.
+std::string LayerRows(const std::vector<Layer> &layers)
+{
+    std::string rows;
+    for (size_t i = 0; i < layers.size(); ++i) {
+        const Layer &layer = layers[i];
+        std::string depth;
+        // What a worker says is not believed: a layer stands behind the one around it, or has none.
+        for (size_t at = i; layers[at].parent >= 0 && static_cast<size_t>(layers[at].parent) < at;
+             at = static_cast<size_t>(layers[at].parent))
+            depth += "  ";
+        std::vector<std::string> flags;
+        const std::pair<bool, const char *> words[] = {{!layer.isPrinting, "does not print"},
+                                                       {!layer.isVisible, "not visible"},
+                                                       {!layer.isPreviewed, "outlines in an editor"},
+                                                       {!layer.isEnabled, "locked"},
+                                                       {layer.isDimmed, "dimmed"}};
+        for (const auto &[is, word] : words) {
+            if (is)
+                flags.emplace_back(word);
+        }
+        rows += Row(rows.empty() ? "layers" : "",
+                    depth + layer.name + (flags.empty() ? "" : ": " + Joined(flags)));
+    }
+    return rows;
+}
+
+std::string SpotRows(const std::vector<SpotUse> &spots)
+{
+    std::string rows;
+    for (const SpotUse &spot : spots) {
+        const std::string tints =
+            spot.leastTint == spot.mostTint
+                ? fmt::format("tint {}", Decimal(spot.leastTint, 4))
+                : fmt::format("tints {} to {}", Decimal(spot.leastTint, 4), Decimal(spot.mostTint, 4));
+        rows += Row(rows.empty() ? "spot inks" : "",
+                    fmt::format("{}: {} {} {} {}, {}", spot.name, Decimal(spot.alternate[0], 4),
+                                Decimal(spot.alternate[1], 4), Decimal(spot.alternate[2], 4),
+                                Decimal(spot.alternate[3], 4), tints));
+    }
+    return rows;
+}
+
 // Returns the date as it was found, and as it is read.
 std::string CreatedText(const HeaderFacts &header)
 {
@@ -99,6 +142,8 @@ std::string InfoText(const std::string &input, const Result &result, const std::
     text += Row("colour", UsedColours(outcome));
     text += Row("process colours", Joined(header.processColours));
     text += Row("custom colours", Joined(header.customColours));
+    text += LayerRows(outcome.layers);
+    text += SpotRows(outcome.spots);
     text += FontRows(result);
     text += Row("uses", Usage(outcome.counts));
     text += Row("file", fmt::format("{} bytes{}, line ends {}{}{}", outcome.bytesTotal,

@@ -17,6 +17,8 @@ void AddResult(const Result &result, nlohmann::ordered_json *json)
                                                         {"customColours", omitted.customColours},
                                                         {"declaredFonts", omitted.declaredFonts},
                                                         {"fonts", omitted.fonts},
+                                                        {"layers", omitted.layers},
+                                                        {"inks", omitted.spots},
                                                         {"problems", omitted.reports}};
     for (const auto &[member, count] : counts) {
         if (count > 0)

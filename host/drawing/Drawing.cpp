@@ -284,6 +284,22 @@ void Drawing::SetOverprint(bool on)
     state_.paint.overprint = on;
 }
 
+void Drawing::CountSpot(const SpotColour &spot)
+{
+    const double tint = 1 - spot.amount;
+    const auto [place, isNew] = placeOfSpot_.try_emplace(spot.ink, spotsUsed_.size());
+    if (isNew) {
+        SpotUse &use = spotsUsed_.emplace_back();
+        use.name = spot.ink->name;
+        std::ranges::copy(spot.ink->alternate, use.alternate);
+        use.leastTint = use.mostTint = tint;
+        return;
+    }
+    SpotUse &use = spotsUsed_[place->second];
+    use.leastTint = std::min(use.leastTint, tint);
+    use.mostTint = std::max(use.mostTint, tint);
+}
+
 // Returns what is painted with: the plug-in has sent the colour, and the spot ink has been read beside it.
 const Paint &Drawing::CountPaint(const SpotColour &spot)
 {
@@ -296,6 +312,7 @@ const Paint &Drawing::CountPaint(const SpotColour &spot)
     if (spot.ink == nullptr || paint.colour.space != ColourSpace::Cmyk ||
         !std::ranges::equal(paint.colour.ink, spot.process))
         return paint;
+    CountSpot(spot);
     spotPaint_ = paint;
     spotPaint_.colour.spot = spot.ink;
     spotPaint_.colour.amount = spot.amount;

@@ -13,6 +13,7 @@
 #include "host/drawing/StructureSink.h"
 
 #include <cstdint>
+#include <map>
 #include <span>
 #include <vector>
 
@@ -84,6 +85,7 @@ class Drawing final : public StructureSink
 
     MemoryBudget &Budget() { return budget_; }
     const Counts &GetCounts() const { return counts_; }
+    const std::vector<SpotUse> &SpotsUsed() const { return spotsUsed_; }
 
   private:
     // Closed: the current point is start, and the next segment starts a subpath there.
@@ -109,6 +111,7 @@ class Drawing final : public StructureSink
     void OpenSubpath(Point ifNone);
     void CutDashes(size_t length);
     const Paint &CountPaint(const SpotColour &spot);
+    void CountSpot(const SpotColour &spot);
     void BeginWaiting();
     void EndInnermost();
     void EndGroups();
@@ -135,6 +138,8 @@ class Drawing final : public StructureSink
     uint64_t groupsTooDeep_ = 0, layersTooDeep_ = 0; // innermost ones that are not told
     uint64_t groupsEndedEarly_ = 0;                  // by a layer: their own ends are still to come
     SpotColour fillSpot_, strokeSpot_;
+    std::vector<SpotUse> spotsUsed_;
+    std::map<const SpotInk *, size_t> placeOfSpot_; // among them
     Paint spotPaint_;
 };
 

@@ -125,6 +125,7 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
     DecodeTexts(textEncoding_, &header_);
     for (Layer &layer : structure_.layers)
         layer.name = DecodeText(layer.name, textEncoding_);
+    wrongChoice_ = ChooseLayers(options_.layers, &structure_.layers);
     const HeaderDate date = ReadHeaderDate(header_.creationDate, options_.dateOrder);
     header_.wrapping = unpacked_->names;
     if (!wrapping_.names.empty())
@@ -161,6 +162,8 @@ Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
             static_cast<size_t>(drawing_.data() - reinterpret_cast<const char *>(document_.Bytes().data())),
             header_.version, structure_,
             [this](std::string_view name) { return DecodeText(name, textEncoding_); });
+        if (!options_.keepsSpots)
+            structure->LeaveSpots();
         structure->SendTo(sink);
         if (options_.readsTexts)
             structure->TellTexts();
@@ -297,6 +300,7 @@ void Reading::TellEnd(Outcome *outcome)
     if (!end_)
         end_ = FindEnd(document_, false);
     outcome->end = *end_;
+    outcome->layers = structure_.layers;
     Undrawn &undrawn = outcome->end.undrawn;
     if (outcome->result != kVXOk) // it was given up elsewhere
         undrawn = {};
@@ -323,8 +327,18 @@ Page Reading::PageFor(const std::optional<Box> &box)
     return page;
 }
 
+Outcome Reading::RefuseChoice()
+{
+    Outcome outcome = ReadInfo();
+    if (outcome.result == kVXOk)
+        outcome.failure = {FailureKind::BadInput, wrongChoice_};
+    return outcome;
+}
+
 Outcome Reading::Draw(const Page &page, Device &device)
 {
+    if (!wrongChoice_.empty())
+        return RefuseChoice();
     FindFaults();
     Outcome outcome = Interpret([&](const ParseOptions &options) {
         return installation_.plugin->Draw(document_, options, page, device);
@@ -346,6 +360,8 @@ Outcome Reading::Look()
 
 Outcome Reading::Trace(TraceWriter &writer, bool withStructure)
 {
+    if (!wrongChoice_.empty())
+        return RefuseChoice();
     FindFaults();
     TraceTable table(&writer);
     TraceStructure structure(&writer);

@@ -10,6 +10,7 @@
 #include "host/reading/Blanks.h"
 #include "host/reading/FaultFinder.h"
 #include "host/reading/HeaderScan.h"
+#include "host/reading/LayerChoice.h"
 #include "host/reading/StructureCompanion.h"
 #include "host/reading/Unpacking.h"
 #include "host/reading/Wrapping.h"
@@ -60,6 +61,8 @@ struct ReadingOptions {
     std::function<bool(const Report &)> onReport; // true gives the document up; null: it goes on
     std::function<void(int64_t read, int64_t total)> onProgress; // null: none
     StreamCompanion *companion = nullptr;                        // goes along with each pass that draws
+    LayerChoice layers;
+    bool keepsSpots = true;     // false: what is painted in a spot ink is painted in process colours
     bool readsStructure = true; // false: layers, groups and spot inks are painted like all else
     bool readsTexts = false;    // where texts begin and end is told too, which takes longer
 };
@@ -108,6 +111,7 @@ class Reading
     void TellLackedFont(Outcome *outcome);
     void TellEnd(Outcome *outcome);
     int64_t MemoryLeft() const;
+    Outcome RefuseChoice();
     Outcome LimitOutcome() const;
 
     const Installation &installation_;
@@ -121,6 +125,7 @@ class Reading
     HeaderFacts header_;
     std::string_view drawing_; // the document without an EPS wrapper
     Structure structure_;
+    std::string wrongChoice_; // of layers; empty: it can be met
     DocumentFontOptions fontOptions_;
     DocumentFonts fonts_;
     TextEncoding textEncoding_; // of what no font shows

@@ -163,7 +163,7 @@ const StructureCompanion::WrittenInk *StructureCompanion::FindInk(std::span<cons
 
 SpotColour StructureCompanion::FindSpot(const FoundOperator &found)
 {
-    if (found.count < kSpotOperands)
+    if (found.count < kSpotOperands || leavesSpots_)
         return {};
     const auto operands = found.Operands().last(kSpotOperands);
     const WrittenInk *written = FindInk(operands.first(kSpotOperands - 1));

@@ -45,6 +45,9 @@ class StructureCompanion final : public StreamCompanion
     // Who is told; null: nobody, but the layers are painted as chosen all the same.
     void SendTo(StructureSink *sink) { sink_ = sink; }
 
+    // What is painted in a spot ink is painted in process colours, as if nobody knew of them.
+    void LeaveSpots() { leavesSpots_ = true; }
+
     void Deliver(std::span<std::byte> bytes, size_t offset) override;
     void BeginLine() override
     {
@@ -84,6 +87,7 @@ class StructureCompanion final : public StreamCompanion
     DecodeName decodeName_;
     StructureScan scan_;
     StructureSink *sink_ = nullptr;
+    bool leavesSpots_ = false;
 
     size_t piece_ = 0;                 // in the drawing, where the piece begins that is delivered
     uint64_t line_ = 0, nextLine_ = 0; // since then; 0: nothing waits for a line of this piece

@@ -15,13 +15,16 @@ namespace
 constexpr size_t kMaxName = 1024; // whatever the document or the font says, in UTF-8
 constexpr size_t kMaxText = 4096; // a line for a person
 constexpr size_t kMaxPath = 4096; // of the system's
-constexpr size_t kReportsSize = size_t{128} << 10;
+constexpr size_t kReportsSize = size_t{64} << 10;
 constexpr size_t kNamesSize = size_t{128} << 10; // of each list of names
 constexpr size_t kFontsSize = size_t{448} << 10;
+constexpr size_t kLayersSize = size_t{48} << 10;
+constexpr size_t kSpotsSize = size_t{48} << 10;
 constexpr size_t kSalvageSize = Salvage::kMostTold * (DocumentFault::kMostText + 32);
 constexpr size_t kFixedSize = 8 * (kMaxName + sizeof(uint32_t)) + 4 * (kMaxText + sizeof(uint32_t)) +
                               DocumentFault::kMostText + kSalvageSize + 512;
-static_assert(kFixedSize + kReportsSize + 3 * kNamesSize + kFontsSize < kMaxAnswer);
+static_assert(kFixedSize + kReportsSize + 3 * kNamesSize + kFontsSize + kLayersSize + kSpotsSize <
+              kMaxAnswer);
 
 template <typename Flat, typename Name>
 void DescribeName(Flat &flat, Name &name)
@@ -88,6 +91,29 @@ void Describe(Flat &flat, FontUse &font)
 }
 
 template <typename Flat>
+void Describe(Flat &flat, Layer &layer)
+{
+    flat.AddText(layer.name, kMaxName);
+    flat.Add(layer.parent);
+    for (bool *flag : {&layer.isVisible, &layer.isPreviewed, &layer.isEnabled, &layer.isPrinting,
+                       &layer.isDimmed, &layer.isPainted})
+        flat.Add(*flag);
+    flat.Add(layer.colour);
+    for (uint8_t &part : layer.rgb)
+        flat.Add(part);
+}
+
+template <typename Flat>
+void Describe(Flat &flat, SpotUse &spot)
+{
+    flat.AddText(spot.name, kMaxName);
+    for (double &part : spot.alternate)
+        flat.Add(part);
+    flat.Add(spot.leastTint);
+    flat.Add(spot.mostTint);
+}
+
+template <typename Flat>
 void Describe(Flat &flat, DocumentFault &fault)
 {
     flat.Add(fault.line);
@@ -136,6 +162,10 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.AddList(outcome.fonts, {kFontsSize}, &omitted.fonts,
                  [](auto &to, FontUse &font) { Describe(to, font); });
     Describe(flat, outcome.counts);
+    flat.AddList(outcome.layers, {kLayersSize}, &omitted.layers,
+                 [](auto &to, Layer &layer) { Describe(to, layer); });
+    flat.AddList(outcome.spots, {kSpotsSize}, &omitted.spots,
+                 [](auto &to, SpotUse &spot) { Describe(to, spot); });
     flat.Add(outcome.end.isSaid);
     flat.Add(outcome.end.isInLine);
     OpenThings &open = outcome.end.open;

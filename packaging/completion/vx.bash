@@ -5,8 +5,8 @@ _vx()
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
     local every='--plugin --max-time --max-memory --max-output --progress --font-dir --font-map --no-system-fonts --missing-fonts
         --script --date-order --salvage --require-sandbox --strict --quiet --verbose --help'
-    local picture='--output --format --dpi --zoom --width --height --fit --background --box --profile --intent
-        --overprint --samples --text --pdf-x --date'
+    local picture='--output --format --dpi --zoom --width --height --fit --background --box --layers --hide --profile --intent
+        --overprint --samples --text --spots --pdf-x --date'
     local words= files=-f
 
     # "--option=value" comes in three words.
@@ -27,6 +27,9 @@ _vx()
     --overprint) words='simulate ignore' files= ;;
     --samples) words='1 2 4 8' files= ;;
     --text) words='text outlines' files= ;;
+    --spots) words='keep process' files= ;;
+    --layers) words='printing all' files= ;;
+    --hide) files= ;;
     --pdf-x) words='x1a x3 none' files= ;;
     --date-order) words='auto mdy dmy' files= ;;
     --script) words='auto roman japanese chinese korean' files= ;;

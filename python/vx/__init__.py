@@ -26,7 +26,7 @@ from vx import _errors
 from vx._choices import Format, Option, Value, formats, library_options, options
 from vx._document import Document, Progress
 from vx._errors import *
-from vx._info import Box, FontFile, FontUse, Header, Info, Problem, Uses
+from vx._info import Box, FontFile, FontUse, Header, Info, Ink, Layer, Problem, Uses
 from vx._isolated import render_isolated as _render_isolated
 from vx._libvx import lib as _lib, text_of as _text_of
 from vx._library import Font, Library, shared_library as _shared_library
@@ -34,7 +34,7 @@ from vx._picture import Picture
 
 __all__ = [
     "open", "render_isolated", "formats", "options", "library_options", "Library", "Document", "Picture", "Header", "Info", "FontUse", "FontFile",
-    "Uses", "Problem", "Font", "Format", "Option", "Box", "Progress", "Value", *_errors.__all__,
+    "Uses", "Layer", "Ink", "Problem", "Font", "Format", "Option", "Box", "Progress", "Value", *_errors.__all__,
 ]
 
 __version__: str = _text_of(_lib.vx_version())

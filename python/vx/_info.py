@@ -83,6 +83,34 @@ class Uses:
 
 
 @dataclass(frozen=True)
+class Layer:
+    """A layer of a drawing, as its flags say; what is painted follows printing.
+
+        colour  of its outlines in an editor: red, green and blue, 0 to 255
+        parent  the layer around it, as its place among all; -1 where there is none
+    """
+
+    name: str
+    visible: bool
+    preview: bool
+    enabled: bool
+    printing: bool
+    dimmed: bool
+    colour: tuple[int, int, int]
+    parent: int
+
+
+@dataclass(frozen=True)
+class Ink:
+    """A spot ink that something is painted in: the CMYK that stands in for it, 0 to 1, and the least and the most tint that it is
+    used in (0 is all of it, 1 none)."""
+
+    name: str
+    cmyk: tuple[float, float, float, float]
+    tints: tuple[float, float]
+
+
+@dataclass(frozen=True)
 class Problem:
     """Something in a drawing that cannot be shown as it was meant: the number of its kind, and what it is in words."""
 
@@ -105,6 +133,8 @@ class Info:
         millimetres      the same in millimetres
         monochrome       declared black and white
         process_colours  names that its header declares, as custom_colours and declared_fonts are
+        layers           in the order in which they begin
+        inks             spot inks that something is painted in
         fonts            those that it uses, in the order of their first texts
         uses             how much there is of each thing in it
         problems         what cannot be shown as it was meant
@@ -131,6 +161,8 @@ class Info:
     process_colours: tuple[str, ...]
     custom_colours: tuple[str, ...]
     declared_fonts: tuple[str, ...]
+    layers: tuple[Layer, ...]
+    inks: tuple[Ink, ...]
     fonts: tuple[FontFile, ...]
     uses: Uses
     problems: tuple[Problem, ...]
@@ -148,6 +180,8 @@ class Info:
 def read_info(text: str) -> Info:
     """Reads the facts that the library gives as JSON."""
     facts = json.loads(text)
+    facts["layers"] = tuple(record_of(Layer, layer) for layer in facts["layers"])
+    facts["inks"] = tuple(record_of(Ink, ink) for ink in facts["inks"])
     facts["fonts"] = tuple(record_of(FontFile, font) for font in facts["fonts"])
     facts["uses"] = record_of(Uses, facts["uses"])
     facts["problems"] = tuple(record_of(Problem, problem) for problem in facts["problems"])

@@ -119,7 +119,7 @@ class Members(CommandTest):
 
     TEXT = "0 g\n0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_{} 12 Tf\n(Hand) Tx\nTO\n"
     # No document leads to so many with the plug-in that is built in: each problem is reported once.
-    UNSEEN = {"omitted.problems"}
+    UNSEEN = {"omitted.problems", "omitted.layers", "omitted.inks"}
 
     def setUp(self):
         super().setUp()
@@ -265,13 +265,13 @@ class Completion(CommandTest):
         self.assertEqual(self.complete("render", "a.vx", "--pdf"), ["--pdf-x"])
 
     # The message about a wrong value lists these.
-    CHOICES = ["--format", "--intent", "--overprint", "--samples", "--text", "--pdf-x", "--script", "--missing-fonts",
+    CHOICES = ["--format", "--intent", "--overprint", "--samples", "--text", "--spots", "--pdf-x", "--script", "--missing-fonts",
                "--progress"]
 
     def test_values_are_those_that_the_program_takes(self):
         self.write("a.vx", document())
         for option in self.CHOICES:
-            output = "a.pdf" if option in ("--text", "--pdf-x") else "a.png"
+            output = "a.pdf" if option in ("--text", "--spots", "--pdf-x") else "a.png"
             told = self.refused("render", "a.vx", "-o", output, option, "nonsense", status=2)
             choices = set(re.findall(r"\w+", told.split(": give ")[1])) - {"one", "of", "or", "several", "as"}
             self.assertEqual(set(self.complete("render", option, "")), choices, option)

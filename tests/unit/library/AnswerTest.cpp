@@ -28,8 +28,8 @@ auto FieldsOf(const HeaderFacts &record)
 
 auto FieldsOf(const Omitted &record)
 {
-    const auto &[a, b, c, d, e] = record;
-    return std::tie(a, b, c, d, e);
+    const auto &[a, b, c, d, e, f, g] = record;
+    return std::tie(a, b, c, d, e, f, g);
 }
 
 auto FieldsOf(const Confinement &record)
@@ -78,7 +78,7 @@ void ExpectSame(const Outcome &one, const Outcome &two)
 {
     const auto &[result, box, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
                  peakHeap, memoryLimitHit, failure, lackedFont, unknownCharacters, undrawnTexts, reports,
-                 fonts, counts, end, fault, salvage] = one;
+                 fonts, counts, layers, spots, end, fault, salvage] = one;
     EXPECT_EQ(std::tie(result, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
                        peakHeap, memoryLimitHit, lackedFont, unknownCharacters, undrawnTexts),
               std::tie(two.result, two.headerAccepted, two.monochrome, two.bytesRead, two.bytesTotal,
@@ -89,6 +89,8 @@ void ExpectSame(const Outcome &one, const Outcome &two)
     EXPECT_TRUE(std::ranges::equal(reports, two.reports, IsSame<Report>));
     EXPECT_TRUE(std::ranges::equal(fonts, two.fonts, IsSame<FontUse>));
     EXPECT_TRUE(IsSame(counts, two.counts));
+    EXPECT_EQ(layers, two.layers);
+    EXPECT_EQ(spots, two.spots);
     EXPECT_EQ(end, two.end);
     EXPECT_EQ(fault, two.fault);
     EXPECT_EQ(salvage, two.salvage);
@@ -143,10 +145,13 @@ Answer MakeAnswer()
     outcome.fonts = {{"Futura", "Jost", "/fonts/jost.otf", FontMatch::Substitute, 11, 12, 13},
                      {"Gill", "", "", FontMatch::Missing, 21, 22, 23}};
     outcome.counts = {31, 32, 33, 34, uint64_t{1} << 50, true, false, true};
+    outcome.layers = {{"Ground", -1, true, false, true, false, true, 91, {92, 93, 94}, false},
+                      {"Kite", 0, false, true, false, true, false, 95, {96, 97, 98}, true}};
+    outcome.spots = {{"Lake", {0.11, 0.12, 0.13, 0.14}, 0.15, 0.16}};
     outcome.end = {false, true, {61, 62, 63, 64, 65, 66, true}, {67, 68}};
     outcome.fault = {71, 72, "a fault"};
     outcome.salvage = {3, {{81, 82, "the first"}, {83, 84, "the second"}, {85, 86, "the third"}}, true};
-    answer.omitted = {41, 42, 43, 44, 45};
+    answer.omitted = {41, 42, 43, 44, 45, 46, 47};
     answer.confinement = {true, false, 38, 22};
     answer.passes = 51;
     answer.needsFonts = true;
