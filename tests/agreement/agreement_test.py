@@ -39,6 +39,9 @@ LARGER = {
     ("pocket-trumpet", "Ghostscript"): (1.5, 40),
     # To poppler a corner of curves is as sharp as the lines that stand for them, which takes it below the mitre limit.
     ("butterfly", "poppler"): (1, 50),
+    # A plate of its own leaves those of the process inks alone under overprint; our picture has the inks that stand in for it.
+    ("spot-inks", "poppler"): (1.5, 130),
+    ("spot-inks", "MuPDF"): (1.5, 130),
     # Colours of a screen that are multiplied come out purer than inks upon each other.
     ("overprint", "rsvg"): (2.5, 75),
 }
