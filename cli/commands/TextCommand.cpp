@@ -1,6 +1,7 @@
 #include "cli/commands/TextCommand.h"
 
 #include "cli/commands/Session.h"
+#include "cli/options/OutputOptions.h"
 #include "cli/report/LineWriter.h"
 #include "cli/report/TextReport.h"
 #include "devices/words/WordsDevice.h"
@@ -40,7 +41,8 @@ Outcome PrintTexts(Reading &reading, const std::string &input, const std::string
     Outcome outcome = reading.Draw(AnyPage(), device);
     outcome.unknownCharacters = device.UnknownCharacters();
     outcome.fonts.clear(); // words are the same whatever serves their fonts
-    outcome.failure = writer.Finish();
+    if (const Failure failure = writer.Finish(); !outcome.failure)
+        outcome.failure = failure;
     return outcome;
 }
 
@@ -49,6 +51,8 @@ Outcome PrintTexts(Reading &reading, const std::string &input, const std::string
 TextCommand::TextCommand(CLI::App *command)
 {
     command->add_flag("--json", json_, "one JSON object a text, each on a line of its own");
+    for (const char *name : {"layers", "hide"})
+        AddOption(*FindOption(name), FindOption(name)->help, &texts_, command);
     common_.AddTo(command);
     command->footer("Examples:\n"
                     "  vx text map.vx\n"
@@ -62,6 +66,7 @@ Status TextCommand::Run(Messages *messages) const
     if (isatty(STDOUT_FILENO) == 1)
         options.showProgress = false; // it would stand among the lines
     options.reading.readsTexts = true;
+    const LayerChoice layers = texts_.Read().layers;
     Session session(options, CommandKind::Text, messages);
     Status worst = Status::Done;
     for (const std::string &input : options.inputs) {
@@ -69,6 +74,7 @@ Status TextCommand::Run(Messages *messages) const
             options.inputs.size() == 1 ? "" : Printable(InputName(input), 4096).append(":");
         JobTask task;
         task.input = input;
+        task.layers = layers;
         task.needsFonts = true; // without them the document might be read twice, and its words printed twice
         task.makePasses = [&, json = json_](Failure *) {
             return std::vector<Pass>{

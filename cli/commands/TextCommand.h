@@ -16,6 +16,7 @@ class TextCommand
 
   private:
     CommonOptionReader common_;
+    OptionTexts texts_; // what is said of layers
     bool json_ = false;
 };
 

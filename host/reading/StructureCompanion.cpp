@@ -95,7 +95,7 @@ void StructureCompanion::Take(const FoundOperator &found)
     default:
         break;
     }
-    events_.push_back(std::move(event));
+    events_.push_back(event);
 }
 
 // What is written without a kind, as in the oldest documents, begins at a point.

@@ -48,7 +48,7 @@ _vx()
             files=
             case ${COMP_WORDS[1]} in
             info) words="--json $every" ;;
-            text) words="--json $every" ;;
+            text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
             render) words="--force $picture $every" ;;

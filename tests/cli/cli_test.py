@@ -685,19 +685,20 @@ def text_document(*fonts):
 
 
 class Words(CommandTest):
-    # Lines from the bottom up, in a layer, in fonts that are on no machine.
-    BODY = ("1 1 1 1 0 0 0 0 0 0 Lb\n(Signs) Ln\n0 0.5 1 0 (Rust) 0.5 x\n0 To\n1 0 0 1 5 20 0 Tp\nTP\n0 Tr\n/_Nowhere 12 Tf\n"
-            "(harbour) Tx\n0 15 Td\n(Caf\\216 at the) Tx\nTO\nLB\n0 g\n2 To\n1 0 0 1 40 20 0 Tp\nTP\n0 Tr\n/_Elsewhere 6 Tf\n(quay) Tx\nTO\n")
+    # An area in no layer, then lines from the bottom up in one, in fonts that are on no machine.
+    BODY = ("0 g\n2 To\n1 0 0 1 40 20 0 Tp\nTP\n0 Tr\n/_Elsewhere 6 Tf\n(quay) Tx\nTO\n"
+            "1 1 1 1 0 0 0 0 0 0 Lb\n(Signs) Ln\n0 0.5 1 0 (Rust) 0.5 x\n0 To\n1 0 0 1 5 20 0 Tp\nTP\n0 Tr\n/_Nowhere 12 Tf\n"
+            "(harbour) Tx\n0 15 Td\n(Caf\\216 at the) Tx\nTO\nLB\n")
 
     def test_lines_with_a_blank_one_between_texts(self):
         self.write("a.vx", document(self.BODY))
         output, messages = self.run_vx("text", "a.vx", "--strict")
-        self.assertEqual(output.decode(), "Café at the\nharbour\n\nquay\n")
+        self.assertEqual(output.decode(), "quay\n\nCafé at the\nharbour\n")
         self.assertEqual(messages, [])  # what is drawn instead of those fonts changes no word
 
     def test_json_says_more(self):
         output, _ = self.run_vx("text", "--json", "-", "--no-system-fonts", stdin=document(self.BODY))
-        first, second = [json.loads(line) for line in output.decode().splitlines()]
+        second, first = [json.loads(line) for line in output.decode().splitlines()]
         self.assertEqual([first[name] for name in ("file", "layer", "printing", "kind", "unknownCharacters")],
                          ["-", "Signs", True, "point", 0])
         self.assertEqual([line["text"] for line in first["lines"]], ["Café at the", "harbour"])
@@ -714,7 +715,7 @@ class Words(CommandTest):
         self.write("bad.vx", document("1 k\n"))
         output, messages = self.run_vx("text", "a.vx", "none.vx", "bad.vx", "-", stdin=document(self.BODY), status=1)
         expected = [f"{name}:{line}" for name in ("a.vx", "standard input")
-                    for line in ("Café at the", "harbour", "", "quay")]
+                    for line in ("quay", "", "Café at the", "harbour")]
         self.assertEqual(output.decode().splitlines(), expected)
         self.assertEqual(len(messages), 1)
         self.assertIn("bad.vx: malformed", messages[0])
@@ -740,13 +741,18 @@ class Words(CommandTest):
         os.close(writer)
 
     def test_hidden_layers_and_unpainted_text_say_nothing(self):
-        self.write("a.vx", document(self.BODY.replace("1 1 1 1", "1 1 1 0", 1).replace("0 Tr", "3 Tr")))
+        self.write("a.vx", document(self.BODY.replace("1 1 1 1", "1 1 1 0")))
+        self.assertEqual(self.run_vx("text", "a.vx")[0], b"quay\n")
+        output, _ = self.run_vx("text", "--json", "--layers", "all", "a.vx")
+        self.assertEqual([json.loads(line)["printing"] for line in output.splitlines()], [True, False])
+        self.assertIn('no layer "Sings"', self.refused("text", "--layers", "Sings", "a.vx", status=1))
+        self.write("a.vx", document(self.BODY.replace("0 Tr", "3 Tr")))
         self.assertEqual(self.run_vx("text", "a.vx")[0], b"")
 
     def test_more_than_a_pipe_holds(self):
-        self.write("a.vx", document(self.BODY * 20000))
+        self.write("a.vx", document(self.BODY.partition("TO\n")[0] + "TO\n" + self.BODY.partition("TO\n")[2] * 20000))
         output, _ = self.run_vx("text", "a.vx")
-        self.assertEqual(output.decode(), "\n".join(["Café at the\nharbour\n\nquay\n"] * 20000))
+        self.assertEqual(output.decode(), "\n".join(["quay\n", *["Café at the\nharbour\n"] * 20000]))
 
 
 class Fonts(CommandTest):

@@ -110,7 +110,7 @@ def named_members(page, title):
 
 # The words with which a page says what a member is, and what it then is.
 TYPES = {"Text and number": (str, int), "Text": (str,), "Number": (int,), "Whether": (bool,), "An object": (dict,),
-         "A list": (list,), "Lists": (list,), "Points": (int, float), "Amount": (int, float), "Four numbers": (list,), "Two numbers": (list,),
+         "A list": (list,), "Lists": (list,), "Points": (int, float), "How much": (int, float), "Four numbers": (list,), "Two numbers": (list,),
          "Any value": (int, float, str, list, dict, type(None))}
 
 

@@ -200,10 +200,10 @@ TEST_F(StructureTest, TextsAreToldToWhoAsksForThem)
     const std::string text = "0 g\n2 To\n1 0 0 1 0 0 0 Tp\nTP\n0 Tr\n/_Helvetica 9 Tf\n(a) Tx\n(b) Tx\nTO\n";
     EXPECT_EQ(ShortBody(text), "t, t");
     EXPECT_EQ(ShortBody(text, true), "begin-text 2, begin-text-path, t, t, end-text");
-    EXPECT_EQ(ShortBody("0 g 0 To 1 0 0 1 0 0 0 Tp TP 0 Tr /_Helvetica 9 Tf (a) Tx TO 0 To TO 0 Tr "
-                        "/_Helvetica 9 Tf (b) Tx\n",
-                        true),
-              "begin-text 0, begin-text-path, t, end-text, begin-text 0, end-text, t");
+    // What follows a text is outside of it.
+    EXPECT_EQ(
+        ShortBody("0 g 1 To 1 0 0 1 0 0 0 Tp TP 0 Tr /_Helvetica 9 Tf (a) Tx TO (b) Tx 0 To TO\n", true),
+        "begin-text 1, begin-text-path, t, end-text, t, begin-text 0, end-text");
     // The oldest documents begin a text in four ways, each of which has an operand or none.
     for (const char *begin : {"e", "a", "r"})
         EXPECT_EQ(ShortBody("0 g 0 G\n[1 0 0 1 9 9]" + std::string(begin) +
