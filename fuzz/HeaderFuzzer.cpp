@@ -1,11 +1,12 @@
 // Fuzzes what is read of a document before it is interpreted: what is around it, its header, by the plug-in and by
-// its host, its font names and its end.
+// its host, its font names, its end and what it shows that is not drawn.
 #include "fuzz/HostileHost.h"
 #include "fuzz/Require.h"
 #include "host/fonts/FontNameScan.h"
 #include "host/reading/DocumentEnd.h"
 #include "host/reading/HeaderScan.h"
 #include "host/reading/Unpacking.h"
+#include "host/reading/Unshown.h"
 #include "host/reading/Wrapping.h"
 
 #include <string>
@@ -32,6 +33,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     vxfuzz::Require(end.isSaid == quick.isSaid && end.isInLine == quick.isInLine, "two ends");
     vxfuzz::Require(end.undrawn == quick.undrawn && end.undrawn.bytes <= size, "what is not drawn");
     vxfuzz::Require(!quick.isSaid || quick.open == vxhost::OpenThings(), "things that nobody looked for");
+    const std::string_view all(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+    const vxhost::Unshown unshown = vxhost::CountUnshown(*document, all, facts.version, vxhost::Blanks());
+    vxfuzz::Require(unshown.patterns + unshown.placedPictures + unshown.postscript + unshown.binary <= size,
+                    "more that is not shown than bytes");
+    vxfuzz::Require(unshown.placedPictures == 0 || vxhost::MayHoldPlacedPicture(*document, all),
+                    "a placed picture that nobody looks for");
     input.behaviour.selector = size % 2 == 0 ? kVXCanRead : kVXStreamInfo;
     vxfuzz::HostileHost host(input);
     host.Call();

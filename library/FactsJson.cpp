@@ -3,6 +3,7 @@
 #include "host/JsonText.h"
 
 #include <cmath>
+#include <initializer_list>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -43,18 +44,33 @@ Json CountsJson(const Counts &counts)
     return json;
 }
 
-// Tells what was begun and not ended, and nothing of the rest.
-Json OpenThingsJson(const OpenThings &open)
+// Tells of what there is, and nothing of the rest.
+Json NonzeroJson(std::initializer_list<std::pair<const char *, uint64_t>> counts)
 {
-    const std::pair<const char *, uint64_t> counts[] = {
-        {"groups", open.groups}, {"compoundPaths", open.compoundPaths}, {"saves", open.saves},
-        {"layers", open.layers}, {"gradients", open.gradients},         {"texts", open.texts}};
     Json json = Json::object();
     for (const auto &[name, count] : counts) {
         if (count > 0)
             json[name] = count;
     }
     return json;
+}
+
+Json OpenThingsJson(const OpenThings &open)
+{
+    return NonzeroJson({{"groups", open.groups},
+                        {"compoundPaths", open.compoundPaths},
+                        {"saves", open.saves},
+                        {"layers", open.layers},
+                        {"gradients", open.gradients},
+                        {"texts", open.texts}});
+}
+
+Json UnshownJson(const Unshown &unshown)
+{
+    return NonzeroJson({{"patterns", unshown.patterns},
+                        {"placedPictures", unshown.placedPictures},
+                        {"postscript", unshown.postscript},
+                        {"binary", unshown.binary}});
 }
 
 Json UndrawnJson(const Undrawn &undrawn)
@@ -181,6 +197,7 @@ void AddFacts(const HeaderFacts &header, const Outcome &outcome, nlohmann::order
     facts["fonts"] = FontUsesJson(outcome.fonts);
     facts["uses"] = CountsJson(outcome.counts);
     facts["problems"] = ReportsJson(outcome.reports);
+    facts["unshown"] = UnshownJson(outcome.unshown);
     facts["whole"] = outcome.end.isSaid;
     facts["open"] = OpenThingsJson(outcome.end.open);
     facts["undrawn"] = UndrawnJson(outcome.end.undrawn);

@@ -78,9 +78,11 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
     const bool isGivenUp = !outcome.lackedFont.empty();
     std::vector<std::string> warnings;
     for (const Report &report : outcome.reports) {
-        if (!isGivenUp || report.number != kVXProblemFont)
+        if (!(isGivenUp && report.number == kVXProblemFont) && !IsCounted(outcome.unshown, report.number))
             warnings.push_back(WithoutFullStop(report.message.empty() ? report.title : report.message));
     }
+    for (std::string &text : UnshownTexts(outcome.unshown))
+        warnings.push_back(std::move(text));
     for (const FontUse &font : outcome.fonts) {
         if (isGivenUp && font.match == FontMatch::Missing)
             continue;

@@ -158,8 +158,12 @@ std::string InfoText(const std::string &input, const Result &result, const std::
         text += Row("not drawn", fmt::format("{} bytes, behind a line %%EOF within a section, line {}",
                                              undrawn.bytes, undrawn.line));
     text += Row("left open", OpenText(outcome.end.open));
-    for (const Report &report : outcome.reports)
-        text += Row("problem", report.message.empty() ? report.title : report.message);
+    for (const Report &report : outcome.reports) {
+        if (!IsCounted(outcome.unshown, report.number))
+            text += Row("problem", report.message.empty() ? report.title : report.message);
+    }
+    for (const std::string &unshown : UnshownTexts(outcome.unshown))
+        text += Row("problem", unshown);
     if (!error.empty())
         text += Row("problem", error);
     return text;

@@ -99,6 +99,12 @@ TextEncoding TextEncodingOf(const HeaderFacts &header, const DocumentFonts &font
     return header.version == kWindowsVersion ? TextEncoding::CodePage1252 : MacEncoding(fonts.SystemScript());
 }
 
+// A document that is malformed is looked at too.
+bool IsReadFarEnough(const Outcome &outcome)
+{
+    return outcome.result == kVXOk || (outcome.result == kVXBadFormat && outcome.headerAccepted);
+}
+
 // Returns the document without an EPS wrapper, as the plug-in reads it.
 std::string_view DrawingOf(const Document &document)
 {
@@ -243,6 +249,7 @@ void Reading::FindFaults()
         while (const std::optional<FoundFault> found = FindNextFault(deadline)) {
             if (found->places.empty() || salvage_.faults == kMostSalvaged) {
                 fault_ = found->told;
+                faultOffset_ = found->offset;
                 salvage_.isCut = found->isInBody;
                 return;
             }
@@ -266,6 +273,7 @@ void Reading::TellFault(Outcome *outcome)
     if (!fault_) {
         const std::optional<FoundFault> found = FindNextFault(Deadline());
         fault_ = found ? found->told : DocumentFault();
+        faultOffset_ = found ? found->offset : faultOffset_;
     }
     outcome->fault = *fault_;
     if (salvage_.isCut) {
@@ -292,10 +300,9 @@ void Reading::TellLackedFont(Outcome *outcome)
         outcome->lackedFont = "its name is unknown";
 }
 
-// A document that is malformed is looked at too: it may be cut.
 void Reading::TellEnd(Outcome *outcome)
 {
-    if (outcome->result != kVXOk && !(outcome->result == kVXBadFormat && outcome->headerAccepted))
+    if (!IsReadFarEnough(*outcome))
         return;
     if (!end_)
         end_ = FindEnd(document_, false);
@@ -306,6 +313,39 @@ void Reading::TellEnd(Outcome *outcome)
         undrawn = {};
     if (undrawn.line != 0) // in the file, not in the drawing
         undrawn.line += CountLineEnds(whole_.Bytes(), wrapping_.offset);
+}
+
+// Looks only where something is: in a walk through all words.
+void Reading::TellUnshown(Outcome *outcome)
+{
+    if (!IsReadFarEnough(*outcome))
+        return;
+    if (!unshown_) {
+        std::string_view read = drawing_;
+        if (outcome->result != kVXOk || outcome->salvage.isCut) {
+            const auto start = static_cast<size_t>(drawing_.data() -
+                                                   reinterpret_cast<const char *>(document_.Bytes().data()));
+            const size_t end =
+                std::min(faultOffset_, static_cast<size_t>(outcome->bytesRead) - wrapping_.offset);
+            read = read.substr(0, end - std::min(start, end));
+        }
+        const bool isReported = std::ranges::any_of(outcome->reports, [](const Report &report) {
+            return report.number == kVXProblemPattern || report.number == kVXProblemPostScript ||
+                   report.number == kVXProblemBinary;
+        });
+        unshown_ = isReported || MayHoldPlacedPicture(document_, read)
+                       ? CountUnshown(document_, read, header_.version, blanks_)
+                       : Unshown();
+    }
+    outcome->unshown = *unshown_;
+}
+
+// Says what became of the document beside what the plug-in says.
+void Reading::TellRest(Outcome *outcome)
+{
+    TellEnd(outcome);
+    TellFault(outcome);
+    TellUnshown(outcome);
 }
 
 Outcome Reading::ReadInfo()
@@ -343,8 +383,7 @@ Outcome Reading::Draw(const Page &page, Device &device)
     Outcome outcome = Interpret([&](const ParseOptions &options) {
         return installation_.plugin->Draw(document_, options, page, device);
     });
-    TellEnd(&outcome);
-    TellFault(&outcome);
+    TellRest(&outcome);
     return outcome;
 }
 
@@ -376,8 +415,7 @@ Outcome Reading::Trace(TraceWriter &writer, bool withStructure)
         },
         withStructure ? &structure : nullptr);
     table.Finish(outcome.result);
-    TellEnd(&outcome);
-    TellFault(&outcome);
+    TellRest(&outcome);
     return outcome;
 }
 

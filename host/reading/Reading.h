@@ -110,6 +110,8 @@ class Reading
     void TellFault(Outcome *outcome);
     void TellLackedFont(Outcome *outcome);
     void TellEnd(Outcome *outcome);
+    void TellUnshown(Outcome *outcome);
+    void TellRest(Outcome *outcome);
     int64_t MemoryLeft() const;
     Outcome RefuseChoice();
     Outcome LimitOutcome() const;
@@ -132,6 +134,8 @@ class Reading
     OpenFonts openFonts_;
     std::optional<DocumentEnd> end_;     // once it is known
     std::optional<DocumentFault> fault_; // as well
+    std::optional<Unshown> unshown_;     // as well
+    size_t faultOffset_ = SIZE_MAX;      // in the document, if it is known
     bool areFaultsKnown_ = false;        // those that a salvage leaves out
     Salvage salvage_;
     Blanks blanks_; // where they stand

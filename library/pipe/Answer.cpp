@@ -177,6 +177,9 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.Add(outcome.end.undrawn.bytes);
     Describe(flat, outcome.fault);
     Describe(flat, outcome.salvage);
+    Unshown &unshown = outcome.unshown;
+    for (uint64_t *count : {&unshown.patterns, &unshown.placedPictures, &unshown.postscript, &unshown.binary})
+        flat.Add(*count);
 }
 
 template <typename Flat>

@@ -223,6 +223,31 @@ class Info(CommandTest):
         self.assertEqual(rows["colour"], "CMYK")
         self.assertTrue(rows["uses"].startswith("1 fill, 0 strokes, 0 clips, "), rows["uses"])
 
+    def test_what_is_not_shown_is_counted(self):
+        fills = "".join(f"({name}) p\n0 0 m\n9 9 L\nf\n" for name in ("Dots", "Bricks", "Dots"))
+        self.write("a.vx", document(fills + "` ~\n1 2 Qx\n"))
+        cases = {
+            "a.vx": ({"patterns": 2, "postscript": 1}, [1, 2, 3],
+                     ["an unknown operator was ignored, what it does is missing", "2 patterns are painted in half gray",
+                      "1 fragment of embedded PostScript is passed over, what it draws is missing"]),
+            sample("pattern-fallback"): ({"patterns": 1}, [1], ["1 pattern is painted in half gray"]),
+            sample("skipped-data"): ({"placedPictures": 1, "binary": 1}, [4],
+                                     ["1 placed picture is not drawn",
+                                      "1 section of binary data is passed over, a picture may be missing"]),
+            sample("poster"): ({}, [], []),
+        }
+        for name, (unshown, problems, told) in cases.items():
+            with self.subTest(name):
+                warnings = [f"vx: {name}: warning: {text}" for text in told]
+                output, messages = self.run_vx("info", "--json", "--strict", name, status=3 if told else 0)
+                facts = json.loads(output)
+                self.assertEqual((facts["unshown"], [problem["number"] for problem in facts["problems"]], messages),
+                                 (unshown, problems, warnings))
+                rows = self.run_vx("info", "-q", name)[0].decode().splitlines()
+                self.assertEqual([row[18:] for row in rows if row.startswith("  problem ")], told)
+                for words in (["render", "-o", "b.png"], ["trace"]):
+                    self.assertEqual(self.run_vx(*words, "--strict", name, status=3 if told else 0)[1], warnings)
+
     def test_json_is_one_object_a_line_for_every_input(self):
         self.write("a.vx", document("0.5 G\n0 0 m\n9 9 l\nS\n1 0 0 0 K\n0 0 m\n9 9 l\nS\n1 2 Qx\n", "0 0 10.5 20"))
         self.write("b.vx", b"no document, but long enough")
@@ -1185,6 +1210,7 @@ class CutShort(CommandTest):
     def test_an_end_within_a_placed_section_is_told(self):
         square = "0 0 0 1 k\n0 0 m\n10 0 L\n10 10 L\nf\n"
         body = square + "%VX5_BeginPlace: a\n%!PS\n%%EOF\n%VX5_EndPlace\n"
+        placed = "vx: a.vx: warning: 1 placed picture is not drawn"
         told = "vx: a.vx: warning: the drawing ends at line %d, a line %%%%EOF within a placed or binary section, and 33 bytes behind " \
                "that are not drawn: take that line out"
         data = document(body + square)
@@ -1194,14 +1220,14 @@ class CutShort(CommandTest):
             self.write("a.vx", wrapped)
             for words in (["info"], ["render", "-o", "a.png"], ["trace"]):
                 with self.subTest((words, place)):
-                    self.assertEqual(self.run_vx(*words, "--strict", "a.vx", status=3)[1], [told % place])
+                    self.assertEqual(self.run_vx(*words, "--strict", "a.vx", status=3)[1], [placed, told % place])
             output, _ = self.run_vx("info", "--json", "-q", "a.vx")
             facts = json.loads(output)
             self.assertEqual((facts["whole"], facts["undrawn"], facts["uses"]["fills"]), (True, {"line": place, "bytes": 33}, 1))
             self.assertIn(b"not drawn       33 bytes, behind a line %%%%EOF within a section, line %d" % place,
                           self.run_vx("info", "-q", "a.vx")[0])
         self.write("a.vx", document(body + "% the end\n"))
-        self.run_vx("info", "--strict", "a.vx")
+        self.assertEqual(self.run_vx("info", "a.vx")[1], [placed])
         self.write("a.vx", document("1 k\n" + body + square))  # given up before it
         self.assertEqual(len(self.run_vx("info", "a.vx", status=1)[1]), 1)
 

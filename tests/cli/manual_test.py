@@ -126,6 +126,7 @@ class Members(CommandTest):
         self.names = [sample(name) for name in sample_names()]
         cases = {"open-date": document().replace(b"%%BoundingBox", b"%%CreationDate: 3/5/94\n%%BoundingBox"), "problems": document("1 2 Qx\n" + self.TEXT.format("Nowhere")), "malformed": document("1 k\n"),
                  "cut": document("u\n*u\nq\n1 1 1 1 0 0 0 0 0 0 Lb\nBb\n0 To\n", end=""),
+                 "unshown": document("(a) p\n0 0 m\nf\n` ~\n%%BeginBinary: 1\n%%EndBinary\n%VX5_BeginPlace\n%VX5_EndPlace\n"),
                  "undrawn": document("%VX5_BeginPlace\n%%EOF\n%VX5_EndPlace\n0 g\n"),
                  "foreign": b"GIF89a, and then some", "empty": b"", "full": self.full(),
                  "fonts": document("".join(self.TEXT.format(f"Font{number}") for number in range(300)))}

@@ -283,7 +283,7 @@ def test_a_warning_names_the_line_of_the_caller(work, tmp_path):
         warnings.simplefilter("always")
         work(vx.open(sample("pattern-fallback")), tmp_path)
     assert [str(warning.message) for warning in told] == [
-        f"{sample('pattern-fallback')}: patterns are drawn as 50% gray"]
+        f"{sample('pattern-fallback')}: 1 pattern is painted in half gray"]
     assert {warning.filename for warning in told} <= {__file__, vx._document.__file__}
     if work.__code__.co_names[0] != "_repr_png_":
         assert told[0].filename == __file__
@@ -291,7 +291,9 @@ def test_a_warning_names_the_line_of_the_caller(work, tmp_path):
 
 def test_warnings_are_those_of_the_last_call():
     drawing = vx.open(sample("pattern-fallback"), profile="none")
-    assert drawing.info.problems[0].message == drawing.warnings[0] == "patterns are drawn as 50% gray"
+    assert drawing.info.problems[0].message == "patterns are drawn as 50% gray"
+    assert drawing.info.unshown == {"patterns": 1}
+    assert drawing.warnings == ("1 pattern is painted in half gray",)
     with warnings.catch_warnings():
         warnings.simplefilter("error")
         square().render("png")

@@ -78,7 +78,7 @@ void ExpectSame(const Outcome &one, const Outcome &two)
 {
     const auto &[result, box, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
                  peakHeap, memoryLimitHit, failure, lackedFont, unknownCharacters, undrawnTexts, reports,
-                 fonts, counts, layers, spots, end, fault, salvage] = one;
+                 fonts, counts, layers, spots, end, fault, salvage, unshown] = one;
     EXPECT_EQ(std::tie(result, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
                        peakHeap, memoryLimitHit, lackedFont, unknownCharacters, undrawnTexts),
               std::tie(two.result, two.headerAccepted, two.monochrome, two.bytesRead, two.bytesTotal,
@@ -94,6 +94,7 @@ void ExpectSame(const Outcome &one, const Outcome &two)
     EXPECT_EQ(end, two.end);
     EXPECT_EQ(fault, two.fault);
     EXPECT_EQ(salvage, two.salvage);
+    EXPECT_EQ(unshown, two.unshown);
 }
 
 void ExpectSame(const Answer &one, const Answer &two)
@@ -151,6 +152,7 @@ Answer MakeAnswer()
     outcome.end = {false, true, {61, 62, 63, 64, 65, 66, true}, {67, 68}};
     outcome.fault = {71, 72, "a fault"};
     outcome.salvage = {3, {{81, 82, "the first"}, {83, 84, "the second"}, {85, 86, "the third"}}, true};
+    outcome.unshown = {111, 112, 113, 114};
     answer.omitted = {41, 42, 43, 44, 45, 46, 47};
     answer.confinement = {true, false, 38, 22};
     answer.passes = 51;
