@@ -4,8 +4,8 @@
 #include "fuzz/Require.h"
 #include "host/fonts/FixedFontList.h"
 #include "host/reading/Reading.h"
-#include "plugin/entry/VXParser.h"
 #include "host/trace/TraceLines.h"
+#include "plugin/entry/VXParser.h"
 
 #include <string>
 #include <string_view>
@@ -20,10 +20,11 @@ bool IsEvent(std::string_view line)
 }
 
 std::string CallsOf(const vxhost::Installation &installation, const vxhost::Document &document,
-                    bool withStructure)
+                    bool withStructure, bool withTexts)
 {
     vxhost::ReadingOptions options;
     options.readsStructure = withStructure;
+    options.readsTexts = withTexts;
     vxhost::Reading reading(installation, document, options);
     for (const vxhost::Layer &layer : reading.Layers())
         vxfuzz::Require(layer.parent < &layer - reading.Layers().data(),
@@ -51,7 +52,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }();
     std::string error;
     const auto document = vxhost::Document::FromMemory(std::as_bytes(input.document), &error);
-    vxfuzz::Require(CallsOf(installation, *document, true) == CallsOf(installation, *document, false),
-                    "structure: other calls with the companion than without");
+    const std::string calls = CallsOf(installation, *document, false, false);
+    for (const bool withTexts : {false, true})
+        vxfuzz::Require(CallsOf(installation, *document, true, withTexts) == calls,
+                        "structure: other calls with the companion than without");
     return 0;
 }
