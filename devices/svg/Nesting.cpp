@@ -15,6 +15,7 @@ namespace
 
 // The most careful readers stop at 256 elements.
 constexpr size_t kMaxDepth = 200;
+constexpr size_t kMostHeld = size_t{4} << 20; // bytes, but for one element
 constexpr std::string_view kGroup = "<g>\n";
 
 void WriteLayer(const Layer &layer, XmlWriter *xml)
@@ -63,15 +64,27 @@ void Nesting::CloseDownTo(size_t count)
     }
 }
 
+void Nesting::Forget(const Entry &group)
+{
+    if (group.value == 0)
+        --unmarked_;
+    else if (!group.isOpen)
+        --held_;
+}
+
 void Nesting::RemoveFrom(size_t index)
 {
+    // Before they are closed: an open group is not held any more.
+    for (size_t i = entries_.size(); i-- > index;) {
+        if (entries_[i].kind != Kind::Group)
+            continue;
+        Forget(entries_[i]);
+        *std::find(groups_.rbegin(), groups_.rend(), false) =
+            true; // the innermost of those that have not ended
+    }
     const bool hadClosed = hasClosed_;
     CloseDownTo(index);
     hasClosed_ = hadClosed;
-    for (size_t i = entries_.size(); i-- > index;) {
-        if (entries_[i].kind == Kind::Group) // the innermost of those that have not ended
-            *std::find(groups_.rbegin(), groups_.rend(), false) = true;
-    }
     entries_.resize(index);
     ReleaseText();
 }
@@ -79,35 +92,39 @@ void Nesting::RemoveFrom(size_t index)
 // What was held back goes on when no group is left that might begin before it.
 void Nesting::ReleaseText()
 {
-    const bool isHeld = std::ranges::any_of(entries_, [](const Entry &entry) {
-        return entry.kind == Kind::Group && !entry.isOpen && entry.value != 0;
-    });
-    if (!isHeld)
+    if (held_ == 0)
         xml_->Release();
 }
 
 // Groups that have no element yet begin here, if they are ever written.
 void Nesting::MarkGroups()
 {
-    for (Entry &entry : entries_) {
-        if (entry.kind == Kind::Group && !entry.isOpen && entry.value == 0)
-            entry.value = xml_->Hold();
+    for (size_t i = entries_.size(); unmarked_ > 0; --unmarked_) {
+        do
+            --i;
+        while (entries_[i].kind != Kind::Group);
+        entries_[i].value = xml_->Hold();
+        ++held_;
     }
+    // Clips without end are no reason to fill the memory.
+    if (xml_->HeldBytes() > kMostHeld)
+        WriteGroups(0);
 }
 
-// Writes those groups whose second element is about to come, and the groups around them.
-void Nesting::WriteGroups()
+// Writes those groups that have so many elements, and not only the one that was held back.
+void Nesting::WriteGroups(uint32_t least)
 {
     size_t written = 0;
     for (Entry &entry : entries_) {
         if (entry.kind != Kind::Group || entry.isOpen)
             continue;
         entry.value += written;
-        if (entry.elements < 2)
+        if (entry.elements < least)
             continue;
         xml_->Insert(entry.value, kGroup);
         written += kGroup.size();
         entry.isOpen = true;
+        --held_;
     }
     ReleaseText();
 }
@@ -120,16 +137,15 @@ void Nesting::OpenEntries()
         if (entries_[i].kind != Kind::Group && !entries_[i].isOpen && !isReplaced)
             Open(i);
     }
-    hasClosed_ = isWaiting_ = false;
+    hasClosed_ = false;
     bool isComplete = false;
-    for (Entry &entry : entries_) {
-        if (entry.kind != Kind::Group || entry.isOpen)
-            continue;
-        isComplete = ++entry.elements == 2 || isComplete;
-        isWaiting_ = true;
+    for (size_t i = 0; held_ > 0 && i < entries_.size(); ++i) {
+        Entry &entry = entries_[i];
+        if (entry.kind == Kind::Group && !entry.isOpen)
+            isComplete = ++entry.elements == 2 || isComplete;
     }
     if (isComplete)
-        WriteGroups();
+        WriteGroups(2);
 }
 
 void Nesting::Intersect(const Path &path)
@@ -220,7 +236,7 @@ void Nesting::BeginGroup()
     Entry entry;
     entry.kind = Kind::Group;
     entries_.push_back(entry);
-    isWaiting_ = true;
+    ++unmarked_;
 }
 
 void Nesting::EndGroup()
@@ -235,6 +251,7 @@ void Nesting::EndGroup()
     while (entries_[index].kind != Kind::Group)
         --index;
     // Clips that began in the group go on: they are closed with it, and opened again.
+    Forget(entries_[index]);
     if (entries_[index].isOpen)
         CloseDownTo(index);
     entries_.erase(entries_.begin() + static_cast<ptrdiff_t>(index));
@@ -249,6 +266,7 @@ void Nesting::End()
     CloseDownTo(0);
     entries_.clear();
     groups_.clear();
+    held_ = unmarked_ = 0;
     xml_->Release();
 }
 

@@ -40,7 +40,7 @@ class Nesting
     // Comes before each element that is painted.
     void BeginElement()
     {
-        if (isWaiting_ || hasClosed_)
+        if (hasClosed_ || held_ > 0 || unmarked_ > 0)
             OpenEntries();
     }
     void End();
@@ -68,7 +68,8 @@ class Nesting
     void CloseDownTo(size_t count);
     void RemoveFrom(size_t index);
     void MarkGroups();
-    void WriteGroups();
+    void WriteGroups(uint32_t least);
+    void Forget(const Entry &group);
     void ReleaseText();
     void ShiftLevels(size_t index, int by);
 
@@ -80,7 +81,8 @@ class Nesting
     std::vector<bool> groups_; // those that have not ended: whether a clip's end has ended them
     bool isEmpty_ = false;
     bool hasClosed_ = false; // elements of entries were closed that are to be opened again
-    bool isWaiting_ = false; // groups wait for elements
+    size_t unmarked_ = 0;    // groups in which nothing has been written
+    size_t held_ = 0;        // groups that wait for their second element
     uint64_t lastClip_ = 0;
 };
 

@@ -62,6 +62,7 @@ class XmlWriter
     // The place must be one that Hold returned, moved on by what has been inserted before it.
     void Insert(size_t place, std::string_view text);
     void Release();
+    size_t HeldBytes() const { return held_.size(); }
 
     // Hands the rest over. Returns the failure if something could not be written.
     Failure Finish();

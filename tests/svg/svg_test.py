@@ -244,6 +244,12 @@ class Limits(SvgTest):
         self.run_vx("render", "many.vx", "-o", "many.svg",
                     preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_DATA, (limit, limit)))
         self.assertGreater(os.path.getsize(self.path("many.svg")), 40_000_000)
+        # Nor with what stands in a group before its second thing.
+        clip = "q 0 0 m 72 0 L 72 36 L 0 36 L h W n Q\n"
+        self.write("clips.vx", document("u\n" + clip * 400_000 + "0 g 0 0 m 9 0 L 9 9 L f\nU\n"))
+        self.run_vx("render", "clips.vx", "-o", "clips.svg",
+                    preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_DATA, (limit, limit)))
+        self.assertGreater(os.path.getsize(self.path("clips.svg")), 40_000_000)
 
 
 if __name__ == "__main__":
