@@ -9,14 +9,6 @@ namespace vxhost::pdf
 namespace
 {
 
-QPDFObjectHandle Numbers(std::initializer_list<int> values)
-{
-    QPDFObjectHandle array = QPDFObjectHandle::newArray();
-    for (const int value : values)
-        array.appendItem(QPDFObjectHandle::newInteger(value));
-    return array;
-}
-
 // The function from an amount of one ink, 0 to 1, to amounts of all four.
 QPDFObjectHandle ToAllInks(int ink)
 {
@@ -25,8 +17,8 @@ QPDFObjectHandle ToAllInks(int ink)
         full.appendItem(QPDFObjectHandle::newInteger(i == ink ? 1 : 0));
     QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
     function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(2));
-    function.replaceKey("/Domain", Numbers({0, 1}));
-    function.replaceKey("/C0", Numbers({0, 0, 0, 0}));
+    function.replaceKey("/Domain", MakeNumbers({0, 1}));
+    function.replaceKey("/C0", MakeNumbers({0, 0, 0, 0}));
     function.replaceKey("/C1", full);
     function.replaceKey("/N", QPDFObjectHandle::newInteger(1));
     return function;
@@ -73,7 +65,7 @@ QPDFObjectHandle InkSpace(PdfFile *file, const std::vector<int> &inks)
     QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
     function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(4));
     function.replaceKey("/Domain", domain);
-    function.replaceKey("/Range", Numbers({0, 1, 0, 1, 0, 1, 0, 1}));
+    function.replaceKey("/Range", MakeNumbers({0, 1, 0, 1, 0, 1, 0, 1}));
     return QPDFObjectHandle::newArray(
         {MakeName("DeviceN"), names, MakeName("DeviceCMYK"), file->AddStream(function, Program(inks))});
 }

@@ -149,4 +149,12 @@ QPDFObjectHandle MakeNumber(double value)
     return QPDFObjectHandle::newReal(FactorText(value));
 }
 
+QPDFObjectHandle MakeNumbers(std::initializer_list<double> values)
+{
+    QPDFObjectHandle array = QPDFObjectHandle::newArray();
+    for (const double value : values)
+        array.appendItem(MakeNumber(value));
+    return array;
+}
+
 } // namespace vxhost::pdf

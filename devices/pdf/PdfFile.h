@@ -12,6 +12,7 @@
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFObjectHandle.hh>
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -49,5 +50,6 @@ class PdfFile
 std::string KeyOf(std::string_view name);         // "/name"
 QPDFObjectHandle MakeName(std::string_view name); // without "/"
 QPDFObjectHandle MakeNumber(double value);
+QPDFObjectHandle MakeNumbers(std::initializer_list<double> values);
 
 } // namespace vxhost::pdf

@@ -13,14 +13,6 @@ std::string ResourceName(size_t number)
     return "Spot" + std::to_string(number + 1);
 }
 
-QPDFObjectHandle Numbers(std::initializer_list<double> values)
-{
-    QPDFObjectHandle array = QPDFObjectHandle::newArray();
-    for (const double value : values)
-        array.appendItem(MakeNumber(value));
-    return array;
-}
-
 } // namespace
 
 bool CanBeSpot(const SpotInk &ink)
@@ -32,10 +24,10 @@ QPDFObjectHandle SpotSpace(const SpotInk &ink)
 {
     QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
     function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(2));
-    function.replaceKey("/Domain", Numbers({0, 1}));
-    function.replaceKey("/C0", Numbers({0, 0, 0, 0}));
-    function.replaceKey("/C1",
-                        Numbers({ink.alternate[0], ink.alternate[1], ink.alternate[2], ink.alternate[3]}));
+    function.replaceKey("/Domain", MakeNumbers({0, 1}));
+    function.replaceKey("/C0", MakeNumbers({0, 0, 0, 0}));
+    function.replaceKey(
+        "/C1", MakeNumbers({ink.alternate[0], ink.alternate[1], ink.alternate[2], ink.alternate[3]}));
     function.replaceKey("/N", QPDFObjectHandle::newInteger(1));
     return QPDFObjectHandle::newArray(
         {MakeName("Separation"), MakeName(ink.name), MakeName("DeviceCMYK"), function});

@@ -16,17 +16,6 @@ bool IsBlank(char character)
     return character == ' ' || character == '\t';
 }
 
-bool IsWholeLine(std::string_view line, std::string_view comment)
-{
-    if (!line.starts_with(comment))
-        return false;
-    for (const char character : line.substr(comment.size())) {
-        if (!IsTokenSpace(character))
-            return false;
-    }
-    return true;
-}
-
 // Whether the line begins with the comment, if blanks and tabs of neither count.
 bool BeginsLoosely(std::string_view line, std::string_view comment)
 {
@@ -78,6 +67,34 @@ size_t SkipHeader(std::string_view drawing)
 
 } // namespace
 
+bool IsWholeLine(std::string_view line, std::string_view comment)
+{
+    if (!line.starts_with(comment))
+        return false;
+    for (const char character : line.substr(comment.size())) {
+        if (!IsTokenSpace(character))
+            return false;
+    }
+    return true;
+}
+
+std::optional<bool> PassesOverBehind(std::string_view line)
+{
+    constexpr std::pair<std::string_view, bool> kComments[] = {
+        {"%%BeginBinary:", true},
+        {"%%EndBinary", false},
+        {"%VX3_BeginCrops", true},
+        // The end of a crop block does not end the passing over, on purpose: the interpreter's does not either.
+        {"%VX3_EndCrops", true},
+        {"%VX5_EndPlace", false},
+        {"%VX5_BeginPlace", true}};
+    for (const auto &[comment, passesOver] : kComments) {
+        if (line.starts_with(comment))
+            return passesOver;
+    }
+    return std::nullopt;
+}
+
 size_t FindBody(std::string_view drawing, int version)
 {
     LineWalk lines(drawing, SkipHeader(drawing));
@@ -113,19 +130,9 @@ BodySections::Fate BodySections::Follow(std::string_view line)
         return Fate::End;
     if (isInSetup_)
         FollowSetup(line);
-    constexpr std::pair<std::string_view, bool> kComments[] = {
-        {"%%BeginBinary:", true},
-        {"%%EndBinary", false},
-        {"%VX3_BeginCrops", true},
-        // The end of a crop block does not end the passing over, on purpose: the interpreter's does not either.
-        {"%VX3_EndCrops", true},
-        {"%VX5_EndPlace", false},
-        {"%VX5_BeginPlace", true}};
-    for (const auto &[comment, passesOver] : kComments) {
-        if (line.starts_with(comment)) {
-            isPassedOver_ = passesOver;
-            return Fate::PassOver;
-        }
+    if (const std::optional<bool> passesOver = PassesOverBehind(line)) {
+        isPassedOver_ = *passesOver;
+        return Fate::PassOver;
     }
     if (isPassedOver_)
         return Fate::PassOver;

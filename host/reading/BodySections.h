@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace vxhost
@@ -12,6 +13,12 @@ namespace vxhost
 // Where the interpreter begins: behind "%%BeginSetup", or behind "%%EndSetup" in a document of version 2, which has no
 // definitions. The text is the drawing, without what is around it; its size: nowhere.
 size_t FindBody(std::string_view drawing, int version);
+
+// Whether it is that comment and nothing else, but for white space behind it.
+bool IsWholeLine(std::string_view line, std::string_view comment);
+
+// Whether the lines behind a comment that begins or ends a section are passed over; nullopt: it is none.
+std::optional<bool> PassesOverBehind(std::string_view line);
 
 class BodySections
 {

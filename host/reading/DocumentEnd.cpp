@@ -1,6 +1,9 @@
 #include "host/reading/DocumentEnd.h"
 
+#include "host/reading/BodySections.h"
 #include "host/reading/HeaderScan.h"
+#include "host/reading/LineTokens.h"
+#include "host/reading/LineWalk.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,21 +15,7 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kLineRoom = 499; // bytes of a line that the interpreter's buffer holds
 constexpr std::string_view kLineEnds = "\r\n";
-constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
-constexpr std::string_view kDelimiters = " \t\n\v\f\r/{}[]()<>%";
-
-bool IsLineEnd(char character)
-{
-    return character == '\r' || character == '\n';
-}
-
-bool IsWholeLine(std::string_view line, std::string_view comment)
-{
-    return line.starts_with(comment) &&
-           line.find_first_not_of(kWhiteSpace, comment.size()) == std::string_view::npos;
-}
 
 // Follows the comments that open and close sections.
 class Sections
@@ -35,20 +24,10 @@ class Sections
     // False: the line says that the document ends.
     bool Follow(std::string_view line)
     {
-        constexpr std::pair<std::string_view, bool> kComments[] = {
-            {"%%BeginBinary:", true},
-            {"%%EndBinary", false},
-            {"%VX3_BeginCrops", true},
-            // The end of a crop block does not end the passing over, on purpose: the interpreter's does not either.
-            {"%VX3_EndCrops", true},
-            {"%VX5_EndPlace", false},
-            {"%VX5_BeginPlace", true}};
         isInSetup_ = isInSetup_ && !line.starts_with("%%EndSetup");
-        for (const auto &[comment, passesOver] : kComments) {
-            if (line.starts_with(comment)) {
-                passesOver_ = passesOver;
-                return true;
-            }
+        if (const std::optional<bool> passesOver = PassesOverBehind(line)) {
+            passesOver_ = *passesOver;
+            return true;
         }
         return passesOver_ || (!IsWholeLine(line, "%%PageTrailer") && !IsWholeLine(line, "%%Trailer") &&
                                !IsWholeLine(line, "%%EOF"));
@@ -167,38 +146,12 @@ class OpenCounter
 // Takes the operators of a line. isInHex says whether a hex string is open, which may go over lines.
 void TakeOperators(std::string_view line, bool *isInHex, OpenCounter *counter)
 {
-    for (size_t at = line.find_first_not_of(kWhiteSpace); at < line.size();
-         at = line.find_first_not_of(kWhiteSpace, at)) {
-        const char first = line[at];
-        if (first == '%')
-            return;
-        if (*isInHex || first == '<' || first == '>') {
-            *isInHex = first == '>' ? false : *isInHex || first == '<';
-            ++at;
-        } else if (first == '(') {
-            size_t depth = 1;
-            for (++at; at < line.size() && depth > 0; ++at) {
-                depth += line[at] == '(' ? 1 : 0;
-                depth -= line[at] == ')' ? 1 : 0;
-                at += line[at] == '\\' ? 1 : 0;
-            }
-        } else {
-            const bool isName = first == '/';
-            const size_t end = std::min(line.find_first_of(kDelimiters, at + 1), line.size());
-            if (!isName && kDelimiters.find(first) == std::string_view::npos)
-                counter->Take(line.substr(at, end - at));
-            at = isName || kDelimiters.find(first) == std::string_view::npos ? end : at + 1;
-        }
+    LineTokens tokens(line, *isInHex);
+    for (Token token = tokens.Next(); token.kind != TokenKind::End; token = tokens.Next()) {
+        if (token.kind == TokenKind::Operator)
+            counter->Take(line.substr(token.begin, token.end - token.begin));
     }
-}
-
-// Takes the next line from the text, without its end.
-std::string_view TakeLine(std::string_view *text)
-{
-    const std::string_view line =
-        text->substr(0, std::min(text->substr(0, kLineRoom).find_first_of(kLineEnds), kLineRoom));
-    text->remove_prefix(std::min(line.size() + (line.size() < kLineRoom ? 1 : 0), text->size()));
-    return line;
+    *isInHex = tokens.IsInHex();
 }
 
 // A document without a setup section, as the oldest are, has its operators anywhere.
@@ -208,10 +161,10 @@ OpenThings FindOpenThings(std::string_view text)
     OpenCounter counter;
     bool isInHex = false;
     const bool hasSetup = text.find("%%BeginSetup") != std::string_view::npos;
-    while (!text.empty()) {
-        const std::string_view line = TakeLine(&text);
-        const bool isComment = line.starts_with('%');
-        if (isComment)
+    LineWalk lines(text);
+    while (lines.Next()) {
+        const std::string_view line = lines.Line();
+        if (line.starts_with('%'))
             (void)sections.Follow(line);
         else if (!sections.PassesOver() && !(hasSetup && sections.IsInSetup()))
             TakeOperators(line, &isInHex, &counter);
@@ -223,11 +176,12 @@ OpenThings FindOpenThings(std::string_view text)
 bool HasMoreThanComments(std::string_view text)
 {
     Sections sections;
-    while (!text.empty()) {
-        const std::string_view line = TakeLine(&text);
+    LineWalk lines(text);
+    while (lines.Next()) {
+        const std::string_view line = lines.Line();
         if (line.starts_with('%'))
             (void)sections.Follow(line);
-        else if (!sections.PassesOver() && line.find_first_not_of(kWhiteSpace) != std::string_view::npos)
+        else if (!sections.PassesOver() && !std::ranges::all_of(line, IsTokenSpace))
             return true;
     }
     return false;
