@@ -156,7 +156,7 @@ ParseOptions Reading::OptionsOfParse()
 template <typename Parse>
 Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
 {
-    if (unpacked_->limit != UnpackLimit::None || MemoryLeft() < 0)
+    if (!HasRoom())
         return LimitOutcome();
     ParseOptions parseOptions = OptionsOfParse();
     Blanker blanker(blanks_, options_.companion);
@@ -202,6 +202,11 @@ int64_t Reading::MemoryLeft() const
 {
     return unpacked_->document == nullptr ? options_.maxMemory
                                           : options_.maxMemory - static_cast<int64_t>(whole_.Bytes().size());
+}
+
+bool Reading::HasRoom() const
+{
+    return unpacked_->limit == UnpackLimit::None && MemoryLeft() >= 0;
 }
 
 Outcome Reading::LimitOutcome() const
@@ -399,6 +404,9 @@ Outcome Reading::Look()
 
 Outcome Reading::Trace(TraceWriter &writer, bool withStructure)
 {
+    // Nothing is printed of a document that is not read.
+    if (!HasRoom())
+        return LimitOutcome();
     if (!wrongChoice_.empty())
         return RefuseChoice();
     FindFaults();

@@ -113,6 +113,7 @@ class Reading
     void TellUnshown(Outcome *outcome);
     void TellRest(Outcome *outcome);
     int64_t MemoryLeft() const;
+    bool HasRoom() const; // for what was unpacked
     Outcome RefuseChoice();
     Outcome LimitOutcome() const;
 
