@@ -23,7 +23,7 @@ bool HasFailed(const Outcome &outcome)
     return outcome.result != kVXOk || outcome.failure;
 }
 
-// What stands in an output already, as in one that several documents are printed into, is not of this document.
+// An output may have bytes already, as one that several documents are printed into: they are not of this document.
 int64_t BytesIn(const std::vector<int> &descriptors)
 {
     int64_t most = 0;

@@ -116,7 +116,7 @@ Json ReportsJson(const std::vector<Report> &reports)
     return list;
 }
 
-// What a 16.16 number was written as, to four decimals.
+// Returns the number as the document wrote it, before 16.16 rounded it.
 double InkAmount(double value)
 {
     return std::round(value * 1e4) / 1e4;

@@ -19,7 +19,7 @@ std::vector<std::string> ListOmitted(const Omitted &omitted);
 
 // Says where a document is malformed, and how: goes behind "malformed". Bytes are of those that came out of a packed one.
 std::string MalformedPlace(const Outcome &outcome);
-// Whether there is a drawing left when what is malformed is left out.
+// Returns whether there is a drawing left when what is malformed is left out.
 inline bool CanSalvage(const Outcome &outcome)
 {
     return outcome.fault.column > 0;

@@ -74,7 +74,7 @@ std::string LayerRows(const std::vector<Layer> &layers)
     for (size_t i = 0; i < layers.size(); ++i) {
         const Layer &layer = layers[i];
         std::string depth;
-        // What a worker says is not believed: a layer stands behind the one around it, or has none.
+        // A worker is not believed: a parent counts only if it stands before its layer.
         for (size_t at = i; layers[at].parent >= 0 && static_cast<size_t>(layers[at].parent) < at;
              at = static_cast<size_t>(layers[at].parent))
             depth += "  ";

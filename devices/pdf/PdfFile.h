@@ -35,7 +35,7 @@ class PdfFile
     QPDFObjectHandle Catalog() { return file_.getRoot(); }
     QPDFObjectHandle Trailer() { return file_.getTrailer(); }
 
-    // What reads the file must know that version of PDF at least.
+    // Says which version of PDF a reader of the file must know at least.
     void NeedVersion(const char *version) { version_ = version; }
 
     // Returns why the bytes could not be written, if they could not.

@@ -12,7 +12,7 @@
 namespace vxhost::pdf
 {
 
-// Whether PDF can have an ink of that name. Two names mean all inks and none; what is painted in such an ink is painted in
+// Returns whether PDF can have an ink of that name. Two names mean all inks and none; what is painted in such an ink is painted in
 // process colours.
 bool CanBeSpot(const SpotInk &ink);
 

@@ -89,14 +89,14 @@ void Nesting::RemoveFrom(size_t index)
     ReleaseText();
 }
 
-// What was held back goes on when no group is left that might begin before it.
+// Lets go of the text that was held back, once no group is left that might begin before it.
 void Nesting::ReleaseText()
 {
     if (held_ == 0)
         xml_->Release();
 }
 
-// Groups that have no element yet begin here, if they are ever written.
+// Notes this as the place where groups without an element begin, if they are ever written.
 void Nesting::MarkGroups()
 {
     for (size_t i = entries_.size(); unmarked_ > 0; --unmarked_) {

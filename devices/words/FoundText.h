@@ -1,4 +1,4 @@
-// What a drawing says in words: a text as somebody reads it.
+// Holds a text of a drawing as somebody reads it.
 #pragma once
 
 #include "host/drawing/Device.h"

@@ -39,7 +39,7 @@ Point CentreOf(const GlyphRun &run, const PlacedGlyph &glyph)
     return glyph.origin + MapVector(run.matrix, {glyph.advance / 2, 0});
 }
 
-// Whether upright glyphs stand one below the other: those of Roman text do in a column, each placed by itself.
+// Returns whether upright glyphs stand one below the other: those of Roman text do in a column, each placed by itself.
 bool GoesDown(const GlyphRun &run)
 {
     if (run.isColumn || run.glyphs.size() < 2)
@@ -70,7 +70,7 @@ LineGatherer::Course LineGatherer::CourseOf(const GlyphRun &run, bool isColumn)
     return course;
 }
 
-// Whether text goes on in the last line, if that takes the first course.
+// Returns whether text goes on in the last line, if that takes the first course.
 bool LineGatherer::IsOnLine(const Course &line, const Course &course, double size) const
 {
     const double most = std::max(size, lines_.back().size);
@@ -104,7 +104,7 @@ bool LineGatherer::FindCourse(const GlyphRun &run, const TextPaint &paint, doubl
     return true;
 }
 
-// Whether there is room for a blank before a run. What stands within a run is as the drawing wrote it.
+// Returns whether there is room for a blank before a run. A run itself is as the drawing wrote it.
 bool LineGatherer::FollowsGap(const Course &course, const PlacedGlyph &first) const
 {
     return !IsBlank(last_) && !IsBlank(first.character) &&

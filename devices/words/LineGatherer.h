@@ -23,7 +23,7 @@ class LineGatherer
     FoundText Take();
 
   private:
-    // Where text goes on the page, in points.
+    // These are directions and lengths of the line on the page, in points.
     struct Course {
         Point along;   // to the next character
         Point across;  // to the next line

@@ -74,7 +74,7 @@ class Device
     // united and then intersected with the clip.
     virtual void ShowText(std::span<const GlyphRun>, const TextPaint &) {}
 
-    // What a drawing says beyond its shapes, for outputs that can say it too. Layers nest, groups nest within a layer, and
+    // These four tell what a drawing says beyond its shapes, to outputs that can say it too. Layers nest, groups nest within a layer, and
     // whatever is open is ended before EndPage. Either may cross Save and Restore.
     virtual void BeginLayer(const Layer &) {}
     virtual void EndLayer() {}

@@ -21,7 +21,7 @@ class StructureSink
     virtual void EndLayer() = 0;
     virtual void BeginGroup() = 0;
     virtual void EndGroup() = 0;
-    // What is filled, or stroked, from now on in exactly its four inks is painted in that spot ink.
+    // The spot ink is that of everything that is filled, or stroked, from now on in exactly its four inks.
     virtual void SetFillSpot(const SpotColour &spot) = 0;
     virtual void SetStrokeSpot(const SpotColour &spot) = 0;
     // Texts do not nest: one that begins, or a layer, ends the one before. Only who asks for them is told of them.

@@ -16,7 +16,7 @@ bool IsBlank(char character)
     return character == ' ' || character == '\t';
 }
 
-// Whether the line begins with the comment, if blanks and tabs of neither count.
+// Returns whether the line begins with the comment, where blanks and tabs of neither count.
 bool BeginsLoosely(std::string_view line, std::string_view comment)
 {
     size_t at = 0;

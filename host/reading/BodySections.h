@@ -1,4 +1,4 @@
-// Where the interpreter stands among the sections of a document: which lines it interprets, which it passes over, and
+// Knows where the interpreter stands among the sections of a document: which lines it interprets, which it passes over, and
 // where it stops.
 #pragma once
 
@@ -10,14 +10,14 @@
 namespace vxhost
 {
 
-// Where the interpreter begins: behind "%%BeginSetup", or behind "%%EndSetup" in a document of version 2, which has no
+// Returns where the interpreter begins: behind "%%BeginSetup", or behind "%%EndSetup" in a document of version 2, which has no
 // definitions. The text is the drawing, without what is around it; its size: nowhere.
 size_t FindBody(std::string_view drawing, int version);
 
-// Whether it is that comment and nothing else, but for white space behind it.
+// Returns whether the line is that comment and nothing else, but for white space behind it.
 bool IsWholeLine(std::string_view line, std::string_view comment);
 
-// Whether the lines behind a comment that begins or ends a section are passed over; nullopt: it is none.
+// Returns whether lines are passed over from that comment on, if it begins or ends a section; nullopt: it does neither.
 std::optional<bool> PassesOverBehind(std::string_view line);
 
 class BodySections

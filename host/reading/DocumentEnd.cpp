@@ -172,7 +172,7 @@ OpenThings FindOpenThings(std::string_view text)
     return counter.open;
 }
 
-// Whether anything but comments and what is passed over stands in lines outside of sections.
+// Returns whether lines outside of sections have anything but comments.
 bool HasMoreThanComments(std::string_view text)
 {
     Sections sections;

@@ -18,7 +18,7 @@ struct OpenThings {
     bool operator==(const OpenThings &) const = default;
 };
 
-// What stands behind a line "%%EOF" that is within a placed or binary section. The interpreter ends there all the same.
+// Counts the bytes behind a line "%%EOF" that is within a placed or binary section: the interpreter ends there all the same.
 struct Undrawn {
     uint64_t line = 0;  // that line, as an editor counts: CR LF is one end; 0: there is none
     uint64_t bytes = 0; // from the section's end to the document's

@@ -1,4 +1,4 @@
-// What is malformed in a document, and where.
+// Says what is malformed in a document, and where.
 #pragma once
 
 #include <cstddef>
@@ -20,7 +20,7 @@ struct DocumentFault {
     bool operator==(const DocumentFault &) const = default;
 };
 
-// What was left out of a malformed document, so that the rest could be drawn.
+// Says what was left out of a malformed document, so that the rest could be drawn.
 struct Salvage {
     static constexpr size_t kMostTold = 3;
 

@@ -82,7 +82,7 @@ class LineFollower final : public StreamCompanion
     OperandStack stack_;
 };
 
-// What the interpreter takes beyond an operand it may refuse for itself.
+// Tells words that the interpreter takes beyond an operand: it may refuse such a token for itself.
 bool MayEndPiece(TokenKind kind)
 {
     return kind == TokenKind::Operator || kind == TokenKind::ArrayEnd || kind == TokenKind::HexEnd ||

@@ -1,4 +1,4 @@
-// Which layers of a drawing are painted.
+// Decides which layers of a drawing are painted.
 #pragma once
 
 #include "host/drawing/Layer.h"

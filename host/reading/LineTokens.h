@@ -67,7 +67,7 @@ class LineTokens
 bool IsTokenDelimiter(char character); // white space and ( ) < > [ ] { } / %
 bool IsTokenSpace(char character);
 
-// What a number is to the interpreter; nullopt: the text is none. An integer counts as a Fixed, shifted up, and wraps.
+// Each returns what the text is to the interpreter as a number; nullopt: it is none. An integer counts as a Fixed, shifted up, and wraps.
 std::optional<int32_t> IntegerOfToken(std::string_view text);
 std::optional<Fixed> FixedOfToken(std::string_view text);
 

@@ -1,4 +1,4 @@
-// What each operator wants, and what it is said to have instead.
+// Knows what each operator wants, and says what it has instead.
 //
 // One table, for people: the plug-in decides what is malformed.
 #pragma once

@@ -43,7 +43,7 @@ class OperandStack
     std::span<const Operand> Operands() const { return operands_; }
     bool HasOpen(OperandKind kind) const;
     bool IsFull() const { return taken_ >= kMost; }
-    // Where they stand, one range a line.
+    // Returns the ranges where the operands stand, one a line.
     std::span<const ByteRange> Places() const { return places_; }
 
   private:

@@ -82,7 +82,7 @@ DocumentFontOptions FontOptionsFor(const Document &document, const HeaderFacts &
     return fonts;
 }
 
-// What is unpacked is held in memory, and counts.
+// Unpacked bytes are held in memory, and count.
 std::unique_ptr<const Unpacked> UnpackFor(const Document &document, const ReadingOptions &options)
 {
     UnpackLimits limits;

@@ -54,7 +54,7 @@ struct ReadingOptions {
     bool substitute = true;       // false: a document that needs a font that is not there is given up
     std::optional<Script> script; // for text whose font does not say it; none: as the fonts suggest
     DateOrder dateOrder = DateOrder::Unsaid;
-    // What is malformed is left out, and the rest drawn. It is looked for so many seconds at most.
+    // Salvage leaves out what is malformed, and draws the rest. Faults are looked for so many seconds at most.
     bool salvage = false;
     double salvageSeconds = 0;              // 0: as long as it takes
     int64_t maxMemory = int64_t{256} << 20; // bytes that the plug-in may hold at once, and that a drawing may

@@ -132,8 +132,7 @@ Structure ScanStructure(const Document &document, std::string_view drawing, int 
         const size_t to = std::min(from + Document::kReadAtOnce, drawing.size());
         while (scan.NextLine(to)) {
             for (const FoundOperator &found : scan.Operators()) {
-                structure.isThere = structure.isThere || (found.what != StructureOperator::BeginGradient &&
-                                                          found.what != StructureOperator::GradientStop);
+                structure.isThere = true;
                 if (found.what == StructureOperator::BeginLayer)
                     layers.Begin(LayerOf(scan, found));
                 else if (found.what == StructureOperator::NameLayer)

@@ -1,4 +1,4 @@
-// What a drawing says beyond its shapes: layers, and whether there are groups and spot inks.
+// Lists the layers of a drawing, and says whether it has groups and spot inks.
 #pragma once
 
 #include "host/Document.h"

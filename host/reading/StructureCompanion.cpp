@@ -55,7 +55,7 @@ void StructureCompanion::Deliver(std::span<std::byte> bytes, size_t offset)
     if (offset < start_) // the header around the drawing
         return;
     piece_ = offset - start_;
-    // What changes in this piece may stand before the operator that says so.
+    // Bytes that change may stand in this piece, and the operator that says so in a later one.
     while (scan_.NextLine(piece_ + bytes.size() + StructureScan::kMaxReach)) {
         for (const FoundOperator &found : scan_.Operators())
             Take(found);
@@ -98,7 +98,7 @@ void StructureCompanion::Take(const FoundOperator &found)
     events_.push_back(event);
 }
 
-// What is written without a kind, as in the oldest documents, begins at a point.
+// A text without a kind, as the oldest documents have it, begins at a point.
 TextKind StructureCompanion::FindTextKind(const FoundOperator &found) const
 {
     if (found.count == 0)

@@ -42,10 +42,10 @@ class StructureCompanion final : public StreamCompanion
     // Texts are told of too, which takes longer. Call it first.
     void TellTexts() { scan_.FindTexts(); }
 
-    // Who is told; null: nobody, but the layers are painted as chosen all the same.
+    // Says who is told; null: nobody, but the layers are painted as chosen all the same.
     void SendTo(StructureSink *sink) { sink_ = sink; }
 
-    // What is painted in a spot ink is painted in process colours, as if nobody knew of them.
+    // Makes everything that is painted in a spot ink be painted in process colours.
     void LeaveSpots() { leavesSpots_ = true; }
 
     void Deliver(std::span<std::byte> bytes, size_t offset) override;

@@ -23,18 +23,17 @@ struct OperatorRow {
 };
 
 constexpr OperatorRow kOperators[] = {
-    {"Lb", StructureOperator::BeginLayer, 10},  {"Ln", StructureOperator::NameLayer, 1},
-    {"LB", StructureOperator::EndLayer, 0},     {"u", StructureOperator::BeginGroup, 0},
-    {"U", StructureOperator::EndGroup, 0},      {"x", StructureOperator::FillInk, 6},
-    {"X", StructureOperator::StrokeInk, 6},     {"g", StructureOperator::FillProcess, 0},
-    {"k", StructureOperator::FillProcess, 0},   {"p", StructureOperator::FillProcess, 0},
-    {"G", StructureOperator::StrokeProcess, 0}, {"K", StructureOperator::StrokeProcess, 0},
-    {"P", StructureOperator::StrokeProcess, 0}, {"Bd", StructureOperator::BeginGradient, 3},
-    {"Bs", StructureOperator::GradientStop, 9}, {"Bg", StructureOperator::BindGradient, 12},
-    {"To", StructureOperator::BeginText, 1},    {"Tp", StructureOperator::BeginTextPath, 0},
-    {"TO", StructureOperator::EndText, 0},      {"e", StructureOperator::BeginText, 0},
-    {"a", StructureOperator::BeginText, 0},     {"o", StructureOperator::BeginText, 0},
-    {"r", StructureOperator::BeginText, 0},     {"T", StructureOperator::EndText, 0},
+    {"Lb", StructureOperator::BeginLayer, 10},   {"Ln", StructureOperator::NameLayer, 1},
+    {"LB", StructureOperator::EndLayer, 0},      {"u", StructureOperator::BeginGroup, 0},
+    {"U", StructureOperator::EndGroup, 0},       {"x", StructureOperator::FillInk, 6},
+    {"X", StructureOperator::StrokeInk, 6},      {"g", StructureOperator::FillProcess, 0},
+    {"k", StructureOperator::FillProcess, 0},    {"p", StructureOperator::FillProcess, 0},
+    {"G", StructureOperator::StrokeProcess, 0},  {"K", StructureOperator::StrokeProcess, 0},
+    {"P", StructureOperator::StrokeProcess, 0},  {"To", StructureOperator::BeginText, 1},
+    {"Tp", StructureOperator::BeginTextPath, 0}, {"TO", StructureOperator::EndText, 0},
+    {"e", StructureOperator::BeginText, 0},      {"a", StructureOperator::BeginText, 0},
+    {"o", StructureOperator::BeginText, 0},      {"r", StructureOperator::BeginText, 0},
+    {"T", StructureOperator::EndText, 0},
 };
 
 template <char... kLetters>
@@ -57,13 +56,8 @@ ByteBlock BeginsLayerWord(ByteBlock bytes, ByteBlock after)
     return Is(bytes, 'L') & Is(after & kCommon, 'B');
 }
 
-ByteBlock BindsGradient(ByteBlock bytes, ByteBlock after)
-{
-    return Is(bytes, 'B') & Is(after, 'g');
-}
-
-// Whether a block may hold a candidate: a cheap question, whose answer is yes far more often than need be.
-template <bool kLayersAlone, bool kColours, bool kGradients>
+// Asks cheaply whether a block may hold a candidate: the answer is yes far more often than need be.
+template <bool kLayersAlone, bool kColours>
 bool MayHold(const uint8_t *block)
 {
     ByteBlock any = {};
@@ -74,8 +68,6 @@ bool MayHold(const uint8_t *block)
             any |= IsLetter<'u', 'x'>(bytes);
         if constexpr (kColours)
             any |= IsLetter<'g', 'k', 'p'>(bytes);
-        if constexpr (kGradients)
-            any |= BindsGradient(bytes, after);
     }
     return IsAny(any);
 }
@@ -90,9 +82,7 @@ uint64_t CandidatesIn(const uint8_t *block)
         // A word of one letter has no letter beside it.
         const ByteBlock isWord =
             IsLetter<'u', 'x', 'g', 'k', 'p'>(bytes) & IsNoLetter(before) & IsNoLetter(after);
-        bits |= BitsOf(isWord | Is(bytes, '%') | Is(bytes, '<') | BindsGradient(bytes, after) |
-                       BeginsLayerWord(bytes, after))
-                << i;
+        bits |= BitsOf(isWord | Is(bytes, '%') | Is(bytes, '<') | BeginsLayerWord(bytes, after)) << i;
     }
     return bits;
 }
@@ -112,22 +102,19 @@ bool IsOperand(TokenKind kind)
 } // namespace
 
 StructureScan::StructureScan(std::string_view drawing, int version)
-    : drawing_(drawing), version_(version), sections_(version), body_(FindBody(drawing, version)),
-      next_(body_), nextLine_(body_), lineStart_(body_), operandsFrom_(body_), takenTo_(body_)
+    : drawing_(drawing), sections_(version), body_(FindBody(drawing, version)), next_(body_),
+      nextLine_(body_), lineStart_(body_), operandsFrom_(body_), takenTo_(body_)
 {
 }
 
 bool StructureScan::MayHoldCandidate(const uint8_t *block) const
 {
     if (findsLayersAlone_)
-        return MayHold<true, false, false>(block);
-    if (hasInkGradients_)
-        return MayHold<false, true, true>(block);
-    return hasFillInk_ || hasStrokeInk_ ? MayHold<false, true, false>(block)
-                                        : MayHold<false, false, false>(block);
+        return MayHold<true, false>(block);
+    return hasFillInk_ || hasStrokeInk_ ? MayHold<false, true>(block) : MayHold<false, false>(block);
 }
 
-// Whether what may matter there does, as things stand.
+// Returns whether the operator that may begin there matters, as things stand.
 bool StructureScan::IsWanted(char first) const
 {
     switch (first) {
@@ -135,8 +122,6 @@ bool StructureScan::IsWanted(char first) const
     case '%':
     case '<':
         return true;
-    case 'B':
-        return hasInkGradients_ && !findsLayersAlone_;
     case 'g':
     case 'k':
     case 'p':
@@ -316,7 +301,7 @@ void StructureScan::AddOperator(StructureOperator what, const PlacedToken &token
     case StructureOperator::StrokeInk:
         hasStrokeInk_ = true;
         break;
-    // What sets no ink matters where there is one that it puts out.
+    // A process colour matters only where it puts an ink out.
     case StructureOperator::FillProcess:
         if (!hasFillInk_)
             return;
@@ -327,16 +312,6 @@ void StructureScan::AddOperator(StructureOperator what, const PlacedToken &token
             return;
         hasStrokeInk_ = false;
         break;
-    // Only what is looked for is told, whatever else is on its line: the operators of a piece are known before the next piece.
-    case StructureOperator::BindGradient:
-        if (!hasInkGradients_)
-            return;
-        break;
-    case StructureOperator::GradientStop: {
-        constexpr size_t kCustomOperands = 9;
-        hasInkGradients_ = hasInkGradients_ || operands_.size() >= kCustomOperands;
-        break;
-    }
     default:
         break;
     }
@@ -366,7 +341,7 @@ void StructureScan::FindSplits()
                 next = at;
         }
         found_[i].split = next < tokens_.size() ? FindSplit(at, next) : 0;
-        // What does not paint need not be kept apart: both are told where the second is.
+        // Neither operator paints, so they need not be kept apart: both are told where the second is.
         if (found_[i].split == 0 && i + 1 < foundCount_ && tokens_[next].begin == found_[i + 1].begin)
             found_[i].split = found_[i + 1].split;
         next = at;
@@ -385,7 +360,7 @@ size_t StructureScan::FindSplit(size_t from, size_t to) const
         size_t first = gap;
         while (IsTokenSpace(drawing_[first]))
             ++first;
-        // What begins a line with "%" may be something else than within it.
+        // A comment means more at the start of a line than within it.
         if (drawing_[first] != '%')
             return gap;
     }

@@ -26,9 +26,6 @@ enum class StructureOperator : uint8_t {
     StrokeInk,     // X
     FillProcess,   // g k p, which put out the ink
     StrokeProcess, // G K P
-    BeginGradient, // Bd
-    GradientStop,  // Bs
-    BindGradient,  // Bg
     BeginText,     // To; e a o r in the oldest documents
     BeginTextPath, // Tp
     EndText,       // TO; T
@@ -82,11 +79,8 @@ class StructureScan
     size_t Position() const { return next_; } // everything before it has been looked at
 
   private:
-    // The setup section has gradients on any of its lines; hex strings go over lines; words go over cuts.
-    bool ReadsEachLine() const
-    {
-        return findsTexts_ || isInHex_ || isInCutLine_ || (version_ > 2 && sections_.IsInSetup());
-    }
+    // Hex strings go over lines, and words go over cuts; a text may begin on any line.
+    bool ReadsEachLine() const { return findsTexts_ || isInHex_ || isInCutLine_; }
     bool MayHoldCandidate(const uint8_t *block) const;
     bool IsWanted(char first) const;
     size_t FindCandidate(size_t from, size_t limit);
@@ -102,7 +96,6 @@ class StructureScan
     bool PrependOperands(size_t start, size_t end);
 
     std::string_view drawing_;
-    int version_;
     BodySections sections_;
     size_t body_;      // where the interpreter begins
     size_t next_;      // everything before it has been looked at
@@ -118,7 +111,6 @@ class StructureScan
     bool isInCutLine_ = false;
     bool isOver_ = false;
     bool hasFillInk_ = false, hasStrokeInk_ = false;
-    bool hasInkGradients_ = false;
 
     std::vector<PlacedToken> tokens_;   // of the line at hand
     std::vector<PlacedToken> operands_; // since the last operator

@@ -30,7 +30,7 @@ struct Unpacked {
     UnpackLimit limit = UnpackLimit::None; // which was hit; then nothing is kept
 };
 
-// Whether the first bytes are those of gzip or xz data.
+// Returns whether the first bytes are those of gzip or xz data.
 bool IsPacked(std::span<const std::byte> file);
 
 // Undoes up to three kinds of packing, one in the other, however many members or streams each has. What comes out of damaged

@@ -182,7 +182,7 @@ Unshown CountUnshown(const Document &document, std::string_view drawing, int ver
         const BodySections::Fate fate = sections.Follow(line);
         if (fate == BodySections::Fate::End)
             break;
-        // What stands in the setup section defines, and shows nothing. Version 2 is read from behind it.
+        // The setup section defines things, and shows nothing. Version 2 is read from behind it.
         if (line.starts_with('%') && (version <= 2 || !sections.IsInSetup()))
             counter.TakeComment(line);
         if (fate == BodySections::Fate::Interpret)

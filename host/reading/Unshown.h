@@ -1,4 +1,4 @@
-// What a drawing shows and the interpreter does not, and how much of it there is.
+// Counts what a drawing shows and the interpreter does not.
 #pragma once
 
 #include "host/Document.h"
@@ -24,14 +24,14 @@ struct Unshown {
     bool operator==(const Unshown &) const = default;
 };
 
-// Whether a placed picture may be there, which the interpreter passes over without a word. The drawing is the document without
+// Returns whether a placed picture may be there, which the interpreter passes over without a word. The drawing is the document without
 // what is around it.
 bool MayHoldPlacedPicture(const Document &document, std::string_view drawing);
 
 // Counts in the body, as the interpreter reads it: with the blanks, and no further than the drawing's end.
 Unshown CountUnshown(const Document &document, std::string_view drawing, int version, const Blanks &blanks);
 
-// Whether a problem that the plug-in reports, kVXProblemPattern or its like, is told with its number.
+// Returns whether a problem that the plug-in reports, kVXProblemPattern or its like, is told with its number.
 bool IsCounted(const Unshown &unshown, int problem);
 
 // One line for a person each, "2 patterns are painted in half gray".

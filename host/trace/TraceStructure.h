@@ -1,4 +1,4 @@
-// What a drawing says beyond its shapes, as lines among its calls.
+// Prints what a drawing says beyond its shapes, as lines among its calls.
 //
 //   begin-layer (Ground) 1 1 1 1 0 0 79 128 255
 //   set-fill-spot (Warm Red) 0.75 0 0.8 0.9 0

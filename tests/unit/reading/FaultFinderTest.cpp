@@ -1,8 +1,7 @@
 // Where the plug-in gave up, as an editor counts, and in words.
 #include "host/reading/FaultFinder.h"
 
-#include "host/fonts/FixedFontList.h"
-#include "host/reading/Reading.h"
+#include "tests/unit/reading/PluginReading.h"
 
 #include <gtest/gtest.h>
 
@@ -23,18 +22,9 @@ namespace
 const std::string kHeader = "%!PS-Tavro-3.0\n%%BoundingBox: 0 0 100 100\n%VX5_FileFormat 3\n%%EndComments\n"
                             "%%BeginSetup\n%%EndSetup\n";
 
-class FaultFinderTest : public testing::Test
+class FaultFinderTest : public vxtest::PluginReading
 {
   protected:
-    static void SetUpTestSuite()
-    {
-        std::string error;
-        installation_.plugin = Plugin::Load(VX_PLUGIN_PATH, &error);
-        ASSERT_NE(installation_.plugin, nullptr) << error;
-        installation_.fonts = std::make_shared<FixedFontList>(std::vector<std::string>{"Helvetica"});
-    }
-    static void TearDownTestSuite() { installation_ = {}; }
-
     static Outcome Look(const std::string &bytes)
     {
         std::string error;
@@ -48,11 +38,7 @@ class FaultFinderTest : public testing::Test
         EXPECT_LE(outcome.fault.text.size(), DocumentFault::kMostText);
         return FaultText(outcome.fault);
     }
-
-    static Installation installation_;
 };
-
-Installation FaultFinderTest::installation_;
 
 struct FaultCase {
     const char *name;

@@ -1,9 +1,8 @@
 // What is malformed is left out, and nothing else: the rest makes the calls that it would make alone.
-#include "host/fonts/FixedFontList.h"
 #include "host/reading/Blanks.h"
-#include "host/reading/Reading.h"
 #include "host/trace/TraceLines.h"
 #include "tests/unit/host/RecordingDevice.h"
+#include "tests/unit/reading/PluginReading.h"
 
 #include <gtest/gtest.h>
 
@@ -29,18 +28,9 @@ void AddLine(void *to, std::string_view line)
     static_cast<std::string *>(to)->append(line).append("\n");
 }
 
-class SalvageTest : public testing::Test
+class SalvageTest : public vxtest::PluginReading
 {
   protected:
-    static void SetUpTestSuite()
-    {
-        std::string error;
-        installation_.plugin = Plugin::Load(VX_PLUGIN_PATH, &error);
-        ASSERT_NE(installation_.plugin, nullptr) << error;
-        installation_.fonts = std::make_shared<FixedFontList>(std::vector<std::string>{"Helvetica"});
-    }
-    static void TearDownTestSuite() { installation_ = {}; }
-
     // Returns the calls that the plug-in makes of the document.
     std::string Trace(const std::string &bytes, bool salvage, double seconds = 0)
     {
@@ -53,12 +43,8 @@ class SalvageTest : public testing::Test
         outcome_ = Reading(installation_, *document, options).Trace(writer);
         return calls;
     }
-
-    static Installation installation_;
     Outcome outcome_;
 };
-
-Installation SalvageTest::installation_;
 
 struct SalvageCase {
     const char *name;

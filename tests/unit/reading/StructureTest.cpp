@@ -1,8 +1,7 @@
-// What a drawing says beyond its shapes, at the place among its calls where it says it.
-#include "host/fonts/FontconfigFonts.h"
+// Tests that layers, groups, spot inks and texts are told at the place among the calls where the drawing has them.
 #include "host/reading/LineWalk.h"
-#include "host/reading/Reading.h"
 #include "host/trace/TraceLines.h"
+#include "tests/unit/reading/PluginReading.h"
 
 #include <gtest/gtest.h>
 
@@ -38,18 +37,9 @@ bool IsEvent(std::string_view line)
     return std::ranges::any_of(kEvents, [&](std::string_view event) { return line.starts_with(event); });
 }
 
-class StructureTest : public testing::Test
+class StructureTest : public vxtest::PluginReading
 {
   protected:
-    static void SetUpTestSuite()
-    {
-        std::string error;
-        installation_.plugin = Plugin::Load(VX_PLUGIN_PATH, &error);
-        ASSERT_NE(installation_.plugin, nullptr) << error;
-        installation_.fonts = MakeFontconfigFonts({false, {}});
-    }
-    static void TearDownTestSuite() { installation_ = {}; }
-
     using Lines = std::vector<std::string>;
 
     static Lines Trace(std::string_view bytes, bool withStructure = true, bool withTexts = false)
@@ -86,11 +76,7 @@ class StructureTest : public testing::Test
     {
         return Short(Header() + "%%BeginSetup\n%%EndSetup\n" + std::string(body) + "%%EOF\n", withTexts);
     }
-
-    static Installation installation_;
 };
-
-Installation StructureTest::installation_;
 
 const std::string kPath = "0 0 m 9 0 L ";
 const std::string kFill = "0 g " + kPath + "f\n"; // before a colour is set nothing is filled

@@ -1,8 +1,7 @@
 // How much a drawing shows that is not drawn.
 #include "host/reading/Unshown.h"
 
-#include "host/fonts/FixedFontList.h"
-#include "host/reading/Reading.h"
+#include "tests/unit/reading/PluginReading.h"
 
 #include <gtest/gtest.h>
 
@@ -152,18 +151,9 @@ TEST(Unshown, IsLookedForInEachPiece)
     }
 }
 
-class UnshownReading : public testing::Test
+class UnshownReading : public vxtest::PluginReading
 {
   protected:
-    static void SetUpTestSuite()
-    {
-        std::string error;
-        installation_.plugin = Plugin::Load(VX_PLUGIN_PATH, &error);
-        ASSERT_NE(installation_.plugin, nullptr) << error;
-        installation_.fonts = std::make_shared<FixedFontList>(std::vector<std::string>{"Helvetica"});
-    }
-    static void TearDownTestSuite() { installation_ = {}; }
-
     static Outcome Look(const std::string &bytes, bool salvage = false)
     {
         std::string error;
@@ -172,11 +162,7 @@ class UnshownReading : public testing::Test
         options.salvage = salvage;
         return Reading(installation_, *document, options).Look();
     }
-
-    static Installation installation_;
 };
-
-Installation UnshownReading::installation_;
 
 TEST_F(UnshownReading, TellsWhatThePluginReportsAndWhatItDoesNot)
 {
