@@ -82,7 +82,7 @@ class LineFollower final : public StreamCompanion
     OperandStack stack_;
 };
 
-// Tells words that the interpreter takes beyond an operand: it may refuse such a token for itself.
+// The interpreter may refuse a token for itself where it does more with it than to take an operand.
 bool MayEndPiece(TokenKind kind)
 {
     return kind == TokenKind::Operator || kind == TokenKind::ArrayEnd || kind == TokenKind::HexEnd ||
