@@ -345,13 +345,18 @@ typedef struct vx_spot {
     double alternate[4]; /* the CMYK that stands in for all of it */
 } vx_spot;
 
+typedef struct vx_spot_share {
+    const vx_spot *spot; /* null: none */
+    double amount;       /* of it, from 0 to 1 */
+} vx_spot_share;
+
 /* A colour as the document says it. Gray: ink[0] from 0, black, to 1. CMYK: four amounts from 0 to 1. */
 enum { VX_GRAY = 0, VX_CMYK = 1 };
 typedef struct vx_colour {
     int32_t space;
     double ink[4];
-    const vx_spot *spot; /* null: none; else the four amounts stand in for it */
-    double spot_amount;  /* of it, from 0 to 1 */
+    vx_spot_share
+        spots[2]; /* two where one ink blends into another; the four amounts stand in for the mixture */
 } vx_colour;
 
 typedef struct vx_paint {

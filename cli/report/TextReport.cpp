@@ -46,9 +46,10 @@ Json ColourJson(const Colour &colour)
         json["gray"] = colour.ink[0];
     else
         json["cmyk"] = colour.ink;
-    if (colour.spot != nullptr) {
-        json["spot"] = colour.spot->name;
-        json["amount"] = colour.amount;
+    // A text is filled with one colour at a time: blends are none.
+    if (const SpotShare &share = colour.spots[0]; share.ink != nullptr) {
+        json["spot"] = share.ink->name;
+        json["amount"] = share.amount;
     }
     return json;
 }

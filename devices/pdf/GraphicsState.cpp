@@ -23,8 +23,11 @@ void GraphicsState::Restore()
 GraphicsState::Ink GraphicsState::InkOf(const Paint &paint)
 {
     const Colour &colour = paint.colour;
-    if (colour.spot != nullptr && CanBeSpot(*colour.spot))
-        return {Space::Spot, {colour.amount, 0, 0, 0}, colour.spot};
+    if (colour.spots[0].ink != nullptr) {
+        const InkShares shares = FindShares(colour);
+        if (shares.spotCount > 0)
+            return {Space::Spot, {}, shares};
+    }
     if (colour.space == ColourSpace::Cmyk)
         return {Space::Cmyk, {colour.ink[0], colour.ink[1], colour.ink[2], colour.ink[3]}};
     if (paint.overprint)
@@ -32,10 +35,12 @@ GraphicsState::Ink GraphicsState::InkOf(const Paint &paint)
     return {Space::Gray, {colour.ink[0], 0, 0, 0}};
 }
 
-void GraphicsState::WriteTint(std::string_view space, double amount, bool isStroke)
+void GraphicsState::WriteAmounts(std::string_view space, std::span<const double> amounts, bool isStroke)
 {
     content_->Name(space).Operator(isStroke ? "CS" : "cs");
-    content_->Number(amount).Operator(isStroke ? "SCN" : "scn");
+    for (const double amount : amounts)
+        content_->Number(amount);
+    content_->Operator(isStroke ? "SCN" : "scn");
 }
 
 void GraphicsState::WriteInk(const Ink &ink, bool isStroke)
@@ -51,10 +56,11 @@ void GraphicsState::WriteInk(const Ink &ink, bool isStroke)
         break;
     case Space::BlackInk:
         usesBlackInk_ = true;
-        WriteTint(kBlackInk, ink.parts[0], isStroke);
+        WriteAmounts(kBlackInk, std::span(ink.parts).first(1), isStroke);
         break;
     case Space::Spot:
-        WriteTint(spots_.NameOf(*ink.spot), ink.parts[0], isStroke);
+        WriteAmounts(spots_.NameOf(std::span(ink.spots.inks).first(ink.spots.count)),
+                     std::span(ink.spots.amounts).first(ink.spots.count), isStroke);
         break;
     }
 }

@@ -4,11 +4,12 @@
 #pragma once
 
 #include "devices/pdf/ContentStream.h"
-#include "devices/pdf/SpotSpaces.h"
+#include "devices/pdf/InkSpaces.h"
 #include "devices/vector/Frame.h"
 #include "host/drawing/Paint.h"
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,14 +43,14 @@ class GraphicsState
 
     bool UsesOverprint() const { return usesOverprint_; }
     bool UsesBlackInk() const { return usesBlackInk_; }
-    const SpotSpaces &Spots() const { return spots_; }
+    const InkSpaces &Spots() const { return spots_; }
 
   private:
     enum class Space : uint8_t { Gray, Cmyk, BlackInk, Spot };
     struct Ink {
         Space space = Space::Gray;
         double parts[4] = {0, 0, 0, 0};
-        const SpotInk *spot = nullptr;
+        InkShares spots = {};
         friend bool operator==(const Ink &, const Ink &) = default;
     };
     struct Line {
@@ -68,7 +69,7 @@ class GraphicsState
     };
 
     static Ink InkOf(const Paint &paint);
-    void WriteTint(std::string_view space, double amount, bool isStroke);
+    void WriteAmounts(std::string_view space, std::span<const double> amounts, bool isStroke);
     void WriteInk(const Ink &ink, bool isStroke);
     void SetDash(const StrokeStyle &style, double scale);
 
@@ -77,7 +78,7 @@ class GraphicsState
     std::vector<State> saved_;
     std::vector<double> dashes_; // scratch
     bool usesOverprint_ = false, usesBlackInk_ = false;
-    SpotSpaces spots_;
+    InkSpaces spots_;
 };
 
 } // namespace vxhost::pdf

@@ -1,7 +1,8 @@
 #include "devices/pdf/InkSpaces.h"
 
+#include "devices/vector/Numbers.h"
+
 #include <algorithm>
-#include <string>
 
 namespace vxhost::pdf
 {
@@ -9,56 +10,98 @@ namespace vxhost::pdf
 namespace
 {
 
-// The function from an amount of one ink, 0 to 1, to amounts of all four.
-QPDFObjectHandle ToAllInks(int ink)
+// Less is what roundings leave: it stands for nothing.
+constexpr double kLeastShare = 1.0 / 4096;
+
+std::string ResourceName(size_t number)
 {
-    QPDFObjectHandle full = QPDFObjectHandle::newArray();
-    for (int i = 0; i < kInkCount; ++i)
-        full.appendItem(QPDFObjectHandle::newInteger(i == ink ? 1 : 0));
+    std::string name = "Spot";
+    return name.append(std::to_string(number + 1));
+}
+
+// Adds up, ink by ink, what stands for the amounts that lie on the stack: a copy of each is fetched over what was pushed since.
+std::string Program(const Inks &inks)
+{
+    std::string program = "{ ";
+    const auto add = [&](const std::string &words) { program.append(words).append(" "); };
+    for (size_t process = 0; process < kInkCount; ++process) {
+        add("0");
+        for (size_t i = 0; i < inks.size(); ++i) {
+            const double part = inks[i]->alternate[process];
+            if (part == 0)
+                continue;
+            add(std::to_string(inks.size() - i + process));
+            add("index");
+            if (part != 1) {
+                add(NumberText(part));
+                add("mul");
+            }
+            add("add");
+        }
+    }
+    add(std::to_string(inks.size() + kInkCount));
+    add(std::to_string(kInkCount));
+    add("roll");
+    for (size_t i = 0; i < inks.size(); ++i)
+        add("pop");
+    return program + "}";
+}
+
+QPDFObjectHandle Separation(const SpotInk &ink)
+{
     QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
     function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(2));
     function.replaceKey("/Domain", MakeNumbers({0, 1}));
     function.replaceKey("/C0", MakeNumbers({0, 0, 0, 0}));
-    function.replaceKey("/C1", full);
+    function.replaceKey(
+        "/C1", MakeNumbers({ink.alternate[0], ink.alternate[1], ink.alternate[2], ink.alternate[3]}));
     function.replaceKey("/N", QPDFObjectHandle::newInteger(1));
-    return function;
-}
-
-QPDFObjectHandle Separation(int ink)
-{
     return QPDFObjectHandle::newArray(
-        {MakeName("Separation"), MakeName(kInkNames[ink]), MakeName("DeviceCMYK"), ToAllInks(ink)});
-}
-
-// Puts a 0 in the place of each ink that is not there. The operands lie on the stack in order, so each 0 is rolled
-// below those that come after it.
-std::string Program(const std::vector<int> &inks)
-{
-    std::string program = "{";
-    size_t after = inks.size();
-    for (int ink = 0; ink < kInkCount; ++ink) {
-        if (std::ranges::find(inks, ink) != inks.end())
-            --after;
-        else
-            program += " 0 " + std::to_string(after + 1) + " 1 roll";
-    }
-    return program + " }";
+        {MakeName("Separation"), MakeName(ink.name), MakeName("DeviceCMYK"), function});
 }
 
 } // namespace
 
-QPDFObjectHandle BlackInkSpace()
+const SpotInk kProcessInks[kInkCount] = {
+    {"Cyan", {1, 0, 0, 0}}, {"Magenta", {0, 1, 0, 0}}, {"Yellow", {0, 0, 1, 0}}, {"Black", {0, 0, 0, 1}}};
+
+bool CanBeSpot(const SpotInk &ink)
 {
-    return Separation(kInkCount - 1);
+    return !ink.name.empty() && ink.name != "All" && ink.name != "None";
 }
 
-QPDFObjectHandle InkSpace(PdfFile *file, const std::vector<int> &inks)
+InkShares FindShares(const Colour &colour)
+{
+    InkShares shares;
+    const auto add = [&](const SpotInk *ink, double amount) {
+        shares.inks[shares.count] = ink;
+        shares.amounts[shares.count++] = amount;
+    };
+    double rest[kInkCount];
+    std::ranges::copy(colour.ink, rest);
+    for (const SpotShare &share : colour.spots) {
+        if (share.ink == nullptr || !CanBeSpot(*share.ink))
+            continue;
+        add(share.ink, share.amount);
+        for (size_t i = 0; i < kInkCount; ++i)
+            rest[i] -= share.amount * share.ink->alternate[i];
+    }
+    shares.spotCount = shares.count;
+    const double least = shares.spotCount > 0 ? kLeastShare : 0;
+    for (size_t i = 0; i < kInkCount; ++i) {
+        if (rest[i] > least)
+            add(&kProcessInks[i], rest[i]);
+    }
+    return shares;
+}
+
+QPDFObjectHandle InkSpace(PdfFile *file, const Inks &inks)
 {
     if (inks.size() == 1)
-        return Separation(inks.front());
+        return Separation(*inks.front());
     QPDFObjectHandle names = QPDFObjectHandle::newArray(), domain = QPDFObjectHandle::newArray();
-    for (const int ink : inks) {
-        names.appendItem(MakeName(kInkNames[ink]));
+    for (const SpotInk *ink : inks) {
+        names.appendItem(MakeName(ink->name));
         domain.appendItem(QPDFObjectHandle::newInteger(0));
         domain.appendItem(QPDFObjectHandle::newInteger(1));
     }
@@ -68,6 +111,21 @@ QPDFObjectHandle InkSpace(PdfFile *file, const std::vector<int> &inks)
     function.replaceKey("/Range", MakeNumbers({0, 1, 0, 1, 0, 1, 0, 1}));
     return QPDFObjectHandle::newArray(
         {MakeName("DeviceN"), names, MakeName("DeviceCMYK"), file->AddStream(function, Program(inks))});
+}
+
+std::string InkSpaces::NameOf(std::span<const SpotInk *const> inks)
+{
+    auto found =
+        std::ranges::find_if(spaces_, [&](const Inks &known) { return std::ranges::equal(known, inks); });
+    if (found == spaces_.end())
+        found = spaces_.insert(found, Inks(inks.begin(), inks.end()));
+    return ResourceName(static_cast<size_t>(found - spaces_.begin()));
+}
+
+void InkSpaces::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
+{
+    for (size_t i = 0; i < spaces_.size(); ++i)
+        resources->replaceKey(KeyOf(ResourceName(i)), file->Add(InkSpace(file, spaces_[i])));
 }
 
 } // namespace vxhost::pdf

@@ -1,22 +1,57 @@
-// Colour spaces that are press inks: what is painted in one leaves the other inks as they are, under overprint.
+// Colour spaces that are inks: what is painted in one leaves the other inks as they are, under overprint. A spot ink makes a plate of
+// its own on a press, and is its four process inks everywhere else.
 #pragma once
 
 #include "devices/pdf/PdfFile.h"
+#include "host/drawing/Paint.h"
 
+#include <array>
 #include <cstddef>
-#include <string_view>
+#include <iterator>
+#include <span>
+#include <string>
 #include <vector>
 
 namespace vxhost::pdf
 {
 
-inline constexpr int kInkCount = 4;
-inline constexpr std::string_view kInkNames[kInkCount] = {"Cyan", "Magenta", "Yellow", "Black"};
+// By their addresses, in the order in which a space has them.
+using Inks = std::vector<const SpotInk *>;
 
-// The space of black ink alone; 0 none, 1 full.
-QPDFObjectHandle BlackInkSpace();
+inline constexpr size_t kInkCount = 4;
+extern const SpotInk kProcessInks[kInkCount];
 
-// The space of some of the four inks, by their numbers in ascending order.
-QPDFObjectHandle InkSpace(PdfFile *file, const std::vector<int> &inks);
+// Returns whether PDF can have an ink of that name. Two names mean all inks and none; what is painted in such an ink is painted in
+// process colours.
+bool CanBeSpot(const SpotInk &ink);
+
+// A colour taken apart: the spot inks that PDF can have, then what process inks stand for the rest, each as far as it is there.
+struct InkShares {
+    static constexpr size_t kMost = std::tuple_size_v<decltype(Colour::spots)> + kInkCount;
+
+    std::array<const SpotInk *, kMost> inks = {};
+    std::array<double, kMost> amounts = {};
+    size_t count = 0;
+    size_t spotCount = 0; // of those
+
+    friend bool operator==(const InkShares &, const InkShares &) = default;
+};
+
+InkShares FindShares(const Colour &colour);
+
+// The space of these inks, each 0 none and 1 full.
+QPDFObjectHandle InkSpace(PdfFile *file, const Inks &inks);
+
+// The spaces that a page paints with, by name.
+class InkSpaces
+{
+  public:
+    // Returns the name of the resource.
+    std::string NameOf(std::span<const SpotInk *const> inks);
+    void AddTo(PdfFile *file, QPDFObjectHandle *resources) const;
+
+  private:
+    std::vector<Inks> spaces_; // by number
+};
 
 } // namespace vxhost::pdf

@@ -326,7 +326,7 @@ class PdfDevice final : public Device
         AddResource("/Shading", shadings, resources);
         QPDFObjectHandle spaces = QPDFObjectHandle::newDictionary();
         if (program_->state.UsesBlackInk())
-            spaces.replaceKey(KeyOf(kBlackInk), BlackInkSpace());
+            spaces.replaceKey(KeyOf(kBlackInk), InkSpace(file, {&kProcessInks[kInkCount - 1]}));
         program_->state.Spots().AddTo(file, &spaces);
         AddResource("/ColorSpace", spaces, resources);
         QPDFObjectHandle states = QPDFObjectHandle::newDictionary();

@@ -1,6 +1,5 @@
 #include "devices/pdf/Shadings.h"
 
-#include "devices/pdf/InkSpaces.h"
 #include "devices/pdf/Matrices.h"
 #include "devices/vector/Numbers.h"
 
@@ -21,6 +20,8 @@ namespace
 constexpr size_t kMaxBlends = 16384;
 constexpr size_t kMaxRampBytes = size_t{16} << 20;
 constexpr int kSampleBits = 16;
+// A space of more inks is beyond what some readers take.
+constexpr size_t kMaxInks = 8;
 // Instances of one gradient differ by roundings. No output shows so small a part of the whole.
 constexpr double kPlacesOfUnit = 50000;
 
@@ -43,27 +44,55 @@ bool Normalise(const Shading &shading, Matrix *matrix, Shading::Circle *last)
     return true;
 }
 
-// False when a blend that overprints has one of the inks at some steps alone, or none at all.
+// An ink, and how many of a blend's colours have it.
+struct InkCount {
+    const SpotInk *ink = nullptr;
+    size_t colours = 0;
+};
+
+// Returns the inks of a blend, spot inks first.
+std::vector<InkCount> CountInks(const Shading &shading, size_t *colours)
+{
+    std::vector<InkCount> spots;
+    std::vector<InkCount> counts;
+    for (const SpotInk &ink : kProcessInks)
+        counts.push_back({&ink});
+    for (const ColourSpan &span : shading.spans) {
+        *colours += span.colours.size();
+        for (const Colour &colour : span.colours) {
+            const InkShares shares = FindShares(colour);
+            for (size_t i = 0; i < shares.count; ++i) {
+                std::vector<InkCount> &among = i < shares.spotCount ? spots : counts;
+                auto found = std::ranges::find(among, shares.inks[i], &InkCount::ink);
+                if (found == among.end())
+                    found = among.insert(found, {shares.inks[i]});
+                ++found->colours;
+            }
+        }
+    }
+    counts.insert(counts.begin(), spots.begin(), spots.end());
+    return counts;
+}
+
+// False when a blend that overprints has one of the inks at some steps alone, or none at all, and when there are too many.
 bool FindSpace(const Shading &shading, PaintSpace *space)
 {
     bool isGray = false;
     for (const ColourSpan &span : shading.spans)
         isGray |= !span.colours.empty() && span.colours.front().space == ColourSpace::Gray;
     space->isBlackInk = isGray && shading.overprint;
-    for (int ink = 0; ink < kInkCount && !isGray; ++ink) {
-        bool isSomewhere = false, isEverywhere = true;
-        for (const ColourSpan &span : shading.spans) {
-            for (const Colour &colour : span.colours) {
-                isSomewhere |= colour.ink[ink] != 0;
-                isEverywhere &= colour.ink[ink] != 0;
-            }
-        }
-        if (!shading.overprint || isSomewhere)
-            space->inks.push_back(ink);
-        if (shading.overprint && isSomewhere && !isEverywhere)
+    if (isGray)
+        return true;
+    size_t colours = 0;
+    const std::vector<InkCount> inks = CountInks(shading, &colours);
+    const bool isMixed = shading.overprint || inks.size() > kInkCount;
+    for (const InkCount &count : inks) {
+        if (!isMixed || count.colours > 0)
+            space->inks.push_back(count.ink);
+        if (shading.overprint && count.colours > 0 && count.colours < colours)
             return false;
     }
-    return isGray || !space->inks.empty();
+    return !space->inks.empty() && space->inks.size() <= kMaxInks;
 }
 
 std::string NameOf(size_t number)
@@ -83,8 +112,13 @@ void AppendComponents(const Colour &colour, const PaintSpace &space, std::vector
 {
     if (space.inks.empty())
         to->push_back(space.isBlackInk ? 1 - colour.ink[0] : colour.ink[0]);
-    for (const int ink : space.inks)
-        to->push_back(colour.ink[ink]);
+    const InkShares shares = FindShares(colour);
+    for (const SpotInk *ink : space.inks) {
+        const auto found = std::ranges::find(shares.inks, ink);
+        to->push_back(found != shares.inks.end()
+                          ? shares.amounts[static_cast<size_t>(found - shares.inks.begin())]
+                          : 0);
+    }
 }
 
 // A ramp as it is kept and compared. Two colours, or one, keep their numbers; more become samples. The first byte says
@@ -159,10 +193,12 @@ QPDFObjectHandle SampledFunction(PdfFile *file, const std::string &ramp)
 QPDFObjectHandle ColourSpaceOf(PdfFile *file, const PaintSpace &space)
 {
     if (space.isBlackInk)
-        return BlackInkSpace();
+        return InkSpace(file, {&kProcessInks[kInkCount - 1]});
     if (space.inks.empty())
         return MakeName("DeviceGray");
-    return space.inks.size() == kInkCount ? MakeName("DeviceCMYK") : InkSpace(file, space.inks);
+    const bool isProcess = std::ranges::equal(
+        space.inks, kProcessInks, [](const SpotInk *ink, const SpotInk &process) { return ink == &process; });
+    return isProcess ? MakeName("DeviceCMYK") : InkSpace(file, space.inks);
 }
 
 } // namespace
@@ -223,8 +259,9 @@ std::string Shadings::KeyOf(const Blend &blend)
     std::string key;
     key += blend.kind == ShadingKind::Axial ? 'a' : 'r';
     key += blend.space.isBlackInk ? 'b' : 'g';
-    for (const int ink : blend.space.inks)
-        key += static_cast<char>('0' + ink);
+    for (const SpotInk *ink : blend.space.inks)
+        key.append(reinterpret_cast<const char *>(&ink), sizeof(ink));
+    key += ' ';
     const double circle[] = {blend.last.centre.x, blend.last.centre.y, blend.last.radius};
     AppendBytes(circle, std::size(circle), &key);
     return key + KeyOf(blend.spans);
@@ -268,7 +305,7 @@ void Shadings::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
     std::vector<QPDFObjectHandle> functions(ramps_.size());
     for (const auto &[ramp, number] : ramps_)
         functions[number] = ramp[0] == kLinear ? LinearFunction(file, ramp) : SampledFunction(file, ramp);
-    std::map<std::vector<int>, QPDFObjectHandle> spaces; // gray has another place for its black ink
+    std::map<Inks, QPDFObjectHandle> spaces; // gray has another place for its black ink
     std::map<std::string, QPDFObjectHandle> functionOfSpans;
     const QPDFObjectHandle yes = QPDFObjectHandle::newBool(true);
     const QPDFObjectHandle both = QPDFObjectHandle::newArray({yes, yes});
@@ -278,8 +315,7 @@ void Shadings::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
     for (size_t i = 0; i < blends_.size(); ++i) {
         const Blend &blend = blends_[i];
         const bool isAxial = blend.kind == ShadingKind::Axial;
-        const std::vector<int> spaceKey =
-            blend.space.isBlackInk ? std::vector<int>{kInkCount} : blend.space.inks;
+        const Inks spaceKey = blend.space.isBlackInk ? Inks{nullptr} : blend.space.inks;
         QPDFObjectHandle &space = spaces[spaceKey];
         if (!space.isInitialized())
             space = ColourSpaceOf(file, blend.space);

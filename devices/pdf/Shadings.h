@@ -4,7 +4,7 @@
 // colours are kept apart from its place: instances of one gradient differ in their places alone.
 #pragma once
 
-#include "devices/pdf/PdfFile.h"
+#include "devices/pdf/InkSpaces.h"
 #include "host/drawing/Shading.h"
 
 #include <cstddef>
@@ -23,10 +23,10 @@ struct ShadingUse {
     Matrix matrix; // from the shading's space to the page
 };
 
-// What a blend paints with: gray, black ink alone, or some of the four inks.
+// What a blend paints with: gray, black ink alone, or inks.
 struct PaintSpace {
     bool isBlackInk = false;
-    std::vector<int> inks; // by number; empty: gray
+    Inks inks; // empty: gray
 };
 
 class Shadings
@@ -34,8 +34,8 @@ class Shadings
   public:
     // Nothing when PDF has no shading that looks like it; it is to be painted as shapes then. That is so for circles
     // that do not lie one inside the other, and for blends that overprint and have an ink at some steps alone: at the
-    // others that ink stays as it is on the page, which no shading can say. It is also so when there are more of them
-    // than memory should be filled with.
+    // others that ink stays as it is on the page, which no shading can say. It is also so when they have more inks than a
+    // space should, and when there are more of them than memory should be filled with.
     std::optional<ShadingUse> Use(const Shading &shading);
 
     void AddTo(PdfFile *file, QPDFObjectHandle *resources) const;

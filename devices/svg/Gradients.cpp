@@ -46,6 +46,12 @@ std::string RampKey(const Shading &shading, double innerRadius)
             key += colour.space == ColourSpace::Gray ? 'g' : 'c';
             for (int i = 0; i < (colour.space == ColourSpace::Gray ? 1 : 4); ++i)
                 AppendNumber(colour.ink[i], &key);
+            for (const SpotShare &share : colour.spots) {
+                if (share.ink == nullptr)
+                    continue;
+                key.append(reinterpret_cast<const char *>(&share.ink), sizeof share.ink);
+                AppendNumber(share.amount, &key);
+            }
         }
     }
     return key;

@@ -30,11 +30,15 @@ void WriteInks(const Colour &colour, std::string_view prefix, XmlWriter *xml)
         xml->Number(colour.ink[i]);
     }
     xml->Markup("\"");
-    if (colour.spot == nullptr)
-        return;
-    std::string name(prefix.substr(1));
-    xml->Attribute(name + "ink", colour.spot->name);
-    xml->Attribute(name + "tint", 1 - colour.amount);
+    const std::string name(prefix.substr(1));
+    std::string_view number; // of the ink
+    for (const SpotShare &share : colour.spots) {
+        if (share.ink == nullptr)
+            continue;
+        xml->Attribute(name + "ink" + std::string(number), share.ink->name);
+        xml->Attribute(name + "tint" + std::string(number), 1 - share.amount);
+        number = "-2";
+    }
 }
 
 } // namespace

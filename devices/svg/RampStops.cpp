@@ -34,6 +34,10 @@ Colour Mix(const Colour &from, const Colour &to, double part)
     Colour mixed = from;
     for (int i = 0; i < 4; ++i)
         mixed.ink[i] += (to.ink[i] - from.ink[i]) * part;
+    for (size_t i = 0; i < std::size(mixed.spots); ++i) {
+        if (mixed.spots[i].ink == to.spots[i].ink)
+            mixed.spots[i].amount += (to.spots[i].amount - from.spots[i].amount) * part;
+    }
     return mixed;
 }
 

@@ -284,24 +284,28 @@ void Drawing::SetOverprint(bool on)
     state_.paint.overprint = on;
 }
 
-void Drawing::CountSpot(const SpotColour &spot)
+// Counts the spot inks of the paint that is about to be used.
+const Paint &Drawing::CountSpots()
 {
-    const double tint = 1 - spot.amount;
-    const auto [place, isNew] = placeOfSpot_.try_emplace(spot.ink, spotsUsed_.size());
-    if (isNew) {
-        SpotUse &use = spotsUsed_.emplace_back();
-        use.name = spot.ink->name;
-        std::ranges::copy(spot.ink->alternate, use.alternate);
-        use.leastTint = use.mostTint = tint;
-        return;
+    for (const SpotShare &share : spotPaint_.colour.spots) {
+        if (share.ink == nullptr)
+            continue;
+        const double tint = 1 - share.amount;
+        const auto [place, isNew] = placeOfSpot_.try_emplace(share.ink, spotsUsed_.size());
+        if (isNew) {
+            SpotUse &use = spotsUsed_.emplace_back();
+            use.name = share.ink->name;
+            std::ranges::copy(share.ink->alternate, use.alternate);
+            use.leastTint = use.mostTint = tint;
+        }
+        SpotUse &use = spotsUsed_[place->second];
+        use.leastTint = std::min(use.leastTint, tint);
+        use.mostTint = std::max(use.mostTint, tint);
     }
-    SpotUse &use = spotsUsed_[place->second];
-    use.leastTint = std::min(use.leastTint, tint);
-    use.mostTint = std::max(use.mostTint, tint);
+    return spotPaint_;
 }
 
-// Returns what is painted with: the plug-in has sent the colour, and the spot ink has been read beside it.
-const Paint &Drawing::CountPaint(const SpotColour &spot)
+const Paint &Drawing::CountPaint()
 {
     if (waiting_ > 0)
         BeginWaiting();
@@ -309,28 +313,45 @@ const Paint &Drawing::CountPaint(const SpotColour &spot)
     counts_.gray |= paint.colour.space == ColourSpace::Gray;
     counts_.cmyk |= paint.colour.space == ColourSpace::Cmyk;
     counts_.overprint |= paint.overprint;
-    if (spot.ink == nullptr || paint.colour.space != ColourSpace::Cmyk ||
+    return paint;
+}
+
+// Returns what is painted with: the plug-in has sent the colour, and the spot ink has been read beside it.
+const Paint &Drawing::AddSpot(const SpotColour &spot)
+{
+    const Paint &paint = state_.paint;
+    if (spot.share.ink == nullptr || paint.colour.space != ColourSpace::Cmyk ||
         !std::ranges::equal(paint.colour.ink, spot.process))
         return paint;
-    CountSpot(spot);
     spotPaint_ = paint;
-    spotPaint_.colour.spot = spot.ink;
-    spotPaint_.colour.amount = spot.amount;
-    return spotPaint_;
+    spotPaint_.colour.spots[0] = spot.share;
+    return CountSpots();
+}
+
+const Paint &Drawing::CountStroke()
+{
+    (void)CountPaint();
+    return AddSpot(strokeSpot_);
+}
+
+const Paint &Drawing::CountFill()
+{
+    spotPaint_ = CountPaint();
+    return blendSteps_.AddSpots(&spotPaint_.colour) ? CountSpots() : AddSpot(fillSpot_);
 }
 
 void Drawing::FillShape(const Path &path)
 {
     if (path.IsEmpty())
         return;
-    device_->FillPath(path, CountPaint(fillSpot_));
+    device_->FillPath(path, CountFill());
 }
 
 void Drawing::StrokeShape(const Path &path)
 {
     if (path.IsEmpty())
         return;
-    const Paint &paint = CountPaint(strokeSpot_);
+    const Paint &paint = CountStroke();
     FindStyle(&style_);
     device_->StrokePath(path, style_, paint);
 }
@@ -369,7 +390,7 @@ void Drawing::ShowText(std::span<const GlyphRun> runs, int32_t mode)
     text_.strokes = (mode & kZRKShowStroke) != 0;
     text_.clips = (mode & kZRKShowClip) != 0;
     if (text_.fills || text_.strokes)
-        text_.paint = CountPaint(text_.fills ? fillSpot_ : strokeSpot_);
+        text_.paint = text_.fills ? CountFill() : CountStroke();
     if (text_.strokes)
         FindStyle(&text_.style);
     if (text_.clips)

@@ -53,6 +53,7 @@ class Drawing final : public StructureSink
     void EndGroup() override;
     void SetFillSpot(const SpotColour &spot) override { fillSpot_ = spot; }
     void SetStrokeSpot(const SpotColour &spot) override { strokeSpot_ = spot; }
+    void SetFillBlend(const SpotBlend *blend) override { blendSteps_.Begin(blend); }
     void BeginText(TextKind kind) override { text_.object = {text_.object.number + 1, 0, kind}; }
     void BeginTextPath() override { ++text_.object.path; }
     void EndText() override { BeginText(TextKind::Point); }
@@ -110,8 +111,11 @@ class Drawing final : public StructureSink
     void StartSubpath(Point onPage);
     void OpenSubpath(Point ifNone);
     void CutDashes(size_t length);
-    const Paint &CountPaint(const SpotColour &spot);
-    void CountSpot(const SpotColour &spot);
+    const Paint &CountFill();
+    const Paint &CountStroke();
+    const Paint &CountPaint();
+    const Paint &AddSpot(const SpotColour &spot);
+    const Paint &CountSpots();
     void BeginWaiting();
     void EndInnermost();
     void EndGroups();
@@ -138,6 +142,7 @@ class Drawing final : public StructureSink
     uint64_t groupsTooDeep_ = 0, layersTooDeep_ = 0; // innermost ones that are not told
     uint64_t groupsEndedEarly_ = 0;                  // by a layer: their own ends are still to come
     SpotColour fillSpot_, strokeSpot_;
+    SpotBlendSteps blendSteps_;
     std::vector<SpotUse> spotsUsed_;
     std::map<const SpotInk *, size_t> placeOfSpot_; // among them
     Paint spotPaint_;

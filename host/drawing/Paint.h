@@ -3,6 +3,7 @@
 
 #include "host/drawing/Path.h"
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -18,21 +19,26 @@ struct SpotInk {
     double alternate[4] = {0, 0, 0, 0};
 };
 
+struct SpotShare {
+    const SpotInk *ink = nullptr; // outlives the drawing; null: none
+    double amount = 0;            // of it, 0 none, 1.0 full
+    friend bool operator==(const SpotShare &, const SpotShare &) = default;
+};
+
 // A colour as the document says it. Gray: ink[0] is the level, 0 black, 1.0 white. Cmyk: ink amounts, 0 none, 1.0 full.
 // Components outside 0 to 1.0 have been clamped.
 struct Colour {
     ColourSpace space = ColourSpace::Gray;
     double ink[4] = {0, 0, 0, 0};
-    // Null: none. Else the four amounts are what stands in for that ink, which outlives the drawing.
-    const SpotInk *spot = nullptr;
-    double amount = 0; // of it, 0 none, 1.0 full
+    // Spot inks that it is mixed of, two where one ink blends into another. The four amounts are what stands in for the
+    // mixture; what the spot inks do not stand for is process ink.
+    std::array<SpotShare, 2> spots = {};
     friend bool operator==(const Colour &, const Colour &) = default;
 };
 
 // An ink as a document chooses it for what it paints next.
 struct SpotColour {
-    const SpotInk *ink = nullptr; // null: none
-    double amount = 0;
+    SpotShare share = {};
     double process[4] = {0, 0, 0, 0}; // what is sent for it
 };
 

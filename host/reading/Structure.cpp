@@ -121,6 +121,18 @@ class LayerList
 
 } // namespace
 
+namespace
+{
+
+// Returns whether the operator alone, without others, changes what is told of a drawing: blends in process colours do not.
+bool Matters(const StructureScan &scan, StructureOperator what)
+{
+    const bool isOfBlend = what == StructureOperator::DefineBlend || what == StructureOperator::AddStop;
+    return !isOfBlend || scan.HasSpotStop();
+}
+
+} // namespace
+
 Structure ScanStructure(const Document &document, std::string_view drawing, int version)
 {
     Structure structure;
@@ -132,7 +144,7 @@ Structure ScanStructure(const Document &document, std::string_view drawing, int 
         const size_t to = std::min(from + Document::kReadAtOnce, drawing.size());
         while (scan.NextLine(to)) {
             for (const FoundOperator &found : scan.Operators()) {
-                structure.isThere = true;
+                structure.isThere |= Matters(scan, found.what);
                 if (found.what == StructureOperator::BeginLayer)
                     layers.Begin(LayerOf(scan, found));
                 else if (found.what == StructureOperator::NameLayer)

@@ -1,11 +1,8 @@
 #include "host/reading/StructureCompanion.h"
 
-#include "host/drawing/FromFixed.h"
 #include "host/reading/ByteBlocks.h"
 #include "host/reading/LineTokens.h"
 #include "host/reading/LineWalk.h"
-
-#include <vx/Toolbox.h>
 
 #include <algorithm>
 #include <bit>
@@ -18,14 +15,6 @@ namespace
 {
 
 constexpr size_t kLayerNumbersAfterPrinting = 6;
-constexpr size_t kSpotOperands = 6; // four inks, a name, a tint
-constexpr Fixed kFixedOne = 0x10000;
-constexpr size_t kMostNameBytes = 255;
-
-double Amount(Fixed value)
-{
-    return std::clamp(FromFixed(value), 0.0, 1.0);
-}
 
 uint64_t CountLineEnds(std::span<const std::byte> bytes)
 {
@@ -43,9 +32,9 @@ uint64_t CountLineEnds(std::span<const std::byte> bytes)
 } // namespace
 
 StructureCompanion::StructureCompanion(std::string_view drawing, size_t start, int version,
-                                       const Structure &structure, DecodeName decodeName)
-    : drawing_(drawing), start_(start), structure_(structure), decodeName_(std::move(decodeName)),
-      scan_(drawing, version)
+                                       const Structure &structure, SpotInks::DecodeName decodeName)
+    : drawing_(drawing), start_(start), structure_(structure), scan_(drawing, version),
+      inks_(drawing, std::move(decodeName))
 {
 }
 
@@ -87,7 +76,18 @@ void StructureCompanion::Take(const FoundOperator &found)
         break;
     case StructureOperator::FillInk:
     case StructureOperator::StrokeInk:
-        event.spot = FindSpot(found);
+        if (!leavesSpots_ && found.count >= kSpotOperands)
+            event.spot = inks_.Find(found.Operands().last(kSpotOperands));
+        break;
+    case StructureOperator::DefineBlend:
+        blends_.Define(scan_, found);
+        return;
+    case StructureOperator::AddStop:
+        blends_.AddStop(scan_, found, &inks_);
+        return;
+    case StructureOperator::BindBlend:
+        if (!leavesSpots_)
+            event.blend = blends_.Find(scan_, found);
         break;
     case StructureOperator::BeginText:
         event.text = FindTextKind(found);
@@ -122,63 +122,6 @@ void StructureCompanion::PaintLayer(const FoundOperator &found, const Layer &lay
     std::string digits(flag.end - flag.begin, '0');
     digits.back() = layer.isPainted ? '1' : '0';
     edits_.push_back({flag.begin, std::move(digits)});
-}
-
-// Returns null for operands that are none.
-const StructureCompanion::WrittenInk *StructureCompanion::FindInk(std::span<const PlacedToken> operands)
-{
-    const std::string_view text =
-        drawing_.substr(operands.front().begin, operands.back().end - operands.front().begin);
-    if (const auto known = written_.find(text); known != written_.end())
-        return &known->second;
-    SpotInk ink;
-    WrittenInk written;
-    std::string key;
-    for (size_t i = 0; i < std::size(ink.alternate); ++i) {
-        const std::optional<Fixed> part = FixedOfToken(scan_.Text(operands[i]));
-        if (!part)
-            return nullptr;
-        written.parts[i] = *part;
-        ink.alternate[i] = Amount(*part);
-        key.append(reinterpret_cast<const char *>(&*part), sizeof *part);
-    }
-    const PlacedToken &name = operands.back();
-    if (name.kind != TokenKind::String && name.kind != TokenKind::HexData)
-        return nullptr;
-    std::string bytes =
-        name.kind == TokenKind::String ? StringBytes(scan_.Text(name)) : HexBytes(scan_.Text(name));
-    bytes.resize(std::min(bytes.size(), kMostNameBytes));
-    key += bytes;
-    auto known = inks_.find(key);
-    if (known == inks_.end()) {
-        if (inks_.size() == kMostInks)
-            return nullptr;
-        ink.name = decodeName_(bytes);
-        known = inks_.emplace(std::move(key), std::move(ink)).first;
-    }
-    written.ink = &known->second;
-    if (written_.size() == kMostInks)
-        written_.clear();
-    return &written_.emplace(text, written).first->second;
-}
-
-SpotColour StructureCompanion::FindSpot(const FoundOperator &found)
-{
-    if (found.count < kSpotOperands || leavesSpots_)
-        return {};
-    const auto operands = found.Operands().last(kSpotOperands);
-    const WrittenInk *written = FindInk(operands.first(kSpotOperands - 1));
-    const std::optional<Fixed> tint = FixedOfToken(scan_.Text(operands.back()));
-    if (written == nullptr || !tint)
-        return {};
-    SpotColour spot;
-    spot.ink = written->ink;
-    spot.amount = Amount(static_cast<Fixed>(uint32_t{kFixedOne} - static_cast<uint32_t>(*tint)));
-    // The plug-in's own product, so that its colour can be told from one that is nearly the same.
-    const auto strength = static_cast<Fixed>(uint32_t{kFixedOne} - static_cast<uint32_t>(*tint));
-    for (size_t i = 0; i < std::size(spot.process); ++i)
-        spot.process[i] = Amount(FixMul(strength, written->parts[i]));
-    return spot;
 }
 
 void StructureCompanion::ChangeBytes(std::span<std::byte> bytes)
@@ -235,6 +178,9 @@ void StructureCompanion::Send(const Event &event)
     case StructureOperator::StrokeInk:
     case StructureOperator::StrokeProcess:
         return sink_->SetStrokeSpot(event.spot);
+    case StructureOperator::BindBlend:
+    case StructureOperator::EndBlend:
+        return sink_->SetFillBlend(event.blend);
     case StructureOperator::BeginText:
         return sink_->BeginText(event.text);
     case StructureOperator::BeginTextPath:

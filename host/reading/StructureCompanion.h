@@ -6,17 +6,16 @@
 
 #include "host/StreamCompanion.h"
 #include "host/drawing/StructureSink.h"
+#include "host/reading/BlendDefinitions.h"
+#include "host/reading/SpotInks.h"
 #include "host/reading/Structure.h"
 #include "host/reading/StructureScan.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <functional>
-#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace vxhost
@@ -31,13 +30,9 @@ struct ByteEdit {
 class StructureCompanion final : public StreamCompanion
 {
   public:
-    static constexpr size_t kMostInks = 1000; // further ones are process colours
-
-    using DecodeName = std::function<std::string(std::string_view)>;
-
     // The drawing starts there in the document. Layers are painted as the structure says. All must outlive this object.
     StructureCompanion(std::string_view drawing, size_t start, int version, const Structure &structure,
-                       DecodeName decodeName);
+                       SpotInks::DecodeName decodeName);
 
     // Texts are told of too, which takes longer. Call it first.
     void TellTexts() { scan_.FindTexts(); }
@@ -62,20 +57,13 @@ class StructureCompanion final : public StreamCompanion
         uint64_t line = 0; // that begins then, counted since the piece was delivered in which that byte is
         size_t layer = 0;
         SpotColour spot = {}; // no ink: process colours
+        const SpotBlend *blend = nullptr;
         TextKind text = TextKind::Point;
-    };
-
-    // Four numbers and a name, as they are written somewhere in the drawing.
-    struct WrittenInk {
-        const SpotInk *ink = nullptr;
-        Fixed parts[4] = {0, 0, 0, 0};
     };
 
     void Take(const FoundOperator &found);
     TextKind FindTextKind(const FoundOperator &found) const;
     void PaintLayer(const FoundOperator &found, const Layer &layer);
-    const WrittenInk *FindInk(std::span<const PlacedToken> operands);
-    SpotColour FindSpot(const FoundOperator &found);
     void ChangeBytes(std::span<std::byte> bytes);
     void CountLines(std::span<const std::byte> bytes);
     void SendEvents();
@@ -84,7 +72,6 @@ class StructureCompanion final : public StreamCompanion
     std::string_view drawing_;
     size_t start_; // of the drawing in the document
     const Structure &structure_;
-    DecodeName decodeName_;
     StructureScan scan_;
     StructureSink *sink_ = nullptr;
     bool leavesSpots_ = false;
@@ -94,8 +81,8 @@ class StructureCompanion final : public StreamCompanion
     std::deque<Event> events_;
     std::deque<ByteEdit> edits_;
     size_t layersBegun_ = 0;
-    std::map<std::string, SpotInk> inks_; // by what tells them apart: name and inks
-    std::unordered_map<std::string_view, WrittenInk> written_;
+    SpotInks inks_;
+    BlendDefinitions blends_;
 };
 
 } // namespace vxhost

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <utility>
 
 namespace vxhost
 {
@@ -33,7 +34,9 @@ constexpr OperatorRow kOperators[] = {
     {"Tp", StructureOperator::BeginTextPath, 0}, {"TO", StructureOperator::EndText, 0},
     {"e", StructureOperator::BeginText, 0},      {"a", StructureOperator::BeginText, 0},
     {"o", StructureOperator::BeginText, 0},      {"r", StructureOperator::BeginText, 0},
-    {"T", StructureOperator::EndText, 0},
+    {"T", StructureOperator::EndText, 0},        {"Bd", StructureOperator::DefineBlend, 3},
+    {"Bs", StructureOperator::AddStop, 9},       {"Bg", StructureOperator::BindBlend, 12},
+    {"BB", StructureOperator::EndBlend, 0},
 };
 
 template <char... kLetters>
@@ -49,11 +52,11 @@ ByteBlock IsNoLetter(ByteBlock bytes)
     return reinterpret_cast<ByteBlock>(fromA > static_cast<uint8_t>('z' - 'a'));
 }
 
-ByteBlock BeginsLayerWord(ByteBlock bytes, ByteBlock after)
+// Marks the first letter of longer words: operators of layers and of blends.
+ByteBlock BeginsLongWord(ByteBlock bytes, ByteBlock after)
 {
-    // These bits are the same in "b", "n" and "B", and in few others.
-    constexpr uint8_t kCommon = 0xD3;
-    return Is(bytes, 'L') & Is(after & kCommon, 'B');
+    constexpr uint8_t kLetterBit = 0x40;
+    return (Is(bytes, 'L') | Is(bytes, 'B')) & reinterpret_cast<ByteBlock>((after & kLetterBit) != 0);
 }
 
 // Asks cheaply whether a block may hold a candidate: the answer is yes far more often than need be.
@@ -63,7 +66,7 @@ bool MayHold(const uint8_t *block)
     ByteBlock any = {};
     for (size_t i = 0; i < kBlock; i += sizeof any) {
         const ByteBlock bytes = LoadBlock(block + i), after = LoadBlock(block + i + 1);
-        any |= Is(bytes, '%') | Is(bytes, '<') | BeginsLayerWord(bytes, after);
+        any |= Is(bytes, '%') | Is(bytes, '<') | BeginsLongWord(bytes, after);
         if constexpr (!kLayersAlone)
             any |= IsLetter<'u', 'x'>(bytes);
         if constexpr (kColours)
@@ -82,7 +85,7 @@ uint64_t CandidatesIn(const uint8_t *block)
         // A word of one letter has no letter beside it.
         const ByteBlock isWord =
             IsLetter<'u', 'x', 'g', 'k', 'p'>(bytes) & IsNoLetter(before) & IsNoLetter(after);
-        bits |= BitsOf(isWord | Is(bytes, '%') | Is(bytes, '<') | BeginsLayerWord(bytes, after)) << i;
+        bits |= BitsOf(isWord | Is(bytes, '%') | Is(bytes, '<') | BeginsLongWord(bytes, after)) << i;
     }
     return bits;
 }
@@ -130,6 +133,8 @@ bool StructureScan::IsWanted(char first) const
     case 'K':
     case 'P':
         return hasStrokeInk_ && !findsLayersAlone_;
+    case 'B':
+        return (hasSpotStop_ || sections_.IsInSetup()) && !findsLayersAlone_;
     default:
         return !findsLayersAlone_;
     }
@@ -288,33 +293,42 @@ void StructureScan::TakeOperator(std::string_view name, const PlacedToken &token
     areOperandsKnown_ = true;
 }
 
+// Returns whether the operator says something, as things stand. Its operands are known.
+bool StructureScan::IsHeard(StructureOperator what)
+{
+    switch (what) {
+    case StructureOperator::FillInk:
+        return hasFillInk_ = true;
+    case StructureOperator::StrokeInk:
+        return hasStrokeInk_ = true;
+    // A process colour matters only where it puts an ink out.
+    case StructureOperator::FillProcess:
+        return std::exchange(hasFillInk_, false);
+    case StructureOperator::StrokeProcess:
+        return std::exchange(hasStrokeInk_, false);
+    case StructureOperator::DefineBlend:
+        return sections_.IsInSetup();
+    case StructureOperator::AddStop:
+        if (operands_.size() > kStopOperandsBehindKind)
+            hasSpotStop_ |= IntegerOfToken(Text(operands_[operands_.size() - 1 - kStopOperandsBehindKind])) ==
+                            kStopOfSpot;
+        return sections_.IsInSetup();
+    case StructureOperator::BindBlend:
+    case StructureOperator::EndBlend:
+        return hasSpotStop_ && !sections_.IsInSetup();
+    default:
+        return true;
+    }
+}
+
 void StructureScan::AddOperator(StructureOperator what, const PlacedToken &token, size_t wanted)
 {
     if (IsOfText(what) && !findsTexts_)
         return;
     if (operands_.size() < wanted && !areOperandsKnown_)
         LookBack(wanted);
-    switch (what) {
-    case StructureOperator::FillInk:
-        hasFillInk_ = true;
-        break;
-    case StructureOperator::StrokeInk:
-        hasStrokeInk_ = true;
-        break;
-    // A process colour matters only where it puts an ink out.
-    case StructureOperator::FillProcess:
-        if (!hasFillInk_)
-            return;
-        hasFillInk_ = false;
-        break;
-    case StructureOperator::StrokeProcess:
-        if (!hasStrokeInk_)
-            return;
-        hasStrokeInk_ = false;
-        break;
-    default:
-        break;
-    }
+    if (!IsHeard(what))
+        return;
     if (foundCount_ == found_.size())
         found_.emplace_back();
     FoundOperator &found = found_[foundCount_++];

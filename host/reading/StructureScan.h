@@ -26,6 +26,10 @@ enum class StructureOperator : uint8_t {
     StrokeInk,     // X
     FillProcess,   // g k p, which put out the ink
     StrokeProcess, // G K P
+    DefineBlend,   // Bd, of the setup section
+    AddStop,       // Bs, likewise
+    BindBlend,     // Bg, once a stop is a spot ink
+    EndBlend,      // BB, likewise
     BeginText,     // To; e a o r in the oldest documents
     BeginTextPath, // Tp
     EndText,       // TO; T
@@ -50,6 +54,10 @@ struct FoundOperator {
     // The last ones before it, the topmost last.
     std::span<const PlacedToken> Operands() const { return {room.data(), count}; }
 };
+
+// The third operand of a stop from the top says which kind of colour it has.
+inline constexpr int32_t kStopOfGray = 0, kStopOfProcess = 1, kStopOfSpot = 3, kStopOfNothing = 4;
+inline constexpr size_t kStopOperandsBehindKind = 2;
 
 class StructureScan
 {
@@ -76,7 +84,7 @@ class StructureScan
     {
         return drawing_.substr(token.begin, token.end - token.begin);
     }
-    size_t Position() const { return next_; } // everything before it has been looked at
+    bool HasSpotStop() const { return hasSpotStop_; } // among the stops of blends so far
 
   private:
     // Hex strings go over lines, and words go over cuts; a text may begin on any line.
@@ -89,6 +97,7 @@ class StructureScan
     void ReadLine();
     void TakeTokens(std::string_view line);
     void TakeOperator(std::string_view name, const PlacedToken &token);
+    bool IsHeard(StructureOperator what);
     void AddOperator(StructureOperator what, const PlacedToken &token, size_t wanted);
     void FindSplits();
     size_t FindSplit(size_t from, size_t to) const;
@@ -110,7 +119,7 @@ class StructureScan
     bool isInHex_ = false;
     bool isInCutLine_ = false;
     bool isOver_ = false;
-    bool hasFillInk_ = false, hasStrokeInk_ = false;
+    bool hasFillInk_ = false, hasStrokeInk_ = false, hasSpotStop_ = false;
 
     std::vector<PlacedToken> tokens_;   // of the line at hand
     std::vector<PlacedToken> operands_; // since the last operator

@@ -33,15 +33,31 @@ void TraceStructure::BeginText(TextKind kind)
     writer_->EndCall();
 }
 
+void TraceStructure::WriteShare(const SpotShare &share)
+{
+    writer_->AddName(share.ink != nullptr ? share.ink->name : std::string());
+    writer_->AddFixed(X2Fix(share.amount));
+}
+
 // The name, how much of the ink, and its four inks at full strength. No ink: nothing.
 void TraceStructure::WriteSpot(std::string_view name, const SpotColour &spot)
 {
     writer_->BeginCall(name);
-    if (spot.ink != nullptr) {
-        writer_->AddName(spot.ink->name);
-        writer_->AddFixed(X2Fix(spot.amount));
-        for (const double part : spot.ink->alternate)
+    if (spot.share.ink != nullptr) {
+        WriteShare(spot.share);
+        for (const double part : spot.share.ink->alternate)
             writer_->AddFixed(X2Fix(part));
+    }
+    writer_->EndCall();
+}
+
+// From what to what each of its parts goes, in the order in which they are painted.
+void TraceStructure::SetFillBlend(const SpotBlend *blend)
+{
+    writer_->BeginCall("set-fill-blend");
+    for (const SpotBlend::Part &part : blend != nullptr ? blend->parts : std::vector<SpotBlend::Part>()) {
+        WriteShare(part.from.share);
+        WriteShare(part.to.share);
     }
     writer_->EndCall();
 }

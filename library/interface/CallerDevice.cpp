@@ -85,15 +85,17 @@ CallerDevice::~CallerDevice() = default;
 
 vx_colour CallerDevice::ColourFor(const Colour &colour)
 {
-    vx_colour shared = {colour.space == ColourSpace::Gray ? VX_GRAY : VX_CMYK,
-                        {colour.ink[0], colour.ink[1], colour.ink[2], colour.ink[3]},
-                        nullptr,
-                        0};
-    if (const SpotInk *ink = colour.spot; ink != nullptr) {
-        const vx_spot spot = {ink->name.c_str(),
-                              {ink->alternate[0], ink->alternate[1], ink->alternate[2], ink->alternate[3]}};
-        shared.spot = &spots_.emplace(ink, spot).first->second;
-        shared.spot_amount = colour.amount;
+    vx_colour shared = {};
+    shared.space = colour.space == ColourSpace::Gray ? VX_GRAY : VX_CMYK;
+    std::ranges::copy(colour.ink, shared.ink);
+    for (size_t i = 0; i < std::size(colour.spots); ++i) {
+        const SpotShare &share = colour.spots[i];
+        if (share.ink == nullptr)
+            continue;
+        const double *alternate = share.ink->alternate;
+        const vx_spot spot = {share.ink->name.c_str(),
+                              {alternate[0], alternate[1], alternate[2], alternate[3]}};
+        shared.spots[i] = {&spots_.emplace(share.ink, spot).first->second, share.amount};
     }
     return shared;
 }

@@ -177,12 +177,16 @@ typedef struct vx_spot {
     double alternate[4];
 } vx_spot;
 
+typedef struct vx_spot_share {
+    const vx_spot *spot;
+    double amount;
+} vx_spot_share;
+
 enum { VX_GRAY = 0, VX_CMYK = 1 };
 typedef struct vx_colour {
     int32_t space;
     double ink[4];
-    const vx_spot *spot;
-    double spot_amount;
+    vx_spot_share spots[2];
 } vx_colour;
 
 typedef struct vx_paint {

@@ -194,7 +194,7 @@ class Spots(PdfTest):
 
     def test_each_has_a_plate(self):
         for sample_name, inks in (("spot-inks", {"Brick", "Night"}), ("custom-colours", {"Lake", "Poppy", "Moss", "Paper"}),
-                                  ("several-operators-a-line", {"Hull"})):
+                                  ("several-operators-a-line", {"Hull"}), ("gradient-custom-colours", {"Brick", "Lagoon"})):
             with self.subTest(sample_name):
                 run("gs", "-q", "-dNOPAUSE", "-dBATCH", "-sDEVICE=tiffsep", "-r20", "-o", self.path("%d.tif"), self.pdf(sample(sample_name)))
                 plates = {re.search(r"\((.*)\)", name)[1] for name in self.files() if "(" in name}
@@ -228,11 +228,18 @@ class Spots(PdfTest):
         self.assertEqual(self.program(self.LAKE.format(0) + "0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_Helvetica 12 Tf\n(Hand) Tx\nTO\n"),
                          ["/Spot1 cs", "1 scn"])
 
+    def test_a_blend_is_one_shading_in_its_inks(self):
+        plain = run("qpdf", "--qdf", "--object-streams=disable", self.pdf(sample("gradient-custom-colours")), "-").decode("latin-1")
+        spaces = re.findall(r"/ColorSpace \[\s+(?:/Separation\s+(/\S+)|/DeviceN\s+\[([^]]*)\])", plain)
+        self.assertEqual({one or " ".join(several.split()) for one, several in spaces}, {"/Brick", "/Brick /Lagoon", "/Lagoon /Black"})
+        # One for each of the four, and nothing painted step by step.
+        self.assertEqual((plain.count("/ShadingType 2"), len(re.findall(r" sh$", plain, re.M)), len(re.findall(r"^f$", plain, re.M))), (4, 4, 0))
+
     def test_process_paints_in_the_inks_that_stand_in(self):
         self.assertEqual(self.program(self.LAKE.format("0.5") + self.FILL, "--spots", "process"), [".5 .25 0 0 k"])
 
     def test_viewers_show_the_colours_of_before(self):
-        for name in ("custom-colours", "several-operators-a-line"):
+        for name in ("custom-colours", "several-operators-a-line", "gradient-custom-colours"):
             process, kept = (self.pdf(sample(name), "--spots", how, name=how + ".pdf") for how in ("process", "keep"))
             for program in (["pdftoppm", "-r", "36"], ["mutool", "draw", "-q", "-r", "36", "-F", "ppm", "-o", "-"]):
                 pages = [run(*program, path) for path in (process, kept)]

@@ -156,6 +156,10 @@ class RecordingDevice final : public vxhost::Device
         std::string text = isGray ? " gray" : " cmyk";
         for (size_t ink = 0; ink < (isGray ? 1u : 4u); ++ink)
             text += " " + Number(colour.ink[ink]);
+        for (const vxhost::SpotShare &share : colour.spots) {
+            if (share.ink != nullptr)
+                text += " " + share.ink->name + " " + Number(share.amount);
+        }
         return text;
     }
 

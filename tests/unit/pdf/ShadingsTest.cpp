@@ -155,8 +155,9 @@ INSTANTIATE_TEST_SUITE_P(Pdf, PdfShadingInks, testing::ValuesIn(kInks), CaseName
 TEST(PdfInkSpace, PutsZerosInTheirPlaces)
 {
     DrawnPage page = Drawn(Axial({{0, 1, {CmykColour(1, 0, 0, 0.5), CmykColour(0.5, 0, 0, 1)}}}, true));
-    // c k | c k 0 | c 0 k | c 0 k 0 | c 0 0 k
-    EXPECT_EQ(StreamText(Blend(page).getKey("/ColorSpace").getArrayItem(3)), "{ 0 2 1 roll 0 2 1 roll }");
+    // c k | c k C | c k C 0 0 | c k C 0 0 K | C 0 0 K c k | C 0 0 K
+    EXPECT_EQ(StreamText(Blend(page).getKey("/ColorSpace").getArrayItem(3)),
+              "{ 0 2 index add 0 0 0 4 index add 6 4 roll pop pop }");
 }
 
 struct ShapesCase {

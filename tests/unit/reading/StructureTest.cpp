@@ -181,6 +181,52 @@ TEST_F(StructureTest, CountsWhereTheInterpreterReads)
         EXPECT_EQ(Short(row.document), row.events) << row.what;
 }
 
+// The stops that are written last are painted first, the innermost of a radial blend among the last.
+TEST_F(StructureTest, BlendsOfSpotInksAreToldByTheirParts)
+{
+    const std::string lake = "1 0.5 0 0 (Lake) 0 3 50 ", moss = "0.5 0 1 0 (Moss) 0.25 3 50 ";
+    struct Row {
+        const char *what;
+        std::string definitions;
+        const char *parts; // of the blend (a); null: nobody is told of it
+    };
+    const Row rows[] = {
+        {"two inks", "(a) 0 2 Bd\n[\n" + lake + "0 Bs\n" + moss + "100 Bs\nBD\n", "(Moss) 0.75 (Lake) 1"},
+        {"radial", "(a) 1 2 Bd\n[\n" + lake + "0 Bs\n" + moss + "100 Bs\nBD\n", "(Moss) 0.75 (Lake) 1"},
+        {"to white and to process", "(a) 0 3 Bd\n1 0 50 0 Bs\n" + lake + "50 Bs\n0 1 1 0 1 50 100 Bs\nBD\n",
+         "() 0 (Lake) 1 (Lake) 1 () 0"},
+        {"grays among them", "(a) 0 4 Bd\n0 0 50 0 Bs\n1 0 50 30 Bs\n2 50 60 Bs\n" + lake + "100 Bs\nBD\n",
+         "(Lake) 1 () 0"},
+        {"fewer than there are", "(a) 0 2 Bd\n" + lake + "0 Bs\n" + moss + "50 Bs\n" + lake + "100 Bs\nBD\n",
+         "(Lake) 1 (Moss) 0.75"},
+        {"fewer, radial", "(a) 1 2 Bd\n" + lake + "0 Bs\n" + moss + "50 Bs\n" + lake + "100 Bs\nBD\n",
+         "(Moss) 0.75 (Lake) 1"},
+        {"another kind, painted as a radial one from the other end",
+         "(a) 2 2 Bd\n" + lake + "0 Bs\n" + moss + "50 Bs\n" + lake + "100 Bs\nBD\n", "(Moss) 0.75 (Lake) 1"},
+        {"more than there are", "(a) 0 9 Bd\n" + lake + "0 Bs\n" + moss + "50 Bs\nBD\n",
+         "(Moss) 0.75 (Lake) 1"},
+        {"one stop", "(a) 0 1 Bd\n" + lake + "0 Bs\nBD\n", "(Lake) 1 (Lake) 1"},
+        {"the first of a name",
+         "(a) 0 2 Bd\n" + lake + "0 Bs\n" + moss + "9 Bs\nBD\n(a) 0 1 Bd\n" + moss + "0 Bs\nBD\n",
+         "(Moss) 0.75 (Lake) 1"},
+        {"longer spellings are none", "(a) 0 1 Bd\n" + lake + "0 Bs\n" + moss + "9 Bsx\nBD\n",
+         "(Lake) 1 (Lake) 1"},
+        {"process alone", "(a) 0 2 Bd\n0 1 0 0 1 50 0 Bs\n0 0 50 9 Bs\nBD\n", nullptr},
+        {"another has inks", "(a) 0 1 Bd\n0 1 0 0 1 50 0 Bs\nBD\n(b) 0 1 Bd\n" + lake + "0 Bs\nBD\n", ""},
+        {"an ink with an operand too few", "(a) 0 1 Bd\n0 1 0 (Lake) 0 3 50 0 Bs\nBD\n", ""},
+    };
+    for (const Row &row : rows) {
+        const std::string events =
+            Short(Header() + "%%BeginSetup\n%VX5_BeginGradient: (a)\n" + row.definitions + "%%EndSetup\n" +
+                  "0 0 m 9 0 L\nBb\n1 (a) 0 0 0 1 1 0 0 1 0 0 Bg\nf\n0 BB\n" + kFill + "%%EOF\n");
+        const std::string parts = row.parts != nullptr ? row.parts : "";
+        EXPECT_EQ(events, row.parts == nullptr
+                              ? "f"
+                              : "set-fill-blend" + (parts.empty() ? "" : " " + parts) + ", set-fill-blend, f")
+            << row.what;
+    }
+}
+
 TEST_F(StructureTest, TextsAreToldToWhoAsksForThem)
 {
     const std::string text = "0 g\n2 To\n1 0 0 1 0 0 0 Tp\nTP\n0 Tr\n/_Helvetica 9 Tf\n(a) Tx\n(b) Tx\nTO\n";
