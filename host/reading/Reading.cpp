@@ -134,8 +134,7 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
     wrongChoice_ = ChooseLayers(options_.layers, &structure_.layers);
     const HeaderDate date = ReadHeaderDate(header_.creationDate, options_.dateOrder);
     header_.wrapping = unpacked_->names;
-    if (!wrapping_.names.empty())
-        header_.wrapping.append(header_.wrapping.empty() ? "" : ", ").append(wrapping_.names);
+    AddWrapping(wrapping_.names, &header_.wrapping);
     header_.refusal = unpacked_->refusal;
     header_.created = date.date;
     header_.isDateOrderOpen = date.isOrderOpen;

@@ -1031,12 +1031,15 @@ class Packed(CommandTest):
                               ("gzip, xz", gzip.compress(lzma.compress(self.data))),
                               ("gzip", gzip.compress(self.data[:half]) + gzip.compress(self.data[half:]) + bytes(512)),
                               ("xz", lzma.compress(self.data[:half]) + bytes(8) + lzma.compress(self.data[half:]) + bytes(512)),
-                              ("gzip, MacBinary", gzip.compress(Wrapped.mac_binary(self.data)))):
+                              ("gzip, MacBinary", gzip.compress(Wrapped.mac_binary(self.data))),
+                              ("MacBinary, gzip", Wrapped.mac_binary(gzip.compress(self.data))),
+                              ("other lines before it, xz", b"Content-Encoding: xz\r\n\r\n" + lzma.compress(self.data)),
+                              ("MacBinary, gzip, MacBinary", Wrapped.mac_binary(gzip.compress(Wrapped.mac_binary(self.data))))):
             with self.subTest(names):
                 self.write("b.vx", packed)  # what it is called does not matter
                 self.expect_same_picture("b.vx", names)
                 facts = self.facts("b.vx")
-                unpacked = len(Wrapped.mac_binary(self.data)) if "Mac" in names else len(self.data)
+                unpacked = len(Wrapped.mac_binary(self.data)) if names.endswith("MacBinary") else len(self.data)
                 self.assertEqual((facts["wrapping"], facts["bytes"], facts["unpackedBytes"], facts["damage"]),
                                  (names, len(packed), unpacked, ""))
                 self.assertIn(b"file            %d bytes, %d unpacked," % (len(packed), unpacked), self.run_vx("info", "b.vx")[0])
@@ -1056,7 +1059,7 @@ class Packed(CommandTest):
         self.assertIn("a.svg", self.files())
 
     def test_they_are_not_overwritten(self):
-        for pack in (gzip.compress, lzma.compress):
+        for pack in (gzip.compress, lzma.compress, lambda data: Wrapped.mac_binary(gzip.compress(data))):
             self.write("a.png", pack(self.data))
             self.assertIn("would overwrite the drawing", self.refused("render", "plain.vx", "-o", "a.png", status=2))
 
@@ -1092,6 +1095,7 @@ class Packed(CommandTest):
 
     def test_a_bomb_ends_at_the_limit_of_memory(self):
         for name, data in (("gzip", gzip.compress(self.LONG)), ("xz", lzma.compress(self.LONG)),
+                           ("wrapped", Wrapped.mac_binary(gzip.compress(Wrapped.mac_binary(self.LONG)))),
                            ("both", lzma.compress(gzip.compress(self.LONG)))):
             with self.subTest(name):
                 self.write("a.vx", data)
