@@ -23,7 +23,7 @@ void GraphicsState::Restore()
 GraphicsState::Ink GraphicsState::InkOf(const Paint &paint)
 {
     const Colour &colour = paint.colour;
-    if (colour.spot != nullptr && CanBeSpot(*colour.spot))
+    if (colour.spot != nullptr && CanHavePlate(colour.spot->name))
         return {Space::Spot, {colour.amount, 0, 0, 0}, colour.spot};
     if (colour.space == ColourSpace::Cmyk)
         return {Space::Cmyk, {colour.ink[0], colour.ink[1], colour.ink[2], colour.ink[3]}};

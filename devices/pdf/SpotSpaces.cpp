@@ -15,11 +15,6 @@ std::string ResourceName(size_t number)
 
 } // namespace
 
-bool CanBeSpot(const SpotInk &ink)
-{
-    return !ink.name.empty() && ink.name != "All" && ink.name != "None";
-}
-
 QPDFObjectHandle SpotSpace(const SpotInk &ink)
 {
     QPDFObjectHandle function = QPDFObjectHandle::newDictionary();

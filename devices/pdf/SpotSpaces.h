@@ -12,10 +12,6 @@
 namespace vxhost::pdf
 {
 
-// Returns whether PDF can have an ink of that name. Two names mean all inks and none; what is painted in such an ink is painted in
-// process colours.
-bool CanBeSpot(const SpotInk &ink);
-
 // The space of one spot ink, 0 none and 1 full.
 QPDFObjectHandle SpotSpace(const SpotInk &ink);
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vxhost
@@ -17,6 +18,12 @@ struct SpotInk {
     std::string name; // UTF-8
     double alternate[4] = {0, 0, 0, 0};
 };
+
+// Returns whether PDF can have a plate for an ink of that name. Two names mean all plates and none.
+inline bool CanHavePlate(std::string_view ink)
+{
+    return !ink.empty() && ink != "All" && ink != "None";
+}
 
 // A colour as the document says it. Gray: ink[0] is the level, 0 black, 1.0 white. Cmyk: ink amounts, 0 none, 1.0 full.
 // Components outside 0 to 1.0 have been clamped.
