@@ -70,7 +70,7 @@ void ParseWithTheCompanion(benchmark::State &state)
         vxhost::Structure structure;
         std::optional<vxhost::StructureCompanion> companion;
         if (isFollowed) {
-            structure = vxhost::ScanStructure(*document, text, 3);
+            structure = vxhost::ScanStructure(*document, text, 3, {});
             if (structure.isThere)
                 options.structure = &companion.emplace(
                     text, 0, 3, structure, [](std::string_view name) { return std::string(name); });

@@ -28,8 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     vxfuzz::Require(vxhost::WhyRefused(facts, size).find('\n') == std::string::npos,
                     "a message of two lines");
     vxfuzz::Require(fonts.size() <= vxhost::kMaxAskedFonts, "too many fonts");
-    const vxhost::DocumentEnd end = vxhost::FindEnd(*document, true);
-    const vxhost::DocumentEnd quick = vxhost::FindEnd(*document, false);
+    const vxhost::DocumentEnd end = vxhost::FindEnd(*document, true, {});
+    const vxhost::DocumentEnd quick = vxhost::FindEnd(*document, false, {});
     vxfuzz::Require(end.isSaid == quick.isSaid && end.isInLine == quick.isInLine, "two ends");
     vxfuzz::Require(end.undrawn == quick.undrawn && end.undrawn.bytes <= size, "what is not drawn");
     vxfuzz::Require(!quick.isSaid || quick.open == vxhost::OpenThings(), "things that nobody looked for");

@@ -2,6 +2,7 @@
 
 #include "host/JsonText.h"
 
+#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 #include <string_view>
@@ -149,6 +150,8 @@ Json SpotsJson(const std::vector<SpotUse> &spots)
         for (const double part : spot.alternate)
             json["cmyk"].push_back(InkAmount(part));
         json["tints"] = {InkAmount(spot.leastTint), InkAmount(spot.mostTint)};
+        json["mixtures"] = std::ranges::count(spots, spot.name, &SpotUse::name);
+        json["plate"] = CanHavePlate(spot.name);
     }
     return list;
 }

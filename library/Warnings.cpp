@@ -5,6 +5,7 @@
 
 #include <vx/HostCall.h>
 
+#include <map>
 #include <utility>
 
 namespace vxhost
@@ -70,6 +71,30 @@ std::string SalvageText(const Outcome &outcome)
     return text;
 }
 
+// Says of an ink why a press does not print it as the drawing means it; empty: it does. So many mixtures have its name.
+std::string InkText(std::string_view name, size_t mixtures)
+{
+    if (name.empty())
+        return "a spot ink without a name is painted in process inks in PDF: name it";
+    if (!CanHavePlate(name))
+        return "spot ink " + Quoted(name) + " is painted in process inks in PDF, where that name means " +
+               (name == "All" ? "every plate" : "no plate") + ": rename it";
+    return mixtures < 2 ? ""
+                        : "spot ink " + Quoted(name) + " is mixed from process inks in " +
+                              std::to_string(mixtures) + " ways and has one plate: rename all but one";
+}
+
+void AddInkWarnings(const std::vector<SpotUse> &spots, std::vector<std::string> *warnings)
+{
+    std::map<std::string_view, size_t> mixtures;
+    for (const SpotUse &spot : spots)
+        ++mixtures[spot.name];
+    for (const auto &[name, count] : mixtures) {
+        if (std::string text = InkText(name, count); !text.empty())
+            warnings->push_back(std::move(text));
+    }
+}
+
 } // namespace
 
 std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view fontHelp)
@@ -83,6 +108,7 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
     }
     for (std::string &text : UnshownTexts(outcome.unshown))
         warnings.push_back(std::move(text));
+    AddInkWarnings(outcome.spots, &warnings);
     for (const FontUse &font : outcome.fonts) {
         if (isGivenUp && font.match == FontMatch::Missing)
             continue;

@@ -41,6 +41,7 @@ Outcome PrintTexts(Reading &reading, const std::string &input, const std::string
     Outcome outcome = reading.Draw(AnyPage(), device);
     outcome.unknownCharacters = device.UnknownCharacters();
     outcome.fonts.clear(); // words are the same whatever serves their fonts
+    outcome.spots.clear(); // and whatever prints them
     if (const Failure failure = writer.Finish(); !outcome.failure)
         outcome.failure = failure;
     return outcome;

@@ -103,9 +103,10 @@ std::string SpotRows(const std::vector<SpotUse> &spots)
                 ? fmt::format("tint {}", Decimal(spot.leastTint, 4))
                 : fmt::format("tints {} to {}", Decimal(spot.leastTint, 4), Decimal(spot.mostTint, 4));
         rows += Row(rows.empty() ? "spot inks" : "",
-                    fmt::format("{}: {} {} {} {}, {}", spot.name, Decimal(spot.alternate[0], 4),
-                                Decimal(spot.alternate[1], 4), Decimal(spot.alternate[2], 4),
-                                Decimal(spot.alternate[3], 4), tints));
+                    fmt::format("{}: {} {} {} {}, {}{}", spot.name.empty() ? "no name" : spot.name,
+                                Decimal(spot.alternate[0], 4), Decimal(spot.alternate[1], 4),
+                                Decimal(spot.alternate[2], 4), Decimal(spot.alternate[3], 4), tints,
+                                CanHavePlate(spot.name) ? "" : ", no plate in PDF"));
     }
     return rows;
 }

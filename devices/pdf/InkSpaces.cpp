@@ -65,11 +65,6 @@ QPDFObjectHandle Separation(const SpotInk &ink)
 const SpotInk kProcessInks[kInkCount] = {
     {"Cyan", {1, 0, 0, 0}}, {"Magenta", {0, 1, 0, 0}}, {"Yellow", {0, 0, 1, 0}}, {"Black", {0, 0, 0, 1}}};
 
-bool CanBeSpot(const SpotInk &ink)
-{
-    return !ink.name.empty() && ink.name != "All" && ink.name != "None";
-}
-
 InkShares FindShares(const Colour &colour)
 {
     InkShares shares;
@@ -80,7 +75,7 @@ InkShares FindShares(const Colour &colour)
     double rest[kInkCount];
     std::ranges::copy(colour.ink, rest);
     for (const SpotShare &share : colour.spots) {
-        if (share.ink == nullptr || !CanBeSpot(*share.ink))
+        if (share.ink == nullptr || !CanHavePlate(share.ink->name))
             continue;
         add(share.ink, share.amount);
         for (size_t i = 0; i < kInkCount; ++i)

@@ -21,10 +21,6 @@ using Inks = std::vector<const SpotInk *>;
 inline constexpr size_t kInkCount = 4;
 extern const SpotInk kProcessInks[kInkCount];
 
-// Returns whether PDF can have an ink of that name. Two names mean all inks and none; what is painted in such an ink is painted in
-// process colours.
-bool CanBeSpot(const SpotInk &ink);
-
 // A colour taken apart: the spot inks that PDF can have, then what process inks stand for the rest, each as far as it is there.
 struct InkShares {
     static constexpr size_t kMost = std::tuple_size_v<decltype(Colour::spots)> + kInkCount;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vxhost
@@ -18,6 +19,12 @@ struct SpotInk {
     std::string name; // UTF-8
     double alternate[4] = {0, 0, 0, 0};
 };
+
+// Returns whether PDF can have a plate for an ink of that name. Two names mean all plates and none.
+inline bool CanHavePlate(std::string_view ink)
+{
+    return !ink.empty() && ink != "All" && ink != "None";
+}
 
 struct SpotShare {
     const SpotInk *ink = nullptr; // outlives the drawing; null: none

@@ -7,8 +7,10 @@
 #include "host/reading/LineWalk.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <span>
+#include <string_view>
 #include <vector>
 
 namespace vxhost
@@ -48,6 +50,17 @@ class Blanks
   private:
     std::vector<ByteRange> ranges_;
 };
+
+// Returns a line, which stands at that offset of the document, as the plug-in is given it: in the room where there are blanks.
+inline std::string_view BlankedLine(std::string_view line, size_t offset, const Blanks &blanks,
+                                    std::array<char, kLineRoom> *room)
+{
+    if (blanks.IsEmpty())
+        return line;
+    std::ranges::copy(line, room->begin());
+    blanks.Apply(std::as_writable_bytes(std::span(*room).first(line.size())), offset);
+    return {room->data(), line.size()};
+}
 
 // Blanks bytes on their way to the plug-in, and another companion, which may be null.
 class Blanker final : public StreamCompanion

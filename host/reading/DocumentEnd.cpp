@@ -154,16 +154,17 @@ void TakeOperators(std::string_view line, bool *isInHex, OpenCounter *counter)
     *isInHex = tokens.IsInHex();
 }
 
-// A document without a setup section, as the oldest are, has its operators anywhere.
-OpenThings FindOpenThings(std::string_view text)
+// A document without a setup section, as the oldest are, has its operators anywhere. The text stands there in the document.
+OpenThings FindOpenThings(std::string_view text, size_t start, const Blanks &blanks)
 {
+    std::array<char, kLineRoom> room;
     Sections sections;
     OpenCounter counter;
     bool isInHex = false;
     const bool hasSetup = text.find("%%BeginSetup") != std::string_view::npos;
     LineWalk lines(text);
     while (lines.Next()) {
-        const std::string_view line = lines.Line();
+        const std::string_view line = BlankedLine(lines.Line(), start + lines.Start(), blanks, &room);
         if (line.starts_with('%'))
             (void)sections.Follow(line);
         else if (!sections.PassesOver() && !(hasSetup && sections.IsInSetup()))
@@ -198,12 +199,13 @@ uint64_t CountLineEnds(std::span<const std::byte> bytes, size_t before)
     return count;
 }
 
-DocumentEnd FindEnd(const Document &document, bool looksForOpenThings)
+DocumentEnd FindEnd(const Document &document, bool looksForOpenThings, const Blanks &blanks)
 {
     bool isWrapped = false;
     const std::span<const std::byte> bytes = document.Bytes();
     const std::string_view text =
         DrawingSection({reinterpret_cast<const char *>(bytes.data()), bytes.size()}, &isWrapped);
+    const auto start = static_cast<size_t>(text.data() - reinterpret_cast<const char *>(bytes.data()));
     CommentLines lines(text, document);
     Sections sections;
     DocumentEnd end;
@@ -223,13 +225,12 @@ DocumentEnd FindEnd(const Document &document, bool looksForOpenThings)
     if (behind != 0) {
         const std::string_view rest =
             text.substr(behind, end.isSaid ? lines.Start() - behind : std::string_view::npos);
-        const auto start = static_cast<size_t>(text.data() - reinterpret_cast<const char *>(bytes.data()));
         if (HasMoreThanComments(rest))
             end.undrawn = {CountLineEnds(bytes, start + stop) + 1, rest.size()};
     }
     end.isInLine = !end.isSaid && !text.empty() && !IsLineEnd(text.back());
     if (looksForOpenThings || !end.isSaid)
-        end.open = FindOpenThings(end.isSaid ? text.substr(0, lines.Start()) : text);
+        end.open = FindOpenThings(end.isSaid ? text.substr(0, lines.Start()) : text, start, blanks);
     end.open.isSetup =
         !end.isSaid && sections.IsInSetup() && text.find("%%BeginSetup") != std::string_view::npos;
     return end;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/Document.h"
+#include "host/reading/Blanks.h"
 
 #include <cstdint>
 #include <string>
@@ -37,8 +38,8 @@ struct DocumentEnd {
 
 // Lines are those of the interpreter: CR or LF ends one, each by itself, and a longer one is several of 499 bytes. Sections that
 // it passes over do not count. What is open is looked for only if it is asked for, or if the document is cut: that takes
-// a look at every word.
-DocumentEnd FindEnd(const Document &document, bool looksForOpenThings);
+// a look at every word, with the blanks.
+DocumentEnd FindEnd(const Document &document, bool looksForOpenThings, const Blanks &blanks);
 
 // Counts the ends of lines before a place, as an editor does.
 uint64_t CountLineEnds(std::span<const std::byte> bytes, size_t before);

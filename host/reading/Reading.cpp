@@ -123,22 +123,28 @@ Reading::Reading(const Installation &installation, const Document &document, Rea
       wrapping_(FindDrawing(whole_.Bytes())),
       part_(wrapping_.names.empty() ? nullptr : Document::PartOf(whole_, wrapping_.offset, wrapping_.size)),
       document_(part_ == nullptr ? whole_ : *part_), header_(ScanHeader(document_.Bytes())),
-      drawing_(DrawingOf(document_)),
-      structure_(options_.readsStructure ? ScanStructure(document_, drawing_, header_.version) : Structure{}),
-      fontOptions_(FontOptionsFor(document_, header_, options_)), fonts_(*installation.fonts, fontOptions_),
-      textEncoding_(TextEncodingOf(header_, fonts_)), openFonts_(fonts_)
+      drawing_(DrawingOf(document_)), fontOptions_(FontOptionsFor(document_, header_, options_)),
+      fonts_(*installation.fonts, fontOptions_), textEncoding_(TextEncodingOf(header_, fonts_)),
+      openFonts_(fonts_)
 {
     DecodeTexts(textEncoding_, &header_);
-    for (Layer &layer : structure_.layers)
-        layer.name = DecodeText(layer.name, textEncoding_);
-    wrongChoice_ = ChooseLayers(options_.layers, &structure_.layers);
+    FindStructure();
     const HeaderDate date = ReadHeaderDate(header_.creationDate, options_.dateOrder);
     header_.wrapping = unpacked_->names;
-    if (!wrapping_.names.empty())
-        header_.wrapping.append(header_.wrapping.empty() ? "" : ", ").append(wrapping_.names);
+    AddWrapping(wrapping_.names, &header_.wrapping);
     header_.refusal = unpacked_->refusal;
     header_.created = date.date;
     header_.isDateOrderOpen = date.isOrderOpen;
+}
+
+// Looks for layers and what else there is, and which are painted.
+void Reading::FindStructure()
+{
+    if (options_.readsStructure)
+        structure_ = ScanStructure(document_, drawing_, header_.version, blanks_);
+    for (Layer &layer : structure_.layers)
+        layer.name = DecodeText(layer.name, textEncoding_);
+    wrongChoice_ = ChooseLayers(options_.layers, &structure_.layers);
 }
 
 // Every pass over the document has these.
@@ -168,6 +174,7 @@ Outcome Reading::Interpret(const Parse &parse, StructureSink *sink)
             static_cast<size_t>(drawing_.data() - reinterpret_cast<const char *>(document_.Bytes().data())),
             header_.version, structure_,
             [this](std::string_view name) { return DecodeText(name, textEncoding_); });
+        structure->LeaveOut(blanks_);
         if (!options_.keepsSpots)
             structure->LeaveSpots();
         structure->SendTo(sink);
@@ -243,12 +250,19 @@ std::optional<FoundFault> Reading::FindNextFault(const Deadline &deadline)
     return found;
 }
 
-// Looks, once, for all that has to be left out.
+// Looks, once, for all that has to be left out, which may be what began a layer.
 void Reading::FindFaults()
 {
     if (!options_.salvage || areFaultsKnown_)
         return;
     areFaultsKnown_ = true;
+    CollectFaults();
+    if (!blanks_.IsEmpty())
+        FindStructure();
+}
+
+void Reading::CollectFaults()
+{
     const Deadline deadline(options_.salvageSeconds);
     try {
         while (const std::optional<FoundFault> found = FindNextFault(deadline)) {
@@ -310,7 +324,7 @@ void Reading::TellEnd(Outcome *outcome)
     if (!IsReadFarEnough(*outcome))
         return;
     if (!end_)
-        end_ = FindEnd(document_, false);
+        end_ = FindEnd(document_, looksForOpenThings_, blanks_);
     outcome->end = *end_;
     outcome->layers = structure_.layers;
     Undrawn &undrawn = outcome->end.undrawn;
@@ -382,9 +396,9 @@ Outcome Reading::RefuseChoice()
 
 Outcome Reading::Draw(const Page &page, Device &device)
 {
+    FindFaults();
     if (!wrongChoice_.empty())
         return RefuseChoice();
-    FindFaults();
     Outcome outcome = Interpret([&](const ParseOptions &options) {
         return installation_.plugin->Draw(document_, options, page, device);
     });
@@ -398,7 +412,7 @@ Outcome Reading::Look()
     if (info.result != kVXOk)
         return info;
     NoDevice device;
-    end_ = FindEnd(document_, true);
+    looksForOpenThings_ = true;
     return Draw(NoPage(), device);
 }
 
@@ -407,9 +421,9 @@ Outcome Reading::Trace(TraceWriter &writer, bool withStructure)
     // Nothing is printed of a document that is not read.
     if (!HasRoom())
         return LimitOutcome();
+    FindFaults();
     if (!wrongChoice_.empty())
         return RefuseChoice();
-    FindFaults();
     TraceTable table(&writer);
     TraceStructure structure(&writer);
     Outcome outcome = Interpret(

@@ -107,6 +107,8 @@ class Reading
     Outcome ReadSilently(StreamCompanion *companion);
     std::optional<FoundFault> FindNextFault(const Deadline &deadline);
     void FindFaults();
+    void CollectFaults();
+    void FindStructure();
     void TellFault(Outcome *outcome);
     void TellLackedFont(Outcome *outcome);
     void TellEnd(Outcome *outcome);
@@ -133,6 +135,7 @@ class Reading
     DocumentFonts fonts_;
     TextEncoding textEncoding_; // of what no font shows
     OpenFonts openFonts_;
+    bool looksForOpenThings_ = false;    // where the document ends
     std::optional<DocumentEnd> end_;     // once it is known
     std::optional<DocumentFault> fault_; // as well
     std::optional<Unshown> unshown_;     // as well

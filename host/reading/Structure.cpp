@@ -119,11 +119,6 @@ class LayerList
     std::vector<int> open_;
 };
 
-} // namespace
-
-namespace
-{
-
 // Returns whether the operator alone, without others, changes what is told of a drawing: blends in process colours do not.
 bool Matters(const StructureScan &scan, StructureOperator what)
 {
@@ -133,13 +128,14 @@ bool Matters(const StructureScan &scan, StructureOperator what)
 
 } // namespace
 
-Structure ScanStructure(const Document &document, std::string_view drawing, int version)
+Structure ScanStructure(const Document &document, std::string_view drawing, int version, const Blanks &blanks)
 {
     Structure structure;
     LayerList layers(&structure.layers);
     StructureScan scan(drawing, version);
     const auto start =
         static_cast<size_t>(drawing.data() - reinterpret_cast<const char *>(document.Bytes().data()));
+    scan.LeaveOut(blanks, start);
     for (size_t from = 0; from < drawing.size(); from += Document::kReadAtOnce) {
         const size_t to = std::min(from + Document::kReadAtOnce, drawing.size());
         while (scan.NextLine(to)) {

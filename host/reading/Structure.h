@@ -3,6 +3,7 @@
 
 #include "host/Document.h"
 #include "host/drawing/Layer.h"
+#include "host/reading/Blanks.h"
 
 #include <cstddef>
 #include <string_view>
@@ -18,7 +19,8 @@ struct Structure {
     static constexpr size_t kMostLayers = 10000; // further ones are painted, and told of as the last of these
 };
 
-// Looks through all of the document, once.
-Structure ScanStructure(const Document &document, std::string_view drawing, int version);
+// Looks through all of the document, once. What is blanked says nothing.
+Structure ScanStructure(const Document &document, std::string_view drawing, int version,
+                        const Blanks &blanks);
 
 } // namespace vxhost

@@ -231,21 +231,27 @@ bool StructureScan::NextLine(size_t limit)
     return foundCount_ > 0;
 }
 
+std::string_view StructureScan::LineOf(size_t begin, size_t end, LineBytes *room) const
+{
+    const std::string_view line = drawing_.substr(begin, end - begin);
+    return blanks_ == nullptr ? line : BlankedLine(line, start_ + begin, *blanks_, room);
+}
+
 // Reads the line that next_ is in, and goes to the one behind it.
 void StructureScan::ReadLine()
 {
     lineStart_ = nextLine_ + (next_ - nextLine_) / kLineRoom * kLineRoom;
     lineEnd_ = FindLineEnd(drawing_, lineStart_);
-    const std::string_view line = drawing_.substr(lineStart_, lineEnd_ - lineStart_);
+    line_ = LineOf(lineStart_, lineEnd_, &lineBytes_);
     const size_t behind = FindNextLine(drawing_, lineEnd_);
     const bool wasPassedOver = sections_.PassesOver();
-    const BodySections::Fate fate = sections_.Follow(line);
+    const BodySections::Fate fate = sections_.Follow(line_);
     if (!wasPassedOver && sections_.PassesOver())
         passedFrom_ = lineStart_;
     if (wasPassedOver && !sections_.PassesOver())
         passedTo_ = behind;
     if (fate == BodySections::Fate::Interpret)
-        TakeTokens(line);
+        TakeTokens(line_);
     isOver_ = fate == BodySections::Fate::End;
     // A line that is cut goes on: the start of all of it decides where it is cut next.
     isInCutLine_ = behind == lineEnd_;
@@ -368,14 +374,14 @@ size_t StructureScan::FindSplit(size_t from, size_t to) const
     for (size_t i = from; i < to; ++i) {
         const size_t gap = tokens_[i].end;
         const TokenKind behind = tokens_[i + 1].kind;
-        if (tokens_[i + 1].begin == gap || !IsTokenSpace(drawing_[gap]) || behind == TokenKind::HexData ||
-            behind == TokenKind::HexEnd)
+        if (tokens_[i + 1].begin == gap || !IsTokenSpace(line_[gap - lineStart_]) ||
+            behind == TokenKind::HexData || behind == TokenKind::HexEnd)
             continue;
         size_t first = gap;
-        while (IsTokenSpace(drawing_[first]))
+        while (IsTokenSpace(line_[first - lineStart_]))
             ++first;
         // A comment means more at the start of a line than within it.
-        if (drawing_[first] != '%')
+        if (line_[first - lineStart_] != '%')
             return gap;
     }
     return 0;
@@ -409,7 +415,8 @@ void StructureScan::LookBack(size_t wanted)
 // False: an operator stands in that line, or something that cannot be told without the lines before it.
 bool StructureScan::PrependOperands(size_t start, size_t end)
 {
-    const std::string_view line = drawing_.substr(start, end - start);
+    LineBytes room;
+    const std::string_view line = LineOf(start, end, &room);
     std::vector<PlacedToken> before;
     bool goesOn = true;
     LineTokens tokens(line, false, sections_.ShowsHidden());

@@ -2,6 +2,7 @@
 // the bytes between them are searched many at a time, and only lines that may have one are cut into tokens.
 #pragma once
 
+#include "host/reading/Blanks.h"
 #include "host/reading/BodySections.h"
 #include "host/reading/LineTokens.h"
 
@@ -73,6 +74,13 @@ class StructureScan
     // From now on texts are found too: each line is read, since any letter may begin one.
     void FindTexts() { findsTexts_ = true; }
 
+    // Reads blanks where these say so, which must outlive the scan. The drawing starts there in the document. Call it first.
+    void LeaveOut(const Blanks &blanks, size_t start)
+    {
+        blanks_ = &blanks;
+        start_ = start;
+    }
+
     // Goes to the next line that begins before limit and has such operators; false when there is none. A later call with a
     // larger limit goes on.
     bool NextLine(size_t limit);
@@ -99,18 +107,24 @@ class StructureScan
     void TakeOperator(std::string_view name, const PlacedToken &token);
     bool IsHeard(StructureOperator what);
     void AddOperator(StructureOperator what, const PlacedToken &token, size_t wanted);
+    using LineBytes = std::array<char, kLineRoom>;
+    std::string_view LineOf(size_t begin, size_t end, LineBytes *room) const;
     void FindSplits();
     size_t FindSplit(size_t from, size_t to) const;
     void LookBack(size_t wanted);
     bool PrependOperands(size_t start, size_t end);
 
     std::string_view drawing_;
+    const Blanks *blanks_ = nullptr; // null: none
+    size_t start_ = 0;               // of the drawing in the document, where there are blanks
     BodySections sections_;
     size_t body_;      // where the interpreter begins
     size_t next_;      // everything before it has been looked at
     size_t nextLine_;  // the start of the line that next_ is in, whatever its length is
     size_t lineStart_; // of the line at hand, as the interpreter takes it
     size_t lineEnd_ = 0;
+    LineBytes lineBytes_;                  // that of the line at hand, where it has blanks
+    std::string_view line_;                // as it is read
     size_t passedFrom_ = 0, passedTo_ = 0; // the section that was passed over last
     size_t block_ = SIZE_MAX;              // where the bytes begin whose candidates are known
     uint64_t candidates_ = 0;

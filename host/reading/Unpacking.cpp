@@ -1,5 +1,7 @@
 #include "host/reading/Unpacking.h"
 
+#include "host/reading/Wrapping.h"
+
 #include <lzma.h>
 #include <zlib.h>
 
@@ -26,9 +28,9 @@ enum class State { GoesOn, Whole, CutShort, Damaged, HasOthersBehind, NeedsMoreM
 using Input = std::span<const std::byte>;
 using Output = std::span<std::byte>;
 
-bool BeginsWith(Input bytes, std::string_view magic)
+std::string_view TextOf(Input bytes)
 {
-    return std::string_view(reinterpret_cast<const char *>(bytes.data()), bytes.size()).starts_with(magic);
+    return {reinterpret_cast<const char *>(bytes.data()), bytes.size()};
 }
 
 class Decoder
@@ -54,7 +56,7 @@ class Decoder
         *input = input->subspan(static_cast<size_t>(next - input->begin()));
         if (input->empty())
             return State::Whole;
-        if (!BeginsWith(*input, magic))
+        if (!TextOf(*input).starts_with(magic))
             return State::HasOthersBehind;
         Begin();
         return State::GoesOn;
@@ -160,11 +162,31 @@ constexpr Packing kPackings[] = {
     {"xz", kXzMagic,
      [](size_t memory) -> std::unique_ptr<Decoder> { return std::make_unique<XzDecoder>(memory); }}};
 
-const Packing *FindPacking(Input bytes) // null: none
+const Packing *FindPacking(std::string_view bytes) // null: none
 {
     const auto *found = std::ranges::find_if(
-        kPackings, [bytes](const Packing &packing) { return BeginsWith(bytes, packing.magic); });
+        kPackings, [bytes](const Packing &packing) { return bytes.starts_with(packing.magic); });
     return found == std::end(kPackings) ? nullptr : found;
+}
+
+// Packed data somewhere in a file.
+struct PackedPart {
+    const Packing *packing = nullptr; // null: there are none
+    Wrapping around;
+};
+
+// A drawing may hold bytes that look like packed data: what comes first counts.
+PackedPart FindPackedPart(Input file)
+{
+    const auto begins = [](std::string_view bytes) {
+        return FindPacking(bytes) != nullptr || BeginsDrawing(bytes);
+    };
+    PackedPart part;
+    if (std::optional<Wrapping> around = FindWrapped(file, begins)) {
+        part.packing = FindPacking(TextOf(file.subspan(around->offset)));
+        part.around = std::move(*around);
+    }
+    return part;
 }
 
 // Takes what comes out, as much as there may be.
@@ -238,7 +260,7 @@ bool UnpackOne(const Document &packed, const Packing &packing, const UnpackLimit
         unpacked->limit = isLength ? UnpackLimit::Length : UnpackLimit::Memory;
         return false;
     }
-    unpacked->names.append(unpacked->names.empty() ? "" : ", ").append(packing.name);
+    AddWrapping(packing.name, &unpacked->names);
     const std::string damage = DamageText(state, packing.name);
     if (room.Length() == 0) {
         unpacked->refusal =
@@ -261,22 +283,27 @@ bool UnpackOne(const Document &packed, const Packing &packing, const UnpackLimit
 
 bool IsPacked(std::span<const std::byte> file)
 {
-    return FindPacking(file) != nullptr;
+    return FindPackedPart(file).packing != nullptr;
 }
 
 std::unique_ptr<const Unpacked> Unpack(const Document &file, const UnpackLimits &limits,
                                        const std::function<void()> &onStep)
 {
     auto unpacked = std::make_unique<Unpacked>();
-    const Packing *packing = FindPacking(file.Bytes());
-    for (int depth = 0; depth < kMaxDepth && packing != nullptr; ++depth) {
-        const Document &packed = unpacked->document != nullptr ? *unpacked->document : file;
-        if (!UnpackOne(packed, *packing, limits, onStep, unpacked.get())) {
+    for (int depth = 0; depth < kMaxDepth; ++depth) {
+        const Document &outer = unpacked->document != nullptr ? *unpacked->document : file;
+        const PackedPart part = FindPackedPart(outer.Bytes());
+        if (part.packing == nullptr)
+            break;
+        AddWrapping(part.around.names, &unpacked->names);
+        UnpackLimits left = limits; // what is held counts
+        left.memory -= unpacked->document != nullptr ? outer.Bytes().size() : 0;
+        const auto packed = Document::PartOf(outer, part.around.offset, part.around.size);
+        if (!UnpackOne(*packed, *part.packing, left, onStep, unpacked.get())) {
             unpacked->document.reset();
             unpacked->bytes = {};
             break;
         }
-        packing = FindPacking(unpacked->document->Bytes());
     }
     return unpacked;
 }

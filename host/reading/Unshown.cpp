@@ -144,17 +144,6 @@ class Counter
     uint64_t openFragments_ = 0;
 };
 
-// Returns the line as the interpreter gets it, in the room where it has blanks.
-std::string_view Blanked(std::string_view line, size_t offset, const Blanks &blanks,
-                         std::array<char, kLineRoom> *room)
-{
-    if (blanks.IsEmpty())
-        return line;
-    std::ranges::copy(line, room->begin());
-    blanks.Apply(std::as_writable_bytes(std::span(*room).first(line.size())), offset);
-    return {room->data(), line.size()};
-}
-
 } // namespace
 
 bool MayHoldPlacedPicture(const Document &document, std::string_view drawing)
@@ -178,7 +167,7 @@ Unshown CountUnshown(const Document &document, std::string_view drawing, int ver
     LineWalk lines(drawing, FindBody(drawing, version));
     size_t left = 0;
     while (lines.Next()) {
-        const std::string_view line = Blanked(lines.Line(), offset + lines.Start(), blanks, &room);
+        const std::string_view line = BlankedLine(lines.Line(), offset + lines.Start(), blanks, &room);
         const BodySections::Fate fate = sections.Follow(line);
         if (fate == BodySections::Fate::End)
             break;

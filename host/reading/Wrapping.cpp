@@ -64,13 +64,8 @@ std::optional<std::string_view> FindInAppleRecord(std::string_view file, uint32_
     return std::nullopt;
 }
 
-bool BeginsDrawing(std::string_view text)
-{
-    return text.starts_with(kDocumentPrefix) || text.starts_with(kEpsSignature);
-}
-
-// The first line that begins a drawing, behind lines of text.
-std::optional<size_t> FindFirstLine(std::string_view text)
+// Returns the first line that begins so, behind lines of text.
+std::optional<size_t> FindFirstLine(std::string_view text, Beginning begins)
 {
     text = text.substr(0, kMaxLines + kDocumentPrefix.size());
     const auto isText = [](char character) {
@@ -79,7 +74,7 @@ std::optional<size_t> FindFirstLine(std::string_view text)
     };
     for (size_t at = 0; at < text.size();) {
         const std::string_view rest = text.substr(at);
-        if (rest.starts_with(kDocumentPrefix))
+        if (begins(rest))
             return at;
         const size_t end = rest.find_first_of("\r\n");
         if (end == std::string_view::npos || !std::ranges::all_of(rest.substr(0, end), isText))
@@ -87,11 +82,6 @@ std::optional<size_t> FindFirstLine(std::string_view text)
         at += end + 1;
     }
     return std::nullopt;
-}
-
-void AddName(std::string_view name, std::string *names)
-{
-    names->append(names->empty() ? "" : ", ").append(name);
 }
 
 // Takes one record from around the bytes; false where there is none.
@@ -105,49 +95,63 @@ bool OpenRecord(std::string_view *bytes, std::string *names)
     for (const auto &[name, part] : records) {
         if (!part)
             continue;
-        AddName(name, names);
+        AddWrapping(name, names);
         *bytes = *part;
         return true;
     }
     return false;
 }
 
-void SkipToDrawing(std::string_view *bytes, std::string *names)
+void SkipLines(Beginning begins, std::string_view *bytes, std::string *names)
 {
     if (bytes->starts_with(kByteOrderMark)) {
         bytes->remove_prefix(kByteOrderMark.size());
-        AddName("a byte-order mark", names);
+        AddWrapping("a byte-order mark", names);
     }
-    if (BeginsDrawing(*bytes))
+    if (begins(*bytes))
         return;
-    const std::optional<size_t> line = FindFirstLine(*bytes);
+    const std::optional<size_t> line = FindFirstLine(*bytes, begins);
     if (!line || *line == 0)
         return;
     const bool isBlank = bytes->substr(0, *line).find_first_not_of(kBlanks) == std::string_view::npos;
-    AddName(isBlank ? "blank lines" : "other lines before it", names);
+    AddWrapping(isBlank ? "blank lines" : "other lines before it", names);
     bytes->remove_prefix(*line);
 }
 
 } // namespace
 
-Wrapping FindDrawing(std::span<const std::byte> file)
+void AddWrapping(std::string_view inner, std::string *names)
+{
+    names->append(names->empty() || inner.empty() ? "" : ", ").append(inner);
+}
+
+bool BeginsDrawing(std::string_view bytes)
+{
+    return bytes.starts_with(kDocumentPrefix) || bytes.starts_with(kEpsSignature);
+}
+
+std::optional<Wrapping> FindWrapped(std::span<const std::byte> file, Beginning begins)
 {
     const std::string_view whole(reinterpret_cast<const char *>(file.data()), file.size());
     std::string_view bytes = whole;
     Wrapping wrapping;
-    for (int depth = 0; depth < kMaxDepth && !BeginsDrawing(bytes) && OpenRecord(&bytes, &wrapping.names);
-         ++depth)
+    for (int depth = 0; depth < kMaxDepth && !begins(bytes) && OpenRecord(&bytes, &wrapping.names); ++depth)
         continue;
-    SkipToDrawing(&bytes, &wrapping.names);
-    if (!BeginsDrawing(bytes))
-        return {0, file.size(), ""};
+    SkipLines(begins, &bytes, &wrapping.names);
+    if (!begins(bytes))
+        return std::nullopt;
     if (bytes.starts_with(kDocumentPrefix) && bytes.ends_with('\0')) {
         bytes.remove_suffix(bytes.size() - 1 - bytes.find_last_not_of('\0'));
-        AddName("NULs at its end", &wrapping.names);
+        AddWrapping("NULs at its end", &wrapping.names);
     }
     wrapping.offset = static_cast<size_t>(bytes.data() - whole.data());
     wrapping.size = bytes.size();
     return wrapping;
+}
+
+Wrapping FindDrawing(std::span<const std::byte> file)
+{
+    return FindWrapped(file, BeginsDrawing).value_or(Wrapping{0, file.size(), ""});
 }
 
 } // namespace vxhost

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace vxhost
 {
@@ -18,6 +20,15 @@ struct Wrapping {
 // around the file.
 Wrapping FindDrawing(std::span<const std::byte> file);
 
-constexpr size_t kMaxWrappingBytes = size_t{68} << 10; // before a drawing
+// Adds what is further inside, unless it is nothing.
+void AddWrapping(std::string_view inner, std::string *names);
+
+bool BeginsDrawing(std::string_view bytes);
+
+// Looks in the same way for what begins otherwise; none: it is not there.
+using Beginning = bool (*)(std::string_view bytes);
+std::optional<Wrapping> FindWrapped(std::span<const std::byte> file, Beginning begins);
+
+constexpr size_t kMaxWrappingBytes = size_t{68} << 10; // before what it is around
 
 } // namespace vxhost

@@ -103,11 +103,17 @@ class Layer:
 @dataclass(frozen=True)
 class Ink:
     """A spot ink that something is painted in: the CMYK that stands in for it, 0 to 1, and the least and the most tint that it is
-    used in (0 is all of it, 1 none)."""
+    used in (0 is all of it, 1 none).
+
+        mixtures  of how many different CMYK inks of this name are; a press has one plate for all
+        plate     whether PDF has one; else it is painted in process inks there
+    """
 
     name: str
     cmyk: tuple[float, float, float, float]
     tints: tuple[float, float]
+    mixtures: int
+    plate: bool
 
 
 @dataclass(frozen=True)

@@ -223,6 +223,24 @@ class Info(CommandTest):
         self.assertEqual(rows["colour"], "CMYK")
         self.assertTrue(rows["uses"].startswith("1 fill, 0 strokes, 0 clips, "), rows["uses"])
 
+    def test_inks_that_a_press_cannot_tell_apart_are_told(self):
+        self.write("a.vx", document("".join(f"{inks} ({name}) 0.25 x\n0 0 m\n9 9 L\nf\n" for inks, name in (
+            ("1 0 0 0", "Lake"), ("0 1 0 0", "Moss"), ("0.5 0 0 0", "Lake"), ("0 1 0 0", "All"), ("0 1 0 0", "")))))
+        told = ["a spot ink without a name is painted in process inks in PDF: name it",
+                'spot ink "All" is painted in process inks in PDF, where that name means every plate: rename it',
+                'spot ink "Lake" is mixed from process inks in 2 ways and has one plate: rename all but one']
+        output, messages = self.run_vx("info", "a.vx")
+        self.assertEqual(messages, ["vx: a.vx: warning: " + text for text in told])
+        self.assertIn(b"Lake: 1 0 0 0, tint 0.25\n", output)
+        self.assertIn(b"All: 0 1 0 0, tint 0.25, no plate in PDF\n", output)
+        self.assertIn(b"no name: 0 1 0 0, tint 0.25, no plate in PDF\n", output)
+        facts = json.loads(self.run_vx("info", "--json", "--strict", "a.vx", status=3)[0])
+        self.assertEqual([(ink["name"], ink["mixtures"], ink["plate"]) for ink in facts["inks"]],
+                         [("Lake", 2, True), ("Moss", 1, True), ("Lake", 2, True), ("All", 1, False), ("", 1, False)])
+        # Where all is process, or nothing is painted, there is nothing to tell.
+        self.assertEqual(self.run_vx("render", "a.vx", "--spots", "process", "-o", "a.pdf")[1], [])
+        self.assertEqual(self.run_vx("text", "a.vx")[1], [])
+
     def test_what_is_not_shown_is_counted(self):
         fills = "".join(f"({name}) p\n0 0 m\n9 9 L\nf\n" for name in ("Dots", "Bricks", "Dots"))
         self.write("a.vx", document(fills + "` ~\n1 2 Qx\n"))
@@ -1031,12 +1049,15 @@ class Packed(CommandTest):
                               ("gzip, xz", gzip.compress(lzma.compress(self.data))),
                               ("gzip", gzip.compress(self.data[:half]) + gzip.compress(self.data[half:]) + bytes(512)),
                               ("xz", lzma.compress(self.data[:half]) + bytes(8) + lzma.compress(self.data[half:]) + bytes(512)),
-                              ("gzip, MacBinary", gzip.compress(Wrapped.mac_binary(self.data)))):
+                              ("gzip, MacBinary", gzip.compress(Wrapped.mac_binary(self.data))),
+                              ("MacBinary, gzip", Wrapped.mac_binary(gzip.compress(self.data))),
+                              ("other lines before it, xz", b"Content-Encoding: xz\r\n\r\n" + lzma.compress(self.data)),
+                              ("MacBinary, gzip, MacBinary", Wrapped.mac_binary(gzip.compress(Wrapped.mac_binary(self.data))))):
             with self.subTest(names):
                 self.write("b.vx", packed)  # what it is called does not matter
                 self.expect_same_picture("b.vx", names)
                 facts = self.facts("b.vx")
-                unpacked = len(Wrapped.mac_binary(self.data)) if "Mac" in names else len(self.data)
+                unpacked = len(Wrapped.mac_binary(self.data)) if names.endswith("MacBinary") else len(self.data)
                 self.assertEqual((facts["wrapping"], facts["bytes"], facts["unpackedBytes"], facts["damage"]),
                                  (names, len(packed), unpacked, ""))
                 self.assertIn(b"file            %d bytes, %d unpacked," % (len(packed), unpacked), self.run_vx("info", "b.vx")[0])
@@ -1056,7 +1077,7 @@ class Packed(CommandTest):
         self.assertIn("a.svg", self.files())
 
     def test_they_are_not_overwritten(self):
-        for pack in (gzip.compress, lzma.compress):
+        for pack in (gzip.compress, lzma.compress, lambda data: Wrapped.mac_binary(gzip.compress(data))):
             self.write("a.png", pack(self.data))
             self.assertIn("would overwrite the drawing", self.refused("render", "plain.vx", "-o", "a.png", status=2))
 
@@ -1092,6 +1113,7 @@ class Packed(CommandTest):
 
     def test_a_bomb_ends_at_the_limit_of_memory(self):
         for name, data in (("gzip", gzip.compress(self.LONG)), ("xz", lzma.compress(self.LONG)),
+                           ("wrapped", Wrapped.mac_binary(gzip.compress(Wrapped.mac_binary(self.LONG)))),
                            ("both", lzma.compress(gzip.compress(self.LONG)))):
             with self.subTest(name):
                 self.write("a.vx", data)

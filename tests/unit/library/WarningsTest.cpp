@@ -52,6 +52,30 @@ TEST(Warnings, OfWhatIsNotShownSayHowMuch)
               (Lines{"patterns", "PostScript", "operators", "binary", "1 placed picture is not drawn"}));
 }
 
+SpotUse Ink(const char *name, double cyan)
+{
+    return {name, {cyan, 0, 0, 0}, 0, 0};
+}
+
+TEST(Warnings, OfInksSayWhatAPressMakesOfThem)
+{
+    Outcome outcome;
+    outcome.spots = {Ink("Lake", 1), Ink("Moss", 1), Ink("all", 1)};
+    EXPECT_EQ(ListWarnings(outcome, "help"), Lines());
+    outcome.spots = {Ink("Lake", 1), Ink("Moss", 1), Ink("Lake", 0.5), Ink("Lake", 0)};
+    EXPECT_EQ(
+        ListWarnings(outcome, "help"),
+        (Lines{
+            "spot ink \"Lake\" is mixed from process inks in 3 ways and has one plate: rename all but one"}));
+    outcome.spots = {Ink("None", 1), Ink("All", 1), Ink("All", 0), Ink("", 1)};
+    EXPECT_EQ(ListWarnings(outcome, "help"),
+              (Lines{"a spot ink without a name is painted in process inks in PDF: name it",
+                     "spot ink \"All\" is painted in process inks in PDF, where that name means every plate: "
+                     "rename it",
+                     "spot ink \"None\" is painted in process inks in PDF, where that name means no plate: "
+                     "rename it"}));
+}
+
 TEST(Warnings, OfFontsSayWhatServesThem)
 {
     Outcome outcome;

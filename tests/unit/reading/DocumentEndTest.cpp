@@ -20,7 +20,7 @@ DocumentEnd EndOf(const std::string &text, bool looksForOpenThings = true)
 {
     std::string error;
     const auto document = Document::FromMemory(std::as_bytes(std::span(text)), &error);
-    return FindEnd(*document, looksForOpenThings);
+    return FindEnd(*document, looksForOpenThings, {});
 }
 
 DocumentEnd EndOfBody(const std::string &body)

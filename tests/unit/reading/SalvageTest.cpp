@@ -31,8 +31,8 @@ void AddLine(void *to, std::string_view line)
 class SalvageTest : public vxtest::PluginReading
 {
   protected:
-    // Returns the calls that the plug-in makes of the document.
-    std::string Trace(const std::string &bytes, bool salvage, double seconds = 0)
+    // Returns the calls that the plug-in makes of the document, with layers and their like between them if asked.
+    std::string Trace(const std::string &bytes, bool salvage, double seconds = 0, bool withStructure = false)
     {
         std::string error, calls;
         const auto document = Document::FromMemory(std::as_bytes(std::span(bytes)), &error);
@@ -40,7 +40,7 @@ class SalvageTest : public vxtest::PluginReading
         options.salvage = salvage;
         options.salvageSeconds = seconds;
         TraceLines writer({AddLine, &calls});
-        outcome_ = Reading(installation_, *document, options).Trace(writer);
+        outcome_ = Reading(installation_, *document, options).Trace(writer, withStructure);
         return calls;
     }
     Outcome outcome_;
@@ -99,6 +99,66 @@ TEST_F(SalvageTest, DrawsTheRest)
             EXPECT_EQ(outcome_.result, kVXBadFormat) << name;
             EXPECT_FALSE(outcome_.salvage.IsAny()) << name;
         }
+    }
+}
+
+const std::string kLayer = "1 1 1 1 0 0 1 79 128 255 Lb\n(Good) Ln\n",
+                  kTwoLines = "0 0 m 1 1 l S\n2 2 m 3 3 l S\n";
+
+// What is left out begins nothing and ends nothing.
+const SalvageCase kStructureCases[] = {
+    {"ALayer", "1 Lb (Bad) Ln\n" + kLayer + kTwoLines + "LB\n", "(Bad) Ln\n" + kLayer + kTwoLines + "LB\n",
+     1},
+    {"TheSecondOfTwoLayers", kLayer + kTwoLines + "LB\n1 Lb\n" + kLayer + kTwoLines + "LB\n",
+     kLayer + kTwoLines + "LB\n" + kLayer + kTwoLines + "LB\n", 1},
+    {"AGroup", "1 u\n" + kTwoLines + "u\n" + kTwoLines + "U\n", kTwoLines + "u\n" + kTwoLines + "U\n", 1},
+    {"TheEndOfAGroup", "u\n0 0 m 1 1 l S 1 U\n" + kTwoLines + "U\n", "u\n0 0 m 1 1 l S\n" + kTwoLines + "U\n",
+     1},
+    {"AnInk", "0 0 0 1 k 1 (Lake) 0 x 0 0 m 1 1 l f\n", "0 0 0 1 k 0 0 m 1 1 l f\n", 1},
+    // The string would go on, and the group's border with it.
+    {"AGroupBehindHexData", "<4a 4\nu 0 0 m 1 1 l S\n" + kTwoLines + "U\n",
+     "u 0 0 m 1 1 l S\n" + kTwoLines + "U\n", 1},
+    // A line may end where the operator was.
+    {"AGroupBesideIt", "1 2 S u )" + kTwoLines + "U\n", "u " + kTwoLines + "U\n", 2},
+};
+
+TEST_F(SalvageTest, SeesNoLayersAndGroupsInWhatItLeavesOut)
+{
+    for (const auto &[name, body, rest, faults, setup, restOfSetup] : kStructureCases) {
+        const std::string expected = Trace(kHeader + kEndSetup + rest + kEnd, false, 0, true);
+        EXPECT_EQ(outcome_.result, kVXOk) << name;
+        const auto layers = outcome_.layers;
+        EXPECT_EQ(Trace(kHeader + kEndSetup + body + kEnd, true, 0, true), expected) << name;
+        EXPECT_EQ(outcome_.salvage.faults, faults) << name;
+        EXPECT_EQ(outcome_.layers, layers) << name;
+    }
+}
+
+TEST_F(SalvageTest, ChoosesAmongTheLayersThatAreLeft)
+{
+    const std::string bytes = kHeader + kEndSetup + "1 Lb (Bad) Ln\n" + kLayer + kTwoLines + "LB\n" + kEnd;
+    std::string error;
+    const auto document = Document::FromMemory(std::as_bytes(std::span(bytes)), &error);
+    ReadingOptions options;
+    options.salvage = true;
+    options.layers.shown = {"Bad"};
+    EXPECT_EQ(Reading(installation_, *document, options).Look().failure.text,
+              "no layer \"Bad\": there are \"Good\"");
+    options.layers.shown = {"Good"};
+    const Outcome outcome = Reading(installation_, *document, options).Look();
+    EXPECT_FALSE(outcome.failure);
+    EXPECT_EQ(outcome.counts.strokes, 2U);
+}
+
+TEST_F(SalvageTest, LeavesNothingOpenThatItLeavesOut)
+{
+    for (const bool salvage : {false, true}) {
+        const std::string bytes = kHeader + kEndSetup + "u\n1 u\n" + kTwoLines + kEnd;
+        std::string error;
+        const auto document = Document::FromMemory(std::as_bytes(std::span(bytes)), &error);
+        ReadingOptions options;
+        options.salvage = salvage;
+        EXPECT_EQ(Reading(installation_, *document, options).Look().end.open.groups, salvage ? 1U : 2U);
     }
 }
 

@@ -252,7 +252,7 @@ TEST_F(StructureTest, DocumentsWithoutAnyHaveNoCompanion)
     const auto isThere = [](const std::string &text) {
         std::string error;
         const auto document = Document::FromMemory(std::as_bytes(std::span(text)), &error);
-        return ScanStructure(*document, text, 3).isThere;
+        return ScanStructure(*document, text, 3, {}).isThere;
     };
     const std::string start = Header() + "%%BeginSetup\n%%EndSetup\n";
     EXPECT_FALSE(isThere(start + kFill + "0 g 1 G 0 0 0 1 k\n% u\n(u x X) pop\n"));

@@ -2,6 +2,7 @@
 #include "host/reading/Unpacking.h"
 
 #include "tests/support/Packed.h"
+#include "tests/support/Wrapped.h"
 
 #include <gtest/gtest.h>
 
@@ -17,7 +18,9 @@ namespace
 {
 
 using namespace std::string_literals;
+using vxtest::AppleRecord;
 using vxtest::Gzip;
+using vxtest::MacBinary;
 using vxtest::Xz;
 
 const std::string kText = "%!PS-Tavro-3.0\n%%EOF\n";
@@ -104,6 +107,36 @@ TEST(Unpacking, OpensArchivesInArchives)
     ExpectWhole(Gzip(Gzip(Gzip(Gzip(kText)))), "gzip, gzip, gzip", Gzip(kText)); // no more than three
 }
 
+TEST(Unpacking, OpensWhatIsAroundAnArchive)
+{
+    const std::string mail = "From: somebody\r\n\r\n";
+    ExpectWhole(MacBinary(Gzip(kText)), "MacBinary, gzip");
+    ExpectWhole(AppleRecord(0x00051600, Xz(kText)), "AppleSingle, xz");
+    ExpectWhole(AppleRecord(0x00051607, MacBinary(Gzip(kText))), "AppleDouble, MacBinary, gzip");
+    ExpectWhole(mail + Gzip(kText), "other lines before it, gzip");
+    ExpectWhole(MacBinary(Gzip(mail + Xz(kText))), "MacBinary, gzip, other lines before it, xz");
+    // What is around the drawing alone is not packed, and stays.
+    ExpectWhole(MacBinary(Gzip(MacBinary(kText))), "MacBinary, gzip", MacBinary(kText));
+}
+
+TEST(Unpacking, GoesNoDeeperThanItMay)
+{
+    const auto pack = [](const std::string &text) { return MacBinary(Gzip(text)); };
+    ExpectWhole(pack(pack(pack(kText))), "MacBinary, gzip, MacBinary, gzip, MacBinary, gzip");
+    ExpectWhole(pack(pack(pack(pack(kText)))), "MacBinary, gzip, MacBinary, gzip, MacBinary, gzip",
+                pack(kText));
+    const auto wrap = [](const std::string &text) { return MacBinary(MacBinary(text)); };
+    EXPECT_FALSE(Open(wrap(wrap(Gzip(kText)))).hasDocument); // three records at most
+}
+
+TEST(Unpacking, LeavesADrawingThatHoldsAnArchive)
+{
+    const std::string drawing = "%!PS-Tavro-3.0\n%%BeginBinary: 40\n" + Gzip(kText);
+    EXPECT_FALSE(Open(drawing).hasDocument);
+    EXPECT_FALSE(Open(MacBinary(drawing)).hasDocument);
+    EXPECT_FALSE(Open("From: a\n\n" + drawing).hasDocument);
+}
+
 TEST(Unpacking, KeepsWhatCameOutOfACutArchive)
 {
     const std::string text = Noise(3000000);
@@ -185,6 +218,16 @@ TEST(Unpacking, KeepsToItsLimits)
     }
     EXPECT_EQ(Open(Gzip(text), {text.size(), text.size()}).text, text);
     EXPECT_EQ(Open(Xz(kText), {1000, 1000}).limit, UnpackLimit::Memory);
+}
+
+TEST(Unpacking, CountsAllThatItHolds)
+{
+    const std::string text = Noise(3000000), inside = Gzip(text);
+    const size_t needed = inside.size() + text.size();
+    for (const std::string &packed : {Gzip(inside), MacBinary(Gzip("\n" + inside))}) {
+        EXPECT_EQ(Open(packed, {needed + 1, needed}).text, text);
+        EXPECT_EQ(Open(packed, {needed - 1, needed}).limit, UnpackLimit::Memory);
+    }
 }
 
 TEST(Unpacking, CanBeEnded)

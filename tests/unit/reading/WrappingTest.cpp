@@ -1,6 +1,8 @@
 // Drawings inside of what archives, mails and editors put around them.
 #include "host/reading/Wrapping.h"
 
+#include "tests/support/Wrapped.h"
+
 #include <gtest/gtest.h>
 
 #include <span>
@@ -13,36 +15,15 @@ namespace
 {
 
 using namespace std::string_literals;
+using vxtest::AppleRecord;
+using vxtest::Big;
+using vxtest::MacBinary;
 
 const std::string kDrawing = "%!PS-Tavro-3.0\n%%EOF\n";
 
 Wrapping Find(const std::string &file)
 {
     return FindDrawing(std::as_bytes(std::span(file)));
-}
-
-std::string Big(uint32_t value, int bytes = 4)
-{
-    std::string text;
-    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8)
-        text += static_cast<char>(value >> shift);
-    return text;
-}
-
-// Byte 1 is the length of the name, bytes 83 to 86 the size of the data; 74 and 82 are zero.
-std::string MacBinary(const std::string &data)
-{
-    std::string header(128, '\0');
-    header.replace(1, 5, "\4harp");
-    header.replace(83, 4, Big(static_cast<uint32_t>(data.size())));
-    return header + data + std::string(128 - data.size() % 128, '\0');
-}
-
-// Two entries: finder information, then the data.
-std::string AppleRecord(uint32_t magic, const std::string &data)
-{
-    return Big(magic) + Big(0x20000) + std::string(16, '\0') + Big(2, 2) + Big(9) + Big(50) + Big(32) +
-           Big(1) + Big(82) + Big(static_cast<uint32_t>(data.size())) + std::string(32, '\0') + data;
 }
 
 void ExpectFound(const std::string &file, std::string_view names)
@@ -91,6 +72,11 @@ TEST(Wrapping, OfAnEpsFileIsOpened)
     const std::string file = MacBinary("\xC5\xD0\xD3\xC6 and so on");
     EXPECT_EQ(Find(file).offset, 128U);
     EXPECT_EQ(Find(file).names, "MacBinary");
+}
+
+TEST(Wrapping, OfAnEpsFileMayBeLinesToo)
+{
+    EXPECT_EQ(Find("Content-Type: image/x-eps\r\n\r\n\xC5\xD0\xD3\xC6 and so on").offset, 29U);
 }
 
 TEST(Wrapping, OfTextEndsSomewhere)
