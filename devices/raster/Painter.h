@@ -46,7 +46,8 @@ class Painter
         bool hasMemory = false;
         const auto endRow = [&] {
             if (hasMemory)
-                LayRow([&](int left, int right, uint64_t mask) { lay(pixelRow, left, right, mask); });
+                LayRow(*buffer,
+                       [&](int left, int right, uint64_t mask) { lay(pixelRow, left, right, mask); });
         };
         sweep([&](int32_t y, std::span<const Span> spans) {
             if (y >> shift_ != pixelRow) {
@@ -61,11 +62,12 @@ class Painter
     }
 
     template <class Lay>
-    void LayRow(Lay &&lay)
+    void LayRow(const InkBuffer &buffer, Lay &&lay)
     {
         uint64_t inside = 0;
         size_t begin = 0;
         for (size_t word = firstWord_; word <= lastWord_; ++word) {
+            buffer.PrefetchBlocks(word, changed_[word]);
             for (uint64_t rest = changed_[word]; rest != 0; rest &= rest - 1) {
                 const size_t pixel = word * 64 + static_cast<size_t>(std::countr_zero(rest));
                 if (inside != 0)
