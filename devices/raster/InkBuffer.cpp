@@ -1,5 +1,8 @@
 // A split pixel is marked by a bit beside the pixels, not in them, so that runs of whole pixels are plain
 // words and 64 of them are tested at once.
+//
+// Pairs and blocks hold the same samples as one word a sample would: whatever a paint makes of the two inks, the outcome
+// is kept as a pair when it has two, and as a block when it may have more.
 #include "devices/raster/InkBuffer.h"
 
 #include <algorithm>
@@ -62,11 +65,11 @@ Ink FindInk(const Paint &paint, bool simulateOverprint)
 }
 
 struct Band {
-    std::vector<InkWord> pixels;   // ink, or the number of a block where split
-    std::vector<uint64_t> split;   // one bit a pixel
-    std::vector<uint64_t> painted; // one bit a pixel, for those not split; empty when not tracked
-    std::vector<std::unique_ptr<CacheLine[]>> chunks;
-    uint32_t blocks = 0;              // handed out so far
+    std::vector<InkWord> pixels;
+    std::vector<uint64_t> split, blocked, painted; // painted is empty when not tracked
+    std::vector<std::unique_ptr<uint64_t[]>> tiles;
+    std::vector<std::unique_ptr<CacheLine[]>> chunks; // of blocks
+    uint32_t blocks = 0;                              // handed out so far
     std::vector<uint32_t> freeBlocks; // beside the blocks, not in them: those are far from any cache
 
     InkWord *Block(uint32_t number, size_t blockWords) const
@@ -74,14 +77,21 @@ struct Band {
         return reinterpret_cast<InkWord *>(chunks[number / kChunkBlocks].get()) +
                (number % kChunkBlocks) * blockWords;
     }
+    RowPlaces Row(size_t row, size_t width, size_t bitWords)
+    {
+        const size_t word = row * bitWords;
+        return {pixels.data() + row * width, split.data() + word, blocked.data() + word,
+                painted.empty() ? nullptr : painted.data() + word, tiles.data() + word};
+    }
 };
 
 InkBuffer::InkBuffer(int width, int height, int samples, bool tracked, MemoryCap *budget)
     : width_(width), height_(height), samples_(samples), tracked_(tracked),
       fullMask_(samples == 8 ? ~uint64_t{0} : (uint64_t{1} << (samples * samples)) - 1),
       samplesPerBlock_(static_cast<size_t>(samples * samples)),
-      blockWords_(samplesPerBlock_ + (tracked ? 2 : 0)), bitWords_((static_cast<size_t>(width) + 63) / 64),
-      budget_(budget), bands_((static_cast<size_t>(height) + kBandRows - 1) / kBandRows)
+      blockWords_(samplesPerBlock_ + (tracked ? 2 : 0)), pairWords_(samples == 8 ? 3 : 1),
+      bitWords_(static_cast<size_t>(width) / 64 + 1), budget_(budget),
+      bands_((static_cast<size_t>(height) + kBandRows - 1) / kBandRows)
 {
 }
 
@@ -94,19 +104,19 @@ bool InkBuffer::SelectRow(int y)
         const auto rows = static_cast<size_t>(std::min(kBandRows, height_ - y / kBandRows * kBandRows));
         const size_t pixels = rows * static_cast<size_t>(width_);
         const size_t words = rows * bitWords_;
-        if (!budget_->Take(pixels * sizeof(InkWord) + words * sizeof(uint64_t) * (tracked_ ? 2 : 1)))
+        if (!budget_->Take(pixels * sizeof(InkWord) + words * sizeof(uint64_t) * (tracked_ ? 3 : 2) +
+                           words * sizeof(band->tiles.front())))
             return false;
         band = std::make_unique<Band>();
         band->pixels.assign(pixels, 0);
         band->split.assign(words, 0);
+        band->blocked.assign(words, 0);
         if (tracked_)
             band->painted.assign(words, 0);
+        band->tiles.resize(words);
     }
-    const auto row = static_cast<size_t>(y % kBandRows);
     band_ = band.get();
-    pixels_ = band->pixels.data() + row * static_cast<size_t>(width_);
-    split_ = band->split.data() + row * bitWords_;
-    painted_ = tracked_ ? band->painted.data() + row * bitWords_ : nullptr;
+    row_ = band->Row(static_cast<size_t>(y % kBandRows), static_cast<size_t>(width_), bitWords_);
     return true;
 }
 
@@ -117,11 +127,12 @@ void InkBuffer::MakeWhole(int left, int right)
         const int end = std::min(right, (x | 63) + 1);
         const uint64_t bits = BitsOf(x, end);
         const size_t word = static_cast<size_t>(x >> 6);
-        for (uint64_t rest = split_[word] & bits; rest != 0; rest &= rest - 1)
-            band_->freeBlocks.push_back(pixels_[(x & ~63) + std::countr_zero(rest)]);
-        split_[word] &= ~bits;
+        for (uint64_t rest = row_.blocked[word] & bits; rest != 0; rest &= rest - 1)
+            band_->freeBlocks.push_back(row_.pixels[(x & ~63) + std::countr_zero(rest)]);
+        row_.blocked[word] &= ~bits;
+        row_.split[word] &= ~bits;
         if (tracked_)
-            painted_[word] |= bits;
+            row_.painted[word] |= bits;
         x = end;
     }
 }
@@ -136,60 +147,108 @@ void InkBuffer::PaintWhole(int left, int right, const Ink &ink)
         const int end = std::min(right, (x | 63) + 1);
         const uint64_t bits = BitsOf(x, end);
         const size_t word = static_cast<size_t>(x >> 6);
-        const uint64_t split = split_[word] & bits;
-        for (uint64_t rest = split; rest != 0; rest &= rest - 1) {
-            InkWord *block = band_->Block(pixels_[(x & ~63) + std::countr_zero(rest)], blockWords_);
+        const uint64_t blocked = row_.blocked[word] & bits;
+        for (uint64_t rest = blocked; rest != 0; rest &= rest - 1) {
+            InkWord *block = band_->Block(row_.pixels[(x & ~63) + std::countr_zero(rest)], blockWords_);
             for (size_t i = 0; i < samplesPerBlock_; ++i)
                 block[i] = ink.Over(block[i]);
             if (tracked_)
                 block[samplesPerBlock_] = block[samplesPerBlock_ + 1] = UINT32_MAX;
         }
+        for (uint64_t rest = row_.split[word] & bits & ~blocked; rest != 0; rest &= rest - 1) {
+            const int at = (x & ~63) + std::countr_zero(rest);
+            const Pair pair = LoadPair(row_, at);
+            StorePair(at, {ink.Over(pair.second), pair.mask, fullMask_});
+        }
         for (int at = x; at < end; ++at) {
-            if (((split >> (at & 63)) & 1) == 0)
-                pixels_[at] = ink.Over(pixels_[at]);
+            if (((blocked >> (at & 63)) & 1) == 0)
+                row_.pixels[at] = ink.Over(row_.pixels[at]);
         }
         if (tracked_)
-            painted_[word] |= bits;
+            row_.painted[word] |= bits;
         x = end;
     }
 }
 
+void InkBuffer::PrefetchBlocks(size_t word, uint64_t bits) const
+{
+    const InkWord *pixels = row_.pixels + word * 64;
+    for (uint64_t rest = bits & row_.blocked[word]; rest != 0; rest &= rest - 1)
+        __builtin_prefetch(band_->Block(pixels[std::countr_zero(rest)], blockWords_), 1);
+}
+
 void InkBuffer::PaintPart(int x, uint64_t mask, const Ink &ink)
 {
-    InkWord &pixel = pixels_[x];
-    const size_t word = static_cast<size_t>(x >> 6);
-    const uint64_t bit = uint64_t{1} << (x & 63);
-    InkWord *block;
-    if ((split_[word] & bit) != 0) {
-        block = band_->Block(pixel, blockWords_);
+    if (!TestBit(row_.split, x))
+        Split(x, mask, ink);
+    else if (!TestBit(row_.blocked, x))
+        PaintPair(x, mask, ink);
+    else
+        PaintBlock(x, mask, ink);
+}
+
+// Paints a part of a pixel that has one ink.
+void InkBuffer::Split(int x, uint64_t mask, const Ink &ink)
+{
+    const InkWord first = row_.pixels[x], second = ink.Over(first);
+    const bool painted = !tracked_ || TestBit(row_.painted, x);
+    if ((painted && second == first) || !MakeTile(x))
+        return;
+    StorePair(x, {second, mask, painted ? fullMask_ : mask});
+    row_.split[x >> 6] |= BitsOf(x, x + 1);
+}
+
+void InkBuffer::PaintPair(int x, uint64_t mask, const Ink &ink)
+{
+    InkWord &first = row_.pixels[x];
+    Pair pair = LoadPair(row_, x);
+    pair.painted |= mask;
+    const InkWord overFirst = ink.Over(first), overSecond = ink.Over(pair.second);
+    // Samples that have the ink already do not change.
+    const uint64_t firsts = overFirst == first ? 0 : mask & ~pair.mask;
+    const uint64_t seconds = overSecond == pair.second ? 0 : mask & pair.mask;
+    const uint64_t changed = firsts | seconds, rest = fullMask_ & ~changed;
+    const InkWord over = firsts != 0 ? overFirst : overSecond;
+    const bool becomeOne = firsts == 0 || seconds == 0 || overFirst == overSecond;
+    if (changed == 0 || (becomeOne && over == first)) {
+        pair.mask &= rest;
+    } else if (becomeOne && over == pair.second) {
+        pair.mask |= changed;
+    } else if (becomeOne && (rest & pair.mask) == 0) {
+        pair.second = over;
+        pair.mask = changed;
+    } else if (becomeOne && (rest & ~pair.mask) == 0) {
+        first = over;
+        pair.mask = rest;
     } else {
-        const bool painted = !tracked_ || (painted_[word] & bit) != 0;
-        if (painted && ink.Over(pixel) == pixel)
-            return;
-        uint32_t number = 0;
-        block = TakeBlock(&number);
-        if (block == nullptr)
-            return;
-        std::fill_n(block, samplesPerBlock_, pixel);
-        if (tracked_)
-            block[samplesPerBlock_] = block[samplesPerBlock_ + 1] = painted ? UINT32_MAX : 0;
-        pixel = number;
-        split_[word] |= bit;
+        if (MakeBlock(x, pair))
+            PaintBlock(x, mask, ink);
+        return;
     }
-    uint64_t rest = mask;
+    StorePair(x, pair);
+    if (pair.painted != fullMask_ || (pair.mask != 0 && pair.mask != fullMask_))
+        return;
+    const InkWord left = pair.mask == 0 ? first : pair.second;
+    *Replace(x, x + 1) = left;
+}
+
+void InkBuffer::PaintBlock(int x, uint64_t mask, const Ink &ink)
+{
+    InkWord *block = band_->Block(row_.pixels[x], blockWords_);
     if (ink.strength != Ink::kFullStrength) {
-        for (; rest != 0; rest &= rest - 1) {
+        for (uint64_t rest = mask; rest != 0; rest &= rest - 1) {
             InkWord &sample = block[std::countr_zero(rest)];
             sample = ink.Over(sample);
         }
-    }
-    // A partly painted pixel has at least four samples.
-    for (InkWord *four = block; rest != 0; four += 4, rest >>= 4) {
-        const FourSamples chosen = kFourSamples[rest & 15];
-        FourSamples samples;
-        std::memcpy(&samples, four, sizeof samples);
-        samples = (samples & ~(chosen & ~ink.keep)) | (chosen & ink.value);
-        std::memcpy(four, &samples, sizeof samples);
+    } else {
+        // A partly painted pixel has at least four samples.
+        for (size_t i = 0; i < samplesPerBlock_; i += 4) {
+            const FourSamples chosen = kFourSamples[mask >> i & 15];
+            FourSamples samples;
+            std::memcpy(&samples, block + i, sizeof samples);
+            samples = (samples & ~(chosen & ~ink.keep)) | (chosen & ink.value);
+            std::memcpy(block + i, &samples, sizeof samples);
+        }
     }
     if (tracked_) {
         block[samplesPerBlock_] |= static_cast<uint32_t>(mask);
@@ -197,49 +256,64 @@ void InkBuffer::PaintPart(int x, uint64_t mask, const Ink &ink)
     }
 }
 
-// Null when memory has run out.
-InkWord *InkBuffer::TakeBlock(uint32_t *number)
+// False when memory has run out.
+bool InkBuffer::MakeTile(int x)
 {
+    std::unique_ptr<uint64_t[]> &tile = row_.tiles[x >> 6];
+    const size_t words = 64 * pairWords_;
+    if (tile == nullptr && budget_->Take(words * sizeof(uint64_t)))
+        tile = std::make_unique_for_overwrite<uint64_t[]>(words);
+    return tile != nullptr;
+}
+
+// Gives the pixel a block in place of its pair. False when memory has run out.
+bool InkBuffer::MakeBlock(int x, const Pair &pair)
+{
+    InkWord &pixel = row_.pixels[x];
+    uint32_t number = band_->blocks;
     if (!band_->freeBlocks.empty()) {
-        *number = band_->freeBlocks.back();
+        number = band_->freeBlocks.back();
         band_->freeBlocks.pop_back();
-        return band_->Block(*number, blockWords_);
+    } else {
+        if (number % kChunkBlocks == 0) {
+            const size_t lines =
+                kChunkBlocks * blockWords_ / kLineWords; // 256 blocks of any size fill whole lines
+            if (!budget_->Take(lines * sizeof(CacheLine) + kChunkBlocks * sizeof(uint32_t)))
+                return false;
+            band_->chunks.push_back(std::make_unique_for_overwrite<CacheLine[]>(lines));
+        }
+        ++band_->blocks;
     }
-    if (band_->blocks % kChunkBlocks == 0) {
-        const size_t lines =
-            kChunkBlocks * blockWords_ / kLineWords; // 256 blocks of any size fill whole lines
-        if (!budget_->Take(lines * sizeof(CacheLine) + kChunkBlocks * sizeof(uint32_t)))
-            return nullptr;
-        band_->chunks.push_back(std::make_unique_for_overwrite<CacheLine[]>(lines));
+    InkWord *block = band_->Block(number, blockWords_);
+    for (size_t i = 0; i < samplesPerBlock_; ++i)
+        block[i] = (pair.mask >> i & 1) != 0 ? pair.second : pixel;
+    if (tracked_) {
+        block[samplesPerBlock_] = static_cast<uint32_t>(pair.painted);
+        block[samplesPerBlock_ + 1] = static_cast<uint32_t>(pair.painted >> 32);
     }
-    *number = band_->blocks++;
-    return band_->Block(*number, blockWords_);
+    pixel = number;
+    row_.blocked[x >> 6] |= BitsOf(x, x + 1);
+    return true;
 }
 
 InkBuffer::Row InkBuffer::ReadRow(int y) const
 {
     Row row;
-    const Band *band = bands_[static_cast<size_t>(y / kBandRows)].get();
+    Band *band = bands_[static_cast<size_t>(y / kBandRows)].get();
     if (band == nullptr)
         return row;
-    const auto inBand = static_cast<size_t>(y % kBandRows);
-    row.pixels_ = band->pixels.data() + inBand * static_cast<size_t>(width_);
-    row.split_ = band->split.data() + inBand * bitWords_;
-    row.painted_ = tracked_ ? band->painted.data() + inBand * bitWords_ : nullptr;
+    row.row_ = band->Row(static_cast<size_t>(y % kBandRows), static_cast<size_t>(width_), bitWords_);
     row.buffer_ = this;
     row.band_ = band;
     return row;
 }
 
-std::span<const InkWord> InkBuffer::Row::Samples(int x) const
+uint64_t InkBuffer::Row::FindBlock(int x, const InkWord **samples) const
 {
-    return {band_->Block(pixels_[x], buffer_->blockWords_), buffer_->samplesPerBlock_};
-}
-
-uint64_t InkBuffer::Row::PaintedSamples(int x) const
-{
-    const InkWord *painted = band_->Block(pixels_[x], buffer_->blockWords_) + buffer_->samplesPerBlock_;
-    if (painted_ == nullptr)
+    const InkWord *block = band_->Block(row_.pixels[x], buffer_->blockWords_);
+    const InkWord *painted = block + buffer_->samplesPerBlock_;
+    *samples = block;
+    if (row_.painted == nullptr)
         return buffer_->fullMask_;
     return (painted[0] | uint64_t{painted[1]} << 32) & buffer_->fullMask_;
 }

@@ -1,17 +1,18 @@
 // The picture in inks: 8 bits each of cyan, magenta, yellow and black.
 //
-// A pixel that no edge crosses is one word. A pixel on an edge has N × N samples of its own in a block that
-// its word names, until something covers the whole pixel again. Bands of rows come into being when they are
-// first painted.
+// A pixel that no edge crosses is one word. A pixel on an edge is split: nearly always it holds two inks, its word and
+// that of a pair beside it, whose mask says which samples have the second. Only a third ink takes a block of N × N
+// samples, which the pixel's word then names. What covers the pixel makes it whole again. Bands of rows come into being
+// when they are first painted, and the pairs of 64 neighbours when the first of them is split.
 #pragma once
 
 #include "devices/colour/Inks.h"
 #include "devices/raster/MemoryCap.h"
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <vector>
 
 namespace vxhost::raster
@@ -52,6 +53,22 @@ Ink FindInk(const Paint &paint, bool simulateOverprint);
 
 struct Band; // 64 rows
 
+// Where a row of pixels lies: a word a pixel, three bits a pixel, a tile for 64 pixels.
+struct RowPlaces {
+    InkWord *pixels = nullptr;                    // the ink, the first of two, or the number of a block
+    uint64_t *split = nullptr;                    // has several inks
+    uint64_t *blocked = nullptr;                  // and a block for them
+    uint64_t *painted = nullptr;                  // was painted, of those not split; null when not tracked
+    std::unique_ptr<uint64_t[]> *tiles = nullptr; // of pairs: null as long as none of its pixels was split
+};
+
+// What a split pixel has besides its word.
+struct Pair {
+    InkWord second;
+    uint64_t mask;    // the samples that have the second ink
+    uint64_t painted; // those that were painted at all; all of them when not tracked
+};
+
 class InkBuffer
 {
   public:
@@ -75,15 +92,22 @@ class InkBuffer
                 PaintPart(x, mask, ink);
     }
 
-    // Fetches a pixel of the selected row that is painted soon: rows lie far from each other in memory.
-    void Prefetch(int x) const { __builtin_prefetch(pixels_ + x, 1); }
+    // These fetch what is painted soon in the selected row, since rows lie far from each other in memory: a pixel with
+    // its pair, and once pixels are there, the blocks that they name: those of bits, of the 64 that word says.
+    void Prefetch(int x) const
+    {
+        __builtin_prefetch(row_.pixels + x, 1);
+        if (const uint64_t *tile = row_.tiles[x >> 6].get())
+            __builtin_prefetch(tile + static_cast<size_t>(x & 63) * pairWords_, 1);
+    }
+    void PrefetchBlocks(size_t word, uint64_t bits) const;
 
     bool IsWhole(uint64_t mask) const { return mask == fullMask_; }
     // The pixels left ≤ x < right, for the caller to fill: all of their samples are replaced.
     InkWord *Replace(int left, int right)
     {
         MakeWhole(left, right);
-        return pixels_ + left;
+        return row_.pixels + left;
     }
 
     int Width() const { return width_; }
@@ -94,45 +118,81 @@ class InkBuffer
     class Row
     {
       public:
-        bool IsBlank() const { return pixels_ == nullptr; } // nothing was ever painted near it
-        bool IsSplit(int x) const { return TestBit(split_, x); }
-        InkWord Pixel(int x) const { return pixels_[x]; } // for a pixel that is not split
-        bool IsPainted(int x) const { return painted_ == nullptr || TestBit(painted_, x); } // likewise
-        std::span<const InkWord> Samples(int x) const;
-        uint64_t PaintedSamples(int x) const;
+        bool IsBlank() const { return row_.pixels == nullptr; } // nothing was ever painted near it
+        bool IsSplit(int x) const { return TestBit(row_.split, x); }
+        InkWord Pixel(int x) const { return row_.pixels[x]; } // for a pixel that is not split
+        bool IsPainted(int x) const                           // likewise
+        {
+            return row_.painted == nullptr || TestBit(row_.painted, x);
+        }
+        // Calls use(ink, mask) for the inks of a split pixel, with the painted samples that have it, of which there may
+        // be none. An ink may come again with other samples.
+        template <class Use>
+        void ForInks(int x, Use &&use) const
+        {
+            if (!TestBit(row_.blocked, x)) {
+                const Pair pair = buffer_->LoadPair(row_, x);
+                use(row_.pixels[x], pair.painted & ~pair.mask);
+                use(pair.second, pair.painted & pair.mask);
+                return;
+            }
+            const InkWord *samples = nullptr;
+            for (uint64_t rest = FindBlock(x, &samples); rest != 0; rest &= rest - 1)
+                use(samples[std::countr_zero(rest)], rest & -rest);
+        }
 
       private:
         friend class InkBuffer;
-        static bool TestBit(const uint64_t *bits, int x) { return ((bits[x >> 6] >> (x & 63)) & 1) != 0; }
+        uint64_t FindBlock(int x, const InkWord **samples) const; // returns which are painted
 
-        const InkWord *pixels_ = nullptr;
-        const uint64_t *split_ = nullptr;
-        const uint64_t *painted_ = nullptr;
+        RowPlaces row_;
         const InkBuffer *buffer_ = nullptr;
         const Band *band_ = nullptr;
     };
     Row ReadRow(int y) const;
 
   private:
-    InkWord *TakeBlock(uint32_t *number);
-    void PaintWhole(int left, int right, const Ink &ink);
+    static bool TestBit(const uint64_t *bits, int x) { return ((bits[x >> 6] >> (x & 63)) & 1) != 0; }
+    Pair LoadPair(const RowPlaces &row, int x) const
+    {
+        const uint64_t *words = row.tiles[x >> 6].get() + static_cast<size_t>(x & 63) * pairWords_;
+        if (pairWords_ == 1)
+            return {static_cast<InkWord>(*words), *words >> 32 & 0xFFFF, *words >> 48};
+        return {static_cast<InkWord>(words[0]), words[1], words[2]};
+    }
+    void StorePair(int x, const Pair &pair)
+    {
+        uint64_t *words = row_.tiles[x >> 6].get() + static_cast<size_t>(x & 63) * pairWords_;
+        words[0] = pair.second;
+        if (pairWords_ == 1) {
+            words[0] |= pair.mask << 32 | pair.painted << 48;
+        } else {
+            words[1] = pair.mask;
+            words[2] = pair.painted;
+        }
+    }
+    bool MakeTile(int x);
+    bool MakeBlock(int x, const Pair &pair);
     void MakeWhole(int left, int right);
+    void PaintWhole(int left, int right, const Ink &ink);
     void PaintPart(int x, uint64_t mask, const Ink &ink);
+    void Split(int x, uint64_t mask, const Ink &ink);
+    void PaintPair(int x, uint64_t mask, const Ink &ink);
+    void PaintBlock(int x, uint64_t mask, const Ink &ink);
 
     const int width_, height_, samples_;
     const bool tracked_;
     const uint64_t fullMask_;
     const size_t samplesPerBlock_;
     const size_t blockWords_; // the samples, then two words of painted bits where those are tracked
-    const size_t bitWords_;   // of one row
+    const size_t pairWords_;  // three, or one with room for masks of 16 bits
+    const size_t bitWords_;   // of one row, with room for the pixel behind it, where spans may end
     MemoryCap *const budget_;
     std::vector<std::unique_ptr<Band>> bands_;
 
     // The selected row.
     Band *band_ = nullptr;
-    InkWord *pixels_ = nullptr;
-    uint64_t *split_ = nullptr;
-    uint64_t *painted_ = nullptr; // null when not tracked
+    RowPlaces row_;
 };
 
 } // namespace vxhost::raster

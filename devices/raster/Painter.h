@@ -46,7 +46,8 @@ class Painter
         bool hasMemory = false;
         const auto endRow = [&] {
             if (hasMemory)
-                LayRow([&](int left, int right, uint64_t mask) { lay(pixelRow, left, right, mask); });
+                LayRow(*buffer,
+                       [&](int left, int right, uint64_t mask) { lay(pixelRow, left, right, mask); });
         };
         sweep([&](int32_t y, std::span<const Span> spans) {
             if (y >> shift_ != pixelRow) {
@@ -61,18 +62,25 @@ class Painter
     }
 
     template <class Lay>
-    void LayRow(Lay &&lay)
+    void LayRow(const InkBuffer &buffer, Lay &&lay)
     {
         uint64_t inside = 0;
         size_t begin = 0;
+        const auto layUpTo = [&](size_t end) {
+            if (inside != 0 && begin < end)
+                lay(static_cast<int>(begin), static_cast<int>(end), inside);
+            begin = end;
+        };
         for (size_t word = firstWord_; word <= lastWord_; ++word) {
+            buffer.PrefetchBlocks(word, changed_[word]);
             for (uint64_t rest = changed_[word]; rest != 0; rest &= rest - 1) {
                 const size_t pixel = word * 64 + static_cast<size_t>(std::countr_zero(rest));
-                if (inside != 0)
-                    lay(static_cast<int>(begin), static_cast<int>(pixel), inside);
-                inside ^= changes_[pixel];
+                const uint64_t changes = changes_[pixel], ends = changes >> (samples_ - 1) & firstColumn_;
                 changes_[pixel] = 0;
-                begin = pixel;
+                layUpTo(pixel);
+                inside ^= changes;
+                layUpTo(pixel + 1);
+                inside ^= changes ^ ((ends << samples_) - ends); // rows in which an odd number of spans end
             }
             changed_[word] = 0;
         }
@@ -82,8 +90,9 @@ class Painter
 
     int shift_ = 0; // a pixel has 1 << shift_ samples a side
     int samples_ = 1;
-    // changes_ holds, for each pixel of the row at hand, which samples change between inside and outside there; changed_ has
-    // one bit for each pixel in which any does. Both are zero between two rows.
+    uint64_t firstColumn_ = 1; // of the samples of a pixel
+    // changes_ holds, for each pixel of the row at hand, which of its samples are inside and not outside, or the other way
+    // round, for the ends of spans in it; changed_ has one bit for each pixel with such ends. Both are zero between two rows.
     std::vector<uint64_t> changes_;
     std::vector<uint64_t> changed_;
     size_t firstWord_ = 0, lastWord_ = 0; // the words of changed_ that are not zero

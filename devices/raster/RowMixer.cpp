@@ -37,17 +37,17 @@ void RowMixer::Mix(const InkBuffer &buffer, int y, uint8_t *bytes)
 
 uint8_t *RowMixer::MixSamples(const InkBuffer::Row &row, int x, uint8_t *bytes)
 {
-    const std::span<const InkWord> samples = row.Samples(x);
-    uint64_t painted = row.PaintedSamples(x);
-    const auto count = static_cast<unsigned>(std::popcount(painted));
-    unsigned r = 0, g = 0, b = 0;
+    unsigned count = 0, r = 0, g = 0, b = 0;
     const auto add = [&](Rgb rgb, unsigned times) {
         r += rgb.r * times;
         g += rgb.g * times;
         b += rgb.b * times;
     };
-    for (; painted != 0; painted &= painted - 1)
-        add(colours_->Convert(samples[static_cast<size_t>(std::countr_zero(painted))]), 1);
+    row.ForInks(x, [&](InkWord ink, uint64_t mask) {
+        const auto samples = static_cast<unsigned>(std::popcount(mask));
+        count += samples;
+        add(colours_->Convert(ink), samples);
+    });
     unsigned parts = count;
     if (background_) {
         add(*background_, samplesPerPixel_ - count);

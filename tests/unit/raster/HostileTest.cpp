@@ -130,17 +130,34 @@ TEST(ManyDashes, AreNotCutOutsideOfThePage)
     EXPECT_NE(PixelAt(picture, 4, 4), "255 255 255");
 }
 
-TEST(InkMemory, StopsAtTheMemoryLimit)
+// Slivers beside each other in every pixel of 100 by 100.
+std::string Slivers(const std::string &from, const std::string &to)
+{
+    std::string script;
+    for (int i = 0; i < 100; ++i) {
+        const std::string left = " " + std::to_string(i) + from, right = " " + std::to_string(i) + to;
+        script += left + " 0 m" + right + " 0 l" + right + " 100 l" + left + " 100 l h f";
+    }
+    return script;
+}
+
+std::string DrawWithin(uint64_t limit, const std::string &script)
 {
     RasterOptions options = PlainOptions();
-    options.memoryLimit = 100 << 10; // the page alone needs 40 KB
+    options.memoryLimit = limit;
     Picture picture;
-    std::string script;
-    for (int i = 0; i < 100; ++i)
-        script += std::to_string(i) + ".3 0 m " + std::to_string(i) + ".6 0 l " + std::to_string(i) +
-                  ".6 100 l h f ";
-    EXPECT_NE(TryDraw(script, {0, 0, 100, 100}, options, &picture).find("needs more memory"),
-              std::string::npos);
+    return TryDraw(script, {0, 0, 100, 100}, options, &picture);
+}
+
+// The pixels need 40 KB, the picture that is handed out as much again. A second ink takes 8 bytes of each pixel, a third
+// one 64 more.
+TEST(InkMemory, StopsAtTheMemoryLimit)
+{
+    const std::string two = "0 g" + Slivers(".3", ".6"), three = two + " 0.5 g" + Slivers(".6", ".9");
+    EXPECT_NE(DrawWithin(100 << 10, two).find("needs more memory"), std::string::npos);
+    EXPECT_EQ(DrawWithin(220 << 10, two), "");
+    EXPECT_NE(DrawWithin(220 << 10, three).find("needs more memory"), std::string::npos);
+    EXPECT_EQ(DrawWithin(1000 << 10, three), "");
 }
 
 } // namespace
