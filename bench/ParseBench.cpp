@@ -88,6 +88,42 @@ BENCHMARK(ParseWithTheCompanion)
     ->ArgsProduct({{0, 10}, {0, 1}})
     ->Unit(benchmark::kMillisecond);
 
+// Text in fonts whose characters are half an em wide, so that they move the pen: a host without widths has less to do.
+void ParseText(benchmark::State &state)
+{
+    std::string error;
+    const auto plugin = vxhost::Plugin::Load(VX_PLUGIN_FILE, &error);
+    const std::string text = vxbench::MakeTextPage(static_cast<size_t>(state.range(0)));
+    const auto document = vxhost::Document::FromMemory(std::as_bytes(std::span(text)), &error);
+    if (plugin == nullptr || document == nullptr) {
+        state.SkipWithError(error.c_str());
+        return;
+    }
+    vxhost::FixedFontList fonts({std::begin(vxbench::kPageFonts), std::end(vxbench::kPageFonts)});
+    vxhost::ParseOptions options;
+    options.fonts = &fonts;
+    options.widths = &fonts;
+    while (state.KeepRunning()) {
+        ZRKProcs procs = vxbench::MakeIdleTable();
+        int64_t calls = 0;
+        if (plugin->Parse(*document, options, &procs, &calls).result != kVXOk)
+            state.SkipWithError("the parse failed");
+        benchmark::DoNotOptimize(calls);
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
+}
+BENCHMARK(ParseText)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
+
+void TokensOfText(benchmark::State &state)
+{
+    const std::string text = vxbench::MakeTextPage(static_cast<size_t>(state.range(0)));
+    while (state.KeepRunning()) {
+        benchmark::DoNotOptimize(vxbench::SumOfTokens(text));
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
+}
+BENCHMARK(TokensOfText)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
+
 void TokensOnly(benchmark::State &state)
 {
     const std::string text = vxbench::MakePathDocument(static_cast<size_t>(state.range(0)));

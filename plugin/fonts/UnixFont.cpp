@@ -155,6 +155,20 @@ void IndexFontNames(FontTable *table)
     }
 }
 
+// The widths of a font of the table, which the host tells once as long as no other font takes their place.
+const Fixed *WidthsOfFont(TextAndFontState *state, int16_t font)
+{
+    KnownWidths *known = &state->knownWidths[font % kKnownFontCount];
+    if (!known->known || known->font != font) {
+        const int16_t number = state->fonts.entries[font].fontNumber;
+        for (int32_t code = 0; code < kCharacterCodes; ++code)
+            known->widths[code] = UNIXGetCharWidth(number, static_cast<int16_t>(code));
+        known->known = true;
+        known->font = font;
+    }
+    return known->widths;
+}
+
 } // namespace
 
 bool InitializeFontTable(const HostCallRecord *record, FontTable *table)
@@ -287,12 +301,12 @@ void MacFontPostScriptFontName(uint8_t *name)
 
 bool GetCharacterWidthTable(const char *name, Fixed widths[kCharacterCodes], ParseContext *context)
 {
-    const FontTable *table = &context->text.fonts;
-    const int16_t font = PSNameSearchFontTable(name, table);
-    for (int32_t code = 0; code < kCharacterCodes; ++code)
-        widths[code] = font == kNoFont
-                           ? 0
-                           : UNIXGetCharWidth(table->entries[font].fontNumber, static_cast<int16_t>(code));
+    constexpr size_t kSize = kCharacterCodes * sizeof(Fixed);
+    const int16_t font = PSNameSearchFontTable(name, &context->text.fonts);
+    if (font == kNoFont)
+        memset(widths, 0, kSize);
+    else
+        memcpy(widths, WidthsOfFont(&context->text, font), kSize);
     const Fixed doubleByte = widths[kDoubleByteCode];
     context->text.doubleByteWidth = doubleByte != 0 ? doubleByte : kFixedOne;
     return true;

@@ -45,6 +45,16 @@ struct FontTable {
     uint32_t nameSlotCount;            // a power of two, larger than the number of names
 };
 
+// What the host has told of the widths of one font.
+struct KnownWidths {
+    bool known;
+    int16_t font; // an index of entries
+    Fixed widths[kCharacterCodes];
+};
+
+// Fonts that a document shows in turn share a place when their indices differ by a multiple of this.
+constexpr int32_t kKnownFontCount = 8;
+
 // False when the host has no memory, no font, or an unusable suffix list. The table comes zero-filled, and is to be
 // released either way.
 bool InitializeFontTable(const HostCallRecord *record, FontTable *table);
@@ -75,8 +85,8 @@ bool SubstituteFaceName(char *name);
 // "family$rest", length-prefixed, becomes "$rest": the sign stays, on purpose. Nothing calls it.
 void MacFontPostScriptFontName(uint8_t *name);
 
-// The widths of all codes in ems; all zero for a name that no host font serves. The text state learns the width of
-// a double-byte character. Always true.
+// The widths of all codes in ems; all zero for a name that no host font serves. The host is asked when the font is not
+// one of those whose widths are known. The text state learns the width of a double-byte character. Always true.
 bool GetCharacterWidthTable(const char *name, Fixed widths[kCharacterCodes], ParseContext *context);
 
 // Asks whether to go on with substituted fonts.

@@ -94,6 +94,7 @@ struct TextAndFontState {
     Fixed descent;
     Fixed doubleByteWidth; // of the font whose widths were fetched last; in ems
     FontTable fonts;
+    KnownWidths knownWidths[kKnownFontCount];
     TextObject object;
 };
 

@@ -33,6 +33,8 @@ FixedPoint AddPoints(const FixedPoint &first, const FixedPoint &second)
 
 void MovePen(TextSetting *setting, Fixed along)
 {
+    if (along == 0) // as most spacing is
+        return;
     setting->pen = AddPoints(setting->pen, AlongLine(setting, along, 0));
     setting->length = AddFixed(setting->length, along);
 }

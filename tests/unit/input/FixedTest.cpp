@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iterator>
 #include <ostream>
+#include <random>
 
 static bool operator==(const FixedMatrix &x, const FixedMatrix &y)
 {
@@ -42,6 +44,21 @@ TEST(Arithmetic, OneIsNeutralAndOrderCounts)
     EXPECT_EQ(FixedDiv(3, 4), 0xC000); // two integers give their quotient
     EXPECT_EQ(Fixed2Double(Whole(-2) + kHalf), -1.5);
     EXPECT_EQ(Double2Fixed(-1.5), -0x18000);
+}
+
+// Some products are known without the host.
+TEST(Arithmetic, ProductsAreTheHosts)
+{
+    constexpr Fixed kPlain[] = {
+        0, 1, -1, kHalf, kFixedOne - 1, kFixedOne, kFixedOne + 1, -kFixedOne, INT32_MAX, INT32_MIN};
+    std::mt19937 random(5);
+    for (int i = 0; i < 100000; ++i) {
+        const auto any = [&random] { return static_cast<Fixed>(random()) >> (random() % 32); };
+        const Fixed plain = kPlain[random() % std::size(kPlain)], x = any(), y = any();
+        ASSERT_EQ(FixedMul(x, y), FixMul(x, y)) << x << " * " << y;
+        ASSERT_EQ(FixedMul(x, plain), FixMul(x, plain)) << x << " * " << plain;
+        ASSERT_EQ(FixedMul(plain, y), FixMul(plain, y)) << plain << " * " << y;
+    }
 }
 
 TEST(Arithmetic, FractionsMultiplyAndZeroShortensIt)

@@ -272,20 +272,27 @@ TEST(ShowTextTest, WidthsAreTheHosts)
                              "show 1 | Helvetica [12 0 0 -12] 22 20 placement 1 (C)");
 }
 
-// Once for each string that is painted, all 256 codes in order.
-TEST(ShowTextTest, WidthsAreFetchedForEveryPaintedString)
+// With the first string of a font that is painted, all 256 codes in order.
+TEST(ShowTextTest, WidthsAreFetchedOnceForEachPaintedFont)
 {
     RecordingHost host;
     std::vector<int> asked;
     host.widthOf = [&asked](int16_t number, int16_t character) {
-        EXPECT_EQ(number, 0);
-        asked.push_back(character);
+        asked.push_back(number * 256 + character);
         return 0x8000;
     };
-    EXPECT_EQ(host.Parse(TextDocument("(A) Tx 3 Tr (B) Tx 7 Tr (C) Tx 1 Tr () Tx")), kVXOk);
-    ASSERT_EQ(asked.size(), 512u);
-    for (int i = 0; i < 512; ++i)
-        EXPECT_EQ(asked[static_cast<size_t>(i)], i % 256);
+    EXPECT_EQ(host.Parse(TextDocument("3 Tr (B) Tx /_Courier 9 Tf 1 Tr () Tx /_Helvetica 9 Tf 3 Tr (B) Tx")),
+              kVXOk);
+    EXPECT_EQ(asked.size(), 256u);
+    EXPECT_EQ(host.Parse(TextDocument("(A) Tx 3 Tr (B) Tx 7 Tr (C) Tx 1 Tr () Tx /_Courier 9 Tf (A) Tx "
+                                      "/_Helvetica 9 Tf (A) Tx")),
+              kVXOk);
+    ASSERT_EQ(asked.size(), 768u);
+    for (int i = 0; i < 256; ++i) {
+        EXPECT_EQ(asked[static_cast<size_t>(i)], 512 + i); // Courier
+        EXPECT_EQ(asked[static_cast<size_t>(256 + i)], i); // the next parse knows nothing of the one before
+        EXPECT_EQ(asked[static_cast<size_t>(512 + i)], 512 + i);
+    }
 }
 
 TEST(ShowTextTest, WithoutMemoryForWidthsTheyAreZero)
