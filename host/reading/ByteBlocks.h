@@ -7,6 +7,10 @@
 #include <cstdint>
 #include <cstring>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace vxhost
 {
 
@@ -32,8 +36,8 @@ inline bool IsAny(ByteBlock marks)
     return (halves[0] | halves[1]) != 0;
 }
 
-// Returns a bit for each byte that is marked, the lowest for the first.
-inline uint64_t BitsOf(ByteBlock marks)
+// The next one, for processors that cannot do it in one step.
+inline uint64_t BitsOfMarks(ByteBlock marks)
 {
     marks &= static_cast<uint8_t>(1);
     uint64_t halves[2];
@@ -46,6 +50,32 @@ inline uint64_t BitsOf(ByteBlock marks)
         bits |= (halves[half] * 0x0102040810204080U) >> 56 << (half * 8);
     }
     return bits;
+}
+
+// Returns a bit for each byte that is marked, the lowest for the first.
+inline uint64_t BitsOf(ByteBlock marks)
+{
+#ifdef __SSE2__
+    return static_cast<uint64_t>(_mm_movemask_epi8(reinterpret_cast<__m128i>(marks)));
+#else
+    return BitsOfMarks(marks);
+#endif
+}
+
+inline uint64_t SumOf(ByteBlock bytes)
+{
+    constexpr uint64_t kEven = 0x00FF00FF00FF00FF;
+    uint64_t halves[2], sum = 0;
+    std::memcpy(halves, &bytes, sizeof halves);
+    // Pairs of bytes have room for the sums, which the product gathers in the highest.
+    for (const uint64_t half : halves)
+        sum += (((half & kEven) + (half >> 8 & kEven)) * 0x0001000100010001U) >> 48;
+    return sum;
+}
+
+inline ByteBlock IsLineEnd(ByteBlock bytes)
+{
+    return Is(bytes, '\r') | Is(bytes, '\n');
 }
 
 } // namespace vxhost

@@ -136,8 +136,21 @@ Structure ScanStructure(const Document &document, std::string_view drawing, int 
     const auto start =
         static_cast<size_t>(drawing.data() - reinterpret_cast<const char *>(document.Bytes().data()));
     scan.LeaveOut(blanks, start);
+    const auto mayFind = [&](StructureScan::Search search) {
+        bool may = false;
+        for (StructureScan::Place place = scan.Here(); place.next < drawing.size() && !may;) {
+            const size_t from = place.next;
+            may = scan.MayFind(search, &place, std::min(from + Document::kReadAtOnce, drawing.size()));
+            document.Leave(start + from, start + place.next);
+        }
+        return may;
+    };
+    // Most drawings without any have no such words at all, and those with other operators no words of layers.
+    if (!mayFind(StructureScan::Search::Words))
+        return structure;
     for (size_t from = 0; from < drawing.size(); from += Document::kReadAtOnce) {
         const size_t to = std::min(from + Document::kReadAtOnce, drawing.size());
+        const bool wasThere = structure.isThere;
         while (scan.NextLine(to)) {
             for (const FoundOperator &found : scan.Operators()) {
                 structure.isThere |= Matters(scan, found.what);
@@ -153,6 +166,8 @@ Structure ScanStructure(const Document &document, std::string_view drawing, int 
                 scan.FindLayersAlone();
         }
         document.Leave(start + from, start + to);
+        if (!wasThere && structure.isThere && !mayFind(StructureScan::Search::LayerWords))
+            break;
     }
     return structure;
 }

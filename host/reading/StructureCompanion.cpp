@@ -5,7 +5,6 @@
 #include "host/reading/LineWalk.h"
 
 #include <algorithm>
-#include <bit>
 #include <utility>
 
 namespace vxhost
@@ -18,14 +17,19 @@ constexpr size_t kLayerNumbersAfterPrinting = 6;
 
 uint64_t CountLineEnds(std::span<const std::byte> bytes)
 {
+    constexpr size_t kStep = sizeof(ByteBlock), kMostAtOnce = 255; // more do not fit in a byte
+    const auto *from = reinterpret_cast<const uint8_t *>(bytes.data());
     uint64_t count = 0;
-    size_t at = 0;
-    for (; at + sizeof(ByteBlock) <= bytes.size(); at += sizeof(ByteBlock)) {
-        const ByteBlock block = LoadBlock(reinterpret_cast<const uint8_t *>(&bytes[at]));
-        count += static_cast<uint64_t>(std::popcount(BitsOf(Is(block, '\r') | Is(block, '\n'))));
+    size_t left = bytes.size();
+    while (left >= kStep) {
+        ByteBlock counts = {};
+        for (size_t blocks = std::min(left / kStep, kMostAtOnce); blocks > 0;
+             --blocks, from += kStep, left -= kStep)
+            counts -= IsLineEnd(LoadBlock(from)); // a mark is -1
+        count += SumOf(counts);
     }
-    for (; at < bytes.size(); ++at)
-        count += IsLineEnd(static_cast<char>(bytes[at])) ? 1 : 0;
+    for (; left > 0; ++from, --left)
+        count += IsLineEnd(static_cast<char>(*from)) ? 1 : 0;
     return count;
 }
 
@@ -44,8 +48,11 @@ void StructureCompanion::Deliver(std::span<std::byte> bytes, size_t offset)
     if (offset < start_) // the header around the drawing
         return;
     piece_ = offset - start_;
-    // Bytes that change may stand in this piece, and the operator that says so in a later one.
-    while (scan_.NextLine(piece_ + bytes.size() + StructureScan::kMaxReach)) {
+    // Bytes that change may stand in this piece, and the operator that says so in a later one. Pieces are small, so the scan goes on
+    // for several at a time.
+    constexpr size_t kAtOnce = 4096;
+    const size_t needed = piece_ + bytes.size() + StructureScan::kMaxReach;
+    while (scan_.NextLine((needed + kAtOnce - 1) / kAtOnce * kAtOnce)) {
         for (const FoundOperator &found : scan_.Operators())
             Take(found);
     }

@@ -23,6 +23,7 @@ struct OperatorRow {
     uint8_t operands; // that it takes at most
 };
 
+// Rows of one first letter stand together.
 constexpr OperatorRow kOperators[] = {
     {"Lb", StructureOperator::BeginLayer, 10},   {"Ln", StructureOperator::NameLayer, 1},
     {"LB", StructureOperator::EndLayer, 0},      {"u", StructureOperator::BeginGroup, 0},
@@ -30,26 +31,38 @@ constexpr OperatorRow kOperators[] = {
     {"X", StructureOperator::StrokeInk, 6},      {"g", StructureOperator::FillProcess, 0},
     {"k", StructureOperator::FillProcess, 0},    {"p", StructureOperator::FillProcess, 0},
     {"G", StructureOperator::StrokeProcess, 0},  {"K", StructureOperator::StrokeProcess, 0},
-    {"P", StructureOperator::StrokeProcess, 0},  {"To", StructureOperator::BeginText, 1},
-    {"Tp", StructureOperator::BeginTextPath, 0}, {"TO", StructureOperator::EndText, 0},
-    {"e", StructureOperator::BeginText, 0},      {"a", StructureOperator::BeginText, 0},
-    {"o", StructureOperator::BeginText, 0},      {"r", StructureOperator::BeginText, 0},
-    {"T", StructureOperator::EndText, 0},        {"Bd", StructureOperator::DefineBlend, 3},
+    {"P", StructureOperator::StrokeProcess, 0},  {"Bd", StructureOperator::DefineBlend, 3},
     {"Bs", StructureOperator::AddStop, 9},       {"Bg", StructureOperator::BindBlend, 12},
-    {"BB", StructureOperator::EndBlend, 0},
+    {"BB", StructureOperator::EndBlend, 0},      {"To", StructureOperator::BeginText, 1},
+    {"Tp", StructureOperator::BeginTextPath, 0}, {"TO", StructureOperator::EndText, 0},
+    {"T", StructureOperator::EndText, 0},        {"e", StructureOperator::BeginText, 0},
+    {"a", StructureOperator::BeginText, 0},      {"o", StructureOperator::BeginText, 0},
+    {"r", StructureOperator::BeginText, 0},
 };
+
+// By their first letters: where their rows begin, less 1; 0: there are none.
+constexpr auto kRowsOf = [] {
+    std::array<uint8_t, 256> rows = {};
+    for (size_t i = std::size(kOperators); i-- > 0;)
+        rows[static_cast<uint8_t>(kOperators[i].name[0])] = static_cast<uint8_t>(i + 1);
+    return rows;
+}();
+
+const OperatorRow *FindOperator(std::string_view name)
+{
+    const size_t first = kRowsOf[static_cast<uint8_t>(name[0])];
+    for (size_t i = first; i > 0 && i <= std::size(kOperators) && kOperators[i - 1].name[0] == name[0]; ++i) {
+        if (kOperators[i - 1].name == name)
+            return &kOperators[i - 1];
+    }
+    return nullptr;
+}
 
 template <char... kLetters>
 ByteBlock IsLetter(ByteBlock bytes) // in either case
 {
     const ByteBlock lower = bytes | kCaseBit;
     return (Is(lower, kLetters) | ...);
-}
-
-ByteBlock IsNoLetter(ByteBlock bytes)
-{
-    const ByteBlock fromA = (bytes | kCaseBit) - static_cast<uint8_t>('a');
-    return reinterpret_cast<ByteBlock>(fromA > static_cast<uint8_t>('z' - 'a'));
 }
 
 // Marks the first letter of longer words: operators of layers and of blends.
@@ -59,35 +72,52 @@ ByteBlock BeginsLongWord(ByteBlock bytes, ByteBlock after)
     return (Is(bytes, 'L') | Is(bytes, 'B')) & reinterpret_cast<ByteBlock>((after & kLetterBit) != 0);
 }
 
-// Asks cheaply whether a block may hold a candidate: the answer is yes far more often than need be.
-template <bool kLayersAlone, bool kColours>
-bool MayHold(const uint8_t *block)
+bool IsLetter(char character)
 {
-    ByteBlock any = {};
-    for (size_t i = 0; i < kBlock; i += sizeof any) {
-        const ByteBlock bytes = LoadBlock(block + i), after = LoadBlock(block + i + 1);
-        any |= Is(bytes, '%') | Is(bytes, '<') | BeginsLongWord(bytes, after);
-        if constexpr (!kLayersAlone)
-            any |= IsLetter<'u', 'x'>(bytes);
-        if constexpr (kColours)
-            any |= IsLetter<'g', 'k', 'p'>(bytes);
-    }
-    return IsAny(any);
+    const auto lower = static_cast<uint8_t>(character | kCaseBit);
+    return lower >= 'a' && lower <= 'z';
 }
 
-// Returns a bit for each byte of the block where something that matters may begin.
-uint64_t CandidatesIn(const uint8_t *block)
+// Marks where something that matters may begin, far more often than need be.
+template <StructureScan::Search kSearch>
+ByteBlock MarksIn(const uint8_t *bytes)
 {
-    uint64_t bits = 0;
-    for (size_t i = 0; i < kBlock; i += sizeof(ByteBlock)) {
-        const ByteBlock bytes = LoadBlock(block + i), before = LoadBlock(block + i - 1),
-                        after = LoadBlock(block + i + 1);
-        // A word of one letter has no letter beside it.
-        const ByteBlock isWord =
-            IsLetter<'u', 'x', 'g', 'k', 'p'>(bytes) & IsNoLetter(before) & IsNoLetter(after);
-        bits |= BitsOf(isWord | Is(bytes, '%') | Is(bytes, '<') | BeginsLongWord(bytes, after)) << i;
+    using Search = StructureScan::Search;
+    const ByteBlock block = LoadBlock(bytes);
+    ByteBlock marks = BeginsLongWord(block, LoadBlock(bytes + 1));
+    if constexpr (kSearch != Search::Words && kSearch != Search::LayerWords)
+        marks |= Is(block, '%') | Is(block, '<');
+    if constexpr (kSearch != Search::Layers && kSearch != Search::LayerWords)
+        marks |= IsLetter<'u', 'x'>(block);
+    if constexpr (kSearch == Search::Colours)
+        marks |= IsLetter<'g', 'k', 'p'>(block);
+    return marks;
+}
+
+// Finds the first block at or behind that place which has marks; the limit or more, where there is none before it.
+template <StructureScan::Search kSearch>
+size_t FindMarks(std::string_view text, size_t from, size_t limit, uint64_t *marks)
+{
+    const auto *bytes = reinterpret_cast<const uint8_t *>(text.data());
+    constexpr size_t kStep = sizeof(ByteBlock);
+    std::array<uint8_t, kBlock + 1> copy;
+    for (; from < limit; from += kBlock) {
+        const uint8_t *block = bytes + from;
+        // The last bytes have none behind them: a copy has blanks there.
+        if (from + kBlock >= text.size()) {
+            copy.fill(' ');
+            std::copy_n(block, text.size() - from, copy.begin());
+            block = copy.data();
+        }
+        const ByteBlock parts[] = {MarksIn<kSearch>(block), MarksIn<kSearch>(block + kStep),
+                                   MarksIn<kSearch>(block + 2 * kStep), MarksIn<kSearch>(block + 3 * kStep)};
+        if (!IsAny(parts[0] | parts[1] | parts[2] | parts[3]))
+            continue;
+        *marks = BitsOf(parts[0]) | BitsOf(parts[1]) << kStep | BitsOf(parts[2]) << 2 * kStep |
+                 BitsOf(parts[3]) << 3 * kStep;
+        return from;
     }
-    return bits;
+    return from;
 }
 
 bool IsOfText(StructureOperator what)
@@ -110,104 +140,94 @@ StructureScan::StructureScan(std::string_view drawing, int version)
 {
 }
 
-bool StructureScan::MayHoldCandidate(const uint8_t *block) const
+// Returns whether what matters may begin there, as things stand: a word of one letter has no letter beside it.
+bool StructureScan::IsCandidate(size_t at) const
 {
-    if (findsLayersAlone_)
-        return MayHold<true, false>(block);
-    return hasFillInk_ || hasStrokeInk_ ? MayHold<false, true>(block) : MayHold<false, false>(block);
-}
-
-// Returns whether the operator that may begin there matters, as things stand.
-bool StructureScan::IsWanted(char first) const
-{
+    const char first = drawing_[at], next = at + 1 < drawing_.size() ? drawing_[at + 1] : ' ';
     switch (first) {
-    case 'L':
     case '%':
     case '<':
         return true;
+    case 'L':
+        return next == 'b' || next == 'n' || next == 'B';
+    case 'B':
+        return (hasSpotStop_ || sections_.IsInSetup()) && !findsLayersAlone_ && IsLetter(next);
+    default:
+        return IsHeardAlone(first) && !IsLetter(next) && (at == 0 || !IsLetter(drawing_[at - 1]));
+    }
+}
+
+// A process colour matters only where it puts an ink out.
+bool StructureScan::IsHeardAlone(char name) const
+{
+    switch (name) {
     case 'g':
     case 'k':
     case 'p':
-        return hasFillInk_ && !findsLayersAlone_;
+        return hasFillInk_;
     case 'G':
     case 'K':
     case 'P':
-        return hasStrokeInk_ && !findsLayersAlone_;
-    case 'B':
-        return (hasSpotStop_ || sections_.IsInSetup()) && !findsLayersAlone_;
+        return hasStrokeInk_;
     default:
-        return !findsLayersAlone_;
+        return true;
     }
 }
 
 // Returns limit where there is none before it.
-size_t StructureScan::FindCandidate(size_t from, size_t limit)
+template <StructureScan::Search kSearch>
+size_t StructureScan::FindCandidate(size_t from, size_t limit) const
 {
-    const auto *bytes = reinterpret_cast<const uint8_t *>(drawing_.data());
     while (from < limit) {
-        if (from < block_ || from >= block_ + kBlock) {
-            block_ = from;
-            // The first byte and the last ones have no neighbours: a copy has blanks there.
-            std::array<uint8_t, kBlock + 2> copy;
-            const uint8_t *block = bytes + from;
-            if (from == 0 || from + kBlock >= drawing_.size()) {
-                copy.fill(' ');
-                if (from > 0)
-                    copy[0] = bytes[from - 1];
-                std::copy_n(block, std::min(kBlock + 1, drawing_.size() - from), copy.begin() + 1);
-                block = copy.data() + 1;
-            }
-            // An ink may begin within the block, and its end may be in it too, so all candidates are found at once.
-            candidates_ = MayHoldCandidate(block) ? CandidatesIn(block) : 0;
-        }
-        uint64_t left = candidates_ >> (from - block_);
-        while (left != 0) {
-            from += static_cast<size_t>(std::countr_zero(left));
-            if (from >= limit)
+        uint64_t marks = 0;
+        from = FindMarks<kSearch>(drawing_, from, limit, &marks);
+        for (; marks != 0; marks &= marks - 1) {
+            const size_t at = from + static_cast<size_t>(std::countr_zero(marks));
+            if (at >= limit)
                 return limit;
-            if (IsWanted(drawing_[from]))
-                return from;
-            ++from;
-            left = candidates_ >> 1 >> (from - 1 - block_);
+            if (IsCandidate(at))
+                return at;
         }
-        from = block_ + kBlock;
+        from += kBlock;
     }
     return limit;
+}
+
+bool StructureScan::MayFind(Search search, Place *from, size_t limit) const
+{
+    constexpr size_t kAtOnce = 16384; // is still at hand when its lines are looked at
+    while (from->next < limit) {
+        const size_t to = std::min(from->next + kAtOnce, limit);
+        const size_t found = search == Search::Words ? FindCandidate<Search::Words>(from->next, to)
+                                                     : FindCandidate<Search::LayerWords>(from->next, to);
+        from->next = to;
+        if (found < to || FindCutLine(&from->line, to))
+            return true;
+    }
+    return false;
 }
 
 // Everything before that place has been looked at.
 void StructureScan::GoTo(size_t position)
 {
-    size_t end = position;
-    while (end > next_ && !IsLineEnd(drawing_[end - 1]))
-        --end;
-    if (end > next_)
-        nextLine_ = end;
+    const size_t start = FindLineStart(drawing_, next_, position);
+    if (start > next_)
+        nextLine_ = start;
     next_ = position;
 }
 
-// A cut may fall within a word and make an operator of its rest, so a line that is cut is read in all of its pieces. Returns the
-// start of the first such line before that place, or the place.
-size_t StructureScan::FindCutLine(size_t before) const
+// A cut may fall within a word and make an operator of its rest, so a line that is cut is read in all of its pieces. Goes from the
+// start of a line to that of the first such line before that place; false: there is none.
+bool StructureScan::FindCutLine(size_t *start, size_t before) const
 {
-    size_t start = nextLine_;
-    while (start + kLineRoom <= before) {
+    while (*start + kLineRoom <= before) {
         // Lines are short, so the last line end within reach is soon found.
-        size_t end = kLineRoom;
-        while (end > sizeof(ByteBlock)) {
-            const ByteBlock bytes =
-                LoadBlock(reinterpret_cast<const uint8_t *>(drawing_.data()) + start + end - sizeof bytes);
-            if (IsAny(Is(bytes, '\r') | Is(bytes, '\n')))
-                break;
-            end -= sizeof bytes;
-        }
-        while (end > 0 && !IsLineEnd(drawing_[start + end - 1]))
-            --end;
-        if (end == 0)
-            return start;
-        start += end;
+        const size_t next = FindLineStart(drawing_, *start, *start + kLineRoom);
+        if (next == *start)
+            return true;
+        *start = next;
     }
-    return before;
+    return false;
 }
 
 bool StructureScan::NextLine(size_t limit)
@@ -216,9 +236,12 @@ bool StructureScan::NextLine(size_t limit)
     foundCount_ = 0;
     while (!isOver_ && foundCount_ == 0 && next_ < limit) {
         if (!ReadsEachLine()) {
-            const size_t candidate = FindCandidate(next_, limit);
-            const size_t cutLine = FindCutLine(candidate);
-            if (cutLine < candidate) {
+            const size_t candidate = findsLayersAlone_ ? FindCandidate<Search::Layers>(next_, limit)
+                                     : hasFillInk_ || hasStrokeInk_
+                                         ? FindCandidate<Search::Colours>(next_, limit)
+                                         : FindCandidate<Search::Operators>(next_, limit);
+            size_t cutLine = nextLine_;
+            if (FindCutLine(&cutLine, candidate)) {
                 next_ = nextLine_ = cutLine;
             } else {
                 GoTo(candidate);
@@ -289,12 +312,8 @@ void StructureScan::TakeTokens(std::string_view line)
 
 void StructureScan::TakeOperator(std::string_view name, const PlacedToken &token)
 {
-    if (name.size() <= 2) {
-        for (const OperatorRow &row : kOperators) {
-            if (row.name[0] == name[0] && row.name == name)
-                AddOperator(row.what, token, row.operands);
-        }
-    }
+    if (const OperatorRow *row = FindOperator(name))
+        AddOperator(row->what, token, row->operands);
     operands_.clear();
     areOperandsKnown_ = true;
 }
@@ -307,7 +326,6 @@ bool StructureScan::IsHeard(StructureOperator what)
         return hasFillInk_ = true;
     case StructureOperator::StrokeInk:
         return hasStrokeInk_ = true;
-    // A process colour matters only where it puts an ink out.
     case StructureOperator::FillProcess:
         return std::exchange(hasFillInk_, false);
     case StructureOperator::StrokeProcess:

@@ -71,6 +71,19 @@ class StructureScan
     // From now on only layers are found.
     void FindLayersAlone() { findsLayersAlone_ = true; }
 
+    // What is looked for: all that matters while no spot ink is painted with; what puts an ink out, too; layers alone; and the words
+    // of the first and of the third without regard to sections and strings.
+    enum class Search : uint8_t { Operators, Colours, Layers, Words, LayerWords };
+
+    struct Place {
+        size_t next; // what is to be looked at
+        size_t line; // the start of the line that it is in
+    };
+    Place Here() const { return {next_, nextLine_}; } // everything before it has been looked at
+
+    // Returns whether there may be such an operator between the place and the limit, to which it goes; false: there is certainly none.
+    bool MayFind(Search search, Place *from, size_t limit) const;
+
     // From now on texts are found too: each line is read, since any letter may begin one.
     void FindTexts() { findsTexts_ = true; }
 
@@ -97,10 +110,11 @@ class StructureScan
   private:
     // Hex strings go over lines, and words go over cuts; a text may begin on any line.
     bool ReadsEachLine() const { return findsTexts_ || isInHex_ || isInCutLine_; }
-    bool MayHoldCandidate(const uint8_t *block) const;
-    bool IsWanted(char first) const;
-    size_t FindCandidate(size_t from, size_t limit);
-    size_t FindCutLine(size_t before) const;
+    bool IsCandidate(size_t at) const;
+    bool IsHeardAlone(char name) const;
+    template <Search kSearch>
+    size_t FindCandidate(size_t from, size_t limit) const;
+    bool FindCutLine(size_t *start, size_t before) const;
     void GoTo(size_t position);
     void ReadLine();
     void TakeTokens(std::string_view line);
@@ -126,8 +140,6 @@ class StructureScan
     LineBytes lineBytes_;                  // that of the line at hand, where it has blanks
     std::string_view line_;                // as it is read
     size_t passedFrom_ = 0, passedTo_ = 0; // the section that was passed over last
-    size_t block_ = SIZE_MAX;              // where the bytes begin whose candidates are known
-    uint64_t candidates_ = 0;
     bool findsLayersAlone_ = false;
     bool findsTexts_ = false;
     bool isInHex_ = false;
