@@ -3,6 +3,8 @@
 // very many of them is swept in several turns, so that memory follows its edges, not their height.
 #include "devices/raster/Scanner.h"
 
+#include "devices/raster/Precision.h"
+
 #include <bit>
 #include <utility>
 
@@ -14,10 +16,8 @@ namespace
 
 constexpr uint32_t kMaxCrossings = 1u << 20; // are collected in one turn, unless a single row has more
 
-// Points that were computed along two ways differ in their last bits, and must be one point all the same:
-// they are rounded to 1/65536 of a sample. Adding this leaves no room for the bits below; taking it away
-// again brings the rest back.
-constexpr double kRounder = 1.5 * (uint64_t{1} << 36);
+// Adding this leaves no room for the bits below kPlacement; taking it away again brings the rest back.
+constexpr double kRounder = 1.5 * (uint64_t{1} << 52) * kPlacement;
 
 double Snap(double v)
 {
