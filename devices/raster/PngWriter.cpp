@@ -1,5 +1,5 @@
-// A picture of usual size is compressed in one piece when its last row is there, by a library that is faster than the one in
-// libpng and knows nothing of streams. A larger one is compressed as its rows come, so that memory stays small.
+// A picture is compressed in one piece when its last row is there, by a library that is faster than the one in libpng and knows
+// nothing of streams. One that is too large for that is compressed as its rows come.
 //
 // libpng reports an error by a jump. What may jump stands in functions of its own that hold nothing to
 // destroy, right below their setjmp.
@@ -26,7 +26,6 @@ namespace
 // Drawings are flat, and rows repeat, so that a quick search finds most.
 constexpr int kStreamLevel = 4;
 constexpr int kPieceLevel = 5;
-constexpr size_t kMostInOnePiece = size_t{8} << 20; // bytes of rows
 
 constexpr size_t kMaxTitle = 1000; // bytes
 
@@ -127,6 +126,7 @@ bool PngWriter::State::Start()
         return false;
     png_set_write_fn(png, this, WriteBytes, Flush);
     png_set_compression_level(png, kStreamLevel);
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
     png_set_IHDR(png, info, static_cast<png_uint_32>(header.width), static_cast<png_uint_32>(header.height),
                  8, header.alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -155,9 +155,9 @@ bool PngWriter::State::Start()
 
 bool PngWriter::State::Row(const uint8_t *row)
 {
-    const size_t pixelBytes = header.alpha ? 4 : 3;
-    const int filter = ChooseFilter(row, rowBytes, pixelBytes);
     if (rows) {
+        const size_t pixelBytes = header.alpha ? 4 : 3;
+        const int filter = ChooseFilter(row, rowBytes, pixelBytes);
         uint8_t *to = &rows->bytes[rows->used];
         *to++ = static_cast<uint8_t>(filter);
         std::copy_n(row, rowBytes, to);
@@ -168,7 +168,6 @@ bool PngWriter::State::Row(const uint8_t *row)
     }
     if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the only way that libpng has
         return false;
-    png_set_filter(png, PNG_FILTER_TYPE_BASE, filter);
     png_write_row(png, row);
     return true;
 }
@@ -211,7 +210,7 @@ PngWriter::PngWriter(const PngHeader &header, ByteSink sink) : state_(std::make_
         throw std::bad_alloc();
     state_->rowBytes = static_cast<size_t>(header.width) * (header.alpha ? 4 : 3);
     const size_t bytes = (state_->rowBytes + 1) * static_cast<size_t>(header.height);
-    if (bytes <= kMostInOnePiece)
+    if (bytes <= header.mostInOnePiece)
         state_->rows.emplace(bytes);
     state_->Take("the PNG file cannot be begun", [this] { return state_->Start(); });
 }

@@ -75,15 +75,15 @@ struct PngFile {
 struct PngCase {
     const char *name;
     bool alpha;
-    int zoom;
+    uint64_t memory;
 };
 
-// A picture that is zoomed as much is compressed row by row, a small one in one piece.
+// A picture is compressed row by row where memory is short, else in one piece.
 const PngCase kPngCases[] = {
-    {"WithoutAlpha", false, 1},
-    {"WithAlpha", true, 1},
-    {"LargeWithoutAlpha", false, 42},
-    {"LargeWithAlpha", true, 42},
+    {"WithoutAlpha", false, 1 << 30},
+    {"WithAlpha", true, 1 << 30},
+    {"RowByRowWithoutAlpha", false, 64 << 10},
+    {"RowByRowWithAlpha", true, 64 << 10},
 };
 
 class Png : public testing::TestWithParam<PngCase>
@@ -94,8 +94,7 @@ TEST_P(Png, HasThePixelsOfThePicture)
 {
     const PngCase &c = GetParam();
     RasterOptions options = PlainOptions();
-    options.dpi = 72 * c.zoom;
-    options.samples = 2;
+    options.memoryLimit = c.memory;
     if (c.alpha)
         options.background.reset();
     std::string bytes;
@@ -108,7 +107,7 @@ TEST_P(Png, HasThePixelsOfThePicture)
     DrawTriangle(device.get());
     ASSERT_FALSE(device->EndPage());
 
-    const auto width = static_cast<size_t>(48 * c.zoom), height = static_cast<size_t>(36 * c.zoom);
+    const size_t width = 48, height = 36;
     ASSERT_EQ(png_get_image_width(file.png, file.info), width);
     ASSERT_EQ(png_get_image_height(file.png, file.info), height);
     ASSERT_EQ(png_get_color_type(file.png, file.info),
