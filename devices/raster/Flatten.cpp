@@ -2,6 +2,8 @@
 // chord; no recursion, hence nothing for a document to make deep.
 #include "devices/raster/Flatten.h"
 
+#include "devices/raster/Precision.h"
+
 namespace vxhost::raster
 {
 

@@ -1,6 +1,6 @@
 // Paths as straight lines in sample space.
 //
-// A curve becomes lines that stay within a fifth of a sample of it at every size, with the same points whether it is
+// A curve becomes lines that stay within kFlatness of it at every size, with the same points whether it is
 // walked from its start or from its end.
 #pragma once
 
@@ -10,12 +10,6 @@
 
 namespace vxhost::raster
 {
-
-// Largest distance between a curve and its lines, in samples.
-constexpr double kFlatness = 0.2;
-
-// Lines a curve at most. A curve that needs more is a thousand times larger than the page.
-constexpr int kMaxCurveLines = 4096;
 
 struct CurvePoints {
     Point p0, p1, p2, p3;

@@ -19,6 +19,7 @@ namespace
 
 constexpr int kBandRows = 64;
 constexpr uint32_t kChunkBlocks = 256; // blocks are allocated this many at a time
+constexpr size_t kChunkTiles = 64;     // and tiles
 
 // The 16 samples of a pixel lie in one line of the cache, not across two.
 struct alignas(64) CacheLine {
@@ -67,9 +68,10 @@ Ink FindInk(const Paint &paint, bool simulateOverprint)
 struct Band {
     std::vector<InkWord> pixels;
     std::vector<uint64_t> split, blocked, painted; // painted is empty when not tracked
-    std::vector<std::unique_ptr<uint64_t[]>> tiles;
-    std::vector<std::unique_ptr<CacheLine[]>> chunks; // of blocks
-    uint32_t blocks = 0;                              // handed out so far
+    std::vector<uint64_t *> tiles;
+    std::vector<std::unique_ptr<CacheLine[]>> tileChunks, chunks; // of tiles, and of blocks
+    size_t tilesMade = 0;
+    uint32_t blocks = 0;              // handed out so far
     std::vector<uint32_t> freeBlocks; // beside the blocks, not in them: those are far from any cache
 
     InkWord *Block(uint32_t number, size_t blockWords) const
@@ -77,11 +79,11 @@ struct Band {
         return reinterpret_cast<InkWord *>(chunks[number / kChunkBlocks].get()) +
                (number % kChunkBlocks) * blockWords;
     }
-    RowPlaces Row(size_t row, size_t width, size_t bitWords)
+    RowPlaces Row(size_t row, size_t width, size_t rowWords, size_t rowTiles)
     {
-        const size_t word = row * bitWords;
+        const size_t word = row * rowWords;
         return {pixels.data() + row * width, split.data() + word, blocked.data() + word,
-                painted.empty() ? nullptr : painted.data() + word, tiles.data() + word};
+                painted.empty() ? nullptr : painted.data() + word, tiles.data() + row * rowTiles};
     }
 };
 
@@ -90,8 +92,8 @@ InkBuffer::InkBuffer(int width, int height, int samples, bool tracked, MemoryCap
       fullMask_(samples == 8 ? ~uint64_t{0} : (uint64_t{1} << (samples * samples)) - 1),
       samplesPerBlock_(static_cast<size_t>(samples * samples)),
       blockWords_(samplesPerBlock_ + (tracked ? 2 : 0)), pairWords_(samples == 8 ? 3 : 1),
-      bitWords_(static_cast<size_t>(width) / 64 + 1), budget_(budget),
-      bands_((static_cast<size_t>(height) + kBandRows - 1) / kBandRows)
+      rowWords_(static_cast<size_t>(width) / 64 + 1), rowTiles_(static_cast<size_t>(width) / kTilePixels + 1),
+      budget_(budget), bands_((static_cast<size_t>(height) + kBandRows - 1) / kBandRows)
 {
 }
 
@@ -103,9 +105,9 @@ bool InkBuffer::SelectRow(int y)
     if (band == nullptr) {
         const auto rows = static_cast<size_t>(std::min(kBandRows, height_ - y / kBandRows * kBandRows));
         const size_t pixels = rows * static_cast<size_t>(width_);
-        const size_t words = rows * bitWords_;
+        const size_t words = rows * rowWords_, tiles = rows * rowTiles_;
         if (!budget_->Take(pixels * sizeof(InkWord) + words * sizeof(uint64_t) * (tracked_ ? 3 : 2) +
-                           words * sizeof(band->tiles.front())))
+                           tiles * sizeof(band->tiles.front())))
             return false;
         band = std::make_unique<Band>();
         band->pixels.assign(pixels, 0);
@@ -113,10 +115,10 @@ bool InkBuffer::SelectRow(int y)
         band->blocked.assign(words, 0);
         if (tracked_)
             band->painted.assign(words, 0);
-        band->tiles.resize(words);
+        band->tiles.assign(tiles, nullptr);
     }
     band_ = band.get();
-    row_ = band->Row(static_cast<size_t>(y % kBandRows), static_cast<size_t>(width_), bitWords_);
+    row_ = band->Row(static_cast<size_t>(y % kBandRows), static_cast<size_t>(width_), rowWords_, rowTiles_);
     return true;
 }
 
@@ -259,11 +261,20 @@ void InkBuffer::PaintBlock(int x, uint64_t mask, const Ink &ink)
 // False when memory has run out.
 bool InkBuffer::MakeTile(int x)
 {
-    std::unique_ptr<uint64_t[]> &tile = row_.tiles[x >> 6];
-    const size_t words = 64 * pairWords_;
-    if (tile == nullptr && budget_->Take(words * sizeof(uint64_t)))
-        tile = std::make_unique_for_overwrite<uint64_t[]>(words);
-    return tile != nullptr;
+    uint64_t *&tile = row_.tiles[x >> kTileShift];
+    if (tile != nullptr)
+        return true;
+    const size_t tileLines = kTilePixels * pairWords_ * sizeof(uint64_t) / sizeof(CacheLine);
+    const size_t inChunk = band_->tilesMade % kChunkTiles;
+    if (inChunk == 0) {
+        const size_t lines = kChunkTiles * tileLines;
+        if (!budget_->Take(lines * sizeof(CacheLine)))
+            return false;
+        band_->tileChunks.push_back(std::make_unique_for_overwrite<CacheLine[]>(lines));
+    }
+    ++band_->tilesMade;
+    tile = reinterpret_cast<uint64_t *>(band_->tileChunks.back().get() + inChunk * tileLines);
+    return true;
 }
 
 // Gives the pixel a block in place of its pair. False when memory has run out.
@@ -302,7 +313,8 @@ InkBuffer::Row InkBuffer::ReadRow(int y) const
     Band *band = bands_[static_cast<size_t>(y / kBandRows)].get();
     if (band == nullptr)
         return row;
-    row.row_ = band->Row(static_cast<size_t>(y % kBandRows), static_cast<size_t>(width_), bitWords_);
+    row.row_ =
+        band->Row(static_cast<size_t>(y % kBandRows), static_cast<size_t>(width_), rowWords_, rowTiles_);
     row.buffer_ = this;
     row.band_ = band;
     return row;

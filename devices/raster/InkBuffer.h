@@ -3,7 +3,7 @@
 // A pixel that no edge crosses is one word. A pixel on an edge is split: nearly always it holds two inks, its word and
 // that of a pair beside it, whose mask says which samples have the second. Only a third ink takes a block of N × N
 // samples, which the pixel's word then names. What covers the pixel makes it whole again. Bands of rows come into being
-// when they are first painted, and the pairs of 64 neighbours when the first of them is split.
+// when they are first painted, and the pairs of 16 neighbours when the first of them is split.
 #pragma once
 
 #include "devices/colour/Inks.h"
@@ -53,13 +53,13 @@ Ink FindInk(const Paint &paint, bool simulateOverprint);
 
 struct Band; // 64 rows
 
-// Where a row of pixels lies: a word a pixel, three bits a pixel, a tile for 64 pixels.
+// Where a row of pixels lies: a word a pixel, three bits a pixel, a tile for 16 pixels.
 struct RowPlaces {
-    InkWord *pixels = nullptr;                    // the ink, the first of two, or the number of a block
-    uint64_t *split = nullptr;                    // has several inks
-    uint64_t *blocked = nullptr;                  // and a block for them
-    uint64_t *painted = nullptr;                  // was painted, of those not split; null when not tracked
-    std::unique_ptr<uint64_t[]> *tiles = nullptr; // of pairs: null as long as none of its pixels was split
+    InkWord *pixels = nullptr;   // the ink, the first of two, or the number of a block
+    uint64_t *split = nullptr;   // has several inks
+    uint64_t *blocked = nullptr; // and a block for them
+    uint64_t *painted = nullptr; // was painted, of those not split; null when not tracked
+    uint64_t **tiles = nullptr;  // of pairs: null as long as none of its pixels was split
 };
 
 // What a split pixel has besides its word.
@@ -97,8 +97,8 @@ class InkBuffer
     void Prefetch(int x) const
     {
         __builtin_prefetch(row_.pixels + x, 1);
-        if (const uint64_t *tile = row_.tiles[x >> 6].get())
-            __builtin_prefetch(tile + static_cast<size_t>(x & 63) * pairWords_, 1);
+        if (row_.tiles[x >> kTileShift] != nullptr)
+            __builtin_prefetch(FindPair(row_, x), 1);
     }
     void PrefetchBlocks(size_t word, uint64_t bits) const;
 
@@ -152,17 +152,23 @@ class InkBuffer
     Row ReadRow(int y) const;
 
   private:
+    static constexpr int kTileShift = 4, kTilePixels = 1 << kTileShift;
+
     static bool TestBit(const uint64_t *bits, int x) { return ((bits[x >> 6] >> (x & 63)) & 1) != 0; }
+    uint64_t *FindPair(const RowPlaces &row, int x) const
+    {
+        return row.tiles[x >> kTileShift] + static_cast<size_t>(x & (kTilePixels - 1)) * pairWords_;
+    }
     Pair LoadPair(const RowPlaces &row, int x) const
     {
-        const uint64_t *words = row.tiles[x >> 6].get() + static_cast<size_t>(x & 63) * pairWords_;
+        const uint64_t *words = FindPair(row, x);
         if (pairWords_ == 1)
             return {static_cast<InkWord>(*words), *words >> 32 & 0xFFFF, *words >> 48};
         return {static_cast<InkWord>(words[0]), words[1], words[2]};
     }
     void StorePair(int x, const Pair &pair)
     {
-        uint64_t *words = row_.tiles[x >> 6].get() + static_cast<size_t>(x & 63) * pairWords_;
+        uint64_t *words = FindPair(row_, x);
         words[0] = pair.second;
         if (pairWords_ == 1) {
             words[0] |= pair.mask << 32 | pair.painted << 48;
@@ -186,7 +192,8 @@ class InkBuffer
     const size_t samplesPerBlock_;
     const size_t blockWords_; // the samples, then two words of painted bits where those are tracked
     const size_t pairWords_;  // three, or one with room for masks of 16 bits
-    const size_t bitWords_;   // of one row, with room for the pixel behind it, where spans may end
+    const size_t rowWords_,
+        rowTiles_; // of bits and of tiles, with room for the pixel behind a row, where spans may end
     MemoryCap *const budget_;
     std::vector<std::unique_ptr<Band>> bands_;
 

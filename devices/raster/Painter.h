@@ -6,6 +6,7 @@
 #include "devices/raster/Scanner.h"
 
 #include <bit>
+#include <utility>
 
 namespace vxhost::raster
 {
@@ -75,12 +76,16 @@ class Painter
             buffer.PrefetchBlocks(word, changed_[word]);
             for (uint64_t rest = changed_[word]; rest != 0; rest &= rest - 1) {
                 const size_t pixel = word * 64 + static_cast<size_t>(std::countr_zero(rest));
-                const uint64_t changes = changes_[pixel], ends = changes >> (samples_ - 1) & firstColumn_;
-                changes_[pixel] = 0;
+                const uint64_t changes = std::exchange(changes_[pixel], 0);
+                // The last sample of a row tells what becomes of that row behind the pixel.
+                const uint64_t last = changes >> (samples_ - 1) & firstColumn_;
+                const uint64_t changesBack = changes ^ ((last << samples_) - last);
                 layUpTo(pixel);
                 inside ^= changes;
-                layUpTo(pixel + 1);
-                inside ^= changes ^ ((ends << samples_) - ends); // rows in which an odd number of spans end
+                if (changesBack != 0) {
+                    layUpTo(pixel + 1);
+                    inside ^= changesBack;
+                }
             }
             changed_[word] = 0;
         }

@@ -1,3 +1,6 @@
+// A picture is compressed in one piece when its last row is there, by a library that is faster than the one in libpng and knows
+// nothing of streams. One that is too large for that is compressed as its rows come.
+//
 // libpng reports an error by a jump. What may jump stands in functions of its own that hold nothing to
 // destroy, right below their setjmp.
 #include "devices/raster/PngWriter.h"
@@ -8,7 +11,9 @@
 #include <cmath>
 #include <csetjmp>
 #include <exception>
+#include <libdeflate.h>
 #include <new>
+#include <optional>
 #include <png.h>
 #include <utility>
 
@@ -18,11 +23,27 @@ namespace vxhost::raster
 namespace
 {
 
-// Drawings are flat: a quick search finds what repeats. See RasterBench for what a higher level would cost.
-constexpr int kCompressionLevel = 4;
-constexpr int kFilter = PNG_FILTER_SUB;
+// Drawings are flat, and rows repeat, so that a quick search finds most.
+constexpr int kStreamLevel = 4;
+constexpr int kPieceLevel = 5;
 
 constexpr size_t kMaxTitle = 1000; // bytes
+
+// Filters hide what repeats, so flat rows have none. But differences are what repeats in a row of a gradient, of whose pixels
+// many are unlike the one before them.
+int ChooseFilter(const uint8_t *row, size_t bytes, size_t pixelBytes)
+{
+    constexpr size_t kPixelsADifference = 5;
+    size_t differences = 0;
+    for (size_t i = pixelBytes; i < bytes; i += pixelBytes) {
+        uint8_t difference = 0;
+        for (size_t k = i; k < i + pixelBytes; ++k)
+            difference |= row[k] ^ row[k - pixelBytes];
+        differences += difference != 0 ? 1 : 0;
+    }
+    return differences * pixelBytes * kPixelsADifference > bytes ? PNG_FILTER_VALUE_SUB
+                                                                 : PNG_FILTER_VALUE_NONE;
+}
 
 // The start of the text: whole characters, at most that many bytes of UTF-8.
 std::string CutText(const std::string &text, size_t most)
@@ -36,10 +57,20 @@ std::string CutText(const std::string &text, size_t most)
 
 } // namespace
 
+// Bytes that are not cleared first.
+struct Room {
+    std::unique_ptr<uint8_t[]> bytes;
+    size_t used = 0;
+
+    explicit Room(size_t size) : bytes(std::make_unique_for_overwrite<uint8_t[]>(size)) {}
+};
+
 struct PngWriter::State {
     png_structp png = nullptr;
     png_infop info = nullptr;
     PngHeader header;
+    size_t rowBytes = 0;
+    std::optional<Room> rows, compressed; // of a picture that is compressed in one piece
     ByteSink sink;
     Failure failure;
     std::exception_ptr thrown; // what the sink threw
@@ -48,6 +79,7 @@ struct PngWriter::State {
 
     bool Start();
     bool Row(const uint8_t *row);
+    void Compress();
     bool Finish();
 
     // Takes one of these steps, unless something has failed.
@@ -93,8 +125,8 @@ bool PngWriter::State::Start()
     if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the only way that libpng has
         return false;
     png_set_write_fn(png, this, WriteBytes, Flush);
-    png_set_compression_level(png, kCompressionLevel);
-    png_set_filter(png, PNG_FILTER_TYPE_BASE, kFilter);
+    png_set_compression_level(png, kStreamLevel);
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
     png_set_IHDR(png, info, static_cast<png_uint_32>(header.width), static_cast<png_uint_32>(header.height),
                  8, header.alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -123,17 +155,46 @@ bool PngWriter::State::Start()
 
 bool PngWriter::State::Row(const uint8_t *row)
 {
+    if (rows) {
+        const size_t pixelBytes = header.alpha ? 4 : 3;
+        const int filter = ChooseFilter(row, rowBytes, pixelBytes);
+        uint8_t *to = &rows->bytes[rows->used];
+        *to++ = static_cast<uint8_t>(filter);
+        std::copy_n(row, rowBytes, to);
+        for (size_t i = pixelBytes; filter == PNG_FILTER_VALUE_SUB && i < rowBytes; ++i)
+            to[i] = static_cast<uint8_t>(row[i] - row[i - pixelBytes]);
+        rows->used += 1 + rowBytes;
+        return true;
+    }
     if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the only way that libpng has
         return false;
     png_write_row(png, row);
     return true;
 }
 
+void PngWriter::State::Compress()
+{
+    const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor *)> compressor(
+        libdeflate_alloc_compressor(kPieceLevel), libdeflate_free_compressor);
+    if (compressor == nullptr)
+        throw std::bad_alloc();
+    const size_t bound = libdeflate_zlib_compress_bound(compressor.get(), rows->used);
+    compressed.emplace(bound);
+    compressed->used = libdeflate_zlib_compress(compressor.get(), rows->bytes.get(), rows->used,
+                                                compressed->bytes.get(), bound);
+}
+
 bool PngWriter::State::Finish()
 {
     if (setjmp(png_jmpbuf(png)) != 0) // NOLINT(cert-err52-cpp): the only way that libpng has
         return false;
-    png_write_end(png, nullptr);
+    if (compressed) {
+        png_write_chunk(png, reinterpret_cast<png_const_bytep>("IDAT"), compressed->bytes.get(),
+                        compressed->used);
+        png_write_chunk(png, reinterpret_cast<png_const_bytep>("IEND"), nullptr, 0);
+    } else {
+        png_write_end(png, nullptr);
+    }
     return true;
 }
 
@@ -147,6 +208,10 @@ PngWriter::PngWriter(const PngHeader &header, ByteSink sink) : state_(std::make_
         state_->info = png_create_info_struct(state_->png);
     if (state_->info == nullptr)
         throw std::bad_alloc();
+    state_->rowBytes = static_cast<size_t>(header.width) * (header.alpha ? 4 : 3);
+    const size_t bytes = (state_->rowBytes + 1) * static_cast<size_t>(header.height);
+    if (bytes <= header.mostInOnePiece)
+        state_->rows.emplace(bytes);
     state_->Take("the PNG file cannot be begun", [this] { return state_->Start(); });
 }
 
@@ -159,7 +224,11 @@ void PngWriter::WriteRow(const uint8_t *row)
 
 Failure PngWriter::End()
 {
-    state_->Take("the PNG file cannot be completed", [this] { return state_->Finish(); });
+    state_->Take("the PNG file cannot be completed", [this] {
+        if (state_->rows)
+            state_->Compress();
+        return state_->Finish();
+    });
     return state_->failure;
 }
 

@@ -25,13 +25,21 @@ void RowMixer::Mix(const InkBuffer &buffer, int y, uint8_t *bytes)
 {
     const InkBuffer::Row row = buffer.ReadRow(y);
     const Rgb unpainted = background_.value_or(Rgb{0, 0, 0});
+    // Neighbours mostly have one ink.
+    InkWord ink = 0;
+    Rgb rgb = colours_->Convert(ink);
     for (int x = 0; x < buffer.Width(); ++x) {
-        if (!row.IsBlank() && row.IsSplit(x))
+        if (!row.IsBlank() && row.IsSplit(x)) {
             bytes = MixSamples(row, x, bytes);
-        else if (!row.IsBlank() && row.IsPainted(x))
-            bytes = Put(bytes, colours_->Convert(row.Pixel(x)), 255);
-        else
+        } else if (!row.IsBlank() && row.IsPainted(x)) {
+            if (row.Pixel(x) != ink) {
+                ink = row.Pixel(x);
+                rgb = colours_->Convert(ink);
+            }
+            bytes = Put(bytes, rgb, 255);
+        } else {
             bytes = Put(bytes, unpainted, 0);
+        }
     }
 }
 

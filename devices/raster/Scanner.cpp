@@ -1,7 +1,12 @@
 // Crossings are counted first and then dropped into place row by row, so nothing is sorted but the few crossings of one
-// row, which are nearly in order already; a row that has more of them than samples counts them instead. A shape with
+// row, which are nearly in order already; a row that has many of them notes them by column instead. A shape with
 // very many of them is swept in several turns, so that memory follows its edges, not their height.
 #include "devices/raster/Scanner.h"
+
+#include "devices/raster/Precision.h"
+
+#include <bit>
+#include <utility>
 
 namespace vxhost::raster
 {
@@ -11,10 +16,8 @@ namespace
 
 constexpr uint32_t kMaxCrossings = 1u << 20; // are collected in one turn, unless a single row has more
 
-// Points that were computed along two ways differ in their last bits, and must be one point all the same:
-// they are rounded to 1/65536 of a sample. Adding this leaves no room for the bits below; taking it away
-// again brings the rest back.
-constexpr double kRounder = 1.5 * (uint64_t{1} << 36);
+// Adding this leaves no room for the bits below kPlacement; taking it away again brings the rest back.
+constexpr double kRounder = 1.5 * (uint64_t{1} << 52) * kPlacement;
 
 double Snap(double v)
 {
@@ -32,19 +35,26 @@ int32_t FirstCentre(double v, int32_t low, int32_t high)
     return whole + static_cast<int32_t>(centre > whole);
 }
 
-// Sorts numbers that are nearly in order. False, with the order changed, when that takes more than so many moves each.
-bool SortNearby(int32_t *begin, const int32_t *end, ptrdiff_t movesEach)
+int32_t TurnOf(int32_t crossing)
 {
-    ptrdiff_t moves = (end - begin) * movesEach;
-    for (int32_t *next = begin + 1; next < end && moves >= 0; ++next) {
+    return 1 - (crossing & 1) * 2;
+}
+
+// Sorts numbers that are nearly in order, as those of a line of text are, whose glyphs follow each other.
+void SortNearby(int32_t *begin, int32_t *end)
+{
+    constexpr ptrdiff_t kMovesEach = 16; // enough for any 32
+    ptrdiff_t moves = (end - begin) * kMovesEach;
+    for (int32_t *next = begin + 1; next < end; ++next) {
         const int32_t value = *next;
         int32_t *to = next;
         for (; to > begin && to[-1] > value; --to)
             *to = to[-1];
         *to = value;
         moves -= next - to;
+        if (moves < 0)
+            return std::sort(begin, end);
     }
-    return moves >= 0;
 }
 
 } // namespace
@@ -115,50 +125,76 @@ int32_t Scanner::CollectRows(int32_t top)
     return end;
 }
 
-void Scanner::SortCrossings(int32_t *begin, int32_t *end)
-{
-    constexpr ptrdiff_t kMovesEach =
-        16; // enough for any 32, and for a line of text, whose glyphs follow each other
-    constexpr ptrdiff_t kPlacesACrossing = 4; // where sorting takes as long as looking at each place
-    const ptrdiff_t places = (ptrdiff_t{bounds_.right} - bounds_.left + 1) * 2;
-    if (SortNearby(begin, end, kMovesEach))
-        return;
-    if (end - begin < places / kPlacesACrossing)
-        return std::sort(begin, end);
-    const int32_t lowest = bounds_.left * 2;
-    counts_.assign(static_cast<size_t>(places), 0);
-    for (const int32_t *next = begin; next < end; ++next)
-        ++counts_[static_cast<size_t>(*next - lowest)];
-    for (size_t place = 0; place < counts_.size(); ++place)
-        begin = std::fill_n(begin, counts_[place], lowest + static_cast<int32_t>(place));
-}
-
-std::span<const Span> Scanner::JoinCrossings(int32_t row)
-{
-    int32_t *next = crossings_.data() + rowStart_[static_cast<size_t>(row)];
-    int32_t *const end = crossings_.data() + rowStart_[static_cast<size_t>(row) + 1];
-    Span *const first = spans_.data();
-    if (end - next == 2) { // most rows of most shapes
-        *first = {std::min(next[0], next[1]) >> 1, std::max(next[0], next[1]) >> 1};
-        return {first, first->begin < first->end ? size_t{1} : 0};
-    }
-    SortCrossings(next, end);
-
+// Makes spans of columns that come in order: where the winding leaves 0 one begins, where it is 0 again it ends.
+struct Scanner::Joiner {
+    Span *const first;
     size_t count = 0;
     int32_t winding = 0, begin = 0;
-    for (; next < end; ++next) {
-        const int32_t column = *next >> 1;
+
+    void Turn(int32_t column, int32_t turns)
+    {
         if (winding == 0)
             begin = column;
-        winding += (*next & 1) != 0 ? -1 : 1;
+        winding += turns;
         if (winding != 0 || column == begin)
-            continue;
+            return;
         if (count > 0 && first[count - 1].end == begin)
             first[count - 1].end = column;
         else
             first[count++] = {begin, column};
     }
-    return {first, count};
+};
+
+// Adds up the turns in each column, with a bit to find it by, so that nothing is sorted. False, and nothing done, for
+// crossings that are so few or so far apart that sorting them takes less.
+bool Scanner::JoinByColumns(const int32_t *begin, const int32_t *end, Joiner *joiner)
+{
+    constexpr ptrdiff_t kFewest = 8;
+    constexpr ptrdiff_t kWordsACrossing = 2; // that may be looked through
+    if (end - begin < kFewest)
+        return false;
+    const auto columnOf = [&](int32_t crossing) {
+        return static_cast<size_t>((crossing >> 1) - bounds_.left);
+    };
+    const auto [least, most] = std::minmax_element(begin, end);
+    const size_t firstWord = columnOf(*least) / 64, lastWord = columnOf(*most) / 64;
+    if (lastWord - firstWord > static_cast<size_t>((end - begin) * kWordsACrossing))
+        return false;
+    const auto columns = static_cast<size_t>(bounds_.right - bounds_.left) + 1;
+    if (turns_.size() < columns) {
+        turns_.resize(columns);
+        turned_.resize(columns / 64 + 1);
+    }
+    for (const int32_t *next = begin; next < end; ++next) {
+        const size_t column = columnOf(*next);
+        turns_[column] += TurnOf(*next);
+        turned_[column / 64] |= uint64_t{1} << (column % 64);
+    }
+    for (size_t word = firstWord; word <= lastWord; ++word) {
+        for (uint64_t rest = std::exchange(turned_[word], 0); rest != 0; rest &= rest - 1) {
+            const size_t column = word * 64 + static_cast<size_t>(std::countr_zero(rest));
+            joiner->Turn(static_cast<int32_t>(column) + bounds_.left, std::exchange(turns_[column], 0));
+        }
+    }
+    return true;
+}
+
+std::span<const Span> Scanner::JoinCrossings(int32_t row)
+{
+    int32_t *const begin = crossings_.data() + rowStart_[static_cast<size_t>(row)];
+    int32_t *const end = crossings_.data() + rowStart_[static_cast<size_t>(row) + 1];
+    Span *const first = spans_.data();
+    if (end - begin == 2) { // most rows of most shapes
+        *first = {std::min(begin[0], begin[1]) >> 1, std::max(begin[0], begin[1]) >> 1};
+        return {first, first->begin < first->end ? size_t{1} : 0};
+    }
+    Joiner joiner = {first};
+    if (!JoinByColumns(begin, end, &joiner)) {
+        SortNearby(begin, end);
+        for (const int32_t *next = begin; next < end; ++next)
+            joiner.Turn(*next >> 1, TurnOf(*next));
+    }
+    return {first, joiner.count};
 }
 
 } // namespace vxhost::raster

@@ -53,7 +53,8 @@ class Scanner
     };
 
     int32_t CollectRows(int32_t top); // crossings of as many rows as fit; returns the row after them
-    void SortCrossings(int32_t *begin, int32_t *end);
+    struct Joiner;
+    bool JoinByColumns(const int32_t *begin, const int32_t *end, Joiner *joiner);
     std::span<const Span> JoinCrossings(int32_t row); // valid until the next call
 
     Bounds bounds_;
@@ -63,8 +64,10 @@ class Scanner
     std::vector<int32_t> crossings_; // of the rows collected: sample · 2 + up
     std::vector<uint32_t> rowStart_; // places in crossings_: one for each row, and the end
     std::vector<uint32_t> rowFill_;  // where the row's next crossing goes
-    std::vector<uint32_t> counts_;   // of the crossings at each place of a row that has very many
-    std::vector<Span> spans_;        // room for the spans of one row
+    std::vector<int32_t>
+        turns_; // windings begun less those ended in each column of a row that has many crossings
+    std::vector<uint64_t> turned_; // a bit for each column that has any; both are zero between two rows
+    std::vector<Span> spans_;      // room for the spans of one row
 };
 
 } // namespace vxhost::raster

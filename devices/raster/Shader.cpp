@@ -2,6 +2,7 @@
 // then costs a look into it.
 #include "devices/raster/Shader.h"
 
+#include "devices/raster/Precision.h"
 #include "host/drawing/Vectors.h"
 
 #include <algorithm>
@@ -13,15 +14,9 @@ namespace vxhost::raster
 namespace
 {
 
-constexpr double kMaxInks = 1024;
-constexpr double kInksPerPixel = 2;
-
 constexpr int kBatch = 128; // pixels
 
 constexpr uint64_t kParts = 1 << 16; // the way from one colour of a span to the next has so many parts
-
-// Spans whose colours meet within so many of 255 run on: the last step of a blend falls a little short of its end.
-constexpr int kRunsOn = 1;
 
 // Four curves make a circle that is nowhere smaller than this.
 constexpr double kInsideCurves = 0.999;

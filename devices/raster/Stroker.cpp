@@ -2,6 +2,8 @@
 // nothing is stored on the way back.
 #include "devices/raster/Stroker.h"
 
+#include "devices/raster/Precision.h"
+
 #include <numbers>
 
 namespace vxhost::raster
@@ -16,16 +18,6 @@ constexpr double kOneSample = 1.0 + 1.0 / 4096;
 
 // The thinnest lines keep this much of their ink, which is enough to be seen.
 constexpr double kFaintest = 0.25;
-
-// Points closer than this have no direction worth keeping.
-constexpr double kDistinct = 1.0 / 32;
-
-// Angles between two points of an arc: a dot is still round, and the largest circle has some 600 points.
-constexpr double kMaxArcStep = 1.6;
-constexpr double kMinArcStep = 0.01;
-
-// Largest distance between an arc and its lines, in samples.
-constexpr double kArcFlatness = 0.125;
 
 Point Rotate(Point p, double cosine, double sine)
 {
@@ -81,7 +73,8 @@ void Stroker::Begin(const StrokeStyle &style, const Matrix &toSamples, int sampl
     join_ = style.join;
     miterLimit_ = style.miterLimit;
     const double radius = pen_.LongRadius();
-    arcStep_ = std::clamp(2 * std::acos(std::max(1 - kArcFlatness / radius, 0.0)), kMinArcStep, kMaxArcStep);
+    arcStep_ =
+        std::clamp(2 * std::acos(std::max(1 - kPenFlatness / radius, 0.0)), kMinPenAngle, kMaxPenAngle);
     arcStepCos_ = std::cos(arcStep_);
 }
 

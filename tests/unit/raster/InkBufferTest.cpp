@@ -175,7 +175,7 @@ INSTANTIATE_TEST_SUITE_P(Raster, InkBuffers,
                                           testing::Bool()),
                          NameOfKind);
 
-// Two inks take eight bytes a pixel, for the 64 pixels around. A block is for the third, until one of them is covered.
+// Two inks take eight bytes a pixel, for some thousand pixels at a time. A block is for the third, until one of them is covered.
 TEST(InksOfAPixel, TakeBlocksForThreeInksAlone)
 {
     MemoryCap budget(uint64_t{1} << 20);
@@ -186,7 +186,7 @@ TEST(InksOfAPixel, TakeBlocksForThreeInksAlone)
         buffer.Paint(3, 64, mask, {ink, 0, Ink::kFullStrength});
         return before - budget.Left();
     };
-    EXPECT_EQ(taken(0x00FF, 0x11), 64 * 8U);
+    EXPECT_EQ(taken(0x00FF, 0x11), 1024 * 8U);
     EXPECT_EQ(taken(0xFFF0, 0x22), 0U); // nothing is left of paper
     EXPECT_EQ(taken(0x000F, 0x33), 0U); // nor of the first ink
     EXPECT_EQ(taken(0x0003, 0x22), 0U); // this one is there

@@ -1,10 +1,12 @@
 // The file: read back by libpng, it has the pixels of the picture, and it says what it is.
 #include "tests/unit/raster/Canvas.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <gtest/gtest.h>
 #include <new>
 #include <png.h>
+#include <zlib.h>
 
 namespace vxhost
 {
@@ -20,10 +22,19 @@ Paint Orange()
     return paint;
 }
 
+// The rows of a triangle are flat. Those with narrow bars above it are not, at any resolution.
 void DrawTriangle(Device *device)
 {
     device->BeginPage({{0, 0, 48, 36}, "Caf\xC3\xA9", ""});
     device->FillPath(kTriangle, Orange());
+    for (int i = 0; i < 1536; ++i) {
+        const double left = i / 32.0, right = (i + 1) / 32.0;
+        Paint gray;
+        gray.colour.ink[0] = i * 37 % 256 / 255.0;
+        device->FillPath({{Verb::Move, Verb::Line, Verb::Line, Verb::Line},
+                          {{left, 32}, {right, 32}, {right, 34}, {left, 34}}},
+                         gray);
+    }
 }
 
 std::string WritePng(const RasterOptions &options, std::string *file)
@@ -61,15 +72,30 @@ struct PngFile {
     PngFile &operator=(const PngFile &) = delete;
 };
 
-class Png : public testing::TestWithParam<bool>
+struct PngCase {
+    const char *name;
+    bool alpha;
+    uint64_t memory;
+};
+
+// A picture is compressed row by row where memory is short, else in one piece.
+const PngCase kPngCases[] = {
+    {"WithoutAlpha", false, 1 << 30},
+    {"WithAlpha", true, 1 << 30},
+    {"RowByRowWithoutAlpha", false, 64 << 10},
+    {"RowByRowWithAlpha", true, 64 << 10},
+};
+
+class Png : public testing::TestWithParam<PngCase>
 {
 };
 
 TEST_P(Png, HasThePixelsOfThePicture)
 {
+    const PngCase &c = GetParam();
     RasterOptions options = PlainOptions();
-    const bool alpha = GetParam();
-    if (alpha)
+    options.memoryLimit = c.memory;
+    if (c.alpha)
         options.background.reset();
     std::string bytes;
     ASSERT_EQ(WritePng(options, &bytes), "");
@@ -81,20 +107,43 @@ TEST_P(Png, HasThePixelsOfThePicture)
     DrawTriangle(device.get());
     ASSERT_FALSE(device->EndPage());
 
-    ASSERT_EQ(png_get_image_width(file.png, file.info), 48U);
-    ASSERT_EQ(png_get_image_height(file.png, file.info), 36U);
-    ASSERT_EQ(png_get_color_type(file.png, file.info), alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB);
-    const size_t channels = alpha ? 4 : 3;
-    for (size_t row = 0; row < 36; ++row) {
+    const size_t width = 48, height = 36;
+    ASSERT_EQ(png_get_image_width(file.png, file.info), width);
+    ASSERT_EQ(png_get_image_height(file.png, file.info), height);
+    ASSERT_EQ(png_get_color_type(file.png, file.info),
+              c.alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB);
+    const size_t channels = c.alpha ? 4 : 3;
+    for (size_t row = 0; row < height; ++row) {
         const png_bytep pixels = png_get_rows(file.png, file.info)[row];
-        for (size_t column = 0; column < 48; ++column) {
-            for (size_t i = 0; i < channels; ++i)
-                ASSERT_EQ(pixels[column * channels + i], picture.rgba[(row * 48 + column) * 4 + i]);
+        for (size_t column = 0; column < width; ++column) {
+            ASSERT_TRUE(std::equal(pixels + column * channels, pixels + (column + 1) * channels,
+                                   picture.rgba.data() + (row * width + column) * 4))
+                << "row " << row << ", column " << column;
         }
     }
 }
-INSTANTIATE_TEST_SUITE_P(Raster, Png, testing::Bool(),
-                         [](const auto &test) { return test.param ? "WithAlpha" : "WithoutAlpha"; });
+INSTANTIATE_TEST_SUITE_P(Raster, Png, testing::ValuesIn(kPngCases),
+                         [](const auto &test) { return test.param.name; });
+
+// Flat rows repeat each other, and lose that by a filter; rows in which the colours run on win by one.
+TEST(PngFiles, FilterRowsThatAreNotFlat)
+{
+    std::string file;
+    ASSERT_EQ(WritePng(PlainOptions(), &file), "");
+    const size_t data = file.find("IDAT") + 4;
+    std::string rows((48 * 3 + 1) * 36, 0);
+    uLongf size = rows.size();
+    ASSERT_EQ(uncompress(reinterpret_cast<Bytef *>(rows.data()), &size,
+                         reinterpret_cast<const Bytef *>(file.data()) + data, file.size() - data),
+              Z_OK);
+    ASSERT_EQ(size, rows.size());
+    std::string filtered;
+    for (size_t row = 0; row < 36; ++row) {
+        if (rows[row * (48 * 3 + 1)] != PNG_FILTER_VALUE_NONE)
+            filtered += std::to_string(row) + ' ';
+    }
+    EXPECT_EQ(filtered, "2 3 ");
+}
 
 TEST(PngFiles, SayWhatTheyAre)
 {
