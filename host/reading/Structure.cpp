@@ -1,9 +1,11 @@
 #include "host/reading/Structure.h"
 
+#include "host/reading/BetweenLayers.h"
 #include "host/reading/StructureScan.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 
 namespace vxhost
@@ -129,17 +131,29 @@ Structure ScanStructure(const Document &document, std::string_view drawing, int 
     const auto start =
         static_cast<size_t>(drawing.data() - reinterpret_cast<const char *>(document.Bytes().data()));
     scan.LeaveOut(blanks, start);
+    std::optional<BodyPart> between; // the layers
+    const auto endBetween = [&](size_t end) {
+        if (!between)
+            return;
+        between->end = end;
+        structure.betweenLayers += CountPainted(document, drawing, *between, version, blanks);
+        between.reset();
+    };
     for (size_t from = 0; from < drawing.size(); from += Document::kReadAtOnce) {
         const size_t to = std::min(from + Document::kReadAtOnce, drawing.size());
         while (scan.NextLine(to)) {
             for (const FoundOperator &found : scan.Operators()) {
                 structure.isThere = true;
-                if (found.what == StructureOperator::BeginLayer)
+                if (found.what == StructureOperator::BeginLayer) {
                     layers.Begin(LayerOf(scan, found));
-                else if (found.what == StructureOperator::NameLayer)
+                    endBetween(found.begin);
+                } else if (found.what == StructureOperator::NameLayer) {
                     layers.Name(NameOf(scan, found));
-                else if (found.what == StructureOperator::EndLayer)
+                } else if (found.what == StructureOperator::EndLayer) {
                     layers.End();
+                    if (!between)
+                        between = {found.end, scan.LineEnd(), 0};
+                }
             }
             // That there are others is known now; which, is seen when they are painted.
             if (structure.isThere)
@@ -147,6 +161,7 @@ Structure ScanStructure(const Document &document, std::string_view drawing, int 
         }
         document.Leave(start + from, start + to);
     }
+    endBetween(drawing.size());
     return structure;
 }
 

@@ -252,6 +252,9 @@ class Info(CommandTest):
             sample("skipped-data"): ({"placedPictures": 1, "binary": 1}, [4],
                                      ["1 placed picture is not drawn",
                                       "1 section of binary data is passed over, a picture may be missing"]),
+            sample("layers"): ({"betweenLayers": 1}, [],
+                               ["1 object behind the end of a layer, before another begins, is not drawn"]),
+            sample("layers-nested"): ({}, [], []),
             sample("poster"): ({}, [], []),
         }
         for name, (unshown, problems, told) in cases.items():
