@@ -75,7 +75,8 @@ class Text:
 def read_text(text: str) -> Text:
     """Reads a text that the library gives as JSON."""
     members = json.loads(text)
-    return Text(members["layer"], members["printing"], members["kind"], tuple(members["box"]),
+    left, bottom, right, top = members["box"]
+    return Text(members["layer"], members["printing"], members["kind"], (left, bottom, right, top),
                 tuple(read_line(line) for line in members["lines"]), members["unknownCharacters"])
 
 
@@ -85,5 +86,6 @@ def read_line(members: dict[str, Any]) -> TextLine:
 
 
 def read_colour(members: dict[str, Any]) -> TextColour:
-    cmyk = members.get("cmyk")
-    return TextColour(members.get("gray"), tuple(cmyk) if cmyk is not None else None, members.get("spot"), members.get("amount"))
+    ink = members.get("cmyk")
+    cmyk = (ink[0], ink[1], ink[2], ink[3]) if ink is not None else None
+    return TextColour(members.get("gray"), cmyk, members.get("spot"), members.get("amount"))
