@@ -172,7 +172,7 @@ class Structure(SvgTest):
         self.assertEqual(labels("--hide", "Ground"), ["Trees"])
         self.assertEqual(labels("--layers", "all", "--hide", "Trees"), ["Ground", "Field, ploughed", "Notes"])
         source = sample("layers-nested")
-        there = 'there are "Ground", "Field, ploughed", "Trees", "Notes"'
+        there = 'there are "Ground", "Field\\, ploughed", "Trees", "Notes"'
         for words, told in ((["--layers", "Sky"], f'no layer "Sky": {there}'), (["--hide", "Sky"], f'no layer "Sky": {there}'),
                             (["--layers", "Field\\, ploughed"], 'layer "Field, ploughed" is within "Ground": name that too')):
             for command in (["render", "-o", "a.svg"], ["render", "-o", "a.png"]):
