@@ -22,7 +22,7 @@ struct Structure {
     static constexpr size_t kMostLayers = 10000; // further ones are painted, and told of as the last of these
 };
 
-// Looks through all of the document, once. What is blanked says nothing.
+// Looks through all of the document, once, but for what is blanked.
 Structure ScanStructure(const Document &document, std::string_view drawing, int version,
                         const Blanks &blanks);
 
