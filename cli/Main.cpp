@@ -100,6 +100,8 @@ std::string ParseProblem(const CLI::ParseError &problem)
         text[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(text[0])));
         return text;
     }
+    if (text.find("flag override") != std::string::npos)
+        return "--" + text.substr(0, text.find(' ')) + " takes no value";
     return option +
            (text.find("missing") != std::string::npos ? " needs a value" : " is given more than once");
 }
@@ -126,6 +128,8 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
         command->set_help_flag("-h,--help", "show this");
         command->group("Commands")->allow_extras();
         runners.emplace_back(command, row.make(command));
+        for (CLI::Option *option : command->get_options())
+            option->disable_flag_override(); // a flag is given or not, and has no value
         known += (known.empty() ? "" : ", ") + std::string(row.name);
     }
     app.allow_extras();

@@ -215,6 +215,20 @@ vx_status vx_document_facts(vx_document *document, vx_facts *facts, vx_error *er
  */
 vx_status vx_document_json(vx_document *document, const char **json, vx_error *error);
 
+/*
+ * Tells the words of the document, text by text in the order in which they are painted, those of layers that the options "layers"
+ * and "hide" name. Nothing is drawn. What has been told when the call fails may not be all.
+ *
+ *   lines  the lines of a text, each with a line end behind it: from top to bottom, columns from right to left
+ *   json   all that is known of the text, one JSON object as `vx text --json` prints it but for "file": layer, place, fonts, sizes
+ *          and colours
+ *
+ * Both are valid during the call of the procedure. U+FFFD stands for what means no character in its font's character set, and a
+ * warning tells how often. Words are the same whatever serves their fonts, so no warning is about fonts, and none is listed.
+ */
+typedef int (*vx_text)(void *context, const char *lines, const char *json);
+vx_status vx_document_texts(vx_document *document, vx_text found, void *context, vx_error *error);
+
 /* The procedure is called while a document is read; done and total are bytes. With null nobody is told. */
 typedef int (*vx_progress)(void *context, int64_t done, int64_t total);
 vx_status vx_document_set_progress(vx_document *document, vx_progress procedure, void *context,

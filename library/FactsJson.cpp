@@ -71,7 +71,8 @@ Json UnshownJson(const Unshown &unshown)
     return NonzeroJson({{"patterns", unshown.patterns},
                         {"placedPictures", unshown.placedPictures},
                         {"postscript", unshown.postscript},
-                        {"binary", unshown.binary}});
+                        {"binary", unshown.binary},
+                        {"betweenLayers", unshown.betweenLayers}});
 }
 
 Json UndrawnJson(const Undrawn &undrawn)

@@ -3,9 +3,9 @@
 #include "cli/commands/Session.h"
 #include "cli/options/OutputOptions.h"
 #include "cli/report/LineWriter.h"
-#include "cli/report/TextReport.h"
-#include "devices/words/WordsDevice.h"
 #include "host/reading/Utf8.h"
+#include "library/FactsJson.h"
+#include "library/Words.h"
 
 #include <CLI/CLI.hpp>
 
@@ -17,12 +17,13 @@ namespace vxhost
 namespace
 {
 
-// Any page will do: words are found wherever they stand.
-Page AnyPage()
+// Returns one line.
+std::string TextJson(const FoundText &text, const std::string &input)
 {
-    Page page;
-    page.box = {0, 0, 1, 1};
-    return page;
+    nlohmann::ordered_json json;
+    json["file"] = input;
+    AddText(text, &json);
+    return JsonLine(json);
 }
 
 // Prints the texts of a document as they come. Each line has the prefix before it.
@@ -30,7 +31,7 @@ Outcome PrintTexts(Reading &reading, const std::string &input, const std::string
 {
     LineWriter writer;
     bool isFirst = true;
-    WordsDevice device([&](const FoundText &text) {
+    Outcome outcome = ReadWords(reading, [&](const FoundText &text) {
         if (json)
             return writer.Add(TextJson(text, input));
         if (!isFirst)
@@ -38,10 +39,6 @@ Outcome PrintTexts(Reading &reading, const std::string &input, const std::string
         isFirst = false;
         writer.Add(TextLines(text, prefix));
     });
-    Outcome outcome = reading.Draw(AnyPage(), device);
-    outcome.unknownCharacters = device.UnknownCharacters();
-    outcome.fonts.clear(); // words are the same whatever serves their fonts
-    outcome.spots.clear(); // and whatever prints them
     if (const Failure failure = writer.Finish(); !outcome.failure)
         outcome.failure = failure;
     return outcome;

@@ -56,12 +56,16 @@ std::string MalformedText(const std::string &input, const Result &result, const 
 {
     const Outcome &outcome = result.outcome;
     const std::string_view lost = LostText(options.command);
+    const std::string_view salvage = !CanSalvage(outcome)                   ? ""
+                                     : !lost.empty()                        ? ", --salvage draws the rest"
+                                     : options.command == CommandKind::Text ? ", --salvage reads the rest"
+                                                                            : "";
     return fmt::format("malformed{}{}: {}{}{}", MalformedPlace(outcome), lost,
                        outcome.end.isSaid ? "" : "the file may be cut short, ",
                        options.command == CommandKind::Trace
                            ? std::string("the last calls above come just before it")
                            : fmt::format("vx trace {} shows how far it got", input),
-                       CanSalvage(outcome) && !lost.empty() ? ", --salvage draws the rest" : "");
+                       salvage);
 }
 
 std::string OutputText(const Result &result, const SummaryOptions &options)

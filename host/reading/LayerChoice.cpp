@@ -22,13 +22,22 @@ std::string Quoted(std::string_view name)
     return std::string("\"").append(name).append("\"");
 }
 
+// Returns the name as a list of names has it.
+std::string Escaped(std::string_view name)
+{
+    std::string escaped;
+    for (const char character : name)
+        escaped.append(character == ',' || character == '\\' ? "\\" : "").append(1, character);
+    return escaped;
+}
+
 std::string ListLayers(const std::vector<Layer> &layers)
 {
     if (layers.empty())
         return "the drawing has no layers";
     std::string text = "there are ";
     for (size_t i = 0; i < layers.size() && i < kMostNamed; ++i)
-        text.append(i == 0 ? "" : ", ").append(Quoted(layers[i].name));
+        text.append(i == 0 ? "" : ", ").append(Quoted(Escaped(layers[i].name)));
     if (layers.size() > kMostNamed)
         text.append(" and ").append(std::to_string(layers.size() - kMostNamed)).append(" more");
     return text;

@@ -355,6 +355,10 @@ void Reading::TellUnshown(Outcome *outcome)
         unshown_ = isReported || MayHoldPlacedPicture(document_, read)
                        ? CountUnshown(document_, read, header_.version, blanks_)
                        : Unshown();
+        unshown_->betweenLayers =
+            structure_.betweenLayers == 0 || read.size() == drawing_.size()
+                ? structure_.betweenLayers
+                : ScanStructure(document_, read, header_.version, blanks_).betweenLayers;
     }
     outcome->unshown = *unshown_;
 }

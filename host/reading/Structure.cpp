@@ -1,9 +1,11 @@
 #include "host/reading/Structure.h"
 
+#include "host/reading/BetweenLayers.h"
 #include "host/reading/StructureScan.h"
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string>
 
 namespace vxhost
@@ -148,18 +150,30 @@ Structure ScanStructure(const Document &document, std::string_view drawing, int 
     // Most drawings without any have no such words at all, and those with other operators no words of layers.
     if (!mayFind(StructureScan::Search::Words))
         return structure;
+    std::optional<BodyPart> between; // the layers
+    const auto endBetween = [&](size_t end) {
+        if (!between)
+            return;
+        between->end = end;
+        structure.betweenLayers += CountPainted(document, drawing, *between, version, blanks);
+        between.reset();
+    };
     for (size_t from = 0; from < drawing.size(); from += Document::kReadAtOnce) {
         const size_t to = std::min(from + Document::kReadAtOnce, drawing.size());
         const bool wasThere = structure.isThere;
         while (scan.NextLine(to)) {
             for (const FoundOperator &found : scan.Operators()) {
                 structure.isThere |= Matters(scan, found.what);
-                if (found.what == StructureOperator::BeginLayer)
+                if (found.what == StructureOperator::BeginLayer) {
                     layers.Begin(LayerOf(scan, found));
-                else if (found.what == StructureOperator::NameLayer)
+                    endBetween(found.begin);
+                } else if (found.what == StructureOperator::NameLayer) {
                     layers.Name(NameOf(scan, found));
-                else if (found.what == StructureOperator::EndLayer)
+                } else if (found.what == StructureOperator::EndLayer) {
                     layers.End();
+                    if (!between)
+                        between = {found.end, scan.LineEnd(), 0};
+                }
             }
             // That there are others is known now; which, is seen when they are painted.
             if (structure.isThere)
@@ -169,6 +183,7 @@ Structure ScanStructure(const Document &document, std::string_view drawing, int 
         if (!wasThere && structure.isThere && !mayFind(StructureScan::Search::LayerWords))
             break;
     }
+    endBetween(drawing.size());
     return structure;
 }
 

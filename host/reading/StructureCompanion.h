@@ -37,7 +37,7 @@ class StructureCompanion final : public StreamCompanion
     // Texts are told of too, which takes longer. Call it first.
     void TellTexts() { scan_.FindTexts(); }
 
-    // What is blanked says nothing. Call it first.
+    // Passes over what is blanked. Call it first.
     void LeaveOut(const Blanks &blanks) { scan_.LeaveOut(blanks, start_); }
 
     // Says who is told; null: nobody, but the layers are painted as chosen all the same.

@@ -34,7 +34,7 @@ struct Unpacked {
 bool IsPacked(std::span<const std::byte> file);
 
 // Undoes up to three kinds of packing, one in the other, however many members or streams each has, with what is around each.
-// What comes out of damaged data is kept. All that is held at a time counts against the limit of memory. onStep, which may be
+// Whatever comes out of damaged data is kept. All that is held at a time counts against the limit of memory. onStep, which may be
 // null, is called about once for each MiB, and may throw. Throws std::bad_alloc.
 std::unique_ptr<const Unpacked> Unpack(const Document &file, const UnpackLimits &limits,
                                        const std::function<void()> &onStep);

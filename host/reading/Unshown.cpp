@@ -203,7 +203,9 @@ std::vector<std::string> UnshownTexts(const Unshown &unshown)
         {unshown.postscript, " fragment of embedded PostScript is passed over, what it draws is missing",
          " fragments of embedded PostScript are passed over, what they draw is missing"},
         {unshown.binary, " section of binary data is passed over, a picture may be missing",
-         " sections of binary data are passed over, pictures may be missing"}};
+         " sections of binary data are passed over, pictures may be missing"},
+        {unshown.betweenLayers, " object behind the end of a layer, before another begins, is not drawn",
+         " objects behind the end of a layer, before another begins, are not drawn"}};
     std::vector<std::string> texts;
     for (const auto &[count, one, many] : rows) {
         if (count > 0)

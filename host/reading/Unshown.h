@@ -20,6 +20,7 @@ struct Unshown {
     uint64_t placedPictures = 0; // sections of them
     uint64_t postscript = 0;     // fragments that stand in none
     uint64_t binary = 0;         // sections of binary data
+    uint64_t betweenLayers = 0;  // paths and texts behind the end of a layer and before the next begins
 
     bool operator==(const Unshown &) const = default;
 };
@@ -28,7 +29,8 @@ struct Unshown {
 // what is around it.
 bool MayHoldPlacedPicture(const Document &document, std::string_view drawing);
 
-// Counts in the body, as the interpreter reads it: with the blanks, and no further than the drawing's end.
+// Counts in the body, as the interpreter reads it: with the blanks, and no further than the drawing's end. What is between layers
+// is not among it.
 Unshown CountUnshown(const Document &document, std::string_view drawing, int version, const Blanks &blanks);
 
 // Returns whether a problem that the plug-in reports, kVXProblemPattern or its like, is told with its number.

@@ -3,6 +3,7 @@
 
 #include "host/reading/Utf8.h"
 #include "library/FactsJson.h"
+#include "library/Words.h"
 #include "library/interface/Calls.h"
 #include "library/interface/DocumentCall.h"
 #include "library/interface/DocumentOptions.h"
@@ -132,6 +133,24 @@ vx_status vx_document_json(vx_document *document, const char **json, vx_error *e
         AddFacts(header, outcome, &facts);
         document->json = JsonLine(facts);
         *json = document->json.c_str();
+    });
+}
+
+vx_status vx_document_texts(vx_document *document, vx_text found, void *context, vx_error *error)
+{
+    return DocumentCall(document, error, [&] {
+        CheckThere(reinterpret_cast<const void *>(found), "found");
+        const auto tell = [&](const FoundText &text) {
+            std::string lines = TextLines(text, "");
+            std::erase(lines, '\0'); // it would end them
+            nlohmann::ordered_json json;
+            AddText(text, &json);
+            if (found(context, lines.c_str(), JsonLine(json).c_str()) != 0)
+                throw CallError(VX_STOPPED, "stopped by its text procedure");
+        };
+        (void)RunPass(
+            document, nullptr, [&](Reading &reading, const Watch &) { return ReadWords(reading, tell); },
+            true);
     });
 }
 

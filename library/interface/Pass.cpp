@@ -114,13 +114,14 @@ void WrittenBytes::Check() const
 }
 
 Outcome RunPass(vx_document *document, const WrittenBytes *written,
-                const std::function<Outcome(Reading &, const Watch &)> &action)
+                const std::function<Outcome(Reading &, const Watch &)> &action, bool readsTexts)
 {
     document->warnings.clear();
     document->fonts.clear();
     const Watch watch(*document);
     ReadingOptions options = ReadingOptionsOf(document->settings);
     options.served = document->choices.served;
+    options.readsTexts = readsTexts;
     options.onProgress = [&](int64_t done, int64_t total) {
         watch.CheckProgress(done, total);
         if (written != nullptr)

@@ -47,9 +47,9 @@ class WrittenBytes
 };
 
 // Runs action on a reading of the document, and keeps warnings and fonts; throws CallError for whatever is no success.
-// written is null where the pass writes nothing.
+// written is null where the pass writes nothing. Only where texts are read the device is told where each begins.
 Outcome RunPass(vx_document *document, const WrittenBytes *written,
-                const std::function<Outcome(Reading &, const Watch &)> &action);
+                const std::function<Outcome(Reading &, const Watch &)> &action, bool readsTexts = false);
 
 // Does the same with a device to draw into. box is what is shown.
 void DrawPass(vx_document *document, const Box &box, Device *device, const WrittenBytes *written);

@@ -178,7 +178,8 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     Describe(flat, outcome.fault);
     Describe(flat, outcome.salvage);
     Unshown &unshown = outcome.unshown;
-    for (uint64_t *count : {&unshown.patterns, &unshown.placedPictures, &unshown.postscript, &unshown.binary})
+    for (uint64_t *count : {&unshown.patterns, &unshown.placedPictures, &unshown.postscript, &unshown.binary,
+                            &unshown.betweenLayers})
         flat.Add(*count);
 }
 

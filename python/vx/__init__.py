@@ -7,6 +7,7 @@
         png = drawing.render("png", width=400)       # bytes, as the command vx writes them
         drawing.save("harp.pdf", text="outlines")    # the name says the format
         picture = drawing.picture(dpi=300)           # pixels for NumPy and Pillow
+        words = [str(text) for text in drawing.texts()]
 
 Options are those of the command line, with _ for -: vx.options() lists them with their ranges. All errors are a vx.Error, and
 what Python calls the same as well: a file that is not there is a FileNotFoundError, a wrong value a ValueError. Drawings that
@@ -31,10 +32,11 @@ from vx._isolated import render_isolated as _render_isolated
 from vx._libvx import lib as _lib, text_of as _text_of
 from vx._library import Font, Library, shared_library as _shared_library
 from vx._picture import Picture
+from vx._text import Text, TextColour, TextLine, TextRun
 
 __all__ = [
     "open", "render_isolated", "formats", "options", "library_options", "Library", "Document", "Picture", "Header", "Info", "FontUse", "FontFile",
-    "Uses", "Layer", "Ink", "Problem", "Font", "Format", "Option", "Box", "Progress", "Value", *_errors.__all__,
+    "Uses", "Layer", "Ink", "Problem", "Text", "TextLine", "TextRun", "TextColour", "Font", "Format", "Option", "Box", "Progress", "Value", *_errors.__all__,
 ]
 
 __version__: str = _text_of(_lib.vx_version())

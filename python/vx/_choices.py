@@ -126,6 +126,13 @@ def check_meant(values: Mapping[str, Value], format_name: str) -> None:
             raise OptionError(f"{option.name} is for {' and '.join(option.formats)}, and {format_name} is made: leave it out")
 
 
+def check_meant_for_texts(values: Mapping[str, Value]) -> None:
+    """Refuses options that say nothing of how a drawing is read, nor which of its layers are."""
+    for option in options():
+        if values.get(option.name) is not None and option.formats and option.name not in ("layers", "hide"):
+            raise OptionError(f"{option.name} is for {' and '.join(option.formats)}, and texts are read: leave it out")
+
+
 def text_of_value(name: str, value: object) -> str:
     """Writes a value as a command line would have it."""
     if isinstance(value, str):

@@ -100,6 +100,9 @@ vx_status vx_document_facts(vx_document *document, vx_facts *facts, vx_error *er
 
 vx_status vx_document_json(vx_document *document, const char **json, vx_error *error);
 
+typedef int (*vx_text)(void *context, const char *lines, const char *json);
+vx_status vx_document_texts(vx_document *document, vx_text found, void *context, vx_error *error);
+
 typedef int (*vx_progress)(void *context, int64_t done, int64_t total);
 vx_status vx_document_set_progress(vx_document *document, vx_progress procedure, void *context,
                                    vx_error *error);

@@ -11,12 +11,13 @@ from contextlib import contextmanager
 from types import TracebackType
 from typing import Any, Optional, Union
 
-from vx._choices import Value, c_text, check_meant, formats, texts_of
+from vx._choices import Value, c_text, check_meant, check_meant_for_texts, formats, texts_of
 from vx._errors import ArgumentError, BusyError, DrawingWarning, MissingFileError, OptionError, ReadError, StoppedError
 from vx._file import write_whole
 from vx._info import FontUse, Header, Info, read_info
 from vx._libvx import call, ffi, lib, record, text_of
 from vx._picture import Picture
+from vx._text import Text, read_text
 
 # Is called with the bytes that were read and the bytes that there are.
 Progress = Callable[[int, int], object]
@@ -184,6 +185,28 @@ class Document:
             told = self._read(Callbacks(), progress, lib.vx_document_pixels, handle, pixels)
         self._warn(told)
         return picture
+
+    def texts(self, *, progress: Optional[Progress] = None, **options: Value) -> tuple[Text, ...]:
+        """Its words, text by text in the order in which they are painted. Nothing is drawn, and no font is needed.
+
+            options  layers="all" or "NAME,NAME" for other texts than those of layers that print, hide="NAME", script="japanese";
+                     max_time (seconds) and others of how a drawing is read
+
+        Raises vx.OptionError, also for a layer that is not there, vx.MalformedError for a damaged drawing, vx.LimitError, and what
+        progress raises.
+
+        >>> text = vx.open("text-point.vx").texts()[0]
+        >>> str(text), text.kind, text.lines[0].runs[0].font
+        ('Handgloves', 'point', 'Times-Bold')
+        """
+        check_meant_for_texts(options)
+        found: list[Text] = []
+        callbacks = Callbacks()
+        keep = callbacks.make("vx_text", lambda lines, text: found.append(read_text(text_of(text))))
+        with self._at_work(options) as handle:
+            told = self._read(callbacks, progress, lib.vx_document_texts, handle, keep, ffi.NULL)
+        self._warn(told)
+        return tuple(found)
 
     def size(self, **options: Value) -> tuple[int, int]:
         """Width and height of the PNG with these options, in pixels. Nothing is drawn.

@@ -144,7 +144,8 @@ class Info:
         fonts            those that it uses, in the order of their first texts
         uses             how much there is of each thing in it
         problems         what cannot be shown as it was meant
-        unshown          how much is not shown: {"patterns": 2, "placedPictures": 1, "postscript": 1, "binary": 1}, each where it is there
+        unshown          how much is not shown: {"patterns": 2, "placedPictures": 1, "postscript": 1, "binary": 1,
+                         "betweenLayers": 1}, each where it is there
         whole            a line says that it ends; else the file is cut short
         open             what it begins more often than it ends, and how many of these: {"groups": 1}
         undrawn          what stands behind a line "%%EOF" within a placed or binary section: {"line": 12, "bytes": 345}

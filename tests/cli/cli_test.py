@@ -60,6 +60,9 @@ class Usage(CommandTest):
         (["info", "a.vx", "--plugin", "no-such.so"], "no-such.so"),
         (["info", "a.vx", "--plugin", "a.vx"], "cannot be loaded"),
         (["info", "a.vx", "--plugin"], "--plugin needs a value"),
+        (["info", "a.vx", "--json=3"], "--json takes no value"),
+        (["info", "a.vx", "--salvage=maybe"], "--salvage takes no value"),
+        (["info", "a.vx", "--strict=false"], "--strict takes no value"),
         (["trace", "a.vx", "b.vx"], "one at a time"),
         (["render", "a.vx"], "add -o"),
         (["render", "-o", "a.png"], "no FILE"),
@@ -252,6 +255,9 @@ class Info(CommandTest):
             sample("skipped-data"): ({"placedPictures": 1, "binary": 1}, [4],
                                      ["1 placed picture is not drawn",
                                       "1 section of binary data is passed over, a picture may be missing"]),
+            sample("layers"): ({"betweenLayers": 1}, [],
+                               ["1 object behind the end of a layer, before another begins, is not drawn"]),
+            sample("layers-nested"): ({}, [], []),
             sample("poster"): ({}, [], []),
         }
         for name, (unshown, problems, told) in cases.items():

@@ -209,6 +209,14 @@ class Examples(Installed):
         self.assertEqual(self.run_example("inks", drawing),
                          (0, "cyan 1\nmagenta 0\nyellow 1\nblack 2\ncharacters 0\n", ""))
 
+    def test_words_are_printed(self):
+        drawing = self.path("words.vx")
+        with open(drawing, "wb") as file:
+            file.write(document("".join(
+                f"1 1 1 {printing} 0 0 1 79 128 255 Lb\n0 To 1 0 0 1 5 5 0 Tp TP /_Helvetica 12 Tf 0 Tr ({word}) Tx TO\nLB\n"
+                for printing, word in ((1, "Rum"), (0, "Low tide")))))
+        self.assertEqual(self.run_example("words", drawing), (0, "Rum\nLow tide\n", ""))
+
     def test_cmake_finds_the_library(self):
         project = self.path("project")
         os.mkdir(project)

@@ -1,4 +1,5 @@
 """What the command says of itself in several places is the same in all of them: help, manual pages, completion."""
+import glob
 import json
 import os
 import re
@@ -8,7 +9,7 @@ import sys
 import tempfile
 import unittest
 
-from vxcommand import CommandTest, VX, WITHOUT_LANDLOCK, document, sample, sample_names
+from vxcommand import CommandTest, Png, VX, WITHOUT_LANDLOCK, document, sample, sample_names
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
 COMMANDS = ["info", "render", "text", "trace", "fonts", "batch"]
@@ -317,6 +318,26 @@ class Completion(CommandTest):
             for value in self.complete("render", option, ""):
                 spec = [line for line in offered("render", "") if re.match(r"(\*|\(.*?\))?%s\[" % option, line)][0]
                 self.assertIn(value, re.findall(r"\w+", spec.split(":")[-1]), option)
+
+
+class Pictures(CommandTest):
+    """Pictures that a page shows, made by docs/make-pictures."""
+
+    def test_they_are_those_of_the_samples(self):
+        pictures = glob.glob(os.path.join(SOURCE, "docs/pictures/*.png"))
+        self.assertGreater(len(pictures), 5)
+        page = text_of("samples", "README.md")
+        for path in pictures:
+            name = os.path.basename(path)
+            with self.subTest(name):
+                self.assertIn(f"(../docs/pictures/{name})", page)
+                with open(path, "rb") as file:
+                    shown = Png(file.read())
+                made = Png(self.run_vx("render", "-q", "--width", "300", sample(name[:-4]), "-f", "png", "-o", "-")[0])
+                self.assertEqual((shown.width, shown.height, shown.channels), (made.width, made.height, made.channels))
+                # A letter's edge may differ where another version of its font stands in.
+                away = sum(abs(one - other) for rows in zip(shown.rows, made.rows) for one, other in zip(*rows))
+                self.assertLess(away, 0.005 * 255 * 300 * shown.height * shown.channels)
 
 
 if __name__ == "__main__":

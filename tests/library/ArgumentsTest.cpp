@@ -221,6 +221,14 @@ const WrongCase kWrong[] = {
      },
      "sizeof(vx_facts)"},
     {"JsonNowhere", [](vx_error *error) { return vx_document_json(Open(), nullptr, error); }, "json is null"},
+    {"TextsNowhere", [](vx_error *error) { return vx_document_texts(Open(), nullptr, nullptr, error); },
+     "found is null"},
+    {"TextsOfNoDocument",
+     [](vx_error *error) {
+         return vx_document_texts(
+             nullptr, [](void *, const char *, const char *) { return 0; }, nullptr, error);
+     },
+     "document is null"},
     {"ProgressOfNoDocument",
      [](vx_error *error) { return vx_document_set_progress(nullptr, nullptr, nullptr, error); },
      "document is null"},

@@ -149,6 +149,81 @@ TEST(Json, IsWhatTheCommandPrintsButForTheFileAndTheConfinement)
     }
 }
 
+struct FoundTexts {
+    std::string lines, json;
+    int count = 0, most = 1000;
+};
+
+int KeepText(void *context, const char *lines, const char *json)
+{
+    auto *found = static_cast<FoundTexts *>(context);
+    found->lines.append(found->count == 0 ? "" : "\n").append(lines);
+    found->json.append(json);
+    return ++found->count == found->most ? 1 : 0;
+}
+
+TEST(Texts, AreWhatTheCommandPrints)
+{
+    for (const char *sample :
+         {"text-point", "text-area", "text-japanese", "layers-nested", "poster", "gift"}) {
+        const std::string path = std::string(VX_SOURCE_DIR "/samples/") + sample + ".vx";
+        const OwnedDocument document = OpenSample(sample);
+        FoundTexts found;
+        vx_error error = kNoError;
+        ASSERT_EQ(vx_document_texts(document.get(), KeepText, &found, &error), VX_OK) << error.text;
+        EXPECT_EQ(found.lines, OutputOf(VX_PROGRAM_PATH " text -q " + path));
+        std::string expected = OutputOf(VX_PROGRAM_PATH " text -q --json " + path);
+        const std::string file = "\"file\":\"" + path + "\",";
+        for (size_t at = expected.find(file); at != std::string::npos; at = expected.find(file))
+            expected.erase(at, file.size());
+        EXPECT_EQ(found.json, expected);
+        EXPECT_EQ(vx_document_font_count(document.get()), 0U);
+    }
+}
+
+const std::string kTwoTexts = DrawingOf("0 g\n1 1 1 0 0 0 1 79 128 255 Lb (Notes) Ln\n"
+                                        "0 To 1 0 0 1 5 5 0 Tp TP /_Helvetica 12 Tf 0 Tr (hidden) Tx TO LB\n"
+                                        "1 1 1 1 0 0 1 79 128 255 Lb (Names) Ln\n"
+                                        "0 To 1 0 0 1 5 5 0 Tp TP 0 Tr (Rum) Tx TO\n"
+                                        "0 To 1 0 0 1 5 5 0 Tp TP 0 Tr (Egg) Tx TO LB\n");
+
+TEST(Texts, AreThoseOfTheLayersThatAreChosen)
+{
+    const OwnedDocument document = OpenBytes(kTwoTexts);
+    const auto lines = [&] {
+        FoundTexts found;
+        EXPECT_EQ(vx_document_texts(document.get(), KeepText, &found, nullptr), VX_OK);
+        return found.lines;
+    };
+    EXPECT_EQ(lines(), "Rum\n\nEgg\n");
+    Set(document.get(), "layers", "all");
+    EXPECT_EQ(lines(), "hidden\n\nRum\n\nEgg\n");
+    Set(document.get(), "hide", "Names");
+    EXPECT_EQ(lines(), "hidden\n");
+}
+
+TEST(Texts, EndWhereTheProcedureSays)
+{
+    const OwnedDocument document = OpenBytes(kTwoTexts);
+    FoundTexts found;
+    found.most = 1;
+    vx_error error = kNoError;
+    EXPECT_EQ(vx_document_texts(document.get(), KeepText, &found, &error), VX_STOPPED);
+    EXPECT_STREQ(error.text, "stopped by its text procedure");
+    EXPECT_EQ(found.lines, "Rum\n");
+}
+
+TEST(Texts, OfADamagedDocumentAreThoseBeforeTheDamage)
+{
+    std::string bytes = kTwoTexts;
+    bytes.insert(bytes.rfind("0 To"), "1 S\n");
+    FoundTexts found;
+    vx_error error = kNoError;
+    const OwnedDocument document = OpenBytes(bytes);
+    EXPECT_EQ(vx_document_texts(document.get(), KeepText, &found, &error), VX_MALFORMED);
+    EXPECT_EQ(found.lines, "Rum\n");
+}
+
 TEST(Options, HaveChoicesThatAreTakenAndOthersThatAreNot)
 {
     const OwnedDocument document = OpenBytes(LeftHalf());

@@ -27,6 +27,7 @@ def folder(tmp_path, monkeypatch):
 
 def test_the_examples_of_docstrings_do_what_they_say(folder):
     shutil.copy(PROFILE, folder / "press.icc")
+    shutil.copy(sample("text-point"), folder)
     finder, runner = doctest.DocTestFinder(), doctest.DocTestRunner()
     for name in vx.__all__:
         for example in finder.find(getattr(vx, name), f"vx.{name}", module=False, globs={"vx": vx}):
@@ -82,6 +83,7 @@ with vx.open("harp.vx", max_time=5) as drawing:
     png: bytes = drawing.render("png", width=400, box=(0, 0, 1.5, 2), background=None, profile=os.curdir)
     width: int = drawing.picture(progress=print).size[0]
     title: str = drawing.info.title
+    words: list[str] = [run.text for text in drawing.texts(layers="all") for line in text.lines for run in line.runs]
     asked: list[str] = [font.asked for font in drawing.fonts]
     drawing.save("harp.pdf", pdf_x="x1a")
 library: vx.Library = vx.Library(font_dirs=["fonts"], fonts=[b""], font_map={"A": "B"}, profiles={"press": b""})
@@ -94,7 +96,7 @@ names: list[str] = [option.name for option in vx.options() + vx.library_options(
 WRONG = [
     "vx.open(3)", "vx.open('a').render()", "vx.open('a').render('png').size", "vx.open('a').info.titel",
     "vx.open('a').render('png', width=object())", "vx.Library(fonts=3)", "vx.Library(font_map={'A': None})",
-    "vx.Library(profiles={'press': ''})", "vx.open('a').picture(progress=3)",
+    "vx.Library(profiles={'press': ''})", "vx.open('a').picture(progress=3)", "vx.open('a').texts()[0].words",
 ]
 
 

@@ -172,11 +172,22 @@ class Structure(SvgTest):
         self.assertEqual(labels("--hide", "Ground"), ["Trees"])
         self.assertEqual(labels("--layers", "all", "--hide", "Trees"), ["Ground", "Field, ploughed", "Notes"])
         source = sample("layers-nested")
-        there = 'there are "Ground", "Field, ploughed", "Trees", "Notes"'
+        there = 'there are "Ground", "Field\\, ploughed", "Trees", "Notes"'
         for words, told in ((["--layers", "Sky"], f'no layer "Sky": {there}'), (["--hide", "Sky"], f'no layer "Sky": {there}'),
                             (["--layers", "Field\\, ploughed"], 'layer "Field, ploughed" is within "Ground": name that too')):
             for command in (["render", "-o", "a.svg"], ["render", "-o", "a.png"]):
                 self.assertTrue(self.refused(*command, source, *words, status=1).endswith(told), words)
+
+    def test_a_layer_is_the_same_by_itself(self):
+        def painted(*words):
+            return {layer.get(self.LABEL): [(element.tag, element.get("d")) for element in layer.iter() if element.tag != SVG + "g"]
+                    for layer in self.root(sample("layers-nested"), *words).iter(SVG + "g") if layer.get(self.MODE) == "layer"}
+
+        every = painted("--layers", "all")
+        self.assertEqual([len(shapes) for shapes in every.values()], [4, 3, 3, 1]) # the first has the second in it
+        for name in ("Trees", "Notes"):
+            self.assertEqual(painted("--layers", name), {name: every[name]})
+        self.assertEqual(painted("--hide", "Trees"), {name: every[name] for name in ("Ground", "Field, ploughed")})
 
     def test_a_group_is_one(self):
         fill = "0 g 0 0 m 9 0 L 9 9 L f\n"

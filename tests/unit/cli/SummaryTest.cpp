@@ -153,6 +153,9 @@ TEST(Summary, TellsWhereADocumentIsMalformed)
     EXPECT_EQ(ErrorOf(result, CommandKind::Render),
               "malformed, line 214, column 9: \"c\" wants 6 numbers, has 5, nothing written: "
               "vx trace a.vx shows how far it got, --salvage draws the rest");
+    EXPECT_EQ(ErrorOf(result, CommandKind::Text),
+              "malformed, line 214, column 9: \"c\" wants 6 numbers, has 5: "
+              "vx trace a.vx shows how far it got, --salvage reads the rest");
     result.outcome.fault.column = 0;
     EXPECT_EQ(ErrorOf(result, CommandKind::Info),
               "malformed, line 214: \"c\" wants 6 numbers, has 5: vx trace a.vx shows how far it got");

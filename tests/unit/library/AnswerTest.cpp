@@ -152,7 +152,7 @@ Answer MakeAnswer()
     outcome.end = {false, true, {61, 62, 63, 64, 65, 66, true}, {67, 68}};
     outcome.fault = {71, 72, "a fault"};
     outcome.salvage = {3, {{81, 82, "the first"}, {83, 84, "the second"}, {85, 86, "the third"}}, true};
-    outcome.unshown = {111, 112, 113, 114};
+    outcome.unshown = {111, 112, 113, 114, 115};
     answer.omitted = {41, 42, 43, 44, 45, 46, 47};
     answer.confinement = {true, false, 38, 22};
     answer.passes = 51;

@@ -37,17 +37,19 @@ TEST(Warnings, OfWhatIsNotShownSayHowMuch)
                        {kVXProblemPostScript, "", "PostScript"},
                        {kVXProblemOperator, "", "operators"},
                        {kVXProblemBinary, "", "binary"}};
-    outcome.unshown = {1, 1, 1, 1};
+    outcome.unshown = {1, 1, 1, 1, 1};
     EXPECT_EQ(ListWarnings(outcome, "help"),
               (Lines{"operators", "1 pattern is painted in half gray", "1 placed picture is not drawn",
                      "1 fragment of embedded PostScript is passed over, what it draws is missing",
-                     "1 section of binary data is passed over, a picture may be missing"}));
-    outcome.unshown = {2, 3, 4, 5};
+                     "1 section of binary data is passed over, a picture may be missing",
+                     "1 object behind the end of a layer, before another begins, is not drawn"}));
+    outcome.unshown = {2, 3, 4, 5, 6};
     EXPECT_EQ(ListWarnings(outcome, "help"),
               (Lines{"operators", "2 patterns are painted in half gray", "3 placed pictures are not drawn",
                      "4 fragments of embedded PostScript are passed over, what they draw is missing",
-                     "5 sections of binary data are passed over, pictures may be missing"}));
-    outcome.unshown = {0, 1, 0, 0};
+                     "5 sections of binary data are passed over, pictures may be missing",
+                     "6 objects behind the end of a layer, before another begins, are not drawn"}));
+    outcome.unshown = {0, 1, 0, 0, 0};
     EXPECT_EQ(ListWarnings(outcome, "help"),
               (Lines{"patterns", "PostScript", "operators", "binary", "1 placed picture is not drawn"}));
 }

@@ -105,7 +105,7 @@ TEST_F(SalvageTest, DrawsTheRest)
 const std::string kLayer = "1 1 1 1 0 0 1 79 128 255 Lb\n(Good) Ln\n",
                   kTwoLines = "0 0 m 1 1 l S\n2 2 m 3 3 l S\n";
 
-// What is left out begins nothing and ends nothing.
+// Operators that are left out begin nothing and end nothing.
 const SalvageCase kStructureCases[] = {
     {"ALayer", "1 Lb (Bad) Ln\n" + kLayer + kTwoLines + "LB\n", "(Bad) Ln\n" + kLayer + kTwoLines + "LB\n",
      1},

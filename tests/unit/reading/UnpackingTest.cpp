@@ -115,7 +115,7 @@ TEST(Unpacking, OpensWhatIsAroundAnArchive)
     ExpectWhole(AppleRecord(0x00051607, MacBinary(Gzip(kText))), "AppleDouble, MacBinary, gzip");
     ExpectWhole(mail + Gzip(kText), "other lines before it, gzip");
     ExpectWhole(MacBinary(Gzip(mail + Xz(kText))), "MacBinary, gzip, other lines before it, xz");
-    // What is around the drawing alone is not packed, and stays.
+    // The record around the drawing itself is not around packed data, and stays.
     ExpectWhole(MacBinary(Gzip(MacBinary(kText))), "MacBinary, gzip", MacBinary(kText));
 }
 

@@ -18,7 +18,8 @@ namespace vxhost
 void PrintTo(const Unshown &unshown, std::ostream *to)
 {
     *to << unshown.patterns << " patterns, " << unshown.placedPictures << " placed pictures, "
-        << unshown.postscript << " fragments, " << unshown.binary << " binary sections";
+        << unshown.postscript << " fragments, " << unshown.binary << " binary sections, "
+        << unshown.betweenLayers << " between layers";
 }
 
 namespace
@@ -171,6 +172,67 @@ TEST_F(UnshownReading, TellsWhatThePluginReportsAndWhatItDoesNot)
     EXPECT_EQ(Look(kHeader + all + kPlaced + "%%EOF\n").unshown, (Unshown{2, 1, 1, 1}));
     EXPECT_EQ(Look(kHeader + kPlaced + kPaint + "%%EOF\n").unshown, (Unshown{0, 1, 0, 0}));
     EXPECT_EQ(Look("From: me\n\n" + kHeader + kPlaced + all + "%%EOF\n").unshown, (Unshown{2, 1, 1, 1}));
+}
+
+struct BetweenCase {
+    const char *name;
+    std::string body;
+    uint64_t count;
+    uint64_t calls = 0; // that this takes, where they are not as many
+};
+
+const std::string kBegin = "1 1 1 1 0 0 1 79 128 255 Lb (Layer) Ln\n";
+const std::string kLayer = kBegin + kPaint + "LB\n";
+
+const std::string kText = "0 To 1 0 0 1 0 0 0 Tp TP /_Helvetica 9 Tf ";
+
+const BetweenCase kBetweenCases[] = {
+    {"Nothing", kPaint + kLayer + kLayer, 0},
+    {"Colours", kLayer + "1 0 0 0 k 2 w 0 O\n" + kLayer + "q Q u U\n", 0},
+    {"Paths", kLayer + kPaint + kDraw + kLayer + "0 0 m 9 0 L 9 9 L b\n", 3, 4},
+    {"OnOneLine", kBegin + kPaint + "LB " + kPaint + "1 1 1 1 0 0 1 79 128 255 Lb " + kPaint + "LB " + kDraw,
+     2},
+    {"PathsThatAreNotPainted", kLayer + "0 0 m 9 0 L n 0 0 m 9 0 L (N) * f S\n", 0},
+    {"APathOverLines", kLayer + "0 0\nm\n9 0 L\nf\n", 1},
+    {"ACompoundPath", kLayer + "*u 0 0 m 9 0 L 9 9 L f 1 1 m 2 1 L 2 2 L f *U\n*u 0 0 m 9 0 L n *U\n", 1},
+    {"Texts",
+     kLayer + kText + "0 Tr (ab) Tx (cd) Tx TO\n" + kText + "2 Tr (ab) Tx () Tx TO\n" + kText +
+         "0 Tr () Tx TO\n" + kText + "3 Tr (ab) Tx TO\n" + kText + "7 Tr (ab) Tx TO\n" + kText +
+         "(ab) Tx TO\n",
+     2, 6},
+    {"BehindTheLastLayer", kLayer + kPaint + "%%PageTrailer\n" + kPaint, 1},
+    {"BehindAnInnerLayer", kBegin + kPaint + kLayer + kPaint + "LB\n", 1},
+    {"InASectionThatIsPassedOver", kLayer + "%VX5_BeginPlace\n" + kPaint + "%VX5_EndPlace\n" + kDraw, 1},
+    {"OfALineThatIsCut", kLayer + std::string(480, ' ') + "0 0 m 9 0 L f 0 0 m 9 0 L f\n", 2},
+    {"BehindAnEndOfNoLayer", "LB\n" + kPaint, 1},
+    {"InTheOutermostLayer", kBegin + kPaint + kBegin + kPaint + "LB LB\n" + kLayer, 0},
+};
+
+TEST_F(UnshownReading, TellsWhatIsBetweenLayers)
+{
+    const std::string start = kHeader + "0 g 0 G\n";
+    for (const auto &[name, body, count, calls] : kBetweenCases) {
+        const Outcome outcome = Look(start + body + "%%EOF\n");
+        EXPECT_EQ(outcome.result, kVXOk) << name;
+        EXPECT_EQ(outcome.unshown, (Unshown{0, outcome.unshown.placedPictures, 0, 0, count})) << name;
+        // That much more is painted where no layer ends.
+        std::string open = body;
+        for (size_t at = open.find("LB"); at != std::string::npos; at = open.find("LB"))
+            open.replace(at, 2, "q Q");
+        const Counts whole = Look(start + open + "%%EOF\n").counts, &drawn = outcome.counts;
+        EXPECT_EQ(whole.fills + whole.strokes + whole.shows - drawn.fills - drawn.strokes - drawn.shows,
+                  calls == 0 ? count : calls)
+            << name;
+    }
+}
+
+TEST_F(UnshownReading, TellsOfNothingBetweenLayersThatIsLeftOutOrNotRead)
+{
+    const std::string faulty =
+        kHeader + "0 g 0 G\n" + kLayer + kPaint + "0 0 m 9 0 L 1 f\n" + kPaint + kLayer + kPaint + "%%EOF\n";
+    EXPECT_EQ(Look(faulty).unshown.betweenLayers, 1U);
+    EXPECT_EQ(Look(faulty, true).unshown.betweenLayers, 3U);
+    EXPECT_EQ(Look("From: me\n\n" + faulty, true).unshown.betweenLayers, 3U);
 }
 
 // The fill and the picture behind the fault are not read.

@@ -1,6 +1,4 @@
-#include "cli/report/TextReport.h"
-
-#include "library/FactsJson.h"
+#include "library/Words.h"
 
 #include <cmath>
 #include <cstddef>
@@ -70,7 +68,25 @@ Json LineJson(const TextLine &line)
     return json;
 }
 
+// Any page will do: words are found wherever they stand.
+Page AnyPage()
+{
+    Page page;
+    page.box = {0, 0, 1, 1};
+    return page;
+}
+
 } // namespace
+
+Outcome ReadWords(Reading &reading, const WordsDevice::TextSink &sink)
+{
+    WordsDevice device(sink);
+    Outcome outcome = reading.Draw(AnyPage(), device);
+    outcome.unknownCharacters = device.UnknownCharacters();
+    outcome.fonts.clear();
+    outcome.spots.clear();
+    return outcome;
+}
 
 std::string TextLines(const FoundText &text, std::string_view prefix)
 {
@@ -80,20 +96,18 @@ std::string TextLines(const FoundText &text, std::string_view prefix)
     return lines;
 }
 
-std::string TextJson(const FoundText &text, const std::string &input)
+void AddText(const FoundText &text, nlohmann::ordered_json *json)
 {
     const Box &box = text.box;
-    Json json;
-    json["file"] = input;
-    json["layer"] = text.layer == nullptr ? Json() : Json(text.layer->name);
-    json["printing"] = text.layer == nullptr || text.layer->isPrinting;
-    json["kind"] = NameOf(text.kind);
-    json["box"] = {Rounded(box.left), Rounded(box.bottom), Rounded(box.right), Rounded(box.top)};
-    json["lines"] = Json::array();
+    Json &made = *json;
+    made["layer"] = text.layer == nullptr ? Json() : Json(text.layer->name);
+    made["printing"] = text.layer == nullptr || text.layer->isPrinting;
+    made["kind"] = NameOf(text.kind);
+    made["box"] = {Rounded(box.left), Rounded(box.bottom), Rounded(box.right), Rounded(box.top)};
+    made["lines"] = Json::array();
     for (const TextLine &line : text.lines)
-        json["lines"].push_back(LineJson(line));
-    json["unknownCharacters"] = text.unknownCharacters;
-    return JsonLine(json);
+        made["lines"].push_back(LineJson(line));
+    made["unknownCharacters"] = text.unknownCharacters;
 }
 
 } // namespace vxhost
