@@ -134,6 +134,10 @@ TokenKind LexName(BigString *text, TokenValue *result)
 
 TokenKind LexWord(BigString *text, TokenValue *result)
 {
+    if (!MayBeginNumber(*text->text)) {
+        TakeRun(text, result);
+        return kTokenExecutableName;
+    }
     // Most words are numbers: one pass reads the number, and only a word that goes on after it is walked again.
     const uint8_t *end = text->text + text->length;
     const NumberScan scan = ScanNumber(text->text, end);

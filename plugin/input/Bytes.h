@@ -1,0 +1,31 @@
+// Eight bytes of text as one word, and what can be asked of all of them at once.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+namespace vx
+{
+
+constexpr uint64_t kBytesOfOne = 0x0101010101010101u;
+constexpr uint64_t kHighBits = kBytesOfOne << 7;
+
+// The first byte is the lowest one.
+inline uint64_t LoadBytes(const uint8_t *text)
+{
+    uint64_t word;
+    memcpy(&word, text, sizeof word);
+    if constexpr (std::endian::native == std::endian::big)
+        word = __builtin_bswap64(word);
+    return word;
+}
+
+// True when a byte is larger than the one of most in its place, which is below 128.
+constexpr bool HasByteAbove(uint64_t word, uint64_t most)
+{
+    // A carry out of a byte does not matter: that byte is above 127 itself.
+    return (((word + (kBytesOfOne * 0x7F - most)) | word) & kHighBits) != 0;
+}
+
+} // namespace vx
