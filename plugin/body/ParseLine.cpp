@@ -189,24 +189,39 @@ void TakeShortNumbers(BigString *line, ParseContext *context)
     *line = {text, static_cast<int32_t>(end - text)};
 }
 
+// Takes a name of one character that stands next on the line before white space, as most operators do.
+bool TakeShortName(BigString *line, const ParseContext *context, TokenValue *name)
+{
+    const uint8_t *text = line->text;
+    if (line->length < 2 || IsDelimiter(text[0]) || MayBeginNumber(text[0]) || !IsWhiteSpace(text[1]) ||
+        context->inHexString != kOutsideHexString)
+        return false;
+    name->text = text;
+    name->length = 1;
+    *line = {text + 2, line->length - 2};
+    return true;
+}
+
 } // namespace
 
 Result ParseLine(BigString *line, ParseContext *context)
 {
     if (context->aborted != 0)
         return kStoppedByUser;
-    for (;;) {
-        if (!IsStringEmpty(line))
-            TakeShortNumbers(line, context);
+    while (!IsStringEmpty(line)) {
         TokenValue value;
+        TakeShortNumbers(line, context);
         const TokenKind kind =
-            LexOneToken(line, &context->inHexString, &value, context->stringBuffer, context);
+            TakeShortName(line, context, &value)
+                ? kTokenExecutableName
+                : LexOneToken(line, &context->inHexString, &value, context->stringBuffer, context);
         if (kind == kTokenEndOfLine)
-            return context->aborted != 0 ? kStoppedByUser : kOk;
+            break;
         const Result result = ActOnToken(context, kind, &value);
         if (result != kOk)
             return result;
     }
+    return context->aborted != 0 ? kStoppedByUser : kOk;
 }
 
 } // namespace vx

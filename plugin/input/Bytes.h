@@ -21,6 +21,12 @@ inline uint64_t LoadBytes(const uint8_t *text)
     return word;
 }
 
+// The highest bit of the lowest byte that is zero, and maybe those of bytes above it; 0 when there is none.
+constexpr uint64_t ZeroBytes(uint64_t word)
+{
+    return (word - kBytesOfOne) & ~word & kHighBits;
+}
+
 // True when a byte is larger than the one of most in its place, which is below 128.
 constexpr bool HasByteAbove(uint64_t word, uint64_t most)
 {

@@ -83,7 +83,7 @@ inline PostScriptObject *AllocatePostScriptObject(PostScriptObjectBuffer *pool)
 }
 inline int32_t ObjectsLeft(const PostScriptObjectBuffer *pool)
 {
-    return pool->limit / static_cast<int32_t>(sizeof(PostScriptObject)) -
+    return static_cast<int32_t>(static_cast<uint32_t>(pool->limit) / sizeof(PostScriptObject)) -
            static_cast<int32_t>(pool->next - pool->base);
 }
 // A place to reset the pool to. Nothing but a full reset is called for.
