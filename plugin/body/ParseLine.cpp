@@ -168,11 +168,11 @@ void TakeShortNumbers(BigString *line, ParseContext *context)
         if (spaces == 0)
             spaces = MarksFrom(&stream->index.spaces, static_cast<int32_t>(text - stream->buffer));
         const int32_t length = std::countr_zero(spaces);
-        const bool negative = *text == '-';
-        const int32_t digits = length - negative;
+        const int32_t below = *text == '-';
+        const int32_t digits = length - below;
         if (static_cast<uint32_t>(digits - 1) >= kMostShortDigits)
             break;
-        const ShortNumber number = ReadShortNumber(text + negative, digits, negative);
+        const ShortNumber number = ReadShortNumber(text + below, digits, below);
         if (!number.valid)
             break;
         object->link = head;

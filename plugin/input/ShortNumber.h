@@ -15,10 +15,11 @@ namespace vx
 
 constexpr int32_t kMostShortDigits = 8;
 
+// Flags are numbers, 0 or 1: they are reckoned with.
 struct ShortNumber {
     int64_t value; // an integer or a Fixed
     bool valid;
-    bool point; // a Fixed
+    int32_t point; // it has one, and is a Fixed
 };
 
 // The eight digits of a word as a number, the first of them its lowest byte.
@@ -31,38 +32,39 @@ constexpr uint32_t JoinDigits(uint64_t digits)
     return static_cast<uint32_t>(joined >> 32);
 }
 
-// By the place of the point among the eight characters; the last row is for none.
+// A bit that a point has and no digit has, both less '0'.
+constexpr int32_t kPointBit = 4;
+
+// By the bit that tells where the point is; by the last bit where there is none.
 constexpr auto kShortScales = [] {
-    std::array<double, kMostShortDigits + 1> scales = {};
+    std::array<double, 64> scales = {};
     for (int32_t place = 0; place < kMostShortDigits; ++place)
-        scales[static_cast<size_t>(place)] = ScaleOfDecimals(kMostShortDigits - 1 - place);
-    scales[kMostShortDigits] = 1;
+        scales[static_cast<size_t>(8 * place + kPointBit)] = ScaleOfDecimals(kMostShortDigits - 1 - place);
+    scales[63] = 1;
     return scales;
 }();
 
-// Reads a number of so many characters after its sign, 1 to kMostShortDigits. Eight bytes of text can be read. A number
-// that does not fit its type is not valid either: it is rare enough for the plain way.
-inline ShortNumber ReadShortNumber(const uint8_t *text, int32_t length, bool negative)
+// Reads a number of so many characters after its sign, 1 to kMostShortDigits; below is 1 for one below 0. Eight bytes of
+// text can be read. A number that does not fit its type is not valid either: it is rare enough for the plain way.
+inline ShortNumber ReadShortNumber(const uint8_t *text, int32_t length, int32_t below)
 {
     // The last character comes to stand in the highest byte, and zeros before the first.
     const uint64_t word = (LoadBytes(text) ^ (kBytesOfOne * '0')) << (64 - 8 * length);
-    // No digit has this bit and the point has. The first byte that has it must be one.
-    constexpr uint64_t kPoint = '.' ^ '0', kBit = 0x10;
-    const uint64_t points = word & (kBytesOfOne * kBit);
-    const uint64_t isPoint = points != 0;
+    // The first byte that may be a point must be one; the others are digits.
+    const uint64_t points = word & (kBytesOfOne << kPointBit);
+    const int32_t isPoint = points != 0;
     const uint64_t first = points & (0 - points);
-    const uint64_t characters = word ^ (first / kBit * kPoint);
-    const uint64_t most = kBytesOfOne * 9 - first / kBit * 9;
+    const uint64_t characters = word ^ ((first >> kPointBit) * ('.' ^ '0'));
+    const uint64_t most = kBytesOfOne * 9 - (first >> kPointBit) * 9;
     // What stands before the point goes up by its byte, and takes its place. Without one everything stays.
-    const uint64_t moved = (first << 4) - isPoint;
+    const uint64_t moved = (first << (8 - kPointBit)) - static_cast<uint64_t>(isPoint);
     const uint64_t digits = characters ^ ((characters ^ characters << 8) & moved);
-    const auto place = static_cast<size_t>(std::countr_zero(points | uint64_t{1} << 63)) / 8 + 1 -
-                       static_cast<size_t>(isPoint);
+    const auto place = static_cast<size_t>(std::countr_zero(points | uint64_t{1} << 63));
     const int64_t magnitude = ScaleDecimal(static_cast<int32_t>(JoinDigits(digits)), kShortScales[place]);
-    const int64_t sign = -static_cast<int64_t>(negative);
-    const bool valid =
-        !HasByteAbove(characters, most) && length > static_cast<int32_t>(isPoint) && magnitude <= INT32_MAX;
-    return {(magnitude ^ sign) - sign, valid, isPoint != 0};
+    // All of this is cheaper than a branch that is wrong now and then.
+    const int64_t sign = -static_cast<int64_t>(below);
+    return {(magnitude ^ sign) - sign,
+            !HasByteAbove(characters, most) && length > isPoint && magnitude <= INT32_MAX, isPoint};
 }
 
 } // namespace vx
