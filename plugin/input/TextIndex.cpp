@@ -1,6 +1,7 @@
 #include "plugin/input/TextIndex.h"
 
 #include "plugin/input/BigStrs.h"
+#include "plugin/input/Bytes.h"
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -19,6 +20,19 @@ BlockMarks MarkBlockPlainly(const uint8_t *text)
     return marks;
 }
 
+BlockMarks MarkBlockByWords(const uint8_t *text)
+{
+    BlockMarks marks = {};
+    for (int32_t i = 0; i < kIndexBlock; i += 8) {
+        const uint64_t word = LoadBytes(text + i);
+        const uint64_t lineEnds = BytesBetween(word, '\n', '\n') | BytesBetween(word, '\r', '\r');
+        const uint64_t spaces = BytesBetween(word, '\t', '\r') | BytesBetween(word, ' ', ' ');
+        marks.lineEnds |= GatherHighBits(lineEnds) << i;
+        marks.spaces |= GatherHighBits(spaces) << i;
+    }
+    return marks;
+}
+
 #ifdef __SSE2__
 
 namespace
@@ -31,8 +45,8 @@ __m128i IsByte(__m128i bytes, char byte)
 
 __m128i IsWhiteSpaceOf(__m128i bytes)
 {
-    const __m128i control = _mm_sub_epi8(bytes, _mm_set1_epi8('\t'));
-    const __m128i isControl = _mm_cmpeq_epi8(_mm_min_epu8(control, _mm_set1_epi8('\r' - '\t')), control);
+    const __m128i isControl = _mm_and_si128(_mm_cmpgt_epi8(bytes, _mm_set1_epi8('\t' - 1)),
+                                            _mm_cmplt_epi8(bytes, _mm_set1_epi8('\r' + 1)));
     return _mm_or_si128(isControl, IsByte(bytes, ' '));
 }
 
@@ -55,7 +69,7 @@ BlockMarks MarkBlock(const uint8_t *text)
 
 BlockMarks MarkBlock(const uint8_t *text)
 {
-    return MarkBlockPlainly(text);
+    return MarkBlockByWords(text);
 }
 
 #endif

@@ -27,12 +27,14 @@ struct TextIndex {
 // Indexes the blocks of count bytes. All bytes of the last block are read, and marked too.
 void IndexText(const uint8_t *text, int32_t count, TextIndex *index);
 
-// The marks of one block of the text, and its plain twin.
+// The marks of one block of the text: by vectors, where there are any that every processor has, else by words; and the
+// plain twin of both.
 struct BlockMarks {
     uint64_t lineEnds;
     uint64_t spaces;
 };
 BlockMarks MarkBlock(const uint8_t *text);
+BlockMarks MarkBlockByWords(const uint8_t *text);
 BlockMarks MarkBlockPlainly(const uint8_t *text);
 
 inline void AddMark(TextMarks *marks, int32_t at)

@@ -15,10 +15,12 @@ using Block = std::array<uint8_t, kIndexBlock>;
 
 void ExpectTwins(const Block &text)
 {
-    const BlockMarks quick = MarkBlock(text.data());
     const BlockMarks plain = MarkBlockPlainly(text.data());
-    ASSERT_EQ(quick.lineEnds, plain.lineEnds);
-    ASSERT_EQ(quick.spaces, plain.spaces);
+    for (const auto mark : {MarkBlock, MarkBlockByWords}) {
+        const BlockMarks quick = mark(text.data());
+        ASSERT_EQ(quick.lineEnds, plain.lineEnds);
+        ASSERT_EQ(quick.spaces, plain.spaces);
+    }
 }
 
 TEST(MarkBlockTest, PlainMarksAreThoseOfLineEndsAndWhiteSpace)
