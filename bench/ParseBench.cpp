@@ -21,19 +21,18 @@ namespace
 
 constexpr int64_t kMegabyte = 1 << 20;
 
-void ParseWithIdleHost(benchmark::State &state)
+void ParseDocument(benchmark::State &state, const std::string &text, vxhost::FixedFontList fonts)
 {
     std::string error;
     const auto plugin = vxhost::Plugin::Load(VX_PLUGIN_FILE, &error);
-    const std::string text = vxbench::MakePathDocument(static_cast<size_t>(state.range(0)));
     const auto document = vxhost::Document::FromMemory(std::as_bytes(std::span(text)), &error);
     if (plugin == nullptr || document == nullptr) {
         state.SkipWithError(error.c_str());
         return;
     }
-    const vxhost::FixedFontList fonts({"Helvetica"});
     vxhost::ParseOptions options;
     options.fonts = &fonts;
+    options.widths = &fonts;
     int64_t peakHeap = 0;
     while (state.KeepRunning()) {
         ZRKProcs procs = vxbench::MakeIdleTable();
@@ -47,7 +46,21 @@ void ParseWithIdleHost(benchmark::State &state)
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
     state.counters["heap"] = static_cast<double>(peakHeap);
 }
-BENCHMARK(ParseWithIdleHost)->Arg(kMegabyte)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
+
+void ParsePaths(benchmark::State &state)
+{
+    ParseDocument(state, vxbench::MakePathDocument(static_cast<size_t>(state.range(0))),
+                  vxhost::FixedFontList({"Helvetica"}));
+}
+BENCHMARK(ParsePaths)->Arg(kMegabyte)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
+
+// The fonts have widths, so that each character moves the pen: a host without any has less to do.
+void ParseText(benchmark::State &state)
+{
+    ParseDocument(state, vxbench::MakeTextPage(static_cast<size_t>(state.range(0))),
+                  vxhost::FixedFontList({std::begin(vxbench::kPageFonts), std::end(vxbench::kPageFonts)}));
+}
+BENCHMARK(ParseText)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
 
 // A document in which so many lines of a hundred are operators that are read beside the plug-in: the cost of looking for
 // them, which is all that a document without any pays, and of following them.
@@ -88,50 +101,24 @@ BENCHMARK(ParseWithTheCompanion)
     ->ArgsProduct({{0, 10}, {0, 1}})
     ->Unit(benchmark::kMillisecond);
 
-// Text in fonts whose characters are half an em wide, so that they move the pen: a host without widths has less to do.
-void ParseText(benchmark::State &state)
+void TakeTokens(benchmark::State &state, const std::string &text)
 {
-    std::string error;
-    const auto plugin = vxhost::Plugin::Load(VX_PLUGIN_FILE, &error);
-    const std::string text = vxbench::MakeTextPage(static_cast<size_t>(state.range(0)));
-    const auto document = vxhost::Document::FromMemory(std::as_bytes(std::span(text)), &error);
-    if (plugin == nullptr || document == nullptr) {
-        state.SkipWithError(error.c_str());
-        return;
-    }
-    vxhost::FixedFontList fonts({std::begin(vxbench::kPageFonts), std::end(vxbench::kPageFonts)});
-    vxhost::ParseOptions options;
-    options.fonts = &fonts;
-    options.widths = &fonts;
     while (state.KeepRunning()) {
-        ZRKProcs procs = vxbench::MakeIdleTable();
-        int64_t calls = 0;
-        if (plugin->Parse(*document, options, &procs, &calls).result != kVXOk)
-            state.SkipWithError("the parse failed");
-        benchmark::DoNotOptimize(calls);
+        benchmark::DoNotOptimize(vxbench::SumOfTokens(text));
     }
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
 }
-BENCHMARK(ParseText)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
+
+void TokensOfPaths(benchmark::State &state)
+{
+    TakeTokens(state, vxbench::MakePathDocument(static_cast<size_t>(state.range(0))));
+}
+BENCHMARK(TokensOfPaths)->Arg(kMegabyte)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
 
 void TokensOfText(benchmark::State &state)
 {
-    const std::string text = vxbench::MakeTextPage(static_cast<size_t>(state.range(0)));
-    while (state.KeepRunning()) {
-        benchmark::DoNotOptimize(vxbench::SumOfTokens(text));
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
+    TakeTokens(state, vxbench::MakeTextPage(static_cast<size_t>(state.range(0))));
 }
 BENCHMARK(TokensOfText)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
-
-void TokensOnly(benchmark::State &state)
-{
-    const std::string text = vxbench::MakePathDocument(static_cast<size_t>(state.range(0)));
-    while (state.KeepRunning()) {
-        benchmark::DoNotOptimize(vxbench::SumOfTokens(text));
-    }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
-}
-BENCHMARK(TokensOnly)->Arg(kMegabyte)->Arg(16 * kMegabyte)->Unit(benchmark::kMillisecond);
 
 } // namespace

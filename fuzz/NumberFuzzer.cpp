@@ -2,9 +2,11 @@
 #include "fuzz/Require.h"
 #include "plugin/input/BigStrs.h"
 #include "plugin/input/Fixed.h"
+#include "plugin/input/ShortNumber.h"
 
 #include "host/drawing/FixedText.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -43,6 +45,23 @@ void CheckText(const std::string &text)
         Require(isInteger && integer == value, "an integer that is read as another");
 }
 
+// The quick way of reading a short number beside the plain one; what it leaves out is read plainly.
+void CheckShortNumber(const uint8_t *bytes, size_t size)
+{
+    const size_t length = std::min(size, size_t{vx::kMostShortDigits});
+    if (length == 0 || *bytes == '-' || *bytes == '+')
+        return;
+    uint8_t text[vx::kMostShortDigits] = {};
+    std::memcpy(text, bytes, length);
+    const vx::ShortNumber number = vx::ReadShortNumber(text, static_cast<int32_t>(length), 0);
+    const vx::NumberScan scan = vx::ScanNumber(text, text + length);
+    const int32_t value = scan.point ? vx::ScannedFixed(scan) : vx::ScannedInteger(scan);
+    const bool isRead = scan.digits && scan.stop == text + length && value != INT32_MAX;
+    Require(number.valid == isRead, "a short number that is none, or none that is one");
+    Require(!isRead || (number.value == value && (number.point != 0) == scan.point),
+            "a short number that is read as another");
+}
+
 void CheckArithmetic(Fixed a, Fixed b)
 {
     const double product = a / 65536.0 * (b / 65536.0);
@@ -70,6 +89,8 @@ void CheckArithmetic(Fixed a, Fixed b)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     CheckText(std::string(reinterpret_cast<const char *>(data), size));
+    for (size_t at = 0; at < size; ++at)
+        CheckShortNumber(data + at, size - at);
     Fixed pair[2];
     for (size_t at = 0; at + sizeof pair <= size; at += sizeof pair) {
         std::memcpy(pair, data + at, sizeof pair);

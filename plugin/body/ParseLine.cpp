@@ -1,6 +1,7 @@
 #include "plugin/body/ParseLine.h"
 
 #include "plugin/body/Operators.h"
+#include "plugin/input/ShortNumber.h"
 
 namespace vx
 {
@@ -113,6 +114,8 @@ Result ExecuteName(ParseContext *context, const TokenValue *name)
 
 Result ActOnToken(ParseContext *context, TokenKind kind, const TokenValue *value)
 {
+    if (kind == kTokenExecutableName) // most tokens that come here
+        return ExecuteName(context, value);
     switch (kind) {
     case kTokenInteger:
     case kTokenFixed:
@@ -122,8 +125,6 @@ Result ActOnToken(ParseContext *context, TokenKind kind, const TokenValue *value
     case kTokenHexStart:
     case kTokenHexData:
         return PushOperand(context, kind, value);
-    case kTokenExecutableName:
-        return ExecuteName(context, value);
     case kTokenArrayStart:
         return BeginArray(context);
     case kTokenArrayEnd:
@@ -140,22 +141,87 @@ Result ActOnToken(ParseContext *context, TokenKind kind, const TokenValue *value
     }
 }
 
+bool IsInBuffer(const LineStream *stream, const uint8_t *text)
+{
+    return reinterpret_cast<uintptr_t>(text) - reinterpret_cast<uintptr_t>(stream->buffer) <
+           sizeof stream->buffer;
+}
+
+// Pushes the short numbers that stand next on the line, each before white space, as the tokenizer would have them pushed.
+// Everything else is left to it, and so are lines that no stream has indexed.
+void TakeShortNumbers(BigString *line, ParseContext *context)
+{
+    constexpr int32_t kMostOnLine = kLineBufferSize / 2; // a digit and white space each
+    const LineStream *stream = context->lineStream;
+    PostScriptObjectBuffer *pool = context->objectBuffer;
+    if (!MayBeginNumber(*line->text) || stream == nullptr || !IsInBuffer(stream, line->text) ||
+        context->inHexString != kOutsideHexString || OverflowedStringBuffer(context->stringBuffer) ||
+        ObjectsLeft(pool) < kMostOnLine)
+        return;
+    PostScriptObjectList *stack = context->operandStack;
+    PostScriptObject *object = pool->next;
+    PostScriptObject *head = stack->head;
+    const uint8_t *text = line->text;
+    const uint8_t *const end = text + line->length;
+    uint64_t spaces = 0;
+    while (text < end && MayBeginNumber(*text)) {
+        if (spaces == 0)
+            spaces = MarksFrom(&stream->index.spaces, static_cast<int32_t>(text - stream->buffer));
+        const int32_t length = std::countr_zero(spaces);
+        const int32_t below = *text == '-';
+        const int32_t digits = length - below;
+        if (static_cast<uint32_t>(digits - 1) >= kMostShortDigits)
+            break;
+        const ShortNumber number = ReadShortNumber(text + below, digits, below);
+        if (!number.valid)
+            break;
+        object->link = head;
+        object->type = kTokenInteger + number.point;
+        object->value.number = static_cast<int32_t>(number.value);
+        object->value.length = length;
+        head = object++;
+        text += length + 1;
+        spaces >>= length + 1;
+    }
+    stack->count += static_cast<int32_t>(object - pool->next);
+    stack->head = head;
+    pool->next = object;
+    *line = {text, static_cast<int32_t>(end - text)};
+}
+
+// Takes a name of one character that stands next on the line before white space, as most operators do.
+bool TakeShortName(BigString *line, const ParseContext *context, TokenValue *name)
+{
+    const uint8_t *text = line->text;
+    if (line->length < 2 || IsDelimiter(text[0]) || MayBeginNumber(text[0]) || !IsWhiteSpace(text[1]) ||
+        context->inHexString != kOutsideHexString)
+        return false;
+    name->text = text;
+    name->length = 1;
+    *line = {text + 2, line->length - 2};
+    return true;
+}
+
 } // namespace
 
 Result ParseLine(BigString *line, ParseContext *context)
 {
     if (context->aborted != 0)
         return kStoppedByUser;
-    for (;;) {
+    while (!IsStringEmpty(line)) {
         TokenValue value;
+        TakeShortNumbers(line, context);
         const TokenKind kind =
-            LexOneToken(line, &context->inHexString, &value, context->stringBuffer, context);
+            TakeShortName(line, context, &value)
+                ? kTokenExecutableName
+                : LexOneToken(line, &context->inHexString, &value, context->stringBuffer, context);
         if (kind == kTokenEndOfLine)
-            return context->aborted != 0 ? kStoppedByUser : kOk;
+            break;
         const Result result = ActOnToken(context, kind, &value);
         if (result != kOk)
             return result;
     }
+    return context->aborted != 0 ? kStoppedByUser : kOk;
 }
 
 } // namespace vx

@@ -2,6 +2,9 @@
 
 #include "plugin/input/Fixed.h"
 
+#include <algorithm>
+#include <array>
+
 namespace vx
 {
 
@@ -11,6 +14,25 @@ namespace
 constexpr int32_t Saturated(bool negative)
 {
     return negative ? INT32_MIN : INT32_MAX;
+}
+
+// By the number of fraction digits, as long as the divisor does not wrap.
+constexpr auto kDecimalScales = [] {
+    std::array<double, 10> scales = {};
+    int32_t digits = 0;
+    for (double &scale : scales)
+        scale = ScaleOfDecimals(digits++);
+    return scales;
+}();
+
+Fixed DivideDecimal(const NumberScan &scan)
+{
+    const auto value = static_cast<int32_t>(scan.value);
+    const auto decimals = static_cast<size_t>(scan.decimals);
+    // A divisor that wrapped is handed on as it is: the host's division decides what becomes of it.
+    if (decimals >= kDecimalScales.size())
+        return FixedDiv(value, static_cast<int32_t>(scan.divisor));
+    return static_cast<Fixed>(std::min<int64_t>(ScaleDecimal(value, kDecimalScales[decimals]), INT32_MAX));
 }
 
 constexpr bool IsBlank(uint8_t byte)
@@ -86,10 +108,7 @@ Fixed ScannedFixed(const NumberScan &scan)
 {
     if (scan.integer > kFixedIntegerLimit)
         return Saturated(scan.negative);
-    const auto value = static_cast<int32_t>(scan.value);
-    // A divisor that wrapped is handed on as it is: the host's division decides what becomes of it.
-    const Fixed result = scan.divisor == 1 ? static_cast<Fixed>(scan.value << 16)
-                                           : FixedDiv(value, static_cast<int32_t>(scan.divisor));
+    const Fixed result = DivideDecimal(scan);
     return scan.negative ? NegateFixed(result) : result;
 }
 

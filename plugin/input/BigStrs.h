@@ -25,6 +25,11 @@ constexpr bool IsLineEnd(uint8_t byte)
 {
     return byte == '\r' || byte == '\n';
 }
+// True for each byte that a number begins with, and few others.
+constexpr bool MayBeginNumber(uint8_t byte)
+{
+    return byte >= '+' && byte <= '9';
+}
 constexpr bool IsDigit(uint8_t byte)
 {
     return byte >= '0' && byte <= '9';
@@ -91,6 +96,7 @@ struct NumberScan {
     uint32_t integer;    // the digits before the point, saturated at kIntegerOverflow
     uint32_t value;      // all digits taken, as one integer
     uint32_t divisor;    // 10 for each fraction digit taken; wraps
+    int32_t decimals;    // the fraction digits taken
     bool negative, point, digits;
 };
 
@@ -101,7 +107,7 @@ constexpr uint32_t kFixedIntegerLimit = 32767;
 
 inline NumberScan ScanNumber(const uint8_t *text, const uint8_t *end)
 {
-    NumberScan scan = {text, 0, 0, 1, false, false, false};
+    NumberScan scan = {text, 0, 0, 1, 0, false, false, false};
     if (text < end && (*text == '-' || *text == '+'))
         scan.negative = *text++ == '-';
     uint64_t integer = 0;
@@ -123,6 +129,7 @@ inline NumberScan ScanNumber(const uint8_t *text, const uint8_t *end)
             if (value <= kFractionLimit) {
                 value = value * 10 + (*text - uint32_t{'0'});
                 divisor *= 10;
+                ++scan.decimals;
             }
         }
         scan.value = value;
@@ -132,6 +139,24 @@ inline NumberScan ScanNumber(const uint8_t *text, const uint8_t *end)
     }
     scan.stop = text;
     return scan;
+}
+
+// Takes a number of so many fraction digits, written without its point, to 16.16.
+constexpr double ScaleOfDecimals(int32_t digits)
+{
+    double divisor = 1;
+    for (; digits > 0; --digits)
+        divisor *= 10;
+    return 65536 / divisor;
+}
+
+// number * scale to the nearest whole. With at most nine fraction digits the exact product never lies half way between two:
+// it is 1 / (2 * 5^digits) away at least, and a double is wrong by less. So this is the host's FixDiv, up to where that
+// saturates, without the call and without a division.
+inline int64_t ScaleDecimal(int32_t number, double scale)
+{
+    // It is right for these products. NOLINTNEXTLINE(bugprone-incorrect-roundings)
+    return static_cast<int64_t>(number * scale + 0.5);
 }
 
 // The scanned number as an integer (saturated at the 32-bit range) or as a Fixed (saturated at ±32767).

@@ -1,8 +1,10 @@
 #include "plugin/input/Lex.h"
 
 #include "plugin/body/ParseContext.h"
+#include "plugin/input/Bytes.h"
 
 #include <array>
+#include <bit>
 
 namespace vx
 {
@@ -134,6 +136,10 @@ TokenKind LexName(BigString *text, TokenValue *result)
 
 TokenKind LexWord(BigString *text, TokenValue *result)
 {
+    if (!MayBeginNumber(*text->text)) {
+        TakeRun(text, result);
+        return kTokenExecutableName;
+    }
     // Most words are numbers: one pass reads the number, and only a word that goes on after it is walked again.
     const uint8_t *end = text->text + text->length;
     const NumberScan scan = ScanNumber(text->text, end);
@@ -146,6 +152,21 @@ TokenKind LexWord(BigString *text, TokenValue *result)
     text->text = scan.stop;
     text->length -= result->length;
     return scan.point ? kTokenFixed : kTokenInteger;
+}
+
+// Counts bytes before the first parenthesis or backslash, eight at a time: the last few may be left out.
+int32_t CountPlainBytes(const uint8_t *text, int32_t length)
+{
+    int32_t count = 0;
+    for (; length - count >= 8; count += 8) {
+        const uint64_t word = LoadBytes(text + count);
+        const uint64_t marks =
+            ZeroBytes((word | kBytesOfOne) ^ (kBytesOfOne * ')')) | // and the one before it
+            ZeroBytes(word ^ (kBytesOfOne * '\\'));
+        if (marks != 0)
+            return count + std::countr_zero(marks) / 8;
+    }
+    return count;
 }
 
 } // namespace
@@ -175,6 +196,12 @@ void LexPartialString(BigString *text, int32_t *depth, BigString *piece)
     int32_t count = 0; // and those of them that belong to the piece
     int32_t open = *depth;
     while (open > 0 && taken < text->length && start[taken] != '\\') {
+        const int32_t plain = CountPlainBytes(start + taken, text->length - taken);
+        if (plain > 0) {
+            taken += plain;
+            count += plain;
+            continue;
+        }
         const uint8_t byte = start[taken++];
         open += (byte == '(') - (byte == ')');
         count += open > 0;

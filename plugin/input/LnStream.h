@@ -6,6 +6,7 @@
 #pragma once
 
 #include "plugin/input/BigStrs.h"
+#include "plugin/input/TextIndex.h"
 
 #include <vx/HostCall.h>
 
@@ -29,8 +30,11 @@ struct LineStream {
     const uint8_t *lineStart;
     LineStreamFlushProc flushProc; // or null: called before buffered bytes are moved or overwritten
     void *flushRefcon;
-    uint8_t buffer[kLineBufferSize];
+    TextIndex index;               // of the buffer's valid bytes and of a line end that the stream adds
+    uint8_t buffer[kIndexedBytes]; // kLineBufferSize and what rounds it up to whole blocks
 };
+// Eight bytes can be read from any byte of a line on, and from the one behind it.
+static_assert(kLineBufferSize + 1 + 8 <= kIndexedBytes);
 
 // Reads nothing yet: the first refill does.
 void InitializeLineStream(LineStream *stream, StreamReader *reader, int32_t total, ProgressProc progress);
@@ -38,11 +42,38 @@ void InitializeLineStream(LineStream *stream, StreamReader *reader, int32_t tota
 // For a client that keeps pointers into the buffer beyond the current line: it copies what it needs when called.
 void SetLineStreamFlushingProc(LineStream *stream, LineStreamFlushProc proc, void *refcon);
 
+// These are parts of the next call.
+inline void StartLine(LineStream *stream, const uint8_t *text)
+{
+    stream->lineStart = text;
+    stream->text.text = text;
+}
+
+// Goes to the next line if it ends among the buffered bytes from that place on.
+inline bool TakeBufferedLine(LineStream *stream, int32_t from)
+{
+    StartLine(stream, stream->buffer + stream->next);
+    const int32_t end = FindMark(&stream->index.lineEnds, from, stream->fill);
+    if (end >= stream->fill)
+        return false;
+    stream->text.length = end + 1 - stream->next;
+    stream->next = end + 1;
+    return true;
+}
+
+// Goes to one that no buffered byte ends.
+bool ReadLine(LineStream *stream);
+
 // Goes to the next line, dropping what is left of the current one. False only when the reader claims more bytes
 // than it was asked for. A read that stops within a line breaks that line.
-bool RefillLineStreamText(LineStream *stream);
+inline bool RefillLineStreamText(LineStream *stream)
+{
+    if (stream->progress != nullptr)
+        stream->progress(stream->bytesRead, stream->total);
+    return TakeBufferedLine(stream, stream->next) || ReadLine(stream);
+}
 
-// The first line end among count bytes, or null.
+// The first line end among count bytes, or null. Nothing calls it: lines are found by the index.
 const uint8_t *ScanForLineEnd(const uint8_t *text, int32_t count);
 
 // Passes over white space, refilling as needed, until there is text. False when a refill fails.

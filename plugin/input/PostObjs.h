@@ -81,6 +81,11 @@ inline PostScriptObject *AllocatePostScriptObject(PostScriptObjectBuffer *pool)
         static_cast<int32_t>(pool->next - pool->base) * static_cast<int32_t>(sizeof(PostScriptObject));
     return used < pool->limit ? pool->next++ : nullptr;
 }
+inline int32_t ObjectsLeft(const PostScriptObjectBuffer *pool)
+{
+    return static_cast<int32_t>(static_cast<uint32_t>(pool->limit) / sizeof(PostScriptObject)) -
+           static_cast<int32_t>(pool->next - pool->base);
+}
 // A place to reset the pool to. Nothing but a full reset is called for.
 inline PostScriptObject *MarkPostScriptObjectBuffer(const PostScriptObjectBuffer *pool)
 {

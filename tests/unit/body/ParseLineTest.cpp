@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -306,6 +308,111 @@ TEST_F(InterpretationTest, AnOverflowIsFoundAtAnOperatorToo)
 {
     stringBuffer.overflowed = true;
     EXPECT_EQ(Interpret("E"), kParserBadFormat);
+}
+
+// A parse of lines as they come out of a stream. Where it is hidden from the interpreter, each word goes through the
+// tokenizer.
+class StreamedParse final : public ParsingContext
+{
+  public:
+    // All that can be seen after each line.
+    std::vector<std::string> Trace(const std::string &text, int32_t mostAtOnce, bool isStreamSeen)
+    {
+        TextStream stream(text);
+        stream.reader.mostAtOnce = mostAtOnce;
+        StackAndBuffer record = {&stack, &stringBuffer};
+        SetLineStreamFlushingProc(&stream.lines, FlushStackStringsToBuffer, &record);
+        context.lineStream = isStreamSeen ? &stream.lines : nullptr;
+        std::vector<std::string> trace;
+        while (RefillLineStreamText(&stream.lines) && Text(stream.lines.text) != "%%EOF\n") {
+            const Result result = ParseLine(&stream.lines.text, &context);
+            trace.push_back(std::to_string(result) + " " + Describe(&stack) + " of " +
+                            std::to_string(stack.count) + ", " + std::to_string(pool.next - pool.base) +
+                            " taken, hex " + std::to_string(context.inHexString) + ": " + host.Joined());
+            host.lines.clear();
+        }
+        context.lineStream = nullptr;
+        return trace;
+    }
+
+  private:
+    void TestBody() override {}
+};
+
+void ExpectTwins(const std::string &text, int32_t mostAtOnce)
+{
+    const std::vector<std::string> plain = StreamedParse().Trace(text, mostAtOnce, false);
+    const std::vector<std::string> quick = StreamedParse().Trace(text, mostAtOnce, true);
+    ASSERT_EQ(quick.size(), plain.size());
+    for (size_t i = 0; i < plain.size(); ++i)
+        ASSERT_EQ(quick[i], plain[i]) << "line " << i + 1 << " of " << text;
+}
+
+constexpr const char *kWords[] = {
+    "0",        "1",     "-1",      "+1",       "12.5",     "-.5",        "5.",         ".",
+    "-",        "+",     "-.",      "1.2.3",    "1e3",      "12345678",   "123456789",  "1234567.8",
+    "32767.99", "32768", "32768.5", "-32768.5", "-99999.9", "2147483648", "0.00000001", "0.0000000001",
+    "1,5",      "1/2",   "3(a)4",   "5<41>6",   "7%8",      "9[1]2",      "{1}",        "(a (b) \\) c)",
+    "<4 1",     "4>",    "[",       "]",        "/n",       "//n",        "m",          "l",
+    "c",        "w",     "k",       "h",        "n",        "f",          "W",          "ab",
+    "abc",      "1a",    "\x80",    "1\x01",    "1\xA0"};
+
+TEST(StreamedParseTest, ReadsNumbersAsTheTokenizerDoes)
+{
+    std::mt19937 random(8);
+    for (int document = 0; document < 300; ++document) {
+        std::string text;
+        const bool isTame = document % 3 == 0; // nothing but numbers and operators
+        while (text.size() < 3000) {
+            switch (random() % 3) {
+            case 0:
+                text += kWords[random() % (isTame ? 6 : std::size(kWords))];
+                break;
+            case 1:
+                text += std::to_string(random() % 2000) + "." + std::to_string(random() % 100);
+                break;
+            default:
+                text += std::to_string(static_cast<int>(random() % 2000) - 1000);
+                break;
+            }
+            const auto space = random() % 24;
+            text += space == 0   ? "\n"
+                    : space == 1 ? " m\r\n"
+                    : space == 2 ? "  "
+                    : space == 3 ? "\t"
+                    : space == 4 ? " c\r"
+                                 : " ";
+        }
+        ASSERT_NO_FATAL_FAILURE(ExpectTwins(text, document % 5 == 0 ? 1 + document : INT32_MAX));
+    }
+}
+
+// A line that the stream breaks at every place of a number, and a pool that runs out within it.
+TEST(StreamedParseTest, BreaksNumbersAsTheTokenizerDoes)
+{
+    for (size_t blanks = 0; blanks < 40; ++blanks)
+        for (const char *word : kWords) {
+            std::string text(470 + blanks, ' ');
+            text += std::string("1 2.25 -3.125 ") + word + " 17.0625 " + word + " m\n1 2 m\n";
+            ASSERT_NO_FATAL_FAILURE(ExpectTwins(text, INT32_MAX));
+        }
+    std::string text;
+    while (text.size() < 2500)
+        text += text.size() % 3 == 0 ? "1\n" : "2 ";
+    ASSERT_NO_FATAL_FAILURE(ExpectTwins(text, INT32_MAX));
+}
+
+TEST(StreamedParseTest, ReadsAnyBytesAsTheTokenizerDoes)
+{
+    std::mt19937 random(9);
+    for (int document = 0; document < 300; ++document) {
+        constexpr std::string_view kBytes = "0123456789.-+ \n\rmc(";
+        std::string text;
+        for (int i = 0; i < 1500; ++i)
+            text += random() % 16 == 0 ? static_cast<char>(random())
+                                       : kBytes[random() % (kBytes.size() - document % 2)];
+        ASSERT_NO_FATAL_FAILURE(ExpectTwins(text, INT32_MAX));
+    }
 }
 
 } // namespace

@@ -489,65 +489,59 @@ TEST(MacFontPostScriptFontNameTest, TheLongestNameHasNoRoomForATerminator)
     EXPECT_EQ(name[255], 'n');
 }
 
+// A context with fonts whose widths tell the font and the code, and how often one was asked for.
+struct FontsWithWidths {
+    explicit FontsWithWidths(const Strings &names) : list(names)
+    {
+        list.widthOf = [this](int16_t number, int16_t character) {
+            ++asked;
+            return number * 1000 + character;
+        };
+        fonts.host.fonts = &list;
+        fonts.host.widths = &list;
+        EXPECT_TRUE(fonts.Initialize());
+        context->text.fonts = fonts.table;
+    }
+
+    FixedFontList list;
+    FontTables fonts{{}};
+    int asked = 0;
+    std::unique_ptr<ParseContext> context = std::make_unique<ParseContext>();
+    Fixed widths[kCharacterCodes] = {};
+};
+
 TEST(GetCharacterWidthTableTest, AsksTheHostForEveryCode)
 {
-    const std::unique_ptr<ParseContext> context = std::make_unique<ParseContext>();
-    FixedFontList list({"Helvetica", "Courier-V"});
-    list.widthOf = [](int16_t number, int16_t character) { return number * 1000 + character; };
-    FontTables fonts({});
-    fonts.host.fonts = &list;
-    fonts.host.widths = &list;
-    ASSERT_TRUE(fonts.Initialize());
-    context->text.fonts = fonts.table;
-    Fixed widths[kCharacterCodes] = {};
-    EXPECT_TRUE(GetCharacterWidthTable("Courier", widths, context.get()));
+    FontsWithWidths fonts({"Helvetica", "Courier-V"});
+    EXPECT_TRUE(GetCharacterWidthTable("Courier", fonts.widths, fonts.context.get()));
     for (int code = 0; code < kCharacterCodes; ++code)
-        EXPECT_EQ(widths[code], 1000 + code);
+        EXPECT_EQ(fonts.widths[code], 1000 + code);
 }
 
 TEST(GetCharacterWidthTableTest, AsksOnceForEachFont)
 {
-    const std::unique_ptr<ParseContext> context = std::make_unique<ParseContext>();
-    FixedFontList list({"Helvetica", "Courier"});
-    int asked = 0;
-    list.widthOf = [&asked](int16_t number, int16_t character) {
-        ++asked;
-        return number * 1000 + character;
-    };
-    FontTables fonts({});
-    fonts.host.fonts = &list;
-    fonts.host.widths = &list;
-    ASSERT_TRUE(fonts.Initialize());
-    context->text.fonts = fonts.table;
-    Fixed widths[kCharacterCodes] = {};
+    FontsWithWidths fonts({"Helvetica", "Courier"});
     for (const char *name : {"Courier", "Helvetica", "Courier", "Helvetica"})
-        EXPECT_TRUE(GetCharacterWidthTable(name, widths, context.get()));
-    EXPECT_EQ(asked, 2 * kCharacterCodes);
-    EXPECT_EQ(widths['a'], 'a');
+        EXPECT_TRUE(GetCharacterWidthTable(name, fonts.widths, fonts.context.get()));
+    EXPECT_EQ(fonts.asked, 2 * kCharacterCodes);
+    EXPECT_EQ(fonts.widths['a'], 'a');
 }
 
 // More fonts than there are places for their widths, so that some have to leave and come back.
 TEST(GetCharacterWidthTableTest, NeverGivesOneFontTheWidthsOfAnother)
 {
-    constexpr int16_t kFonts = 3 * kKnownFontCount;
-    const std::unique_ptr<ParseContext> context = std::make_unique<ParseContext>();
+    constexpr int kFonts = 3 * kKnownFontCount;
     Strings names;
-    for (int16_t i = 0; i < kFonts; ++i)
+    for (int i = 0; i < kFonts; ++i)
         names.push_back("Font" + std::to_string(i));
-    FixedFontList list(names);
-    list.widthOf = [](int16_t number, int16_t character) { return number * 1000 + character; };
-    FontTables fonts({});
-    fonts.host.fonts = &list;
-    fonts.host.widths = &list;
-    ASSERT_TRUE(fonts.Initialize());
-    context->text.fonts = fonts.table;
+    FontsWithWidths fonts(names);
     for (int i = 0; i < 5 * kFonts; ++i) {
         const int font = i * 7 % kFonts;
-        Fixed widths[kCharacterCodes] = {};
-        EXPECT_TRUE(GetCharacterWidthTable(names[static_cast<size_t>(font)].c_str(), widths, context.get()));
-        EXPECT_EQ(widths[0], font * 1000);
-        EXPECT_EQ(widths[255], font * 1000 + 255);
-        EXPECT_EQ(context->text.doubleByteWidth, font * 1000 + 0x81);
+        const std::string &name = names[static_cast<size_t>(font)];
+        EXPECT_TRUE(GetCharacterWidthTable(name.c_str(), fonts.widths, fonts.context.get()));
+        EXPECT_EQ(fonts.widths[0], font * 1000);
+        EXPECT_EQ(fonts.widths[255], font * 1000 + 255);
+        EXPECT_EQ(fonts.context->text.doubleByteWidth, font * 1000 + 0x81);
     }
 }
 

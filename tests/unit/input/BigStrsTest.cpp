@@ -1,12 +1,16 @@
 // Views of text: classes, words, prefixes and the two number conversions.
 #include "plugin/input/BigStrs.h"
 
+#include "plugin/input/Fixed.h"
 #include "tests/support/CaseName.h"
 #include "tests/unit/input/Views.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <random>
+#include <string>
 
 namespace
 {
@@ -321,5 +325,52 @@ const NumberCase kFixeds[] = {
     {"TrailingTextAfterANegativeOverflowFailsButStores", "-40000.5x", false, INT32_MIN},
 };
 INSTANTIATE_TEST_SUITE_P(BigStrs, Fixeds, testing::ValuesIn(kFixeds), CaseName());
+
+// A number of up to that many digits before and behind its point, as its digits and its divisor, and what the host's
+// division makes of them.
+TEST(BigStringAsFixedTest, DividesAsTheHostDoes)
+{
+    std::mt19937 random(6);
+    for (int i = 0; i < 1000000; ++i) {
+        const auto integer = static_cast<int32_t>(random() % 32768) >> random() % 16;
+        std::string text = std::to_string(integer) + '.';
+        int64_t value = integer;
+        int64_t divisor = 1;
+        for (auto decimals = random() % 10; decimals > 0; --decimals) {
+            const auto digit = random() % 3 == 0 ? 9 * (random() % 2) : random() % 10;
+            text += static_cast<char>('0' + digit);
+            if (value <= kFractionLimit) {
+                value = value * 10 + static_cast<int64_t>(digit);
+                divisor *= 10;
+            }
+        }
+        const BigString view = View(text);
+        Fixed fixed = 0;
+        ASSERT_TRUE(BigStringAsFixed(&view, &fixed)) << text;
+        ASSERT_EQ(fixed, FixDiv(static_cast<int32_t>(value), static_cast<int32_t>(divisor))) << text;
+    }
+}
+
+// The largest and the smallest digits that a number may have with each divisor, where a wrong rounding would show first.
+TEST(BigStringAsFixedTest, DividesTheLargestDigitsAsTheHostDoes)
+{
+    int32_t divisor = 1;
+    for (size_t decimals = 0; decimals <= 9; ++decimals, divisor *= decimals <= 9 ? 10 : 1)
+        for (int64_t i = -40000; i < 40000; ++i) {
+            const int64_t most =
+                std::min<int64_t>(kFractionLimit * int64_t{10} + 9, int64_t{32768} * divisor - 1);
+            const int64_t value = i < 0 ? most + 1 + i : i;
+            if (value < 0 || value > most)
+                continue;
+            std::string text = std::to_string(value);
+            if (text.size() <= decimals)
+                text.insert(0, decimals + 1 - text.size(), '0');
+            text.insert(text.size() - decimals, ".");
+            const BigString view = View(text);
+            Fixed fixed = 0;
+            ASSERT_TRUE(BigStringAsFixed(&view, &fixed)) << text;
+            ASSERT_EQ(fixed, FixDiv(static_cast<int32_t>(value), divisor)) << text;
+        }
+}
 
 } // namespace

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 #include <vector>
 
@@ -396,5 +397,38 @@ const PieceCase kPieces[] = {
     {"DepthZeroTakesNothing", "ab", 0, "", 0, "ab"},
 };
 INSTANTIATE_TEST_SUITE_P(Lex, Pieces, testing::ValuesIn(kPieces), CaseName());
+
+// LexPartialString, byte by byte.
+void LexPartialStringPlainly(BigString *text, int32_t *depth, BigString *piece)
+{
+    *piece = {text->text, 0};
+    while (*depth > 0 && text->length > 0 && *text->text != '\\') {
+        *depth += *text->text == '(' ? 1 : *text->text == ')' ? -1 : 0;
+        piece->length += *depth > 0 ? 1 : 0;
+        TrimFirstCharacter(text);
+    }
+}
+
+TEST(LexPartialStringTest, TakesWhatAWalkByBytesTakes)
+{
+    std::mt19937 random(12);
+    for (int i = 0; i < 200000; ++i) {
+        std::string bytes;
+        for (size_t length = random() % 60, plain = random() % 12; bytes.size() < length;)
+            bytes += random() % 12 < plain ? static_cast<char>('a' + random() % 26)
+                     : random() % 4 == 0   ? static_cast<char>(random())
+                                           : "()\\'*]\xA8\xA9\xDC"[random() % 9];
+        const BigString whole = View(bytes);
+        BigString quickText = whole, plainText = whole, quickPiece, plainPiece;
+        int32_t quickDepth = static_cast<int32_t>(random() % 4), plainDepth = quickDepth;
+        LexPartialString(&quickText, &quickDepth, &quickPiece);
+        LexPartialStringPlainly(&plainText, &plainDepth, &plainPiece);
+        ASSERT_EQ(quickDepth, plainDepth) << bytes;
+        ASSERT_EQ(Text(quickPiece), Text(plainPiece)) << bytes;
+        ASSERT_EQ(quickPiece.text, plainPiece.text) << bytes;
+        ASSERT_EQ(quickText.text, plainText.text) << bytes;
+        ASSERT_EQ(quickText.length, plainText.length) << bytes;
+    }
+}
 
 } // namespace
