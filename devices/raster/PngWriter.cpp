@@ -26,6 +26,7 @@ namespace
 // Drawings are flat, and rows repeat, so that a quick search finds most.
 constexpr int kStreamLevel = 4;
 constexpr int kPieceLevel = 5;
+constexpr size_t kMostInOnePiece = size_t{8} << 20; // bytes of rows: the file is the same whatever memory there is
 
 constexpr size_t kMaxTitle = 1000; // bytes
 
@@ -210,7 +211,7 @@ PngWriter::PngWriter(const PngHeader &header, ByteSink sink) : state_(std::make_
         throw std::bad_alloc();
     state_->rowBytes = static_cast<size_t>(header.width) * (header.alpha ? 4 : 3);
     const size_t bytes = (state_->rowBytes + 1) * static_cast<size_t>(header.height);
-    if (bytes <= header.mostInOnePiece)
+    if (bytes <= kMostInOnePiece)
         state_->rows.emplace(bytes);
     state_->Take("the PNG file cannot be begun", [this] { return state_->Start(); });
 }

@@ -15,8 +15,6 @@ struct PngHeader {
     double pixelsPerInchX = 72, pixelsPerInchY = 72;
     std::string title;   // UTF-8, may be empty
     std::string profile; // what the colours were made with
-    uint64_t mostInOnePiece =
-        0; // bytes of rows that may be kept until the end, which makes the file in less time
 };
 
 // Rows come from the top, then End. After a failure the rest is ignored; End says what failed. But lack of memory is

@@ -29,9 +29,6 @@ namespace
 // Of the memory that a picture may hold, the part that the edges of one shape may take.
 constexpr uint64_t kEdgeShare = 4;
 
-// The part that the rows of a PNG file may take before they are compressed.
-constexpr uint64_t kRowsShare = 128;
-
 // A stroke is painted in parts of about this many edges: its parts may overlap, since they have one ink.
 constexpr size_t kStrokeEdges = 1u << 16;
 
@@ -347,7 +344,6 @@ class PngDevice final : public RasterDevice
         header.pixelsPerInchY = size_.height / page_.box.Height() * 72;
         header.title = page_.title;
         header.profile = colours_->Describe();
-        header.mostInOnePiece = options_.memoryLimit / kRowsShare;
         PngWriter writer(header, sink_);
         RowMixer mixer(colours_.get(), options_.background, options_.samples);
         std::vector<uint8_t> row(static_cast<size_t>(size_.width) *

@@ -271,25 +271,48 @@ void Drawing::SetMiterLimit(double limit)
 
 void Drawing::SetGray(double level)
 {
-    state_.paint.colour = {ColourSpace::Gray, {Amount(level), 0, 0, 0}};
+    state_.space = ColourSpace::Gray;
+    state_.ink = {Amount(level)};
 }
 
 void Drawing::SetCMYKColor(double cyan, double magenta, double yellow, double black)
 {
-    state_.paint.colour = {ColourSpace::Cmyk, {Amount(cyan), Amount(magenta), Amount(yellow), Amount(black)}};
+    state_.space = ColourSpace::Cmyk;
+    state_.ink = {Amount(cyan), Amount(magenta), Amount(yellow), Amount(black)};
 }
 
 void Drawing::SetOverprint(bool on)
 {
-    state_.paint.overprint = on;
+    state_.overprint = on;
 }
 
-// Counts the spot inks of the paint that is about to be used.
-const Paint &Drawing::CountSpots()
+// Finds what is painted with next, as the plug-in has sent it.
+void Drawing::CountPaint()
 {
-    for (const SpotShare &share : spotPaint_.colour.spots) {
+    if (waiting_ > 0)
+        BeginWaiting();
+    paint_.colour.space = state_.space;
+    std::ranges::copy(state_.ink, paint_.colour.ink);
+    paint_.colour.spots = {};
+    paint_.overprint = state_.overprint;
+    counts_.gray |= state_.space == ColourSpace::Gray;
+    counts_.cmyk |= state_.space == ColourSpace::Cmyk;
+    counts_.overprint |= state_.overprint;
+}
+
+// The spot ink has been read beside the plug-in.
+void Drawing::AddSpot(const SpotColour &spot)
+{
+    if (spot.share.ink != nullptr && state_.space == ColourSpace::Cmyk &&
+        std::ranges::equal(state_.ink, spot.process))
+        paint_.colour.spots[0] = spot.share;
+}
+
+void Drawing::CountSpots()
+{
+    for (const SpotShare &share : paint_.colour.spots) {
         if (share.ink == nullptr)
-            continue;
+            return;
         const double tint = 1 - share.amount;
         const auto [place, isNew] = placeOfSpot_.try_emplace(share.ink, spotsUsed_.size());
         if (isNew) {
@@ -302,42 +325,23 @@ const Paint &Drawing::CountSpots()
         use.leastTint = std::min(use.leastTint, tint);
         use.mostTint = std::max(use.mostTint, tint);
     }
-    return spotPaint_;
-}
-
-const Paint &Drawing::CountPaint()
-{
-    if (waiting_ > 0)
-        BeginWaiting();
-    const Paint &paint = state_.paint;
-    counts_.gray |= paint.colour.space == ColourSpace::Gray;
-    counts_.cmyk |= paint.colour.space == ColourSpace::Cmyk;
-    counts_.overprint |= paint.overprint;
-    return paint;
-}
-
-// Returns what is painted with: the plug-in has sent the colour, and the spot ink has been read beside it.
-const Paint &Drawing::AddSpot(const SpotColour &spot)
-{
-    const Paint &paint = state_.paint;
-    if (spot.share.ink == nullptr || paint.colour.space != ColourSpace::Cmyk ||
-        !std::ranges::equal(paint.colour.ink, spot.process))
-        return paint;
-    spotPaint_ = paint;
-    spotPaint_.colour.spots[0] = spot.share;
-    return CountSpots();
 }
 
 const Paint &Drawing::CountStroke()
 {
-    (void)CountPaint();
-    return AddSpot(strokeSpot_);
+    CountPaint();
+    AddSpot(strokeSpot_);
+    CountSpots();
+    return paint_;
 }
 
 const Paint &Drawing::CountFill()
 {
-    spotPaint_ = CountPaint();
-    return blendSteps_.AddSpots(&spotPaint_.colour) ? CountSpots() : AddSpot(fillSpot_);
+    CountPaint();
+    if (!blendSteps_.AddSpots(&paint_.colour))
+        AddSpot(fillSpot_);
+    CountSpots();
+    return paint_;
 }
 
 void Drawing::FillShape(const Path &path)

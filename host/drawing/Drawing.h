@@ -12,6 +12,7 @@
 #include "host/drawing/PathStack.h"
 #include "host/drawing/StructureSink.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <span>
@@ -94,7 +95,7 @@ class Drawing final : public StructureSink
 
     struct State {
         Matrix matrix;
-        Paint paint;
+        std::array<double, 4> ink = {0, 0, 0, 0}; // as that of a colour
         double lineWidth = 1;
         double miterLimit = 10;
         double dashPhase = 0;
@@ -105,6 +106,8 @@ class Drawing final : public StructureSink
         LineCap cap = LineCap::Butt;
         LineJoin join = LineJoin::Miter;
         Pen pen = Pen::None;
+        ColourSpace space = ColourSpace::Gray;
+        bool overprint = false;
         bool isSavedOnDevice = false;
     };
 
@@ -113,9 +116,9 @@ class Drawing final : public StructureSink
     void CutDashes(size_t length);
     const Paint &CountFill();
     const Paint &CountStroke();
-    const Paint &CountPaint();
-    const Paint &AddSpot(const SpotColour &spot);
-    const Paint &CountSpots();
+    void CountPaint();
+    void AddSpot(const SpotColour &spot);
+    void CountSpots();
     void BeginWaiting();
     void EndInnermost();
     void EndGroups();
@@ -145,7 +148,7 @@ class Drawing final : public StructureSink
     SpotBlendSteps blendSteps_;
     std::vector<SpotUse> spotsUsed_;
     std::map<const SpotInk *, size_t> placeOfSpot_; // among them
-    Paint spotPaint_;
+    Paint paint_; // what the last shape was given
 };
 
 } // namespace vxhost
