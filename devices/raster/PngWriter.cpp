@@ -26,7 +26,8 @@ namespace
 // Drawings are flat, and rows repeat, so that a quick search finds most.
 constexpr int kStreamLevel = 4;
 constexpr int kPieceLevel = 5;
-constexpr size_t kMostInOnePiece = size_t{8} << 20; // bytes of rows: the file is the same whatever memory there is
+constexpr size_t kMostInOnePiece = size_t{8}
+                                   << 20; // bytes of rows: the file is the same whatever memory there is
 
 constexpr size_t kMaxTitle = 1000; // bytes
 

@@ -148,7 +148,7 @@ class Drawing final : public StructureSink
     SpotBlendSteps blendSteps_;
     std::vector<SpotUse> spotsUsed_;
     std::map<const SpotInk *, size_t> placeOfSpot_; // among them
-    Paint paint_; // what the last shape was given
+    Paint paint_;                                   // what the last shape was given
 };
 
 } // namespace vxhost
