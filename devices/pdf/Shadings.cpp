@@ -260,8 +260,7 @@ std::string Shadings::KeyOf(const Blend &blend)
     key += blend.kind == ShadingKind::Axial ? 'a' : 'r';
     key += blend.space.isBlackInk ? 'b' : 'g';
     for (const SpotInk *ink : blend.space.inks)
-        key.append(reinterpret_cast<const char *>(&ink), sizeof(ink));
-    key += ' ';
+        key.append(std::to_string(reinterpret_cast<uintptr_t>(ink))).append(" ");
     const double circle[] = {blend.last.centre.x, blend.last.centre.y, blend.last.radius};
     AppendBytes(circle, std::size(circle), &key);
     return key + KeyOf(blend.spans);

@@ -49,7 +49,7 @@ std::string RampKey(const Shading &shading, double innerRadius)
             for (const SpotShare &share : colour.spots) {
                 if (share.ink == nullptr)
                     continue;
-                key.append(reinterpret_cast<const char *>(&share.ink), sizeof share.ink);
+                key.append(std::to_string(reinterpret_cast<uintptr_t>(share.ink))).append(" ");
                 AppendNumber(share.amount, &key);
             }
         }

@@ -2,10 +2,6 @@
 // after every 499 bytes from its start.
 #pragma once
 
-#include "host/reading/ByteBlocks.h"
-
-#include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <string_view>
 
@@ -20,32 +16,10 @@ constexpr bool IsLineEnd(char character)
 }
 
 // Returns where the line that starts there ends: at its line end, at the place where it is cut, or at the text's end.
-inline size_t FindLineEnd(std::string_view text, size_t start)
-{
-    const size_t most = std::min(text.size(), start + kLineRoom);
-    const auto *bytes = reinterpret_cast<const uint8_t *>(text.data());
-    for (; start + sizeof(ByteBlock) <= most; start += sizeof(ByteBlock)) {
-        if (const uint64_t ends = BitsOf(IsLineEnd(LoadBlock(bytes + start))); ends != 0)
-            return start + static_cast<size_t>(std::countr_zero(ends));
-    }
-    while (start < most && !IsLineEnd(text[start]))
-        ++start;
-    return start;
-}
+size_t FindLineEnd(std::string_view text, size_t start);
 
 // Returns where the last line end before that place ends, or least, if there is none behind it.
-inline size_t FindLineStart(std::string_view text, size_t least, size_t before)
-{
-    const auto *bytes = reinterpret_cast<const uint8_t *>(text.data());
-    for (; least + sizeof(ByteBlock) <= before; before -= sizeof(ByteBlock)) {
-        const uint64_t ends = BitsOf(IsLineEnd(LoadBlock(bytes + before - sizeof(ByteBlock))));
-        if (ends != 0)
-            return before - sizeof(ByteBlock) + static_cast<size_t>(std::bit_width(ends));
-    }
-    while (before > least && !IsLineEnd(text[before - 1]))
-        --before;
-    return before;
-}
+size_t FindLineStart(std::string_view text, size_t least, size_t before);
 
 // Returns where the next line starts.
 inline size_t FindNextLine(std::string_view text, size_t lineEnd)
