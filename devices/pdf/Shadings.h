@@ -23,7 +23,7 @@ struct ShadingUse {
     Matrix matrix; // from the shading's space to the page
 };
 
-// What a blend paints with: gray, black ink alone, or inks.
+// A blend paints with gray, with black ink alone, or with inks.
 struct PaintSpace {
     bool isBlackInk = false;
     Inks inks; // empty: gray

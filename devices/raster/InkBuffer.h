@@ -53,7 +53,7 @@ Ink FindInk(const Paint &paint, bool simulateOverprint);
 
 struct Band; // 64 rows
 
-// Where a row of pixels lies: a word a pixel, three bits a pixel, a tile for 16 pixels.
+// Points to all that belongs to a row of pixels: a word a pixel, three bits a pixel, a tile for 16 pixels.
 struct RowPlaces {
     InkWord *pixels = nullptr;   // the ink, the first of two, or the number of a block
     uint64_t *split = nullptr;   // has several inks
@@ -62,7 +62,7 @@ struct RowPlaces {
     uint64_t **tiles = nullptr;  // of pairs: null as long as none of its pixels was split
 };
 
-// What a split pixel has besides its word.
+// A split pixel of two inks has this besides its word, which is the first ink.
 struct Pair {
     InkWord second;
     uint64_t mask;    // the samples that have the second ink

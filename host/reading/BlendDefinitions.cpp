@@ -58,7 +58,7 @@ void BlendDefinitions::AddStop(const StructureScan &scan, const FoundOperator &f
     last_->stops.push_back(ReadStop(scan, found, inks));
 }
 
-// What is missing of a colour is 0.
+// Reads the colour of a stop. Operands that are missing count as 0.
 BlendDefinitions::Stop BlendDefinitions::ReadStop(const StructureScan &scan, const FoundOperator &found,
                                                   SpotInks *inks)
 {

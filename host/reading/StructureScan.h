@@ -71,8 +71,8 @@ class StructureScan
     // From now on only layers are found.
     void FindLayersAlone() { findsLayersAlone_ = true; }
 
-    // What is looked for: all that matters while no spot ink is painted with; what puts an ink out, too; layers alone; and the words
-    // of the first and of the third without regard to sections and strings.
+    // A search finds all operators that matter while no spot ink is painted with; those that put an ink out, too; those of layers
+    // alone; or the words of the first and of the third, without regard to sections and strings.
     enum class Search : uint8_t { Operators, Colours, Layers, Words, LayerWords };
 
     struct Place {

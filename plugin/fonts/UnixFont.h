@@ -45,7 +45,7 @@ struct FontTable {
     uint32_t nameSlotCount;            // a power of two, larger than the number of names
 };
 
-// What the host has told of the widths of one font.
+// The widths of one font, as the host has told them.
 struct KnownWidths {
     bool known;
     int16_t font; // an index of entries

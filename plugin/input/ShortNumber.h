@@ -57,7 +57,7 @@ inline ShortNumber ReadShortNumber(const uint8_t *text, int32_t length, int32_t 
     const uint64_t first = points & (0 - points);
     const uint64_t characters = word ^ ((first >> kPointBit) * ('.' ^ '0'));
     const uint64_t most = kBytesOfOne * 9 - (first >> kPointBit) * 9;
-    // What stands before the point goes up by its byte, and takes its place. Without one everything stays.
+    // The digits before the point move up by one byte, over the point. A number without a point stays as it is.
     const uint64_t moved = (first << (8 - kPointBit)) - static_cast<uint64_t>(isPoint);
     const uint64_t digits = characters ^ ((characters ^ characters << 8) & moved);
     const auto place = static_cast<size_t>(std::countr_zero(points | uint64_t{1} << 63));

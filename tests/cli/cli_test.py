@@ -240,7 +240,7 @@ class Info(CommandTest):
         facts = json.loads(self.run_vx("info", "--json", "--strict", "a.vx", status=3)[0])
         self.assertEqual([(ink["name"], ink["mixtures"], ink["plate"]) for ink in facts["inks"]],
                          [("Lake", 2, True), ("Moss", 1, True), ("Lake", 2, True), ("All", 1, False), ("", 1, False)])
-        # Where all is process, or nothing is painted, there is nothing to tell.
+        # Nothing is told of a drawing in process inks, or of one that is not painted.
         self.assertEqual(self.run_vx("render", "a.vx", "--spots", "process", "-o", "a.pdf")[1], [])
         self.assertEqual(self.run_vx("text", "a.vx")[1], [])
 

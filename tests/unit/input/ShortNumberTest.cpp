@@ -37,7 +37,7 @@ bool IsSaturated(const PlainNumber &number)
     return number.value == INT32_MAX || number.value == INT32_MIN;
 }
 
-// What follows a word may be anything.
+// Any bytes may stand behind a number: here digits do, which must not count.
 ShortNumber ReadQuickly(const std::string &characters, bool negative)
 {
     std::array<uint8_t, 2 * kMostShortDigits> text;

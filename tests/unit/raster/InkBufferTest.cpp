@@ -25,7 +25,7 @@ uint64_t FullMask(int samples)
     return ~uint64_t{0} >> (64 - samples * samples);
 }
 
-// What the buffer stands for, without any cleverness.
+// This keeps every sample by itself: the plain twin of the buffer.
 class PlainInks
 {
   public:
@@ -46,7 +46,7 @@ class PlainInks
         }
     }
 
-    // Where the buffer differs; empty where nowhere.
+    // Returns the first place where the buffer differs; empty: there is none.
     std::string Compare(const InkBuffer &buffer, bool tracked, int y)
     {
         const InkBuffer::Row row = buffer.ReadRow(y);

@@ -82,7 +82,7 @@ TEST(Precision, OfThePenHoldsForDotsUpToTheLargest)
                 const auto reach = [&](int32_t column) {
                     return Length(Point{column + 0.5, y + 0.5} - centre);
                 };
-                // What is painted lies inside, and what is not painted beside it is at most so far inside.
+                // Painted samples lie inside the circle, and unpainted ones beside them are at most so far inside.
                 EXPECT_LE(std::max(reach(spans[0].begin), reach(spans[0].end - 1)), radius + kPlacement);
                 farthest =
                     std::max({farthest, radius - reach(spans[0].begin - 1), radius - reach(spans[0].end)});
