@@ -65,7 +65,20 @@ QPDFObjectHandle Separation(const SpotInk &ink)
 const SpotInk kProcessInks[kInkCount] = {
     {"Cyan", {1, 0, 0, 0}}, {"Magenta", {0, 1, 0, 0}}, {"Yellow", {0, 0, 1, 0}}, {"Black", {0, 0, 0, 1}}};
 
-InkShares FindShares(const Colour &colour)
+bool HaveOwnNames(std::span<const SpotInk *const> inks)
+{
+    for (size_t i = 0; i < inks.size(); ++i) {
+        const auto isLike = [&](const SpotInk *other) { return other->name == inks[i]->name; };
+        if (std::ranges::any_of(inks.first(i), isLike))
+            return false;
+    }
+    return true;
+}
+
+namespace
+{
+
+InkShares TakeApart(const Colour &colour, bool keepsSpots)
 {
     InkShares shares;
     const auto add = [&](const SpotInk *ink, double amount) {
@@ -75,7 +88,7 @@ InkShares FindShares(const Colour &colour)
     double rest[kInkCount];
     std::ranges::copy(colour.ink, rest);
     for (const SpotShare &share : colour.spots) {
-        if (share.ink == nullptr || !CanHavePlate(share.ink->name))
+        if (!keepsSpots || share.ink == nullptr || !CanHavePlate(share.ink->name))
             continue;
         add(share.ink, share.amount);
         for (size_t i = 0; i < kInkCount; ++i)
@@ -88,6 +101,14 @@ InkShares FindShares(const Colour &colour)
             add(&kProcessInks[i], rest[i]);
     }
     return shares;
+}
+
+} // namespace
+
+InkShares FindShares(const Colour &colour)
+{
+    const InkShares shares = TakeApart(colour, true);
+    return HaveOwnNames(std::span(shares.inks).first(shares.count)) ? shares : TakeApart(colour, false);
 }
 
 QPDFObjectHandle InkSpace(PdfFile *file, const Inks &inks)

@@ -33,7 +33,11 @@ struct InkShares {
     friend bool operator==(const InkShares &, const InkShares &) = default;
 };
 
+// A mixture in which a name would stand twice, as that of one ink mixed in two ways, has no spot inks.
 InkShares FindShares(const Colour &colour);
+
+// Returns whether no two have one name: a space cannot have an ink twice.
+bool HaveOwnNames(std::span<const SpotInk *const> inks);
 
 // The space of these inks, each 0 none and 1 full.
 QPDFObjectHandle InkSpace(PdfFile *file, const Inks &inks);

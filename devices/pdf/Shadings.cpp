@@ -74,7 +74,8 @@ std::vector<InkCount> CountInks(const Shading &shading, size_t *colours)
     return counts;
 }
 
-// False when a blend that overprints has one of the inks at some steps alone, or none at all, and when there are too many.
+// False when a blend that overprints has one of the inks at some steps alone, or none at all, and when there are too many, or
+// two of one name.
 bool FindSpace(const Shading &shading, PaintSpace *space)
 {
     bool isGray = false;
@@ -92,7 +93,7 @@ bool FindSpace(const Shading &shading, PaintSpace *space)
         if (shading.overprint && count.colours > 0 && count.colours < colours)
             return false;
     }
-    return !space->inks.empty() && space->inks.size() <= kMaxInks;
+    return !space->inks.empty() && space->inks.size() <= kMaxInks && HaveOwnNames(space->inks);
 }
 
 std::string NameOf(size_t number)

@@ -160,6 +160,30 @@ TEST(PdfInkSpace, PutsZerosInTheirPlaces)
               "{ 0 2 index add 0 0 0 4 index add 6 4 roll pop pop }");
 }
 
+// A space has each name once, so a step between two mixtures of one ink is painted in process inks, and a blend that has both is painted as
+// shapes.
+TEST(PdfInkSpace, HasNoNameTwice)
+{
+    const SpotInk ember = {"Ember", {0, 0.5, 1, 0}}, pale = {"Ember", {0, 0.25, 0, 0}},
+                  black = {"Black", {1, 0, 0, 0}};
+    Colour mixed = CmykColour(0, 0.375, 0.5, 0);
+    mixed.spots = {{{&ember, 0.5}, {&pale, 0.5}}};
+    EXPECT_EQ(pdf::FindShares(mixed).spotCount, 0U);
+    EXPECT_EQ(pdf::FindShares(mixed).count, 2U); // magenta and yellow
+    Colour half = CmykColour(0, 0.25, 0.5, 0);
+    half.spots[0] = {&ember, 0.5};
+    EXPECT_EQ(pdf::FindShares(half).spotCount, 1U);
+    EXPECT_EQ(pdf::FindShares(half).count, 1U);
+    // A spot ink may have the name of a process ink, but not beside it.
+    Colour dark = CmykColour(0.5, 0, 0, 0.25);
+    dark.spots[0] = {&black, 0.5};
+    EXPECT_EQ(pdf::FindShares(dark).spotCount, 0U);
+    Colour other = CmykColour(0, 0.125, 0, 0);
+    other.spots[0] = {&pale, 0.5};
+    DrawnPage page = Drawn(Axial({{0, 1, {half, other}}}));
+    EXPECT_EQ(page.Program().find(" sh\n"), std::string::npos);
+}
+
 struct ShapesCase {
     const char *name;
     Shading shading;
