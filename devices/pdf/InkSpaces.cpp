@@ -125,8 +125,20 @@ QPDFObjectHandle InkSpace(PdfFile *file, const Inks &inks)
     function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(4));
     function.replaceKey("/Domain", domain);
     function.replaceKey("/Range", MakeNumbers({0, 1, 0, 1, 0, 1, 0, 1}));
-    return QPDFObjectHandle::newArray(
+    QPDFObjectHandle space = QPDFObjectHandle::newArray(
         {MakeName("DeviceN"), names, MakeName("DeviceCMYK"), file->AddStream(function, Program(inks))});
+    QPDFObjectHandle colorants = QPDFObjectHandle::newDictionary();
+    for (const SpotInk *ink : inks) {
+        if (std::ranges::none_of(kProcessInks, [&](const SpotInk &process) { return &process == ink; }))
+            colorants.replaceKey(KeyOf(ink->name), Separation(*ink));
+    }
+    // Readers that have a plate of their own for a spot ink look here for how it looks alone.
+    if (!colorants.getKeys().empty()) {
+        QPDFObjectHandle attributes = QPDFObjectHandle::newDictionary();
+        attributes.replaceKey("/Colorants", colorants);
+        space.appendItem(attributes);
+    }
+    return space;
 }
 
 std::string InkSpaces::NameOf(std::span<const SpotInk *const> inks)
