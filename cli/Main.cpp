@@ -1,8 +1,10 @@
 // vx: opens VX drawings. This reads the command line as far as the command, and hands over.
 
 #include "cli/commands/BatchCommand.h"
+#include "cli/commands/CoverageCommand.h"
 #include "cli/commands/FontsCommand.h"
 #include "cli/commands/InfoCommand.h"
+#include "cli/commands/PlatesCommand.h"
 #include "cli/commands/RenderCommand.h"
 #include "cli/commands/TextCommand.h"
 #include "cli/commands/TraceCommand.h"
@@ -53,6 +55,9 @@ struct CommandRow {
 constexpr CommandRow kCommands[] = {
     {"info", "[options] FILE...", "Tells what documents are, declare and use.", MakeCommand<InfoCommand>},
     {"render", "[options] FILE... -o OUT", "Turns documents into pictures.", MakeCommand<RenderCommand>},
+    {"plates", "[options] FILE... -o OUT", "Makes a gray picture of each ink.", MakeCommand<PlatesCommand>},
+    {"coverage", "[options] FILE...", "Tells how much of each ink documents take.",
+     MakeCommand<CoverageCommand>},
     {"text", "[options] FILE...", "Prints what documents say in words.", MakeCommand<TextCommand>},
     {"trace", "[options] FILE", "Prints every drawing call that a document makes.",
      MakeCommand<TraceCommand>},

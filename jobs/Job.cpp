@@ -68,8 +68,9 @@ void Job::Open()
         most.reading.bytes = static_cast<size_t>(limits_.memory);
     std::string error;
     ReadEnd end = ReadEnd::Whole;
-    document_ = task_.input == "-" ? Document::FromDescriptor(STDIN_FILENO, &error, most.reading, &end)
-                                   : Document::Open(task_.input, &error, most, &end);
+    document_ = task_.document != nullptr ? task_.document
+                : task_.input == "-"      ? Document::FromDescriptor(STDIN_FILENO, &error, most.reading, &end)
+                                          : Document::Open(task_.input, &error, most, &end);
     if (document_ == nullptr)
         return EndWith({!error.empty()            ? FaultKind::CannotOpen
                         : end == ReadEnd::TooLate ? FaultKind::PipeTooSlow

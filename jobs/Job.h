@@ -28,7 +28,8 @@ inline Outcome LookThrough(Reading &reading)
 }
 
 struct JobTask {
-    std::string input; // a path; "-" is standard input
+    std::string input;                  // a path; "-" is standard input
+    std::shared_ptr<Document> document; // as an earlier job opened it; null: the input is opened
     FileKinds kinds = FileKinds::All;
     std::vector<std::string> readable; // files that it may open, beside those of fonts
     bool needsFonts = false;           // read it with fonts from the start
@@ -64,6 +65,7 @@ class Job
     // Once it has ended: what became of the document, and how many passes were done.
     const Result &Found() const { return result_; }
     size_t PassesDone() const { return passesDone_; }
+    const std::shared_ptr<Document> &Opened() const { return document_; } // null: it could not be
 
   private:
     enum class State { Opened, AwaitsFonts, Works, Ended };
@@ -81,7 +83,7 @@ class Job
     std::vector<int> descriptors_;
     Engine *engine_;
     State state_ = State::Opened;
-    std::unique_ptr<Document> document_;
+    std::shared_ptr<Document> document_;
     WorkerLimits limits_;
     bool hasFonts_ = false; // the worker at work has the fonts of the machine
     std::unique_ptr<Worker> worker_;

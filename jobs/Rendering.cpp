@@ -16,35 +16,6 @@ namespace vxhost
 namespace
 {
 
-// Says why there can be no output of that page.
-Failure CheckPage(const Settings &settings, const Format &format, const Page &page)
-{
-    if (page.box.Width() <= 0 || page.box.Height() <= 0)
-        return {FailureKind::BadInput,
-                "its bounding box is empty, nothing written: name one with --box L,B,R,T"};
-    return format.checkPage(settings, page);
-}
-
-// Makes, in the worker, what an output's bytes go to.
-ByteSink SinkFor(int descriptor)
-{
-    return [descriptor](std::span<const std::byte> bytes) -> Failure {
-        if (WriteAll(descriptor, {reinterpret_cast<const char *>(bytes.data()), bytes.size()}))
-            return {};
-        return {FailureKind::CannotWrite, SystemText(errno), errno};
-    };
-}
-
-Outcome Draw(const Settings &settings, const Format &format, Device *device, Reading &reading)
-{
-    Outcome outcome = reading.ReadInfo();
-    if (outcome.result != kVXOk)
-        return outcome;
-    const Page page = reading.PageFor(settings.box.value_or(outcome.box));
-    outcome.failure = CheckPage(settings, format, page);
-    return outcome.failure ? outcome : reading.Draw(page, *device);
-}
-
 // Returns the files that the settings name.
 std::vector<std::string> FilesOf(const Settings &settings)
 {
@@ -70,6 +41,29 @@ size_t TryEach(std::span<const Format *const> formats, const Settings &settings,
 
 } // namespace
 
+ByteSink SinkFor(int descriptor)
+{
+    return [descriptor](std::span<const std::byte> bytes) -> Failure {
+        if (WriteAll(descriptor, {reinterpret_cast<const char *>(bytes.data()), bytes.size()}))
+            return {};
+        return {FailureKind::CannotWrite, SystemText(errno), errno};
+    };
+}
+
+Outcome DrawPage(const std::optional<Box> &box, const CheckPage &checkPage, Device *device, Reading &reading)
+{
+    Outcome outcome = reading.ReadInfo();
+    if (outcome.result != kVXOk)
+        return outcome;
+    const Page page = reading.PageFor(box.value_or(outcome.box));
+    if (page.box.Width() <= 0 || page.box.Height() <= 0)
+        outcome.failure = {FailureKind::BadInput,
+                           "its bounding box is empty, nothing written: name one with --box L,B,R,T"};
+    else
+        outcome.failure = checkPage(page);
+    return outcome.failure ? outcome : reading.Draw(page, *device);
+}
+
 Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
 {
     JobTask job;
@@ -80,35 +74,17 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
     job.keepsSpots = task_.settings.keepsSpots;
     job.open = [this] { return OpenSpools(); };
     job.makePasses = [this](Failure *failure) { return MakePasses(failure); };
-    job.startOver = [this] {
-        for (const auto &file : files_)
-            file->Empty();
-    };
+    job.startOver = [this] { files_.Empty(); };
     job_ = std::make_unique<Job>(std::move(job), engine);
     if (job_->HasEnded())
         return;
-    result_.fault = OpenOutputs();
-    if (result_.fault) {
+    std::vector<std::string> paths;
+    for (const RenderTask::Output &output : task_.outputs)
+        paths.push_back(output.path);
+    if (files_.Open(paths, task_.kinds, &result_))
+        job_->Start(files_.Descriptors());
+    else
         job_.reset();
-        return;
-    }
-    std::vector<int> descriptors;
-    for (const auto &file : files_)
-        descriptors.push_back(file->Descriptor());
-    job_->Start(std::move(descriptors));
-}
-
-Fault Rendering::OpenOutputs()
-{
-    for (const RenderTask::Output &output : task_.outputs) {
-        Fault fault;
-        files_.push_back(OutputFile::Create(output.path, task_.kinds, &fault));
-        if (fault) {
-            result_.output = output.path;
-            return fault;
-        }
-    }
-    return {};
 }
 
 // Runs in the worker, before it is confined: afterwards no file can be made for what a device keeps in one.
@@ -127,18 +103,19 @@ Failure Rendering::OpenSpools()
 std::vector<Pass> Rendering::MakePasses(Failure *failure) const
 {
     std::vector<Pass> passes;
-    for (size_t i = 0; i < files_.size(); ++i) {
+    for (size_t i = 0; i < files_.Size(); ++i) {
         const Format *format = task_.outputs[i].format;
         Settings settings = task_.settings;
         settings.pdf.spool = spools_[i];
         std::string error;
-        std::shared_ptr<Device> device = format->make(settings, SinkFor(files_[i]->Descriptor()), &error);
+        std::shared_ptr<Device> device = format->make(settings, SinkFor(files_.Descriptor(i)), &error);
         if (device == nullptr) {
             *failure = {FailureKind::BadInput, error};
             return {};
         }
         passes.emplace_back([this, device, format](Reading &reading) {
-            return Draw(task_.settings, *format, device.get(), reading);
+            const auto checkPage = [&](const Page &page) { return format->checkPage(task_.settings, page); };
+            return DrawPage(task_.settings.box, checkPage, device.get(), reading);
         });
     }
     return passes;
@@ -162,16 +139,9 @@ Result Rendering::Finish()
         result_ = job_->Found();
         // The pass that failed is that of the output.
         if (result_.isRead && result_.outcome.failure.IsOfWriting())
-            result_.output = task_.outputs[std::clamp<size_t>(job_->PassesDone(), 1, files_.size()) - 1].path;
+            result_.output = files_.Path(std::clamp<size_t>(job_->PassesDone(), 1, files_.Size()) - 1);
     }
-    for (size_t i = 0; i < files_.size() && !result_.fault; ++i) {
-        result_.fault = files_[i]->Commit();
-        if (result_.fault)
-            result_.output = task_.outputs[i].path;
-        else
-            result_.written.push_back(task_.outputs[i].path);
-    }
-    files_.clear();
+    files_.Finish(&result_);
     return std::move(result_);
 }
 

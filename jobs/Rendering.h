@@ -2,11 +2,13 @@
 #pragma once
 
 #include "jobs/Job.h"
-#include "jobs/OutputFile.h"
+#include "jobs/OutputFiles.h"
 #include "library/Options.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,13 @@ struct RenderTask {
     Settings settings;
     FileKinds kinds = FileKinds::All; // what the input and the outputs may be
 };
+
+// Makes, in the worker, what an output's bytes go to.
+ByteSink SinkFor(int descriptor);
+
+// Draws with the device, in the worker, unless there can be no such output of the page, as checkPage says.
+using CheckPage = std::function<Failure(const Page &page)>;
+Outcome DrawPage(const std::optional<Box> &box, const CheckPage &checkPage, Device *device, Reading &reading);
 
 class Rendering
 {
@@ -44,14 +53,13 @@ class Rendering
     const RenderTask &Task() const { return task_; }
 
   private:
-    Fault OpenOutputs();
     Failure OpenSpools();
     std::vector<Pass> MakePasses(Failure *failure) const;
 
     RenderTask task_;
-    std::vector<std::unique_ptr<OutputFile>> files_; // one for each of the task's outputs
-    std::vector<int> spools_;                        // in the worker, one for each output; -1: it needs none
-    std::unique_ptr<Job> job_;                       // null: an output cannot be opened
+    OutputFiles files_;        // one for each of the task's outputs
+    std::vector<int> spools_;  // in the worker, one for each output; -1: it needs none
+    std::unique_ptr<Job> job_; // null: an output cannot be opened
     Result result_;
 };
 

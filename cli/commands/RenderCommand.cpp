@@ -1,14 +1,12 @@
 #include "cli/commands/RenderCommand.h"
 
 #include "cli/commands/Session.h"
-#include "cli/options/IsDrawing.h"
 #include "cli/options/OutputNames.h"
 #include "jobs/Rendering.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -54,13 +52,10 @@ Status RenderCommand::Run(Messages *messages) const
         throw UsageError("no output: add -o and a name, as -o picture.pdf");
     const FormatList formats = ReadFormats(outputOptions_.format, output_);
     const std::vector<std::string> names = OutputNames(output_, options.inputs, formats);
-    // The place is looked at, not the name: "none/../a.vx" leads nowhere, and is written to "a.vx" all the same.
-    const auto isKept = [](const std::string &name) { return name != "-" && IsDrawing(PlaceOf(name)); };
-    const auto drawing = force_ ? names.end() : std::ranges::find_if(names, isKept);
-    if (drawing != names.end())
-        throw UsageError(fmt::format("-o {}: would overwrite the drawing \"{}\": choose another name, or add "
-                                     "--force",
-                                     output_, *drawing));
+    for (const std::string &name : names) {
+        if (!force_)
+            CheckKeepsDrawing(output_, name);
+    }
     outputOptions_.texts.CheckMeant(SetOf(formats));
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
     Session session(options, CommandKind::Render, messages);

@@ -1,6 +1,7 @@
 #include "cli/options/OutputNames.h"
 
 #include "cli/options/CommonOptions.h"
+#include "cli/options/IsDrawing.h"
 #include "cli/report/Summary.h"
 
 #include <fmt/format.h>
@@ -156,6 +157,15 @@ std::vector<std::string> OutputNames(const std::string &pattern, const std::vect
         }
     }
     return outputs;
+}
+
+// The place is looked at, not the name: "none/../a.vx" leads nowhere, and is written to "a.vx" all the same.
+void CheckKeepsDrawing(const std::string &pattern, const std::string &output)
+{
+    if (output != "-" && IsDrawing(PlaceOf(output)))
+        throw UsageError(fmt::format("-o {}: would overwrite the drawing \"{}\": choose another name, or add "
+                                     "--force",
+                                     pattern, output));
 }
 
 } // namespace vxhost

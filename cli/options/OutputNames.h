@@ -33,4 +33,7 @@ bool IsOpenAs(int descriptor, const std::string &path);
 std::vector<std::string> OutputNames(const std::string &pattern, const std::vector<std::string> &inputs,
                                      std::span<const Format *const> formats);
 
+// Throws UsageError when the output would overwrite a drawing.
+void CheckKeepsDrawing(const std::string &pattern, const std::string &output);
+
 } // namespace vxhost

@@ -18,21 +18,29 @@ using InkWord = uint32_t;
 // is black ink alone. Amounts below 0 and above 1.0 are clamped.
 using InkLevels = std::array<double, 4>;
 
-inline InkLevels LevelsOf(const Colour &colour)
+inline double LevelOf(double amount)
 {
     constexpr double kHalf = 0.5;
-    const auto level = [](double amount) { return std::clamp(amount, 0.0, 1.0) * 255 + kHalf; };
+    return std::clamp(amount, 0.0, 1.0) * 255 + kHalf;
+}
+
+inline InkLevels LevelsOf(const Colour &colour)
+{
     const auto &ink = colour.ink;
     if (colour.space == ColourSpace::Gray)
-        return {kHalf, kHalf, kHalf, level(1 - ink[0])};
-    return {level(ink[0]), level(ink[1]), level(ink[2]), level(ink[3])};
+        return {LevelOf(0), LevelOf(0), LevelOf(0), LevelOf(1 - ink[0])};
+    return {LevelOf(ink[0]), LevelOf(ink[1]), LevelOf(ink[2]), LevelOf(ink[3])};
+}
+
+inline InkWord WordOf(const InkLevels &levels)
+{
+    const auto level = [&levels](size_t i) { return static_cast<InkWord>(static_cast<int32_t>(levels[i])); };
+    return level(0) | level(1) << 8 | level(2) << 16 | level(3) << 24;
 }
 
 inline InkWord InksOf(const Colour &colour)
 {
-    const InkLevels levels = LevelsOf(colour);
-    const auto level = [&levels](size_t i) { return static_cast<InkWord>(static_cast<int32_t>(levels[i])); };
-    return level(0) | level(1) << 8 | level(2) << 16 | level(3) << 24;
+    return WordOf(LevelsOf(colour));
 }
 
 } // namespace vxhost

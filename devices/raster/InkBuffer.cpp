@@ -48,23 +48,6 @@ uint64_t BitsOf(int x, int end)
 
 } // namespace
 
-Ink FindInk(const Paint &paint, bool simulateOverprint)
-{
-    const bool overprint = paint.overprint && simulateOverprint;
-    constexpr InkWord kAllButBlack = 0x00FFFFFF;
-    Ink ink;
-    ink.value = InksOf(paint.colour);
-    if (!overprint)
-        return ink;
-    if (paint.colour.space == ColourSpace::Gray)
-        ink.keep = kAllButBlack;
-    for (int i = 0; i < 4 && paint.colour.space == ColourSpace::Cmyk; ++i) {
-        if (paint.colour.ink[i] == 0)
-            ink.keep |= InkWord{0xFF} << (8 * i);
-    }
-    return ink;
-}
-
 struct Band {
     std::vector<InkWord> pixels;
     std::vector<uint64_t> split, blocked, painted; // painted is empty when not tracked

@@ -48,9 +48,6 @@ struct Ink {
     }
 };
 
-// Without overprint every paint replaces all inks.
-Ink FindInk(const Paint &paint, bool simulateOverprint);
-
 struct Band; // 64 rows
 
 // Points to all that belongs to a row of pixels: a word a pixel, three bits a pixel, a tile for 16 pixels.

@@ -29,7 +29,7 @@ constexpr int kPieceLevel = 5;
 constexpr size_t kMostInOnePiece = size_t{8}
                                    << 20; // bytes of rows: the file is the same whatever memory there is
 
-constexpr size_t kMaxTitle = 1000; // bytes
+constexpr size_t kMaxText = 1000; // bytes
 
 // Filters hide what repeats, so flat rows have none. But differences are what repeats in a row of a gradient, of whose pixels
 // many are unlike the one before them.
@@ -45,6 +45,18 @@ int ChooseFilter(const uint8_t *row, size_t bytes, size_t pixelBytes)
     }
     return differences * pixelBytes * kPixelsADifference > bytes ? PNG_FILTER_VALUE_SUB
                                                                  : PNG_FILTER_VALUE_NONE;
+}
+
+int ColourType(PngPixels pixels)
+{
+    switch (pixels) {
+    case PngPixels::Gray:
+        return PNG_COLOR_TYPE_GRAY;
+    case PngPixels::Rgba:
+        return PNG_COLOR_TYPE_RGB_ALPHA;
+    default:
+        return PNG_COLOR_TYPE_RGB;
+    }
 }
 
 // The start of the text: whole characters, at most that many bytes of UTF-8.
@@ -130,26 +142,29 @@ bool PngWriter::State::Start()
     png_set_compression_level(png, kStreamLevel);
     png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
     png_set_IHDR(png, info, static_cast<png_uint_32>(header.width), static_cast<png_uint_32>(header.height),
-                 8, header.alpha ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_set_sRGB(png, info, PNG_sRGB_INTENT_RELATIVE);
+                 8, ColourType(header.pixels), PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
+                 PNG_FILTER_TYPE_DEFAULT);
+    if (header.pixels != PngPixels::Gray)
+        png_set_sRGB(png, info, PNG_sRGB_INTENT_RELATIVE);
     const auto perMetre = [](double perInch) {
         return static_cast<png_uint_32>(std::min(std::round(perInch / 0.0254), double{PNG_UINT_31_MAX}));
     };
     png_set_pHYs(png, info, perMetre(header.pixelsPerInchX), perMetre(header.pixelsPerInchY),
                  PNG_RESOLUTION_METER);
 
-    char titleKey[] = "Title", profileKey[] = "Press profile";
-    png_text texts[2] = {};
+    char titleKey[] = "Title", profileKey[] = "Press profile", inkKey[] = "Ink";
+    png_text texts[3] = {};
     int count = 0;
-    texts[count].compression = PNG_ITXT_COMPRESSION_NONE; // UTF-8
-    texts[count].key = profileKey;
-    texts[count++].text = header.profile.data();
-    if (!header.title.empty()) {
-        texts[count].compression = PNG_ITXT_COMPRESSION_NONE;
-        texts[count].key = titleKey;
-        texts[count++].text = header.title.data();
-    }
+    const auto addText = [&](char *key, std::string &text) {
+        if (text.empty())
+            return;
+        texts[count].compression = PNG_ITXT_COMPRESSION_NONE; // UTF-8
+        texts[count].key = key;
+        texts[count++].text = text.data();
+    };
+    addText(profileKey, header.profile);
+    addText(titleKey, header.title);
+    addText(inkKey, header.ink);
     png_set_text(png, info, texts, count);
     png_write_info(png, info);
     return true;
@@ -158,7 +173,7 @@ bool PngWriter::State::Start()
 bool PngWriter::State::Row(const uint8_t *row)
 {
     if (rows) {
-        const size_t pixelBytes = header.alpha ? 4 : 3;
+        const auto pixelBytes = static_cast<size_t>(header.pixels);
         const int filter = ChooseFilter(row, rowBytes, pixelBytes);
         uint8_t *to = &rows->bytes[rows->used];
         *to++ = static_cast<uint8_t>(filter);
@@ -203,14 +218,15 @@ bool PngWriter::State::Finish()
 PngWriter::PngWriter(const PngHeader &header, ByteSink sink) : state_(std::make_unique<State>())
 {
     state_->header = header;
-    state_->header.title = CutText(header.title, kMaxTitle);
+    state_->header.title = CutText(header.title, kMaxText);
+    state_->header.ink = CutText(header.ink, kMaxText);
     state_->sink = std::move(sink);
     state_->png = png_create_write_struct(PNG_LIBPNG_VER_STRING, state_.get(), State::Fail, State::Warn);
     if (state_->png != nullptr)
         state_->info = png_create_info_struct(state_->png);
     if (state_->info == nullptr)
         throw std::bad_alloc();
-    state_->rowBytes = static_cast<size_t>(header.width) * (header.alpha ? 4 : 3);
+    state_->rowBytes = static_cast<size_t>(header.width) * static_cast<size_t>(header.pixels);
     const size_t bytes = (state_->rowBytes + 1) * static_cast<size_t>(header.height);
     if (bytes <= kMostInOnePiece)
         state_->rows.emplace(bytes);

@@ -3,17 +3,22 @@
 // are mixed and handed out.
 #include "devices/raster/RasterDevice.h"
 
+#include "devices/colour/InkShares.h"
 #include "devices/colour/ScreenColours.h"
 #include "devices/raster/Clip.h"
 #include "devices/raster/Dasher.h"
 #include "devices/raster/Flatten.h"
 #include "devices/raster/InkBuffer.h"
+#include "devices/raster/InkChannels.h"
 #include "devices/raster/Painter.h"
+#include "devices/raster/PlateMixer.h"
+#include "devices/raster/Plates.h"
 #include "devices/raster/PngWriter.h"
 #include "devices/raster/RowMixer.h"
 #include "devices/raster/Shader.h"
 #include "devices/raster/Stroker.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -28,6 +33,8 @@ namespace
 
 // Of the memory that a picture may hold, the part that the edges of one shape may take.
 constexpr uint64_t kEdgeShare = 4;
+
+constexpr double kPointsPerInch = 72;
 
 // A stroke is painted in parts of about this many edges: its parts may overlap, since they have one ink.
 constexpr size_t kStrokeEdges = 1u << 16;
@@ -114,7 +121,11 @@ class RasterDevice : public Device
 {
   public:
     RasterDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours)
-        : options_(options), budget_(options.memoryLimit), colours_(std::move(colours))
+        : RasterDevice(options, std::move(colours), InkChannels(options.overprint))
+    {
+    }
+    RasterDevice(const RasterOptions &options, InkChannels channels)
+        : RasterDevice(options, nullptr, std::move(channels))
     {
     }
 
@@ -164,7 +175,7 @@ class RasterDevice : public Device
     void FillPath(const Path &path, const Paint &paint) override
     {
         MakeClip();
-        const Ink ink = FindInk(paint, options_.overprint);
+        const Ink ink = channels_.Find(paint);
         if (!IsSeen(path, 0) || ink.keep == ~InkWord{0})
             return;
         const FlatInk lay = {buffer_.get(), ink};
@@ -178,7 +189,7 @@ class RasterDevice : public Device
     void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override
     {
         MakeClip();
-        Ink ink = FindInk(paint, options_.overprint);
+        Ink ink = channels_.Find(paint);
         const Bounds &limits = clips_.Top().Limits();
         const Matrix userToSamples = UserToSamples(style.matrix);
         stroker_.Begin(style, userToSamples, options_.samples, &scanner_);
@@ -211,7 +222,7 @@ class RasterDevice : public Device
     {
         if (buffer_ == nullptr || budget_.IsExhausted())
             return;
-        if (!shader_.Begin(shading, toSamples_, options_.samples, options_.overprint)) {
+        if (!shader_.Begin(shading, toSamples_, options_.samples, channels_)) {
             PaintAsShapes(shading, this);
             return;
         }
@@ -255,10 +266,17 @@ class RasterDevice : public Device
     Page page_;
     PictureSize size_;
     MemoryCap budget_;
-    std::unique_ptr<ScreenColours> colours_;
+    std::unique_ptr<ScreenColours> colours_; // null: no colours of a screen are wanted
+    InkChannels channels_;
     std::unique_ptr<InkBuffer> buffer_;
 
   private:
+    RasterDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, InkChannels channels)
+        : options_(options), budget_(options.memoryLimit), colours_(std::move(colours)),
+          channels_(std::move(channels))
+    {
+    }
+
     // A clip is made when something needs it. The first shading that covers it does not: it is painted through the
     // outline, and few clips of shadings are used again.
     enum class ClipState { Due, DueAgain, Made };
@@ -339,9 +357,9 @@ class PngDevice final : public RasterDevice
         PngHeader header;
         header.width = size_.width;
         header.height = size_.height;
-        header.alpha = !options_.background;
-        header.pixelsPerInchX = size_.width / page_.box.Width() * 72;
-        header.pixelsPerInchY = size_.height / page_.box.Height() * 72;
+        header.pixels = options_.background ? PngPixels::Rgb : PngPixels::Rgba;
+        header.pixelsPerInchX = size_.width / page_.box.Width() * kPointsPerInch;
+        header.pixelsPerInchY = size_.height / page_.box.Height() * kPointsPerInch;
         header.title = page_.title;
         header.profile = colours_->Describe();
         PngWriter writer(header, sink_);
@@ -414,15 +432,116 @@ class PictureDevice final : public PixelsDevice
     Picture *picture_;
 };
 
+// Draws the page once for four inks. Of the inks of a page nothing is known before it is drawn the first time.
+class PlatesDevice final : public RasterDevice
+{
+  public:
+    PlatesDevice(const RasterOptions &options, std::optional<std::vector<std::string>> spotInks,
+                 PlateSink *sink)
+        : RasterDevice(options, InkChannels(options.overprint, ProcessInks())), inks_(ProcessInks()),
+          sink_(sink), isComplete_(spotInks.has_value())
+    {
+        for (const std::string &ink : spotInks.value_or(std::vector<std::string>()))
+            Meet(ink);
+    }
+
+    void FillPath(const Path &path, const Paint &paint) override
+    {
+        Look(paint.colour);
+        RasterDevice::FillPath(path, paint);
+    }
+    void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override
+    {
+        Look(paint.colour);
+        RasterDevice::StrokePath(path, style, paint);
+    }
+    void Shade(const Shading &shading) override
+    {
+        for (const ColourSpan &span : shading.spans) {
+            for (const Colour &colour : span.colours)
+                Look(colour);
+        }
+        RasterDevice::Shade(shading);
+    }
+
+    bool WantsPageAgain() const override { return done_ < inks_.size(); }
+
+  protected:
+    Failure WriteRows() override
+    {
+        const std::vector<std::string> inks = channels_.Names();
+        PlateSheet sheet = {size_.width,
+                            size_.height,
+                            size_.width / page_.box.Width() * kPointsPerInch,
+                            size_.height / page_.box.Height() * kPointsPerInch,
+                            page_.box,
+                            page_.title};
+        Failure failure = sink_->Begin(sheet, inks);
+        PlateMixer mixer(*buffer_);
+        std::vector<const uint8_t *> plates(inks.size());
+        for (int y = 0; y < size_.height && !failure; ++y) {
+            mixer.Mix(y);
+            for (size_t i = 0; i < plates.size(); ++i)
+                plates[i] = mixer.Row(i).data();
+            failure = sink_->TakeRow(plates);
+        }
+        if (!failure)
+            failure = sink_->End();
+        GoOn();
+        return failure;
+    }
+
+  private:
+    static std::vector<std::string> ProcessInks()
+    {
+        std::vector<std::string> names;
+        for (const SpotInk &ink : kProcessInks)
+            names.push_back(ink.name);
+        return names;
+    }
+
+    // The next four inks are drawn with.
+    void GoOn()
+    {
+        isComplete_ = true;
+        done_ += channels_.Names().size();
+        const auto next = inks_.begin() + static_cast<ptrdiff_t>(done_);
+        const auto count = std::min<ptrdiff_t>(InkChannels::kCount, inks_.end() - next);
+        if (count > 0)
+            channels_ = InkChannels(options_.overprint, {next, next + count});
+    }
+    void Meet(const std::string &ink)
+    {
+        if (HasOwnPlate(ink) && std::ranges::find(inks_, ink) == inks_.end())
+            inks_.push_back(ink);
+    }
+    void Look(const Colour &colour)
+    {
+        for (const SpotShare &share : colour.spots) {
+            if (share.ink != nullptr && !isComplete_)
+                Meet(share.ink->name);
+        }
+    }
+
+    std::vector<std::string> inks_; // in the order of their plates
+    PlateSink *sink_;
+    bool isComplete_; // no more inks are met
+    size_t done_ = 0; // of the inks
+};
+
+bool CheckSamples(const RasterOptions &options, std::string *error)
+{
+    const int n = options.samples;
+    const bool isPossible = n == 1 || n == 2 || n == 4 || n == 8;
+    if (!isPossible)
+        *error = std::to_string(n) + " samples a side are not possible: use 1, 2, 4 or 8";
+    return isPossible;
+}
+
 // The colours for these options; null when the options are not possible.
 std::unique_ptr<ScreenColours> CheckOptions(const RasterOptions &options, std::string *error)
 {
-    const int n = options.samples;
-    if (n != 1 && n != 2 && n != 4 && n != 8) {
-        *error = std::to_string(n) + " samples a side are not possible: use 1, 2, 4 or 8";
-        return nullptr;
-    }
-    return ScreenColours::Make(options, error);
+    return CheckSamples(options, error) ? ScreenColours::Make(options, error) : nullptr;
 }
 
 } // namespace
@@ -459,6 +578,21 @@ std::unique_ptr<Device> MakePictureDevice(const RasterOptions &options, Picture 
     if (colours == nullptr)
         return nullptr;
     return std::make_unique<PictureDevice>(options, std::move(colours), picture);
+}
+
+std::unique_ptr<Device> MakePlatesDevice(const RasterOptions &options,
+                                         std::optional<std::vector<std::string>> spotInks, PlateSink *sink,
+                                         std::string *error)
+{
+    if (!CheckSamples(options, error))
+        return nullptr;
+    return std::make_unique<PlatesDevice>(options, std::move(spotInks), sink);
+}
+
+bool HasOwnPlate(const std::string &spotInk)
+{
+    const auto isOfThatName = [&](const SpotInk &ink) { return ink.name == spotInk; };
+    return CanHavePlate(spotInk) && std::ranges::none_of(kProcessInks, isOfThatName);
 }
 
 } // namespace vxhost

@@ -36,10 +36,10 @@ float Clamped(float place, float last)
 
 } // namespace
 
-bool Shader::Begin(const Shading &shading, const Matrix &toSamples, int samples, bool simulateOverprint)
+bool Shader::Begin(const Shading &shading, const Matrix &toSamples, int samples, const InkChannels &channels)
 {
     shading_ = &shading;
-    overprint_ = simulateOverprint;
+    channels_ = &channels;
     firstSpan_ = endSpan_ = 0;
     samples_ = samples;
     const double pixels = 1.0 / samples;
@@ -164,12 +164,11 @@ void Shader::MixInks()
 
 Shader::Step Shader::StepOf(const Colour &colour) const
 {
-    const InkLevels levels = LevelsOf(colour);
+    const InkLevels levels = channels_->Levels(colour);
     const auto part = [&levels](size_t i) {
         return static_cast<uint64_t>(static_cast<int64_t>(levels[i] * 256));
     };
-    const bool keeps = overprint_ && shading_->overprint;
-    return {part(0) | part(2) << 32, part(1) | part(3) << 32, keeps ? InkOf(colour).keep : 0};
+    return {part(0) | part(2) << 32, part(1) | part(3) << 32, shading_->overprint ? InkOf(colour).keep : 0};
 }
 
 InkWord Shader::Mix(const Step &from, const Step &to, uint64_t part)

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "devices/raster/InkBuffer.h"
+#include "devices/raster/InkChannels.h"
 #include "devices/raster/Samples.h"
 #include "host/drawing/Shading.h"
 
@@ -17,8 +18,8 @@ class Shader
 {
   public:
     // False for what cannot be turned from pixels into parameters: an area of nothing, circles not inside each other.
-    // The shading must last until the last part is painted.
-    bool Begin(const Shading &shading, const Matrix &toSamples, int samples, bool simulateOverprint);
+    // The shading and the channels must last until the last part is painted.
+    bool Begin(const Shading &shading, const Matrix &toSamples, int samples, const InkChannels &channels);
 
     // Goes to the first part, then to the next. False behind the last one.
     bool NextPart();
@@ -43,7 +44,7 @@ class Shader
         uint64_t even, odd;
         InkWord keep;
     };
-    Ink InkOf(const Colour &colour) const { return FindInk({colour, shading_->overprint}, overprint_); }
+    Ink InkOf(const Colour &colour) const { return channels_->Find({colour, shading_->overprint}); }
     bool RunsOn(const ColourSpan &span, const ColourSpan &next) const;
     double PixelsAcross() const;
     Step StepOf(const Colour &colour) const;
@@ -64,7 +65,7 @@ class Shader
     struct RadialPlaces;
 
     const Shading *shading_ = nullptr;
-    bool overprint_ = false;
+    const InkChannels *channels_ = nullptr;
     bool isLevel_ = false; // an axial shading in which each row of pixels has one colour
     Matrix toUnit_;        // pixels to the space that the shading is in
     double samples_ = 1;   // a side of a pixel

@@ -83,6 +83,9 @@ class Device
 
     // Completes the output, and returns what went wrong, if something did.
     virtual Failure EndPage() = 0;
+
+    // Tells, after a page that has not failed, that its output needs it once more, from BeginPage on.
+    virtual bool WantsPageAgain() const { return false; }
 };
 
 } // namespace vxhost

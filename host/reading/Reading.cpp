@@ -403,9 +403,12 @@ Outcome Reading::Draw(const Page &page, Device &device)
     FindFaults();
     if (!wrongChoice_.empty())
         return RefuseChoice();
-    Outcome outcome = Interpret([&](const ParseOptions &options) {
-        return installation_.plugin->Draw(document_, options, page, device);
-    });
+    Outcome outcome;
+    do {
+        outcome = Interpret([&](const ParseOptions &options) {
+            return installation_.plugin->Draw(document_, options, page, device);
+        });
+    } while (outcome.result == kVXOk && !outcome.failure && device.WantsPageAgain());
     TellRest(&outcome);
     return outcome;
 }

@@ -39,6 +39,7 @@ class WatchedDevice final : public Device
     void BeginGroup() override { device_->BeginGroup(); }
     void EndGroup() override { device_->EndGroup(); }
     Failure EndPage() override { return device_->EndPage(); }
+    bool WantsPageAgain() const override { return device_->WantsPageAgain(); }
 
   private:
     Device &Checked()

@@ -168,16 +168,16 @@ TEST(PdfInkSpace, HasNoNameTwice)
                   black = {"Black", {1, 0, 0, 0}};
     Colour mixed = CmykColour(0, 0.375, 0.5, 0);
     mixed.spots = {{{&ember, 0.5}, {&pale, 0.5}}};
-    EXPECT_EQ(pdf::FindShares(mixed).spotCount, 0U);
-    EXPECT_EQ(pdf::FindShares(mixed).count, 2U); // magenta and yellow
+    EXPECT_EQ(FindShares(mixed).spotCount, 0U);
+    EXPECT_EQ(FindShares(mixed).count, 2U); // magenta and yellow
     Colour half = CmykColour(0, 0.25, 0.5, 0);
     half.spots[0] = {&ember, 0.5};
-    EXPECT_EQ(pdf::FindShares(half).spotCount, 1U);
-    EXPECT_EQ(pdf::FindShares(half).count, 1U);
+    EXPECT_EQ(FindShares(half).spotCount, 1U);
+    EXPECT_EQ(FindShares(half).count, 1U);
     // A spot ink may have the name of a process ink, but not beside it.
     Colour dark = CmykColour(0.5, 0, 0, 0.25);
     dark.spots[0] = {&black, 0.5};
-    EXPECT_EQ(pdf::FindShares(dark).spotCount, 0U);
+    EXPECT_EQ(FindShares(dark).spotCount, 0U);
     Colour other = CmykColour(0, 0.125, 0, 0);
     other.spots[0] = {&pale, 0.5};
     DrawnPage page = Drawn(Axial({{0, 1, {half, other}}}));

@@ -1,0 +1,160 @@
+#include "cli/commands/PlatesCommand.h"
+
+#include "cli/commands/Session.h"
+#include "cli/options/OutputNames.h"
+#include "cli/options/OutputOptions.h"
+#include "cli/options/PictureOptions.h"
+#include "devices/raster/PlateFiles.h"
+#include "jobs/PlateRendering.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr std::string_view kInkMark = "{ink}";
+constexpr std::string_view kNotInNames = "/\\:*?\"<>|{}"; // some file systems refuse them
+
+// Adds to a pattern that names a folder what names a plate in it.
+std::string WholePattern(const std::string &pattern)
+{
+    std::error_code failure;
+    if (pattern.ends_with('/'))
+        return pattern + "{stem}-{ink}.png";
+    return std::filesystem::is_directory(pattern, failure) ? pattern + "/{stem}-{ink}.png" : pattern;
+}
+
+std::string Replaced(std::string text, std::string_view from, const std::string &to)
+{
+    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+} // namespace
+
+std::string FileNameOf(const std::string &ink)
+{
+    constexpr size_t kMostBytes = 100;
+    std::string name = ink;
+    std::ranges::replace_if(
+        name,
+        [](char c) {
+            return static_cast<unsigned char>(c) < 0x20 || c == 0x7F ||
+                   kNotInNames.find(c) != std::string_view::npos;
+        },
+        '_');
+    for (size_t i = 0; i < name.size() && name[i] == '.'; ++i)
+        name[i] = '_';
+    if (name.size() <= kMostBytes)
+        return name;
+    size_t end = kMostBytes;
+    while ((static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) // a character stays whole
+        --end;
+    return name.substr(0, end);
+}
+
+std::vector<std::string> PlateNames(const std::string &pattern, const std::string &input,
+                                    const std::vector<std::string> &inks)
+{
+    std::set<std::string> used;
+    std::vector<std::string> names;
+    for (const std::string &ink : inks) {
+        const std::string plain = FileNameOf(ink);
+        std::string name = plain;
+        // File systems that do not tell large letters from small ones would have one file for both.
+        const auto fold = [](std::string text) {
+            std::ranges::transform(text, text.begin(), [](char c) {
+                return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
+            });
+            return text;
+        };
+        for (int number = 2; !used.insert(fold(name)).second; ++number)
+            name = fmt::format("{}-{}", plain, number);
+        names.push_back(FillPattern(Replaced(pattern, kInkMark, name), input, *FindFormat("png")));
+    }
+    return names;
+}
+
+PlatesCommand::PlatesCommand(CLI::App *command)
+{
+    command
+        ->add_option("-o,--output", output_,
+                     "where to write, as 'plates/{stem}-{ink}.png'; {ink} is the name of each ink, {stem} "
+                     "and {dir} are those of the input")
+        ->type_name("PATH");
+    command->add_flag("--force", force_, "overwrite drawings too, which are lost");
+    AddPictureOptions(&texts_, command);
+    common_.AddTo(command);
+    command->footer("Examples:\n"
+                    "  vx plates poster.vx -o 'plates/{ink}.png' --dpi 300\n"
+                    "  vx plates *.vx -o 'plates/{stem}-{ink}.png'\n"
+                    "  vx plates poster.vx -o '{ink}.png' --overprint ignore");
+}
+
+Status PlatesCommand::Run(Messages *messages) const
+{
+    const CommonOptions options = common_.Read();
+    if (output_.empty())
+        throw UsageError("no output: add -o and a name, as -o '{stem}-{ink}.png'");
+    const std::string pattern = WholePattern(output_);
+    if (pattern.find(kInkMark) == std::string::npos)
+        throw UsageError(
+            fmt::format("-o {}: all plates would be written to one file: name each after its ink, as -o "
+                        "'{{stem}}-{{ink}}.png'",
+                        output_));
+    CheckIsPng(pattern, options.inputs.front());
+    (void)OutputNames(pattern, options.inputs,
+                      std::vector{FindFormat("png")}); // no two inputs share their plates
+    const Settings settings = options.Complete(ReadSettings(texts_));
+    Session session(options, CommandKind::Render, messages);
+    Status worst = Status::Done;
+    for (const std::string &input : options.inputs)
+        worst = Worst(worst, MakePlates(input, settings, &session));
+    return worst;
+}
+
+// Which plates there are is known when the document was read to its end: so it is read once before.
+Status PlatesCommand::MakePlates(const std::string &input, const Settings &settings, Session *session) const
+{
+    JobTask look;
+    look.input = input;
+    look.layers = settings.layers;
+    look.makePasses = [](Failure *) { return std::vector<Pass>{LookThrough}; };
+    Job job(std::move(look), &session->Jobs());
+    if (!job.HasEnded())
+        job.Start();
+    job.Wait();
+    if (job.Found().fault)
+        return session->Tell(input, job.Found()).status;
+    PlateTask task;
+    task.input = input;
+    task.document = job.Opened();
+    task.settings = settings;
+    const std::vector<std::string> inks = PlateInks(job.Found().outcome.spots);
+    task.spotInks = inks;
+    task.outputs = PlateNames(WholePattern(output_), input, inks);
+    for (const std::string &output : task.outputs) {
+        if (!force_)
+            CheckKeepsDrawing(output_, output);
+    }
+    task.makeSink = [&inks](const OutputFiles &files) {
+        return std::make_unique<PlateFiles>([&](const std::string &ink) {
+            return SinkFor(
+                files.Descriptor(static_cast<size_t>(std::ranges::find(inks, ink) - inks.begin())));
+        });
+    };
+    PlateRendering rendering(std::move(task), &session->Jobs());
+    return session->Tell(input, rendering.Finish()).status;
+}
+
+} // namespace vxhost

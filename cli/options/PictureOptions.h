@@ -1,0 +1,23 @@
+// Options of commands that make pictures of one kind, without a choice of formats.
+#pragma once
+
+#include "library/Options.h"
+
+#include <string>
+#include <vector>
+
+namespace CLI
+{
+class App;
+}
+
+namespace vxhost
+{
+
+// Adds those of the table that say what is shown, how large and how fine.
+void AddPictureOptions(OptionTexts *texts, CLI::App *command);
+
+// Throws UsageError unless the pattern after -o is one of PNG files.
+void CheckIsPng(const std::string &pattern, const std::string &input);
+
+} // namespace vxhost
