@@ -131,6 +131,7 @@ Status PlatesCommand::MakePlates(const std::string &input, const Settings &setti
     look.layers = settings.layers;
     look.makePasses = [](Failure *) { return std::vector<Pass>{LookThrough}; };
     Job job(std::move(look), &session->Jobs());
+    const std::shared_ptr<Document> document = job.Opened();
     if (!job.HasEnded())
         job.Start();
     job.Wait();
@@ -138,7 +139,7 @@ Status PlatesCommand::MakePlates(const std::string &input, const Settings &setti
         return session->Tell(input, job.Found()).status;
     PlateTask task;
     task.input = input;
-    task.document = job.Opened();
+    task.document = document;
     task.settings = settings;
     const std::vector<std::string> inks = PlateInks(job.Found().outcome.spots);
     task.spotInks = inks;

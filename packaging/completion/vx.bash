@@ -7,6 +7,7 @@ _vx()
         --script --date-order --salvage --require-sandbox --strict --quiet --verbose --help'
     local picture='--output --format --dpi --zoom --width --height --fit --background --box --layers --hide --profile --intent
         --overprint --samples --text --spots --pdf-x --date'
+    local sheet='--dpi --zoom --width --height --fit --box --layers --hide --overprint --samples'
     local words= files=-f
 
     # "--option=value" comes in three words.
@@ -39,15 +40,17 @@ _vx()
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir) files=-d ;;
-    -r | --dpi | -z | --zoom | --width | --height | --fit | -j | --jobs | --max-time | --max-memory | --max-output) files= ;;
-    -o | --output | --plugin | --font-map | --manifest) ;;
+    -r | --dpi | -z | --zoom | --width | --height | --fit | --limit | -j | --jobs | --max-time | --max-memory | --max-output) files= ;;
+    -o | --output | --heat-map | --plugin | --font-map | --manifest) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render text trace fonts batch --help --version' files=
+            words='info render plates coverage text trace fonts batch --help --version' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
             info) words="--json $every" ;;
+            plates) words="--output --force $sheet $every" ;;
+            coverage) words="--limit --heat-map --json --force $sheet $every" ;;
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;

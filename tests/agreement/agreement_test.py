@@ -2,10 +2,11 @@
 
 A difference is a fault of ours until it is shown to be theirs; then it has a row, with its reason, in LARGER.
 """
+import os
 import re
 import unittest
 
-from PIL import Image
+from PIL import Image, ImageChops, ImageFilter, ImageStat
 
 import pictures
 from vxcommand import CommandTest, sample, sample_names
@@ -122,6 +123,50 @@ class Seams(Agreement):
                 self.check(inks(pdf, 144, self.folder).convert("RGB"))
         with self.subTest("rsvg"):
             self.check(pictures.colours_by_rsvg(self.draw("gradients", "svg"), (600, 400), self.folder))
+
+
+class Plates(Agreement):
+    """Each plate beside that which a press program makes of our PDF, where both have four samples a pixel, each way."""
+
+    DPI = 72
+    MEAN = 1.5
+    ROUNDED = 1  # an amount between two levels is either
+    # The most that the mean, and what is flat, may be off.
+    LARGER = {
+        # A line without width is as thin as each program finds right.
+        "hairlines": (11, ROUNDED),
+        # Lines thinner than a pixel, one beside the other, make a flat gray: this draws each as wide as a sample.
+        "pocket-trumpet": (MEAN, 42),
+        # The levels of a slow blend go up a pixel earlier or later.
+        "gradient-midpoints": (MEAN, 2),
+    }
+
+    def plates(self, name):
+        self.run_vx("plates", "-q", sample(name), "-o", "plate-{ink}.png", "-r", str(self.DPI), box_of(name))
+        return {file[len("plate-"):-len(".png")]: Image.open(self.path(file)) for file in self.files()
+                if file.startswith("plate-") and file.endswith(".png")}
+
+    @staticmethod
+    def flat(picture):
+        """White where no neighbour has another level."""
+        least, most = picture.filter(ImageFilter.MinFilter(3)), picture.filter(ImageFilter.MaxFilter(3))
+        return ImageChops.difference(least, most).point(lambda level: 0 if level else 255)
+
+    def test_every_sample_has_the_plates_of_its_pdf(self):
+        for name in sample_names():
+            own = self.plates(name)
+            theirs = pictures.plates(self.draw(name, "pdf"), self.DPI, self.folder, own, samples=4)
+            for ink, plate in own.items():
+                other = theirs[ink].convert("L")
+                mean, rounded = self.LARGER.get(name, (self.MEAN, self.ROUNDED))
+                with self.subTest(f"{name}, {ink}"):
+                    self.assertEqual(plate.size, other.size)
+                    off = ImageChops.difference(plate, other)
+                    self.assertLessEqual(ImageStat.Stat(off).mean[0], mean)
+                    flat = ImageChops.multiply(self.flat(plate), self.flat(other))
+                    self.assertLessEqual(ImageChops.multiply(off, flat).getextrema()[1], rounded)
+            for ink in own:
+                os.remove(self.path(f"plate-{ink}.png"))
 
 
 if __name__ == "__main__":

@@ -12,7 +12,7 @@ import unittest
 from vxcommand import CommandTest, Png, VX, WITHOUT_LANDLOCK, document, sample, sample_names
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
-COMMANDS = ["info", "render", "text", "trace", "fonts", "batch"]
+COMMANDS = ["info", "render", "plates", "coverage", "text", "trace", "fonts", "batch"]
 COMMON = "--plugin"  # the first of those that every command has
 
 

@@ -49,11 +49,11 @@ def inks_by_poppler(pdf, dpi, folder):
 PDF_PROGRAMS = {"poppler": inks_by_poppler, "MuPDF": inks_by_mupdf, "Ghostscript": inks_by_ghostscript}
 
 
-def plates(pdf, dpi, folder):
-    """One picture an ink, as a press has its plates: 0 is full, 255 none."""
+def plates(pdf, dpi, folder, inks=("Cyan", "Magenta", "Yellow", "Black"), samples=1):
+    """One picture an ink, as a press has its plates: 0 is full, 255 none. Of so many samples a pixel, each way."""
     out = os.path.join(folder, "plate")
-    ghostscript("tiffsep", pdf, dpi, out + ".tif")
-    return {ink: Image.open(f"{out}({ink}).tif") for ink in ("Cyan", "Magenta", "Yellow", "Black")}
+    ghostscript("tiffsep", pdf, samples * dpi, out + ".tif", f"-dDownScaleFactor={samples}")
+    return {ink: Image.open(f"{out}({ink}).tif") for ink in inks}
 
 
 def colours_by_rsvg(svg, size, folder):
