@@ -197,6 +197,9 @@ class Members(CommandTest):
         seen = self.compare(self.objects("text", "--json", "spot.vx", *self.names), named)
         self.assertEqual(set(seen["kind"]), set(re.findall(r"`([^`]+)`", named["kind"])))
 
+    def test_of_coverage(self):
+        self.compare(self.objects("coverage", "--json", "-r", "20", *self.names), named_members("vx-coverage.1.md", "JSON"))
+
     def test_of_fonts(self):
         objects = self.objects("fonts", "--json", *self.names) + self.objects("fonts", "--json", *self.deep)
         self.compare(objects, named_members("vx-fonts.1.md", "JSON"))
