@@ -45,12 +45,10 @@ class Rendering
 
   private:
     Fault OpenOutputs();
-    Failure OpenSpools();
     std::vector<Pass> MakePasses(Failure *failure) const;
 
     RenderTask task_;
     std::vector<std::unique_ptr<OutputFile>> files_; // one for each of the task's outputs
-    std::vector<int> spools_;                        // in the worker, one for each output; -1: it needs none
     std::unique_ptr<Job> job_;                       // null: an output cannot be opened
     Result result_;
 };
