@@ -17,12 +17,9 @@
 #include <qpdf/QPDFPageDocumentHelper.hh>
 
 #include <exception>
-#include <fcntl.h>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <sys/mman.h>
-#include <unistd.h>
 
 namespace
 {
@@ -87,16 +84,6 @@ class Output
     std::string bytes_;
 };
 
-// A file in memory, or one on a disk that is full.
-int OpenSpool(bool isFull)
-{
-    static const int full = open("/dev/full", O_RDWR | O_CLOEXEC);
-    static const int memory = memfd_create("spool", MFD_CLOEXEC);
-    Require(full >= 0 && memory >= 0, "no file for the spool");
-    Require(ftruncate(memory, 0) == 0, "the spool does not empty");
-    return isFull ? full : memory;
-}
-
 std::unique_ptr<Device> MakePdf(const Choice &choice, ByteSink sink, std::string *error)
 {
     PdfOptions options;
@@ -109,7 +96,6 @@ std::unique_ptr<Device> MakePdf(const Choice &choice, ByteSink sink, std::string
     } else if (choice.Has(3)) {
         options.background = Rgb{1, 2, 3};
     }
-    options.spool = OpenSpool(choice.Has(4) && choice.Has(5));
     return MakePdfDevice(options, std::move(sink), error);
 }
 

@@ -12,17 +12,16 @@ enum class FailureKind : uint8_t {
     OutOfMemory, // the machine has no more, or the limit is reached; the text is empty where nothing more is known
     TooLarge,    // a picture of more pixels than there may be
     CannotWrite, // the output cannot be written
-    SpoolFailed, // a temporary file cannot be written or read
     BadInput     // the document, its fonts or the options do not allow it
 };
 
 struct [[nodiscard]] Failure {
     FailureKind kind = FailureKind::None;
     std::string text = {}; // one line for a person
-    int error = 0;         // the errno of a write or a spool that failed; 0: it is not known
+    int error = 0;         // the errno of a write that failed; 0: it is not known
 
     explicit operator bool() const { return kind != FailureKind::None; }
-    bool IsOfWriting() const { return kind == FailureKind::CannotWrite || kind == FailureKind::SpoolFailed; }
+    bool IsOfWriting() const { return kind == FailureKind::CannotWrite; }
 };
 
 } // namespace vxhost

@@ -34,15 +34,12 @@
  *             document is unpacked, which opening it does, with the limits that hold where none are set. One enormous shape
  *             may take longer. "max-memory" counts what is unpacked, the paths, the saved states and the inks of a picture,
  *             and what the interpreter holds, each against the limit; what the libraries for fonts, colours and compression
- *             allocate for themselves is not counted. "max-output" counts the bytes that a vx_write is given; a PDF is put
- *             together in a temporary file, which takes about as much again, or where there are no files in memory, which
- *             may be as much as "max-memory" says. A program that opens drawings of strangers,
- *             and has to survive the worst, calls vx_render_isolated: there the three hold for all that is done, and a crash
- *             costs that call.
+ *             allocate for themselves is not counted. "max-output" counts the bytes that a vx_write is given.
+ *             A program that opens drawings of strangers, and has to survive the worst, calls vx_render_isolated: there the
+ *             three hold for all that is done, and a crash costs that call.
  * Manners     No call ends the process, prints, starts a thread, changes a signal or reads the environment. (The
  *             library that lists the fonts of the system reads variables of its own, and vx_render_isolated hands those
- *             to the process that it starts.) One thing can end it all the same:
- *             the library that writes PDF files, when memory runs out at the wrong moment.
+ *             to the process that it starts.)
  */
 #ifndef VX_H
 #define VX_H
@@ -101,7 +98,7 @@ void vx_library_free(vx_library *library); /* null is allowed */
  *   "font-dir":      a folder of fonts, with all below it; each call adds one
  *   "system-fonts":  "yes" (as it is without a call) or "no"
  *   "font-map":      a text file of lines "ASKED = FONT", each a call of vx_library_map_font; what follows "#" is a comment
- *   "temp-dir":      the folder in which a PDF is put together ("/tmp")
+ *   "temp-dir":      the folder in which vx_render_isolated keeps what it makes ("/tmp")
  *
  * The first two have to be set before the fonts are counted or mapped and before the first document is opened; later they
  * are VX_WRONG_ARGUMENT. The last two hold for documents that are opened afterwards.

@@ -110,12 +110,10 @@ std::string Job::Work(WorkerLink &link) const
 {
     Answer answer;
     Failure &failure = answer.outcome.failure;
-    if (task_.open)
-        failure = task_.open();
     answer.confinement = EnterSandbox(engine_->RulesWith({}), SystemCalls::OfReading);
     const bool isRefused = engine_->Options().mustBeConfined && !answer.confinement.IsWhole();
     std::vector<Pass> passes;
-    if (!failure && !isRefused)
+    if (!isRefused)
         passes = task_.makePasses(&failure);
     if (failure || isRefused)
         return WriteAnswer(std::move(answer));
@@ -219,8 +217,6 @@ Fault Job::FaultOfWriting(const Failure &failure) const
         return {FaultKind::OutputTooLong, "", failure.error};
     if (IsCallersFileLimit(failure.error))
         return {FaultKind::FileTooLong, "", failure.error};
-    if (failure.kind == FailureKind::SpoolFailed)
-        return {FaultKind::SpoolFailed, "", failure.error};
     if (failure.error == EPIPE)
         return {FaultKind::ReaderLeft};
     return {FaultKind::CannotWrite, "", failure.error};

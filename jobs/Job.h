@@ -36,10 +36,7 @@ struct JobTask {
     LayerChoice layers;                // that are painted
     bool keepsSpots = true;            // false: spot inks are painted in process colours
 
-    // Both run in the worker: the first before it is confined, to open what passes need and the rules of files do not give
-    // them; the second afterwards. Either may refuse. Where the first is null, nothing has to be opened.
-    std::function<Failure()> open;
-    // Passes are done one after the other, up to the first that fails.
+    // Runs in the worker, confined, and may refuse. Passes are done one after the other, up to the first that fails.
     std::function<std::vector<Pass>(Failure *)> makePasses;
     // Runs in this process when the document has to be read again, with fonts. Null: nothing has to be undone.
     std::function<void()> startOver;

@@ -1,6 +1,5 @@
 #include "jobs/Rendering.h"
 
-#include "host/TemporaryFile.h"
 #include "jobs/Sandbox.h"
 #include "library/pipe/Answer.h"
 
@@ -72,7 +71,6 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
     job.readable = FilesOf(task_.settings);
     job.layers = task_.settings.layers;
     job.keepsSpots = task_.settings.keepsSpots;
-    job.open = [this] { return OpenSpools(); };
     job.makePasses = [this](Failure *failure) { return MakePasses(failure); };
     job.startOver = [this] { files_.Empty(); };
     job_ = std::make_unique<Job>(std::move(job), engine);
@@ -87,28 +85,14 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
         job_.reset();
 }
 
-// Runs in the worker, before it is confined: afterwards no file can be made for what a device keeps in one.
-Failure Rendering::OpenSpools()
-{
-    for (const RenderTask::Output &output : task_.outputs) {
-        const int spool = output.format->spools ? OpenTemporaryFile() : -1;
-        if (output.format->spools && spool < 0)
-            return {FailureKind::SpoolFailed, "", errno};
-        spools_.push_back(spool);
-    }
-    return {};
-}
-
 // Runs in the worker.
 std::vector<Pass> Rendering::MakePasses(Failure *failure) const
 {
     std::vector<Pass> passes;
     for (size_t i = 0; i < files_.Size(); ++i) {
         const Format *format = task_.outputs[i].format;
-        Settings settings = task_.settings;
-        settings.pdf.spool = spools_[i];
         std::string error;
-        std::shared_ptr<Device> device = format->make(settings, SinkFor(files_.Descriptor(i)), &error);
+        std::shared_ptr<Device> device = format->make(task_.settings, SinkFor(files_.Descriptor(i)), &error);
         if (device == nullptr) {
             *failure = {FailureKind::BadInput, error};
             return {};

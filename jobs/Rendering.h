@@ -53,12 +53,10 @@ class Rendering
     const RenderTask &Task() const { return task_; }
 
   private:
-    Failure OpenSpools();
     std::vector<Pass> MakePasses(Failure *failure) const;
 
     RenderTask task_;
     OutputFiles files_;        // one for each of the task's outputs
-    std::vector<int> spools_;  // in the worker, one for each output; -1: it needs none
     std::unique_ptr<Job> job_; // null: an output cannot be opened
     Result result_;
 };

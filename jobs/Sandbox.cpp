@@ -142,8 +142,6 @@ constexpr PartlyAllowed kPartlyAllowed[] = {
     // The limit of memory does not count what is shared, and nobody makes code.
     {SCMP_SYS(mmap), {{{2, PROT_EXEC, 0}, {3, MAP_TYPE, MAP_PRIVATE}}}},
     {SCMP_SYS(mprotect), {{{2, PROT_EXEC, 0}, kAlways}}},
-    // Room that is set aside is not counted as the size of a file; what is given back is.
-    {SCMP_SYS(fallocate), {{{1, kWhole, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE}, kAlways}}},
 };
 
 // Fontconfig needs these to look through folders, and to keep what it found in files of its own. Which folders these are the

@@ -15,17 +15,17 @@ namespace
 
 // The rows stand in the order of kPdf, kSvg and kPng.
 constexpr Format kFormats[] = {
-    {"pdf", "application/pdf", true,
+    {"pdf", "application/pdf",
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakePdfDevice(settings.pdf, std::move(sink), error);
      },
      [](const Settings &settings, const Page &page) { return WhyNoPdf(settings.pdf, page); }},
-    {"svg", "image/svg+xml", false,
+    {"svg", "image/svg+xml",
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakeSvgDevice(settings.svg, std::move(sink), error);
      },
      [](const Settings &, const Page &) { return Failure(); }},
-    {"png", "image/png", false,
+    {"png", "image/png",
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakePngDevice(settings.png, std::move(sink), error);
      },

@@ -18,7 +18,6 @@ struct Settings;
 struct Format {
     std::string_view name; // what --format takes; it is the extension of a file too
     std::string_view mime;
-    bool spools; // its device keeps what is too long for memory in a file, which Settings name
 
     // Null when the settings cannot be met: error is then one line for a person.
     std::unique_ptr<Device> (*make)(const Settings &settings, ByteSink sink, std::string *error);

@@ -405,7 +405,7 @@ Settings OptionTexts::Read(const std::map<std::string, ProfileBytes> &profiles) 
         if (!text.empty())
             option.read(option, text, &settings);
     }
-    settings.png.memoryLimit = settings.pdf.memoryLimit =
+    settings.png.memoryLimit =
         settings.memory > 0 ? static_cast<uint64_t>(settings.memory) : std::numeric_limits<uint64_t>::max();
     if (settings.pdf.standard == PdfX::None)
         settings.pdf.profile =

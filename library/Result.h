@@ -38,8 +38,7 @@ enum class FaultKind : uint8_t {
     NoFolder,
     CannotWrite,
     NoTemporaryFile,
-    SpoolFailed, // a temporary file cannot be written or read
-    ReaderLeft,  // as head does when it has what it wanted
+    ReaderLeft, // as head does when it has what it wanted
     // What became of the worker:
     NoWorker,
     Killed,  // as the system does when memory runs out

@@ -90,9 +90,6 @@ std::string OutputText(const Result &result, const SummaryOptions &options)
     case FaultKind::NoTemporaryFile:
         return fmt::format("no temporary file in \"{}\", {}: name another folder in TMPDIR", fault.text,
                            SystemText(fault.error));
-    case FaultKind::SpoolFailed:
-        return fmt::format("cannot be kept in a temporary file, {}: name another folder in TMPDIR",
-                           SystemText(fault.error));
     case FaultKind::ReaderLeft:
         return "";
     default:
@@ -192,7 +189,6 @@ bool IsOfOutput(FaultKind kind)
     case FaultKind::NoFolder:
     case FaultKind::CannotWrite:
     case FaultKind::NoTemporaryFile:
-    case FaultKind::SpoolFailed:
     case FaultKind::ReaderLeft:
         return true;
     default:

@@ -6,8 +6,8 @@
 namespace vxhost::pdf
 {
 
-ContentStream::ContentStream(PieceSpool *spool, Deflater *deflater)
-    : spool_(spool), deflater_(deflater), room_(new char[kPieceBytes + kSlack]), at_(room_.get())
+ContentStream::ContentStream(PdfFile *file)
+    : file_(file), room_(new char[kPieceBytes + kSlack]), at_(room_.get())
 {
 }
 
@@ -81,12 +81,18 @@ void ContentStream::AddPath(const Path &path, const Matrix &matrix)
     AddMapped(path, [&](Point point) { return matrix.Map(point); });
 }
 
-void ContentStream::Finish()
+void ContentStream::EndPiece()
 {
     const std::span<const char> piece(room_.get(), static_cast<size_t>(at_ - room_.get()));
     at_ = room_.get();
     if (!piece.empty())
-        spool_->Add(deflater_ == nullptr ? piece : deflater_->Compress(piece));
+        pieces_.push_back(file_->AddStream({}, piece));
+}
+
+const std::vector<Reference> &ContentStream::Finish()
+{
+    EndPiece();
+    return pieces_;
 }
 
 } // namespace vxhost::pdf

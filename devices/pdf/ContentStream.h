@@ -1,17 +1,17 @@
 // The operators of a page, as they are written: numbers, names, paths.
 //
-// Holds one piece of the page in memory; a full piece is compressed and spooled. Pieces end between two tokens, as a
-// page that is an array of streams asks for.
+// Holds one piece of the page in memory; a full piece is a stream of the file. Pieces end between two tokens, as a page that is an
+// array of streams asks for.
 #pragma once
 
-#include "devices/pdf/Deflater.h"
-#include "devices/pdf/PieceSpool.h"
+#include "devices/pdf/PdfFile.h"
 #include "devices/vector/Numbers.h"
 #include "host/drawing/Path.h"
 
 #include <cstddef>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 namespace vxhost::pdf
 {
@@ -21,8 +21,7 @@ class ContentStream
   public:
     static constexpr size_t kMaxRaw = 60000;
 
-    // Both must outlive this object. Without a deflater pieces stay as they are.
-    ContentStream(PieceSpool *spool, Deflater *deflater);
+    explicit ContentStream(PdfFile *file); // which must outlive this object
 
     ContentStream &Number(double value)
     {
@@ -43,8 +42,8 @@ class ContentStream
     void AddPath(const Path &path);
     void AddPath(const Path &path, const Matrix &matrix);
 
-    // Hands over what is left.
-    void Finish();
+    // Writes what is left. Returns all pieces.
+    const std::vector<Reference> &Finish();
 
   private:
     static constexpr size_t kPieceBytes = size_t{2} << 20;
@@ -54,14 +53,15 @@ class ContentStream
     char *Room()
     {
         if (at_ > room_.get() + kPieceBytes)
-            Finish();
+            EndPiece();
         return at_;
     }
+    void EndPiece();
     template <typename MapPoint>
     void AddMapped(const Path &path, MapPoint map);
 
-    PieceSpool *spool_;
-    Deflater *deflater_;
+    PdfFile *file_;
+    std::vector<Reference> pieces_;
     std::unique_ptr<char[]> room_;
     char *at_;
 };

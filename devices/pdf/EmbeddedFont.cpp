@@ -52,16 +52,6 @@ std::string PlainName(const std::string &name)
     return plain.empty() ? "Font" : plain;
 }
 
-QPDFObjectHandle Real(double value)
-{
-    return MakeNumber(Written(value));
-}
-
-QPDFObjectHandle Integer(int64_t value)
-{
-    return QPDFObjectHandle::newInteger(value);
-}
-
 } // namespace
 
 EmbeddedFont::EmbeddedFont(std::unique_ptr<FontProgram> program, const std::string &asked)
@@ -115,127 +105,105 @@ std::string EmbeddedFont::BaseName(const EmbeddedProgram &program) const
     return program_->IsSubset() ? SubsetTag(program.bytes) + asked_ : asked_;
 }
 
-QPDFObjectHandle EmbeddedFont::Descriptor(PdfFile *file, const EmbeddedProgram &program,
-                                          const std::string &name) const
+Reference EmbeddedFont::AddDescriptor(PdfFile *file, const EmbeddedProgram &program,
+                                      const std::string &name) const
 {
     const FontMeasures measures = program_->Measures();
-    QPDFObjectHandle embedded = QPDFObjectHandle::newDictionary();
-    const char *key = "/FontFile3";
+    Dictionary embedded;
+    const char *key = "FontFile3";
     switch (program_->Kind()) {
     case FontKind::TrueType:
-        key = "/FontFile2";
-        embedded.replaceKey("/Length1", Integer(static_cast<int64_t>(program.bytes.size())));
+        key = "FontFile2";
+        embedded.Add("Length1", static_cast<double>(program.bytes.size()));
         break;
     case FontKind::NamedCff:
     case FontKind::CidCff:
-        embedded.replaceKey("/Subtype", MakeName("CIDFontType0C"));
+        embedded.Add("Subtype", "/CIDFontType0C");
         break;
     case FontKind::Type1:
-        key = "/FontFile";
-        embedded.replaceKey("/Length1", Integer(static_cast<int64_t>(program.clearLength)));
-        embedded.replaceKey("/Length2", Integer(static_cast<int64_t>(program.encryptedLength)));
-        embedded.replaceKey("/Length3", Integer(0));
+        key = "FontFile";
+        embedded.Add("Length1", static_cast<double>(program.clearLength));
+        embedded.Add("Length2", static_cast<double>(program.encryptedLength));
+        embedded.Add("Length3", 0);
         break;
     }
-    QPDFObjectHandle descriptor = QPDFObjectHandle::newDictionary();
-    descriptor.replaceKey("/Type", MakeName("FontDescriptor"));
-    descriptor.replaceKey("/FontName", MakeName(name));
-    descriptor.replaceKey("/Flags", Integer(kSymbolic | (measures.isFixedPitch ? kFixedPitch : 0) |
-                                            (measures.italicAngle != 0 ? kItalic : 0)));
-    descriptor.replaceKey("/FontBBox",
-                          QPDFObjectHandle::newArray({Real(measures.left), Real(measures.bottom),
-                                                      Real(measures.right), Real(measures.top)}));
-    descriptor.replaceKey("/ItalicAngle", Real(measures.italicAngle));
-    descriptor.replaceKey("/Ascent", Real(measures.ascent));
-    descriptor.replaceKey("/Descent", Real(measures.descent));
-    descriptor.replaceKey("/CapHeight", Real(measures.capHeight));
-    descriptor.replaceKey("/StemV", Real(measures.stem));
-    descriptor.replaceKey(key, file->AddStream(embedded, program.bytes));
-    return file->Add(descriptor);
+    Dictionary descriptor;
+    descriptor.Add("Type", "/FontDescriptor").Add("FontName", NameValue(name));
+    descriptor.Add("Flags", kSymbolic | (measures.isFixedPitch ? kFixedPitch : 0) |
+                                (measures.italicAngle != 0 ? kItalic : 0));
+    descriptor.Add("FontBBox", ArrayValue({Written(measures.left), Written(measures.bottom),
+                                           Written(measures.right), Written(measures.top)}));
+    descriptor.Add("ItalicAngle", Written(measures.italicAngle)).Add("Ascent", Written(measures.ascent));
+    descriptor.Add("Descent", Written(measures.descent)).Add("CapHeight", Written(measures.capHeight));
+    descriptor.Add("StemV", Written(measures.stem)).Add(key, file->AddStream(embedded, program.bytes));
+    return file->Add(descriptor.Value());
 }
 
 // Strings name glyphs by index, or by number in the font's own collection: the encoding is the identity.
-void EmbeddedFont::AddComposite(PdfFile *file, const QPDFObjectHandle &descriptor, const std::string &name,
-                                QPDFObjectHandle *resources) const
+void EmbeddedFont::AddComposite(PdfFile *file, Reference descriptor, const std::string &name,
+                                Dictionary *resources) const
 {
     const Part &part = parts_.front();
-    QPDFObjectHandle widths = QPDFObjectHandle::newArray(), columns = QPDFObjectHandle::newArray();
+    std::string widths, columns;
     for (const auto &[code, glyph] : part.glyphs) {
-        const double width = used_[glyph].width;
-        widths.appendItem(Integer(code));
-        widths.appendItem(QPDFObjectHandle::newArray({Real(width)}));
-        columns.appendItem(Integer(code));
-        columns.appendItem(QPDFObjectHandle::newArray({Integer(-1000), Real(kColumnX), Real(kColumnY)}));
+        widths.append(std::to_string(code)).append(ArrayValue({used_[glyph].width}));
+        columns.append(std::to_string(code)).append(ArrayValue({-1000, kColumnX, kColumnY}));
     }
     const CharacterCollection collection = program_->Collection();
-    QPDFObjectHandle system = QPDFObjectHandle::newDictionary();
-    system.replaceKey("/Registry", QPDFObjectHandle::newString(collection.registry));
-    system.replaceKey("/Ordering", QPDFObjectHandle::newString(collection.ordering));
-    system.replaceKey("/Supplement", Integer(collection.supplement));
+    Dictionary system;
+    system.Add("Registry", TextValue(collection.registry)).Add("Ordering", TextValue(collection.ordering));
+    system.Add("Supplement", collection.supplement);
 
     const bool isTrueType = program_->Kind() == FontKind::TrueType;
-    QPDFObjectHandle descendant = QPDFObjectHandle::newDictionary();
-    descendant.replaceKey("/Type", MakeName("Font"));
-    descendant.replaceKey("/Subtype", MakeName(isTrueType ? "CIDFontType2" : "CIDFontType0"));
-    descendant.replaceKey("/BaseFont", MakeName(name));
-    descendant.replaceKey("/CIDSystemInfo", system);
-    descendant.replaceKey("/FontDescriptor", descriptor);
-    descendant.replaceKey("/W", widths);
+    Dictionary descendant;
+    descendant.Add("Type", "/Font").Add("Subtype", isTrueType ? "/CIDFontType2" : "/CIDFontType0");
+    descendant.Add("BaseFont", NameValue(name)).Add("CIDSystemInfo", system.Value());
+    descendant.Add("FontDescriptor", descriptor).Add("W", ArrayValue(widths));
     if (!part.nameDown.empty())
-        descendant.replaceKey("/W2", columns);
+        descendant.Add("W2", ArrayValue(columns));
     if (isTrueType)
-        descendant.replaceKey("/CIDToGIDMap", MakeName("Identity"));
-    descendant = file->Add(descendant);
-    const QPDFObjectHandle toUnicode =
-        file->AddStream(QPDFObjectHandle::newDictionary(), ToUnicodeMap(part.characters, 2));
+        descendant.Add("CIDToGIDMap", "/Identity");
+    const std::string descendants = ArrayValue(ValueOf(file->Add(descendant.Value())));
+    const Reference toUnicode = file->AddStream({}, ToUnicodeMap(part.characters, 2));
 
     const auto add = [&](const std::string &resource, const std::string &encoding) {
         if (resource.empty())
             return;
-        QPDFObjectHandle font = QPDFObjectHandle::newDictionary();
-        font.replaceKey("/Type", MakeName("Font"));
-        font.replaceKey("/Subtype", MakeName("Type0"));
+        Dictionary font;
+        font.Add("Type", "/Font").Add("Subtype", "/Type0");
         // A CFF font is named together with its encoding, by custom.
-        font.replaceKey("/BaseFont", MakeName(isTrueType ? name : name + "-" + encoding));
-        font.replaceKey("/Encoding", MakeName(encoding));
-        font.replaceKey("/DescendantFonts", QPDFObjectHandle::newArray({descendant}));
-        font.replaceKey("/ToUnicode", toUnicode);
-        resources->replaceKey(KeyOf(resource), file->Add(font));
+        font.Add("BaseFont", NameValue(isTrueType ? name : name + "-" + encoding));
+        font.Add("Encoding", NameValue(encoding)).Add("DescendantFonts", descendants);
+        resources->Add(resource, file->Add(font.Add("ToUnicode", toUnicode).Value()));
     };
     add(part.nameAcross, "Identity-H");
     add(part.nameDown, "Identity-V");
 }
 
-void EmbeddedFont::AddSimple(PdfFile *file, const QPDFObjectHandle &descriptor, const std::string &name,
-                             QPDFObjectHandle *resources) const
+void EmbeddedFont::AddSimple(PdfFile *file, Reference descriptor, const std::string &name,
+                             Dictionary *resources) const
 {
     for (const Part &part : parts_) {
-        QPDFObjectHandle widths = QPDFObjectHandle::newArray(), names = QPDFObjectHandle::newArray();
-        names.appendItem(Integer(kFirstCode));
+        std::string widths, names = std::to_string(kFirstCode);
         for (const auto &[code, glyph] : part.glyphs) {
-            widths.appendItem(Real(used_[glyph].width));
-            names.appendItem(MakeName(program_->GlyphName(glyph)));
+            widths.append(FactorText(used_[glyph].width)).append(" ");
+            names += NameValue(program_->GlyphName(glyph));
         }
-        QPDFObjectHandle encoding = QPDFObjectHandle::newDictionary();
-        encoding.replaceKey("/Type", MakeName("Encoding"));
-        encoding.replaceKey("/Differences", names);
-        QPDFObjectHandle font = QPDFObjectHandle::newDictionary();
-        font.replaceKey("/Type", MakeName("Font"));
-        font.replaceKey("/Subtype", MakeName("Type1"));
-        font.replaceKey("/BaseFont", MakeName(name));
-        font.replaceKey("/FirstChar", Integer(kFirstCode));
-        font.replaceKey("/LastChar", Integer(kFirstCode + static_cast<int64_t>(part.glyphs.size()) - 1));
-        font.replaceKey("/Widths", widths);
-        font.replaceKey("/Encoding", encoding);
-        font.replaceKey("/FontDescriptor", descriptor);
-        font.replaceKey("/ToUnicode",
-                        file->AddStream(QPDFObjectHandle::newDictionary(), ToUnicodeMap(part.characters, 1)));
+        Dictionary encoding;
+        encoding.Add("Type", "/Encoding").Add("Differences", ArrayValue(names));
+        Dictionary font;
+        font.Add("Type", "/Font").Add("Subtype", "/Type1").Add("BaseFont", NameValue(name));
+        font.Add("FirstChar", kFirstCode);
+        font.Add("LastChar", kFirstCode + static_cast<double>(part.glyphs.size()) - 1);
+        font.Add("Widths", ArrayValue(widths)).Add("Encoding", encoding.Value());
+        font.Add("FontDescriptor", descriptor);
+        font.Add("ToUnicode", file->AddStream({}, ToUnicodeMap(part.characters, 1)));
         if (!part.nameAcross.empty())
-            resources->replaceKey(KeyOf(part.nameAcross), file->Add(font));
+            resources->Add(part.nameAcross, file->Add(font.Value()));
     }
 }
 
-Failure EmbeddedFont::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
+Failure EmbeddedFont::AddTo(PdfFile *file, Dictionary *resources) const
 {
     if (parts_.empty())
         return {};
@@ -247,7 +215,7 @@ Failure EmbeddedFont::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
                 "the font for \"" + asked_ +
                     "\" is damaged, its glyphs cannot be embedded: use outlines for text"};
     const std::string name = BaseName(program);
-    const QPDFObjectHandle descriptor = Descriptor(file, program, name);
+    const Reference descriptor = AddDescriptor(file, program, name);
     if (CodeBytes() == 2)
         AddComposite(file, descriptor, name, resources);
     else

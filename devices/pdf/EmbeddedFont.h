@@ -45,7 +45,7 @@ class EmbeddedFont
     const std::string &ResourceName(uint32_t part, bool runsDown);
 
     // Adds what was used to the file and to the page's fonts. Returns what went wrong, if something did.
-    Failure AddTo(PdfFile *file, QPDFObjectHandle *resources) const;
+    Failure AddTo(PdfFile *file, Dictionary *resources) const;
 
   private:
     struct Used {
@@ -61,11 +61,10 @@ class EmbeddedFont
     };
 
     std::string BaseName(const EmbeddedProgram &program) const;
-    QPDFObjectHandle Descriptor(PdfFile *file, const EmbeddedProgram &program, const std::string &name) const;
-    void AddComposite(PdfFile *file, const QPDFObjectHandle &descriptor, const std::string &name,
-                      QPDFObjectHandle *resources) const;
-    void AddSimple(PdfFile *file, const QPDFObjectHandle &descriptor, const std::string &name,
-                   QPDFObjectHandle *resources) const;
+    Reference AddDescriptor(PdfFile *file, const EmbeddedProgram &program, const std::string &name) const;
+    void AddComposite(PdfFile *file, Reference descriptor, const std::string &name,
+                      Dictionary *resources) const;
+    void AddSimple(PdfFile *file, Reference descriptor, const std::string &name, Dictionary *resources) const;
 
     std::unique_ptr<FontProgram> program_;
     std::string asked_;

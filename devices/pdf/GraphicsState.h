@@ -25,7 +25,7 @@ inline constexpr std::string_view kBlackInk = "BlackInk"; // ColorSpace: black a
 class GraphicsState
 {
   public:
-    explicit GraphicsState(ContentStream *content) : content_(content) {}
+    GraphicsState(ContentStream *content, PdfFile *file) : content_(content), spots_(file) {}
 
     void Save();    // q
     void Restore(); // Q

@@ -44,49 +44,37 @@ std::string Program(const Inks &inks)
     return program + "}";
 }
 
-QPDFObjectHandle Separation(const SpotInk &ink)
+std::string Separation(const SpotInk &ink)
 {
-    QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
-    function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(2));
-    function.replaceKey("/Domain", MakeNumbers({0, 1}));
-    function.replaceKey("/C0", MakeNumbers({0, 0, 0, 0}));
-    function.replaceKey(
-        "/C1", MakeNumbers({ink.alternate[0], ink.alternate[1], ink.alternate[2], ink.alternate[3]}));
-    function.replaceKey("/N", QPDFObjectHandle::newInteger(1));
-    return QPDFObjectHandle::newArray(
-        {MakeName("Separation"), MakeName(ink.name), MakeName("DeviceCMYK"), function});
+    Dictionary function;
+    function.Add("FunctionType", 2).Add("Domain", ArrayValue({0, 1})).Add("C0", ArrayValue({0, 0, 0, 0}));
+    function.Add("C1", ArrayValue({ink.alternate[0], ink.alternate[1], ink.alternate[2], ink.alternate[3]}));
+    return ArrayValue("/Separation" + NameValue(ink.name) + "/DeviceCMYK" + function.Add("N", 1).Value());
 }
 
 } // namespace
 
-QPDFObjectHandle InkSpace(PdfFile *file, const Inks &inks)
+Reference InkSpace(const Inks &inks, PdfFile *file)
 {
     if (inks.size() == 1)
-        return Separation(*inks.front());
-    QPDFObjectHandle names = QPDFObjectHandle::newArray(), domain = QPDFObjectHandle::newArray();
+        return file->Share(Separation(*inks.front()));
+    std::string names, domain;
+    Dictionary colorants;
     for (const SpotInk *ink : inks) {
-        names.appendItem(MakeName(ink->name));
-        domain.appendItem(QPDFObjectHandle::newInteger(0));
-        domain.appendItem(QPDFObjectHandle::newInteger(1));
-    }
-    QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
-    function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(4));
-    function.replaceKey("/Domain", domain);
-    function.replaceKey("/Range", MakeNumbers({0, 1, 0, 1, 0, 1, 0, 1}));
-    QPDFObjectHandle space = QPDFObjectHandle::newArray(
-        {MakeName("DeviceN"), names, MakeName("DeviceCMYK"), file->AddStream(function, Program(inks))});
-    QPDFObjectHandle colorants = QPDFObjectHandle::newDictionary();
-    for (const SpotInk *ink : inks) {
+        names += NameValue(ink->name);
+        domain += "0 1 ";
         if (std::ranges::none_of(kProcessInks, [&](const SpotInk &process) { return &process == ink; }))
-            colorants.replaceKey(KeyOf(ink->name), Separation(*ink));
+            colorants.Add(ink->name, Separation(*ink));
     }
+    Dictionary function;
+    function.Add("FunctionType", 4).Add("Domain", ArrayValue(domain));
+    function.Add("Range", ArrayValue({0, 1, 0, 1, 0, 1, 0, 1}));
+    std::string space = "/DeviceN" + ArrayValue(names) + "/DeviceCMYK ";
+    space += ValueOf(file->ShareStream(function, Program(inks)));
     // Readers that have a plate of their own for a spot ink look here for how it looks alone.
-    if (!colorants.getKeys().empty()) {
-        QPDFObjectHandle attributes = QPDFObjectHandle::newDictionary();
-        attributes.replaceKey("/Colorants", colorants);
-        space.appendItem(attributes);
-    }
-    return space;
+    if (!colorants.IsEmpty())
+        space += Dictionary().Add("Colorants", colorants.Value()).Value();
+    return file->Share(ArrayValue(space));
 }
 
 std::string InkSpaces::NameOf(std::span<const SpotInk *const> inks)
@@ -98,10 +86,10 @@ std::string InkSpaces::NameOf(std::span<const SpotInk *const> inks)
     return ResourceName(static_cast<size_t>(found - spaces_.begin()));
 }
 
-void InkSpaces::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
+void InkSpaces::AddTo(Dictionary *resources) const
 {
     for (size_t i = 0; i < spaces_.size(); ++i)
-        resources->replaceKey(KeyOf(ResourceName(i)), file->Add(InkSpace(file, spaces_[i])));
+        resources->Add(ResourceName(i), InkSpace(spaces_[i], file_));
 }
 
 } // namespace vxhost::pdf

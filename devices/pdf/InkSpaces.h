@@ -16,17 +16,20 @@ namespace vxhost::pdf
 using Inks = std::vector<const SpotInk *>;
 
 // The space of these inks, each 0 none and 1 full.
-QPDFObjectHandle InkSpace(PdfFile *file, const Inks &inks);
+Reference InkSpace(const Inks &inks, PdfFile *file);
 
 // The spaces that a page paints with, by name.
 class InkSpaces
 {
   public:
+    explicit InkSpaces(PdfFile *file) : file_(file) {} // which must outlive this object
+
     // Returns the name of the resource.
     std::string NameOf(std::span<const SpotInk *const> inks);
-    void AddTo(PdfFile *file, QPDFObjectHandle *resources) const;
+    void AddTo(Dictionary *resources) const;
 
   private:
+    PdfFile *file_;
     std::vector<Inks> spaces_; // by number
 };
 

@@ -13,27 +13,27 @@ std::string DateOf(const PdfOptions &options, const Page &page)
 }
 
 // The standards for print ask for both dates, a title, and whether the page was trapped: it was not.
-void AddMetadata(const PdfOptions &options, const Page &page, PdfFile *file)
+Reference AddMetadata(const PdfOptions &options, const Page &page, PdfFile *file)
 {
-    QPDFObjectHandle info = QPDFObjectHandle::newDictionary();
+    Dictionary info;
     const auto add = [&](const char *key, const std::string &text) {
         if (!text.empty())
-            info.replaceKey(key, QPDFObjectHandle::newUnicodeString(text));
+            info.Add(key, TextValue(text));
     };
     const bool isForPrint = options.standard != PdfX::None;
     const std::string date = DateOf(options, page);
-    add("/Title", page.title.empty() && isForPrint ? "Untitled" : page.title);
-    add("/Creator", page.creator);
-    add("/Producer", "vx");
-    add("/CreationDate", date);
+    add("Title", page.title.empty() && isForPrint ? "Untitled" : page.title);
+    add("Creator", page.creator);
+    add("Producer", "vx");
+    add("CreationDate", date);
     if (date.empty())
-        add("/DocumentDate", page.created);
+        add("DocumentDate", page.created);
     if (isForPrint) {
-        add("/ModDate", date);
-        add("/GTS_PDFXVersion", options.standard == PdfX::X1a ? "PDF/X-1a:2003" : "PDF/X-3:2003");
-        info.replaceKey("/Trapped", MakeName("False"));
+        add("ModDate", date);
+        add("GTS_PDFXVersion", options.standard == PdfX::X1a ? "PDF/X-1a:2003" : "PDF/X-3:2003");
+        info.Add("Trapped", "/False");
     }
-    file->Trailer().replaceKey("/Info", file->Add(info));
+    return file->Add(info.Value());
 }
 
 } // namespace vxhost::pdf

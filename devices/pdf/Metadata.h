@@ -13,6 +13,7 @@ namespace vxhost::pdf
 // there is none.
 std::string DateOf(const PdfOptions &options, const Page &page);
 
-void AddMetadata(const PdfOptions &options, const Page &page, PdfFile *file);
+// Returns the object that says it.
+Reference AddMetadata(const PdfOptions &options, const Page &page, PdfFile *file);
 
 } // namespace vxhost::pdf

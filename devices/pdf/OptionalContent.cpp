@@ -13,25 +13,21 @@ std::string NameOf(size_t number)
     return "Layer" + std::to_string(number + 1);
 }
 
-QPDFObjectHandle State(const char *key, bool isOn)
+std::string State(std::string_view key, bool isOn)
 {
-    QPDFObjectHandle state = QPDFObjectHandle::newDictionary();
-    state.replaceKey(key, MakeName(isOn ? "ON" : "OFF"));
-    return state;
+    return Dictionary().Add(key, isOn ? "/ON" : "/OFF").Value();
 }
 
 // A layer that does not print is there because somebody asked for it: it is hidden until it is switched on.
-QPDFObjectHandle GroupOf(const Layer &layer)
+std::string GroupOf(const Layer &layer)
 {
-    QPDFObjectHandle usage = QPDFObjectHandle::newDictionary();
-    usage.replaceKey("/Print", State("/PrintState", layer.isPrinting));
-    usage.replaceKey("/View", State("/ViewState", layer.isPrinting));
-    usage.replaceKey("/Export", State("/ExportState", layer.isPrinting));
-    QPDFObjectHandle group = QPDFObjectHandle::newDictionary();
-    group.replaceKey("/Type", MakeName("OCG"));
-    group.replaceKey("/Name", QPDFObjectHandle::newUnicodeString(layer.name));
-    group.replaceKey("/Usage", usage);
-    return group;
+    Dictionary usage;
+    usage.Add("Print", State("PrintState", layer.isPrinting));
+    usage.Add("View", State("ViewState", layer.isPrinting));
+    usage.Add("Export", State("ExportState", layer.isPrinting));
+    Dictionary group;
+    group.Add("Type", "/OCG").Add("Name", TextValue(layer.name)).Add("Usage", usage.Value());
+    return group.Value();
 }
 
 } // namespace
@@ -46,50 +42,40 @@ std::string OptionalContent::Begin(const Layer &layer)
 }
 
 // Lists the topmost first, as editors do; those within a layer stand in an array behind it.
-QPDFObjectHandle OptionalContent::OrderOf(const std::vector<size_t> &layers,
-                                          const std::vector<QPDFObjectHandle> &groups) const
+std::string OptionalContent::OrderOf(const std::vector<size_t> &layers,
+                                     const std::vector<Reference> &groups) const
 {
-    QPDFObjectHandle order = QPDFObjectHandle::newArray();
+    std::string order;
     for (auto number = layers.rbegin(); number != layers.rend(); ++number) {
-        order.appendItem(groups[*number]);
+        order.append(ValueOf(groups[*number])).append(" ");
         if (!layers_[*number].children.empty())
-            order.appendItem(OrderOf(layers_[*number].children, groups));
+            order += OrderOf(layers_[*number].children, groups);
     }
-    return order;
+    return ArrayValue(order);
 }
 
-void OptionalContent::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
+void OptionalContent::AddTo(PdfFile *file, Dictionary *catalog, Dictionary *resources) const
 {
-    std::vector<QPDFObjectHandle> groups;
-    QPDFObjectHandle all = QPDFObjectHandle::newArray(), hidden = QPDFObjectHandle::newArray(),
-                     locked = QPDFObjectHandle::newArray();
+    std::vector<Reference> groups, hidden, locked;
     for (const Content &content : layers_) {
-        groups.push_back(file->Add(GroupOf(*content.layer)));
-        resources->replaceKey(KeyOf(NameOf(groups.size() - 1)), groups.back());
-        all.appendItem(groups.back());
+        const Reference group = file->Add(GroupOf(*content.layer));
+        groups.push_back(group);
+        resources->Add(NameOf(groups.size() - 1), group);
         if (!content.layer->isPrinting)
-            hidden.appendItem(groups.back());
+            hidden.push_back(group);
         if (!content.layer->isEnabled)
-            locked.appendItem(groups.back());
+            locked.push_back(group);
     }
-    QPDFObjectHandle defaults = QPDFObjectHandle::newDictionary();
-    defaults.replaceKey("/Order", OrderOf(outermost_, groups));
-    defaults.replaceKey("/OFF", hidden);
-    defaults.replaceKey("/Locked", locked);
-    QPDFObjectHandle events = QPDFObjectHandle::newArray();
-    for (const char *event : {"View", "Print", "Export"}) {
-        QPDFObjectHandle automatic = QPDFObjectHandle::newDictionary();
-        automatic.replaceKey("/Event", MakeName(event));
-        automatic.replaceKey("/Category", QPDFObjectHandle::newArray({MakeName(event)}));
-        automatic.replaceKey("/OCGs", all);
-        events.appendItem(automatic);
-    }
-    defaults.replaceKey("/AS", events);
-    QPDFObjectHandle properties = QPDFObjectHandle::newDictionary();
-    properties.replaceKey("/OCGs", all);
-    properties.replaceKey("/D", defaults);
-    file->Catalog().replaceKey("/OCProperties", properties);
-    file->NeedVersion("1.5");
+    const std::string all = ArrayValue(groups);
+    std::string events;
+    for (const std::string event : {"/View", "/Print", "/Export"})
+        events +=
+            Dictionary().Add("Event", event).Add("Category", ArrayValue(event)).Add("OCGs", all).Value();
+    Dictionary defaults;
+    defaults.Add("Order", OrderOf(outermost_, groups)).Add("OFF", ArrayValue(hidden));
+    defaults.Add("Locked", ArrayValue(locked)).Add("AS", ArrayValue(events));
+    catalog->Add("OCProperties", Dictionary().Add("OCGs", all).Add("D", defaults.Value()).Value());
+    catalog->Add("Version", "/1.5"); // that of the file's head is older
 }
 
 } // namespace vxhost::pdf

@@ -20,7 +20,7 @@ class OptionalContent
     void End() { open_.pop_back(); }
 
     bool IsEmpty() const { return layers_.empty(); }
-    void AddTo(PdfFile *file, QPDFObjectHandle *resources) const;
+    void AddTo(PdfFile *file, Dictionary *catalog, Dictionary *resources) const;
 
   private:
     struct Content {
@@ -28,8 +28,7 @@ class OptionalContent
         std::vector<size_t> children; // by number
     };
 
-    QPDFObjectHandle OrderOf(const std::vector<size_t> &layers,
-                             const std::vector<QPDFObjectHandle> &groups) const;
+    std::string OrderOf(const std::vector<size_t> &layers, const std::vector<Reference> &groups) const;
 
     std::vector<Content> layers_; // by number
     std::vector<size_t> outermost_;

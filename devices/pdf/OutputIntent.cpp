@@ -89,21 +89,18 @@ std::optional<PressProfile> ReadPressProfile(const PdfOptions &options, std::str
     return press;
 }
 
-void AddOutputIntent(const PressProfile &profile, PdfFile *file)
+void AddOutputIntent(const PressProfile &profile, PdfFile *file, Dictionary *catalog)
 {
-    const auto text = [](const std::string &value) { return QPDFObjectHandle::newUnicodeString(value); };
-    QPDFObjectHandle stream = QPDFObjectHandle::newDictionary();
-    stream.replaceKey("/N", QPDFObjectHandle::newInteger(kInks));
-    stream.replaceKey("/Alternate", MakeName("DeviceCMYK"));
-    QPDFObjectHandle intent = QPDFObjectHandle::newDictionary();
-    intent.replaceKey("/Type", MakeName("OutputIntent"));
-    intent.replaceKey("/S", MakeName("GTS_PDFX"));
-    intent.replaceKey("/OutputConditionIdentifier", text(profile.condition));
-    intent.replaceKey("/Info", text(profile.description));
+    Dictionary stream;
+    stream.Add("N", kInks).Add("Alternate", "/DeviceCMYK");
+    Dictionary intent;
+    intent.Add("Type", "/OutputIntent").Add("S", "/GTS_PDFX");
+    intent.Add("OutputConditionIdentifier", TextValue(profile.condition));
+    intent.Add("Info", TextValue(profile.description));
     if (profile.isRegistered)
-        intent.replaceKey("/RegistryName", text("http://www.color.org"));
-    intent.replaceKey("/DestOutputProfile", file->AddStream(stream, profile.bytes));
-    file->Catalog().replaceKey("/OutputIntents", QPDFObjectHandle::newArray({file->Add(intent)}));
+        intent.Add("RegistryName", TextValue("http://www.color.org"));
+    intent.Add("DestOutputProfile", file->AddStream(stream, profile.bytes));
+    catalog->Add("OutputIntents", ArrayValue(ValueOf(file->Add(intent.Value()))));
 }
 
 } // namespace vxhost::pdf

@@ -21,6 +21,6 @@ struct PressProfile {
 // line for a person.
 std::optional<PressProfile> ReadPressProfile(const PdfOptions &options, std::string *error);
 
-void AddOutputIntent(const PressProfile &profile, PdfFile *file);
+void AddOutputIntent(const PressProfile &profile, PdfFile *file, Dictionary *catalog);
 
 } // namespace vxhost::pdf

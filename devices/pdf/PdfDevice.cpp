@@ -1,5 +1,5 @@
-// The device only brings the parts together: operators go to the page's program as they come; what they refer to is
-// gathered, and added to the file at the end.
+// The device only brings the parts together: operators go to the page's program as they come, and its pieces to the file; fonts and
+// what else the page refers to are gathered, and follow at the end.
 #include "devices/pdf/PdfDevice.h"
 
 #include "devices/pdf/ContentStream.h"
@@ -10,16 +10,14 @@
 #include "devices/pdf/OptionalContent.h"
 #include "devices/pdf/OutputIntent.h"
 #include "devices/pdf/PdfFile.h"
-#include "devices/pdf/PieceSpool.h"
 #include "devices/pdf/Shadings.h"
 #include "devices/pdf/TextWriter.h"
 #include "devices/vector/Frame.h"
-#include "host/MemoryWatch.h"
 
 #include <algorithm>
-#include <exception>
 #include <map>
-#include <new>
+#include <span>
+#include <string_view>
 #include <utility>
 
 namespace vxhost
@@ -55,11 +53,12 @@ int TextMode(bool fills, bool strokes, bool clips)
 
 // What grows while a page is drawn.
 struct PageProgram {
-    PageProgram(PieceSpool *spool, Deflater *deflater)
-        : content(spool, deflater), state(&content), text(&content, &state)
+    PageProgram(const ByteSink &sink, bool compresses)
+        : file(sink, compresses), content(&file), state(&content, &file), text(&content, &state)
     {
     }
 
+    PdfFile file;
     ContentStream content;
     GraphicsState state;
     TextWriter text;
@@ -72,18 +71,17 @@ struct PageProgram {
 class PdfDevice final : public Device
 {
   public:
-    PdfDevice(const PdfOptions &options, std::optional<PressProfile> press, std::unique_ptr<PieceSpool> spool,
-              ByteSink sink)
-        : options_(options), press_(std::move(press)), spool_(std::move(spool)), sink_(std::move(sink)),
-          deflater_(options.compress ? std::make_unique<Deflater>() : nullptr)
+    PdfDevice(const PdfOptions &options, std::optional<PressProfile> press, ByteSink sink)
+        : options_(options), press_(std::move(press)), sink_(std::move(sink))
     {
     }
 
     void BeginPage(const Page &page) override
     {
         page_ = page;
-        spool_->Clear();
-        program_.emplace(spool_.get(), deflater_.get());
+        const Failure why = WhyNoPdf(options_, page);
+        const ByteSink refuse = [why](std::span<const std::byte>) { return why; };
+        program_.emplace(why ? refuse : sink_, options_.compress);
         if (!options_.background)
             return;
         const Rgb &colour = *options_.background;
@@ -148,7 +146,7 @@ class PdfDevice final : public Device
 
     void Shade(const Shading &shading) override
     {
-        const std::optional<ShadingUse> use = program_->shadings.Use(shading);
+        const std::optional<ShadingUse> use = program_->shadings.Use(shading, &program_->file);
         if (!use)
             return PaintAsShapes(shading, this);
         ContentStream &content = program_->content;
@@ -214,23 +212,8 @@ class PdfDevice final : public Device
 
     Failure EndPage() override
     {
-        if (Failure why = WhyNoPdf(options_, page_))
-            return why;
         program_->text.End();
-        program_->content.Finish();
-        if (spool_->FirstFailure())
-            return spool_->FirstFailure();
-        const MemoryWatch watch;
-        // qpdf throws.
-        try {
-            const Failure failure = WriteFile();
-            return failure ? failure : spool_->FirstFailure();
-        } catch (const std::bad_alloc &) {
-            return {FailureKind::OutOfMemory};
-        } catch (const std::exception &failure) {
-            return watch.HasRunOut() ? Failure{FailureKind::OutOfMemory}
-                                     : Failure{FailureKind::BadInput, failure.what()};
-        }
+        return Finish();
     }
 
   private:
@@ -280,83 +263,67 @@ class PdfDevice final : public Device
 
     // The page keeps the document's own coordinates: its box need not start at the origin, and the numbers of its
     // program stay those that the document has.
-    Failure WriteFile()
+    Failure Finish()
     {
-        PdfFile file(deflater_.get());
-        QPDFObjectHandle resources = QPDFObjectHandle::newDictionary();
-        if (Failure failure = AddFonts(&file, &resources))
+        PdfFile *file = &program_->file;
+        const std::string contents = ArrayValue(program_->content.Finish());
+        Dictionary catalog, resources;
+        if (Failure failure = AddFonts(&resources))
             return failure;
-        AddInks(&file, &resources);
+        AddInks(&resources);
         if (!program_->layers.IsEmpty()) {
-            QPDFObjectHandle layers = QPDFObjectHandle::newDictionary();
-            program_->layers.AddTo(&file, &layers);
-            AddResource("/Properties", layers, &resources);
+            Dictionary layers;
+            program_->layers.AddTo(file, &catalog, &layers);
+            AddResource("Properties", layers, &resources);
         }
-        const Box &box = page_.box;
-        const QPDFObjectHandle size = QPDFObjectHandle::newArray(
-            {MakeNumber(box.left), MakeNumber(box.bottom), MakeNumber(box.right), MakeNumber(box.top)});
-        QPDFObjectHandle page = QPDFObjectHandle::newDictionary();
-        page.replaceKey("/Type", MakeName("Page"));
-        page.replaceKey("/MediaBox", size);
-        page.replaceKey("/TrimBox", size);
-        page.replaceKey("/Resources", resources);
-        page.replaceKey("/Contents", file.AddPieces(spool_.get()));
-        file.AddPage(file.Add(page));
-        AddMetadata(options_, page_, &file);
         if (press_)
-            AddOutputIntent(*press_, &file);
-        return file.Write(sink_);
+            AddOutputIntent(*press_, file, &catalog);
+        const Box &box = page_.box;
+        const std::string size = ArrayValue({box.left, box.bottom, box.right, box.top});
+        Dictionary page;
+        page.Add("MediaBox", size).Add("TrimBox", size).Add("Resources", resources.Value());
+        page.Add("Contents", contents);
+        return file->Finish(page, catalog, AddMetadata(options_, page_, file));
     }
 
-    Failure AddFonts(PdfFile *file, QPDFObjectHandle *resources)
+    Failure AddFonts(Dictionary *resources)
     {
-        QPDFObjectHandle fonts = QPDFObjectHandle::newDictionary();
+        Dictionary fonts;
         for (const EmbeddedFont *font : program_->fontsInOrder) {
-            if (Failure failure = font->AddTo(file, &fonts))
+            if (Failure failure = font->AddTo(&program_->file, &fonts))
                 return failure;
         }
-        AddResource("/Font", fonts, resources);
+        AddResource("Font", fonts, resources);
         return {};
     }
 
-    void AddInks(PdfFile *file, QPDFObjectHandle *resources)
+    void AddInks(Dictionary *resources)
     {
-        QPDFObjectHandle shadings = QPDFObjectHandle::newDictionary();
-        program_->shadings.AddTo(file, &shadings);
-        AddResource("/Shading", shadings, resources);
-        QPDFObjectHandle spaces = QPDFObjectHandle::newDictionary();
+        PdfFile *file = &program_->file;
+        if (!program_->shadings.IsEmpty())
+            resources->Add("Shading", program_->shadings.AddResources(file));
+        Dictionary spaces;
         if (program_->state.UsesBlackInk())
-            spaces.replaceKey(KeyOf(kBlackInk), InkSpace(file, {&kProcessInks[kInkCount - 1]}));
-        program_->state.Spots().AddTo(file, &spaces);
-        AddResource("/ColorSpace", spaces, resources);
-        QPDFObjectHandle states = QPDFObjectHandle::newDictionary();
+            spaces.Add(kBlackInk, InkSpace({&kProcessInks[kInkCount - 1]}, file));
+        program_->state.Spots().AddTo(&spaces);
+        AddResource("ColorSpace", spaces, resources);
+        Dictionary states;
         if (program_->state.UsesOverprint()) {
-            states.replaceKey(KeyOf(kOverprintOn), OverprintState(true));
-            states.replaceKey(KeyOf(kOverprintOff), OverprintState(false));
+            states.Add(kOverprintOn, "<</OP true/op true/OPM 1>>");
+            states.Add(kOverprintOff, "<</OP false/op false/OPM 0>>");
         }
-        AddResource("/ExtGState", states, resources);
+        AddResource("ExtGState", states, resources);
     }
 
-    static QPDFObjectHandle OverprintState(bool isOn)
+    static void AddResource(std::string_view key, const Dictionary &of, Dictionary *resources)
     {
-        QPDFObjectHandle state = QPDFObjectHandle::newDictionary();
-        state.replaceKey("/OP", QPDFObjectHandle::newBool(isOn));
-        state.replaceKey("/op", QPDFObjectHandle::newBool(isOn));
-        state.replaceKey("/OPM", QPDFObjectHandle::newInteger(isOn ? 1 : 0));
-        return state;
-    }
-
-    static void AddResource(const char *key, QPDFObjectHandle &of, QPDFObjectHandle *resources)
-    {
-        if (!of.getKeys().empty())
-            resources->replaceKey(key, of);
+        if (!of.IsEmpty())
+            resources->Add(key, of.Value());
     }
 
     const PdfOptions options_;
     std::optional<PressProfile> press_;
-    std::unique_ptr<PieceSpool> spool_;
     ByteSink sink_;
-    std::unique_ptr<Deflater> deflater_; // null: nothing is compressed
     Page page_;
     std::optional<PageProgram> program_;
 };
@@ -375,7 +342,7 @@ std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, 
         if (!press)
             return nullptr;
     }
-    return std::make_unique<PdfDevice>(options, std::move(press), MakePieceSpool(options), std::move(sink));
+    return std::make_unique<PdfDevice>(options, std::move(press), std::move(sink));
 }
 
 Failure WhyNoPdf(const PdfOptions &options, const Page &page)

@@ -7,7 +7,6 @@
 #include "host/drawing/Device.h"
 
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,12 +24,6 @@ struct PdfOptions {
     ProfileBytes profileBytes;       // what the profile of that name is; null: it is built in, or a file
     std::optional<int64_t> date;     // seconds since 1970: of creation, instead of the document's own
     bool compress = true;
-    // An open file of the caller's, to be read and written, for what is too long to keep in memory; -1: a temporary
-    // one is made, by MakePdfDevice, which is the last time that the device opens anything but fonts.
-    int spool = -1;
-    std::string spoolFolder; // of the temporary file; empty: the one that TMPDIR names
-    // Bytes that may be held where there are no files at all.
-    uint64_t memoryLimit = std::numeric_limits<uint64_t>::max();
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has

@@ -1,13 +1,8 @@
 #include "devices/pdf/PdfFile.h"
 
-#include "devices/vector/Numbers.h"
-
-#include <qpdf/Pipeline.hh>
-#include <qpdf/QPDFExc.hh>
-#include <qpdf/QPDFWriter.hh>
-
-#include <memory>
-#include <new>
+#include <array>
+#include <cstdio>
+#include <utility>
 
 namespace vxhost::pdf
 {
@@ -15,146 +10,145 @@ namespace vxhost::pdf
 namespace
 {
 
-// Hands what qpdf writes to the sink. After a failure, which is kept, nothing more is handed on: qpdf also writes from
-// destructors, where nothing may be thrown.
-class SinkPipeline final : public Pipeline
-{
-  public:
-    explicit SinkPipeline(const ByteSink &sink) : Pipeline("output", nullptr), sink_(sink)
-    {
-        gathered_.reserve(kGatherBytes);
-    }
-
-    void write(const unsigned char *data, size_t length) override
-    {
-        if (gathered_.size() + length > kGatherBytes)
-            finish();
-        const std::string_view bytes(reinterpret_cast<const char *>(data), length);
-        if (length < kGatherBytes)
-            gathered_ += bytes;
-        else
-            Send(bytes);
-    }
-    void finish() override
-    {
-        Send(gathered_);
-        gathered_.clear();
-    }
-
-    const Failure &FirstFailure() const { return failure_; }
-
-  private:
-    static constexpr size_t kGatherBytes = 64 * 1024; // qpdf writes in small pieces
-
-    void Send(std::string_view bytes)
-    {
-        if (!bytes.empty() && !failure_)
-            failure_ = sink_(std::as_bytes(std::span(bytes)));
-    }
-
-    const ByteSink &sink_;
-    Failure failure_;
-    std::string gathered_;
-};
-
-class PieceProvider final : public QPDFObjectHandle::StreamDataProvider
-{
-  public:
-    PieceProvider(PieceSpool *spool, size_t piece) : spool_(spool), piece_(piece) {}
-
-    void provideStreamData(const QPDFObjGen &, Pipeline *to) override
-    {
-        spool_->Take(piece_, [to](std::span<const char> part) { to->write(part.data(), part.size()); });
-        to->finish();
-    }
-
-  private:
-    PieceSpool *spool_;
-    size_t piece_;
-};
+constexpr size_t kGatherBytes = size_t{64} << 10;
+constexpr size_t kMaxSharedBytes = size_t{4} << 20;
+constexpr size_t kSharedOverhead = 100;                             // of each, about
+constexpr uint64_t kLastPlace = 9'999'999'999;                      // that its table can say
+constexpr std::string_view kHead = "%PDF-1.4\n%\xBF\xF7\xA2\xFE\n"; // the bytes say that the file is binary
 
 } // namespace
 
-PdfFile::PdfFile(Deflater *deflater) : deflater_(deflater)
+PdfFile::PdfFile(ByteSink sink, bool compresses) : sink_(std::move(sink))
 {
-    file_.setSuppressWarnings(true); // warnings would be printed
-    // qpdf reads an empty file from a text of its own: only lack of memory can make it find that damaged.
-    try {
-        file_.emptyPDF();
-        (void)file_.getObjectCount();
-    } catch (const QPDFExc &) {
-        throw std::bad_alloc();
+    if (compresses)
+        deflater_.emplace();
+    gathered_.reserve(kGatherBytes);
+    Write(kHead);
+}
+
+void PdfFile::Send(std::span<const char> bytes)
+{
+    written_ += bytes.size();
+    digest_.Add(bytes);
+    if (!bytes.empty() && !failure_)
+        failure_ = sink_(std::as_bytes(bytes));
+}
+
+void PdfFile::Flush()
+{
+    Send(gathered_);
+    gathered_.clear();
+}
+
+void PdfFile::Write(std::string_view part)
+{
+    if (gathered_.size() + part.size() > kGatherBytes)
+        Flush();
+    if (part.size() < kGatherBytes)
+        gathered_ += part;
+    else
+        Send(part);
+}
+
+Reference PdfFile::Begin()
+{
+    places_.push_back(written_ + gathered_.size());
+    const Reference reference = {static_cast<uint32_t>(places_.size())};
+    Write(std::to_string(reference.number).append(" 0 obj\n"));
+    return reference;
+}
+
+void PdfFile::End()
+{
+    Write("\nendobj\n");
+}
+
+Reference PdfFile::Add(std::string_view value)
+{
+    const Reference reference = Begin();
+    Write(value);
+    End();
+    return reference;
+}
+
+Reference PdfFile::AddStream(Dictionary dictionary, std::span<const char> bytes)
+{
+    if (deflater_) {
+        bytes = deflater_->Compress(bytes);
+        dictionary.Add("Filter", "/FlateDecode");
     }
-    if (file_.anyWarnings())
-        throw std::bad_alloc();
+    const Reference reference = Begin();
+    Write(dictionary.Add("Length", static_cast<double>(bytes.size())).Value());
+    Write("\nstream\n");
+    Write({bytes.data(), bytes.size()});
+    Write("\nendstream");
+    End();
+    return reference;
 }
 
-QPDFObjectHandle PdfFile::AddStream(const QPDFObjectHandle &dictionary, std::string_view bytes)
+template <typename AddObject>
+Reference PdfFile::Remember(std::string key, AddObject add)
 {
-    QPDFObjectHandle stream = QPDFObjectHandle::newStream(&file_);
-    stream.replaceDict(dictionary);
-    if (deflater_ == nullptr) {
-        stream.replaceStreamData(std::string(bytes), QPDFObjectHandle::newNull(),
-                                 QPDFObjectHandle::newNull());
-        return stream;
+    const auto found = shared_.find(key);
+    if (found != shared_.end())
+        return found->second;
+    sharedBytes_ += key.size() + kSharedOverhead;
+    if (sharedBytes_ > kMaxSharedBytes) {
+        shared_.clear();
+        sharedBytes_ = key.size() + kSharedOverhead;
     }
-    const std::span<const char> packed = deflater_->Compress(bytes);
-    stream.replaceStreamData(std::string(packed.begin(), packed.end()), MakeName("FlateDecode"),
-                             QPDFObjectHandle::newNull());
-    return stream;
+    return shared_.emplace(std::move(key), add()).first->second;
 }
 
-QPDFObjectHandle PdfFile::AddPieces(PieceSpool *spool)
+Reference PdfFile::Share(const std::string &value)
 {
-    QPDFObjectHandle array = QPDFObjectHandle::newArray();
-    for (size_t piece = 0; piece < spool->Count(); ++piece) {
-        QPDFObjectHandle stream = QPDFObjectHandle::newStream(&file_);
-        stream.replaceStreamData(std::make_shared<PieceProvider>(spool, piece),
-                                 deflater_ == nullptr ? QPDFObjectHandle::newNull() : MakeName("FlateDecode"),
-                                 QPDFObjectHandle::newNull());
-        array.appendItem(stream);
+    return Remember(value, [&] { return Add(value); });
+}
+
+Reference PdfFile::ShareStream(const Dictionary &dictionary, std::string_view bytes)
+{
+    return Remember(dictionary.Value().append(bytes), [&] { return AddStream(dictionary, bytes); });
+}
+
+// A row is of 20 bytes, and gives the byte at which an object begins.
+void PdfFile::WriteTable()
+{
+    Write("xref\n0 " + std::to_string(places_.size() + 1) + "\n0000000000 65535 f \n");
+    for (const uint64_t place : places_) {
+        std::array<char, 24> row;
+        const int length = std::snprintf(row.data(), row.size(), "%010llu 00000 n \n",
+                                         static_cast<unsigned long long>(place));
+        Write({row.data(), static_cast<size_t>(length)});
     }
-    return array;
 }
 
-Failure PdfFile::Write(const ByteSink &sink)
+Failure PdfFile::Finish(Dictionary page, Dictionary catalog, Reference information)
 {
-    SinkPipeline output(sink);
-    QPDFWriter writer(file_);
-    writer.setOutputPipeline(&output);
-    writer.setMinimumPDFVersion(version_);
-    writer.setObjectStreamMode(qpdf_o_disable);
-    writer.setCompressStreams(false); // streams are compressed already where they should be
-    writer.setDecodeLevel(qpdf_dl_none);
-    writer.setDeterministicID(true);
-    writer.write();
-    output.finish();
-    return output.FirstFailure();
-}
-
-std::string KeyOf(std::string_view name)
-{
-    std::string key(1, '/');
-    key += name;
-    return key;
-}
-
-QPDFObjectHandle MakeName(std::string_view name)
-{
-    return QPDFObjectHandle::newName(KeyOf(name));
-}
-
-QPDFObjectHandle MakeNumber(double value)
-{
-    return QPDFObjectHandle::newReal(FactorText(value));
-}
-
-QPDFObjectHandle MakeNumbers(std::initializer_list<double> values)
-{
-    QPDFObjectHandle array = QPDFObjectHandle::newArray();
-    for (const double value : values)
-        array.appendItem(MakeNumber(value));
-    return array;
+    const Reference tree = {static_cast<uint32_t>(places_.size()) + 2}; // comes after the page
+    const Reference only = Add(page.Add("Type", "/Page").Add("Parent", tree).Value());
+    Add(Dictionary()
+            .Add("Type", "/Pages")
+            .Add("Kids", ArrayValue(std::span(&only, 1)))
+            .Add("Count", 1)
+            .Value());
+    const Reference root = Add(catalog.Add("Type", "/Catalog").Add("Pages", tree).Value());
+    const uint64_t table = written_ + gathered_.size();
+    if (table > kLastPlace && !failure_)
+        failure_ = {FailureKind::BadInput,
+                    "a PDF can be of 10 GB at most, and this one is longer: draw a part of it with --box"};
+    WriteTable();
+    Flush();
+    std::string identity = "<";
+    identity.append(digest_.Hex()).append(">");
+    Write("trailer\n" + Dictionary()
+                            .Add("Size", static_cast<double>(places_.size() + 1))
+                            .Add("Root", root)
+                            .Add("Info", information)
+                            .Add("ID", ArrayValue(identity + identity))
+                            .Value());
+    Write("\nstartxref\n" + std::to_string(table) + "\n%%EOF\n");
+    Flush();
+    return failure_;
 }
 
 } // namespace vxhost::pdf

@@ -1,55 +1,61 @@
-// The file around the page: objects, streams, and the writing of all of it.
+// The file around the page: an object goes to the output when it is added, and only its place is kept, eight bytes.
 //
-// The same objects give the same bytes: the file's identity is computed from what it holds.
+// The same objects give the same bytes: the file's identity is a digest of what stands in it.
 #pragma once
 
 #include "devices/pdf/Deflater.h"
-#include "devices/pdf/PieceSpool.h"
+#include "devices/pdf/Digest.h"
+#include "devices/pdf/Values.h"
 #include "host/ByteSink.h"
 
-// qpdf's own pointers are standard ones; it asks its users to say that they know.
-#define POINTERHOLDER_TRANSITION 4
-#include <qpdf/QPDF.hh>
-#include <qpdf/QPDFObjectHandle.hh>
-
-#include <initializer_list>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 namespace vxhost::pdf
 {
 
-// Procedures of qpdf, and so those of this class, may throw std::exception.
 class PdfFile
 {
   public:
-    // Without a deflater nothing is compressed. It must outlive the file.
-    explicit PdfFile(Deflater *deflater);
+    PdfFile(ByteSink sink, bool compresses);
 
-    QPDFObjectHandle Add(const QPDFObjectHandle &object) { return file_.makeIndirectObject(object); }
-    QPDFObjectHandle AddStream(const QPDFObjectHandle &dictionary, std::string_view bytes);
-    // An array of streams, one for each piece. The pieces are compressed already if other streams are. The spool must
-    // outlive the file.
-    QPDFObjectHandle AddPieces(PieceSpool *spool);
-    void AddPage(const QPDFObjectHandle &page) { file_.addPage(page, false); }
-    QPDFObjectHandle Catalog() { return file_.getRoot(); }
-    QPDFObjectHandle Trailer() { return file_.getTrailer(); }
+    Reference Add(std::string_view value);
+    Reference AddStream(Dictionary dictionary, std::span<const char> bytes);
+    // The same once more may be the same object. Of those the most recent few megabytes are known.
+    Reference Share(const std::string &value);
+    Reference ShareStream(const Dictionary &dictionary, std::string_view bytes);
 
-    // Says which version of PDF a reader of the file must know at least.
-    void NeedVersion(const char *version) { version_ = version; }
+    // An object whose value is too long to be held: it is what is written in between, and nothing may be added until it ends.
+    Reference Begin();
+    void Write(std::string_view part);
+    void End();
 
-    // Returns why the bytes could not be written, if they could not.
-    Failure Write(const ByteSink &sink);
+    // Adds the only page with what leads there. Returns why the bytes could not be written, if they could not; after a
+    // failure nothing more is.
+    Failure Finish(Dictionary page, Dictionary catalog, Reference information);
 
   private:
-    QPDF file_;
-    Deflater *deflater_;
-    std::string version_ = "1.4";
-};
+    template <typename AddObject>
+    Reference Remember(std::string key, AddObject add);
+    void Send(std::span<const char> bytes);
+    void Flush();
+    void WriteTable();
 
-std::string KeyOf(std::string_view name);         // "/name"
-QPDFObjectHandle MakeName(std::string_view name); // without "/"
-QPDFObjectHandle MakeNumber(double value);
-QPDFObjectHandle MakeNumbers(std::initializer_list<double> values);
+    ByteSink sink_;
+    std::optional<Deflater> deflater_; // none: nothing is compressed
+    Failure failure_;
+    std::string gathered_;
+    uint64_t written_ = 0;
+    Digest digest_;
+    std::deque<uint64_t> places_; // of objects, by number from 1
+    std::unordered_map<std::string, Reference> shared_;
+    size_t sharedBytes_ = 0;
+};
 
 } // namespace vxhost::pdf

@@ -6,8 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
-#include <string_view>
+#include <span>
 #include <utility>
 
 namespace vxhost::pdf
@@ -16,9 +15,6 @@ namespace vxhost::pdf
 namespace
 {
 
-// Blends beyond these are painted as shapes: a document that never repeats a blend must not fill the memory.
-constexpr size_t kMaxBlends = 16384;
-constexpr size_t kMaxRampBytes = size_t{16} << 20;
 constexpr int kSampleBits = 16;
 // A space of more inks is beyond what some readers take.
 constexpr size_t kMaxInks = 8;
@@ -103,11 +99,6 @@ std::string NameOf(size_t number)
     return name;
 }
 
-void AppendBytes(const double *values, size_t count, std::string *to)
-{
-    to->append(reinterpret_cast<const char *>(values), count * sizeof *values);
-}
-
 // Appends the numbers that the colour space takes, in its order.
 void AppendComponents(const Colour &colour, const PaintSpace &space, std::vector<double> *to)
 {
@@ -122,220 +113,122 @@ void AppendComponents(const Colour &colour, const PaintSpace &space, std::vector
     }
 }
 
-// A ramp as it is kept and compared. Two colours, or one, keep their numbers; more become samples. The first byte says
-// which it is, the second of how many components.
-constexpr char kLinear = 'l', kSampled = 's';
-constexpr size_t kRampHead = 2;
+std::string UnitDomain(size_t dimensions)
+{
+    std::string limits = "0 1";
+    for (size_t i = 1; i < dimensions; ++i)
+        limits += " 0 1";
+    return ArrayValue(limits);
+}
 
-std::string RampOf(const ColourSpan &span, const PaintSpace &space)
+std::string Components(std::span<const double> values)
+{
+    std::string numbers;
+    for (const double value : values)
+        numbers.append(numbers.empty() ? "" : " ").append(NumberText(value));
+    return ArrayValue(numbers);
+}
+
+// Two colours, or one, keep their numbers; more become samples.
+Reference RampFunction(const ColourSpan &span, const PaintSpace &space, PdfFile *file)
 {
     std::vector<double> values;
     for (const Colour &colour : span.colours)
         AppendComponents(colour, space, &values);
     const size_t components = values.size() / span.colours.size();
-    if (span.colours.size() == 1)
-        values.insert(values.end(), values.begin(), values.begin() + static_cast<std::ptrdiff_t>(components));
-    std::string ramp = {span.colours.size() <= 2 ? kLinear : kSampled, static_cast<char>(components)};
-    if (ramp[0] == kLinear) {
-        AppendBytes(values.data(), values.size(), &ramp);
-        return ramp;
+    Dictionary function;
+    function.Add("Domain", UnitDomain(1));
+    if (span.colours.size() <= 2) {
+        const std::span<const double> all(values);
+        function.Add("FunctionType", 2).Add("N", 1).Add("C0", Components(all.first(components)));
+        return file->Share(function.Add("C1", Components(all.last(components))).Value());
     }
+    function.Add("FunctionType", 0).Add("Range", UnitDomain(components)).Add("BitsPerSample", kSampleBits);
+    function.Add("Size", ArrayValue({static_cast<double>(span.colours.size())}));
+    std::string samples;
     for (const double value : values) {
         const auto level = static_cast<uint16_t>(std::lround(std::clamp(value, 0.0, 1.0) * 0xFFFF));
-        ramp += static_cast<char>(level >> 8);
-        ramp += static_cast<char>(level & 0xFF);
+        samples += static_cast<char>(level >> 8);
+        samples += static_cast<char>(level & 0xFF);
     }
-    return ramp;
+    return file->ShareStream(function, samples);
 }
 
-QPDFObjectHandle Domain(size_t dimensions)
+// The ramps of all spans that have a width, stitched together if they are several. Nothing when there is none.
+std::optional<Reference> FunctionOf(const Shading &shading, const PaintSpace &space, PdfFile *file)
 {
-    QPDFObjectHandle array = QPDFObjectHandle::newArray();
-    for (size_t i = 0; i < dimensions; ++i) {
-        array.appendItem(QPDFObjectHandle::newInteger(0));
-        array.appendItem(QPDFObjectHandle::newInteger(1));
-    }
-    return array;
-}
-
-QPDFObjectHandle LinearFunction(PdfFile *file, const std::string &ramp)
-{
-    std::vector<double> values((ramp.size() - kRampHead) / sizeof(double));
-    std::memcpy(values.data(), ramp.data() + kRampHead, values.size() * sizeof(double));
-    const auto colour = [&](size_t first) {
-        QPDFObjectHandle array = QPDFObjectHandle::newArray();
-        for (size_t i = first; i < first + values.size() / 2; ++i)
-            array.appendItem(QPDFObjectHandle::newReal(NumberText(values[i])));
-        return array;
-    };
-    QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
-    function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(2));
-    function.replaceKey("/Domain", Domain(1));
-    function.replaceKey("/C0", colour(0));
-    function.replaceKey("/C1", colour(values.size() / 2));
-    function.replaceKey("/N", QPDFObjectHandle::newInteger(1));
-    return file->Add(function);
-}
-
-QPDFObjectHandle SampledFunction(PdfFile *file, const std::string &ramp)
-{
-    const auto components = static_cast<size_t>(static_cast<uint8_t>(ramp[1]));
-    const size_t samples = (ramp.size() - kRampHead) / (components * kSampleBits / 8);
-    QPDFObjectHandle dictionary = QPDFObjectHandle::newDictionary();
-    dictionary.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(0));
-    dictionary.replaceKey("/Domain", Domain(1));
-    dictionary.replaceKey("/Range", Domain(components));
-    dictionary.replaceKey(
-        "/Size", QPDFObjectHandle::newArray({QPDFObjectHandle::newInteger(static_cast<int64_t>(samples))}));
-    dictionary.replaceKey("/BitsPerSample", QPDFObjectHandle::newInteger(kSampleBits));
-    return file->AddStream(dictionary, std::string_view(ramp).substr(kRampHead));
-}
-
-QPDFObjectHandle ColourSpaceOf(PdfFile *file, const PaintSpace &space)
-{
-    if (space.isBlackInk)
-        return InkSpace(file, {&kProcessInks[kInkCount - 1]});
-    if (space.inks.empty())
-        return MakeName("DeviceGray");
-    const bool isProcess = std::ranges::equal(
-        space.inks, kProcessInks, [](const SpotInk *ink, const SpotInk &process) { return ink == &process; });
-    return isProcess ? MakeName("DeviceCMYK") : InkSpace(file, space.inks);
-}
-
-} // namespace
-
-std::optional<ShadingUse> Shadings::Use(const Shading &shading)
-{
-    Blend blend;
-    ShadingUse use;
-    use.matrix = shading.matrix;
-    blend.kind = shading.kind;
-    if (shading.kind == ShadingKind::Radial && !Normalise(shading, &use.matrix, &blend.last))
-        return std::nullopt;
-    if (!IsInvertible(use.matrix) || !FindSpace(shading, &blend.space))
-        return std::nullopt;
+    std::vector<Reference> ramps;
+    std::string bounds;
     double from = 0;
     for (const ColourSpan &span : shading.spans) {
         const double to = Rounded(span.to);
         if (span.colours.empty() || !(to > from))
             continue;
+        if (!ramps.empty())
+            bounds.append(FactorText(from)).append(" ");
+        ramps.push_back(RampFunction(span, space, file));
         from = to;
-        const std::optional<size_t> ramp = FindOrAddRamp(RampOf(span, blend.space));
-        if (!ramp)
-            return std::nullopt;
-        blend.spans.push_back({to, *ramp});
     }
-    const std::optional<size_t> number = blend.spans.empty() ? std::nullopt : FindOrAdd(std::move(blend));
-    if (!number)
+    if (ramps.empty())
         return std::nullopt;
-    use.name = NameOf(*number);
+    if (ramps.size() == 1)
+        return ramps.front();
+    Dictionary function;
+    function.Add("FunctionType", 3).Add("Domain", UnitDomain(1)).Add("Functions", ArrayValue(ramps));
+    function.Add("Bounds", ArrayValue(bounds)).Add("Encode", UnitDomain(ramps.size()));
+    return file->Share(function.Value());
+}
+
+std::string ColourSpaceOf(const PaintSpace &space, PdfFile *file)
+{
+    if (space.isBlackInk)
+        return ValueOf(InkSpace({&kProcessInks[kInkCount - 1]}, file));
+    if (space.inks.empty())
+        return "/DeviceGray";
+    const bool isProcess = std::ranges::equal(
+        space.inks, kProcessInks, [](const SpotInk *ink, const SpotInk &process) { return ink == &process; });
+    return isProcess ? "/DeviceCMYK" : ValueOf(InkSpace(space.inks, file));
+}
+
+} // namespace
+
+// Each goes on beyond both of its ends: the clip draws the shape's edge, and the inner disc of a radial one is filled.
+std::optional<ShadingUse> Shadings::Use(const Shading &shading, PdfFile *file)
+{
+    ShadingUse use;
+    use.matrix = shading.matrix;
+    const bool isAxial = shading.kind == ShadingKind::Axial;
+    Shading::Circle last;
+    if (!isAxial && !Normalise(shading, &use.matrix, &last))
+        return std::nullopt;
+    PaintSpace space;
+    if (!IsInvertible(use.matrix) || !FindSpace(shading, &space))
+        return std::nullopt;
+    const std::optional<Reference> function = FunctionOf(shading, space, file);
+    if (!function)
+        return std::nullopt;
+    Dictionary blend;
+    blend.Add("ShadingType", isAxial ? 2 : 3).Add("ColorSpace", ColourSpaceOf(space, file));
+    blend.Add("Coords", isAxial ? ArrayValue({0, 0, 1, 0})
+                                : ArrayValue({0, 0, 1, last.centre.x, last.centre.y, last.radius}));
+    blend.Add("Function", *function).Add("Extend", "[true true]");
+    const Reference written = file->Share(blend.Value());
+    auto found = std::ranges::lower_bound(blends_, written);
+    if (found == blends_.end())
+        found = blends_.insert(found, written);
+    use.name = NameOf(static_cast<size_t>(found - blends_.begin()));
     return use;
 }
 
-std::optional<size_t> Shadings::FindOrAddRamp(std::string ramp)
+Reference Shadings::AddResources(PdfFile *file) const
 {
-    const auto found = ramps_.find(ramp);
-    if (found != ramps_.end())
-        return found->second;
-    rampBytes_ += ramp.size();
-    if (rampBytes_ > kMaxRampBytes)
-        return std::nullopt;
-    return ramps_.emplace(std::move(ramp), ramps_.size()).first->second;
-}
-
-std::optional<size_t> Shadings::FindOrAdd(Blend blend)
-{
-    std::string key = KeyOf(blend);
-    const auto found = blendOfKey_.find(key);
-    if (found != blendOfKey_.end())
-        return found->second;
-    if (blends_.size() == kMaxBlends)
-        return std::nullopt;
-    blends_.push_back(std::move(blend));
-    return blendOfKey_.emplace(std::move(key), blends_.size() - 1).first->second;
-}
-
-std::string Shadings::KeyOf(const Blend &blend)
-{
-    std::string key;
-    key += blend.kind == ShadingKind::Axial ? 'a' : 'r';
-    key += blend.space.isBlackInk ? 'b' : 'g';
-    for (const SpotInk *ink : blend.space.inks)
-        key.append(std::to_string(reinterpret_cast<uintptr_t>(ink))).append(" ");
-    const double circle[] = {blend.last.centre.x, blend.last.centre.y, blend.last.radius};
-    AppendBytes(circle, std::size(circle), &key);
-    return key + KeyOf(blend.spans);
-}
-
-std::string Shadings::KeyOf(const std::vector<Span> &spans)
-{
-    std::string key;
-    for (const Span &span : spans) {
-        const double values[] = {span.to, static_cast<double>(span.ramp)};
-        AppendBytes(values, std::size(values), &key);
-    }
-    return key;
-}
-
-// The function of one ramp, or that of several stitched together.
-QPDFObjectHandle Shadings::FunctionOf(const std::vector<Span> &spans,
-                                      const std::vector<QPDFObjectHandle> &ramps)
-{
-    if (spans.size() == 1)
-        return ramps[spans.front().ramp];
-    QPDFObjectHandle bounds = QPDFObjectHandle::newArray(), parts = QPDFObjectHandle::newArray();
-    for (const Span &span : spans) {
-        parts.appendItem(ramps[span.ramp]);
-        if (&span != &spans.back())
-            bounds.appendItem(MakeNumber(span.to));
-    }
-    QPDFObjectHandle function = QPDFObjectHandle::newDictionary();
-    function.replaceKey("/FunctionType", QPDFObjectHandle::newInteger(3));
-    function.replaceKey("/Domain", Domain(1));
-    function.replaceKey("/Functions", parts);
-    function.replaceKey("/Bounds", bounds);
-    function.replaceKey("/Encode", Domain(spans.size()));
-    return function;
-}
-
-// What shadings have in common is one object for all: there may be thousands of them, and the file is written at the end.
-// Each goes on beyond both of its ends: the clip draws the shape's edge, and the inner disc of a radial one is filled.
-void Shadings::AddTo(PdfFile *file, QPDFObjectHandle *resources) const
-{
-    std::vector<QPDFObjectHandle> functions(ramps_.size());
-    for (const auto &[ramp, number] : ramps_)
-        functions[number] = ramp[0] == kLinear ? LinearFunction(file, ramp) : SampledFunction(file, ramp);
-    std::map<Inks, QPDFObjectHandle> spaces; // gray has another place for its black ink
-    std::map<std::string, QPDFObjectHandle> functionOfSpans;
-    const QPDFObjectHandle yes = QPDFObjectHandle::newBool(true);
-    const QPDFObjectHandle both = QPDFObjectHandle::newArray({yes, yes});
-    const QPDFObjectHandle axial = QPDFObjectHandle::newInteger(2), radial = QPDFObjectHandle::newInteger(3);
-    const QPDFObjectHandle zero = MakeNumber(0), one = MakeNumber(1);
-    const QPDFObjectHandle line = QPDFObjectHandle::newArray({zero, zero, one, zero});
-    for (size_t i = 0; i < blends_.size(); ++i) {
-        const Blend &blend = blends_[i];
-        const bool isAxial = blend.kind == ShadingKind::Axial;
-        const Inks spaceKey = blend.space.isBlackInk ? Inks{nullptr} : blend.space.inks;
-        QPDFObjectHandle &space = spaces[spaceKey];
-        if (!space.isInitialized())
-            space = ColourSpaceOf(file, blend.space);
-        QPDFObjectHandle &function = functionOfSpans[KeyOf(blend.spans)];
-        if (!function.isInitialized())
-            function = FunctionOf(blend.spans, functions);
-        if (!function.isIndirect())
-            function = file->Add(function);
-        const Shading::Circle &last = blend.last;
-        QPDFObjectHandle shading = QPDFObjectHandle::newDictionary();
-        shading.replaceKey("/ShadingType", isAxial ? axial : radial);
-        shading.replaceKey("/ColorSpace", space);
-        shading.replaceKey("/Coords", isAxial ? line
-                                              : QPDFObjectHandle::newArray(
-                                                    {zero, zero, one, MakeNumber(last.centre.x),
-                                                     MakeNumber(last.centre.y), MakeNumber(last.radius)}));
-        shading.replaceKey("/Function", function);
-        shading.replaceKey("/Extend", both);
-        resources->replaceKey(pdf::KeyOf(NameOf(i)), file->Add(shading));
-    }
+    const Reference resources = file->Begin();
+    file->Write("<<");
+    for (size_t i = 0; i < blends_.size(); ++i)
+        file->Write(NameValue(NameOf(i)) + " " + ValueOf(blends_[i]) + "\n");
+    file->Write(">>");
+    file->End();
+    return resources;
 }
 
 } // namespace vxhost::pdf

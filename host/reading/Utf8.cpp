@@ -8,6 +8,8 @@ namespace vxhost
 namespace
 {
 
+constexpr char32_t kUnknown = 0xFFFD;
+
 // The length of the UTF-8 sequence that text begins with; 0: none that is well formed.
 size_t SequenceLength(std::string_view text)
 {
@@ -101,6 +103,28 @@ std::string ToUtf8(std::string_view bytes)
         bytes.remove_prefix(length == 0 ? 1 : length);
     }
     return text;
+}
+
+char32_t TakeCharacter(std::string_view *utf8)
+{
+    const auto at = [&](size_t i) { return static_cast<uint8_t>((*utf8)[i]); };
+    const uint8_t lead = at(0);
+    const size_t length = lead < 0x80   ? 1
+                          : lead < 0xC2 ? 0
+                          : lead < 0xE0 ? 2
+                          : lead < 0xF0 ? 3
+                          : lead < 0xF5 ? 4
+                                        : 0;
+    char32_t character = length == 1 ? lead : lead & (0x7FU >> length);
+    bool isWhole = length != 0 && length <= utf8->size();
+    for (size_t i = 1; isWhole && i < length; ++i) {
+        isWhole = (at(i) & 0xC0) == 0x80;
+        character = character << 6 | (at(i) & 0x3FU);
+    }
+    constexpr char32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000};
+    isWhole = isWhole && character >= kLeast[length];
+    utf8->remove_prefix(isWhole ? length : 1);
+    return isWhole ? character : kUnknown;
 }
 
 size_t WriteUtf8(char32_t character, char *to)

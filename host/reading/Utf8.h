@@ -17,6 +17,9 @@ bool IsUtf8(std::string_view bytes);
 // The bytes as valid UTF-8: what is not becomes U+FFFD.
 std::string ToUtf8(std::string_view bytes);
 
+// Takes the first character off the text, which is not empty. A byte that is not well formed becomes U+FFFD.
+char32_t TakeCharacter(std::string_view *utf8);
+
 // Writes the bytes of a character, at most four; returns how many.
 size_t WriteUtf8(char32_t character, char *to);
 

@@ -26,9 +26,7 @@ const Format &CheckFormat(const char *name)
 
 Settings ReadSettings(const OptionTexts &options, const Choices &choices)
 {
-    Settings settings = options.Read(choices.profiles);
-    settings.pdf.spoolFolder = choices.temporaryFolder;
-    return settings;
+    return options.Read(choices.profiles);
 }
 
 } // namespace vxhost

@@ -140,7 +140,7 @@ void CheckResult(const Result &result, const Settings &settings, const std::stri
         CheckOutcome(result.outcome, result.header, result.size, settings);
         throw CallError(VX_FAILED, "the worker process answered nonsense: keep the document and report it");
     default: // all others are of the file that the output is kept in
-        CheckFailure({FailureKind::SpoolFailed, fault.text, fault.error});
+        CheckFailure({FailureKind::CannotWrite, fault.text, fault.error});
     }
 }
 

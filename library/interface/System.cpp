@@ -72,7 +72,8 @@ constexpr LibraryOption kOptions[] = {
      AddFontMap},
     {"system-fonts", "HOW", "yes,no", "yes", "whether the fonts of the system are used (yes)",
      SetSystemFonts},
-    {"temp-dir", "DIR", "", "/tmp", "the folder in which a PDF is put together (/tmp)", SetTemporaryFolder},
+    {"temp-dir", "DIR", "", "/tmp", "the folder in which vx_render_isolated keeps what it makes (/tmp)",
+     SetTemporaryFolder},
 };
 
 } // namespace

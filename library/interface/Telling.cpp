@@ -51,7 +51,6 @@ void CheckFailure(const Failure &failure)
     case FailureKind::TooLarge:
         throw CallError(VX_LIMIT, failure.text);
     case FailureKind::CannotWrite:
-    case FailureKind::SpoolFailed:
         throw CallError(VX_CANNOT_WRITE, "cannot be kept in a temporary file, " +
                                              (failure.error != 0 ? SystemText(failure.error) : failure.text) +
                                              ": name another folder in temp-dir");

@@ -53,7 +53,7 @@ class OutOfMemoryError(Error, MemoryError):
 
 
 class WriteError(Error, OSError):
-    """The temporary file, in which a PDF is put together, cannot be written: see Library(temp_dir=...)."""
+    """The temporary file of render_isolated cannot be written: see Library(temp_dir=...)."""
 
 
 class StoppedError(Error):

@@ -40,7 +40,7 @@ class Library:
 
         font_dirs     folders of fonts, with all below them
         system_fonts  False: no other fonts than those named here
-        temp_dir      the folder in which a PDF is put together; if it is not given, that of tempfile.gettempdir()
+        temp_dir      the folder in which render_isolated keeps what it makes; if it is not given, that of tempfile.gettempdir()
         fonts         the bytes of font files, OpenType or Type 1; they are found before those of files
         font_map      which font serves which name, as map_font says: a dict, or the path of a file of lines "ASKED = FONT"
         profiles      press profiles from memory, as add_profile says: a dict of names and bytes

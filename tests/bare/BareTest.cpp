@@ -65,28 +65,5 @@ TEST(Bare, AProfileInAFileIsNotThere)
     EXPECT_TRUE(std::string_view(error.text).ends_with("cannot be read as an ICC profile")) << error.text;
 }
 
-// It has more than may be held after it is compressed.
-TEST(Bare, APdfIsPutTogetherInTheMemoryThatThereMayBe)
-{
-    std::string body = "0 0 0 1 k\n";
-    uint32_t random = 1;
-    const auto next = [&random] {
-        return std::to_string((random = random * 1664525 + 1013904223) >> 20) + " ";
-    };
-    for (int i = 0; i < 300000; ++i)
-        body += next() + next() + "m\n" + next() + next() + "l\n" + next() + next() + "l\nf\n";
-    const OwnedDocument document = OpenBytes(DrawingOf(body));
-    Set(document.get(), "max-memory", "1M");
-    std::string bytes;
-    vx_error error = kNoError;
-    EXPECT_EQ(vx_document_render(document.get(), "pdf", AppendBytes, &bytes, &error), VX_LIMIT);
-    EXPECT_STREQ(error.text,
-                 "the page takes more than 1048576 bytes before its file is written: allow more with "
-                 "max-memory");
-    EXPECT_EQ(bytes, "");
-    Set(document.get(), "max-memory", nullptr);
-    EXPECT_GT(Rendered(document.get(), "pdf").size(), size_t{1} << 20);
-}
-
 } // namespace
 } // namespace vxtest

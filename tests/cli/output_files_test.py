@@ -179,9 +179,9 @@ class OutputFiles(CommandTest):
         self.mount("disk")
         for preload in ({}, WITHOUT_UNNAMED):
             environment = {"TMPDIR": self.path("disk"), **preload}
-            message = self.refused("render", "a.vx", "-o", "new.pdf", environment=environment, status=4)
-            self.assertEqual(message, "vx: new.pdf: cannot be kept in a temporary file, no space left on device: "
-                                      "name another folder in TMPDIR")
+            message = self.refused("render", "a.vx", "-f", "pdf", "-o", "-", environment=environment, status=4)
+            self.assertEqual(message, "vx: standard output: cannot be written, no space left on device: "
+                                      "choose another place with -o")
             self.assertEqual((self.files(), os.listdir(self.path("disk"))), (["a.vx", "disk", "tmp"], []))
 
 

@@ -283,7 +283,7 @@ TEST(Options, ThatAStandardNeedsAreNamed)
     EXPECT_STREQ(error.text, "PDF/X asks for the date of creation, and the document has none: set date to "
                              "one, in seconds since 1970");
     Set(document.get(), "date", "86400");
-    EXPECT_NE(Rendered(document.get(), "pdf").find("/CreationDate (D:19700102000000"), std::string::npos);
+    EXPECT_NE(Rendered(document.get(), "pdf").find("/CreationDate(D:19700102000000"), std::string::npos);
 }
 
 std::array<int32_t, 2> SizeOf(vx_document *document)
@@ -345,17 +345,13 @@ TEST(Limits, AreTold)
     (void)Rendered(document.get(), "png");
 }
 
-TEST(Temporary, FilesAreMadeWhereTheLibraryIsTold)
+TEST(Temporary, FilesAreNotMade)
 {
     const OwnedLibrary library = MakeLibrary();
     ASSERT_EQ(vx_library_set(library.get(), "temp-dir", "/proc", nullptr), VX_OK); // where nobody makes one
     const OwnedDocument document = OpenBytes(LeftHalf(), library.get());
-    std::string bytes;
-    vx_error error = kNoError;
-    EXPECT_EQ(vx_document_render(document.get(), "pdf", AppendBytes, &bytes, &error), VX_CANNOT_WRITE);
-    EXPECT_NE(std::strstr(error.text, "temp-dir"), nullptr) << error.text;
-    EXPECT_EQ(bytes, "");
-    (void)Rendered(document.get(), "svg"); // which needs none
+    for (const char *format : {"pdf", "svg", "png"})
+        EXPECT_NE(Rendered(document.get(), format), "");
 }
 
 TEST(Damage, IsToldWithThePlace)

@@ -114,8 +114,8 @@ TEST_P(InterfaceWithoutMemory, IsToldOrHasNoEffect)
     vx_library_free(library);
 }
 
-// qpdf ends a process that has no memory for its destructors, so PDF is not among the formats.
-const MakingCase kMaking[] = {{"png", "png", Make}, {"svg", "svg", Make}, {"isolated", "png", MakeIsolated}};
+const MakingCase kMaking[] = {
+    {"png", "png", Make}, {"svg", "svg", Make}, {"pdf", "pdf", Make}, {"isolated", "png", MakeIsolated}};
 
 INSTANTIATE_TEST_SUITE_P(Formats, InterfaceWithoutMemory, testing::ValuesIn(kMaking),
                          [](const auto &tested) { return std::string(tested.param.name); });

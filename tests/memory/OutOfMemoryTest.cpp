@@ -113,7 +113,6 @@ Drawn Draw(const Document &document, const Installation &installation, const Mak
 struct MemoryCase {
     const char *name, *sample;
     std::unique_ptr<Device> (*make)(ByteSink, std::string *);
-    AllocationsOf whose = AllocationsOf::All;
     const Installation &(*fonts)() = OpenTypeFonts;
 };
 
@@ -148,7 +147,7 @@ TEST_P(OutOfMemory, IsToldOrHasNoEffect)
     uint64_t count = 0;
     std::string whole;
     {
-        const MallocFailure none(0, FailingMalloc::Once, GetParam().whose);
+        const MallocFailure none(0, FailingMalloc::Once, AllocationsOf::All);
         const Drawn drawn = Draw(*document, GetParam().fonts(), make);
         count = MallocFailure::Count();
         ASSERT_FALSE(drawn.lacksMemory);
@@ -158,7 +157,7 @@ TEST_P(OutOfMemory, IsToldOrHasNoEffect)
     uint64_t told = 0;
     for (const FailingMalloc how : {FailingMalloc::Once, FailingMalloc::FromThenOn}) {
         for (uint64_t number = 1; number <= count; number += StepAfter(number, count)) {
-            std::optional<MallocFailure> failure(std::in_place, number, how, GetParam().whose);
+            std::optional<MallocFailure> failure(std::in_place, number, how, AllocationsOf::All);
             const Drawn drawn = Draw(*document, GetParam().fonts(), make);
             failure.reset();
             told += drawn.lacksMemory ? 1 : 0;
@@ -172,24 +171,22 @@ TEST_P(OutOfMemory, IsToldOrHasNoEffect)
     RecordProperty("allocations", static_cast<int>(count));
 }
 
-// qpdf allocates in destructors, where an exception ends the process: while a PDF is made only the allocations of C
-// libraries fail.
 const MemoryCase kCases[] = {
     {"RomanPng", "text-point", MakePng},
     {"RomanSvg", "text-point", MakeSvg},
-    {"RomanPdf", "text-point", MakePdf, AllocationsOf::C},
+    {"RomanPdf", "text-point", MakePdf},
     {"JapanesePng", "text-japanese", MakePng},
     {"JapaneseSvg", "text-japanese", MakeSvg},
-    {"JapanesePdf", "text-japanese", MakePdf, AllocationsOf::C},
+    {"JapanesePdf", "text-japanese", MakePdf},
     {"ColumnsPng", "text-vertical", MakePng},
     {"ColumnsSvg", "text-vertical", MakeSvg},
-    {"ColumnsPdf", "text-vertical", MakePdf, AllocationsOf::C},
+    {"ColumnsPdf", "text-vertical", MakePdf},
     {"GradientsPng", "gradients", MakePng},
     {"GradientsSvg", "gradients", MakeSvg},
-    {"GradientsPdf", "gradients", MakePdf, AllocationsOf::C},
-    {"Type1Png", "text-point", MakePng, AllocationsOf::All, Type1Fonts},
-    {"Type1Pdf", "text-point", MakePdf, AllocationsOf::C, Type1Fonts},
-    {"OverprintPdfX", "overprint", MakePdfX, AllocationsOf::C},
+    {"GradientsPdf", "gradients", MakePdf},
+    {"Type1Png", "text-point", MakePng, Type1Fonts},
+    {"Type1Pdf", "text-point", MakePdf, Type1Fonts},
+    {"OverprintPdfX", "overprint", MakePdfX},
 };
 
 // The machine has no memory, though the limit is not reached.

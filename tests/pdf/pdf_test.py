@@ -37,6 +37,14 @@ class Structure(PdfTest):
             self.pdf(sample(name), name="two.pdf")
             self.assertEqual(self.read("one.pdf"), self.read("two.pdf"), name)
 
+    def test_a_line_ends_after_the_bytes_of_every_stream(self):
+        data = self.read(self.pdf(sample("poster")))
+        streams = list(re.finditer(rb"/Length (\d+)>>\nstream\n", data))
+        self.assertEqual(len(streams), data.count(b"\nendstream\n"))
+        for head in streams:
+            end = head.end() + int(head[1])
+            self.assertEqual(data[end:end + 18], b"\nendstream\nendobj\n")
+
     def test_the_page_is_the_documents_box(self):
         pdf = self.pdf_of("0 g\n0 0 m\n9 9 L\nS\n", box="-5 10 67 46")
         report = run("pdfinfo", "-box", pdf).decode()
@@ -203,6 +211,14 @@ class Spots(PdfTest):
                     if name.endswith(".tif"):
                         os.remove(self.path(name))
 
+    def test_its_name_may_have_any_sign(self):
+        pdf = self.pdf_of("1 0.5 0 0 (#1 Lake \\(50% / deep\\)) 0 x\n" + self.FILL)
+        report = run("qpdf", "--check", pdf).decode()
+        self.assertNotIn("WARNING", report)
+        with open(pdf, "rb") as file:
+            self.assertIn(b"/Separation/#231#20Lake#20#2850#25#20#2F#20deep#29/DeviceCMYK", file.read())
+        self.assertEqual(self.plates("1 0.5 0 0 (#1 Lake) 0 x\n" + self.FILL), {"#1 Lake", "Cyan", "Magenta", "Yellow", "Black"})
+
     def test_the_same_numbers_of_process_are_none(self):
         spot = self.LAKE.format(0) + self.FILL
         self.assertEqual(self.program(spot + "1 0.5 0 0 k\n" + self.FILL), ["/Spot1 cs", "1 scn", "1 .5 0 0 k"])
@@ -230,7 +246,7 @@ class Spots(PdfTest):
 
     def test_a_blend_is_one_shading_in_its_inks(self):
         plain = run("qpdf", "--qdf", "--object-streams=disable", self.pdf(sample("gradient-custom-colours")), "-").decode("latin-1")
-        spaces = re.findall(r"/ColorSpace \[\s+(?:/Separation\s+(/\S+)|/DeviceN\s+\[([^]]*)\])", plain)
+        spaces = re.findall(r" obj\n\[\s+(?:/Separation\s+(/\S+)|/DeviceN\s+\[([^]]*)\])", plain)
         self.assertEqual({one or " ".join(several.split()) for one, several in spaces}, {"/Brick", "/Brick /Lagoon", "/Lagoon /Black"})
         # One for each of the four, and nothing painted step by step.
         self.assertEqual((plain.count("/ShadingType 2"), len(re.findall(r" sh$", plain, re.M)), len(re.findall(r"^f$", plain, re.M))), (4, 4, 0))

@@ -234,7 +234,7 @@ def test_another_source_is_told(source):
     (vx.LimitError, lambda: square().render("png", max_time=1e-9)),
     (vx.LimitError, lambda: square().picture(width=131072, height=131072)),
     (vx.FontMissingError, lambda: vx.open(sample("text-missing"), missing_fonts="fail").render("png")),
-    (vx.WriteError, lambda: vx.Library(temp_dir="/proc").open(SQUARE).render("pdf")),
+    (vx.WriteError, lambda: vx.Library(temp_dir="/proc").render_isolated(SQUARE, "pdf")),
     (vx.OptionError, lambda: vx.Library(temp_dir="/no/such")),
     (vx.OptionError, lambda: vx.Library(font_dirs=["/no/such"])),
     (TypeError, lambda: vx.Library(font_dirs="/usr/share/fonts")),

@@ -64,8 +64,6 @@ constexpr FaultCase kFaults[] = {
      "cannot be written, file too large: choose another place with -o", true},
     {FaultKind::NoTemporaryFile, Status::OutputFailed,
      "no temporary file in \"why: what to do\", file too large: name another folder in TMPDIR", true},
-    {FaultKind::SpoolFailed, Status::OutputFailed,
-     "cannot be kept in a temporary file, file too large: name another folder in TMPDIR", true},
     {FaultKind::ReaderLeft, Status::OutputFailed, "", true}, // as head does, which is no news
     {FaultKind::NoWorker, Status::InputFailed, "no worker process, file too large: try again later"},
     {FaultKind::Killed, Status::LimitHit,

@@ -129,19 +129,13 @@ TEST_F(JobTest, WaitsForAPipeNoLongerThanTheLimit)
 
 TEST_F(JobTest, TellsThatItsDocumentChanged)
 {
-    const std::string path = Write("a.vx", DocumentOf(kSquare));
-    JobTask task = Task(path);
-    task.makePasses = [&](Failure *) {
-        return std::vector<Pass>{[](Reading &reading) {
-            usleep(1000); // so that the time of the change is another
-            return reading.Look();
-        }};
-    };
-    task.open = [&] {
-        Write("a.vx", DocumentOf("0 g\n"));
-        return Failure();
-    };
-    EXPECT_EQ(KindOf(task), FaultKind::Changed);
+    Engine engine(OptionsOfEngine());
+    Job job(TaskOf(kSquare), &engine);
+    usleep(1000); // so that the time of the change is another
+    Write("a.vx", DocumentOf("0 g\n"));
+    job.Start();
+    job.Wait();
+    EXPECT_EQ(job.Found().fault.kind, FaultKind::Changed);
 }
 
 TEST_F(JobTest, TellsHowItsWorkerEnded)
@@ -181,7 +175,6 @@ TEST_F(JobTest, StopsAtThePassThatFails)
     } kCases[] = {{FailureKind::CannotWrite, ENOSPC, FaultKind::CannotWrite},
                   {FailureKind::CannotWrite, EPIPE, FaultKind::ReaderLeft},
                   {FailureKind::CannotWrite, EFBIG, FaultKind::OutputTooLong},
-                  {FailureKind::SpoolFailed, ENOSPC, FaultKind::SpoolFailed},
                   {FailureKind::BadInput, 0, FaultKind::Unfit},
                   {FailureKind::TooLarge, 0, FaultKind::TooLarge},
                   {FailureKind::OutOfMemory, 0, FaultKind::TooLarge}};
@@ -194,10 +187,6 @@ TEST_F(JobTest, StopsAtThePassThatFails)
 TEST_F(JobTest, DoesNoPassWhereItsWorkerRefuses)
 {
     JobTask task = TaskOf(kSquare);
-    task.open = [] { return Failure{FailureKind::SpoolFailed, "", ENOSPC}; };
-    EXPECT_EQ(KindOf(task), FaultKind::SpoolFailed);
-    EXPECT_EQ(passesDone_, 0U);
-    task.open = nullptr;
     task.makePasses = [](Failure *failure) {
         *failure = {FailureKind::BadInput, "no"};
         return std::vector<Pass>{LookThrough};

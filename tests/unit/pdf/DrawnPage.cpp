@@ -54,7 +54,7 @@ std::string DrawnPage::Program()
 
 QPDFObjectHandle DrawnPage::Resource(const std::string &kind, const std::string &name)
 {
-    return Page().getKey("/Resources").getKey(pdf::KeyOf(kind)).getKey(pdf::KeyOf(name));
+    return Page().getKey("/Resources").getKey("/" + kind).getKey("/" + name);
 }
 
 std::string StreamText(QPDFObjectHandle stream)

@@ -2,8 +2,12 @@
 #pragma once
 
 #include "devices/pdf/PdfDevice.h"
-#include "devices/pdf/PdfFile.h"
 #include "tests/unit/host/BlendSteps.h"
+
+// qpdf's own pointers are standard ones; it asks its users to say that they know.
+#define POINTERHOLDER_TRANSITION 4
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFObjectHandle.hh>
 
 #include <functional>
 #include <memory>

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
-#include <fcntl.h>
-#include <unistd.h>
 
 using namespace vxhost;
 using namespace vxtest;
@@ -223,25 +221,6 @@ TEST(PdfProgram, TellsWhyItCouldNotBeWritten)
     const Failure failure = device->EndPage();
     EXPECT_EQ(failure.kind, FailureKind::CannotWrite);
     EXPECT_EQ(failure.text, "the disk is full");
-    EXPECT_EQ(failure.error, ENOSPC);
-}
-
-TEST(PdfProgram, TellsThatItCouldNotBeSpooled)
-{
-    std::string error;
-    PdfOptions options;
-    options.spool = open("/dev/full", O_RDWR | O_CLOEXEC);
-    ASSERT_GE(options.spool, 0);
-    const auto device = MakePdfDevice(
-        options, [](std::span<const std::byte>) { return Failure{}; }, &error);
-    close(options.spool);
-    ASSERT_NE(device, nullptr);
-    Page page;
-    page.box = {0, 0, 10, 10};
-    device->BeginPage(page);
-    device->FillPath(kSquare, Gray(0));
-    const Failure failure = device->EndPage();
-    EXPECT_EQ(failure.kind, FailureKind::SpoolFailed);
     EXPECT_EQ(failure.error, ENOSPC);
 }
 

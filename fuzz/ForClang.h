@@ -1,4 +1,4 @@
-// Read before all sources that know qpdf, by Clang and clang-tidy alone: see CMakeLists.txt and .clang-tidy.
+// Read before a source that knows qpdf, by Clang alone: see CMakeLists.txt.
 //
 // Headers of qpdf keep a vector of a class inside that class. Clang 14 takes that where vectors are not constexpr.
 #pragma once
