@@ -14,6 +14,7 @@ class PartHolder final : public Document::Holder
 
     void Leave(size_t from, size_t to) const override { whole_.Leave(offset_ + from, offset_ + to); }
     bool HasChanged() const override { return whole_.HasChanged(); }
+    std::optional<int64_t> ModifiedAt() const override { return whole_.ModifiedAt(); }
 
   private:
     const Document &whole_;

@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -39,6 +40,7 @@ class Document
         virtual void Leave(size_t, size_t) const {}
         virtual bool HasChanged() const { return false; }
         virtual double SecondsRead() const { return 0; }
+        virtual std::optional<int64_t> ModifiedAt() const { return std::nullopt; }
     };
 
     // Each returns null and sets error to one line for a person ("is a directory", "no such file …"). It is empty when
@@ -70,6 +72,11 @@ class Document
     // those that are gone may have ended the process that looked at them.
     bool HasChanged() const { return holder_ != nullptr && holder_->HasChanged(); }
     double SecondsRead() const { return holder_ == nullptr ? 0 : holder_->SecondsRead(); } // that it took
+    // When the file was written to last, in seconds since 1970; none: there is no file.
+    std::optional<int64_t> ModifiedAt() const
+    {
+        return holder_ == nullptr ? std::nullopt : holder_->ModifiedAt();
+    }
 
   private:
     explicit Document(std::span<const std::byte> bytes, std::unique_ptr<const Holder> holder = nullptr)

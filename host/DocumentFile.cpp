@@ -42,6 +42,7 @@ class MappedHolder final : public Document::Holder
         return now.st_size != status_.st_size || now.st_mtim.tv_sec != status_.st_mtim.tv_sec ||
                now.st_mtim.tv_nsec != status_.st_mtim.tv_nsec;
     }
+    std::optional<int64_t> ModifiedAt() const override { return status_.st_mtim.tv_sec; }
 
   private:
     Descriptor descriptor_;

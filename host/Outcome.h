@@ -5,6 +5,7 @@
 #include "host/drawing/Device.h"
 #include "host/reading/DocumentEnd.h"
 #include "host/reading/DocumentFault.h"
+#include "host/reading/HeaderDate.h"
 #include "host/reading/Unshown.h"
 
 #include <vx/Toolbox.h>
@@ -80,7 +81,8 @@ struct Outcome {
     DocumentEnd end;            // of one that was read to its end, or as far as it can be read
     DocumentFault fault;        // of one that is malformed, where it is known
     Salvage salvage;
-    Unshown unshown; // in what was read
+    Unshown unshown;                    // in what was read
+    DateOrigin date = DateOrigin::None; // that the output states
 };
 
 } // namespace vxhost

@@ -89,6 +89,7 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
 std::vector<Pass> Rendering::MakePasses(Failure *failure) const
 {
     std::vector<Pass> passes;
+    const auto date = std::make_shared<DateOrigin>(); // of any output so far
     for (size_t i = 0; i < files_.Size(); ++i) {
         const Format *format = task_.outputs[i].format;
         std::string error;
@@ -97,9 +98,16 @@ std::vector<Pass> Rendering::MakePasses(Failure *failure) const
             *failure = {FailureKind::BadInput, error};
             return {};
         }
-        passes.emplace_back([this, device, format](Reading &reading) {
-            const auto checkPage = [&](const Page &page) { return format->checkPage(task_.settings, page); };
-            return DrawPage(task_.settings.box, checkPage, device.get(), reading);
+        passes.emplace_back([this, device, format, date](Reading &reading) {
+            const auto checkPage = [&](const Page &page) {
+                if (const DateOrigin origin = format->findDateOrigin(task_.settings, page);
+                    origin != DateOrigin::None)
+                    *date = origin;
+                return format->checkPage(task_.settings, page);
+            };
+            Outcome outcome = DrawPage(task_.settings.box, checkPage, device.get(), reading);
+            outcome.date = *date;
+            return outcome;
         });
     }
     return passes;

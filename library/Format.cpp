@@ -13,25 +13,32 @@ namespace vxhost
 namespace
 {
 
+DateOrigin HasNoDate(const Settings &, const Page &)
+{
+    return DateOrigin::None;
+}
+
 // The rows stand in the order of kPdf, kSvg and kPng.
 constexpr Format kFormats[] = {
     {"pdf", "application/pdf",
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakePdfDevice(settings.pdf, std::move(sink), error);
      },
-     [](const Settings &settings, const Page &page) { return WhyNoPdf(settings.pdf, page); }},
+     [](const Settings &, const Page &) { return Failure(); },
+     [](const Settings &settings, const Page &page) { return FindDateOrigin(settings.pdf, page); }},
     {"svg", "image/svg+xml",
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakeSvgDevice(settings.svg, std::move(sink), error);
      },
-     [](const Settings &, const Page &) { return Failure(); }},
+     [](const Settings &, const Page &) { return Failure(); }, HasNoDate},
     {"png", "image/png",
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakePngDevice(settings.png, std::move(sink), error);
      },
      [](const Settings &settings, const Page &page) {
          return FindPictureSize(page.box, settings.png).failure;
-     }},
+     },
+     HasNoDate},
 };
 static_assert(std::size(kFormats) == kFormatCount);
 

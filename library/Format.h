@@ -3,6 +3,7 @@
 
 #include "host/ByteSink.h"
 #include "host/Failure.h"
+#include "host/Outcome.h"
 #include "host/drawing/Device.h"
 
 #include <memory>
@@ -23,6 +24,8 @@ struct Format {
     std::unique_ptr<Device> (*make)(const Settings &settings, ByteSink sink, std::string *error);
     // Says why there can be no such file of that page.
     Failure (*checkPage)(const Settings &settings, const Page &page);
+    // Says whose the date is that such a file of that page states.
+    DateOrigin (*findDateOrigin)(const Settings &settings, const Page &page);
 };
 
 std::span<const Format> Formats();

@@ -1,7 +1,10 @@
 #include "library/OptionValues.h"
 
+#include "host/reading/HeaderDate.h"
+
 #include <algorithm>
 #include <charconv>
+#include <chrono>
 #include <cmath>
 #include <limits>
 
@@ -10,6 +13,8 @@ namespace vxhost
 
 namespace
 {
+
+constexpr int kFirstYear = 1970;
 
 struct NamedColour {
     std::string_view name;
@@ -68,6 +73,22 @@ std::optional<int32_t> ReadInteger(std::string_view text)
 std::optional<int64_t> ReadSeconds(std::string_view text)
 {
     return text.starts_with('-') ? std::nullopt : ReadAll<int64_t>(text);
+}
+
+std::optional<int64_t> ReadDay(std::string_view text)
+{
+    constexpr size_t kDay = std::string_view("2026-11-22").size();
+    std::string words(text);
+    if (words.size() > kDay && words[kDay] == 'T')
+        words[kDay] = ' ';
+    // The forms of a header, of which one is like that.
+    const std::optional<CalendarDate> read = ReadHeaderDate(words).date;
+    if (!read || IsoText(*read).substr(0, kDay) != text.substr(0, kDay) || read->year < kFirstYear)
+        return std::nullopt;
+    using namespace std::chrono;
+    const sys_days day = year{read->year} / read->month / read->day;
+    const seconds time = hours{std::max(read->hour, 0)} + minutes{read->minute} + seconds{read->second};
+    return (day.time_since_epoch() + time).count();
 }
 
 std::optional<int64_t> ReadSize(std::string_view text)

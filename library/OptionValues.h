@@ -16,6 +16,9 @@ std::optional<double> ReadNumber(std::string_view text);   // a finite decimal: 
 std::optional<int32_t> ReadInteger(std::string_view text); // a whole number, which may be negative
 std::optional<int64_t> ReadSeconds(std::string_view text); // digits, without a sign
 
+// Reads a day as 2026-11-22, with or without a time behind it as T10:30 or 10:30:15, in UTC: seconds since 1970.
+std::optional<int64_t> ReadDay(std::string_view text);
+
 // Reads a number of bytes, in which K, M, G and T are powers of 1024: 512M, 1GiB.
 std::optional<int64_t> ReadSize(std::string_view text);
 std::string SizeText(int64_t bytes);

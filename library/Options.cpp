@@ -153,11 +153,19 @@ void SetStandard(const Option &option, const std::string &text, Settings *settin
 
 void SetDate(const Option &option, const std::string &text, Settings *settings)
 {
-    const std::optional<int64_t> seconds = ReadSeconds(text);
+    settings->pdf.date.reset();
+    settings->pdf.dateFrom = text == "file"  ? PdfDateFrom::File
+                             : text == "now" ? PdfDateFrom::Clock
+                                             : PdfDateFrom::Drawing;
+    if (settings->pdf.dateFrom != PdfDateFrom::Drawing)
+        return;
+    std::optional<int64_t> seconds = ReadSeconds(text);
+    if (!seconds)
+        seconds = ReadDay(text);
     if (!seconds || *seconds > kMaxDate)
         Refuse(option, text,
-               "not a whole number of seconds since 1970, up to " + std::to_string(kMaxDate) +
-                   ": give one as 1700000000");
+               "not a date from 1970 to 9999: give one as 2026-11-22 or 2026-11-22T10:30, seconds since "
+               "1970, file or now");
     settings->pdf.date = seconds;
 }
 
@@ -274,7 +282,9 @@ constexpr Option kOptions[] = {
      SetSpots, "keep,process"},
     {"pdf-x", 0, "LEVEL", kPdf, "none", "pdf: the standard to keep to: x1a, x3 or none (none)", SetStandard,
      "x1a,x3,none"},
-    {"date", 0, "S", kPdf, "", "pdf: the date of its creation, in seconds since 1970 (the document's own)",
+    {"date", 0, "WHEN", kPdf, "",
+     "pdf: the date of its creation: as 2026-11-22T10:30, in seconds since 1970, file or now (the document's "
+     "own)",
      SetDate},
 
     {"max-time", 0, "S", 0, "60", "seconds that a document may take; 0 is no limit", SetTime, "", 0,

@@ -12,6 +12,9 @@ void AddResult(const Result &result, nlohmann::ordered_json *json)
 {
     AddFacts(result.header, result.outcome, json);
     AddConfinement(result, json);
+    constexpr const char *kOrigins[] = {nullptr, "user", "drawing", "file", "clock"};
+    if (const char *origin = kOrigins[static_cast<size_t>(result.outcome.date)])
+        (*json)["dateFrom"] = origin;
     const Omitted &omitted = result.omitted;
     const std::pair<const char *, uint32_t> counts[] = {{"processColours", omitted.processColours},
                                                         {"customColours", omitted.customColours},

@@ -2,14 +2,25 @@
 
 #include "devices/pdf/Dates.h"
 
+#include <ctime>
+
 namespace vxhost::pdf
 {
 
 std::string DateOf(const PdfOptions &options, const Page &page)
 {
-    if (options.date)
+    switch (FindDateOrigin(options, page)) {
+    case DateOrigin::User:
         return PdfDate(*options.date);
-    return page.date ? PdfDate(*page.date) : "";
+    case DateOrigin::Drawing:
+        return PdfDate(*page.date);
+    case DateOrigin::File:
+        return PdfDate(*page.fileDate);
+    case DateOrigin::Clock:
+        return PdfDate(std::time(nullptr));
+    default:
+        return "";
+    }
 }
 
 // The standards for print ask for both dates, a title, and whether the page was trapped: it was not.

@@ -1,4 +1,4 @@
-// What the file says about itself. Nothing in it comes from a clock.
+// What the file says about itself.
 #pragma once
 
 #include "devices/pdf/PdfDevice.h"
@@ -9,8 +9,7 @@
 namespace vxhost::pdf
 {
 
-// The date of creation: that of the options, else what the document says, if that can be read in one way only. Empty:
-// there is none.
+// The date of creation, as DateFrom says; empty: there is none.
 std::string DateOf(const PdfOptions &options, const Page &page);
 
 // Returns the object that says it.

@@ -79,9 +79,7 @@ class PdfDevice final : public Device
     void BeginPage(const Page &page) override
     {
         page_ = page;
-        const Failure why = WhyNoPdf(options_, page);
-        const ByteSink refuse = [why](std::span<const std::byte>) { return why; };
-        program_.emplace(why ? refuse : sink_, options_.compress);
+        program_.emplace(sink_, options_.compress);
         if (!options_.background)
             return;
         const Rgb &colour = *options_.background;
@@ -345,19 +343,19 @@ std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, 
     return std::make_unique<PdfDevice>(options, std::move(press), std::move(sink));
 }
 
-Failure WhyNoPdf(const PdfOptions &options, const Page &page)
+// A plain PDF has no date that tells of anything but the drawing, so that it has the same bytes tomorrow.
+DateOrigin FindDateOrigin(const PdfOptions &options, const Page &page)
 {
-    if (options.standard == PdfX::None || !DateOf(options, page).empty())
-        return {};
-    const std::string has =
-        page.created.empty()
-            ? "none"
-            : "\"" + page.created + "\"" +
-                  (page.isDateOrderOpen ? ", which can be read in two ways" : ", which is none");
-    return {FailureKind::BadInput,
-            "PDF/X asks for the date of creation, and the document has " + has +
-                (page.isDateOrderOpen ? ": set --date-order, or --date to one, in seconds since 1970"
-                                      : ": set --date to one, in seconds since 1970")};
+    const DateOrigin outside = page.fileDate ? DateOrigin::File : DateOrigin::Clock;
+    if (options.date)
+        return DateOrigin::User;
+    if (options.dateFrom == PdfDateFrom::File)
+        return outside;
+    if (options.dateFrom == PdfDateFrom::Clock)
+        return DateOrigin::Clock;
+    if (page.date)
+        return DateOrigin::Drawing;
+    return options.standard == PdfX::None ? DateOrigin::None : outside;
 }
 
 } // namespace vxhost

@@ -16,13 +16,17 @@ namespace vxhost
 
 enum class PdfX : uint8_t { None, X1a, X3 };
 
+// What says the date of creation: the drawing if it can, the file, or the clock.
+enum class PdfDateFrom : uint8_t { Drawing, File, Clock };
+
 struct PdfOptions {
     std::optional<Rgb> background; // none: the paper shows
     TextOutput text = TextOutput::Text;
     PdfX standard = PdfX::None;
     std::string profile = "fogra39"; // output intent of PDF/X: that name, or an ICC file of a CMYK press
     ProfileBytes profileBytes;       // what the profile of that name is; null: it is built in, or a file
-    std::optional<int64_t> date;     // seconds since 1970: of creation, instead of the document's own
+    std::optional<int64_t> date;     // seconds since 1970: of creation
+    PdfDateFrom dateFrom = PdfDateFrom::Drawing; // where there is no such date
     bool compress = true;
 };
 
@@ -30,8 +34,8 @@ struct PdfOptions {
 // returned no failure.
 std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, std::string *error);
 
-// Why such a file cannot be made of that page, if it cannot. A device that is given the page all the same fails with
-// this at its end.
-Failure WhyNoPdf(const PdfOptions &options, const Page &page);
+// Says whose the date of creation is: that of the options, else the drawing's own, if it can be read in one way only. A standard asks
+// for one: else it is that of the file, and for a drawing without a file it is now.
+DateOrigin FindDateOrigin(const PdfOptions &options, const Page &page);
 
 } // namespace vxhost

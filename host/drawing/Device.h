@@ -41,7 +41,9 @@ struct Page {
     std::string created = {};              // the date, as somebody wrote it in the header
     std::optional<CalendarDate> date = {}; // the same as it is read; none: it cannot be
     bool isDateOrderOpen = false;          // the date can be read in two ways
-    bool hasLayers = false;                // some may come
+    std::optional<int64_t> fileDate =
+        {}; // when its file was written to last, in seconds since 1970; none: there is no file
+    bool hasLayers = false; // some may come
 };
 
 class Device

@@ -17,6 +17,9 @@ struct CalendarDate {
     bool operator==(const CalendarDate &) const = default;
 };
 
+// What a date of creation that an output states was taken from.
+enum class DateOrigin : uint8_t { None, User, Drawing, File, Clock };
+
 // Says which of two numbers comes first where nothing else tells the day from the month.
 enum class DateOrder : uint8_t { Unsaid, MonthFirst, DayFirst };
 

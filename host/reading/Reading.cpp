@@ -385,6 +385,7 @@ Page Reading::PageFor(const std::optional<Box> &box)
     page.created = header_.creationDate;
     page.date = header_.created;
     page.isDateOrderOpen = header_.isDateOrderOpen;
+    page.fileDate = whole_.ModifiedAt();
     page.hasLayers = !structure_.layers.empty();
     page.box = (box ? *box : ReadInfo().box).Upright();
     return page;

@@ -181,6 +181,7 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     for (uint64_t *count : {&unshown.patterns, &unshown.placedPictures, &unshown.postscript, &unshown.binary,
                             &unshown.betweenLayers})
         flat.Add(*count);
+    flat.AddEnum(outcome.date, DateOrigin::Clock);
 }
 
 template <typename Flat>

@@ -37,6 +37,7 @@ _vx()
     --missing-fonts) words='substitute fail' files= ;;
     --progress) words='auto never always' files= ;;
     --box) words='bbox' files= ;;
+    --date) words='file now' files= ;;
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir) files=-d ;;

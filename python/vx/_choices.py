@@ -76,7 +76,7 @@ def options() -> tuple[Option, ...]:
     ...     if option.formats == ("pdf",):
     ...         print(option)
     pdf_x=LEVEL: pdf: the standard to keep to: x1a, x3 or none (none)
-    date=S: pdf: the date of its creation, in seconds since 1970 (the document's own)
+    date=WHEN: pdf: the date of its creation: as 2026-11-22T10:30, in seconds since 1970, file or now (the document's own)
     """
     return tuple(read_option(lib.vx_option_at, index) for index in range(lib.vx_option_count()))
 

@@ -502,8 +502,25 @@ class Formats(CommandTest):
         self.write("a.vx", document())
         self.run_vx("render", "a.vx", "-o", "none.pdf")
         self.assertNotIn(b"/CreationDate", self.read("none.pdf"))
-        told = self.refused("render", "a.vx", "-o", "x.pdf", "--pdf-x", "x1a", status=1)
-        self.assertIn("set --date to one, in seconds since 1970", told)
+        os.utime(self.path("a.vx"), (0, 86400))
+        note = "vx: {}: the PDF's date of creation is {}: choose another with --date"
+        asked = ("-f", "pdf", "--pdf-x", "x1a")
+        cases = [((), b"(D:19700102000000Z)", note.format("a.vx", "the file's")),
+                 (("--date", "file"), b"(D:19700102000000Z)", note.format("a.vx", "the file's")),
+                 (("--date", "2026-11-22"), b"(D:20261122000000Z)", None),
+                 (("--date", "2026-11-22T10:30"), b"(D:20261122103000Z)", None),
+                 (("--date", "5"), b"(D:19700101000005Z)", None)]
+        for words, date, told in cases:
+            with self.subTest(words):
+                pdf, messages = self.run_vx("render", "a.vx", *asked, "-o", "-", *words)
+                self.assertIn(b"/CreationDate" + date, pdf)
+                self.assertEqual(messages, [told] if told else [])
+        for words, name in ((("render", "-"), "standard input"), (("render", "a.vx", "--date", "now"), "a.vx")):
+            pdf, messages = self.run_vx(*words, *asked, "-o", "-", stdin=document())
+            self.assertRegex(pdf, rb"/CreationDate\(D:20[2-9]\d{11}Z\)")
+            self.assertEqual(messages, [note.format(name, "now")])
+        result = json.loads(self.run_vx("batch", "a.vx", *asked, "-o", "b.pdf", "-q")[0])
+        self.assertEqual(result["dateFrom"], "file")
         for level, name in (("x1a", b"PDF/X-1"), ("x3", b"PDF/X-3")):
             self.run_vx("render", "a.vx", "-o", "x.pdf", "--pdf-x", level, environment={"SOURCE_DATE_EPOCH": "86400"})
             self.assertIn(b"/CreationDate(D:19700102000000", self.read("x.pdf"))

@@ -318,13 +318,6 @@ class Standards(PdfTest):
                 self.assertNotRegex(plain, rb"/(DeviceRGB|CalRGB|Lab|SMask|BM)\b")
                 self.assertNotRegex(plain, rb"(?m) (rg|RG)$")
 
-    def test_it_needs_a_date(self):
-        with unittest.mock.patch.dict(os.environ):
-            os.environ.pop("SOURCE_DATE_EPOCH", None)
-            message = self.refused("render", sample("text-point"), "-o", "out.pdf", "--pdf-x", "x1a", status=1)
-        self.assertTrue(re.search("date of creation.*--date", message), message)
-        self.assertEqual(self.files(), [])
-
     def test_a_background_of_a_screen_is_refused(self):
         with unittest.mock.patch.dict(os.environ, self.DATE):
             process = self.start("render", sample("poster"), "-o", "out.pdf", "--pdf-x", "x1a", "-b", "white")

@@ -99,6 +99,16 @@ TEST(ReadBoxTest, TakesFourSidesAsTheyAre)
         EXPECT_FALSE(ReadBox(text).has_value()) << text;
 }
 
+TEST(ReadDayTest, IsInUtc)
+{
+    EXPECT_EQ(ReadDay("1970-01-02"), 86400);
+    EXPECT_EQ(ReadDay("1970-01-01T00:00:05"), 5);
+    EXPECT_EQ(ReadDay("2000-03-01 01:30"), 951868800 + 5400); // the day after the 29th of February
+    for (const char *none :
+         {"", "1969-12-31", "2026-02-30", "2026-11-22T25:00", "22 November 2026", "3/5/94", "T"})
+        EXPECT_EQ(ReadDay(none), std::nullopt) << none;
+}
+
 } // namespace
 
 } // namespace vxhost

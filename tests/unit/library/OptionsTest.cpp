@@ -135,8 +135,11 @@ const WrongCase kWrong[] = {
     {"samples", "3", "--samples 3: not known: give one of 1, 2, 4, 8"},
     {"samples", "", ""}, // not said
     {"pdf-x", "x4", "--pdf-x x4: not known: give one of x1a, x3, none"},
-    {"date", "-1", "--date -1: not a whole number of seconds"},
-    {"date", "253402300800", "--date 253402300800: not a whole number of seconds"},
+    {"date", "-1", "--date -1: not a date from 1970 to 9999"},
+    {"date", "253402300800", "--date 253402300800: not a date from 1970 to 9999"},
+    {"date", "1969-12-31", "--date 1969-12-31: not a date from 1970 to 9999"},
+    {"date", "22/11/2026", "--date 22/11/2026: not a date from 1970 to 9999"},
+    {"date", "2026-02-30", "--date 2026-02-30: not a date from 1970 to 9999"},
     {"max-time", "-1", "--max-time -1: not a time"},
     {"max-memory", "1023K", "--max-memory 1023K: not a size of 1 MiB or more"},
     {"max-output", "1023", "--max-output 1023: not a size of 1 KiB or more"},

@@ -1,5 +1,7 @@
+#include "devices/pdf/Dates.h"
 #include "tests/unit/pdf/DrawnPage.h"
 
+#include <ctime>
 #include <gtest/gtest.h>
 
 using namespace vxhost;
@@ -68,25 +70,56 @@ TEST(PdfX, TakesTheDocumentsDate)
     EXPECT_EQ(Info(page, "/CreationDate"), "(D:19940325101200)");
 }
 
-TEST(PdfX, NeedsADate)
+TEST(PdfX, TakesTheFilesDateWhereTheDocumentHasNone)
 {
     PdfOptions options = Standard(PdfX::X1a);
     options.date.reset();
-    EXPECT_EQ(DrawnPage(Nothing, options).error,
-              "PDF/X asks for the date of creation, and the document has none: set "
-              "--date to one, in seconds since 1970");
     Page wanted;
     wanted.created = "3/5/94";
     wanted.isDateOrderOpen = true;
-    EXPECT_EQ(DrawnPage(Nothing, options, wanted).error,
-              "PDF/X asks for the date of creation, and the document has \"3/5/94\", which can be read in "
-              "two ways: set --date-order, or --date to one, in seconds since 1970");
-    wanted.created = "last Tuesday";
-    wanted.isDateOrderOpen = false;
-    EXPECT_EQ(
-        DrawnPage(Nothing, options, wanted).error,
-        "PDF/X asks for the date of creation, and the document has \"last Tuesday\", which is none: set "
-        "--date to one, in seconds since 1970");
+    wanted.fileDate = 86400;
+    DrawnPage page(Nothing, options, wanted);
+    EXPECT_EQ(Info(page, "/CreationDate"), "(D:19700102000000Z)");
+    EXPECT_EQ(Info(page, "/ModDate"), "(D:19700102000000Z)");
+}
+
+TEST(PdfX, TakesNowWhereThereIsNoFile)
+{
+    PdfOptions options = Standard(PdfX::X3);
+    options.date.reset();
+    const std::time_t before = std::time(nullptr);
+    DrawnPage page(Nothing, options);
+    const std::string date = Info(page, "/CreationDate");
+    EXPECT_GE(date, "(" + pdf::PdfDate(before) + ")");
+    EXPECT_LE(date, "(" + pdf::PdfDate(std::time(nullptr)) + ")");
+}
+
+TEST(PdfDates, AreTheFirstThatThereIs)
+{
+    Page dated, onFile, none;
+    dated.date = vxhost::CalendarDate{1994, 3, 25};
+    dated.fileDate = onFile.fileDate = 1;
+    const auto origin = [](const Page &page, PdfX standard, PdfDateFrom from, bool isGiven) {
+        PdfOptions options;
+        options.standard = standard;
+        options.dateFrom = from;
+        if (isGiven)
+            options.date = 0;
+        return FindDateOrigin(options, page);
+    };
+    constexpr auto kDrawing = PdfDateFrom::Drawing, kFile = PdfDateFrom::File, kClock = PdfDateFrom::Clock;
+    EXPECT_EQ(origin(dated, PdfX::X1a, kDrawing, true), DateOrigin::User);
+    EXPECT_EQ(origin(dated, PdfX::X1a, kDrawing, false), DateOrigin::Drawing);
+    EXPECT_EQ(origin(onFile, PdfX::X1a, kDrawing, false), DateOrigin::File);
+    EXPECT_EQ(origin(none, PdfX::X1a, kDrawing, false), DateOrigin::Clock);
+    EXPECT_EQ(origin(dated, PdfX::X1a, kFile, false), DateOrigin::File);
+    EXPECT_EQ(origin(none, PdfX::X1a, kFile, false), DateOrigin::Clock);
+    EXPECT_EQ(origin(dated, PdfX::X1a, kClock, false), DateOrigin::Clock);
+    // A plain file has no date but those that somebody asks for.
+    EXPECT_EQ(origin(dated, PdfX::None, kDrawing, false), DateOrigin::Drawing);
+    EXPECT_EQ(origin(onFile, PdfX::None, kDrawing, false), DateOrigin::None);
+    EXPECT_EQ(origin(onFile, PdfX::None, kFile, false), DateOrigin::File);
+    EXPECT_EQ(origin(onFile, PdfX::None, kClock, false), DateOrigin::Clock);
 }
 
 TEST(PdfMetadata, KeepsADateThatCanBeReadInTwoWays)
