@@ -5,11 +5,14 @@
 #include "devices/colour/ScreenColours.h"
 
 #include "devices/colour/ColourContext.h"
-#include "devices/colour/Fogra39.h"
+#include "devices/colour/Fogra39Colours.h"
 #include "devices/colour/ProfileFile.h"
 #include "host/MemoryWatch.h"
 
 #include <lcms2.h>
+
+#include <cstdlib>
+#include <new>
 
 namespace vxhost
 {
@@ -104,8 +107,6 @@ class ProfileColours final : public ScreenColours
         HeldBytes file;
         if (options.profileBytes != nullptr)
             open(*options.profileBytes);
-        else if (name == "fogra39")
-            open(Fogra39Profile());
         else if (Watched([&] { return ReadProfileFile(name, &file); }))
             open(file.Get());
         if (profile == nullptr) {
@@ -126,10 +127,19 @@ class ProfileColours final : public ScreenColours
 
 } // namespace
 
+ScreenColours::ScreenColours()
+    : cache_(static_cast<Known *>(std::calloc(size_t{1} << kCacheBits, sizeof(Known))))
+{
+    if (cache_ == nullptr)
+        throw std::bad_alloc();
+}
+
 std::unique_ptr<ScreenColours> ScreenColours::Make(const ScreenOptions &options, std::string *error)
 {
     if (options.profile == "none" && options.profileBytes == nullptr)
         return std::make_unique<PlainColours>();
+    if (options.profile == "fogra39" && options.profileBytes == nullptr)
+        return MakeFogra39Colours(options.intent);
     return ProfileColours::Make(options, error);
 }
 

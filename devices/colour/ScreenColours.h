@@ -3,10 +3,11 @@
 
 #include "devices/colour/Inks.h"
 #include "devices/colour/ScreenOptions.h"
+#include "host/fonts/Owned.h"
 
+#include <cstdlib>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace vxhost
 {
@@ -24,6 +25,8 @@ class ScreenColours
     // Paper is white, whatever the profile says of it.
     Rgb Convert(InkWord ink)
     {
+        if (ink == 0)
+            return {255, 255, 255};
         Known &known = cache_[(ink * 0x9E3779B1u) >> (32 - kCacheBits)];
         if (known.ink != ink)
             known = {ink, Compute(ink)};
@@ -31,16 +34,16 @@ class ScreenColours
     }
 
   protected:
-    ScreenColours() : cache_(size_t{1} << kCacheBits) {}
+    ScreenColours();
     virtual Rgb Compute(InkWord ink) = 0;
 
   private:
     static constexpr int kCacheBits = 14; // gradients have many colours, the rest of a document few
     struct Known {
-        InkWord ink = 0; // an empty place holds paper
-        Rgb rgb = {255, 255, 255};
+        InkWord ink; // 0: the place is empty
+        Rgb rgb;
     };
-    std::vector<Known> cache_;
+    Owned<Known[], std::free> cache_; // from the system's zeros: most places stay untouched
 };
 
 } // namespace vxhost
