@@ -1,5 +1,6 @@
 #include "jobs/Job.h"
 
+#include "jobs/LateLibraries.h"
 #include "jobs/Sandbox.h"
 #include "library/pipe/Answer.h"
 
@@ -85,6 +86,8 @@ void Job::StartWorker()
 {
     state_ = State::Works;
     hasFonts_ = engine_->HasFonts();
+    if (hasFonts_)
+        LoadLate(LateLibraries::OfFonts); // here, so that the workers of all documents share what is loaded
     WorkerTask task;
     const FileRules &rules = engine_->RulesWith(task_.readable);
     task.descriptors = descriptors_;

@@ -1,6 +1,7 @@
 #include "jobs/MachineFonts.h"
 
 #include "host/fonts/ListedFonts.h"
+#include "jobs/LateLibraries.h"
 #include "jobs/Sandbox.h"
 #include "library/pipe/Answer.h"
 
@@ -79,6 +80,9 @@ void MachineFonts::Start()
 // Runs in the worker.
 std::string MachineFonts::ListFonts() const
 {
+    LoadLate(LateLibraries::OfListingFonts);
+    if (!sources_.memory.empty())
+        LoadLate(LateLibraries::OfFonts);
     Confinement confinement;
     try {
         const auto fonts = MakeFontconfigFonts(sources_, [&](const std::vector<std::string> &cacheFolders) {

@@ -1,6 +1,7 @@
 #include "jobs/Rendering.h"
 
 #include "host/TemporaryFile.h"
+#include "jobs/LateLibraries.h"
 #include "jobs/Sandbox.h"
 #include "library/pipe/Answer.h"
 
@@ -45,7 +46,7 @@ Outcome Draw(const Settings &settings, const Format &format, Device *device, Rea
     return outcome.failure ? outcome : reading.Draw(page, *device);
 }
 
-// Returns the files that the settings name.
+// Returns the files that the settings name, and sees to it that workers which start now can read them.
 std::vector<std::string> FilesOf(const Settings &settings)
 {
     std::vector<std::string> files;
@@ -53,6 +54,8 @@ std::vector<std::string> FilesOf(const Settings &settings)
         if (IsProfileFile(*profile))
             files.push_back(*profile);
     }
+    if (!files.empty())
+        LoadLate(LateLibraries::OfColour);
     return files;
 }
 
