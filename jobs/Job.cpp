@@ -94,6 +94,7 @@ void Job::StartWorker()
     if (rules.Get() >= 0)
         task.descriptors.push_back(rules.Get());
     task.mostAnswer = kMaxAnswer;
+    task.touchesMuchMemory = task_.touchesMuchMemory;
     task.run = [this](WorkerLink &link) { return Work(link); };
     if (const auto &onProgress = engine_->Options().onProgress)
         task.onProgress = [this, &onProgress](int percent) { onProgress(task_.input, percent); };
@@ -114,7 +115,7 @@ std::string Job::Work(WorkerLink &link) const
     Failure &failure = answer.outcome.failure;
     if (task_.open)
         failure = task_.open();
-    answer.confinement = EnterSandbox(engine_->RulesWith({}), SystemCalls::OfReading);
+    answer.confinement = EnterSandbox(engine_->RulesWith({}), engine_->Calls());
     const bool isRefused = engine_->Options().mustBeConfined && !answer.confinement.IsWhole();
     std::vector<Pass> passes;
     if (!failure && !isRefused)

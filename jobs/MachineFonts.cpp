@@ -38,7 +38,7 @@ Confinement ConfineToFonts(const std::vector<std::string> &cacheFolders)
     const auto folder = std::ranges::find_if(cacheFolders, CanKeep);
     if (folder != cacheFolders.end())
         rules.WriteIn(*folder);
-    return EnterSandbox(rules, SystemCalls::OfListingFonts);
+    return EnterSandbox(rules, CallRules(SystemCalls::OfListingFonts));
 }
 
 struct NotConfined {

@@ -79,6 +79,8 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
     job.input = task_.input;
     job.kinds = task_.kinds;
     job.readable = FilesOf(task_.settings);
+    job.touchesMuchMemory = std::ranges::any_of(
+        task_.outputs, [](const RenderTask::Output &output) { return output.format == FindFormat("png"); });
     job.layers = task_.settings.layers;
     job.keepsSpots = task_.settings.keepsSpots;
     job.open = [this] { return OpenSpools(); };
@@ -200,7 +202,7 @@ Trial TryDevices(std::span<const Format *const> formats, const Settings &setting
     task.mostAnswer = kMaxAnswer;
     task.run = [&](WorkerLink &) {
         Answer answer;
-        answer.confinement = EnterSandbox(rules, SystemCalls::OfReading);
+        answer.confinement = EnterSandbox(rules, engine->Calls());
         if (answer.confinement.IsWhole() || !mustBeConfined)
             answer.passes = static_cast<uint32_t>(TryEach(formats, settings, &answer.outcome.failure));
         return WriteAnswer(std::move(answer));
