@@ -11,8 +11,7 @@
 
 #include <lcms2.h>
 
-#include <cstdlib>
-#include <new>
+#include <utility>
 
 namespace vxhost
 {
@@ -127,11 +126,17 @@ class ProfileColours final : public ScreenColours
 
 } // namespace
 
-ScreenColours::ScreenColours()
-    : cache_(static_cast<Known *>(std::calloc(size_t{1} << kCacheBits, sizeof(Known))))
+// Makes room where a document turns out to have many colours, as gradients have.
+Rgb ScreenColours::Learn(InkWord ink)
 {
-    if (cache_ == nullptr)
-        throw std::bad_alloc();
+    constexpr int kMostBits = 14, kStep = 2;
+    if (++learnt_ > cache_.size() && bits_ < kMostBits) {
+        bits_ += kStep;
+        const std::vector<Known> before = std::exchange(cache_, std::vector<Known>(size_t{1} << bits_));
+        for (const Known &known : before)
+            cache_[PlaceOf(known.ink)] = known;
+    }
+    return (cache_[PlaceOf(ink)] = {ink, Compute(ink)}).rgb;
 }
 
 std::unique_ptr<ScreenColours> ScreenColours::Make(const ScreenOptions &options, std::string *error)

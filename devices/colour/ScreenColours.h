@@ -3,11 +3,11 @@
 
 #include "devices/colour/Inks.h"
 #include "devices/colour/ScreenOptions.h"
-#include "host/fonts/Owned.h"
 
-#include <cstdlib>
+#include <cstddef>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vxhost
 {
@@ -25,25 +25,26 @@ class ScreenColours
     // Paper is white, whatever the profile says of it.
     Rgb Convert(InkWord ink)
     {
-        if (ink == 0)
-            return {255, 255, 255};
-        Known &known = cache_[(ink * 0x9E3779B1u) >> (32 - kCacheBits)];
-        if (known.ink != ink)
-            known = {ink, Compute(ink)};
-        return known.rgb;
+        const Known &known = cache_[PlaceOf(ink)];
+        return known.ink == ink ? known.rgb : Learn(ink);
     }
 
   protected:
-    ScreenColours();
+    ScreenColours() : cache_(size_t{1} << bits_) {}
     virtual Rgb Compute(InkWord ink) = 0;
 
   private:
-    static constexpr int kCacheBits = 14; // gradients have many colours, the rest of a document few
     struct Known {
-        InkWord ink; // 0: the place is empty
-        Rgb rgb;
+        InkWord ink = 0; // an empty place holds paper
+        Rgb rgb = {255, 255, 255};
     };
-    Owned<Known[], std::free> cache_; // from the system's zeros: most places stay untouched
+
+    size_t PlaceOf(InkWord ink) const { return (ink * 0x9E3779B1U) >> (32 - bits_); }
+    Rgb Learn(InkWord ink);
+
+    int bits_ = 8; // most documents have few colours: a cache for many is touched before the first
+    size_t learnt_ = 0;
+    std::vector<Known> cache_;
 };
 
 } // namespace vxhost
