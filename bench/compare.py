@@ -23,6 +23,8 @@ GHOSTSCRIPT = ["gs", "-q", "-dBATCH", "-dNOPAUSE"]
 PLAIN_PDF = "PDF, not compressed"
 WORKS = ("parse", "PNG", "PDF", PLAIN_PDF, "SVG")
 GROWTH = ("parse", "PNG", "PDF", "SVG")
+SAMPLES = Path(__file__).resolve().parent.parent / "samples"
+SMALL_TURNS = 10  # for each of a document that takes long
 
 
 class Job:
@@ -106,6 +108,31 @@ class Bench:
             yield Job("PNG", "rsvg-convert",
                       ["rsvg-convert", "--unlimited", "-w", "1000", "-o", out / "rsvg.png", same["svg"]])
 
+    def small_jobs(self):
+        """Works that end before a person sees it: most of their time is what it takes to begin. The first is the unit."""
+        harp, page, size = SAMPLES / "harp.vx", self.folder / "harp.pdf", ["--width", "1000"]
+        subprocess.run(self.render(harp, page.name), check=True)
+        yield Job("nothing", "true", [shutil.which("true")])
+        yield Job("the version", "vx", [self.vx, "--version"])
+        yield Job("harp.vx, facts", "vx", [self.vx, "info", harp])
+        yield Job("harp.vx, PNG", "vx", self.render(harp, "harp.png", *size))
+        if self.has("mutool"):
+            yield Job("harp.vx, PNG", "mutool draw",
+                      ["mutool", "draw", "-q", "-w", "1000", "-o", self.folder / "mutool.png", page])
+
+    def batch_jobs(self, documents):
+        def batch(language):
+            return [self.vx, "batch", "-q", "-f", language, "-o", self.folder / "{stem}.{ext}", "--", *documents]
+
+        subprocess.run(batch("pdf"), check=True, stdout=subprocess.DEVNULL)
+        work = f"{len(documents)} documents, "
+        for language in ("png", "svg", "pdf"):
+            yield Job(work + language.upper(), "vx batch", batch(language))
+        if self.has("mutool"):
+            draw = f'for page; do mutool draw -q -r 150 -o {shlex.quote(str(self.folder / "page.png"))} "$page" || exit; done'
+            yield Job(work + "PNG", "mutool draw, for each",
+                      ["sh", "-c", draw, "sh", *(self.folder / f"{document.stem}.pdf" for document in documents)])
+
     def run(self, jobs, repeat):
         for _ in range(repeat):
             for job in jobs:
@@ -165,6 +192,14 @@ def growth(runs):
     yield from markdown(["document", "vx", *(f"{size:g} MB" for size in sizes)], rows)
 
 
+def processes(jobs):
+    """Whole processes, in units of one that does nothing."""
+    yield "### Whole processes"
+    yield ""
+    yield from markdown(["work", "program", "time, true = 1", "peak memory"],
+                        [[job.work, job.program, times(job, jobs[0].seconds), f"{job.mebibytes:.0f} MiB"] for job in jobs])
+
+
 def first_line(command):
     if not shutil.which(command[0]):
         return None
@@ -213,6 +248,10 @@ def compare(bench):
             runs[kind, size] = bench.run(jobs, options.repeat)
         yield from comparison(f"{kind}, {options.rivals:g} MB", runs[kind, options.rivals])
     yield from growth(runs)
+    if bench.has("true"):
+        documents = sorted(SAMPLES.glob("*.vx"))[:3 if options.quick else None]
+        small = bench.run(list(bench.small_jobs()), options.repeat * SMALL_TURNS)
+        yield from processes([*small, *bench.run(list(bench.batch_jobs(documents)), options.repeat)])
     if (ratio := bench.lookups() if options.fonts else None) is not None:
         yield f"Text beside 3,000 fonts takes {ratio:.2f} times what it takes beside 30, start-up aside."
         yield ""

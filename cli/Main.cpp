@@ -130,12 +130,16 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
     std::vector<std::pair<CLI::App *, Runner>> runners;
     for (const CommandRow &row : kCommands) {
         CLI::App *command = app.add_subcommand(row.name, row.help);
+        command->group("Commands");
+        known += (known.empty() ? "" : ", ") + std::string(row.name);
+        // The options of all commands take longer to set up than a small drawing to read.
+        if (std::find(argv, argv + argc, std::string_view(row.name)) == argv + argc)
+            continue;
         command->set_help_flag("-h,--help", "show this");
-        command->group("Commands")->allow_extras();
+        command->allow_extras();
         runners.emplace_back(command, row.make(command));
         for (CLI::Option *option : command->get_options())
             option->disable_flag_override(); // a flag is given or not, and has no value
-        known += (known.empty() ? "" : ", ") + std::string(row.name);
     }
     app.allow_extras();
 

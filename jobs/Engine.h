@@ -45,12 +45,14 @@ class Engine
     // Returns rules that allow these files, those of the fonts that are listed, and those of all calls before, which the user
     // chose too.
     FileRules &RulesWith(const std::vector<std::string> &files);
+    const CallRules &Calls() const { return calls_; }
 
   private:
     EngineOptions options_;
     MachineFonts fonts_;
     Installation installation_;
     FileRules rules_;
+    CallRules calls_{SystemCalls::OfReading};
     std::set<std::string> ruled_; // files that were added
     bool rulesHaveFonts_ = false;
 };

@@ -1,5 +1,6 @@
 #include "jobs/Job.h"
 
+#include "jobs/LateLibraries.h"
 #include "jobs/Sandbox.h"
 #include "library/pipe/Answer.h"
 
@@ -86,12 +87,15 @@ void Job::StartWorker()
 {
     state_ = State::Works;
     hasFonts_ = engine_->HasFonts();
+    if (hasFonts_)
+        LoadLate(LateLibraries::OfFonts); // here, so that the workers of all documents share what is loaded
     WorkerTask task;
     const FileRules &rules = engine_->RulesWith(task_.readable);
     task.descriptors = descriptors_;
     if (rules.Get() >= 0)
         task.descriptors.push_back(rules.Get());
     task.mostAnswer = kMaxAnswer;
+    task.touchesMuchMemory = task_.touchesMuchMemory;
     task.run = [this](WorkerLink &link) { return Work(link); };
     if (const auto &onProgress = engine_->Options().onProgress)
         task.onProgress = [this, &onProgress](int percent) { onProgress(task_.input, percent); };
@@ -110,7 +114,7 @@ std::string Job::Work(WorkerLink &link) const
 {
     Answer answer;
     Failure &failure = answer.outcome.failure;
-    answer.confinement = EnterSandbox(engine_->RulesWith({}), SystemCalls::OfReading);
+    answer.confinement = EnterSandbox(engine_->RulesWith({}), engine_->Calls());
     const bool isRefused = engine_->Options().mustBeConfined && !answer.confinement.IsWhole();
     std::vector<Pass> passes;
     if (!isRefused)

@@ -33,6 +33,7 @@ struct JobTask {
     FileKinds kinds = FileKinds::All;
     std::vector<std::string> readable; // files that it may open, beside those of fonts
     bool needsFonts = false;           // read it with fonts from the start
+    bool touchesMuchMemory = false;    // megabytes, as a picture's pixels
     LayerChoice layers;                // that are painted
     bool keepsSpots = true;            // false: spot inks are painted in process colours
 

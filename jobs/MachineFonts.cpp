@@ -1,6 +1,7 @@
 #include "jobs/MachineFonts.h"
 
 #include "host/fonts/ListedFonts.h"
+#include "jobs/LateLibraries.h"
 #include "jobs/Sandbox.h"
 #include "library/pipe/Answer.h"
 
@@ -37,7 +38,7 @@ Confinement ConfineToFonts(const std::vector<std::string> &cacheFolders)
     const auto folder = std::ranges::find_if(cacheFolders, CanKeep);
     if (folder != cacheFolders.end())
         rules.WriteIn(*folder);
-    return EnterSandbox(rules, SystemCalls::OfListingFonts);
+    return EnterSandbox(rules, CallRules(SystemCalls::OfListingFonts));
 }
 
 struct NotConfined {
@@ -79,6 +80,9 @@ void MachineFonts::Start()
 // Runs in the worker.
 std::string MachineFonts::ListFonts() const
 {
+    LoadLate(LateLibraries::OfListingFonts);
+    if (!sources_.memory.empty())
+        LoadLate(LateLibraries::OfFonts);
     Confinement confinement;
     try {
         const auto fonts = MakeFontconfigFonts(sources_, [&](const std::vector<std::string> &cacheFolders) {

@@ -1,5 +1,6 @@
 #include "jobs/Rendering.h"
 
+#include "jobs/LateLibraries.h"
 #include "jobs/Sandbox.h"
 #include "library/pipe/Answer.h"
 
@@ -15,7 +16,7 @@ namespace vxhost
 namespace
 {
 
-// Returns the files that the settings name.
+// Returns the files that the settings name, and sees to it that workers which start now can read them.
 std::vector<std::string> FilesOf(const Settings &settings)
 {
     std::vector<std::string> files;
@@ -23,6 +24,8 @@ std::vector<std::string> FilesOf(const Settings &settings)
         if (IsProfileFile(*profile))
             files.push_back(*profile);
     }
+    if (!files.empty())
+        LoadLate(LateLibraries::OfColour);
     return files;
 }
 
@@ -69,6 +72,8 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
     job.input = task_.input;
     job.kinds = task_.kinds;
     job.readable = FilesOf(task_.settings);
+    job.touchesMuchMemory = std::ranges::any_of(
+        task_.outputs, [](const RenderTask::Output &output) { return output.format == FindFormat("png"); });
     job.layers = task_.settings.layers;
     job.keepsSpots = task_.settings.keepsSpots;
     job.makePasses = [this](Failure *failure) { return MakePasses(failure); };
@@ -159,7 +164,7 @@ Trial TryDevices(std::span<const Format *const> formats, const Settings &setting
     task.mostAnswer = kMaxAnswer;
     task.run = [&](WorkerLink &) {
         Answer answer;
-        answer.confinement = EnterSandbox(rules, SystemCalls::OfReading);
+        answer.confinement = EnterSandbox(rules, engine->Calls());
         if (answer.confinement.IsWhole() || !mustBeConfined)
             answer.passes = static_cast<uint32_t>(TryEach(formats, settings, &answer.outcome.failure));
         return WriteAnswer(std::move(answer));

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <fcntl.h>
 #include <linux/landlock.h>
+#include <linux/seccomp.h>
 #include <memory>
 #include <seccomp.h>
 #include <sys/mman.h>
@@ -155,13 +156,16 @@ constexpr int kOfListingFonts[] = {
     SCMP_SYS(unlinkat),
 };
 
-// Returns 0, or why it cannot be.
-int ConfineCalls(SystemCalls calls)
+// Returns 0, or why they cannot be made.
+int MakeRules(SystemCalls calls, pid_t process, std::vector<sock_filter> *rules)
 {
     const std::unique_ptr<void, void (*)(scmp_filter_ctx)> filter(seccomp_init(SCMP_ACT_ERRNO(EPERM)),
                                                                   seccomp_release);
     if (filter == nullptr)
         return ENOSYS;
+    // As a tree: the kernel tries it with each call that there is, whenever a process takes it.
+    constexpr uint32_t kTree = 2;
+    (void)seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_OPTIMIZE, kTree);
     // A rule for a call that this machine has not is refused, and not needed.
     const auto allow = [&filter](int call) { (void)seccomp_rule_add(filter.get(), SCMP_ACT_ALLOW, call, 0); };
     const auto allowPartly = [&filter](const PartlyAllowed &rule) {
@@ -178,8 +182,30 @@ int ConfineCalls(SystemCalls calls)
     if (calls == SystemCalls::OfListingFonts)
         std::ranges::for_each(kOfListingFonts, allow);
     // A signal for itself is how a process aborts.
-    allowPartly({SCMP_SYS(tgkill), {{{0, kWhole, static_cast<scmp_datum_t>(getpid())}, kAlways}}});
-    return -seccomp_load(filter.get());
+    allowPartly({SCMP_SYS(tgkill), {{{0, kWhole, static_cast<scmp_datum_t>(process)}, kAlways}}});
+
+    // They come out as bytes, of which a pipe holds more than the kernel takes.
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0)
+        return errno;
+    const Descriptor out(ends[0]), in(ends[1]);
+    const int failure = seccomp_export_bpf(filter.get(), in.Get());
+    if (failure != 0)
+        return -failure;
+    rules->resize(BPF_MAXINSNS);
+    const ssize_t bytes = read(out.Get(), rules->data(), rules->size() * sizeof(sock_filter));
+    rules->resize(static_cast<size_t>(std::max<ssize_t>(bytes, 0)) / sizeof(sock_filter));
+    return rules->empty() ? EIO : 0;
+}
+
+// Returns 0, or why it cannot be.
+int ConfineCalls(const CallRules &calls)
+{
+    std::vector<sock_filter> rules = calls.ForProcess(getpid());
+    if (rules.empty())
+        return calls.Error();
+    const sock_fprog program = {static_cast<unsigned short>(rules.size()), rules.data()};
+    return syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, 0, &program) == 0 ? 0 : errno;
 }
 
 } // namespace
@@ -225,7 +251,29 @@ void FileRules::WriteIn(const std::string &folder)
           S_IFDIR);
 }
 
-Confinement EnterSandbox(const FileRules &rules, SystemCalls calls)
+// A rule compares words of 32 bits. No process has that number.
+constexpr pid_t kNobody = 0x7FFFFFFF;
+
+CallRules::CallRules(SystemCalls calls) : error_(MakeRules(calls, kNobody, &rules_))
+{
+    const auto names = [](const sock_filter &rule) {
+        return rule.code == (BPF_JMP | BPF_JEQ | BPF_K) && rule.k == static_cast<uint32_t>(kNobody);
+    };
+    process_ = static_cast<size_t>(std::ranges::find_if(rules_, names) - rules_.begin());
+    if (error_ == 0 && std::ranges::count_if(rules_, names) != 1)
+        error_ = ENOSYS;
+}
+
+std::vector<sock_filter> CallRules::ForProcess(pid_t process) const
+{
+    if (error_ != 0)
+        return {};
+    std::vector<sock_filter> rules = rules_;
+    rules[process_].k = static_cast<uint32_t>(process);
+    return rules;
+}
+
+Confinement EnterSandbox(const FileRules &files, const CallRules &calls)
 {
     Confinement confinement;
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
@@ -233,8 +281,8 @@ Confinement EnterSandbox(const FileRules &rules, SystemCalls calls)
         return confinement;
     }
     ConfineResources();
-    confinement.landlockError = rules.Error();
-    if (rules.Get() >= 0 && syscall(SYS_landlock_restrict_self, rules.Get(), 0) != 0)
+    confinement.landlockError = files.Error();
+    if (files.Get() >= 0 && syscall(SYS_landlock_restrict_self, files.Get(), 0) != 0)
         confinement.landlockError = errno;
     confinement.seccompError = ConfineCalls(calls);
     confinement.byLandlock = confinement.landlockError == 0;

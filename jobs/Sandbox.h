@@ -6,9 +6,12 @@
 #include "host/FileReading.h"
 #include "library/Result.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <linux/filter.h>
 #include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace vxhost
 {
@@ -40,7 +43,24 @@ enum class SystemCalls {
     OfListingFonts // those for folders and the files of a cache too
 };
 
+// Says, in the kernel's form, which calls stay allowed. It is made once, for any number of processes that are forked later: to
+// make it takes longer than to confine a process by it.
+class CallRules
+{
+  public:
+    explicit CallRules(SystemCalls calls);
+
+    // Returns the rules for this process, which may send signals to itself. There are none if there is an error.
+    std::vector<sock_filter> ForProcess(pid_t process) const;
+    int Error() const { return error_; } // the errno that says why
+
+  private:
+    std::vector<sock_filter> rules_; // for nobody
+    size_t process_ = 0;             // where they name the process
+    int error_ = 0;
+};
+
 // Returns what confines the process. What the kernel lacks or refuses is left out, and the rest is in force.
-Confinement EnterSandbox(const FileRules &rules, SystemCalls calls);
+Confinement EnterSandbox(const FileRules &files, const CallRules &calls);
 
 } // namespace vxhost

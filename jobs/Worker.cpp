@@ -3,6 +3,7 @@
 #include "jobs/Interrupt.h"
 #include "jobs/MallocHandler.h"
 #include "jobs/OutputFile.h"
+#include "jobs/WorkerHeap.h"
 #include "library/OptionValues.h"
 #include "library/Options.h"
 #include "library/pipe/WorkerFrames.h"
@@ -165,6 +166,8 @@ std::string Answer(const WorkerTask &task, WorkerLink *link)
     if (getppid() != parent)
         _exit(0);
     g_workerPipe = pipe;
+    if (task.touchesMuchMemory && MemoryLimitWorks())
+        PrepareHeap(limits.memory);
     LimitMemory(limits.memory);
     Lower(RLIMIT_FSIZE, limits.output.value_or(0));
     std::signal(SIGXFSZ, SIG_IGN); // a file that may not grow is an error of write

@@ -55,7 +55,8 @@ struct WorkerTask {
     std::function<std::string(WorkerLink &)> run; // runs in the process, and returns the answer
     std::vector<int> descriptors;                 // all that it may use
     size_t mostAnswer = 0;                        // bytes; a longer one is taken for a crash
-    std::function<void(int percent)> onProgress;  // null: nobody is told
+    bool touchesMuchMemory = false; // megabytes, as a picture's pixels: it gets them by large pages
+    std::function<void(int percent)> onProgress; // null: nobody is told
 };
 
 class Worker

@@ -42,9 +42,12 @@ fs::path Resolve(const fs::path &path, std::error_code *failure)
     fs::path whole = fs::absolute(path, *failure);
     if (*failure)
         return {};
-    // The first call takes "none/.." out of the path, the second follows the links behind it.
-    if (fs::path plain = fs::weakly_canonical(whole, *failure); !*failure)
+    // The first call takes "none/.." out of the path, the second follows the links behind it. Mostly there is neither.
+    if (fs::path plain = fs::weakly_canonical(whole, *failure); !*failure) {
+        if (plain == whole)
+            return plain;
         whole = std::move(plain);
+    }
     fs::path place = fs::weakly_canonical(whole, *failure);
     return *failure ? fs::weakly_canonical(whole.parent_path(), *failure) / whole.filename() : place;
 }

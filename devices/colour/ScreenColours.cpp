@@ -5,11 +5,13 @@
 #include "devices/colour/ScreenColours.h"
 
 #include "devices/colour/ColourContext.h"
-#include "devices/colour/Fogra39.h"
+#include "devices/colour/Fogra39Colours.h"
 #include "devices/colour/ProfileFile.h"
 #include "host/MemoryWatch.h"
 
 #include <lcms2.h>
+
+#include <utility>
 
 namespace vxhost
 {
@@ -104,8 +106,6 @@ class ProfileColours final : public ScreenColours
         HeldBytes file;
         if (options.profileBytes != nullptr)
             open(*options.profileBytes);
-        else if (name == "fogra39")
-            open(Fogra39Profile());
         else if (Watched([&] { return ReadProfileFile(name, &file); }))
             open(file.Get());
         if (profile == nullptr) {
@@ -126,10 +126,25 @@ class ProfileColours final : public ScreenColours
 
 } // namespace
 
+// Makes room where a document turns out to have many colours, as gradients have.
+Rgb ScreenColours::Learn(InkWord ink)
+{
+    constexpr int kMostBits = 14, kStep = 2;
+    if (++learnt_ > cache_.size() && bits_ < kMostBits) {
+        bits_ += kStep;
+        const std::vector<Known> before = std::exchange(cache_, std::vector<Known>(size_t{1} << bits_));
+        for (const Known &known : before)
+            cache_[PlaceOf(known.ink)] = known;
+    }
+    return (cache_[PlaceOf(ink)] = {ink, Compute(ink)}).rgb;
+}
+
 std::unique_ptr<ScreenColours> ScreenColours::Make(const ScreenOptions &options, std::string *error)
 {
     if (options.profile == "none" && options.profileBytes == nullptr)
         return std::make_unique<PlainColours>();
+    if (options.profile == "fogra39" && options.profileBytes == nullptr)
+        return MakeFogra39Colours(options.intent);
     return ProfileColours::Make(options, error);
 }
 

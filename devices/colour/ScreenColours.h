@@ -4,6 +4,7 @@
 #include "devices/colour/Inks.h"
 #include "devices/colour/ScreenOptions.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,22 +25,25 @@ class ScreenColours
     // Paper is white, whatever the profile says of it.
     Rgb Convert(InkWord ink)
     {
-        Known &known = cache_[(ink * 0x9E3779B1u) >> (32 - kCacheBits)];
-        if (known.ink != ink)
-            known = {ink, Compute(ink)};
-        return known.rgb;
+        const Known &known = cache_[PlaceOf(ink)];
+        return known.ink == ink ? known.rgb : Learn(ink);
     }
 
   protected:
-    ScreenColours() : cache_(size_t{1} << kCacheBits) {}
+    ScreenColours() : cache_(size_t{1} << bits_) {}
     virtual Rgb Compute(InkWord ink) = 0;
 
   private:
-    static constexpr int kCacheBits = 14; // gradients have many colours, the rest of a document few
     struct Known {
         InkWord ink = 0; // an empty place holds paper
         Rgb rgb = {255, 255, 255};
     };
+
+    size_t PlaceOf(InkWord ink) const { return (ink * 0x9E3779B1U) >> (32 - bits_); }
+    Rgb Learn(InkWord ink);
+
+    int bits_ = 8; // most documents have few colours: a cache for many is touched before the first
+    size_t learnt_ = 0;
     std::vector<Known> cache_;
 };
 

@@ -62,7 +62,8 @@ void DocumentFonts::IndexNames()
 
 void DocumentFonts::AddAsked(const FontList &installed, const DocumentFontOptions &options)
 {
-    const FontMatcher matcher(installed);
+    std::optional<FontMatcher>
+        matcher; // it looks at every font, and most documents ask for none that is missing
     for (const AskedFont &asked : options.asked) {
         const std::string bareName(WithoutSuffixes(asked.name));
         const auto found = byBareName_.find(bareName);
@@ -74,7 +75,7 @@ void DocumentFonts::AddAsked(const FontList &installed, const DocumentFontOption
             continue;
         if (serving < 0) {
             const Script script = ScriptOfName(asked.name).value_or(asked.script.value_or(Script::Roman));
-            serving = matcher.FindNearest(asked.name, script);
+            serving = (matcher ? *matcher : matcher.emplace(installed)).FindNearest(asked.name, script);
         }
         Entry entry;
         entry.postScriptName = asked.name;

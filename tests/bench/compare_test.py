@@ -3,6 +3,7 @@
 
 import os
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -48,7 +49,7 @@ class Compare(unittest.TestCase):
         self.assertEqual(done.returncode, 0, done.stderr)
         self.assertEqual(file.read_text(encoding="utf-8").split(), done.stdout.split())
         tables = rows(done.stdout)
-        self.assertEqual(list(tables), [*(f"{kind}, 0.1 MB" for kind in KINDS), "Growth"])
+        self.assertEqual(list(tables), [*(f"{kind}, 0.1 MB" for kind in KINDS), "Growth", "Whole processes"])
         for kind in KINDS:
             ratios = {}
             for work, program, ratio, memory in tables[f"{kind}, 0.1 MB"][1:]:
@@ -64,10 +65,23 @@ class Compare(unittest.TestCase):
             for cell in row[2:]:
                 self.assertGreater(float(re.fullmatch(r"([0-9.]+), [1-9][0-9]* MiB", cell)[1]), 0)
 
+    def test_whole_processes_have_their_rows(self):
+        done = compare("--quick")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        table = rows(done.stdout)["Whole processes"]
+        times = {(work, program): float(ratio) for work, program, ratio, _ in table[1:]}
+        self.assertEqual(times["nothing", "true"], 1)
+        for work in ("the version", "harp.vx, facts", "harp.vx, PNG"):
+            self.assertGreater(times[work, "vx"], 1)
+        for language in ("PNG", "SVG", "PDF"):
+            self.assertGreater(times[f"3 documents, {language}", "vx batch"], 1)
+        rivals = {row[1] for row in table[1:]} - {"true", "vx", "vx batch"}
+        self.assertEqual(rivals, {"mutool draw", "mutool draw, for each"} if shutil.which("mutool") else set())
+
     def test_programs_that_are_not_there_are_left_out_with_a_line(self):
         done = compare("--quick", env=without_rivals())
         self.assertEqual(done.returncode, 0, done.stderr)
-        for tool in ("gs", "pdftocairo", "mutool", "rsvg-convert"):
+        for tool in ("gs", "pdftocairo", "mutool", "rsvg-convert", "true"):
             self.assertEqual(done.stderr.count(f"compare: {tool} is left out, it is not installed\n"), 1, done.stderr)
         programs = {row[1] for title, table in rows(done.stdout).items() if title != "Growth" for row in table[1:]}
         self.assertEqual(programs, {"vx", "vx, the plug-in alone"})

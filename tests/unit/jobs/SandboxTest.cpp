@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -36,7 +37,7 @@ int TryConfined(const FileRules &rules, SystemCalls calls, const std::function<l
 {
     const pid_t process = fork();
     if (process == 0) {
-        const Confinement confinement = EnterSandbox(rules, calls);
+        const Confinement confinement = EnterSandbox(rules, CallRules(calls));
         _exit(!confinement.IsWhole() ? 255 : attempt() < 0 ? errno : 0);
     }
     int status = 0;
@@ -105,6 +106,46 @@ TEST_F(SandboxTest, PassesOverWhatIsNotThere)
     fs::create_directory(Path("none"));
     Write("none/one", "");
     EXPECT_EQ(ReadBy(rules, Path("none/one")), EACCES);
+}
+
+// Rules that were made once hold for each process.
+TEST(CallRulesTest, LetAProcessSendSignalsToItselfAlone)
+{
+    const FileRules files;
+    const pid_t others = getpid();
+    for (const SystemCalls calls : {SystemCalls::OfReading, SystemCalls::OfListingFonts}) {
+        const CallRules rules(calls);
+        ASSERT_EQ(rules.Error(), 0);
+        for (int i = 0; i < 2; ++i) {
+            const pid_t process = fork();
+            if (process == 0) {
+                (void)EnterSandbox(files, rules);
+                const bool toItself = syscall(SYS_tgkill, getpid(), gettid(), 0) == 0;
+                const bool toOthers = syscall(SYS_tgkill, others, others, 0) == 0 || errno != EPERM;
+                const bool toNobody = syscall(SYS_tgkill, 0x7FFFFFFF, 1, 0) == 0 || errno != EPERM;
+                _exit((toItself ? 0 : 1) | (toOthers ? 2 : 0) | (toNobody ? 4 : 0));
+            }
+            int status = 0;
+            ASSERT_EQ(waitpid(process, &status, 0), process);
+            EXPECT_EQ(status, 0);
+        }
+    }
+}
+
+TEST(CallRulesTest, DifferInTheProcessAlone)
+{
+    const CallRules rules(SystemCalls::OfReading);
+    const auto one = rules.ForProcess(1), another = rules.ForProcess(70'000);
+    ASSERT_EQ(one.size(), another.size());
+    ASSERT_FALSE(one.empty());
+    int differ = 0;
+    for (size_t i = 0; i < one.size(); ++i) {
+        EXPECT_EQ(one[i].code, another[i].code);
+        EXPECT_EQ(one[i].jt, another[i].jt);
+        EXPECT_EQ(one[i].jf, another[i].jf);
+        differ += one[i].k != another[i].k ? 1 : 0;
+    }
+    EXPECT_EQ(differ, 1);
 }
 
 TEST_F(SandboxTest, LetsFontsBeListedAndFilesOfACacheBeKept)

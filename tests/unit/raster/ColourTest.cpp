@@ -2,11 +2,18 @@
 #include "tests/unit/raster/Canvas.h"
 
 #include "devices/colour/Fogra39.h"
+#include "devices/colour/ScreenColours.h"
 
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <span>
+#include <string>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace vxhost
 {
@@ -75,6 +82,44 @@ TEST_P(PressColours, LookLikePrint)
 }
 INSTANTIATE_TEST_SUITE_P(Raster, PressColours, testing::Values(Intent::Relative, Intent::Perceptual),
                          [](const auto &test) { return test.index == 0 ? "Relative" : "Perceptual"; });
+
+// The built-in profile has a way of its own. As the profile of a program it goes through Little CMS, which is slower and
+// right by definition.
+TEST_P(PressColours, AreThoseOfTheProfile)
+{
+    const auto make = [](ProfileBytes bytes) {
+        std::string error;
+        return ScreenColours::Make({"fogra39", std::move(bytes), GetParam()}, &error);
+    };
+    const std::span<const std::byte> profile = Fogra39Profile();
+    const auto quick = make(nullptr);
+    const auto plain = make(std::make_shared<std::vector<std::byte>>(profile.begin(), profile.end()));
+    ASSERT_NE(plain, nullptr);
+    EXPECT_EQ(quick->Describe(), plain->Describe());
+
+    // Any inks, and those on the faces and edges of the space: most colours of documents have inks at an end.
+    std::mt19937 random(39);
+    constexpr int kColours = 1'000'000;
+    for (int i = 0; i < kColours; ++i) {
+        auto ink = static_cast<InkWord>(random());
+        const auto kept = i % 2 == 0 ? ~InkWord{0} : static_cast<InkWord>(random());
+        for (int shift = 0; shift < 32; shift += 8) {
+            if ((kept >> shift & 3) == 0)
+                ink |= InkWord{0xFF} << shift;
+            else if ((kept >> shift & 3) == 1)
+                ink &= ~(InkWord{0xFF} << shift);
+        }
+        ASSERT_EQ(quick->Convert(ink), plain->Convert(ink)) << std::hex << ink;
+    }
+    // Each ink alone, and each gray.
+    for (InkWord level = 0; level < 256; ++level) {
+        for (int shift = 0; shift < 32; shift += 8)
+            ASSERT_EQ(quick->Convert(level << shift), plain->Convert(level << shift))
+                << level << ' ' << shift;
+        const InkWord gray = level * 0x010101U;
+        ASSERT_EQ(quick->Convert(gray), plain->Convert(gray)) << level;
+    }
+}
 
 TEST(GrayColours, AreBlackInk)
 {
