@@ -172,6 +172,18 @@ void InkBuffer::PaintWhole(int left, int right, const Ink &ink)
     }
 }
 
+void InkBuffer::PaintMasks(int left, std::span<const uint16_t> masks, const Ink &ink)
+{
+    int x = left;
+    for (const uint16_t mask : masks) {
+        if (mask == fullMask_)
+            PaintWhole(x, x + 1, ink);
+        else if (mask != 0)
+            PaintPart(x, mask, ink);
+        ++x;
+    }
+}
+
 void InkBuffer::PrefetchBlocks(size_t word, uint64_t bits) const
 {
     const InkWord *pixels = row_.pixels + word * 64;

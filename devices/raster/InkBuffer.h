@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace vxhost::raster
@@ -91,6 +92,9 @@ class InkBuffer
             for (int x = left; x < right; ++x)
                 PaintPart(x, mask, ink);
     }
+
+    // Paints the pixels from left on of the selected row, one for each mask, which may be 0.
+    void PaintMasks(int left, std::span<const uint16_t> masks, const Ink &ink);
 
     // These fetch what is painted soon in the selected row, since rows lie far from each other in memory: a pixel with
     // its pair, and once pixels are there, the blocks that they name: those of bits, of the 64 that word says.

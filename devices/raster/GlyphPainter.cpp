@@ -1,0 +1,155 @@
+#include "devices/raster/GlyphPainter.h"
+
+#include <algorithm>
+#include <bit>
+#include <utility>
+
+namespace vxhost::raster
+{
+
+namespace
+{
+
+// Of larger ones there are few on a page, and what they cover is too much to keep.
+constexpr double kMostPixelsAnEm = 48;
+
+constexpr int kMostSamplesOfMasks = 4; // a side of a pixel
+
+} // namespace
+
+class GlyphPainter::PlacedSpans
+{
+  public:
+    PlacedSpans(const GlyphSpans &spans, const GlyphPlace &place, int shift, const Bounds &limits,
+                std::vector<Span> *row)
+        : spans_(spans), place_(place), left_(place.pixelX << shift),
+          top_((place.pixelY << shift) + spans.top), limits_(limits), row_(row)
+    {
+    }
+
+    template <class Row>
+    void Sweep(Row &&use) const
+    {
+        const auto rows = static_cast<int32_t>(spans_.rowEnds.size());
+        for (int32_t row = std::max(limits_.top - top_, 0); row < std::min(limits_.bottom - top_, rows);
+             ++row) {
+            row_->clear();
+            for (const Span &span : spans_.Row(static_cast<size_t>(row))) {
+                const int32_t begin = ColumnOf(span.begin), end = ColumnOf(span.end);
+                if (begin < end)
+                    row_->push_back({begin, end});
+            }
+            if (!row_->empty())
+                use(top_ + row, std::span<const Span>(*row_));
+        }
+    }
+
+  private:
+    int32_t ColumnOf(int32_t end) const
+    {
+        const int64_t column = left_ + GlyphSpans::ColumnOf(end, place_.fractionX);
+        return static_cast<int32_t>(std::clamp<int64_t>(column, limits_.left, limits_.right));
+    }
+
+    const GlyphSpans &spans_;
+    const GlyphPlace &place_;
+    const int32_t left_, top_;
+    const Bounds &limits_;
+    std::vector<Span> *const row_;
+};
+
+void GlyphPainter::Reset(int samples, size_t maxBytes, MemoryCap *cap)
+{
+    shift_ = std::countr_zero(static_cast<unsigned>(samples));
+    keeps_ = maxBytes > 0;
+    cap_ = cap;
+    cache_.Reset(maxBytes, cap);
+}
+
+bool GlyphPainter::CanPaint(const Matrix &emsToSamples) const
+{
+    // Written so that what is not a number is too large.
+    const double most = kMostPixelsAnEm * (1 << shift_);
+    return Length({emsToSamples.a, emsToSamples.b}) <= most &&
+           Length({emsToSamples.c, emsToSamples.d}) <= most;
+}
+
+void GlyphPainter::Begin(const Matrix &emsToSamples, const Ink &ink)
+{
+    matrix_ = {emsToSamples.a, emsToSamples.b, emsToSamples.c, emsToSamples.d, 0, 0};
+    ink_ = ink;
+    cache_.SetMatrix(matrix_);
+}
+
+bool GlyphPainter::Paint(const Path &outline, uint64_t number, Point origin, const Clip &clip,
+                         uint64_t scanBytes, InkBuffer *buffer)
+{
+    Target target = {{}, &clip, buffer, scanBytes};
+    if (!FindPlace(origin, shift_, &target.place))
+        return true;
+    if (!keeps_ || number == 0)
+        return PaintFresh(outline, target);
+    KeptGlyph *const glyph = cache_.Use(number);
+    const bool fits = PaintKept(outline, target, glyph);
+    cache_.Release();
+    return fits;
+}
+
+bool GlyphPainter::PaintFresh(const Path &outline, const Target &target)
+{
+    if (!shape_.Make(outline, matrix_))
+        return false;
+    if (!shape_.FindSpans(target.place.fractionY, target.scanBytes, &scanner_, &spans_))
+        cap_->Fail();
+    else
+        PaintSpans(spans_, target);
+    return true;
+}
+
+bool GlyphPainter::PaintKept(const Path &outline, const Target &target, KeptGlyph *glyph)
+{
+    if (!std::exchange(glyph->isMade, true)) {
+        glyph->fits = glyph->shape.Make(outline, matrix_);
+        cache_.Account(0, glyph->shape.Bytes());
+    }
+    if (!glyph->fits)
+        return false;
+    const Bounds box = glyph->shape.BoundsAt(target.place, shift_), &limits = target.clip->Limits();
+    if (box.right <= limits.left || limits.right <= box.left || box.bottom <= limits.top ||
+        limits.bottom <= box.top)
+        return true;
+    bool isNew = false;
+    KeptSpans *const kept = glyph->SpansFor(target.place.fractionY, &isNew);
+    if (isNew && !glyph->shape.FindSpans(kept->fractionY, target.scanBytes, &scanner_, &kept->spans)) {
+        cap_->Fail();
+        return true;
+    }
+    const bool isInside = limits.left <= box.left && box.right <= limits.right && limits.top <= box.top &&
+                          box.bottom <= limits.bottom;
+    if (isInside && target.clip->IsRectangle() && 1 << shift_ <= kMostSamplesOfMasks)
+        PaintMasks(kept->FindMasksAt(target.place.fractionX, shift_, &masks_), target);
+    else
+        PaintSpans(kept->spans, target);
+    const size_t bytes = kept->Bytes();
+    if (bytes != kept->accounted)
+        cache_.Account(std::exchange(kept->accounted, bytes), bytes);
+    return true;
+}
+
+void GlyphPainter::PaintSpans(const GlyphSpans &spans, const Target &target)
+{
+    const PlacedSpans placed(spans, target.place, shift_, target.clip->Limits(), &row_);
+    painter_.Paint(placed, *target.clip, target.buffer, [&](int /*y*/, int left, int right, uint64_t mask) {
+        target.buffer->Paint(left, right, mask, ink_);
+    });
+}
+
+void GlyphPainter::PaintMasks(const GlyphMasks &masks, const Target &target) const
+{
+    for (int32_t row = 0; row < masks.Height(); ++row) {
+        if (target.buffer->SelectRow(target.place.pixelY + masks.top + row))
+            target.buffer->PaintMasks(target.place.pixelX + masks.left, masks.Row(row), ink_);
+    }
+}
+
+} // namespace vxhost::raster

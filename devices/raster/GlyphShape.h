@@ -1,0 +1,91 @@
+// One glyph in its own frame: what it covers does not depend on where on the page it stands, but for the fractions of a
+// pixel by which its origin is beside the pixels.
+//
+// Places are whole numbers of the 65536th parts of a sample, so a glyph that is moved by whole pixels is the same glyph to
+// the last bit, whether it was kept or is made anew.
+#pragma once
+
+#include "devices/raster/Precision.h"
+#include "devices/raster/Scanner.h"
+#include "host/drawing/Path.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace vxhost::raster
+{
+
+constexpr int kFractionBits = 16;
+static_assert(kPlacement * (1 << kFractionBits) == 1);
+
+// Where a glyph stands on the page: a pixel, and the parts of a sample that its origin is right of and below its corner.
+struct GlyphPlace {
+    int32_t pixelX = 0, pixelY = 0;
+    int32_t fractionX = 0, fractionY = 0;
+};
+
+// Makes a place of an origin in samples, of which a pixel has 1 << shift a side. False for one so far away that the
+// glyph cannot be seen.
+bool FindPlace(Point origin, int shift, GlyphPlace *place);
+
+// The rows of samples that a glyph covers. They are counted from the pixel of its origin, and so are the ends of spans,
+// which are in parts of a sample: the fraction of x is still to be added.
+struct GlyphSpans {
+    int32_t top = 0;
+    std::vector<uint32_t> rowEnds; // places in spans, one for each row
+    std::vector<Span> spans;
+
+    std::span<const Span> Row(size_t row) const
+    {
+        const size_t begin = row == 0 ? 0 : rowEnds[row - 1];
+        return std::span(spans).subspan(begin, rowEnds[row] - begin);
+    }
+    // The first column whose centre is not before that end of a span, of a glyph at that fraction of x.
+    static int64_t ColumnOf(int64_t end, int64_t fractionX)
+    {
+        constexpr int64_t kBeforeHalf = (1 << (kFractionBits - 1)) - 1;
+        return (end + fractionX + kBeforeHalf) >> kFractionBits;
+    }
+};
+
+// The same for one fraction of x: a mask of samples for each pixel of a box, row by row. A pixel has at most 16 samples.
+struct GlyphMasks {
+    int32_t left = 0, top = 0, width = 0; // pixels, from that of the origin
+    std::vector<uint16_t> masks;
+
+    int32_t Height() const { return width == 0 ? 0 : static_cast<int32_t>(masks.size()) / width; }
+    std::span<const uint16_t> Row(int32_t row) const
+    {
+        return std::span(masks).subspan(static_cast<size_t>(row * width), static_cast<size_t>(width));
+    }
+};
+
+class GlyphShape
+{
+  public:
+    // False for an outline that is too large for a frame of its own.
+    bool Make(const Path &outline, const Matrix &emsToSamples);
+    // The rows for a fraction of y. False when the scanner, which must have room for so many bytes, has not enough.
+    bool FindSpans(int32_t fractionY, uint64_t maxBytes, Scanner *scanner, GlyphSpans *spans) const;
+    // A box of samples around all that it covers at that place.
+    Bounds BoundsAt(const GlyphPlace &place, int shift) const;
+    size_t Bytes() const { return edges_.capacity() * sizeof(Edge); }
+
+    void AddEdge(Point from, Point to); // of the outline, while that is flattened
+
+  private:
+    struct Edge {
+        int32_t fromX, fromY, toX, toY;
+    };
+
+    std::vector<Edge> edges_;
+    Bounds box_; // of all edges
+    bool fits_ = true;
+};
+
+// The masks at a fraction of x, in a pixel of 1 << shift samples a side, of which there may be four at most.
+void FindMasks(const GlyphSpans &spans, int32_t fractionX, int shift, GlyphMasks *masks);
+
+} // namespace vxhost::raster
