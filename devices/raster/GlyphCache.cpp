@@ -8,10 +8,8 @@ namespace vxhost::raster
 namespace
 {
 
-constexpr size_t kMostSpans = 4; // of a glyph
-constexpr int kUsesBeforeMasks = 2;
-constexpr size_t kMostTurns = 1024; // a glyph with more is of no font that anybody reads
-constexpr size_t kNodeBytes = 64;   // of a map and the allocator, about
+constexpr size_t kMostKept = 4;   // fractions of y of a glyph
+constexpr size_t kNodeBytes = 64; // of a map and the allocator, about
 
 template <class Item>
 size_t BytesOf(const std::vector<Item> &items)
@@ -21,82 +19,29 @@ size_t BytesOf(const std::vector<Item> &items)
 
 } // namespace
 
-size_t KeptSpans::Bytes() const
+GlyphSpans *KeptGlyph::SpansFor(int32_t fractionY, bool *isNew)
 {
-    return BytesOf(spans.rowEnds) + BytesOf(spans.spans) + BytesOf(turns_) + BytesOf(placed_) +
-           BytesOf(masks_) + maskBytes_;
-}
-
-void KeptSpans::Clear()
-{
-    uses_ = 0;
-    turns_.clear();
-    placed_.clear();
-    masks_.clear();
-    maskBytes_ = 0;
-}
-
-void KeptSpans::FindTurns(int shift)
-{
-    constexpr int32_t kSample = 1 << kFractionBits;
-    turns_.reserve(spans.spans.size() * 2);
-    for (const Span &span : spans.spans) {
-        for (const int32_t end : {span.begin, span.end}) {
-            // The first fraction that takes the end to the next column.
-            const int64_t column = GlyphSpans::ColumnOf(end, 0);
-            const auto turn = static_cast<int32_t>((column << kFractionBits) + kSample / 2 + 1 - end);
-            if (turn < kSample)
-                turns_.push_back(static_cast<uint16_t>(turn));
-        }
-    }
-    std::ranges::sort(turns_);
-    turns_.erase(std::unique(turns_.begin(), turns_.end()), turns_.end());
-    turns_.shrink_to_fit();
-    placed_.assign((turns_.size() + 1) << shift, 0);
-}
-
-const GlyphMasks &KeptSpans::FindMasksAt(int32_t fractionX, int shift, GlyphMasks *scratch)
-{
-    const bool isKept = uses_ >= kUsesBeforeMasks && spans.spans.size() <= kMostTurns / 2;
-    if (!isKept) {
-        ++uses_;
-        FindMasks(spans, fractionX, shift, scratch);
-        return *scratch;
-    }
-    if (placed_.empty())
-        FindTurns(shift);
-    const auto inSample = static_cast<uint16_t>(fractionX);
-    const auto interval = static_cast<size_t>(std::ranges::upper_bound(turns_, inSample) - turns_.begin());
-    uint16_t &place =
-        placed_[(static_cast<size_t>(fractionX >> kFractionBits)) * (turns_.size() + 1) + interval];
-    if (place == 0) {
-        GlyphMasks &made = masks_.emplace_back();
-        FindMasks(spans, fractionX, shift, &made);
-        maskBytes_ += BytesOf(made.masks) + kNodeBytes;
-        place = static_cast<uint16_t>(masks_.size());
-    }
-    return masks_[place - 1U];
-}
-
-KeptSpans *KeptGlyph::SpansFor(int32_t fractionY, bool *isNew)
-{
-    for (KeptSpans &each : spans) {
+    for (Kept &each : kept_) {
         if (each.fractionY == fractionY) {
             *isNew = false;
-            return &each;
+            return &each.spans;
         }
     }
     *isNew = true;
-    KeptSpans *room = nullptr;
-    if (spans.size() < kMostSpans) {
-        room = &spans.emplace_back();
-    } else {
-        room = &spans[oldest];
-        oldest = (oldest + 1) % kMostSpans;
-        room->Clear();
-    }
-    room->fractionY = fractionY;
-    return room;
+    if (kept_.size() < kMostKept)
+        return &kept_.emplace_back(Kept{fractionY, {}}).spans;
+    Kept &replaced = kept_[oldest_];
+    oldest_ = (oldest_ + 1) % kMostKept;
+    replaced.fractionY = fractionY;
+    return &replaced.spans;
+}
+
+size_t KeptGlyph::Bytes() const
+{
+    size_t bytes = shape.Bytes() + BytesOf(kept_);
+    for (const Kept &each : kept_)
+        bytes += BytesOf(each.spans.rowEnds) + BytesOf(each.spans.spans);
+    return bytes;
 }
 
 void GlyphCache::Reset(size_t maxBytes, MemoryCap *cap)

@@ -1,9 +1,9 @@
-// What was found out about the glyphs of a page, for those that come again: the lines of an outline under a matrix; their
-// spans for a fraction of y; and for a fraction of x the masks of the pixels.
+// What was found out about the glyphs of a page, for those that come again: the lines of an outline under a matrix, and
+// their spans for the last few fractions of y.
 //
-// Of x only the interval matters in which its fraction lies, between two of those at which an end of a span goes over to
-// the next sample. Whatever is kept is what would be made anew, to the last bit, and when there is no room for more all
-// of it is forgotten.
+// Whatever is kept is what would be made anew, to the last bit, and when there is no room for more all of it is
+// forgotten. Masks of pixels are not kept: there are hundreds of places in a pixel where they differ, and they are made
+// faster than they are fetched from memory.
 #pragma once
 
 #include "devices/raster/GlyphShape.h"
@@ -19,39 +19,24 @@
 namespace vxhost::raster
 {
 
-// A glyph at one fraction of y.
-class KeptSpans
+// An outline under a matrix. The glyphs of a line have one fraction of y.
+class KeptGlyph
 {
   public:
-    int32_t fractionY = 0;
-    GlyphSpans spans;
-    size_t accounted = 0; // of its bytes
+    GlyphShape shape;
+    bool isMade = false, fits = false;
 
-    // The masks for that fraction of x: from the third use on kept ones, before that made in scratch.
-    const GlyphMasks &FindMasksAt(int32_t fractionX, int shift, GlyphMasks *scratch);
-    // Makes room for others.
-    void Clear();
+    // The spans for that fraction of y; isNew: they are still to be found.
+    GlyphSpans *SpansFor(int32_t fractionY, bool *isNew);
     size_t Bytes() const;
 
   private:
-    void FindTurns(int shift);
-
-    int uses_ = 0;
-    std::vector<uint16_t> turns_;  // the fractions of x from which on an end of a span is a sample farther
-    std::vector<uint16_t> placed_; // for each interval in a pixel its place in masks_, from 1 on; 0: not made
-    std::vector<GlyphMasks> masks_;
-    size_t maskBytes_ = 0; // behind the pointers of masks_
-};
-
-// An outline under a matrix, with its spans for the last few fractions of y: the glyphs of a line have one.
-struct KeptGlyph {
-    GlyphShape shape;
-    bool isMade = false, fits = false;
-    std::vector<KeptSpans> spans;
-    size_t oldest = 0; // the place of those that are replaced next
-
-    // Those for that fraction of y; isNew: they are still to be found.
-    KeptSpans *SpansFor(int32_t fractionY, bool *isNew);
+    struct Kept {
+        int32_t fractionY;
+        GlyphSpans spans;
+    };
+    std::vector<Kept> kept_;
+    size_t oldest_ = 0; // the place of those that are replaced next
 };
 
 class GlyphCache final : public Borrower

@@ -110,7 +110,7 @@ bool GlyphPainter::PaintKept(const Path &outline, const Target &target, KeptGlyp
 {
     if (!std::exchange(glyph->isMade, true)) {
         glyph->fits = glyph->shape.Make(outline, matrix_);
-        cache_.Account(0, glyph->shape.Bytes());
+        cache_.Account(0, glyph->Bytes());
     }
     if (!glyph->fits)
         return false;
@@ -118,21 +118,22 @@ bool GlyphPainter::PaintKept(const Path &outline, const Target &target, KeptGlyp
     if (box.right <= limits.left || limits.right <= box.left || box.bottom <= limits.top ||
         limits.bottom <= box.top)
         return true;
+    const size_t before = glyph->Bytes();
     bool isNew = false;
-    KeptSpans *const kept = glyph->SpansFor(target.place.fractionY, &isNew);
-    if (isNew && !glyph->shape.FindSpans(kept->fractionY, target.scanBytes, &scanner_, &kept->spans)) {
-        cap_->Fail();
-        return true;
+    GlyphSpans *const spans = glyph->SpansFor(target.place.fractionY, &isNew);
+    if (isNew) {
+        if (!glyph->shape.FindSpans(target.place.fractionY, target.scanBytes, &scanner_, spans)) {
+            cap_->Fail();
+            return true;
+        }
+        cache_.Account(before, glyph->Bytes());
     }
     const bool isInside = limits.left <= box.left && box.right <= limits.right && limits.top <= box.top &&
                           box.bottom <= limits.bottom;
     if (isInside && target.clip->IsRectangle() && 1 << shift_ <= kMostSamplesOfMasks)
-        PaintMasks(kept->FindMasksAt(target.place.fractionX, shift_, &masks_), target);
+        PaintMasks(*spans, target);
     else
-        PaintSpans(kept->spans, target);
-    const size_t bytes = kept->Bytes();
-    if (bytes != kept->accounted)
-        cache_.Account(std::exchange(kept->accounted, bytes), bytes);
+        PaintSpans(*spans, target);
     return true;
 }
 
@@ -144,11 +145,19 @@ void GlyphPainter::PaintSpans(const GlyphSpans &spans, const Target &target)
     });
 }
 
-void GlyphPainter::PaintMasks(const GlyphMasks &masks, const Target &target) const
+void GlyphPainter::PaintMasks(const GlyphSpans &spans, const Target &target)
 {
-    for (int32_t row = 0; row < masks.Height(); ++row) {
-        if (target.buffer->SelectRow(target.place.pixelY + masks.top + row))
-            target.buffer->PaintMasks(target.place.pixelX + masks.left, masks.Row(row), ink_);
+    finder_.Find(spans, target.place.fractionX, shift_, &masks_);
+    const GlyphMasks &masks = masks_;
+    const int32_t left = target.place.pixelX + masks.left, top = target.place.pixelY + masks.top;
+    const auto rows = static_cast<int32_t>(masks.rowEnds.size());
+    for (int32_t row = 0; row < rows; ++row)
+        target.buffer->PrefetchRow(top + row, left, left + masks.width - 1);
+    for (int32_t row = 0; row < rows; ++row)
+        target.buffer->PrefetchMasks(top + row, left, masks.Row(static_cast<size_t>(row)));
+    for (int32_t row = 0; row < rows; ++row) {
+        if (target.buffer->SelectRow(top + row))
+            target.buffer->PaintMasks(left, masks.Row(static_cast<size_t>(row)), ink_);
     }
 }
 

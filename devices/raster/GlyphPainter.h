@@ -37,7 +37,7 @@ class GlyphPainter
     bool PaintFresh(const Path &outline, const Target &target);
     bool PaintKept(const Path &outline, const Target &target, KeptGlyph *glyph);
     void PaintSpans(const GlyphSpans &spans, const Target &target);
-    void PaintMasks(const GlyphMasks &masks, const Target &target) const;
+    void PaintMasks(const GlyphSpans &spans, const Target &target);
 
     int shift_ = 0;
     MemoryCap *cap_ = nullptr;
@@ -49,6 +49,7 @@ class GlyphPainter
     Painter painter_;
     GlyphShape shape_; // of a glyph that is not kept, with its spans
     GlyphSpans spans_;
+    MaskFinder finder_;
     GlyphMasks masks_;
     std::vector<Span> row_; // of spans at their place
 };

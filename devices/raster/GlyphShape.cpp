@@ -4,6 +4,8 @@
 #include "devices/raster/Flatten.h"
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace vxhost::raster
 {
@@ -104,49 +106,69 @@ bool GlyphShape::FindSpans(int32_t fractionY, uint64_t maxBytes, Scanner *scanne
     return true;
 }
 
-void FindMasks(const GlyphSpans &spans, int32_t fractionX, int shift, GlyphMasks *masks)
+// As in the painter, the end of a span changes the rest of the samples of its row in its pixel, and all of that row in the
+// pixels behind. The first are the lower half of a change, the others the upper half.
+void MaskFinder::Find(const GlyphSpans &spans, int32_t fractionX, int shift, GlyphMasks *masks)
 {
     const int32_t last = (1 << shift) - 1;
-    const unsigned whole = (2U << last) - 1;
-    const auto columnOf = [&](int32_t end) {
-        return static_cast<int32_t>(GlyphSpans::ColumnOf(end, fractionX));
-    };
-    *masks = {0, spans.top >> shift, 0, std::move(masks->masks)};
-    masks->masks.clear();
-    if (spans.spans.empty())
-        return;
-    int32_t left = spans.spans.front().begin, right = left;
+    const uint32_t row = (2U << last) - 1;
+    const auto whole = static_cast<uint16_t>((2U << ((1 << 2 * shift) - 1)) - 1);
+    const auto columnOf = [&](int32_t end) { return GlyphSpans::ColumnOf(end, fractionX); };
+    masks->rowEnds.clear();
+    masks->runs.clear();
+    masks->top = spans.top >> shift;
+    int32_t least = std::numeric_limits<int32_t>::max(), most = std::numeric_limits<int32_t>::min();
     for (const Span &span : spans.spans) {
-        left = std::min(left, span.begin);
-        right = std::max(right, span.end);
+        least = std::min(least, span.begin);
+        most = std::max(most, span.end);
     }
-    masks->left = columnOf(left) >> shift;
-    masks->width = (columnOf(right) >> shift) + 1 - masks->left;
-    const int32_t bottom = (spans.top + static_cast<int32_t>(spans.rowEnds.size()) - 1) >> shift;
-    masks->masks.assign(static_cast<size_t>(masks->width) * static_cast<size_t>(bottom + 1 - masks->top), 0);
+    if (least >= most)
+        return;
+    const int32_t left = columnOf(least) >> shift;
+    masks->left = left;
+    masks->width = (columnOf(most) >> shift) + 1 - left;
+    const auto width = static_cast<size_t>(masks->width);
+    if (changes_.size() < width)
+        changes_.resize(width);
+    uint32_t *const changes = changes_.data();
+    size_t runs = 0;
+    const auto endRow = [&] {
+        if (masks->runs.size() < runs + width)
+            masks->runs.resize(runs + width);
+        MaskedRun *next = masks->runs.data() + runs;
+        uint32_t inside = 0;
+        uint16_t before = 0;
+        for (size_t x = 0; x < width; ++x) {
+            const uint32_t change = std::exchange(changes[x], 0);
+            const auto mask = static_cast<uint16_t>(change ^ inside);
+            inside ^= change >> 16;
+            if (mask == whole && before == whole) {
+                ++next[-1].count;
+            } else {
+                *next = {static_cast<uint16_t>(x), 1, mask};
+                next += static_cast<int>(mask != 0); // no branch: nobody can guess where a glyph is blank
+            }
+            before = mask;
+        }
+        runs = static_cast<size_t>(next - masks->runs.data());
+        masks->rowEnds.push_back(static_cast<uint32_t>(runs));
+    };
     for (size_t i = 0; i < spans.rowEnds.size(); ++i) {
         const int32_t y = spans.top + static_cast<int32_t>(i);
+        if ((y & last) == 0 && i > 0)
+            endRow();
         const int at = (y & last) << shift;
-        uint16_t *const row =
-            masks->masks.data() +
-            static_cast<size_t>((y >> shift) - masks->top) * static_cast<size_t>(masks->width) - masks->left;
+        const auto addEnd = [&](int32_t end) {
+            const int32_t column = columnOf(end);
+            changes[(column >> shift) - left] ^= (row << (column & last) & row) << at | row << (at + 16);
+        };
         for (const Span &span : spans.Row(i)) {
-            const int32_t begin = columnOf(span.begin), end = columnOf(span.end);
-            if (begin >= end)
-                continue;
-            const int32_t first = begin >> shift, behind = (end - 1) >> shift;
-            const unsigned fromBegin = whole << (begin & last) & whole,
-                           toEnd = whole >> (last - ((end - 1) & last));
-            if (first == behind) {
-                row[first] |= static_cast<uint16_t>((fromBegin & toEnd) << at);
-                continue;
-            }
-            row[first] |= static_cast<uint16_t>(fromBegin << at);
-            for (int32_t pixel = first + 1; pixel < behind; ++pixel)
-                row[pixel] |= static_cast<uint16_t>(whole << at);
-            row[behind] |= static_cast<uint16_t>(toEnd << at);
+            addEnd(span.begin);
+            addEnd(span.end);
         }
     }
+    endRow();
+    masks->runs.resize(runs);
 }
 
 } // namespace vxhost::raster

@@ -5,6 +5,7 @@
 // the last bit, whether it was kept or is made anew.
 #pragma once
 
+#include "devices/raster/InkBuffer.h"
 #include "devices/raster/Precision.h"
 #include "devices/raster/Scanner.h"
 #include "host/drawing/Path.h"
@@ -43,22 +44,23 @@ struct GlyphSpans {
         return std::span(spans).subspan(begin, rowEnds[row] - begin);
     }
     // The first column whose centre is not before that end of a span, of a glyph at that fraction of x.
-    static int64_t ColumnOf(int64_t end, int64_t fractionX)
+    static int32_t ColumnOf(int32_t end, int32_t fractionX)
     {
-        constexpr int64_t kBeforeHalf = (1 << (kFractionBits - 1)) - 1;
+        constexpr int32_t kBeforeHalf = (1 << (kFractionBits - 1)) - 1;
         return (end + fractionX + kBeforeHalf) >> kFractionBits;
     }
 };
 
-// The same for one fraction of x: a mask of samples for each pixel of a box, row by row. A pixel has at most 16 samples.
+// The same for one fraction of x: the pixels that have any of the samples, row by row.
 struct GlyphMasks {
     int32_t left = 0, top = 0, width = 0; // pixels, from that of the origin
-    std::vector<uint16_t> masks;
+    std::vector<uint32_t> rowEnds;        // places in runs, one for each row
+    std::vector<MaskedRun> runs;
 
-    int32_t Height() const { return width == 0 ? 0 : static_cast<int32_t>(masks.size()) / width; }
-    std::span<const uint16_t> Row(int32_t row) const
+    std::span<const MaskedRun> Row(size_t row) const
     {
-        return std::span(masks).subspan(static_cast<size_t>(row * width), static_cast<size_t>(width));
+        const size_t begin = row == 0 ? 0 : rowEnds[row - 1];
+        return std::span(runs).subspan(begin, rowEnds[row] - begin);
     }
 };
 
@@ -85,7 +87,14 @@ class GlyphShape
     bool fits_ = true;
 };
 
-// The masks at a fraction of x, in a pixel of 1 << shift samples a side, of which there may be four at most.
-void FindMasks(const GlyphSpans &spans, int32_t fractionX, int shift, GlyphMasks *masks);
+// Finds the masks at a fraction of x, in a pixel of 1 << shift samples a side, of which there may be four at most.
+class MaskFinder
+{
+  public:
+    void Find(const GlyphSpans &spans, int32_t fractionX, int shift, GlyphMasks *masks);
+
+  private:
+    std::vector<uint32_t> changes_; // of a row of pixels, from one to the next; 0 between two rows
+};
 
 } // namespace vxhost::raster

@@ -70,6 +70,13 @@ struct Pair {
     uint64_t painted; // those that were painted at all; all of them when not tracked
 };
 
+// So many neighbours some columns on, of which the same samples are meant; a pixel has 16 at most.
+struct MaskedRun {
+    uint16_t column;
+    uint16_t count;
+    uint16_t mask;
+};
+
 class InkBuffer
 {
   public:
@@ -93,8 +100,11 @@ class InkBuffer
                 PaintPart(x, mask, ink);
     }
 
-    // Paints the pixels from left on of the selected row, one for each mask, which may be 0.
-    void PaintMasks(int left, std::span<const uint16_t> masks, const Ink &ink);
+    // Paints pixels of the selected row, counted from left.
+    void PaintMasks(int left, std::span<const MaskedRun> runs, const Ink &ink);
+    // Fetches the blocks that this paints in row y.
+    void PrefetchRow(int y, int left, int right) const;
+    void PrefetchMasks(int y, int left, std::span<const MaskedRun> runs) const;
 
     // These fetch what is painted soon in the selected row, since rows lie far from each other in memory: a pixel with
     // its pair, and once pixels are there, the blocks that they name: those of bits, of the 64 that word says.
