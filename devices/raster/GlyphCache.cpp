@@ -8,7 +8,7 @@ namespace vxhost::raster
 namespace
 {
 
-constexpr size_t kMostKept = 4;   // fractions of y of a glyph
+constexpr size_t kMostKept = 8;   // fractions of y of a glyph
 constexpr size_t kNodeBytes = 64; // of a map and the allocator, about
 
 template <class Item>

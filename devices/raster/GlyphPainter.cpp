@@ -147,7 +147,7 @@ void GlyphPainter::PaintSpans(const GlyphSpans &spans, const Target &target)
 
 void GlyphPainter::PaintMasks(const GlyphSpans &spans, const Target &target)
 {
-    finder_.Find(spans, target.place.fractionX, shift_, &masks_);
+    finder_.Find(spans, target.place.fractionX, 1 << shift_, &masks_);
     const GlyphMasks &masks = masks_;
     const int32_t left = target.place.pixelX + masks.left, top = target.place.pixelY + masks.top;
     const auto rows = static_cast<int32_t>(masks.rowEnds.size());

@@ -4,7 +4,6 @@
 #include "devices/raster/Flatten.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace vxhost::raster
@@ -24,6 +23,12 @@ int64_t ToParts(double samples)
 {
     constexpr int64_t kPositive = int64_t{1} << 47; // what is cut off a positive number is its fraction
     return static_cast<int64_t>(samples * kParts + (static_cast<double>(kPositive) + 0.5)) - kPositive;
+}
+
+template <int32_t kDivisor>
+int32_t FloorDivide(int32_t number)
+{
+    return (number - (number < 0 ? kDivisor - 1 : 0)) / kDivisor;
 }
 
 } // namespace
@@ -97,6 +102,8 @@ bool GlyphShape::FindSpans(int32_t fractionY, uint64_t maxBytes, Scanner *scanne
     if (scanner->IsOverfull())
         return false;
     spans->top = top;
+    spans->left = box_.left;
+    spans->right = box_.right;
     scanner->Sweep([&](int32_t y, std::span<const Span> row) {
         spans->rowEnds.resize(static_cast<size_t>(y), static_cast<uint32_t>(spans->spans.size()));
         for (const Span &span : row)
@@ -106,43 +113,82 @@ bool GlyphShape::FindSpans(int32_t fractionY, uint64_t maxBytes, Scanner *scanne
     return true;
 }
 
-// As in the painter, the end of a span changes the rest of the samples of its row in its pixel, and all of that row in the
-// pixels behind. The first are the lower half of a change, the others the upper half.
-void MaskFinder::Find(const GlyphSpans &spans, int32_t fractionX, int shift, GlyphMasks *masks)
+void MaskFinder::Find(const GlyphSpans &spans, int32_t fractionX, int samples, GlyphMasks *masks)
 {
-    const int32_t last = (1 << shift) - 1;
-    const uint32_t row = (2U << last) - 1;
-    const auto whole = static_cast<uint16_t>((2U << ((1 << 2 * shift) - 1)) - 1);
-    const auto columnOf = [&](int32_t end) { return GlyphSpans::ColumnOf(end, fractionX); };
     masks->rowEnds.clear();
-    masks->runs.clear();
-    masks->top = spans.top >> shift;
-    int32_t least = std::numeric_limits<int32_t>::max(), most = std::numeric_limits<int32_t>::min();
-    for (const Span &span : spans.spans) {
-        least = std::min(least, span.begin);
-        most = std::max(most, span.end);
-    }
-    if (least >= most)
+    if (spans.spans.empty())
         return;
-    const int32_t left = columnOf(least) >> shift;
-    masks->left = left;
-    masks->width = (columnOf(most) >> shift) + 1 - left;
-    const auto width = static_cast<size_t>(masks->width);
-    if (changes_.size() < width)
-        changes_.resize(width);
-    uint32_t *const changes = changes_.data();
+    if (samples == 4)
+        FindRows<4>(spans, fractionX, masks);
+    else if (samples == 2)
+        FindRows<2>(spans, fractionX, masks);
+    else
+        FindRows<1>(spans, fractionX, masks);
+}
+
+// Each row of samples is bits, one for each sample from the left: the end of a span changes all from its column on.
+template <int32_t kSamples>
+void MaskFinder::FindRows(const GlyphSpans &spans, int32_t fractionX, GlyphMasks *masks)
+{
+    constexpr int32_t kBits = 64, kPixels = kBits / kSamples; // of a word
+    const auto columnOf = [&](int32_t end) { return GlyphSpans::ColumnOf(end, fractionX); };
+    masks->left = FloorDivide<kSamples>(columnOf(spans.left));
+    masks->top = FloorDivide<kSamples>(spans.top);
+    const int32_t left = masks->left * kSamples;
+    const int32_t words = (columnOf(spans.right) - left) / kBits + 1;
+    masks->width = (columnOf(spans.right) - left) / kSamples + 1;
+    bits_.assign(static_cast<size_t>(words * kSamples), 0);
+    const auto rows = static_cast<int32_t>(spans.rowEnds.size());
     size_t runs = 0;
-    const auto endRow = [&] {
-        if (masks->runs.size() < runs + width)
-            masks->runs.resize(runs + width);
-        MaskedRun *next = masks->runs.data() + runs;
-        uint32_t inside = 0;
+    for (int32_t row = masks->top * kSamples - spans.top; row < rows; row += kSamples) {
+        for (int32_t k = std::max(-row, 0); k < std::min(kSamples, rows - row); ++k) {
+            uint64_t *const bits = bits_.data() + k * words;
+            const std::span<const Span> ends = spans.Row(static_cast<size_t>(row + k));
+            if (words == 1) { // most glyphs
+                uint64_t inside = 0;
+                for (const Span &span : ends)
+                    inside ^= ~uint64_t{0} << (columnOf(span.begin) - left) ^
+                              ~uint64_t{0} << (columnOf(span.end) - left);
+                *bits = inside;
+                continue;
+            }
+            for (const Span &span : ends) {
+                for (const int32_t end : {span.begin, span.end}) {
+                    const int32_t column = columnOf(end) - left;
+                    bits[column / kBits] ^= ~uint64_t{0} << column % kBits;
+                    for (int32_t word = column / kBits + 1; word < words; ++word)
+                        bits[word] ^= ~uint64_t{0};
+                }
+            }
+        }
+        if (masks->runs.size() < runs + static_cast<size_t>(words * kPixels))
+            masks->runs.resize(runs + static_cast<size_t>(words * kPixels));
+        runs = AddRuns<kSamples>(words, masks->runs.data() + runs) - masks->runs.data();
+        masks->rowEnds.push_back(static_cast<uint32_t>(runs));
+        std::ranges::fill(bits_, 0);
+    }
+}
+
+// Makes masks of rows of bits, and returns the end of the runs.
+template <int32_t kSamples>
+MaskedRun *MaskFinder::AddRuns(int32_t words, MaskedRun *next) const
+{
+    constexpr int32_t kPixels = 64 / kSamples;
+    constexpr uint64_t kRow = (1U << kSamples) - 1;
+    constexpr auto kWhole = static_cast<uint16_t>((uint64_t{1} << kSamples * kSamples) - 1);
+    for (int32_t word = 0; word < words; ++word) {
         uint16_t before = 0;
-        for (size_t x = 0; x < width; ++x) {
-            const uint32_t change = std::exchange(changes[x], 0);
-            const auto mask = static_cast<uint16_t>(change ^ inside);
-            inside ^= change >> 16;
-            if (mask == whole && before == whole) {
+        uint64_t row[kSamples], any = 0;
+        for (int32_t k = 0; k < kSamples; ++k)
+            any |= row[k] = bits_[static_cast<size_t>(k * words + word)];
+        for (int32_t x = word * kPixels; any != 0; ++x, any >>= kSamples) {
+            uint64_t samples = 0;
+            for (int32_t k = 0; k < kSamples; ++k) {
+                samples |= (row[k] & kRow) << k * kSamples;
+                row[k] >>= kSamples;
+            }
+            const auto mask = static_cast<uint16_t>(samples);
+            if (mask == kWhole && before == kWhole) {
                 ++next[-1].count;
             } else {
                 *next = {static_cast<uint16_t>(x), 1, mask};
@@ -150,25 +196,8 @@ void MaskFinder::Find(const GlyphSpans &spans, int32_t fractionX, int shift, Gly
             }
             before = mask;
         }
-        runs = static_cast<size_t>(next - masks->runs.data());
-        masks->rowEnds.push_back(static_cast<uint32_t>(runs));
-    };
-    for (size_t i = 0; i < spans.rowEnds.size(); ++i) {
-        const int32_t y = spans.top + static_cast<int32_t>(i);
-        if ((y & last) == 0 && i > 0)
-            endRow();
-        const int at = (y & last) << shift;
-        const auto addEnd = [&](int32_t end) {
-            const int32_t column = columnOf(end);
-            changes[(column >> shift) - left] ^= (row << (column & last) & row) << at | row << (at + 16);
-        };
-        for (const Span &span : spans.Row(i)) {
-            addEnd(span.begin);
-            addEnd(span.end);
-        }
     }
-    endRow();
-    masks->runs.resize(runs);
+    return next;
 }
 
 } // namespace vxhost::raster

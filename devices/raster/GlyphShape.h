@@ -35,6 +35,7 @@ bool FindPlace(Point origin, int shift, GlyphPlace *place);
 // which are in parts of a sample: the fraction of x is still to be added.
 struct GlyphSpans {
     int32_t top = 0;
+    int32_t left = 0, right = 0;   // of all spans at most
     std::vector<uint32_t> rowEnds; // places in spans, one for each row
     std::vector<Span> spans;
 
@@ -87,14 +88,19 @@ class GlyphShape
     bool fits_ = true;
 };
 
-// Finds the masks at a fraction of x, in a pixel of 1 << shift samples a side, of which there may be four at most.
+// Finds the masks at a fraction of x, in a pixel of 1, 2 or 4 samples a side.
 class MaskFinder
 {
   public:
-    void Find(const GlyphSpans &spans, int32_t fractionX, int shift, GlyphMasks *masks);
+    void Find(const GlyphSpans &spans, int32_t fractionX, int samples, GlyphMasks *masks);
 
   private:
-    std::vector<uint32_t> changes_; // of a row of pixels, from one to the next; 0 between two rows
+    template <int32_t kSamples>
+    void FindRows(const GlyphSpans &spans, int32_t fractionX, GlyphMasks *masks);
+    template <int32_t kSamples>
+    MaskedRun *AddRuns(int32_t words, MaskedRun *next) const;
+
+    std::vector<uint64_t> bits_; // of the rows of samples in a row of pixels, one after the other
 };
 
 } // namespace vxhost::raster
