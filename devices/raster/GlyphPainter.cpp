@@ -62,7 +62,6 @@ void GlyphPainter::Reset(int samples, size_t maxBytes, MemoryCap *cap)
 {
     shift_ = std::countr_zero(static_cast<unsigned>(samples));
     keeps_ = maxBytes > 0;
-    cap_ = cap;
     cache_.Reset(maxBytes, cap);
 }
 
@@ -82,9 +81,9 @@ void GlyphPainter::Begin(const Matrix &emsToSamples, const Ink &ink)
 }
 
 bool GlyphPainter::Paint(const Path &outline, uint64_t number, Point origin, const Clip &clip,
-                         uint64_t scanBytes, InkBuffer *buffer)
+                         InkBuffer *buffer)
 {
-    Target target = {{}, &clip, buffer, scanBytes};
+    Target target = {{}, &clip, buffer};
     if (!FindPlace(origin, shift_, &target.place))
         return true;
     if (!keeps_ || number == 0)
@@ -99,10 +98,8 @@ bool GlyphPainter::PaintFresh(const Path &outline, const Target &target)
 {
     if (!shape_.Make(outline, matrix_))
         return false;
-    if (!shape_.FindSpans(target.place.fractionY, target.scanBytes, &scanner_, &spans_))
-        cap_->Fail();
-    else
-        PaintSpans(spans_, target);
+    scanner_.Find(shape_, target.place.fractionY, &spans_);
+    PaintSpans(spans_, target);
     return true;
 }
 
@@ -122,10 +119,7 @@ bool GlyphPainter::PaintKept(const Path &outline, const Target &target, KeptGlyp
     bool isNew = false;
     GlyphSpans *const spans = glyph->SpansFor(target.place.fractionY, &isNew);
     if (isNew) {
-        if (!glyph->shape.FindSpans(target.place.fractionY, target.scanBytes, &scanner_, spans)) {
-            cap_->Fail();
-            return true;
-        }
+        scanner_.Find(glyph->shape, target.place.fractionY, spans);
         cache_.Account(before, glyph->Bytes());
     }
     const bool isInside = limits.left <= box.left && box.right <= limits.right && limits.top <= box.top &&

@@ -20,16 +20,14 @@ class GlyphPainter
     bool CanPaint(const Matrix &emsToSamples) const;
     void Begin(const Matrix &emsToSamples, const Ink &ink);
     // Paints a glyph, or whatever outline has that number on this page; 0: it is not to be kept. False, and nothing painted,
-    // for an outline that reaches too far from its origin. scanBytes is room for its edges.
-    bool Paint(const Path &outline, uint64_t number, Point origin, const Clip &clip, uint64_t scanBytes,
-               InkBuffer *buffer);
+    // for an outline that reaches too far from its origin.
+    bool Paint(const Path &outline, uint64_t number, Point origin, const Clip &clip, InkBuffer *buffer);
 
   private:
     struct Target {
         GlyphPlace place;
         const Clip *clip;
         InkBuffer *buffer;
-        uint64_t scanBytes;
     };
     // The spans of a glyph at its place, row by row as a scanner gives them.
     class PlacedSpans;
@@ -40,12 +38,11 @@ class GlyphPainter
     void PaintMasks(const GlyphSpans &spans, const Target &target);
 
     int shift_ = 0;
-    MemoryCap *cap_ = nullptr;
     bool keeps_ = false;
     Matrix matrix_;
     Ink ink_;
     GlyphCache cache_;
-    Scanner scanner_;
+    GlyphScanner scanner_;
     Painter painter_;
     GlyphShape shape_; // of a glyph that is not kept, with its spans
     GlyphSpans spans_;

@@ -1,4 +1,3 @@
-// The scanner finds the spans, in a space whose columns are the parts of a sample: it knows no difference.
 #include "devices/raster/GlyphShape.h"
 
 #include "devices/raster/Flatten.h"
@@ -23,6 +22,29 @@ int64_t ToParts(double samples)
 {
     constexpr int64_t kPositive = int64_t{1} << 47; // what is cut off a positive number is its fraction
     return static_cast<int64_t>(samples * kParts + (static_cast<double>(kPositive) + 0.5)) - kPositive;
+}
+
+int32_t NearestPart(double part)
+{
+    constexpr int32_t kPositive = 1 << 30;
+    return static_cast<int32_t>(part + (kPositive + 0.5)) - kPositive;
+}
+
+// Most rows have two, and nearly all have less than ten.
+void SortFew(std::span<int32_t> numbers)
+{
+    constexpr size_t kFew = 32;
+    if (numbers.size() > kFew) {
+        std::ranges::sort(numbers);
+        return;
+    }
+    for (size_t i = 1; i < numbers.size(); ++i) {
+        const int32_t number = numbers[i];
+        size_t to = i;
+        for (; to > 0 && numbers[to - 1] > number; --to)
+            numbers[to] = numbers[to - 1];
+        numbers[to] = number;
+    }
 }
 
 template <int32_t kDivisor>
@@ -52,27 +74,51 @@ void GlyphShape::AddEdge(Point from, Point to)
     if (!fits_)
         return;
     const auto parts = [](double samples) { return static_cast<int32_t>(ToParts(samples)); };
-    const Edge edge = {parts(from.x), parts(from.y), parts(to.x), parts(to.y)};
-    if (edge.fromY == edge.toY)
+    const int32_t fromX = parts(from.x), fromY = parts(from.y), toX = parts(to.x), toY = parts(to.y);
+    if (fromY == toY)
         return;
-    box_.left = std::min({box_.left, edge.fromX, edge.toX});
-    box_.right = std::max({box_.right, edge.fromX, edge.toX});
-    box_.top = std::min({box_.top, edge.fromY, edge.toY});
-    box_.bottom = std::max({box_.bottom, edge.fromY, edge.toY});
-    edges_.push_back(edge);
+    box_.left = std::min({box_.left, fromX, toX});
+    box_.right = std::max({box_.right, fromX, toX});
+    box_.top = std::min({box_.top, fromY, toY});
+    box_.bottom = std::max({box_.bottom, fromY, toY});
+    const double slope = static_cast<double>(toX - fromX) / (toY - fromY);
+    if (toY < fromY)
+        edges_.push_back({static_cast<double>(toX), slope, toY, fromY, 1});
+    else
+        edges_.push_back({static_cast<double>(fromX), slope, fromY, toY, 0});
 }
 
 bool GlyphShape::Make(const Path &outline, const Matrix &emsToSamples)
 {
-    constexpr auto kEnd = static_cast<int32_t>(kReach) << kFractionBits;
+    constexpr auto kAll = static_cast<int32_t>(kReach), kEnd = kAll << kFractionBits;
     edges_.clear();
     box_ = {kEnd, kEnd, -kEnd, -kEnd};
     fits_ = true;
     ClosedOutline<GlyphShape> closed{this, {}, {}};
-    constexpr auto kAll = static_cast<int32_t>(kReach);
     Flatten(outline, emsToSamples, {-kAll, -kAll, kAll, kAll}, 0, closed);
     closed.Close();
-    return fits_;
+    mostCrossings_ = FindMostCrossings();
+    constexpr size_t kMostCrossings = size_t{1} << 18; // of all rows
+    const auto rows = static_cast<size_t>(std::max(box_.bottom - box_.top, 0) >> kFractionBits) + 2;
+    return fits_ && mostCrossings_ <= kMostCrossings / rows;
+}
+
+// A row crosses the edges that begin at it or above it and end below it.
+size_t GlyphShape::FindMostCrossings() const
+{
+    std::vector<std::pair<int32_t, int32_t>> ends; // and what each adds to the edges that are crossed
+    ends.reserve(edges_.size() * 2);
+    for (const Edge &edge : edges_) {
+        ends.emplace_back(edge.top, 1);
+        ends.emplace_back(edge.bottom, -1);
+    }
+    std::ranges::sort(ends);
+    int32_t crossed = 0, most = 0;
+    for (const auto &[y, adds] : ends) {
+        crossed += adds;
+        most = std::max(most, crossed);
+    }
+    return static_cast<size_t>(most);
 }
 
 Bounds GlyphShape::BoundsAt(const GlyphPlace &place, int shift) const
@@ -83,34 +129,47 @@ Bounds GlyphShape::BoundsAt(const GlyphPlace &place, int shift) const
             left + sample(box_.right, place.fractionX) + 1, top + sample(box_.bottom, place.fractionY) + 1};
 }
 
-bool GlyphShape::FindSpans(int32_t fractionY, uint64_t maxBytes, Scanner *scanner, GlyphSpans *spans) const
+void GlyphScanner::Find(const GlyphShape &shape, int32_t fractionY, GlyphSpans *spans)
 {
     spans->rowEnds.clear();
     spans->spans.clear();
-    if (edges_.empty())
-        return true;
-    // The scanner counts from the upper left corner of the box, since it knows no numbers below 0.
-    const int32_t top = (box_.top + fractionY) >> kFractionBits,
-                  bottom = ((box_.bottom + fractionY) >> kFractionBits) + 1;
-    scanner->Begin({0, 0, box_.right - box_.left + 1, bottom - top}, maxBytes);
-    const int32_t toTop = fractionY - top * (1 << kFractionBits);
-    const auto inBox = [&](int32_t x, int32_t y) {
-        return Point{static_cast<double>(x - box_.left), (y + toTop) * kPlacement};
-    };
-    for (const Edge &edge : edges_)
-        scanner->AddEdge(inBox(edge.fromX, edge.fromY), inBox(edge.toX, edge.toY));
-    if (scanner->IsOverfull())
-        return false;
+    if (shape.edges_.empty())
+        return;
+    constexpr int32_t kHalf = 1 << (kFractionBits - 1);
+    const int32_t top = (shape.box_.top + fractionY) >> kFractionBits;
+    const int32_t rows = ((shape.box_.bottom + fractionY) >> kFractionBits) - top + 1;
     spans->top = top;
-    spans->left = box_.left;
-    spans->right = box_.right;
-    scanner->Sweep([&](int32_t y, std::span<const Span> row) {
-        spans->rowEnds.resize(static_cast<size_t>(y), static_cast<uint32_t>(spans->spans.size()));
-        for (const Span &span : row)
-            spans->spans.push_back({span.begin + box_.left, span.end + box_.left});
+    spans->left = shape.box_.left;
+    spans->right = shape.box_.right;
+    const size_t room = shape.mostCrossings_;
+    if (crossings_.size() < room * static_cast<size_t>(rows))
+        crossings_.resize(room * static_cast<size_t>(rows));
+    counts_.assign(static_cast<size_t>(rows), 0);
+    for (const GlyphShape::Edge &edge : shape.edges_) {
+        // The rows whose centres are not before one end, and before the other.
+        const int32_t first = (edge.top + fractionY + kHalf - 1) >> kFractionBits;
+        const int32_t end = (edge.bottom + fractionY + kHalf - 1) >> kFractionBits;
+        for (int32_t y = first; y < end; ++y) {
+            const int32_t below = (y << kFractionBits) + kHalf - (edge.top + fractionY);
+            const int32_t column = NearestPart(edge.x + below * edge.slope);
+            const auto row = static_cast<size_t>(y - top);
+            crossings_[row * room + counts_[row]++] = column * 2 + edge.up;
+        }
+    }
+    for (size_t row = 0; row < counts_.size(); ++row) {
+        const std::span<int32_t> crossings(crossings_.data() + row * room, counts_[row]);
+        SortFew(crossings);
+        int32_t winding = 0, begin = 0;
+        for (const int32_t crossing : crossings) {
+            const int32_t column = crossing >> 1;
+            if (winding == 0)
+                begin = column;
+            winding += 1 - (crossing & 1) * 2;
+            if (winding == 0 && begin < column)
+                spans->spans.push_back({begin, column});
+        }
         spans->rowEnds.push_back(static_cast<uint32_t>(spans->spans.size()));
-    });
-    return true;
+    }
 }
 
 void MaskFinder::Find(const GlyphSpans &spans, int32_t fractionX, int samples, GlyphMasks *masks)

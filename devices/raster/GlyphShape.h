@@ -7,7 +7,7 @@
 
 #include "devices/raster/InkBuffer.h"
 #include "devices/raster/Precision.h"
-#include "devices/raster/Scanner.h"
+#include "devices/raster/Samples.h"
 #include "host/drawing/Path.h"
 
 #include <cstddef>
@@ -70,8 +70,6 @@ class GlyphShape
   public:
     // False for an outline that is too large for a frame of its own.
     bool Make(const Path &outline, const Matrix &emsToSamples);
-    // The rows for a fraction of y. False when the scanner, which must have room for so many bytes, has not enough.
-    bool FindSpans(int32_t fractionY, uint64_t maxBytes, Scanner *scanner, GlyphSpans *spans) const;
     // A box of samples around all that it covers at that place.
     Bounds BoundsAt(const GlyphPlace &place, int shift) const;
     size_t Bytes() const { return edges_.capacity() * sizeof(Edge); }
@@ -79,13 +77,30 @@ class GlyphShape
     void AddEdge(Point from, Point to); // of the outline, while that is flattened
 
   private:
+    friend class GlyphScanner;
     struct Edge {
-        int32_t fromX, fromY, toX, toY;
+        double x, slope;     // of the upper end, in parts, and from a part of y to the next
+        int32_t top, bottom; // parts
+        int32_t up;          // 1 when the outline runs upwards, else 0
     };
+    size_t FindMostCrossings() const;
 
     std::vector<Edge> edges_;
-    Bounds box_; // of all edges
+    Bounds box_;               // of all edges
+    size_t mostCrossings_ = 0; // of any row
     bool fits_ = true;
+};
+
+// Finds the spans of glyphs. It does what a scanner does for any shape, but counts nothing first: a glyph that fits has so
+// few rows and crossings that each row has room for all that there may be.
+class GlyphScanner
+{
+  public:
+    void Find(const GlyphShape &shape, int32_t fractionY, GlyphSpans *spans);
+
+  private:
+    std::vector<int32_t> crossings_; // column · 2 + up
+    std::vector<uint32_t> counts_;   // of each row
 };
 
 // Finds the masks at a fraction of x, in a pixel of 1, 2 or 4 samples a side.

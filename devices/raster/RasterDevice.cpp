@@ -199,7 +199,7 @@ class RasterDevice : public Device
     {
         const Clip &clip = clips_.Top();
         if (budget_.IsExhausted() || clip.Limits().IsEmpty() ||
-            glyphs_.Paint(outline, number, toSamples_.Map(origin), clip, EdgeBytes(), buffer_.get()))
+            glyphs_.Paint(outline, number, toSamples_.Map(origin), clip, buffer_.get()))
             return;
         Path placed;
         AppendOutline(outline, {emsToPage_.a, emsToPage_.b, emsToPage_.c, emsToPage_.d, origin.x, origin.y},

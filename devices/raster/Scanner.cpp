@@ -150,8 +150,7 @@ struct Scanner::Joiner {
 bool Scanner::JoinByColumns(const int32_t *begin, const int32_t *end, Joiner *joiner)
 {
     constexpr ptrdiff_t kFewest = 8;
-    constexpr size_t kMostColumns = size_t{1} << 20; // as many as the widest picture has
-    constexpr ptrdiff_t kWordsACrossing = 2;         // that may be looked through
+    constexpr ptrdiff_t kWordsACrossing = 2; // that may be looked through
     if (end - begin < kFewest)
         return false;
     const auto columnOf = [&](int32_t crossing) {
@@ -162,8 +161,6 @@ bool Scanner::JoinByColumns(const int32_t *begin, const int32_t *end, Joiner *jo
     if (lastWord - firstWord > static_cast<size_t>((end - begin) * kWordsACrossing))
         return false;
     const auto columns = static_cast<size_t>(bounds_.right - bounds_.left) + 1;
-    if (columns > kMostColumns + 1)
-        return false;
     if (turns_.size() < columns) {
         turns_.resize(columns);
         turned_.resize(columns / 64 + 1);
