@@ -1,6 +1,7 @@
 #include "devices/raster/GlyphCache.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vxhost::raster
 {
@@ -38,7 +39,7 @@ GlyphSpans *KeptGlyph::SpansFor(int32_t fractionY, bool *isNew)
 
 size_t KeptGlyph::Bytes() const
 {
-    size_t bytes = shape.Bytes() + BytesOf(kept_);
+    size_t bytes = sizeof *this + kNodeBytes + shape.Bytes() + BytesOf(kept_);
     for (const Kept &each : kept_)
         bytes += BytesOf(each.spans.rowEnds) + BytesOf(each.spans.spans);
     return bytes;
@@ -83,10 +84,7 @@ KeptGlyph *GlyphCache::Use(uint64_t number)
     if (glyphs_ == nullptr)
         glyphs_ = &glyphsOf_[matrix_];
     isUsed_ = true;
-    const auto [found, isNew] = glyphs_->try_emplace(number);
-    if (isNew)
-        Account(0, sizeof(Glyphs::value_type) + kNodeBytes);
-    return &found->second;
+    return &(*glyphs_)[number];
 }
 
 void GlyphCache::Release()
@@ -96,16 +94,12 @@ void GlyphCache::Release()
         Forget();
 }
 
-void GlyphCache::Account(size_t before, size_t now)
+void GlyphCache::Account(KeptGlyph *glyph)
 {
-    if (now > before) {
-        const size_t more = now - before;
-        isFull_ = isFull_ || borrowed_ + more > maxBytes_ || !cap_->Borrow(more, this);
-        borrowed_ += isFull_ ? 0 : more;
-    } else if (!isFull_) {
-        cap_->Return(before - now);
-        borrowed_ -= before - now;
-    }
+    const size_t bytes = glyph->Bytes(), before = std::exchange(glyph->accounted, bytes);
+    const size_t more = bytes - std::min(before, bytes);
+    isFull_ = isFull_ || borrowed_ + more > maxBytes_ || !cap_->Borrow(more, this);
+    borrowed_ += isFull_ ? 0 : more;
 }
 
 } // namespace vxhost::raster

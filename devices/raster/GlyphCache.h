@@ -29,6 +29,7 @@ class KeptGlyph
     // The spans for that fraction of y; isNew: they are still to be found.
     GlyphSpans *SpansFor(int32_t fractionY, bool *isNew);
     size_t Bytes() const;
+    size_t accounted = 0; // of them
 
   private:
     struct Kept {
@@ -54,8 +55,8 @@ class GlyphCache final : public Borrower
     // A glyph is in use until Release, and nothing is forgotten as long as one is. It may be a new one.
     KeptGlyph *Use(uint64_t number);
     void Release();
-    // Tells what something of the glyph in use took, and what it takes now.
-    void Account(size_t before, size_t now);
+    // To be called when the glyph in use has grown.
+    void Account(KeptGlyph *glyph);
 
   private:
     using Glyphs = std::unordered_map<uint64_t, KeptGlyph>; // by their numbers

@@ -13,7 +13,9 @@ namespace
 // Of larger ones there are few on a page, and what they cover is too much to keep.
 constexpr double kMostPixelsAnEm = 48;
 
-constexpr int kMostSamplesOfMasks = 4; // a side of a pixel
+// Glyphs are painted by masks where a pixel has so many samples a side, and they have so many, and by spans elsewhere.
+constexpr int kMostSamplesOfMasks = 4;
+constexpr int32_t kMostWidthOfMasks = 1024;
 
 } // namespace
 
@@ -84,8 +86,8 @@ bool GlyphPainter::Paint(const Path &outline, uint64_t number, Point origin, con
                          InkBuffer *buffer)
 {
     Target target = {{}, &clip, buffer};
-    if (!FindPlace(origin, shift_, &target.place))
-        return true;
+    if (ink_.keep == ~InkWord{0} || !FindPlace(origin, shift_, &target.place))
+        return true; // nothing of it would be seen
     if (!keeps_ || number == 0)
         return PaintFresh(outline, target);
     KeptGlyph *const glyph = cache_.Use(number);
@@ -107,7 +109,7 @@ bool GlyphPainter::PaintKept(const Path &outline, const Target &target, KeptGlyp
 {
     if (!std::exchange(glyph->isMade, true)) {
         glyph->fits = glyph->shape.Make(outline, matrix_);
-        cache_.Account(0, glyph->Bytes());
+        cache_.Account(glyph);
     }
     if (!glyph->fits)
         return false;
@@ -115,16 +117,16 @@ bool GlyphPainter::PaintKept(const Path &outline, const Target &target, KeptGlyp
     if (box.right <= limits.left || limits.right <= box.left || box.bottom <= limits.top ||
         limits.bottom <= box.top)
         return true;
-    const size_t before = glyph->Bytes();
     bool isNew = false;
     GlyphSpans *const spans = glyph->SpansFor(target.place.fractionY, &isNew);
     if (isNew) {
         scanner_.Find(glyph->shape, target.place.fractionY, spans);
-        cache_.Account(before, glyph->Bytes());
+        cache_.Account(glyph);
     }
     const bool isInside = limits.left <= box.left && box.right <= limits.right && limits.top <= box.top &&
                           box.bottom <= limits.bottom;
-    if (isInside && target.clip->IsRectangle() && 1 << shift_ <= kMostSamplesOfMasks)
+    if (isInside && target.clip->IsRectangle() && 1 << shift_ <= kMostSamplesOfMasks &&
+        box.right - box.left <= kMostWidthOfMasks)
         PaintMasks(*spans, target);
     else
         PaintSpans(*spans, target);

@@ -14,7 +14,7 @@ namespace
 constexpr double kParts = 1 << kFractionBits; // of a sample
 
 // Glyphs reach so many samples from their origin at most, so that twice their width in parts is an int32_t.
-constexpr double kReach = 1 << 12;
+constexpr double kReach = 1 << 11;
 
 // The nearest whole number of parts, of a distance that is less than kFarthest samples.
 constexpr double kFarthest = 1 << 30;
@@ -189,19 +189,20 @@ void MaskFinder::Find(const GlyphSpans &spans, int32_t fractionX, int samples, G
 template <int32_t kSamples>
 void MaskFinder::FindRows(const GlyphSpans &spans, int32_t fractionX, GlyphMasks *masks)
 {
-    constexpr int32_t kBits = 64, kPixels = kBits / kSamples; // of a word
+    constexpr uint32_t kBits = 64, kPixels = kBits / kSamples; // of a word
     const auto columnOf = [&](int32_t end) { return GlyphSpans::ColumnOf(end, fractionX); };
     masks->left = FloorDivide<kSamples>(columnOf(spans.left));
     masks->top = FloorDivide<kSamples>(spans.top);
     const int32_t left = masks->left * kSamples;
-    const int32_t words = (columnOf(spans.right) - left) / kBits + 1;
-    masks->width = (columnOf(spans.right) - left) / kSamples + 1;
-    bits_.assign(static_cast<size_t>(words * kSamples), 0);
+    const auto columns = static_cast<uint32_t>(columnOf(spans.right) - left) + 1;
+    const uint32_t words = (columns + kBits - 1) / kBits;
+    masks->width = static_cast<int32_t>(columns + kSamples - 1) / kSamples;
+    bits_.assign(size_t{words} * kSamples, 0);
     const auto rows = static_cast<int32_t>(spans.rowEnds.size());
     size_t runs = 0;
     for (int32_t row = masks->top * kSamples - spans.top; row < rows; row += kSamples) {
         for (int32_t k = std::max(-row, 0); k < std::min(kSamples, rows - row); ++k) {
-            uint64_t *const bits = bits_.data() + k * words;
+            uint64_t *const bits = bits_.data() + static_cast<size_t>(k) * words;
             const std::span<const Span> ends = spans.Row(static_cast<size_t>(row + k));
             if (words == 1) { // most glyphs
                 uint64_t inside = 0;
@@ -213,16 +214,16 @@ void MaskFinder::FindRows(const GlyphSpans &spans, int32_t fractionX, GlyphMasks
             }
             for (const Span &span : ends) {
                 for (const int32_t end : {span.begin, span.end}) {
-                    const int32_t column = columnOf(end) - left;
+                    const auto column = static_cast<uint32_t>(columnOf(end) - left);
                     bits[column / kBits] ^= ~uint64_t{0} << column % kBits;
-                    for (int32_t word = column / kBits + 1; word < words; ++word)
+                    for (uint32_t word = column / kBits + 1; word < words; ++word)
                         bits[word] ^= ~uint64_t{0};
                 }
             }
         }
-        if (masks->runs.size() < runs + static_cast<size_t>(words * kPixels))
-            masks->runs.resize(runs + static_cast<size_t>(words * kPixels));
-        runs = AddRuns<kSamples>(words, masks->runs.data() + runs) - masks->runs.data();
+        if (masks->runs.size() < runs + words * kPixels)
+            masks->runs.resize(runs + words * kPixels);
+        runs = static_cast<size_t>(AddRuns<kSamples>(words, masks->runs.data() + runs) - masks->runs.data());
         masks->rowEnds.push_back(static_cast<uint32_t>(runs));
         std::ranges::fill(bits_, 0);
     }
@@ -230,17 +231,17 @@ void MaskFinder::FindRows(const GlyphSpans &spans, int32_t fractionX, GlyphMasks
 
 // Makes masks of rows of bits, and returns the end of the runs.
 template <int32_t kSamples>
-MaskedRun *MaskFinder::AddRuns(int32_t words, MaskedRun *next) const
+MaskedRun *MaskFinder::AddRuns(uint32_t words, MaskedRun *next) const
 {
-    constexpr int32_t kPixels = 64 / kSamples;
+    constexpr uint32_t kPixels = 64 / kSamples;
     constexpr uint64_t kRow = (1U << kSamples) - 1;
     constexpr auto kWhole = static_cast<uint16_t>((uint64_t{1} << kSamples * kSamples) - 1);
-    for (int32_t word = 0; word < words; ++word) {
+    for (uint32_t word = 0; word < words; ++word) {
         uint16_t before = 0;
         uint64_t row[kSamples], any = 0;
         for (int32_t k = 0; k < kSamples; ++k)
-            any |= row[k] = bits_[static_cast<size_t>(k * words + word)];
-        for (int32_t x = word * kPixels; any != 0; ++x, any >>= kSamples) {
+            any |= row[k] = bits_[static_cast<size_t>(k) * words + word];
+        for (uint32_t x = word * kPixels; any != 0; ++x, any >>= kSamples) {
             uint64_t samples = 0;
             for (int32_t k = 0; k < kSamples; ++k) {
                 samples |= (row[k] & kRow) << k * kSamples;

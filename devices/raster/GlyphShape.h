@@ -113,7 +113,7 @@ class MaskFinder
     template <int32_t kSamples>
     void FindRows(const GlyphSpans &spans, int32_t fractionX, GlyphMasks *masks);
     template <int32_t kSamples>
-    MaskedRun *AddRuns(int32_t words, MaskedRun *next) const;
+    MaskedRun *AddRuns(uint32_t words, MaskedRun *next) const;
 
     std::vector<uint64_t> bits_; // of the rows of samples in a row of pixels, one after the other
 };

@@ -102,7 +102,7 @@ class InkBuffer
 
     // Paints pixels of the selected row, counted from left.
     void PaintMasks(int left, std::span<const MaskedRun> runs, const Ink &ink);
-    // Fetches the blocks that this paints in row y.
+    // These fetch what that paints in row y: the pixels from left to right, and once they are there, their blocks.
     void PrefetchRow(int y, int left, int right) const;
     void PrefetchMasks(int y, int left, std::span<const MaskedRun> runs) const;
 

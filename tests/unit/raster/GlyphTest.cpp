@@ -121,7 +121,7 @@ Page MakePage(int seed, bool overprints)
         if (random.Below(2) == 0)
             line.paint.colour = {ColourSpace::Gray, {level, 0, 0, 0}};
         else
-            line.paint.colour = {ColourSpace::Cmyk, {level, random.Below(2) * 0.7, 0, 1 - level}};
+            line.paint.colour = {ColourSpace::Cmyk, {level, random.Below(2) * 0.7, 0, random.Below(2) * 0.9}};
         line.paint.overprint = overprints && random.Below(2) == 0;
         // Every other line stands where many do, so that places come again.
         const bool isEven = i % 2 == 0;
