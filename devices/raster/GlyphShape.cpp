@@ -203,7 +203,8 @@ void MaskFinder::FindRows(const GlyphSpans &spans, int32_t fractionX, GlyphMasks
     for (int32_t row = masks->top * kSamples - spans.top; row < rows; row += kSamples) {
         for (int32_t k = std::max(-row, 0); k < std::min(kSamples, rows - row); ++k) {
             uint64_t *const bits = bits_.data() + static_cast<size_t>(k) * words;
-            const std::span<const Span> ends = spans.Row(static_cast<size_t>(row + k));
+            const int32_t at = row + k;
+            const std::span<const Span> ends = spans.Row(static_cast<size_t>(at));
             if (words == 1) { // most glyphs
                 uint64_t inside = 0;
                 for (const Span &span : ends)

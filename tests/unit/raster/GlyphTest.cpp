@@ -319,6 +319,21 @@ TEST(GlyphRows, ThatCrossTooManyEdgesArePaintedAsPaths)
     EXPECT_EQ(plain.rgba, DrawPage(page, WithRoom(0), Way::Glyphs).rgba);
 }
 
+TEST(GlyphInks, ThatKeepAllOthersPaintNothing)
+{
+    RasterOptions options = PlainOptions();
+    options.background.reset();
+    Paint none;
+    none.colour = {ColourSpace::Cmyk, {0, 0, 0, 0}};
+    none.overprint = true;
+    const Page page = {{{{Verb::Move, Verb::Line, Verb::Line}, kTriangle}},
+                       {{{40, 0, 0, 40, 0, 0}, none, "", {{0, {50, 50}}}}}};
+    for (const uint64_t room : {uint64_t{0}, kRoom})
+        EXPECT_EQ(PixelAt(DrawPage(page, WithRoom(room, options), Way::Glyphs), 60, 90), "0 0 0 0");
+    options.overprint = false;
+    EXPECT_EQ(PixelAt(DrawPage(page, options, Way::Glyphs), 60, 90), "255 255 255");
+}
+
 // A new page may have other outlines by the same numbers.
 TEST(GlyphPages, ForgetTheOnesBefore)
 {
