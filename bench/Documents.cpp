@@ -227,6 +227,34 @@ std::string MakeTextPage(size_t size)
     return text + "TO\n" + kTrailer;
 }
 
+std::string MakeTextLines(size_t size)
+{
+    constexpr int kSizes[] = {12, 14, 18, 24, 36, 48};
+    constexpr int kMargin = 20;
+    Numbers numbers;
+    std::string text = std::string(kComments) + kEmptySetup;
+    for (int line = 0; text.size() < size;) {
+        // A sheet of paper covers what is there.
+        text += "0 0 0 0 k\n0 0 m\n1000 0 L\n1000 800 L\n0 800 L\nf\n";
+        text += numbers.Below(4) == 0 ? "0.9 0.6 0 0.2 k\n" : "0 0 0 1 k\n";
+        text += "0 To\n1 0 0 1 20 20 0 Tp\nTP\n0 Tr\n";
+        for (int y = kPageHeight - kMargin;; ++line) {
+            const int points = kSizes[static_cast<size_t>(line / 3) % std::size(kSizes)];
+            y -= points + points / 4;
+            if (y < kMargin)
+                break;
+            text += std::string("/_") + kPageFonts[line % 3] + ' ' + std::to_string(points) + " Tf\n";
+            text += "1 0 0 1 " + std::to_string(kMargin) + ' ' + std::to_string(y) + " Tm\n(";
+            // The widest of the fonts takes 0.6 of an em for each.
+            for (int letters = (kPageWidth - 2 * kMargin) * 5 / (points * 3); letters > 0; --letters)
+                text += numbers.Below(6) == 0 ? ' ' : static_cast<char>('a' + numbers.Below(26));
+            text += ") Tx\n";
+        }
+        text += "TO\n";
+    }
+    return text + kTrailer;
+}
+
 std::string MakeGradientPage(size_t size)
 {
     return MakeInstances(0, size, false);

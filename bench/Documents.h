@@ -24,6 +24,10 @@ std::string TextFontName(int font);
 std::string MakeTextPage(size_t size);
 constexpr const char *kPageFonts[] = {"Helvetica", "Times-Roman", "Courier"};
 
+// The same fonts as drawings have them: lines one below the other, of 12 to 48 points, and when the page is full a blank
+// sheet over it. At least size bytes.
+std::string MakeTextLines(size_t size);
+
 // The page that all documents here are made for.
 constexpr int kPageWidth = 1000, kPageHeight = 800;
 

@@ -105,13 +105,14 @@ class Translator
         } else if (line.operation == "Tf") {
             const size_t nameEnd = line.operands.find(' ');
             font_ = line.operands.substr(2, nameEnd - 2);
+            fontSize_ = line.operands.substr(nameEnd + 1, line.operands.find(' ', nameEnd + 1) - nameEnd - 1);
         } else if (line.operation == "Tm") {
             place_ = line.operands;
         } else if (line.operation == "Tx") {
             const size_t end = line.operands.rfind(')');
-            Append({"<text font-size=\"12\" font-family=\"", font_, "\" transform=\"matrix(1 0 0 -1 ",
-                    place_.substr(place_.find("1 ", 2) + 2), ")\">", line.operands.substr(1, end - 1),
-                    "</text>\n"});
+            Append({"<text font-size=\"", fontSize_, "\" font-family=\"", font_, "\" fill=\"", colour_,
+                    "\" transform=\"matrix(1 0 0 -1 ", place_.substr(place_.find("1 ", 2) + 2), ")\">",
+                    line.operands.substr(1, end - 1), "</text>\n"});
         }
     }
 
@@ -133,7 +134,7 @@ class Translator
 
     Language language_;
     std::string body_;
-    std::string font_, place_, colour_ = "#000", path_;
+    std::string font_, fontSize_, place_, colour_ = "#000", path_;
 };
 
 std::string PdfAround(const std::string &content)

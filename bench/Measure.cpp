@@ -28,7 +28,7 @@ namespace
 constexpr const char *kUsage = "usage: vxmeasure loop FILE\n"
                                "       vxmeasure parse FILE\n"
                                "       vxmeasure pdf FILE OUT\n"
-                               "       vxmeasure write paths|text|gradients vx|ps|pdf|svg BYTES OUT\n"
+                               "       vxmeasure write paths|text|lines|gradients vx|ps|pdf|svg BYTES OUT\n"
                                "       vxmeasure run PROGRAM [ARGUMENT...]\n";
 
 int Fail(const std::string &message)
@@ -106,9 +106,10 @@ int Write(std::string_view kind, std::string_view format, std::string_view bytes
     size_t size = 0;
     if (std::from_chars(bytes.data(), bytes.data() + bytes.size(), size).ec != std::errc())
         return Fail("how many bytes?");
-    std::string text = kind == "paths"  ? vxbench::MakePathDocument(size)
-                       : kind == "text" ? vxbench::MakeTextPage(size)
-                                        : vxbench::MakeGradientPage(size);
+    std::string text = kind == "paths"   ? vxbench::MakePathDocument(size)
+                       : kind == "text"  ? vxbench::MakeTextPage(size)
+                       : kind == "lines" ? vxbench::MakeTextLines(size)
+                                         : vxbench::MakeGradientPage(size);
     if (format != "vx")
         text = vxbench::Translate(text, format == "ps"    ? vxbench::Language::PostScript
                                         : format == "pdf" ? vxbench::Language::Pdf

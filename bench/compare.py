@@ -16,7 +16,7 @@ import sys
 import tempfile
 from pathlib import Path
 
-KINDS = ("paths", "text", "gradients")
+KINDS = ("paths", "text", "lines", "gradients")
 FORMATS = ("vx", "ps", "pdf", "svg")
 MEGABYTE = 1_000_000
 GHOSTSCRIPT = ["gs", "-q", "-dBATCH", "-dNOPAUSE"]

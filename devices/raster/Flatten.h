@@ -75,6 +75,32 @@ void Flatten(const Path &path, const Matrix &toSamples, const Bounds &bounds, do
     }
 }
 
+// A sink that closes every subpath, as fills and clips do, and gives its sides to edges->AddEdge(from, to).
+template <class Edges>
+struct ClosedOutline {
+    Edges *edges;
+    Point start, current;
+
+    void Move(Point p)
+    {
+        Close();
+        start = current = p;
+    }
+    void Line(Point p)
+    {
+        edges->AddEdge(current, p);
+        current = p;
+    }
+    void Smooth(Point p) { Line(p); }
+    void Leave(Point) {}
+    void Arrive(Point) {}
+    void Close()
+    {
+        if (current != start)
+            Line(start);
+    }
+};
+
 // The box around every point of the path, control points of curves included.
 Extent FindExtent(const Path &path, const Matrix &toSamples);
 

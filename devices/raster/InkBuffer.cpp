@@ -155,6 +155,71 @@ void InkBuffer::PaintWhole(int left, int right, const Ink &ink)
     }
 }
 
+void InkBuffer::PaintMasks(int left, std::span<const MaskedRun> runs, const Ink &ink)
+{
+    const bool replaces = ink.Replaces();
+    for (const MaskedRun &run : runs) {
+        const int begin = left + run.column, end = begin + run.count;
+        if (run.mask == fullMask_) {
+            PaintWhole(begin, end, ink);
+            continue;
+        }
+        for (int x = begin; x < end; ++x) {
+            const uint64_t bit = uint64_t{1} << (x & 63);
+            const size_t word = static_cast<size_t>(x >> 6);
+            if ((row_.split[word] & bit) != 0) {
+                if ((row_.blocked[word] & bit) != 0)
+                    PaintBlock(x, run.mask, ink);
+                else
+                    PaintPair(x, run.mask, ink);
+            } else if (!tracked_ && replaces) {
+                if (row_.pixels[x] == ink.value || (row_.tiles[x >> kTileShift] == nullptr && !MakeTile(x)))
+                    continue;
+                StorePair(x, {ink.value, run.mask, fullMask_});
+                row_.split[word] |= bit;
+            } else {
+                Split(x, run.mask, ink);
+            }
+        }
+    }
+}
+
+void InkBuffer::PrefetchRow(int y, int left, int right) const
+{
+    Band *band = bands_[static_cast<size_t>(y / kBandRows)].get();
+    if (band == nullptr)
+        return;
+    const auto row = static_cast<size_t>(y % kBandRows);
+    const InkWord *pixels = band->pixels.data() + row * static_cast<size_t>(width_);
+    __builtin_prefetch(pixels + left, 1);
+    __builtin_prefetch(pixels + right, 1);
+    uint64_t *const *tiles = band->tiles.data() + row * rowTiles_;
+    for (int tile = left >> kTileShift; tile <= right >> kTileShift; ++tile) {
+        if (tiles[tile] != nullptr) {
+            __builtin_prefetch(tiles[tile], 1);
+            __builtin_prefetch(tiles[tile] + 8, 1);
+        }
+    }
+}
+
+void InkBuffer::PrefetchMasks(int y, int left, std::span<const MaskedRun> runs) const
+{
+    Band *band = bands_[static_cast<size_t>(y / kBandRows)].get();
+    if (band == nullptr || band->blocks == 0)
+        return;
+    const auto row = static_cast<size_t>(y % kBandRows);
+    const uint64_t *blocked = band->blocked.data() + row * rowWords_;
+    const InkWord *inks = band->pixels.data() + row * static_cast<size_t>(width_);
+    for (const MaskedRun &run : runs) {
+        if (run.mask == fullMask_)
+            continue;
+        for (int x = left + run.column, end = x + run.count; x < end; ++x) {
+            if (TestBit(blocked, x))
+                __builtin_prefetch(band->Block(inks[x], blockWords_), 1);
+        }
+    }
+}
+
 void InkBuffer::PrefetchBlocks(size_t word, uint64_t bits) const
 {
     const InkWord *pixels = row_.pixels + word * 64;

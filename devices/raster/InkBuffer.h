@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace vxhost::raster
@@ -66,6 +67,13 @@ struct Pair {
     uint64_t painted; // those that were painted at all; all of them when not tracked
 };
 
+// So many neighbours some columns on, of which the same samples are meant; a pixel has 16 at most.
+struct MaskedRun {
+    uint16_t column;
+    uint16_t count;
+    uint16_t mask;
+};
+
 class InkBuffer
 {
   public:
@@ -88,6 +96,12 @@ class InkBuffer
             for (int x = left; x < right; ++x)
                 PaintPart(x, mask, ink);
     }
+
+    // Paints pixels of the selected row, counted from left.
+    void PaintMasks(int left, std::span<const MaskedRun> runs, const Ink &ink);
+    // These fetch what that paints in row y: the pixels from left to right, and once they are there, their blocks.
+    void PrefetchRow(int y, int left, int right) const;
+    void PrefetchMasks(int y, int left, std::span<const MaskedRun> runs) const;
 
     // These fetch what is painted soon in the selected row, since rows lie far from each other in memory: a pixel with
     // its pair, and once pixels are there, the blocks that they name: those of bits, of the 64 that word says.

@@ -1,11 +1,26 @@
 // What one picture may hold in memory. Whoever allocates by the document's will takes first and gives back
-// later; once a taking was refused the picture has failed.
+// later; once a taking was refused the picture has failed. What only saves time borrows: it gives back whatever somebody
+// else needs to take, and without it the picture is the same.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 namespace vxhost::raster
 {
+
+// Holds memory that it can do without.
+class Borrower
+{
+  public:
+    Borrower() = default;
+    Borrower(const Borrower &) = delete;
+    Borrower &operator=(const Borrower &) = delete;
+    virtual ~Borrower() = default;
+
+    // Calls Return, at once or as soon as what is in use now is so no longer.
+    virtual void GiveBack() = 0;
+};
 
 class MemoryCap
 {
@@ -18,17 +33,31 @@ class MemoryCap
             exhausted_ = true;
         else
             used_ += bytes;
+        if (borrowed_ > limit_ - used_)
+            borrower_->GiveBack();
         return !exhausted_;
     }
     void Give(uint64_t bytes) { used_ -= bytes; }
     void Fail() { exhausted_ = true; }
+
+    // There may be one borrower. False when there is no room for so much more.
+    bool Borrow(uint64_t bytes, Borrower *borrower)
+    {
+        if (bytes > Left() - std::min(borrowed_, Left()))
+            return false;
+        borrowed_ += bytes;
+        borrower_ = borrower;
+        return true;
+    }
+    void Return(uint64_t bytes) { borrowed_ -= bytes; }
 
     uint64_t Left() const { return limit_ - used_; }
     bool IsExhausted() const { return exhausted_; }
 
   private:
     uint64_t limit_;
-    uint64_t used_ = 0;
+    uint64_t used_ = 0, borrowed_ = 0;
+    Borrower *borrower_ = nullptr;
     bool exhausted_ = false;
 };
 

@@ -14,13 +14,13 @@ namespace vxhost::raster
 class Painter
 {
   public:
-    // Hands out the pixels of the shape in the scanner, which was begun with the clip's limits, where the clip allows:
+    // Hands out the pixels of a shape, a scanner's or another's that keeps within the clip's limits, where the clip allows:
     // lay(y, left, right, mask) for neighbours with one mask, in row y, which the buffer has selected.
-    template <class Lay>
-    void Paint(Scanner *shape, const Clip &clip, InkBuffer *buffer, Lay &&lay)
+    template <class Shape, class Lay>
+    void Paint(Shape &&shape, const Clip &clip, InkBuffer *buffer, Lay &&lay)
     {
         const auto sweep = [&](auto &&row) {
-            shape->Sweep([&](int32_t y, std::span<const Span> spans) {
+            shape.Sweep([&](int32_t y, std::span<const Span> spans) {
                 const std::span<const Span> visible = clip.Intersect(y, spans, &scratch_);
                 if (!visible.empty())
                     row(y, visible);

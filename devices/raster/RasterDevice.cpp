@@ -8,6 +8,7 @@
 #include "devices/raster/Clip.h"
 #include "devices/raster/Dasher.h"
 #include "devices/raster/Flatten.h"
+#include "devices/raster/GlyphPainter.h"
 #include "devices/raster/InkBuffer.h"
 #include "devices/raster/InkChannels.h"
 #include "devices/raster/Painter.h"
@@ -45,31 +46,6 @@ struct FlatInk {
     void operator()(int /*y*/, int left, int right, uint64_t mask) const
     {
         buffer->Paint(left, right, mask, ink);
-    }
-};
-
-// Closes every subpath, as fills and clips do.
-struct FillOutline {
-    Scanner *scanner;
-    Point start, current;
-
-    void Move(Point p)
-    {
-        Close();
-        start = current = p;
-    }
-    void Line(Point p)
-    {
-        scanner->AddEdge(current, p);
-        current = p;
-    }
-    void Smooth(Point p) { Line(p); }
-    void Leave(Point) {}
-    void Arrive(Point) {}
-    void Close()
-    {
-        if (current != start)
-            Line(start);
     }
 };
 
@@ -137,6 +113,7 @@ class RasterDevice : public Device
         lastClip_.Clear();
         clipState_ = ClipState::Made;
         clips_.Reset({}); // masks give back to the budget, so they go before it
+        glyphs_.Reset(options_.samples, 0, &budget_);
         buffer_.reset();
         budget_ = MemoryCap(options_.memoryLimit);
         if (failure_)
@@ -148,6 +125,7 @@ class RasterDevice : public Device
         clips_.Reset({0, 0, size_.width * n, size_.height * n});
         buffer_ = std::make_unique<InkBuffer>(size_.width, size_.height, n,
                                               RowMixer::NeedsPainted(options_.background), &budget_);
+        glyphs_.Reset(n, options_.glyphMemory, &budget_);
     }
 
     void Save() override
@@ -215,6 +193,29 @@ class RasterDevice : public Device
         Flatten(path, toSamples_, limits, reach, lines);
         lines.End();
         PaintScanned(lay);
+    }
+
+    bool PaintsGlyphs(const Matrix &emsToPage) const override
+    {
+        return buffer_ != nullptr && glyphs_.CanPaint(Product(emsToPage, toSamples_));
+    }
+    void BeginGlyphs(const Matrix &emsToPage, const Paint &paint) override
+    {
+        MakeClip();
+        emsToPage_ = emsToPage;
+        glyphPaint_ = paint;
+        glyphs_.Begin(Product(emsToPage, toSamples_), FindInk(paint, options_.overprint));
+    }
+    void FillGlyph(const Path &outline, uint64_t number, Point origin) override
+    {
+        const Clip &clip = clips_.Top();
+        if (budget_.IsExhausted() || clip.Limits().IsEmpty() ||
+            glyphs_.Paint(outline, number, toSamples_.Map(origin), clip, buffer_.get()))
+            return;
+        Path placed;
+        AppendOutline(outline, {emsToPage_.a, emsToPage_.b, emsToPage_.c, emsToPage_.d, origin.x, origin.y},
+                      &placed);
+        FillPath(placed, glyphPaint_);
     }
 
     // Each part of a shading has an outline of its own, so that samples on the edge between two belong to one of them.
@@ -297,11 +298,12 @@ class RasterDevice : public Device
     {
         return {m.a * toSamples_.a, m.b * toSamples_.d, m.c * toSamples_.a, m.d * toSamples_.d, 0, 0};
     }
-    void BeginScan() { scanner_.Begin(clips_.Top().Limits(), options_.memoryLimit / kEdgeShare); }
+    uint64_t EdgeBytes() const { return options_.memoryLimit / kEdgeShare; }
+    void BeginScan() { scanner_.Begin(clips_.Top().Limits(), EdgeBytes()); }
     void ScanFill(const Path &path)
     {
         BeginScan();
-        FillOutline outline{&scanner_, {}, {}};
+        ClosedOutline<Scanner> outline{&scanner_, {}, {}};
         Flatten(path, toSamples_, clips_.Top().Limits(), 0, outline);
         outline.Close();
     }
@@ -311,7 +313,7 @@ class RasterDevice : public Device
         if (scanner_.IsOverfull())
             budget_.Fail();
         else
-            painter_.Paint(&scanner_, clips_.Top(), buffer_.get(), lay);
+            painter_.Paint(scanner_, clips_.Top(), buffer_.get(), lay);
     }
     template <class Lay>
     void PaintFill(const Path &path, const Lay &lay)
@@ -340,6 +342,9 @@ class RasterDevice : public Device
     Stroker stroker_;
     Dasher dasher_;
     Shader shader_;
+    GlyphPainter glyphs_;
+    Matrix emsToPage_; // of the glyphs, with their paint
+    Paint glyphPaint_;
     std::vector<StrokePoint> points_; // of the subpath being stroked
 };
 

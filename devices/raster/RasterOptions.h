@@ -23,6 +23,8 @@ struct RasterOptions : ScreenOptions {
     bool overprint = true;                              // false: every paint replaces all inks
     int samples = 4;                                    // a side of a pixel: 1, 2, 4 or 8
     uint64_t memoryLimit = uint64_t{1} << 30;
+    uint64_t glyphMemory = uint64_t{8}
+                           << 20; // of that, the part that glyphs may be kept in; 0 gives the same picture
 };
 
 struct PictureSize {

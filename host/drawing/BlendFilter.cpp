@@ -69,6 +69,21 @@ void BlendFilter::ShowText(std::span<const GlyphRun> runs, const TextPaint &pain
     Flushed()->ShowText(runs, paint);
 }
 
+bool BlendFilter::PaintsGlyphs(const Matrix &emsToPage) const
+{
+    return device_->PaintsGlyphs(emsToPage);
+}
+
+void BlendFilter::BeginGlyphs(const Matrix &emsToPage, const Paint &paint)
+{
+    Flushed()->BeginGlyphs(emsToPage, paint);
+}
+
+void BlendFilter::FillGlyph(const Path &outline, uint64_t number, Point origin)
+{
+    device_->FillGlyph(outline, number, origin);
+}
+
 void BlendFilter::FlushBorders()
 {
     for (const auto &border : borders_)

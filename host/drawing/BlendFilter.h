@@ -27,6 +27,9 @@ class BlendFilter final : public Device
     void Shade(const Shading &shading) override;
     bool CanShow(const TextFont &font) override;
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override;
+    bool PaintsGlyphs(const Matrix &emsToPage) const override;
+    void BeginGlyphs(const Matrix &emsToPage, const Paint &paint) override;
+    void FillGlyph(const Path &outline, uint64_t number, Point origin) override;
     void BeginLayer(const Layer &layer) override;
     void EndLayer() override;
     void BeginGroup() override;

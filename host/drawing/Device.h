@@ -76,6 +76,14 @@ class Device
     // united and then intersected with the clip.
     virtual void ShowText(std::span<const GlyphRun>, const TextPaint &) {}
 
+    // Whether the device paints the shapes of text one by one under that matrix, which has no translation; else those of a
+    // text reach it as one path.
+    virtual bool PaintsGlyphs(const Matrix & /*emsToPage*/) const { return false; }
+    // Comes before the shapes of a text that is filled, which share the matrix and the paint. Nothing comes between.
+    virtual void BeginGlyphs(const Matrix & /*emsToPage*/, const Paint &) {}
+    // Fills an outline in ems. Those of one number are one outline, as long as the page lasts; 0 is that of any.
+    virtual void FillGlyph(const Path & /*outline*/, uint64_t /*number*/, Point /*origin*/) {}
+
     // These four tell what a drawing says beyond its shapes, to outputs that can say it too. Layers nest, groups nest within a layer, and
     // whatever is open is ended before EndPage. Either may cross Save and Restore.
     virtual void BeginLayer(const Layer &) {}

@@ -83,6 +83,13 @@ class Drawing final : public StructureSink
     // For text that the device sets itself. mode is that of the show procedure.
     bool CanShow(const TextFont &font) const { return device_->CanShow(font); }
     void ShowText(std::span<const GlyphRun> runs, int32_t mode);
+    // The same for the shapes of text that is filled, from the device's own first one on.
+    bool PaintsGlyphs(const Matrix &emsToPage) const { return device_->PaintsGlyphs(emsToPage); }
+    void BeginGlyphs(const Matrix &emsToPage) { device_->BeginGlyphs(emsToPage, CountFill()); }
+    void FillGlyph(const Path &outline, uint64_t number, Point origin)
+    {
+        device_->FillGlyph(outline, number, origin);
+    }
     void CountShow() { ++counts_.shows; }
 
     MemoryBudget &Budget() { return budget_; }

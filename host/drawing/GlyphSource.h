@@ -22,6 +22,7 @@ struct Glyph {
     double advance = 0;            // ems
     uint32_t glyph = 0;            // of the string's font; 0: that of a missing character
     char32_t character = 0;        // 0: nothing to show, a control code
+    uint64_t outlineNumber = 0;    // of the source: the same is the same outline; 0: not told
     const Path *outline = nullptr; // ems, y up, from the left end of the baseline, outer contours
                                    // anticlockwise; null: nothing to paint. Valid until the next call
 };

@@ -16,6 +16,7 @@ namespace
 {
 
 constexpr uint8_t kSpace = ' ';
+constexpr int32_t kPaints = kZRKShowFill | kZRKShowStroke | kZRKShowClip;
 constexpr int32_t kPlacements = kZRKPlaceAt | kZRKMoveBy;
 constexpr size_t kMaxPainted = 1024;   // strings of one text object that also clip; real ones have a few
 constexpr double kSamePlace = 0.05;    // points; places are summed up in two ways
@@ -285,6 +286,9 @@ void TextShow::BuildRecord(const ZRKTextRecord &record, const TextFont *font, in
         BeginRun(font, toPage, isUpright, mode);
     else
         ShowRuns(mode);
+    const bool isByGlyph =
+        font == nullptr && (mode & kPaints) == kZRKShowFill && drawing_->PaintsGlyphs(toPage);
+    bool hasGlyphs = false;
     // Text goes on along the baseline, or down the column.
     const Point direction = isUpright ? Point{-glyph.c, -glyph.d} : Point{glyph.a, glyph.b};
     std::span<const uint8_t> text(record.text, static_cast<size_t>(std::max(record.length, 0)));
@@ -294,7 +298,11 @@ void TextShow::BuildRecord(const ZRKTextRecord &record, const TextFont *font, in
         const Glyph next = glyphs_->Next(text, isUpright);
         if (font != nullptr)
             AddToRun(next);
-        else if (next.outline != nullptr)
+        else if (next.outline != nullptr && isByGlyph) {
+            if (!std::exchange(hasGlyphs, true))
+                drawing_->BeginGlyphs(toPage);
+            drawing_->FillGlyph(*next.outline, next.outlineNumber, end_);
+        } else if (next.outline != nullptr)
             AddOutline(*next.outline, toPage);
         Move({direction.x * next.advance, direction.y * next.advance});
         Move(spacing.character);

@@ -104,8 +104,10 @@ DocumentGlyphs::FoundGlyph DocumentGlyphs::FindCharacter(std::span<const uint8_t
                                       : fonts_->CharWidth(static_cast<int16_t>(font_), byte) / kOneEm;
     found.glyph.glyph = cached.glyph;
     found.glyph.character = decoded.character != 0 ? decoded.character : kUnknownCharacter;
-    if (!cached.outline.IsEmpty())
+    if (!cached.outline.IsEmpty()) {
         found.glyph.outline = &cached.outline;
+        found.glyph.outlineNumber = cached.number;
+    }
     if (!isUpright && !IsLeadByte(encoding, byte)) {
         found.isKnown = true;
         (*bytes_)[byte] = found;
@@ -136,6 +138,7 @@ const DocumentGlyphs::CachedGlyph &DocumentGlyphs::FindGlyph(char32_t character,
     if (found != cache_.end())
         return found->second;
     CachedGlyph made = MakeGlyph(character, isUpright, isWide);
+    made.number = ++outlines_;
     const size_t points = made.outline.points.size();
     if (cache_.size() == kMaxCachedGlyphs || cachedPoints_ + points > kMaxCachedPoints)
         ForgetGlyphs();

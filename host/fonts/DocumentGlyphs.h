@@ -30,6 +30,7 @@ class DocumentGlyphs final : public GlyphSource
   private:
     struct CachedGlyph {
         Path outline;
+        uint64_t number = 0; // of the outline
         uint32_t glyph = 0;
         bool isMissing = false;
     };
@@ -55,6 +56,7 @@ class DocumentGlyphs final : public GlyphSource
     std::map<std::string, size_t, std::less<>> useOfName_;
     std::unordered_map<uint64_t, CachedGlyph> cache_;
     size_t cachedPoints_ = 0;
+    uint64_t outlines_ = 0; // made so far
     // The characters of most text are found without a search. Points into the cache.
     std::unordered_map<int32_t, BytesOfFont> bytesOfFonts_;
     BytesOfFont *bytes_ = nullptr; // of the current font

@@ -34,6 +34,15 @@ class WatchedDevice final : public Device
     {
         Checked().ShowText(runs, paint);
     }
+    bool PaintsGlyphs(const Matrix &emsToPage) const override { return device_->PaintsGlyphs(emsToPage); }
+    void BeginGlyphs(const Matrix &emsToPage, const Paint &paint) override
+    {
+        Checked().BeginGlyphs(emsToPage, paint);
+    }
+    void FillGlyph(const Path &outline, uint64_t number, Point origin) override
+    {
+        device_->FillGlyph(outline, number, origin);
+    }
     void BeginLayer(const Layer &layer) override { device_->BeginLayer(layer); }
     void EndLayer() override { device_->EndLayer(); }
     void BeginGroup() override { device_->BeginGroup(); }

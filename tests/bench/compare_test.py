@@ -12,7 +12,7 @@ from pathlib import Path
 
 SOURCE = Path(__file__).resolve().parents[2]
 BUILD = Path(os.environ["VX_BUILD"])
-KINDS = ("paths", "text", "gradients")
+KINDS = ("paths", "text", "lines", "gradients")
 OUR_WORKS = ("parse", "PNG", "PDF", "SVG")
 
 

@@ -537,6 +537,24 @@ TEST_P(Ordinary, ShapesGoOnAsTheyCame)
 }
 INSTANTIATE_TEST_SUITE_P(BlendFilter, Ordinary, testing::ValuesIn(kOrdinary), vxtest::CaseName());
 
+// A strip that may begin a blend comes before the glyphs behind it, which come as they are.
+TEST(BlendFilter, HandsOnGlyphsInTheirOrder)
+{
+    const auto draw = [](Device *to) {
+        to->FillPath(Strip({1, 0, 0, 1, 0, 0}, 0, 1), Gray(0.5, false));
+        EXPECT_TRUE(to->PaintsGlyphs({}));
+        to->BeginGlyphs({10, 0, 0, 10, 0, 0}, Gray(0.5, false));
+        to->FillGlyph(Strip({1, 0, 0, 1, 0, 0}, 0, 1), 7, {3, 4});
+    };
+    vxtest::RecordingDevice direct, filtered;
+    direct.paintsGlyphs = filtered.paintsGlyphs = true;
+    draw(&direct);
+    BlendFilter filter(&filtered);
+    draw(&filter);
+    EXPECT_EQ(filtered.calls, direct.calls);
+    EXPECT_NE(direct.calls.find("; glyph 7 "), std::string::npos);
+}
+
 // A device that keeps everything that it is given, bit for bit.
 class KeepingDevice final : public Device
 {

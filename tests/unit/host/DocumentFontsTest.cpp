@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
 namespace vxhost
 {
@@ -241,6 +242,24 @@ class DocumentGlyphsTest : public DocumentFontsTest
         return glyphs->Next({text.begin(), text.size()}, isUpright);
     }
 };
+
+TEST_F(DocumentGlyphsTest, NumbersTellOutlinesApart)
+{
+    const DocumentFonts fonts(*installed_, options_);
+    OpenFonts openFonts(fonts);
+    DocumentGlyphs glyphs(&openFonts);
+    std::set<uint64_t> numbers;
+    for (const char *font : {"Helvetica", "Courier", "NoSuchFont"}) {
+        glyphs.BeginString(font, true);
+        for (const uint8_t letter : {'H', 'i'}) {
+            const uint64_t number = Take(&glyphs, {letter}).outlineNumber;
+            EXPECT_NE(number, 0U);
+            EXPECT_EQ(number, Take(&glyphs, {letter}).outlineNumber);
+            numbers.insert(number);
+        }
+    }
+    EXPECT_EQ(numbers.size(), 6U);
+}
 
 TEST_F(DocumentGlyphsTest, OutlinesStandOnTheBaseline)
 {

@@ -22,7 +22,8 @@ class RecordingDevice final : public vxhost::Device
     std::string calls;             // joined with "; "
     std::function<void()> onPaint; // before each fill and stroke is written down
     vxhost::Failure endPageFailure;
-    std::string canShow; // the font, as it is asked for, that it sets itself
+    std::string canShow;       // the font, as it is asked for, that it sets itself
+    bool paintsGlyphs = false; // each by itself
 
     void BeginPage(const vxhost::Page &page) override
     {
@@ -79,6 +80,17 @@ class RecordingDevice final : public vxhost::Device
                         Number(glyph.origin.y) + "+" + Number(glyph.advance);
         }
         Add(text + (how.strokes ? Text(how.style) : "") + Text(how.paint));
+    }
+    bool PaintsGlyphs(const vxhost::Matrix &) const override { return paintsGlyphs; }
+    // glyphs 10 0 0 10 0 0 gray 0.5; glyph 3 M0 0 L1 0 Z at 100 50
+    void BeginGlyphs(const vxhost::Matrix &matrix, const vxhost::Paint &paint) override
+    {
+        Add("glyphs" + Text(matrix) + Text(paint));
+    }
+    void FillGlyph(const vxhost::Path &outline, uint64_t number, vxhost::Point origin) override
+    {
+        Add("glyph " + std::to_string(number) + Text(outline) + " at " + Number(origin.x) + " " +
+            Number(origin.y));
     }
     vxhost::Failure EndPage() override
     {

@@ -44,6 +44,7 @@ class FakeGlyphs final : public GlyphSource
         outline_.verbs = {Verb::Move, Verb::Line, Verb::Line, Verb::Close};
         outline_.points = {{0, 0}, {isUpright ? 0.3 : 0.1, 0}, {0, 0.2}};
         glyph.outline = byte == ' ' ? nullptr : &outline_;
+        glyph.outlineNumber = byte;
         return glyph;
     }
     std::vector<FontUse> FontsUsed() const override { return {}; }
@@ -205,6 +206,32 @@ TEST_F(TextShowTest, MirroredGlyphsAreDrawnFromTheirOtherEnd)
 {
     Add("2", 0, 0, kZRKPlaceAt).a = -10 * kOne;
     EXPECT_EQ(Show(kZRKShowClip), "clip M0 2 L-1 0 L0 0 Z");
+}
+
+TEST_F(TextShowTest, ADeviceThatPaintsGlyphsGetsEachByItself)
+{
+    device_.paintsGlyphs = true;
+    drawing_.SetGray(0.5);
+    Add("2 4", 100, 50, kZRKPlaceAt);
+    Add("1", 1, -3, kZRKMoveBy);
+    EXPECT_EQ(Show(kZRKShowFill), "glyphs 10 0 0 10 0 0 gray 0.5; "
+                                  "glyph 50 M0 0 L0.1 0 L0 0.2 Z at 100 50; "
+                                  "glyph 52 M0 0 L0.1 0 L0 0.2 Z at 107 50; "
+                                  "glyphs 10 0 0 10 0 0 gray 0.5; "
+                                  "glyph 49 M0 0 L0.1 0 L0 0.2 Z at 112 47");
+}
+
+// A stroke stands on the fill of all of its characters, and a text that clips is one shape.
+TEST_F(TextShowTest, OnlyWhatIsJustFilledIsPaintedGlyphByGlyph)
+{
+    device_.paintsGlyphs = true;
+    constexpr int32_t kModes[] = {kZRKShowStroke, kZRKShowFill | kZRKShowStroke, kZRKShowFill | kZRKShowClip};
+    for (const int32_t mode : kModes) {
+        Add("2", 100, 50, kZRKPlaceAt);
+        EXPECT_EQ(Show(mode).find("glyph"), std::string::npos) << mode;
+    }
+    Add("  ", 100, 50, kZRKPlaceAt);
+    EXPECT_EQ(Show(kZRKShowFill), "");
 }
 
 TEST_F(TextShowTest, TheCurrentPathStays)

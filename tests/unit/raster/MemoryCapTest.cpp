@@ -1,0 +1,72 @@
+// What may be had, what was lent of it, and who gives back first.
+#include "devices/raster/MemoryCap.h"
+
+#include <gtest/gtest.h>
+
+namespace vxhost::raster
+{
+namespace
+{
+
+struct Keeper final : Borrower {
+    MemoryCap *cap = nullptr;
+    uint64_t held = 0;
+    int asked = 0;
+
+    bool Hold(uint64_t bytes)
+    {
+        const bool lent = cap->Borrow(bytes, this);
+        held += lent ? bytes : 0;
+        return lent;
+    }
+    void GiveBack() override
+    {
+        ++asked;
+        cap->Return(held);
+        held = 0;
+    }
+};
+
+TEST(MemoryCaps, LendWhatIsLeft)
+{
+    MemoryCap cap(100);
+    Keeper keeper;
+    keeper.cap = &cap;
+    EXPECT_TRUE(cap.Take(40));
+    EXPECT_TRUE(keeper.Hold(50));
+    EXPECT_FALSE(keeper.Hold(11));
+    EXPECT_TRUE(keeper.Hold(10));
+    EXPECT_FALSE(keeper.Hold(1));
+    EXPECT_FALSE(cap.IsExhausted());
+    EXPECT_EQ(cap.Left(), 60U); // whoever takes may have all of it
+}
+
+TEST(MemoryCaps, AskForWhatIsTaken)
+{
+    MemoryCap cap(100);
+    Keeper keeper;
+    keeper.cap = &cap;
+    EXPECT_TRUE(keeper.Hold(60));
+    EXPECT_TRUE(cap.Take(40));
+    EXPECT_EQ(keeper.asked, 0);
+    EXPECT_TRUE(cap.Take(1));
+    EXPECT_EQ(keeper.asked, 1);
+    EXPECT_EQ(keeper.held, 0U);
+    EXPECT_TRUE(keeper.Hold(59));
+    EXPECT_FALSE(keeper.Hold(1));
+}
+
+TEST(MemoryCaps, AreExhaustedByWhatIsTakenAlone)
+{
+    MemoryCap cap(100);
+    Keeper keeper;
+    keeper.cap = &cap;
+    EXPECT_TRUE(keeper.Hold(100));
+    EXPECT_TRUE(cap.Take(100));
+    EXPECT_FALSE(cap.IsExhausted());
+    EXPECT_FALSE(cap.Take(1));
+    EXPECT_TRUE(cap.IsExhausted());
+}
+
+} // namespace
+} // namespace vxhost::raster
