@@ -26,6 +26,7 @@ PlateRendering::PlateRendering(PlateTask task, Engine *engine) : task_(std::move
     JobTask job;
     job.input = task_.input;
     job.document = task_.document;
+    job.touchesMuchMemory = true;
     job.layers = task_.settings.layers;
     job.makePasses = [this](Failure *failure) { return MakePasses(failure); };
     job.startOver = [this] { files_.Empty(); };
