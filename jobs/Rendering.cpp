@@ -102,7 +102,7 @@ Fault Rendering::OpenOutputs()
 {
     for (const RenderTask::Output &output : task_.outputs) {
         Fault fault;
-        files_.push_back(OutputFile::Create(output.path, task_.kinds, &fault));
+        files_.push_back(OutputFile::Create(output.path, task_.rules, &fault));
         if (fault) {
             result_.output = output.path;
             return fault;

@@ -21,7 +21,8 @@ struct RenderTask {
     std::string input;
     std::vector<Output> outputs; // at least one, each in another place
     Settings settings;
-    FileKinds kinds = FileKinds::All; // what the input and the outputs may be
+    FileKinds kinds = FileKinds::All; // what the input may be
+    OutputRules rules = {};
 };
 
 class Rendering

@@ -1,15 +1,19 @@
 #include "cli/commands/BatchCommand.h"
 
-#include "cli/commands/Batch.h"
+#include "cli/batch/Batch.h"
 #include "cli/commands/Session.h"
+#include "cli/options/OutputNames.h"
 #include "library/OptionValues.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace vxhost
@@ -29,11 +33,18 @@ BatchCommand::BatchCommand(CLI::App *command)
         ->allow_extra_args(false);
     command->add_flag("-0,--null", endInNul_, "manifests have names alone, each of which ends in NUL");
     command
-        ->add_option("-o,--output", output_,
-                     "where to write, for lines that do not say it; {stem}, {dir} and {ext} are those of the "
-                     "input and "
-                     "the format")
+        ->add_option("--files0-from", nulLists_,
+                     "a list of names alone, each of which ends in NUL; may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command->add_flag("--all-files", takesAll_, "tell of the files in folders that are no drawings, too");
+    command
+        ->add_option(
+            "-o,--output", output_,
+            "where to write, for lines that do not say it; {stem}, {dir}, {relative}, {number}, {hash}, "
+            "{namehash} and {ext} are those of the document and the format")
         ->type_name("PATH");
+    command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs");
     command->add_flag("--allow-outside", allowOutside_,
                       "outputs may lie outside of the folder that -o names, else of the working folder");
     command
@@ -41,11 +52,15 @@ BatchCommand::BatchCommand(CLI::App *command)
                      "how many documents to draw at a time (as many as there are processors)")
         ->type_name("N");
     outputOptions_.AddTo(command);
-    common_.AddTo(command, "documents to read; -, or no FILE at all, is a manifest on standard input");
+    common_.AddTo(
+        command,
+        "documents to read, and folders to look through; -, or no FILE at all, is a manifest on standard "
+        "input");
     command->footer(
         "A line of a manifest is the name of a document, or a JSON object: input, output, id, and options\n"
         "of that document by their names, as {\"input\": \"a.vx\", \"output\": \"a.png\", \"dpi\": 300}.\n\n"
         "Examples:\n"
+        "  vx batch drawings -o 'pictures/{relative}/{stem}.{ext}' -f png >results.jsonl\n"
         "  vx batch --manifest list.jsonl >results.jsonl\n"
         "  find drawings -name '*.vx' -print0 | vx batch -0 -f pdf,png -o '{dir}/{stem}.{ext}' "
         ">results.jsonl\n"
@@ -58,7 +73,8 @@ Status BatchCommand::Run(Messages *messages) const
     const std::vector<BatchSource> sources = ReadSources(options.inputs);
     const bool showProgress =
         options.showProgress && isatty(STDOUT_FILENO) != 1; // else it would stand among them
-    options.showProgress = false;                           // the progress of a single document is not shown
+    CheckPattern(output_);
+    options.showProgress = false; // the progress of a single document is not shown
 
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
     FormatList formats = ReadFormats(outputOptions_.format, output_);
@@ -68,31 +84,55 @@ Status BatchCommand::Run(Messages *messages) const
     Session session(options, CommandKind::Batch, messages);
     session.CheckDevices(formats, settings);
     messages->ShowProgress(showProgress);
-    Batch batch({sources, endInNul_ ? LineEnd::Nul : LineEnd::Newline, output_, allowOutside_, outputOptions_,
-                 settings, ReadJobs()},
-                &session, messages);
+    BatchOptions batchOptions;
+    batchOptions.sources = sources;
+    batchOptions.takesAll = takesAll_;
+    batchOptions.output = output_;
+    batchOptions.allowOutside = allowOutside_;
+    batchOptions.makesFolders = !noMkdir_;
+    batchOptions.outputOptions = outputOptions_;
+    batchOptions.settings = settings;
+    batchOptions.jobs = ReadJobs();
+    Batch batch(std::move(batchOptions), &session, messages);
     return batch.Run();
 }
 
 std::vector<BatchSource> BatchCommand::ReadSources(const std::vector<std::string> &inputs) const
 {
-    if (std::ranges::count(manifests_, "") > 0)
-        throw UsageError("--manifest: the name is empty: name a file, or - for standard input");
+    const LineEnd end = endInNul_ ? LineEnd::Nul : LineEnd::Newline;
     std::vector<BatchSource> sources;
-    sources.reserve(inputs.size() + manifests_.size());
-    for (const std::string &input : inputs)
-        sources.push_back({input, input == "-"});
+    for (const std::string &input : inputs) {
+        std::error_code failure;
+        const bool isFolder = std::filesystem::is_directory(input, failure);
+        sources.push_back({input,
+                           input == "-" ? SourceKind::Manifest
+                           : isFolder   ? SourceKind::Folder
+                                        : SourceKind::Document,
+                           end});
+    }
     for (const std::string &manifest : manifests_)
-        sources.push_back({manifest, true});
+        sources.push_back({manifest, SourceKind::Manifest, end});
+    for (const std::string &list : nulLists_)
+        sources.push_back({list, SourceKind::Manifest, LineEnd::Nul});
+    if (std::ranges::count(manifests_, "") + std::ranges::count(nulLists_, "") > 0)
+        throw UsageError(
+            fmt::format("{}: the name is empty: name a file, or - for standard input",
+                        std::ranges::count(manifests_, "") > 0 ? "--manifest" : "--files0-from"));
     if (sources.empty()) {
         if (isatty(STDIN_FILENO) == 1)
-            throw UsageError("no FILE: name documents, or a list of them with --manifest, or pipe one in");
-        sources.push_back({"-", true});
+            throw UsageError(
+                "no FILE: name documents or folders, or a list of them with --manifest, or pipe one in");
+        sources.push_back({"-", SourceKind::Manifest, end});
     }
     if (std::ranges::count(sources, "-", &BatchSource::name) > 1)
         throw UsageError("- is given twice: standard input can be read once");
-    if (endInNul_ && std::ranges::none_of(sources, &BatchSource::isManifest))
+    if (endInNul_ && std::ranges::count(sources, SourceKind::Manifest, &BatchSource::kind) == 0)
         throw UsageError("-0: no list of names to read: give one with --manifest, or - for standard input");
+    const bool hasFolder = std::ranges::count(sources, SourceKind::Folder, &BatchSource::kind) > 0;
+    if (takesAll_ && !hasFolder)
+        throw UsageError("--all-files: no folder to look through: name one");
+    if (hasFolder && output_.empty())
+        throw UsageError("no output: add -o and a folder, as -o pictures/");
     return sources;
 }
 

@@ -25,7 +25,10 @@ class BatchCommand
 
     CommonOptionReader common_;
     std::vector<std::string> manifests_;
+    std::vector<std::string> nulLists_;
     bool endInNul_ = false;
+    bool takesAll_ = false;
+    bool noMkdir_ = false;
     std::string output_;
     bool allowOutside_ = false;
     std::string jobs_;

@@ -40,7 +40,7 @@ _vx()
     --profile) words='fogra39 none' ;;
     --font-dir) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | -j | --jobs | --max-time | --max-memory | --max-output) files= ;;
-    -o | --output | --plugin | --font-map | --manifest) ;;
+    -o | --output | --plugin | --font-map | --manifest | --files0-from) ;;
     *)
         if ((COMP_CWORD == 1)); then
             words='info render text trace fonts batch --help --version' files=
@@ -51,8 +51,8 @@ _vx()
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
-            render) words="--force $picture $every" ;;
-            batch) words="--manifest --null --allow-outside --jobs $picture $every" ;;
+            render) words="--force --no-mkdir $picture $every" ;;
+            batch) words="--manifest --null --files0-from --all-files --no-mkdir --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;

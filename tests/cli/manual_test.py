@@ -61,7 +61,7 @@ class Manual(unittest.TestCase):
         members = {f"--{name}" for term in terms for name in re.findall(r"`([\w-]+)`", term)}
         common = described_options("vx.1.md", "OPTIONS OF EVERY COMMAND")
         options = {name for name in helped_options("batch") - common if name.startswith("--")}
-        of_all = {"--manifest", "--null", "--jobs", "--allow-outside"}
+        of_all = {"--manifest", "--null", "--files0-from", "--all-files", "--no-mkdir", "--jobs", "--allow-outside"}
         self.assertEqual(members - {"--input", "--id"}, options - of_all)
 
     def test_examples_are_those_of_the_help(self):
@@ -207,11 +207,15 @@ class Members(CommandTest):
 
     def test_of_batch(self):
         lines = [{"input": "problems.vx", "output": "a.png", "id": {"any": [1]}}, {"output": "b.png"},
-                 {"input": "problems.vx", "output": "none/b.png"}, "no JSON"]
+                 {"input": "problems.vx", "output": "cut.vx/b.png"}, "no JSON"]
         self.write("list", b"".join(json.dumps(line).encode() + b"\n" for line in lines))
-        objects = self.objects("batch", *self.names, "--manifest", "list", "--manifest", "none", "-f", "png", "--fit", "8",
+        documents = [name for name in self.names if name != "."]
+        objects = self.objects("batch", *documents, "--manifest", "list", "--manifest", "none", "-f", "png", "--fit", "8",
                                "-o", "{stem}.png")
         objects += self.objects("batch", *self.deep, "-o", "deep.png", "-f", "png", "--fit", "8")
+        self.write("same.vx", document())
+        self.write("too.vx", document())
+        objects += self.objects("batch", "same.vx", "too.vx", "-o", "{hash}.png", "--fit", "8")
         objects += self.objects("batch", "--salvage", "malformed.vx", "-o", "salvaged.png", "--fit", "8")
         named = named_members("vx-batch.1.md", "RESULTS")
         facts = named_members("vx-info.1.md", "JSON")

@@ -1,5 +1,6 @@
-#include "cli/commands/Batch.h"
+#include "cli/batch/Batch.h"
 
+#include "cli/batch/LookAhead.h"
 #include "cli/options/IsDrawing.h"
 #include "cli/options/OutputNames.h"
 #include "cli/report/ResultJson.h"
@@ -22,7 +23,8 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kMaxSlots = 1000; // documents that are done may wait for one that takes longer
+constexpr size_t kMaxSlots = 1000;     // documents that are done may wait for one that takes longer
+constexpr size_t kMaxWriters = 100000; // outputs
 
 std::string_view NameOf(Status status)
 {
@@ -52,14 +54,16 @@ std::string Joined(std::string_view first, std::string_view id, std::string_view
 } // namespace
 
 Batch::Batch(BatchOptions options, Session *session, Messages *messages)
-    : options_(std::move(options)), session_(session), messages_(messages),
-      manifest_(options_.sources, options_.lineEnd)
+    : options_(std::move(options)), planner_(options_), session_(session), messages_(messages),
+      manifest_(options_.sources, {options_.takesAll, nullptr})
 {
     options_.jobs = std::min(options_.jobs, MostRenderings());
 }
 
 Status Batch::Run()
 {
+    total_ = LookAhead(options_, planner_, messages_);
+    (void)clock_gettime(CLOCK_REALTIME_COARSE, &began_); // which is that of file systems
     while (true) {
         const bool isDry = StartWhatFits();
         if (!PrintWhatIsDue())
@@ -87,14 +91,23 @@ bool Batch::StartWhatFits()
 {
     while (HasRoom()) {
         std::optional<ManifestEntry> entry = manifest_.Next();
-        if (entry)
+        if (entry && !IsOwnOutput(*entry))
             Start(std::move(*entry));
+        else if (entry)
+            continue;
         else if (manifest_.AtEnd() || manifest_.Descriptor() >= 0)
             return true;
         else
             manifest_.Read();
     }
     return false;
+}
+
+// Returns whether the entry is what this run put into a folder before it was looked through.
+bool Batch::IsOwnOutput(const ManifestEntry &entry) const
+{
+    return options_.takesAll && !entry.relative.empty() &&
+           writers_.contains(std::hash<std::string>()(PlaceOf(entry.input)));
 }
 
 void Batch::Start(ManifestEntry entry)
@@ -105,7 +118,7 @@ void Batch::Start(ManifestEntry entry)
     try {
         if (!slot.entry.error.empty())
             throw UsageError(slot.entry.error);
-        slot.rendering = std::make_unique<Rendering>(PlanFor(slot), &session_->Jobs());
+        slot.rendering = std::make_unique<Rendering>(PlanFor(&slot), &session_->Jobs());
         ++running_;
     } catch (const OptionError &error) {
         const bool hasLine = slot.entry.line > 0;
@@ -121,30 +134,17 @@ void Batch::Start(ManifestEntry entry)
 }
 
 // Throws UsageError when the entry asks for what cannot be done.
-RenderTask Batch::PlanFor(const Slot &slot)
+RenderTask Batch::PlanFor(Slot *slot)
 {
-    const ManifestEntry &entry = slot.entry;
-    const std::string &pattern = entry.output.empty() ? options_.output : entry.output;
-    if (pattern.empty())
-        throw UsageError("no output: add \"output\" to the line, or give -o");
-    const OutputOptions said = options_.outputOptions.OverriddenBy(entry.outputOptions);
-    // The name of a line's own output goes before the format that the command gives for all.
-    const bool namesFormat = entry.outputOptions.format.empty() && FormatOfName(entry.output) != nullptr;
-    const FormatList formats = ReadFormats(namesFormat ? "" : said.format, pattern);
-    // An option of the line that means nothing for its formats is refused; one of the command is passed over.
-    OptionTexts meant = entry.outputOptions.texts;
-    if (std::ranges::find(formats, FindFormat("pdf")) != formats.end())
-        meant.Set("pdf-x", said.texts.Of("pdf-x"));
-    meant.CheckMeant(SetOf(formats));
-
-    RenderTask task;
-    task.input = entry.input;
-    task.kinds = FileKinds::Regular;
-    task.settings = entry.outputOptions == OutputOptions() ? options_.settings : ReadSettings(said.texts);
-    task.settings.png.memoryLimit = options_.settings.png.memoryLimit;
-    for (const Format *format : formats)
-        task.outputs.push_back({format, FillPattern(pattern, entry.input, *format)});
-    ClaimOutputs(task, slot.number);
+    const ManifestEntry &entry = slot->entry;
+    const bool needsDigest = planner_.NeedsDigest(entry);
+    if (needsDigest)
+        slot->digest = DigestOfFile(entry.input);
+    if (!slot->digest.error.empty())
+        throw OptionError(slot->digest.error);
+    RenderTask task = planner_.TaskFor(entry, slot->number, slot->digest.digest);
+    ClaimOutputs(&task, slot,
+                 needsDigest ? ShortDigestOf(slot->digest.digest + planner_.OptionsTextOf(entry)) : 0);
     return task;
 }
 
@@ -166,23 +166,32 @@ void Batch::CheckOutput(const std::string &path, const std::string &place) const
         throw UsageError(fmt::format("would overwrite the drawing \"{}\": choose another name", path));
 }
 
-void Batch::ClaimOutputs(const RenderTask &task, size_t number)
+// content stands for what is drawn, where that names the outputs; else 0.
+void Batch::ClaimOutputs(RenderTask *task, Slot *slot, uint64_t content)
 {
     std::vector<uint64_t> places;
-    for (const RenderTask::Output &output : task.outputs) {
+    for (const RenderTask::Output &output : task->outputs) {
         const std::string place = PlaceOf(output.path);
         CheckOutput(output.path, place);
         places.push_back(std::hash<std::string>()(place));
         const auto writer = writers_.find(places.back());
         const bool isOwn = std::count(places.begin(), places.end(), places.back()) > 1;
-        if (isOwn || writer != writers_.end())
+        const bool isTaken = writer != writers_.end() && (content == 0 || writer->second.content != content);
+        if (isOwn || isTaken)
             throw UsageError(fmt::format(
                 "would be written to \"{}\", as {} is: name each after its input and its "
                 "format, as '{{dir}}/{{stem}}.{{ext}}'",
-                output.path, isOwn ? "another of its formats" : fmt::format("document {}", writer->second)));
+                output.path,
+                isOwn ? "another of its formats" : fmt::format("document {}", writer->second.number)));
+        if (writer != writers_.end())
+            slot->sharesWith = writer->second.number;
     }
-    for (const uint64_t place : places)
-        writers_.emplace(place, number);
+    if (writers_.size() < kMaxWriters) {
+        for (const uint64_t place : places)
+            writers_.try_emplace(place, Writer{slot->number, content});
+    } else if (content == 0) {
+        task->rules.onceSince = began_;
+    }
 }
 
 void Batch::FinishWhatEnded()
@@ -200,6 +209,9 @@ void Batch::FinishWhatEnded()
         slot.summary = session_->Summarise(slot.entry.input, slot.result);
         slot.rendering.reset();
         --running_;
+        // What is packed is known for a drawing, or for none, only now.
+        slot.isPassedOver = !slot.entry.relative.empty() && !options_.takesAll &&
+                            slot.result.fault.kind == FaultKind::NotADrawing;
     }
 }
 
@@ -222,7 +234,15 @@ bool Batch::PrintWhatIsDue()
         const Slot &slot = slots_.front();
         const ManifestEntry &entry = slot.entry;
         const Summary &summary = *slot.summary;
+        if (slot.isPassedOver) {
+            ++passedOver_;
+            continue;
+        }
         Tell(entry.input, slot.result, summary, messages_);
+        if (slot.sharesWith > 0 && summary.IsDone())
+            messages_->Warning(
+                InputName(entry.input),
+                fmt::format("is equal to document {}, and shares its output", slot.sharesWith));
 
         nlohmann::ordered_json named;
         named["number"] = slot.number;
@@ -236,6 +256,8 @@ bool Batch::PrintWhatIsDue()
         else
             json["input"] = entry.input;
         json["outputs"] = slot.result.written;
+        if (slot.sharesWith > 0)
+            json["sharesWith"] = slot.sharesWith;
         json["status"] = NameOf(summary.status);
         json["exit"] = static_cast<int>(summary.status);
         if (!summary.error.empty())

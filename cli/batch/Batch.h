@@ -1,18 +1,20 @@
 // Runs a batch: entries of manifests become renderings, several at a time, and lines of JSON in the order of the manifests.
 //
-// Its memory does not grow with the number of documents, but for a few bytes an output, by which it sees that none is
-// written twice.
+// Its memory does not grow with the number of documents, but up to a bound, by a few bytes an output by which it sees that
+// none is written twice. Beyond, it sees that when the second is to take its name.
 #pragma once
 
+#include "cli/batch/Planner.h"
 #include "cli/commands/Session.h"
+#include "cli/options/Digest.h"
 #include "cli/options/Manifest.h"
-#include "cli/options/OutputOptions.h"
 #include "cli/report/Messages.h"
 #include "cli/report/Status.h"
 #include "jobs/Rendering.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -22,16 +24,6 @@
 
 namespace vxhost
 {
-
-struct BatchOptions {
-    std::vector<BatchSource> sources;
-    LineEnd lineEnd = LineEnd::Newline; // in manifests
-    std::string output;                 // pattern for entries that have none; empty: there is none
-    bool allowOutside = false;          // outputs may lie anywhere
-    OutputOptions outputOptions;        // for all entries
-    Settings settings;                  // what they mean
-    size_t jobs = 1;
-};
 
 class Batch
 {
@@ -46,30 +38,44 @@ class Batch
     struct Slot {
         size_t number = 0; // from 1
         ManifestEntry entry;
+        FileDigest digest;     // of the input, where it is needed
+        size_t sharesWith = 0; // number of an equal document with the same output; 0: there is none
         std::unique_ptr<Rendering> rendering; // while it is at work
         Result result;
         std::optional<Summary> summary; // none: it is not done
+        bool isPassedOver = false;      // it is a file of a folder, and turned out to be no drawing
     };
 
     bool StartWhatFits();
     bool HasRoom() const;
+    bool IsOwnOutput(const ManifestEntry &entry) const;
     void Start(ManifestEntry entry);
-    RenderTask PlanFor(const Slot &slot);
+    RenderTask PlanFor(Slot *slot);
     void CheckOutput(const std::string &path, const std::string &place) const;
-    void ClaimOutputs(const RenderTask &task, size_t number);
+    void ClaimOutputs(RenderTask *task, Slot *slot, uint64_t content);
     void FinishWhatEnded();
     bool PrintWhatIsDue();
     void ShowProgress();
     std::vector<Worker *> Workers() const;
 
+    // An output that has a document.
+    struct Writer {
+        size_t number;    // of the document
+        uint64_t content; // stands for what is drawn, where that names the output; else 0
+    };
+
     BatchOptions options_;
+    Planner planner_;
     Session *session_;
     Messages *messages_;
     ManifestReader manifest_;
     std::deque<Slot> slots_;                       // in order; those that are done wait for those before them
-    std::unordered_map<uint64_t, size_t> writers_; // hash of an output's place → number of its document
+    std::optional<size_t> total_;                  // documents
+    timespec began_ = {};                          // by the clock of file systems
+    std::unordered_map<uint64_t, Writer> writers_; // by a hash of the output's place; the first ones
     size_t running_ = 0;
     size_t started_ = 0, printed_ = 0, failed_ = 0;
+    size_t passedOver_ = 0; // files of folders that a worker found to be no drawings
     Status worst_ = Status::Done;
 };
 
