@@ -129,7 +129,8 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
         command->group("Commands")->allow_extras();
         runners.emplace_back(command, row.make(command));
         for (CLI::Option *option : command->get_options())
-            option->disable_flag_override(); // a flag is given or not, and has no value
+            option->disable_flag_override(
+                option->get_type_name().empty()); // most flags are given or not, and have no value
         known += (known.empty() ? "" : ", ") + std::string(row.name);
     }
     app.allow_extras();

@@ -6,11 +6,20 @@
 #include "jobs/Rendering.h"
 
 #include <cstddef>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 namespace vxhost
 {
+
+enum class Resuming {
+    Nothing,
+    BySize, // what is done is passed over if its outputs have their size
+    ByDigest
+};
+
+enum class SummaryForm { None, Text, Json };
 
 struct BatchOptions {
     std::vector<BatchSource> sources;
@@ -21,6 +30,14 @@ struct BatchOptions {
     OutputOptions outputOptions; // for all entries
     Settings settings;           // what they mean
     size_t jobs = 1;
+    bool isUnordered = false; // results come as documents are done, not as they were named
+
+    std::string journal; // empty: none is kept
+    Resuming resuming = Resuming::Nothing;
+    bool retriesFailed = false; // what failed is not done
+    // Says what else decides over the outputs: versions, and options about reading.
+    nlohmann::ordered_json circumstances;
+    SummaryForm summary = SummaryForm::Text;
 };
 
 class Planner

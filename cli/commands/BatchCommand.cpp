@@ -2,6 +2,7 @@
 
 #include "cli/batch/Batch.h"
 #include "cli/commands/Session.h"
+#include "cli/options/Digest.h"
 #include "cli/options/OutputNames.h"
 #include "library/OptionValues.h"
 
@@ -9,6 +10,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 #include <thread>
@@ -51,6 +53,20 @@ BatchCommand::BatchCommand(CLI::App *command)
         ->add_option("-j,--jobs", jobs_,
                      "how many documents to draw at a time (as many as there are processors)")
         ->type_name("N");
+    command->add_flag("--unordered", isUnordered_,
+                      "print results as documents are done, not as they were named");
+    command
+        ->add_option("--journal", journal_,
+                     "a file that gets a line when a document is begun and one when it is done")
+        ->type_name("FILE");
+    command
+        ->add_flag("--resume", resume_,
+                   "pass over what is done in the journal and there; =verify reads the outputs")
+        ->type_name("[=verify]");
+    command->add_option("--retry", retry_, "with --resume: failed draws again what failed")
+        ->type_name("WHICH");
+    command->add_option("--summary", summary_, "what to tell in the end: text, json or none (text)")
+        ->type_name("HOW");
     outputOptions_.AddTo(command);
     common_.AddTo(
         command,
@@ -93,6 +109,13 @@ Status BatchCommand::Run(Messages *messages) const
     batchOptions.outputOptions = outputOptions_;
     batchOptions.settings = settings;
     batchOptions.jobs = ReadJobs();
+    batchOptions.isUnordered = isUnordered_;
+    ReadJournal(options, &batchOptions);
+    if (summary_ != "text" && summary_ != "json" && summary_ != "none")
+        throw UsageError(fmt::format("--summary {}: not known: give text, json or none", summary_));
+    batchOptions.summary = summary_ == "text"   ? SummaryForm::Text
+                           : summary_ == "json" ? SummaryForm::Json
+                                                : SummaryForm::None;
     Batch batch(std::move(batchOptions), &session, messages);
     return batch.Run();
 }
@@ -145,6 +168,36 @@ size_t BatchCommand::ReadJobs() const
         throw UsageError(
             fmt::format("--jobs {}: not a whole number from 1 to {}: give one as 4", jobs_, kMaxJobs));
     return static_cast<size_t>(*jobs);
+}
+
+void BatchCommand::ReadJournal(const CommonOptions &common, BatchOptions *options) const
+{
+    if (journal_ && (journal_->empty() || *journal_ == "-"))
+        throw UsageError(fmt::format("--journal \"{}\": no name of a file: name one", *journal_));
+    if (!resume_.empty() && !journal_)
+        throw UsageError("--resume: no journal: give that of the earlier run with --journal");
+    if (!resume_.empty() && resume_ != "true" && resume_ != "verify")
+        throw UsageError(fmt::format("--resume={}: not known: give --resume, or --resume=verify", resume_));
+    if (!retry_.empty() && resume_.empty())
+        throw UsageError("--retry: nothing is gone on with: add --resume");
+    if (!retry_.empty() && retry_ != "failed")
+        throw UsageError(fmt::format("--retry {}: not known: give failed", retry_));
+    options->journal = journal_.value_or("");
+    options->resuming = resume_.empty()       ? Resuming::Nothing
+                        : resume_ == "verify" ? Resuming::ByDigest
+                                              : Resuming::BySize;
+    options->retriesFailed = !retry_.empty();
+    if (!journal_)
+        return;
+    const std::string &profile = outputOptions_.texts.Of("profile");
+    const char *date = std::getenv("SOURCE_DATE_EPOCH");
+    options->circumstances = {
+        {"vx", VX_VERSION},
+        {"plugin", common.plugin.empty() ? "built in" : DigestOfFile(common.plugin).digest},
+        {"profile", IsProfileFile(profile) ? DigestOfFile(profile).digest : profile},
+        {"date", date == nullptr ? "" : date},
+        {"reading", common.said},
+    };
 }
 
 } // namespace vxhost

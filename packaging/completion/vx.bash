@@ -35,12 +35,15 @@ _vx()
     --script) words='auto roman japanese chinese korean' files= ;;
     --missing-fonts) words='substitute fail' files= ;;
     --progress) words='auto never always' files= ;;
+    --retry) words='failed' files= ;;
+    --summary) words='text json none' files= ;;
+    --resume) [[ ${COMP_WORDS[COMP_CWORD - 1]} == '=' || ${COMP_WORDS[COMP_CWORD]} == '=' ]] && words='verify' files= ;;
     --box) words='bbox' files= ;;
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | -j | --jobs | --max-time | --max-memory | --max-output) files= ;;
-    -o | --output | --plugin | --font-map | --manifest | --files0-from) ;;
+    -o | --output | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
             words='info render text trace fonts batch --help --version' files=
@@ -52,7 +55,7 @@ _vx()
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
             render) words="--force --no-mkdir $picture $every" ;;
-            batch) words="--manifest --null --files0-from --all-files --no-mkdir --allow-outside --jobs $picture $every" ;;
+            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;

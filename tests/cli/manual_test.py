@@ -61,7 +61,8 @@ class Manual(unittest.TestCase):
         members = {f"--{name}" for term in terms for name in re.findall(r"`([\w-]+)`", term)}
         common = described_options("vx.1.md", "OPTIONS OF EVERY COMMAND")
         options = {name for name in helped_options("batch") - common if name.startswith("--")}
-        of_all = {"--manifest", "--null", "--files0-from", "--all-files", "--no-mkdir", "--jobs", "--allow-outside"}
+        of_all = {"--manifest", "--null", "--files0-from", "--all-files", "--no-mkdir", "--jobs", "--allow-outside",
+                  "--unordered", "--journal", "--resume", "--retry", "--summary"}
         self.assertEqual(members - {"--input", "--id"}, options - of_all)
 
     def test_examples_are_those_of_the_help(self):
@@ -215,6 +216,8 @@ class Members(CommandTest):
         objects += self.objects("batch", *self.deep, "-o", "deep.png", "-f", "png", "--fit", "8")
         self.write("same.vx", document())
         self.write("too.vx", document())
+        for _ in range(2):
+            objects += self.objects("batch", "same.vx", "-o", "same.png", "--fit", "8", "--journal", "done", "--resume")
         objects += self.objects("batch", "same.vx", "too.vx", "-o", "{hash}.png", "--fit", "8")
         objects += self.objects("batch", "--salvage", "malformed.vx", "-o", "salvaged.png", "--fit", "8")
         named = named_members("vx-batch.1.md", "RESULTS")
