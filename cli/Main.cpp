@@ -6,6 +6,7 @@
 #include "cli/commands/RenderCommand.h"
 #include "cli/commands/TextCommand.h"
 #include "cli/commands/TraceCommand.h"
+#include "cli/commands/VerifyCommand.h"
 #include "cli/report/StandardStreams.h"
 #include "jobs/Interrupt.h"
 
@@ -60,6 +61,8 @@ constexpr CommandRow kCommands[] = {
      MakeCommand<FontsCommand>},
     {"batch", "[options] [FILE...|-]", "Renders many documents, and tells of each in JSON.",
      MakeCommand<BatchCommand>},
+    {"verify", "[options] FILE OUT", "Tells whether an output is what is made of a drawing now.",
+     MakeCommand<VerifyCommand>},
 };
 
 constexpr const char *kExamples = "Examples:\n"

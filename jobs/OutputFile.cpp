@@ -106,6 +106,13 @@ std::unique_ptr<OutputFile> OutputFile::Create(const std::string &path, const Ou
     return *fault ? nullptr : std::move(file);
 }
 
+std::unique_ptr<OutputFile> OutputFile::CreateUnnamed(Fault *fault)
+{
+    std::unique_ptr<OutputFile> file(new OutputFile({}));
+    *fault = file->Spool();
+    return *fault ? nullptr : std::move(file);
+}
+
 OutputFile::~OutputFile()
 {
     if (!temporary_.empty()) {

@@ -33,6 +33,8 @@ class OutputFile
     // "-" is standard output. Returns null with the fault when it fails.
     static std::unique_ptr<OutputFile> Create(const std::string &path, const OutputRules &rules,
                                               Fault *fault);
+    // Makes one that never gets a name, and cannot be committed.
+    static std::unique_ptr<OutputFile> CreateUnnamed(Fault *fault);
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
     ~OutputFile(); // gives up what was not committed

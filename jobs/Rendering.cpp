@@ -102,7 +102,8 @@ Fault Rendering::OpenOutputs()
 {
     for (const RenderTask::Output &output : task_.outputs) {
         Fault fault;
-        files_.push_back(OutputFile::Create(output.path, task_.rules, &fault));
+        files_.push_back(output.take ? OutputFile::CreateUnnamed(&fault)
+                                     : OutputFile::Create(output.path, task_.rules, &fault));
         if (fault) {
             result_.output = output.path;
             return fault;
@@ -165,6 +166,10 @@ Result Rendering::Finish()
             result_.output = task_.outputs[std::clamp<size_t>(job_->PassesDone(), 1, files_.size()) - 1].path;
     }
     for (size_t i = 0; i < files_.size() && !result_.fault; ++i) {
+        if (task_.outputs[i].take) {
+            task_.outputs[i].take(files_[i]->Descriptor());
+            continue;
+        }
         result_.fault = files_[i]->Commit();
         if (result_.fault)
             result_.output = task_.outputs[i].path;

@@ -6,6 +6,7 @@
 #include "library/Options.h"
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ struct RenderTask {
     struct Output {
         const Format *format;
         std::string path; // "-" is standard output
+        // Is given the descriptor of the whole output, which then gets no name; null: it comes to its path.
+        std::function<void(int descriptor)> take = nullptr;
     };
     std::string input;
     std::vector<Output> outputs; // at least one, each in another place

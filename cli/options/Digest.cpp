@@ -74,14 +74,18 @@ uint64_t ShortDigestOf(std::string_view bytes)
 
 FileDigest DigestOfFile(const std::string &path)
 {
+    std::string error;
+    const Descriptor file(OpenToRead(path, FileKinds::Regular, &error));
+    return file.Get() < 0 ? FileDigest{"", 0, error} : DigestOfDescriptor(file.Get());
+}
+
+FileDigest DigestOfDescriptor(int descriptor)
+{
     FileDigest found;
-    const Descriptor file(OpenToRead(path, FileKinds::Regular, &found.error));
-    if (file.Get() < 0)
-        return found;
     Sha256 sha;
     std::vector<std::byte> buffer(kReadSize);
     ssize_t got = 0;
-    while ((got = read(file.Get(), buffer.data(), buffer.size())) > 0) {
+    while ((got = pread(descriptor, buffer.data(), buffer.size(), static_cast<off_t>(found.bytes))) > 0) {
         sha.Add(buffer.data(), static_cast<size_t>(got));
         found.bytes += static_cast<uint64_t>(got);
     }

@@ -23,7 +23,8 @@ struct FileDigest {
     bool operator==(const FileDigest &) const = default;
 };
 
-// Reads a regular file to its end.
-FileDigest DigestOfFile(const std::string &path);
+// Both read a file to its end, from its beginning.
+FileDigest DigestOfFile(const std::string &path); // a regular one
+FileDigest DigestOfDescriptor(int descriptor);
 
 } // namespace vxhost

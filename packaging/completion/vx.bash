@@ -46,7 +46,7 @@ _vx()
     -o | --output | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render text trace fonts batch --help --version' files=
+            words='info render text trace fonts batch verify --help --version' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
@@ -55,6 +55,7 @@ _vx()
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
             render) words="--force --no-mkdir $picture $every" ;;
+            verify) words="--json ${picture#--output } $every" ;;
             batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi

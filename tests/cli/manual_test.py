@@ -12,7 +12,7 @@ import unittest
 from vxcommand import CommandTest, Png, VX, WITHOUT_LANDLOCK, document, sample, sample_names
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
-COMMANDS = ["info", "render", "text", "trace", "fonts", "batch"]
+COMMANDS = ["info", "render", "text", "trace", "fonts", "batch", "verify"]
 COMMON = "--plugin"  # the first of those that every command has
 
 
@@ -228,6 +228,13 @@ class Members(CommandTest):
         told = dict(zip(re.findall(r"`([^`]+)` (?=\d)", named["status"]), re.findall(r"` (\d)", named["status"])))
         self.assertLessEqual({(one["status"], str(one["exit"])) for one in objects}, set(told.items()))
         self.assertGreater(len(set(seen["status"])), 2)
+
+
+    def test_of_verify(self):
+        self.run_vx("render", "-q", "fonts.vx", "-o", "a.png", "--fit", "8")
+        objects = [json.loads(self.run_vx("verify", "-q", "fonts.vx", "a.png", *words, "--json", status=status)[0])
+                   for words, status in ((["--fit", "8"], 0), (["--fit", "9"], 3))]
+        self.compare(objects, named_members("vx-verify.1.md", "JSON"))
 
 
 class Security(unittest.TestCase):
