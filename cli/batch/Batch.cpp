@@ -214,7 +214,9 @@ bool Batch::StartWhatFits()
         if (entry && IsOwnOutput(*entry))
             continue;
         if (entry) {
-            Start(++started_, std::move(*entry));
+            ++numbered_; // a document has the same number in every shard
+            if (options_.shard.Has(*entry))
+                Start(numbered_, std::move(*entry));
         } else if (!manifest_.AtEnd()) {
             if (manifest_.Descriptor() >= 0)
                 return true;

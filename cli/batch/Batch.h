@@ -92,7 +92,7 @@ class Batch
     timespec began_ = {};                          // by the clock of file systems
     std::unordered_map<uint64_t, Writer> writers_; // by a hash of the output's place; the first ones
     size_t running_ = 0;
-    size_t started_ = 0;
+    size_t numbered_ = 0; // entries
     Tally tally_;
     Tally::Clock::time_point shown_; // when progress was
     Status worst_ = Status::Done;

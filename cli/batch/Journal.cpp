@@ -89,16 +89,15 @@ bool Lock(int descriptor)
     return false;
 }
 
-// Looks at the beginning of the file, which a run may have torn too.
+} // namespace
+
 bool IsJournal(int descriptor)
 {
     const std::string line = LineAt(descriptor, 0);
     return line.starts_with(kHead) || kHead.starts_with(line);
 }
 
-} // namespace
-
-uint64_t JournalIndex::Read(int descriptor)
+uint64_t ReadJournalLines(int descriptor, const std::function<void(const JournalLine &line)> &take)
 {
     uint64_t at = 0;
     std::string bytes;
@@ -107,26 +106,36 @@ uint64_t JournalIndex::Read(int descriptor)
         const ssize_t got =
             pread(descriptor, piece.data(), piece.size(), static_cast<off_t>(at + bytes.size()));
         if (got <= 0)
-            break;
+            return at;
         bytes.append(piece, 0, static_cast<size_t>(got));
         size_t taken = 0;
-        for (size_t end; (end = bytes.find('\n', taken)) != std::string::npos; taken = end + 1)
-            TakeLine(std::string_view(bytes).substr(taken, end - taken), at + taken);
+        for (size_t end; (end = bytes.find('\n', taken)) != std::string::npos; taken = end + 1) {
+            const std::string_view text = std::string_view(bytes).substr(taken, end + 1 - taken);
+            const std::optional<uint64_t> begun = JobOf(text, kBegun), done = JobOf(text, kDone);
+            if (begun)
+                take({JournalLine::Kind::Begun, *begun, at + taken, text});
+            else if (done)
+                take({JournalLine::Kind::Done, *done, at + taken, text});
+            else if (text.starts_with(kHead))
+                take({JournalLine::Kind::Run, 0, at + taken, text});
+        }
         bytes.erase(0, taken);
         at += taken;
     }
-    Settle();
-    return at;
 }
 
-void JournalIndex::TakeLine(std::string_view line, uint64_t at)
+uint64_t JournalIndex::Read(int descriptor)
 {
-    if (const std::optional<uint64_t> job = JobOf(line, kBegun)) {
-        ++begun_[*job];
-    } else if (const std::optional<uint64_t> doneJob = JobOf(line, kDone)) {
-        begun_.erase(*doneJob);
-        done_.push_back({*doneJob, at});
-    }
+    const uint64_t whole = ReadJournalLines(descriptor, [this](const JournalLine &line) {
+        if (line.kind == JournalLine::Kind::Begun) {
+            ++begun_[line.job];
+        } else if (line.kind == JournalLine::Kind::Done) {
+            begun_.erase(line.job);
+            done_.push_back({line.job, line.at});
+        }
+    });
+    Settle();
+    return whole;
 }
 
 // Puts the lines in the order of their jobs, and keeps the last of each.
@@ -180,7 +189,7 @@ void Journal::BeginRun(const Json &with)
     Json json;
     json["journal"] = "vx batch";
     json.update(with);
-    Write(JsonLine(json));
+    Add(JsonLine(json));
 }
 
 void Journal::Begin(uint64_t job, const std::string &input)
@@ -188,7 +197,7 @@ void Journal::Begin(uint64_t job, const std::string &input)
     Json json;
     json["begun"] = TextOf(job);
     json["input"] = input;
-    Write(JsonLine(json));
+    Add(JsonLine(json));
 }
 
 void Journal::Finish(uint64_t job, const JournalEntry &entry)
@@ -211,7 +220,7 @@ void Journal::Finish(uint64_t job, const JournalEntry &entry)
     json["warnings"] = entry.warnings;
     if (entry.isPassedOver)
         json["passedOver"] = true;
-    Write(JsonLine(json));
+    Add(JsonLine(json));
 }
 
 // A line that somebody changed so that it makes no sense counts for none.
@@ -239,7 +248,7 @@ std::optional<JournalEntry> Journal::Find(uint64_t job) const
     }
 }
 
-void Journal::Write(std::string_view line)
+void Journal::Add(std::string_view line)
 {
     if (!WriteAll(file_.Get(), line))
         Fail(errno);

@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
@@ -41,6 +42,20 @@ struct JournalEntry {
     bool isPassedOver = false; // it is a file of a folder, and no drawing
 };
 
+struct JournalLine {
+    enum class Kind { Run, Begun, Done };
+    Kind kind = Kind::Run;
+    uint64_t job = 0;      // of all but runs
+    uint64_t at = 0;       // where it begins
+    std::string_view text; // with its end
+};
+
+// Calls take for each whole line that is one of a journal, and returns how many bytes all whole lines are.
+uint64_t ReadJournalLines(int descriptor, const std::function<void(const JournalLine &line)> &take);
+
+// Returns whether the file begins as a journal does, or as one whose first line was torn.
+bool IsJournal(int descriptor);
+
 // Finds what earlier runs did, by job. Holds sixteen bytes for each document that is done.
 class JournalIndex
 {
@@ -59,7 +74,6 @@ class JournalIndex
     const std::vector<Done> &AllDone() const { return done_; } // one a job, in the order of the jobs
 
   private:
-    void TakeLine(std::string_view line, uint64_t at);
     void Settle();
 
     std::vector<Done> done_;
@@ -77,6 +91,8 @@ class Journal
     void Begin(uint64_t job, const std::string &input);
     void Finish(uint64_t job, const JournalEntry &entry);
 
+    void Add(std::string_view line); // as another journal has it, with its end
+
     // Returns what became of the job in an earlier run; none: it was not done.
     std::optional<JournalEntry> Find(uint64_t job) const;
     int BegunInVain(uint64_t job) const { return index_.BegunInVain(job); }
@@ -84,7 +100,6 @@ class Journal
     size_t CountDone() const { return index_.AllDone().size(); }
 
   private:
-    void Write(std::string_view line);
     [[noreturn]] void Fail(int error) const;
 
     std::string path_;

@@ -39,23 +39,23 @@ std::vector<BatchSource> FirstReadable(const std::vector<BatchSource> &sources)
     return {sources.begin(), std::ranges::find_if_not(sources, CanBeReadTwice)};
 }
 
-// Goes through the entries. Returns how many there are; none: more than are looked at.
+// Goes through the entries. Returns false where there are more than are looked at.
 using EntryProc = std::function<void(const ManifestEntry &entry, size_t number)>;
 
-std::optional<size_t> GoThrough(ManifestReader *reader, const EntryProc &take)
+bool GoThrough(ManifestReader *reader, const EntryProc &take)
 {
     size_t number = 0, lines = 0;
     while (true) {
         const std::optional<ManifestEntry> entry = reader->Next();
         if (!entry && reader->AtEnd())
-            return number;
+            return true;
         if (!entry) {
             reader->Read();
             continue;
         }
         lines += entry->manifest.empty() ? 0 : 1;
         if (lines > kMostLinesAhead)
-            return std::nullopt;
+            return false;
         take(*entry, ++number);
     }
 }
@@ -132,12 +132,15 @@ std::optional<size_t> LookAhead(const BatchOptions &options, const Planner &plan
                                                           "it leads to, if it is to be drawn");
                                     }});
     std::vector<uint64_t> places;
-    const std::optional<size_t> count = GoThrough(&reader, [&](const ManifestEntry &entry, size_t number) {
+    size_t own = 0; // of the shard
+    const auto take = [&](const ManifestEntry &entry, size_t number) {
+        own += options.shard.Has(entry) ? 1 : 0;
         for (const NamedPlace &place : PlacesOf(planner, entry, number))
             places.push_back(place.hash);
         if (number % kShowEvery == 0)
             messages->Progress(fmt::format("looked at the names of {} documents", number));
-    });
+    };
+    const bool isWhole = GoThrough(&reader, take) && sources.size() == options.sources.size();
     std::ranges::sort(places);
     std::vector<uint64_t> shared;
     for (size_t i = 1; i < places.size(); ++i) {
@@ -149,7 +152,7 @@ std::optional<size_t> LookAhead(const BatchOptions &options, const Planner &plan
         ThrowFor(shared, &again, options, planner);
     }
     messages->EraseProgress();
-    return sources.size() == options.sources.size() ? count : std::nullopt;
+    return isWhole ? std::optional(own) : std::nullopt;
 }
 
 } // namespace vxhost

@@ -1,6 +1,7 @@
 #include "cli/batch/Planner.h"
 
 #include "cli/options/CommonOptions.h"
+#include "cli/options/Digest.h"
 #include "cli/options/OutputNames.h"
 
 #include <fmt/format.h>
@@ -23,6 +24,13 @@ FormatList FormatsOf(const std::vector<RenderTask::Output> &outputs)
 }
 
 } // namespace
+
+// What is wrong with a whole manifest is told by all.
+bool Shard::Has(const ManifestEntry &entry) const
+{
+    const bool isOfAll = !entry.manifest.empty() && entry.line == 0;
+    return count == 1 || isOfAll || ShortDigestOf(entry.input) % count == number - 1;
+}
 
 bool Planner::NeedsDigest(const ManifestEntry &entry) const
 {

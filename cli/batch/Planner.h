@@ -6,6 +6,7 @@
 #include "jobs/Rendering.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -21,10 +22,20 @@ enum class Resuming {
 
 enum class SummaryForm { None, Text, Json };
 
+// A part of a batch, which several runs share out by the names of the documents.
+struct Shard {
+    uint64_t number = 1; // from 1
+    uint64_t count = 1;
+
+    // The name is as it was written.
+    bool Has(const ManifestEntry &entry) const;
+};
+
 struct BatchOptions {
     std::vector<BatchSource> sources;
-    bool takesAll = false;       // files of folders that are no drawings are told of, too
-    std::string output;          // pattern for entries that have none; empty: there is none
+    bool takesAll = false; // files of folders that are no drawings are told of, too
+    std::string output;    // pattern for entries that have none; empty: there is none
+    Shard shard;
     bool allowOutside = false;   // outputs may lie anywhere
     bool makesFolders = true;    // for outputs
     OutputOptions outputOptions; // for all entries

@@ -1,6 +1,7 @@
 #include "cli/commands/BatchCommand.h"
 
 #include "cli/batch/Batch.h"
+#include "cli/batch/MergeJournals.h"
 #include "cli/commands/Session.h"
 #include "cli/options/Digest.h"
 #include "cli/options/OutputNames.h"
@@ -65,6 +66,13 @@ BatchCommand::BatchCommand(CLI::App *command)
         ->type_name("[=verify]");
     command->add_option("--retry", retry_, "with --resume: failed draws again what failed")
         ->type_name("WHICH");
+    command->add_flag("--merge-journals", merges_,
+                      "draw nothing: add what the FILEs, journals, have to that of --journal");
+    command
+        ->add_option(
+            "--shard", shard_,
+            "do one part of several alone, as 3/20: which one a document is in follows from its name")
+        ->type_name("K/N");
     command->add_option("--summary", summary_, "what to tell in the end: text, json or none (text)")
         ->type_name("HOW");
     outputOptions_.AddTo(command);
@@ -86,6 +94,8 @@ BatchCommand::BatchCommand(CLI::App *command)
 Status BatchCommand::Run(Messages *messages) const
 {
     CommonOptions options = common_.Read(false);
+    if (merges_)
+        return Merge(options, messages);
     const std::vector<BatchSource> sources = ReadSources(options.inputs);
     const bool showProgress =
         options.showProgress && isatty(STDOUT_FILENO) != 1; // else it would stand among them
@@ -110,6 +120,7 @@ Status BatchCommand::Run(Messages *messages) const
     batchOptions.settings = settings;
     batchOptions.jobs = ReadJobs();
     batchOptions.isUnordered = isUnordered_;
+    batchOptions.shard = ReadShard();
     ReadJournal(options, &batchOptions);
     if (summary_ != "text" && summary_ != "json" && summary_ != "none")
         throw UsageError(fmt::format("--summary {}: not known: give text, json or none", summary_));
@@ -168,6 +179,29 @@ size_t BatchCommand::ReadJobs() const
         throw UsageError(
             fmt::format("--jobs {}: not a whole number from 1 to {}: give one as 4", jobs_, kMaxJobs));
     return static_cast<size_t>(*jobs);
+}
+
+Shard BatchCommand::ReadShard() const
+{
+    if (shard_.empty())
+        return {};
+    const size_t slash = std::min(shard_.find('/'), shard_.size());
+    const int32_t number = ReadInteger(shard_.substr(0, slash)).value_or(0);
+    const int32_t count = slash == shard_.size() ? 0 : ReadInteger(shard_.substr(slash + 1)).value_or(0);
+    if (number < 1 || number > count)
+        throw UsageError(fmt::format("--shard {}: not K/N with K from 1 to N: give one as 3/20", shard_));
+    return {static_cast<uint64_t>(number), static_cast<uint64_t>(count)};
+}
+
+Status BatchCommand::Merge(const CommonOptions &common, Messages *messages) const
+{
+    if (!journal_ || journal_->empty() || *journal_ == "-")
+        throw UsageError("--merge-journals: no journal to merge into: give one with --journal");
+    if (common.inputs.empty() || !manifests_.empty() || !nulLists_.empty())
+        throw UsageError("--merge-journals: no journals to merge: name them, and nothing else");
+    messages->SetVerbosity(common.verbosity);
+    MergeJournals(common.inputs, *journal_, messages);
+    return Status::Done;
 }
 
 void BatchCommand::ReadJournal(const CommonOptions &common, BatchOptions *options) const

@@ -24,6 +24,8 @@ class BatchCommand
   private:
     std::vector<BatchSource> ReadSources(const std::vector<std::string> &inputs) const;
     size_t ReadJobs() const;
+    Shard ReadShard() const;
+    Status Merge(const CommonOptions &common, Messages *messages) const;
     void ReadJournal(const CommonOptions &common, BatchOptions *options) const;
 
     CommonOptionReader common_;
@@ -40,6 +42,8 @@ class BatchCommand
     std::string resume_; // "true" for the option without a word
     std::string retry_;
     std::string summary_ = "text";
+    std::string shard_;
+    bool merges_ = false;
     OutputOptions outputOptions_;
 };
 

@@ -42,7 +42,7 @@ _vx()
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir) files=-d ;;
-    -r | --dpi | -z | --zoom | --width | --height | --fit | -j | --jobs | --max-time | --max-memory | --max-output) files= ;;
+    -r | --dpi | -z | --zoom | --width | --height | --fit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
@@ -56,7 +56,7 @@ _vx()
             fonts) words="--list --json $every" ;;
             render) words="--force --no-mkdir $picture $every" ;;
             verify) words="--json ${picture#--output } $every" ;;
-            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --summary --allow-outside --jobs $picture $every" ;;
+            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --shard --merge-journals --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;
