@@ -8,6 +8,7 @@
 #include "cli/commands/RenderCommand.h"
 #include "cli/commands/TextCommand.h"
 #include "cli/commands/TraceCommand.h"
+#include "cli/commands/VerifyCommand.h"
 #include "cli/report/StandardStreams.h"
 #include "jobs/Interrupt.h"
 
@@ -65,6 +66,8 @@ constexpr CommandRow kCommands[] = {
      MakeCommand<FontsCommand>},
     {"batch", "[options] [FILE...|-]", "Renders many documents, and tells of each in JSON.",
      MakeCommand<BatchCommand>},
+    {"verify", "[options] FILE OUT", "Tells whether an output is what is made of a drawing now.",
+     MakeCommand<VerifyCommand>},
 };
 
 constexpr const char *kExamples = "Examples:\n"
@@ -139,7 +142,8 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
         command->allow_extras();
         runners.emplace_back(command, row.make(command));
         for (CLI::Option *option : command->get_options())
-            option->disable_flag_override(); // a flag is given or not, and has no value
+            option->disable_flag_override(
+                option->get_type_name().empty()); // most flags are given or not, and have no value
     }
     app.allow_extras();
 

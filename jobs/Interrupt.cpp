@@ -1,6 +1,8 @@
 #include "jobs/Interrupt.h"
 
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
 #include <set>
 #include <unistd.h>
 
@@ -20,12 +22,24 @@ std::set<std::string> &Paths()
 }
 
 int g_exitStatus = 0;
+volatile sig_atomic_t g_heldSignal = 0;
+int g_tellingPipe = -1; // -1: signals are not held
 
 extern "C" void EndInterrupted(int)
 {
     for (const std::string &path : Paths())
         unlink(path.c_str());
     _exit(g_exitStatus);
+}
+
+extern "C" void TellInterrupt(int signal)
+{
+    if (g_heldSignal != 0)
+        EndInterrupted(signal);
+    const int error = errno;
+    g_heldSignal = signal;
+    (void)!write(g_tellingPipe, "", 1);
+    errno = error;
 }
 
 sigset_t AllSignals()
@@ -77,7 +91,22 @@ void CatchInterrupts(int exitStatus)
 
 void ForgetInterrupts()
 {
-    SetHandler(SIG_DFL);
+    SetHandler(g_tellingPipe >= 0 ? SIG_IGN : SIG_DFL);
+}
+
+int HoldInterrupts()
+{
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
+        return -1;
+    g_tellingPipe = ends[1];
+    SetHandler(TellInterrupt);
+    return ends[0];
+}
+
+int HeldInterrupt()
+{
+    return g_heldSignal;
 }
 
 void RemoveWhenInterrupted(const std::string &path)

@@ -11,6 +11,8 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
+#include <system_error>
+#include <tuple>
 #include <unistd.h>
 #include <utility>
 
@@ -61,6 +63,13 @@ Fault FaultOf(int error)
     return {error == ENOENT || error == ENOTDIR ? FaultKind::NoFolder : FaultKind::CannotWrite, "", error};
 }
 
+bool WasWrittenSince(const timespec &since, const std::string &path)
+{
+    struct stat present;
+    return stat(path.c_str(), &present) == 0 &&
+           std::tie(present.st_ctim.tv_sec, present.st_ctim.tv_nsec) >= std::tie(since.tv_sec, since.tv_nsec);
+}
+
 } // namespace
 
 bool WriteAll(int descriptor, std::string_view bytes)
@@ -74,9 +83,10 @@ bool WriteAll(int descriptor, std::string_view bytes)
     return true;
 }
 
-std::unique_ptr<OutputFile> OutputFile::Create(const std::string &path, FileKinds kinds, Fault *fault)
+std::unique_ptr<OutputFile> OutputFile::Create(const std::string &path, const OutputRules &rules,
+                                               Fault *fault)
 {
-    std::unique_ptr<OutputFile> file(new OutputFile);
+    std::unique_ptr<OutputFile> file(new OutputFile(rules));
     struct stat present;
     if (path == "-") {
         file->target_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -86,13 +96,20 @@ std::unique_ptr<OutputFile> OutputFile::Create(const std::string &path, FileKind
         *fault = file->CreateBeside();
     } else if (S_ISDIR(present.st_mode)) {
         *fault = {FaultKind::OutputIsFolder};
-    } else if (std::string kind = WhichKindIsRefused(present.st_mode, kinds); !kind.empty()) {
+    } else if (std::string kind = WhichKindIsRefused(present.st_mode, rules.kinds); !kind.empty()) {
         *fault = {FaultKind::OutputIsSpecial, std::move(kind)};
     } else {
         *fault = file->OpenTarget(path, present.st_mode);
         if (!*fault)
             *fault = file->Spool();
     }
+    return *fault ? nullptr : std::move(file);
+}
+
+std::unique_ptr<OutputFile> OutputFile::CreateUnnamed(Fault *fault)
+{
+    std::unique_ptr<OutputFile> file(new OutputFile({}));
+    *fault = file->Spool();
     return *fault ? nullptr : std::move(file);
 }
 
@@ -123,6 +140,9 @@ Fault OutputFile::CreateBeside()
     const bool exists = stat(path_.c_str(), &present) == 0;
     if (exists && access(path_.c_str(), W_OK) != 0)
         return FaultOf(errno); // the folder may allow what the file's own permissions forbid
+    std::error_code failure;
+    if (rules_.makesFolders && !fs::create_directories(FolderOf(path_), failure) && failure)
+        return FaultOf(failure.value());
     RemoveAbandoned(FolderOf(path_));
     descriptor_ = OpenNameable(FolderOf(path_));
     const auto openNamed = [this](const char *name) {
@@ -185,6 +205,8 @@ Fault OutputFile::TakeName()
     const auto link = [this](const char *name) {
         return linkat(AT_FDCWD, DescriptorPath(descriptor_).c_str(), AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0;
     };
+    if (rules_.onceSince && WasWrittenSince(*rules_.onceSince, path_))
+        return {FaultKind::OutputTaken};
     // Some file systems report a full disk only here. A name must not stand for a file that is not on the disk.
     if (fsync(descriptor_) != 0 && errno != EINVAL && errno != ENOTSUP)
         return FaultOf(errno);

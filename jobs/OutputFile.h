@@ -8,7 +8,9 @@
 #include "host/FileReading.h"
 #include "library/Result.h"
 
+#include <ctime>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -18,11 +20,21 @@ namespace vxhost
 // Writes all. Returns false with errno set when it cannot.
 bool WriteAll(int descriptor, std::string_view bytes);
 
+struct OutputRules {
+    FileKinds kinds = FileKinds::All; // that may be there already
+    bool makesFolders = false;        // those that it lies in are made where there are none
+    // A file that was written since then is not replaced. It is by the clock of file systems; none: any file is.
+    std::optional<timespec> onceSince = {};
+};
+
 class OutputFile
 {
   public:
-    // "-" is standard output. kinds is what may be there already. Returns null with the fault when it fails.
-    static std::unique_ptr<OutputFile> Create(const std::string &path, FileKinds kinds, Fault *fault);
+    // "-" is standard output. Returns null with the fault when it fails.
+    static std::unique_ptr<OutputFile> Create(const std::string &path, const OutputRules &rules,
+                                              Fault *fault);
+    // Makes one that never gets a name, and cannot be committed.
+    static std::unique_ptr<OutputFile> CreateUnnamed(Fault *fault);
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
     ~OutputFile(); // gives up what was not committed
@@ -34,7 +46,7 @@ class OutputFile
     Fault Commit();
 
   private:
-    OutputFile() = default;
+    explicit OutputFile(const OutputRules &rules) : rules_(rules) {}
     Fault OpenTarget(const std::string &path, mode_t mode);
     Fault CreateBeside();
     template <typename MakeName>
@@ -43,6 +55,7 @@ class OutputFile
     Fault TakeName();
     Fault CopyTo(int target);
 
+    OutputRules rules_;
     std::string path_;      // links resolved
     std::string temporary_; // name in the same folder; empty: it has none
     int descriptor_ = -1;

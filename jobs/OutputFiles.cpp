@@ -1,15 +1,18 @@
 #include "jobs/OutputFiles.h"
 
+#include <utility>
+
 namespace vxhost
 {
 
-bool OutputFiles::Open(const std::vector<std::string> &paths, FileKinds kinds, Result *result)
+bool OutputFiles::Open(std::vector<OutputPlace> places, const OutputRules &rules, Result *result)
 {
-    paths_ = paths;
-    for (const std::string &path : paths) {
-        files_.push_back(OutputFile::Create(path, kinds, &result->fault));
+    places_ = std::move(places);
+    for (const OutputPlace &place : places_) {
+        files_.push_back(place.take ? OutputFile::CreateUnnamed(&result->fault)
+                                    : OutputFile::Create(place.path, rules, &result->fault));
         if (result->fault) {
-            result->output = path;
+            result->output = place.path;
             return false;
         }
     }
@@ -33,11 +36,15 @@ void OutputFiles::Empty()
 void OutputFiles::Finish(Result *result)
 {
     for (size_t i = 0; i < files_.size() && !result->fault; ++i) {
+        if (places_[i].take) {
+            places_[i].take(files_[i]->Descriptor());
+            continue;
+        }
         result->fault = files_[i]->Commit();
         if (result->fault)
-            result->output = paths_[i];
+            result->output = places_[i].path;
         else
-            result->written.push_back(paths_[i]);
+            result->written.push_back(places_[i].path);
     }
     files_.clear();
 }

@@ -33,7 +33,10 @@ PlateRendering::PlateRendering(PlateTask task, Engine *engine) : task_(std::move
     job_ = std::make_unique<Job>(std::move(job), engine);
     if (job_->HasEnded())
         return;
-    if (files_.Open(task_.outputs, FileKinds::All, &result_))
+    std::vector<OutputPlace> places;
+    for (const std::string &output : task_.outputs)
+        places.push_back({output});
+    if (files_.Open(std::move(places), task_.rules, &result_))
         job_->Start(files_.Descriptors());
     else
         job_.reset();

@@ -19,6 +19,7 @@ struct PlateTask {
     std::string input;
     std::shared_ptr<Document> document; // that was opened already; null: the input is opened
     std::vector<std::string> outputs;   // paths; "-" is standard output
+    OutputRules rules;
     Settings settings;
     std::optional<std::vector<std::string>> spotInks; // none: those that the page paints with
 

@@ -81,10 +81,10 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
     job_ = std::make_unique<Job>(std::move(job), engine);
     if (job_->HasEnded())
         return;
-    std::vector<std::string> paths;
+    std::vector<OutputPlace> places;
     for (const RenderTask::Output &output : task_.outputs)
-        paths.push_back(output.path);
-    if (files_.Open(paths, task_.kinds, &result_))
+        places.push_back({output.path, output.take});
+    if (files_.Open(std::move(places), task_.rules, &result_))
         job_->Start(files_.Descriptors());
     else
         job_.reset();

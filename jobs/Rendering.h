@@ -19,11 +19,14 @@ struct RenderTask {
     struct Output {
         const Format *format;
         std::string path; // "-" is standard output
+        // Is given the descriptor of the whole output, which then gets no name; null: it comes to its path.
+        std::function<void(int descriptor)> take = nullptr;
     };
     std::string input;
     std::vector<Output> outputs; // at least one, each in another place
     Settings settings;
-    FileKinds kinds = FileKinds::All; // what the input and the outputs may be
+    FileKinds kinds = FileKinds::All; // what the input may be
+    OutputRules rules = {};
 };
 
 // Makes, in the worker, what an output's bytes go to.

@@ -238,16 +238,21 @@ Worker::~Worker()
         (void)WaitForProcess();
 }
 
-bool Worker::WaitForAny(std::span<Worker *const> workers, int also)
+bool Worker::WaitForAny(std::span<Worker *const> workers, std::initializer_list<int> others)
 {
     std::optional<Clock::time_point> deadline;
-    std::vector<pollfd> ready{{also, POLLIN, 0}}; // poll passes over -1
+    std::vector<pollfd> ready;
+    for (const int other : others)
+        ready.push_back({other, POLLIN, 0}); // poll passes over -1
     for (const Worker *worker : workers) {
         if (worker->deadline_ && (!deadline || *worker->deadline_ < *deadline))
             deadline = worker->deadline_;
         ready.push_back({worker->pipe_, POLLIN, 0});
     }
-    while (std::ranges::none_of(workers, &Worker::HasEnded) && ready[0].revents == 0) {
+    const auto isOtherReady = [&] {
+        return std::ranges::any_of(std::span(ready).first(others.size()), &pollfd::revents);
+    };
+    while (std::ranges::none_of(workers, &Worker::HasEnded) && !isOtherReady()) {
         int timeout = -1;
         if (deadline) {
             const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now()).count();
@@ -256,7 +261,7 @@ bool Worker::WaitForAny(std::span<Worker *const> workers, int also)
         const int count = poll(ready.data(), ready.size(), timeout);
         for (size_t i = 0; i < workers.size(); ++i) {
             Worker &worker = *workers[i];
-            if (count > 0 && ready[i + 1].revents != 0)
+            if (count > 0 && ready[others.size() + i].revents != 0)
                 worker.Listen();
             // The clock is for a worker too that never stops talking. One that is gone was not late: nobody looked for a while.
             if (!worker.HasEnded() && worker.deadline_ && *worker.deadline_ <= Clock::now() &&
@@ -264,7 +269,7 @@ bool Worker::WaitForAny(std::span<Worker *const> workers, int also)
                 worker.Conclude({FaultKind::OutOfTime});
         }
     }
-    return ready[0].revents != 0;
+    return isOtherReady();
 }
 
 bool Worker::IsGone() const
@@ -313,8 +318,8 @@ int Worker::WaitForProcess(rusage *usage)
 {
     close(pipe_);
     // It is killed also when it closed its end: if it went on without it, it would be waited for in vain. How a process that
-    // is ending already ended does not change, so what is first tells our end from the system's.
-    kill(process_, SIGTERM);
+    // is ending already ended does not change, so what is first, which it does not ignore, tells our end from the system's.
+    kill(process_, SIGUSR1);
     kill(process_, SIGKILL);
     int status = 0;
     while (wait4(process_, &status, 0, usage) < 0 && errno == EINTR)

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <span>
@@ -69,9 +70,9 @@ class Worker
     Worker &operator=(const Worker &) = delete;
     ~Worker(); // ends the process if it still runs
 
-    // Waits until one of the workers has ended, or there is something to read from also, if that is not -1. True when
-    // there is.
-    static bool WaitForAny(std::span<Worker *const> workers, int also = -1);
+    // Waits until one of the workers has ended, or there is something to read from one of the others, those that are not -1.
+    // True when there is.
+    static bool WaitForAny(std::span<Worker *const> workers, std::initializer_list<int> others = {});
 
     bool HasEnded() const { return end_.has_value(); }
     WorkerEnd TakeEnd() { return std::move(*end_); } // once it has ended

@@ -36,6 +36,7 @@ enum class FaultKind : uint8_t {
     OutputIsSpecial, // the text says what: "a pipe"
     NobodyReads,     // it is a pipe
     NoFolder,
+    OutputTaken, // another document of the run was written to it
     CannotWrite,
     NoTemporaryFile,
     ReaderLeft, // as head does when it has what it wanted

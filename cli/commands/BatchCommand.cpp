@@ -1,15 +1,22 @@
 #include "cli/commands/BatchCommand.h"
 
-#include "cli/commands/Batch.h"
+#include "cli/batch/Batch.h"
+#include "cli/batch/MergeJournals.h"
 #include "cli/commands/Session.h"
+#include "cli/options/Digest.h"
+#include "cli/options/OutputNames.h"
 #include "library/OptionValues.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace vxhost
@@ -29,23 +36,55 @@ BatchCommand::BatchCommand(CLI::App *command)
         ->allow_extra_args(false);
     command->add_flag("-0,--null", endInNul_, "manifests have names alone, each of which ends in NUL");
     command
-        ->add_option("-o,--output", output_,
-                     "where to write, for lines that do not say it; {stem}, {dir} and {ext} are those of the "
-                     "input and "
-                     "the format")
+        ->add_option("--files0-from", nulLists_,
+                     "a list of names alone, each of which ends in NUL; may be repeated")
+        ->type_name("FILE")
+        ->allow_extra_args(false);
+    command->add_flag("--all-files", takesAll_, "tell of the files in folders that are no drawings, too");
+    command
+        ->add_option(
+            "-o,--output", output_,
+            "where to write, for lines that do not say it; {stem}, {dir}, {relative}, {number}, {hash}, "
+            "{namehash} and {ext} are those of the document and the format")
         ->type_name("PATH");
+    command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs");
     command->add_flag("--allow-outside", allowOutside_,
                       "outputs may lie outside of the folder that -o names, else of the working folder");
     command
         ->add_option("-j,--jobs", jobs_,
                      "how many documents to draw at a time (as many as there are processors)")
         ->type_name("N");
+    command->add_flag("--unordered", isUnordered_,
+                      "print results as documents are done, not as they were named");
+    command
+        ->add_option("--journal", journal_,
+                     "a file that gets a line when a document is begun and one when it is done")
+        ->type_name("FILE");
+    command
+        ->add_flag("--resume", resume_,
+                   "pass over what is done in the journal and there; =verify reads the outputs")
+        ->type_name("[=verify]");
+    command->add_option("--retry", retry_, "with --resume: failed draws again what failed")
+        ->type_name("WHICH");
+    command->add_flag("--merge-journals", merges_,
+                      "draw nothing: add what the FILEs, journals, have to that of --journal");
+    command
+        ->add_option(
+            "--shard", shard_,
+            "do one part of several alone, as 3/20: which one a document is in follows from its name")
+        ->type_name("K/N");
+    command->add_option("--summary", summary_, "what to tell in the end: text, json or none (text)")
+        ->type_name("HOW");
     outputOptions_.AddTo(command);
-    common_.AddTo(command, "documents to read; -, or no FILE at all, is a manifest on standard input");
+    common_.AddTo(
+        command,
+        "documents to read, and folders to look through; -, or no FILE at all, is a manifest on standard "
+        "input");
     command->footer(
         "A line of a manifest is the name of a document, or a JSON object: input, output, id, and options\n"
         "of that document by their names, as {\"input\": \"a.vx\", \"output\": \"a.png\", \"dpi\": 300}.\n\n"
         "Examples:\n"
+        "  vx batch drawings -o 'pictures/{relative}/{stem}.{ext}' -f png >results.jsonl\n"
         "  vx batch --manifest list.jsonl >results.jsonl\n"
         "  find drawings -name '*.vx' -print0 | vx batch -0 -f pdf,png -o '{dir}/{stem}.{ext}' "
         ">results.jsonl\n"
@@ -55,10 +94,13 @@ BatchCommand::BatchCommand(CLI::App *command)
 Status BatchCommand::Run(Messages *messages) const
 {
     CommonOptions options = common_.Read(false);
+    if (merges_)
+        return Merge(options, messages);
     const std::vector<BatchSource> sources = ReadSources(options.inputs);
     const bool showProgress =
         options.showProgress && isatty(STDOUT_FILENO) != 1; // else it would stand among them
-    options.showProgress = false;                           // the progress of a single document is not shown
+    CheckPattern(output_);
+    options.showProgress = false; // the progress of a single document is not shown
 
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
     FormatList formats = ReadFormats(outputOptions_.format, output_);
@@ -68,31 +110,63 @@ Status BatchCommand::Run(Messages *messages) const
     Session session(options, CommandKind::Batch, messages);
     session.CheckDevices(formats, settings);
     messages->ShowProgress(showProgress);
-    Batch batch({sources, endInNul_ ? LineEnd::Nul : LineEnd::Newline, output_, allowOutside_, outputOptions_,
-                 settings, ReadJobs()},
-                &session, messages);
+    BatchOptions batchOptions;
+    batchOptions.sources = sources;
+    batchOptions.takesAll = takesAll_;
+    batchOptions.output = output_;
+    batchOptions.allowOutside = allowOutside_;
+    batchOptions.makesFolders = !noMkdir_;
+    batchOptions.outputOptions = outputOptions_;
+    batchOptions.settings = settings;
+    batchOptions.jobs = ReadJobs();
+    batchOptions.isUnordered = isUnordered_;
+    batchOptions.shard = ReadShard();
+    ReadJournal(options, &batchOptions);
+    if (summary_ != "text" && summary_ != "json" && summary_ != "none")
+        throw UsageError(fmt::format("--summary {}: not known: give text, json or none", summary_));
+    batchOptions.summary = summary_ == "text"   ? SummaryForm::Text
+                           : summary_ == "json" ? SummaryForm::Json
+                                                : SummaryForm::None;
+    Batch batch(std::move(batchOptions), &session, messages);
     return batch.Run();
 }
 
 std::vector<BatchSource> BatchCommand::ReadSources(const std::vector<std::string> &inputs) const
 {
-    if (std::ranges::count(manifests_, "") > 0)
-        throw UsageError("--manifest: the name is empty: name a file, or - for standard input");
+    const LineEnd end = endInNul_ ? LineEnd::Nul : LineEnd::Newline;
     std::vector<BatchSource> sources;
-    sources.reserve(inputs.size() + manifests_.size());
-    for (const std::string &input : inputs)
-        sources.push_back({input, input == "-"});
+    for (const std::string &input : inputs) {
+        std::error_code failure;
+        const bool isFolder = std::filesystem::is_directory(input, failure);
+        sources.push_back({input,
+                           input == "-" ? SourceKind::Manifest
+                           : isFolder   ? SourceKind::Folder
+                                        : SourceKind::Document,
+                           end});
+    }
     for (const std::string &manifest : manifests_)
-        sources.push_back({manifest, true});
+        sources.push_back({manifest, SourceKind::Manifest, end});
+    for (const std::string &list : nulLists_)
+        sources.push_back({list, SourceKind::Manifest, LineEnd::Nul});
+    if (std::ranges::count(manifests_, "") + std::ranges::count(nulLists_, "") > 0)
+        throw UsageError(
+            fmt::format("{}: the name is empty: name a file, or - for standard input",
+                        std::ranges::count(manifests_, "") > 0 ? "--manifest" : "--files0-from"));
     if (sources.empty()) {
         if (isatty(STDIN_FILENO) == 1)
-            throw UsageError("no FILE: name documents, or a list of them with --manifest, or pipe one in");
-        sources.push_back({"-", true});
+            throw UsageError(
+                "no FILE: name documents or folders, or a list of them with --manifest, or pipe one in");
+        sources.push_back({"-", SourceKind::Manifest, end});
     }
     if (std::ranges::count(sources, "-", &BatchSource::name) > 1)
         throw UsageError("- is given twice: standard input can be read once");
-    if (endInNul_ && std::ranges::none_of(sources, &BatchSource::isManifest))
+    if (endInNul_ && std::ranges::count(sources, SourceKind::Manifest, &BatchSource::kind) == 0)
         throw UsageError("-0: no list of names to read: give one with --manifest, or - for standard input");
+    const bool hasFolder = std::ranges::count(sources, SourceKind::Folder, &BatchSource::kind) > 0;
+    if (takesAll_ && !hasFolder)
+        throw UsageError("--all-files: no folder to look through: name one");
+    if (hasFolder && output_.empty())
+        throw UsageError("no output: add -o and a folder, as -o pictures/");
     return sources;
 }
 
@@ -105,6 +179,59 @@ size_t BatchCommand::ReadJobs() const
         throw UsageError(
             fmt::format("--jobs {}: not a whole number from 1 to {}: give one as 4", jobs_, kMaxJobs));
     return static_cast<size_t>(*jobs);
+}
+
+Shard BatchCommand::ReadShard() const
+{
+    if (shard_.empty())
+        return {};
+    const size_t slash = std::min(shard_.find('/'), shard_.size());
+    const int32_t number = ReadInteger(shard_.substr(0, slash)).value_or(0);
+    const int32_t count = slash == shard_.size() ? 0 : ReadInteger(shard_.substr(slash + 1)).value_or(0);
+    if (number < 1 || number > count)
+        throw UsageError(fmt::format("--shard {}: not K/N with K from 1 to N: give one as 3/20", shard_));
+    return {static_cast<uint64_t>(number), static_cast<uint64_t>(count)};
+}
+
+Status BatchCommand::Merge(const CommonOptions &common, Messages *messages) const
+{
+    if (!journal_ || journal_->empty() || *journal_ == "-")
+        throw UsageError("--merge-journals: no journal to merge into: give one with --journal");
+    if (common.inputs.empty() || !manifests_.empty() || !nulLists_.empty())
+        throw UsageError("--merge-journals: no journals to merge: name them, and nothing else");
+    messages->SetVerbosity(common.verbosity);
+    MergeJournals(common.inputs, *journal_, messages);
+    return Status::Done;
+}
+
+void BatchCommand::ReadJournal(const CommonOptions &common, BatchOptions *options) const
+{
+    if (journal_ && (journal_->empty() || *journal_ == "-"))
+        throw UsageError(fmt::format("--journal \"{}\": no name of a file: name one", *journal_));
+    if (!resume_.empty() && !journal_)
+        throw UsageError("--resume: no journal: give that of the earlier run with --journal");
+    if (!resume_.empty() && resume_ != "true" && resume_ != "verify")
+        throw UsageError(fmt::format("--resume={}: not known: give --resume, or --resume=verify", resume_));
+    if (!retry_.empty() && resume_.empty())
+        throw UsageError("--retry: nothing is gone on with: add --resume");
+    if (!retry_.empty() && retry_ != "failed")
+        throw UsageError(fmt::format("--retry {}: not known: give failed", retry_));
+    options->journal = journal_.value_or("");
+    options->resuming = resume_.empty()       ? Resuming::Nothing
+                        : resume_ == "verify" ? Resuming::ByDigest
+                                              : Resuming::BySize;
+    options->retriesFailed = !retry_.empty();
+    if (!journal_)
+        return;
+    const std::string &profile = outputOptions_.texts.Of("profile");
+    const char *date = std::getenv("SOURCE_DATE_EPOCH");
+    options->circumstances = {
+        {"vx", VX_VERSION},
+        {"plugin", common.plugin.empty() ? "built in" : DigestOfFile(common.plugin).digest},
+        {"profile", IsProfileFile(profile) ? DigestOfFile(profile).digest : profile},
+        {"date", date == nullptr ? "" : date},
+        {"reading", common.said},
+    };
 }
 
 } // namespace vxhost

@@ -29,11 +29,12 @@ Status RenderOne(RenderTask task, Session *session)
 RenderCommand::RenderCommand(CLI::App *command)
 {
     command
-        ->add_option(
-            "-o,--output", output_,
-            "where to write; - is standard output; {stem}, {dir} and {ext} are those of the input and the "
-            "format")
+        ->add_option("-o,--output", output_,
+                     "where to write; - is standard output; {stem}, {dir}, {number}, {hash}, {namehash} and "
+                     "{ext} are those "
+                     "of the document and the format")
         ->type_name("PATH");
+    command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs that are named by a pattern");
     command->add_flag("--force", force_, "overwrite drawings too, which are lost");
     outputOptions_.AddTo(command);
     common_.AddTo(command);
@@ -64,6 +65,7 @@ Status RenderCommand::Run(Messages *messages) const
     auto name = names.begin();
     for (const std::string &input : options.inputs) {
         RenderTask task = {input, {}, settings};
+        task.rules.makesFolders = IsPattern(output_) && !noMkdir_;
         for (const Format *format : formats)
             task.outputs.push_back({format, *name++});
         worst = Worst(worst, RenderOne(std::move(task), &session));

@@ -1,5 +1,6 @@
 #include "cli/options/CommonOptions.h"
 
+#include "cli/options/Digest.h"
 #include "cli/options/FontMapFile.h"
 #include "cli/options/OutputOptions.h"
 #include "library/FontFolder.h"
@@ -71,6 +72,24 @@ Settings CommonOptions::Complete(Settings settings) const
     return settings;
 }
 
+std::string CommonOptionReader::TextOfSaid() const
+{
+    std::string text;
+    const auto add = [&text](std::string_view name, std::string_view value) {
+        if (!value.empty())
+            text += fmt::format("{}={}\n", name, value);
+    };
+    for (const Option &option : Options()) {
+        if (option.formats == 0 && !std::string_view(option.name).starts_with("max-"))
+            add(option.name, texts_.Of(option.name));
+    }
+    for (const std::string &folder : fontDirectories_)
+        add("font-dir", folder);
+    add("font-map", fontMap_.empty() ? "" : DigestOfFile(fontMap_).digest);
+    add("no-system-fonts", noSystemFonts_ ? "yes" : "");
+    return text;
+}
+
 CommonOptions CommonOptionReader::Read(bool needsInput) const
 {
     CommonOptions options;
@@ -93,6 +112,7 @@ CommonOptions CommonOptionReader::Read(bool needsInput) const
     options.verbosity = quiet_ ? Verbosity::Quiet : verbose_ ? Verbosity::Detailed : Verbosity::Normal;
     options.strict = strict_;
     options.requireSandbox = requireSandbox_;
+    options.said = TextOfSaid();
     if (progress_ != "auto" && progress_ != "never" && progress_ != "always")
         throw UsageError(fmt::format("--progress {}: not known: give auto, never or always", progress_));
     options.showProgress =

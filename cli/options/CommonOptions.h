@@ -44,6 +44,7 @@ struct CommonOptions {
     bool showProgress = false;
     bool strict = false;
     bool requireSandbox = false;
+    std::string said; // in one text, what was said that decides over outputs
 };
 
 // Works in two steps: the words of the command line are stored, and then Read says what they mean.
@@ -59,6 +60,8 @@ class CommonOptionReader
     CommonOptions Read(bool needsInput = true) const;
 
   private:
+    std::string TextOfSaid() const;
+
     std::vector<std::string> inputs_;
     std::string plugin_;
     std::vector<std::string> fontDirectories_;

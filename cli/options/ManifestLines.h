@@ -21,6 +21,7 @@ struct ManifestEntry {
     size_t line = 0;      // from 1; 0: it is about the whole manifest
     std::string id;       // JSON as it was written, to be handed on; empty: the line has none
     std::string input;    // empty: the line names none
+    std::string relative; // its folder below the one that was named; empty: none was
     std::string output;   // pattern; empty: the line says nothing of it
     OutputOptions outputOptions;
     std::string error; // not empty: why nothing can be done

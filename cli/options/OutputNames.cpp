@@ -1,14 +1,18 @@
 #include "cli/options/OutputNames.h"
 
 #include "cli/options/CommonOptions.h"
+#include "cli/options/Digest.h"
 #include "cli/options/IsDrawing.h"
 #include "cli/report/Summary.h"
+#include "library/OptionValues.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <map>
+#include <optional>
 #include <sys/stat.h>
 #include <system_error>
 #include <utility>
@@ -22,17 +26,33 @@ namespace
 namespace fs = std::filesystem;
 
 struct Placeholder {
-    std::string_view text;
+    std::string_view name;
     std::string value;
+    bool isDigest = false;
+    size_t taken = 0; // digits
 };
 
 // Adds to a pattern that names a folder what names a file in it.
-std::string WholePattern(const std::string &pattern)
+std::string WholePattern(const std::string &pattern, std::string_view file)
 {
     std::error_code failure;
     if (pattern.ends_with('/'))
-        return pattern + "{stem}.{ext}";
-    return pattern != "-" && fs::is_directory(pattern, failure) ? pattern + "/{stem}.{ext}" : pattern;
+        return pattern + std::string(file);
+    return pattern != "-" && fs::is_directory(pattern, failure) ? fmt::format("{}/{}", pattern, file)
+                                                                : pattern;
+}
+
+// Takes the next digits of a digest, as many as the word says.
+std::string TakeDigits(std::string_view word, Placeholder *digest)
+{
+    const std::optional<int32_t> count = ReadInteger(word);
+    if (!count || *count < 1 || static_cast<size_t>(*count) > kDigestDigits - digest->taken)
+        throw UsageError(
+            fmt::format("{{{}:{}}}: not a number of digits, of which there are {} in all: give one as "
+                        "{{{}:2}}",
+                        digest->name, word, kDigestDigits, digest->name));
+    digest->taken += static_cast<size_t>(*count);
+    return digest->value.substr(digest->taken - static_cast<size_t>(*count), static_cast<size_t>(*count));
 }
 
 // Makes a path absolute, with links followed. A link that leads nowhere, or where nobody may look, is replaced when it is written
@@ -62,6 +82,11 @@ std::string StemOf(const fs::path &path)
     return extension == ".gz" || extension == ".xz" ? path.stem().stem().string() : path.stem().string();
 }
 
+bool NamesDigestOfName(const std::string &pattern)
+{
+    return pattern.find("{namehash") != std::string::npos;
+}
+
 bool IsSame(const struct stat &one, const struct stat &two)
 {
     return one.st_dev == two.st_dev && one.st_ino == two.st_ino;
@@ -69,27 +94,67 @@ bool IsSame(const struct stat &one, const struct stat &two)
 
 } // namespace
 
-std::string FillPattern(const std::string &pattern, const std::string &input, const Format &format)
+std::string FillPattern(const std::string &pattern, const NamedDocument &document, const Format &format)
 {
-    const std::string whole = WholePattern(pattern);
-    const fs::path path = input == "-" ? fs::path("stdin") : fs::path(input);
+    const bool isMirrored = !document.relative.empty() && pattern.find("{relative}") == std::string::npos;
+    const std::string whole = WholePattern(pattern, isMirrored ? "{relative}/{stem}.{ext}" : "{stem}.{ext}");
+    const fs::path path = document.path == "-" ? fs::path("stdin") : fs::path(document.path);
     const std::string folder = path.parent_path().string();
-    const Placeholder placeholders[] = {
-        {"{stem}", StemOf(path)},
-        {"{dir}", folder.empty() ? "." : folder},
-        {"{ext}", std::string(format.name)},
+    Placeholder placeholders[] = {
+        {"stem", StemOf(path)},
+        {"dir", folder.empty() ? "." : folder},
+        {"relative", document.relative.empty() ? "." : document.relative},
+        {"ext", std::string(format.name)},
+        {"number", std::to_string(document.number)},
+        {"hash", document.digest, true},
+        {"namehash", NamesDigestOfName(whole) ? DigestOf(document.path) : "", true},
     };
     std::string name;
     for (size_t at = 0; at < whole.size();) {
-        const Placeholder *found = nullptr;
-        for (const Placeholder &placeholder : placeholders) {
-            if (whole.compare(at, placeholder.text.size(), placeholder.text) == 0)
-                found = &placeholder;
+        const size_t end = whole[at] == '{' ? whole.find('}', at) : std::string::npos;
+        const std::string_view inside =
+            end == std::string::npos ? "" : std::string_view(whole).substr(at + 1, end - at - 1);
+        const size_t colon = inside.find(':');
+        Placeholder *found = std::ranges::find(placeholders, inside.substr(0, colon), &Placeholder::name);
+        const bool isDigits = colon != std::string_view::npos;
+        if (found == std::end(placeholders) || (isDigits && !found->isDigest)) {
+            name += whole[at++];
+            continue;
         }
-        name += found != nullptr ? found->value : std::string(1, whole[at]);
-        at += found != nullptr ? found->text.size() : 1;
+        name += isDigits ? TakeDigits(inside.substr(colon + 1), found) : found->value;
+        at = end + 1;
+        if (found->name == "relative" && found->value == "." && whole.compare(at, 1, "/") == 0) {
+            name.pop_back(); // "a.pdf" rather than "./a.pdf"
+            ++at;
+        }
     }
     return name;
+}
+
+void CheckPattern(const std::string &pattern)
+{
+    (void)FillPattern(pattern, {"a.vx", "", 1, std::string(kDigestDigits, '0')}, Formats().front());
+}
+
+std::string DigestForName(const std::string &input)
+{
+    if (input == "-")
+        throw UsageError(
+            "{hash}: standard input has no digest before it is read: name a file, or leave {hash} out");
+    const FileDigest found = DigestOfFile(input);
+    if (!found.error.empty())
+        throw UsageError(fmt::format("{{hash}}: \"{}\": {}", input, found.error));
+    return found.digest;
+}
+
+bool NamesDigest(const std::string &pattern)
+{
+    return pattern.find("{hash}") != std::string::npos || pattern.find("{hash:") != std::string::npos;
+}
+
+bool IsPattern(const std::string &pattern)
+{
+    return WholePattern(pattern, "{stem}").find('{') != std::string::npos;
 }
 
 std::string PlaceOf(const std::string &path)
@@ -101,7 +166,7 @@ std::string PlaceOf(const std::string &path)
 
 std::string FolderOf(const std::string &pattern)
 {
-    const std::string whole = WholePattern(pattern);
+    const std::string whole = WholePattern(pattern, "{stem}");
     const fs::path folder = fs::path(whole.substr(0, whole.find('{'))).parent_path();
     return folder.empty() ? "." : folder.string();
 }
@@ -138,9 +203,13 @@ std::vector<std::string> OutputNames(const std::string &pattern, const std::vect
     }
     std::vector<std::string> outputs;
     std::map<std::string, std::string> writers; // maps a place to the input whose result goes there
+    size_t number = 0;
     for (const std::string &input : inputs) {
+        NamedDocument document = {input, "", ++number};
+        if (NamesDigest(pattern))
+            document.digest = DigestForName(input);
         for (const Format *format : formats) {
-            const std::string output = FillPattern(pattern, input, *format);
+            const std::string output = FillPattern(pattern, document, *format);
             const std::string place = output == "-" ? output : PlaceOf(output);
             if (const auto reader = readers.find(place); reader != readers.end())
                 throw UsageError(fmt::format("-o {}: would overwrite the input \"{}\": choose another name",

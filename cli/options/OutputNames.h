@@ -3,6 +3,7 @@
 
 #include "library/Format.h"
 
+#include <cstddef>
 #include <span>
 #include <string>
 #include <vector>
@@ -10,9 +11,41 @@
 namespace vxhost
 {
 
-// Makes a name of a pattern: {stem}, {dir} and {ext} stand for the input's name without folder and last extension (for "a.vx.gz" and "a.vx.xz" the last two), its folder
-// ("." if it has none) and the format's extension. A pattern that names a folder gets "{stem}.{ext}".
-std::string FillPattern(const std::string &pattern, const std::string &input, const Format &format);
+// A document, as patterns name outputs after it.
+struct NamedDocument {
+    std::string path; // "-" is standard input
+    std::string relative =
+        "";                  // its folder below the one that was named, "." for that itself; empty: none was
+    size_t number = 1;       // among those of the run
+    std::string digest = {}; // of its bytes; needed where NamesDigest
+};
+
+// Makes a name of a pattern, in which these stand for what is known of the document:
+//
+//   {stem}      its name without folder and last extension, for "a.vx.gz" and "a.vx.xz" without the last two
+//   {dir}       its folder, "." if it has none
+//   {relative}  its folder below the one that was named, "." if none was
+//   {ext}       the format's extension
+//   {number}    its number
+//   {hash}      the digest of its bytes
+//   {namehash}  that of its name
+//
+// Of the last two {hash:2} is two digits, those behind the ones that the pattern took before. A pattern that names a folder
+// gets "{stem}.{ext}", for a document of a folder "{relative}/{stem}.{ext}" if it has no {relative} yet. Throws UsageError when more digits are asked for
+// than there are.
+std::string FillPattern(const std::string &pattern, const NamedDocument &document, const Format &format);
+
+// Throws UsageError when the pattern cannot be filled, whatever the document.
+void CheckPattern(const std::string &pattern);
+
+// Returns whether the pattern names outputs after the digest of their document.
+bool NamesDigest(const std::string &pattern);
+
+// Returns the digest of a document's bytes. Throws UsageError when there is none.
+std::string DigestForName(const std::string &input);
+
+// Returns whether the pattern has a part that is filled in, or gets one.
+bool IsPattern(const std::string &pattern);
 
 // Returns one text for all spellings of a path, which need not exist.
 std::string PlaceOf(const std::string &path);

@@ -87,6 +87,9 @@ std::string OutputText(const Result &result, const SummaryOptions &options)
         return "is a pipe that nobody reads: start its reader first";
     case FaultKind::NoFolder:
         return "no such folder: make it first";
+    case FaultKind::OutputTaken:
+        return "another document of this run was written to it: name each after its input, as "
+               "'{dir}/{stem}.{ext}'";
     case FaultKind::NoTemporaryFile:
         return fmt::format("no temporary file in \"{}\", {}: name another folder in TMPDIR", fault.text,
                            SystemText(fault.error));
@@ -187,6 +190,7 @@ bool IsOfOutput(FaultKind kind)
     case FaultKind::OutputIsSpecial:
     case FaultKind::NobodyReads:
     case FaultKind::NoFolder:
+    case FaultKind::OutputTaken:
     case FaultKind::CannotWrite:
     case FaultKind::NoTemporaryFile:
     case FaultKind::ReaderLeft:

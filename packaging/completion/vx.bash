@@ -36,16 +36,19 @@ _vx()
     --script) words='auto roman japanese chinese korean' files= ;;
     --missing-fonts) words='substitute fail' files= ;;
     --progress) words='auto never always' files= ;;
+    --retry) words='failed' files= ;;
+    --summary) words='text json none' files= ;;
+    --resume) [[ ${COMP_WORDS[COMP_CWORD - 1]} == '=' || ${COMP_WORDS[COMP_CWORD]} == '=' ]] && words='verify' files= ;;
     --box) words='bbox' files= ;;
     --date) words='file now' files= ;;
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir) files=-d ;;
-    -r | --dpi | -z | --zoom | --width | --height | --fit | --limit | -j | --jobs | --max-time | --max-memory | --max-output) files= ;;
-    -o | --output | --heat-map | --plugin | --font-map | --manifest) ;;
+    -r | --dpi | -z | --zoom | --width | --height | --fit | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
+    -o | --output | --heat-map | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render plates coverage text trace fonts batch --help --version' files=
+            words='info render plates coverage text trace fonts batch verify --help --version' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
@@ -55,8 +58,9 @@ _vx()
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
-            render) words="--force $picture $every" ;;
-            batch) words="--manifest --null --allow-outside --jobs $picture $every" ;;
+            render) words="--force --no-mkdir $picture $every" ;;
+            verify) words="--json ${picture#--output } $every" ;;
+            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --shard --merge-journals --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;

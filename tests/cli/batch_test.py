@@ -199,7 +199,7 @@ class Batch(CommandTest):
             process.stdin.flush()
             time.sleep(0.05)
         errors = process.communicate(document()[3:], timeout=60)[1]
-        self.assertEqual((errors.decode().splitlines(), process.returncode), (told, 1))
+        self.assertEqual((errors.decode().splitlines()[:-1], process.returncode), (told, 1))
 
     def test_a_manifest_may_be_a_pipe(self):
         self.write_documents("a.vx", "b.vx")
@@ -323,7 +323,7 @@ class Batch(CommandTest):
     def test_no_manifest_is_overwritten(self):
         self.write_documents("a.vx")
         line = b'{"input": "a.vx", "output": "%s", "format": "svg"}\n'
-        self.write("one", b"".join(line % name for name in (b"./one", b"two", b"link", b"none/../in")))
+        self.write("one", b"".join(line % name for name in (b"./one", b"two")))
         self.write("two", b"a.vx\n")
         os.symlink("two", self.path("link"))
         self.write("in", line % b"in")
@@ -331,8 +331,12 @@ class Batch(CommandTest):
             output, messages = self.run_vx("batch", "-", "--manifest", "one", "--manifest", "two", "-o", "b.svg",
                                            status=1, preexec_fn=lambda: os.dup2(stdin.fileno(), 0))
         self.assertEqual([(r["manifest"], r["line"], r["exit"]) for r in map(json.loads, output.splitlines())],
-                         [("-", 1, 1), *(("one", i, 1) for i in range(1, 5)), ("two", 1, 0)])
-        self.assertEqual([message.split('"')[1] for message in messages], ["in", "./one", "two", "link", "none/../in"])
+                         [("-", 1, 1), *(("one", i, 1) for i in range(1, 3)), ("two", 1, 0)])
+        self.assertEqual([message.split('"')[1] for message in messages], ["in", "./one", "two"])
+        for name in ("link", "none/../two"):
+            self.write("three", line % name.encode())
+            messages += self.run_vx("batch", "--manifest", "three", "--manifest", "two", "-o", "c.svg", status=1)[1]
+            self.assertEqual(messages[-1].split('"')[1], name)
         self.assertTrue(all("would overwrite the manifest" in message for message in messages))
         self.assertEqual((self.read("two"), self.read("in")), (b"a.vx\n", line % b"in"))
 
@@ -385,14 +389,14 @@ class Batch(CommandTest):
         self.write("w.vx", document("1 2 Qx\n"))
         cases = [({"input": "no.vx", "output": "n.png"}, 1, "failed"),
                  ({"input": "w.vx", "output": "w.png"}, 3, "warned"),
-                 ({"input": "a.vx", "output": "none/a.png"}, 4, "not written"),
+                 ({"input": "a.vx", "output": "w.vx/a.png"}, 4, "not written"),
                  ({"input": "a.vx", "output": "big.png", "dpi": 99999}, 5, "limit")]
         results, _ = self.batch([{"input": "a.vx", "output": "a.png"}, *(line for line, _, _ in cases)], "--strict",
                                 status=5)
         self.assertEqual([(r["exit"], r["status"]) for r in results],
                          [(0, "done"), *((code, name) for _, code, name in cases)])
         self.assertEqual(self.files(), ["a.png", "a.vx", "w.png", "w.vx"])
-        self.assertEqual(results[3]["error"].split(":")[0], "none/a.png")
+        self.assertEqual(results[3]["error"].split(":")[0], "w.vx/a.png")
 
     def test_a_crash_costs_one_document_each(self):
         self.write_documents("a.vx", "b.vx")
@@ -423,7 +427,8 @@ class Batch(CommandTest):
         process.stdin.flush()
         self.wait_for_notes(b"\n")
         process.send_signal(signal.SIGINT)
-        self.assertEqual((*process.communicate(timeout=60), process.returncode), (b"", b"", 130))
+        self.assertEqual((*process.communicate(timeout=60), process.returncode),
+                         (b"", b"vx: interrupted: 0 done; with --journal, --resume could go on\n", 130))
         self.assertEqual(self.files(), ["a.vx", "b.vx", "worker.notes"])
 
     def test_a_reader_that_leaves_ends_the_batch(self):
@@ -447,8 +452,7 @@ class Batch(CommandTest):
         self.write_documents("a.vx")
         process = self.start("batch", *SMALL, "-o", "{stem}.png", "--progress", "always", stdin=subprocess.PIPE)
         errors = process.communicate(b"a.vx\n", timeout=60)[1].decode()
-        self.assertIn("0 done, 0 failed, 1 at work", errors)
-        self.assertTrue(errors.endswith("\r\x1b[K"), errors)
+        self.assertEqual(errors, "\r\x1b[K0 done\r\x1b[Kvx: 1 document in 1 s: 1 done\n")
 
     @unittest.skipIf(SANITIZED, "a sanitizer holds on to what was freed")
     def test_ten_thousand_lines_take_no_more_memory(self):

@@ -12,7 +12,7 @@ import unittest
 from vxcommand import CommandTest, Png, VX, WITHOUT_LANDLOCK, document, sample, sample_names
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
-COMMANDS = ["info", "render", "plates", "coverage", "text", "trace", "fonts", "batch"]
+COMMANDS = ["info", "render", "plates", "coverage", "text", "trace", "fonts", "batch", "verify"]
 COMMON = "--plugin"  # the first of those that every command has
 
 
@@ -61,7 +61,8 @@ class Manual(unittest.TestCase):
         members = {f"--{name}" for term in terms for name in re.findall(r"`([\w-]+)`", term)}
         common = described_options("vx.1.md", "OPTIONS OF EVERY COMMAND")
         options = {name for name in helped_options("batch") - common if name.startswith("--")}
-        of_all = {"--manifest", "--null", "--jobs", "--allow-outside"}
+        of_all = {"--manifest", "--null", "--files0-from", "--all-files", "--no-mkdir", "--jobs", "--allow-outside",
+                  "--unordered", "--journal", "--resume", "--retry", "--summary", "--shard", "--merge-journals"}
         self.assertEqual(members - {"--input", "--id"}, options - of_all)
 
     def test_examples_are_those_of_the_help(self):
@@ -210,11 +211,17 @@ class Members(CommandTest):
 
     def test_of_batch(self):
         lines = [{"input": "problems.vx", "output": "a.png", "id": {"any": [1]}}, {"output": "b.png"},
-                 {"input": "problems.vx", "output": "none/b.png"}, "no JSON"]
+                 {"input": "problems.vx", "output": "cut.vx/b.png"}, "no JSON"]
         self.write("list", b"".join(json.dumps(line).encode() + b"\n" for line in lines))
-        objects = self.objects("batch", *self.names, "--manifest", "list", "--manifest", "none", "-f", "png", "--fit", "8",
+        documents = [name for name in self.names if name != "."]
+        objects = self.objects("batch", *documents, "--manifest", "list", "--manifest", "none", "-f", "png", "--fit", "8",
                                "-o", "{stem}.png")
         objects += self.objects("batch", *self.deep, "-o", "deep.png", "-f", "png", "--fit", "8")
+        self.write("same.vx", document())
+        self.write("too.vx", document())
+        for _ in range(2):
+            objects += self.objects("batch", "same.vx", "-o", "same.png", "--fit", "8", "--journal", "done", "--resume")
+        objects += self.objects("batch", "same.vx", "too.vx", "-o", "{hash}.png", "--fit", "8")
         objects += self.objects("batch", "--salvage", "malformed.vx", "-o", "salvaged.png", "--fit", "8")
         named = named_members("vx-batch.1.md", "RESULTS")
         facts = named_members("vx-info.1.md", "JSON")
@@ -224,6 +231,13 @@ class Members(CommandTest):
         told = dict(zip(re.findall(r"`([^`]+)` (?=\d)", named["status"]), re.findall(r"` (\d)", named["status"])))
         self.assertLessEqual({(one["status"], str(one["exit"])) for one in objects}, set(told.items()))
         self.assertGreater(len(set(seen["status"])), 2)
+
+
+    def test_of_verify(self):
+        self.run_vx("render", "-q", "fonts.vx", "-o", "a.png", "--fit", "8")
+        objects = [json.loads(self.run_vx("verify", "-q", "fonts.vx", "a.png", *words, "--json", status=status)[0])
+                   for words, status in ((["--fit", "8"], 0), (["--fit", "9"], 3))]
+        self.compare(objects, named_members("vx-verify.1.md", "JSON"))
 
 
 class Security(unittest.TestCase):

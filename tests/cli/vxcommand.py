@@ -1,6 +1,7 @@
 """Helps the tests of the vx command: makes documents, reads PNG files, and runs command lines."""
 import glob
 import os
+import re
 import struct
 import subprocess
 import tempfile
@@ -149,6 +150,9 @@ class CommandTest(unittest.TestCase):
         messages = errors.splitlines()
         for message in messages:
             self.assertRegex(message, r"^vx: \S.*[^. ]$")
+        self.summary = None  # what a batch tells in the end
+        if words[0] == "batch" and messages and re.match(r"vx: [\d,]+ documents? in \d", messages[-1]):
+            self.summary = messages.pop()
         warnings = [message for message in messages if ": warning: " in message]
         self.assertEqual(len(warnings), len(set(warnings)), "a warning is repeated")
         return output or b"", messages

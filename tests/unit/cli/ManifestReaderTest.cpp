@@ -69,8 +69,11 @@ TEST_F(ManifestReaderTest, TakesAllInTheirOrder)
 {
     const std::string one = Write("one", "a\nb"), two = Write("two", "{\"input\":\"d\"}\n"),
                       none = Write("none", "");
-    ManifestReader reader({{one, true}, {"c", false}, {none, true}, {two, true}, {"e", false}},
-                          LineEnd::Newline);
+    ManifestReader reader({{one, SourceKind::Manifest},
+                           {"c"},
+                           {none, SourceKind::Manifest},
+                           {two, SourceKind::Manifest},
+                           {"e"}});
     EXPECT_FALSE(reader.AtEnd());
     EXPECT_EQ(ReadAll(&reader), (Entries{"1 a", "2 b", "0 c", "1 d", "0 e"}));
     EXPECT_TRUE(reader.AtEnd());
@@ -80,7 +83,7 @@ TEST_F(ManifestReaderTest, TakesAllInTheirOrder)
 TEST_F(ManifestReaderTest, SaysWhereEachWasNamed)
 {
     const std::string one = Write("one", "\na\n");
-    ManifestReader reader({{one, true}, {"b", false}}, LineEnd::Newline);
+    ManifestReader reader({{one, SourceKind::Manifest}, {"b"}});
     reader.Read();
     reader.Read();
     EXPECT_EQ(reader.Next()->manifest, one);
@@ -93,14 +96,14 @@ TEST_F(ManifestReaderTest, SaysWhereEachWasNamed)
 TEST_F(ManifestReaderTest, OpensNoDocument)
 {
     const std::string one = Write("one", "a\nb\n");
-    ManifestReader reader({{one, false}}, LineEnd::Newline);
+    ManifestReader reader({{one}});
     EXPECT_EQ(ReadAll(&reader), Entries{"0 " + one});
 }
 
 TEST_F(ManifestReaderTest, EndsLinesAsItIsTold)
 {
     const std::string one = Write("one", std::string("a\nb\0c\0", 6));
-    ManifestReader reader({{one, true}}, LineEnd::Nul);
+    ManifestReader reader({{one, SourceKind::Manifest, LineEnd::Nul}});
     EXPECT_EQ(ReadAll(&reader), (Entries{"1 a\nb", "2 c"}));
 }
 
@@ -109,8 +112,10 @@ TEST_F(ManifestReaderTest, TellsWhatCannotBeReadAndGoesOn)
     fs::create_directory(Path("folder"));
     const std::string drawing = Write("drawing", "%!PS\n" + std::string(200000, 'x')),
                       last = Write("last", "z\n");
-    ManifestReader reader({{Path("none"), true}, {Path("folder"), true}, {drawing, true}, {last, true}},
-                          LineEnd::Newline);
+    ManifestReader reader({{Path("none"), SourceKind::Manifest},
+                           {Path("folder"), SourceKind::Manifest},
+                           {drawing, SourceKind::Manifest},
+                           {last, SourceKind::Manifest}});
     EXPECT_EQ(ReadAll(&reader),
               (Entries{"0 ! no such file: check the name", "0 ! is a directory: name a manifest in it",
                        "0 ! is a drawing, not a manifest: name it without --manifest", "1 z"}));
@@ -121,7 +126,7 @@ TEST_F(ManifestReaderTest, ReadsAPipeAsItComes)
     ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
     const int writer =
         open(Path("pipe").c_str(), O_RDWR | O_CLOEXEC); // so that there is somebody at both ends
-    ManifestReader reader({{Path("pipe"), true}}, LineEnd::Newline);
+    ManifestReader reader({{Path("pipe"), SourceKind::Manifest}});
     EXPECT_EQ(reader.Descriptor(), -1);
     reader.Read();
     EXPECT_GE(reader.Descriptor(), 0);
@@ -150,7 +155,7 @@ TEST_F(ManifestReaderTest, KnowsItsManifestsByAnyName)
     const std::string one = Write("one", "a\n"), document = Write("b", "");
     fs::create_symlink("one", Path("link"));
     fs::create_hard_link(one, Path("other"));
-    ManifestReader reader({{one, true}, {document, false}}, LineEnd::Newline);
+    ManifestReader reader({{one, SourceKind::Manifest}, {document}});
     for (const bool isRead : {false, true}) {
         EXPECT_TRUE(reader.Includes(one));
         EXPECT_TRUE(reader.Includes(Path("link")));

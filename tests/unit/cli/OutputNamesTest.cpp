@@ -40,7 +40,12 @@ const NameCase kNames[] = {
     {"{other}-{stem}", "a.vx", "{other}-a"},
     {"{stem}.png", "-", "stdin.png"},
     {"{stem}.png", "noextension", "noextension.png"},
-    {"{stem}.png", "{dir}.vx", "{dir}.png"}, // what was put in is not looked at again
+    {"{stem}.png", "{dir}.vx", "{dir}.png"},       // what was put in is not looked at again
+    {"{relative}/{stem}.png", "in/a.vx", "a.png"}, // nobody named its folder
+    {"{number}.png", "a.vx", "1.png"},
+    {"{number:2}.png", "a.vx", "{number:2}.png"}, // which is no digest
+    {"{namehash:4}/{namehash:2}-{namehash}.png", "abc",
+     "ba78/16-ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad.png"},
     {"no-such-folder/", "a.vx", "no-such-folder/a.png"},
 };
 
@@ -49,6 +54,24 @@ TEST(OutputNamesTest, FillTheirPattern)
     for (const NameCase &name : kNames)
         EXPECT_EQ(OutputNames(name.pattern, {name.input}, kPngAlone), std::vector<std::string>{name.output})
             << name.pattern;
+}
+
+TEST(OutputNamesTest, AreInTheirFolderBelowTheOneThatWasNamed)
+{
+    const NamedDocument document = {"in/deep/er/a.vx", "deep/er", 7, "0123456789"};
+    const Format &png = *FindFormat("png");
+    EXPECT_EQ(FillPattern("out/", document, png), "out/deep/er/a.png");
+    EXPECT_EQ(FillPattern("{relative}-{number}{hash:1}{hash:3}.{ext}", document, png), "deep/er-70123.png");
+    EXPECT_EQ(FillPattern("x/{relative}/y.png", {"in/a.vx", "."}, png), "x/y.png");
+}
+
+TEST(OutputNamesTest, HaveNoMoreDigitsThanADigest)
+{
+    for (const char *pattern :
+         {"{hash:0}", "{hash:65}", "{hash:x}", "{hash:}", "{hash:-1}", "{namehash:64}{namehash:1}"})
+        EXPECT_THROW(CheckPattern(pattern), UsageError) << pattern;
+    for (const char *pattern : {"{hash:64}", "{namehash:32}{namehash:32}{hash:1}", "{stem:1}", "", "-"})
+        EXPECT_NO_THROW(CheckPattern(pattern)) << pattern;
 }
 
 class OutputNamesOnDisk : public testing::Test

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -24,7 +25,7 @@ class OutputFileTest : public JobsFolder
     std::unique_ptr<OutputFile> Create(const std::string &path, FileKinds kinds = FileKinds::All)
     {
         fault_ = {};
-        return OutputFile::Create(path, kinds, &fault_);
+        return OutputFile::Create(path, {kinds}, &fault_);
     }
 
     // The kind of what keeps it from being made.
@@ -125,6 +126,36 @@ TEST_F(OutputFileTest, GoesToThePlaceOfALinkThatLeadsNowhere)
     EXPECT_TRUE(WriteTo(*file, "new"));
     EXPECT_FALSE(file->Commit());
     EXPECT_EQ(Read("link"), "new");
+}
+
+TEST_F(OutputFileTest, MakesItsFoldersWhenItIsAskedTo)
+{
+    const auto file = OutputFile::Create(Path("new/deep/a"), {FileKinds::All, true}, &fault_);
+    ASSERT_NE(file, nullptr);
+    EXPECT_FALSE(file->Commit());
+    EXPECT_TRUE(fs::exists(Path("new/deep/a")));
+    EXPECT_EQ(OutputFile::Create(Path("new/deep/a/b/c"), {FileKinds::All, true}, &fault_), nullptr);
+    EXPECT_EQ(fault_.kind, FaultKind::NoFolder);
+}
+
+TEST_F(OutputFileTest, DoesNotReplaceWhatWasWrittenSinceATime)
+{
+    fs::create_directory(Path("folder"));
+    for (const bool isEarlier : {false, true}) {
+        const auto first = Create(Path("folder/a"));
+        ASSERT_NE(first, nullptr);
+        EXPECT_FALSE(first->Commit());
+        timespec since = {};
+        ASSERT_EQ(clock_gettime(CLOCK_REALTIME_COARSE, &since), 0);
+        since.tv_sec += isEarlier ? -100 : 100;
+        const auto second = OutputFile::Create(Path("folder/a"), {FileKinds::All, false, since}, &fault_);
+        ASSERT_NE(second, nullptr);
+        EXPECT_EQ(second->Commit().kind, isEarlier ? FaultKind::OutputTaken : FaultKind::None);
+        const auto other = OutputFile::Create(Path(isEarlier ? "folder/b" : "folder/c"),
+                                              {FileKinds::All, false, since}, &fault_);
+        ASSERT_NE(other, nullptr);
+        EXPECT_FALSE(other->Commit());
+    }
 }
 
 TEST_F(OutputFileTest, IsNoFolder)

@@ -1,0 +1,97 @@
+#include "cli/batch/Planner.h"
+
+#include "cli/options/CommonOptions.h"
+#include "cli/options/Digest.h"
+#include "cli/options/OutputNames.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace vxhost
+{
+
+namespace
+{
+
+FormatList FormatsOf(const std::vector<RenderTask::Output> &outputs)
+{
+    FormatList formats;
+    for (const RenderTask::Output &output : outputs)
+        formats.push_back(output.format);
+    return formats;
+}
+
+} // namespace
+
+// What is wrong with a whole manifest is told by all.
+bool Shard::Has(const ManifestEntry &entry) const
+{
+    const bool isOfAll = !entry.manifest.empty() && entry.line == 0;
+    return count == 1 || isOfAll || ShortDigestOf(entry.input) % count == number - 1;
+}
+
+bool Planner::NeedsDigest(const ManifestEntry &entry) const
+{
+    return NamesDigest(PatternOf(entry));
+}
+
+std::vector<RenderTask::Output> Planner::OutputsOf(const ManifestEntry &entry, size_t number,
+                                                   const std::string &digest) const
+{
+    const std::string &pattern = PatternOf(entry);
+    // The name of a line's own output goes before the format that the command gives for all.
+    const bool namesFormat = entry.outputOptions.format.empty() && FormatOfName(entry.output) != nullptr;
+    const NamedDocument document = {entry.input, entry.relative, number, digest};
+    std::vector<RenderTask::Output> outputs;
+    for (const Format *format : ReadFormats(namesFormat ? "" : SaidOf(entry).format, pattern))
+        outputs.push_back({format, FillPattern(pattern, document, *format)});
+    return outputs;
+}
+
+std::string Planner::OptionsTextOf(const ManifestEntry &entry) const
+{
+    const OutputOptions said = SaidOf(entry);
+    std::string text = fmt::format("format={}", said.format);
+    for (const Option &option : Options()) {
+        if (const std::string &value = said.texts.Of(option.name); option.formats != 0 && !value.empty())
+            text += fmt::format("\n{}={}", option.name, value);
+    }
+    return text;
+}
+
+RenderTask Planner::TaskFor(const ManifestEntry &entry, size_t number, const std::string &digest) const
+{
+    RenderTask task;
+    task.outputs = OutputsOf(entry, number, digest);
+    const OutputOptions said = SaidOf(entry);
+    const FormatList formats = FormatsOf(task.outputs);
+    // An option of the line that means nothing for its formats is refused; one of the command is passed over.
+    OptionTexts meant = entry.outputOptions.texts;
+    if (std::ranges::find(formats, FindFormat("pdf")) != formats.end())
+        meant.Set("pdf-x", said.texts.Of("pdf-x"));
+    meant.CheckMeant(SetOf(formats));
+
+    task.input = entry.input;
+    task.kinds = FileKinds::Regular;
+    task.rules = {FileKinds::Regular, options_.makesFolders};
+    task.settings = entry.outputOptions == OutputOptions() ? options_.settings : ReadSettings(said.texts);
+    task.settings.png.memoryLimit = options_.settings.png.memoryLimit;
+    return task;
+}
+
+const std::string &Planner::PatternOf(const ManifestEntry &entry) const
+{
+    const std::string &pattern = entry.output.empty() ? options_.output : entry.output;
+    if (pattern.empty())
+        throw UsageError("no output: add \"output\" to the line, or give -o");
+    return pattern;
+}
+
+OutputOptions Planner::SaidOf(const ManifestEntry &entry) const
+{
+    return options_.outputOptions.OverriddenBy(entry.outputOptions);
+}
+
+} // namespace vxhost
