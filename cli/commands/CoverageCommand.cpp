@@ -46,6 +46,7 @@ CoverageCommand::CoverageCommand(CLI::App *command)
             "-o,--heat-map", heatMap_,
             "write a png too of how much ink there is where; {stem} and {dir} are those of the input")
         ->type_name("PATH");
+    command->add_flag("--no-mkdir", noMkdir_, "make no folders for heat maps that are named by a pattern");
     command->add_flag("--force", force_, "overwrite drawings too, which are lost");
     command->add_flag("--json", json_, "one JSON object a document, each on a line of its own");
     AddPictureOptions(&texts_, command);
@@ -78,6 +79,7 @@ Status CoverageCommand::Run(Messages *messages) const
         task.input = input;
         task.settings = settings;
         task.outputs = {"-"};
+        task.rules.makesFolders = IsPattern(heatMap_) && !noMkdir_;
         if (!maps.empty())
             task.outputs.push_back(maps[i]);
         task.makeSink = [limit](const OutputFiles &) { return std::make_unique<CoverageMeter>(limit); };

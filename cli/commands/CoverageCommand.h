@@ -21,6 +21,7 @@ class CoverageCommand
     std::string limit_ = "300";
     std::string heatMap_;
     bool force_ = false;
+    bool noMkdir_ = false;
     bool json_ = false;
     OptionTexts texts_;
 };

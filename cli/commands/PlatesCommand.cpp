@@ -1,7 +1,6 @@
 #include "cli/commands/PlatesCommand.h"
 
 #include "cli/commands/Session.h"
-#include "cli/options/OutputNames.h"
 #include "cli/options/OutputOptions.h"
 #include "cli/options/PictureOptions.h"
 #include "devices/raster/PlateFiles.h"
@@ -63,7 +62,7 @@ std::string FileNameOf(const std::string &ink)
     return name.substr(0, end);
 }
 
-std::vector<std::string> PlateNames(const std::string &pattern, const std::string &input,
+std::vector<std::string> PlateNames(const std::string &pattern, const NamedDocument &document,
                                     const std::vector<std::string> &inks)
 {
     std::set<std::string> used;
@@ -80,7 +79,7 @@ std::vector<std::string> PlateNames(const std::string &pattern, const std::strin
         };
         for (int number = 2; !used.insert(fold(name)).second; ++number)
             name = fmt::format("{}-{}", plain, number);
-        names.push_back(FillPattern(Replaced(pattern, kInkMark, name), input, *FindFormat("png")));
+        names.push_back(FillPattern(Replaced(pattern, kInkMark, name), document, *FindFormat("png")));
     }
     return names;
 }
@@ -92,6 +91,7 @@ PlatesCommand::PlatesCommand(CLI::App *command)
                      "where to write, as 'plates/{stem}-{ink}.png'; {ink} is the name of each ink, {stem} "
                      "and {dir} are those of the input")
         ->type_name("PATH");
+    command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs");
     command->add_flag("--force", force_, "overwrite drawings too, which are lost");
     AddPictureOptions(&texts_, command);
     common_.AddTo(command);
@@ -118,14 +118,20 @@ Status PlatesCommand::Run(Messages *messages) const
     const Settings settings = options.Complete(ReadSettings(texts_));
     Session session(options, CommandKind::Render, messages);
     Status worst = Status::Done;
-    for (const std::string &input : options.inputs)
-        worst = Worst(worst, MakePlates(input, settings, &session));
+    NamedDocument named;
+    for (const std::string &input : options.inputs) {
+        named.path = input;
+        named.digest = NamesDigest(pattern) ? DigestForName(input) : "";
+        worst = Worst(worst, MakePlates(named, settings, &session));
+        ++named.number;
+    }
     return worst;
 }
 
 // Which plates there are is known when the document was read to its end: so it is read once before.
-Status PlatesCommand::MakePlates(const std::string &input, const Settings &settings, Session *session) const
+Status PlatesCommand::MakePlates(const NamedDocument &named, const Settings &settings, Session *session) const
 {
+    const std::string &input = named.path;
     JobTask look;
     look.input = input;
     look.layers = settings.layers;
@@ -141,9 +147,10 @@ Status PlatesCommand::MakePlates(const std::string &input, const Settings &setti
     task.input = input;
     task.document = document;
     task.settings = settings;
+    task.rules.makesFolders = !noMkdir_;
     const std::vector<std::string> inks = PlateInks(job.Found().outcome.spots);
     task.spotInks = inks;
-    task.outputs = PlateNames(WholePattern(output_), input, inks);
+    task.outputs = PlateNames(WholePattern(output_), named, inks);
     for (const std::string &output : task.outputs) {
         if (!force_)
             CheckKeepsDrawing(output_, output);

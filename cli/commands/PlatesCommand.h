@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli/options/CommonOptions.h"
+#include "cli/options/OutputNames.h"
 #include "cli/report/Messages.h"
 #include "cli/report/Status.h"
 
@@ -21,11 +22,12 @@ class PlatesCommand
     Status Run(Messages *messages) const;
 
   private:
-    Status MakePlates(const std::string &input, const Settings &settings, Session *session) const;
+    Status MakePlates(const NamedDocument &named, const Settings &settings, Session *session) const;
 
     CommonOptionReader common_;
     std::string output_;
     bool force_ = false;
+    bool noMkdir_ = false;
     OptionTexts texts_;
 };
 
@@ -34,7 +36,7 @@ std::string FileNameOf(const std::string &ink);
 
 // Makes the names of a document's plates, one for each ink, each another: a pattern with "{ink}" for the ink's name. Where two inks have one name
 // for files, the later ones get a number.
-std::vector<std::string> PlateNames(const std::string &pattern, const std::string &input,
+std::vector<std::string> PlateNames(const std::string &pattern, const NamedDocument &document,
                                     const std::vector<std::string> &inks);
 
 } // namespace vxhost

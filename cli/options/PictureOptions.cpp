@@ -38,7 +38,8 @@ void CheckIsPng(const std::string &pattern, const std::string &input)
 {
     const Format *png = FindFormat("png");
     // The whole name is looked at, since a pattern may be that of a folder.
-    if (FormatOfName(FillPattern(pattern, input, *png)) != png)
+    if (FormatOfName(FillPattern(pattern, {input, "", 1, NamesDigest(pattern) ? DigestForName(input) : ""},
+                                 *png)) != png)
         throw UsageError(fmt::format("-o {}: png is written: name a .png", pattern));
 }
 

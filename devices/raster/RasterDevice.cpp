@@ -204,7 +204,7 @@ class RasterDevice : public Device
         MakeClip();
         emsToPage_ = emsToPage;
         glyphPaint_ = paint;
-        glyphs_.Begin(Product(emsToPage, toSamples_), FindInk(paint, options_.overprint));
+        glyphs_.Begin(Product(emsToPage, toSamples_), channels_.Find(paint));
     }
     void FillGlyph(const Path &outline, uint64_t number, Point origin) override
     {
@@ -459,6 +459,11 @@ class PlatesDevice final : public RasterDevice
     {
         Look(paint.colour);
         RasterDevice::StrokePath(path, style, paint);
+    }
+    void BeginGlyphs(const Matrix &emsToPage, const Paint &paint) override
+    {
+        Look(paint.colour);
+        RasterDevice::BeginGlyphs(emsToPage, paint);
     }
     void Shade(const Shading &shading) override
     {

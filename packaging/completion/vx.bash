@@ -53,8 +53,8 @@ _vx()
             files=
             case ${COMP_WORDS[1]} in
             info) words="--json $every" ;;
-            plates) words="--output --force $sheet $every" ;;
-            coverage) words="--limit --heat-map --json --force $sheet $every" ;;
+            plates) words="--output --no-mkdir --force $sheet $every" ;;
+            coverage) words="--limit --heat-map --json --no-mkdir --force $sheet $every" ;;
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;

@@ -1,5 +1,6 @@
 """Plates, and how much ink they take, as a user makes them."""
 import json
+import os
 import sys
 import unittest
 
@@ -44,6 +45,12 @@ class Plates(CommandTest):
     def test_a_pipe_is_read_once(self):
         self.run_vx("plates", "-", "-o", "{stem}-{ink}.png", stdin=document(SPOTS))
         self.assertEqual(len(self.files()), 5)
+
+    def test_folders_are_made(self):
+        self.write("a.vx", document())
+        self.refused("plates", "a.vx", "-o", "out/{stem}/{ink}.png", "--no-mkdir", status=4)
+        self.run_vx("plates", "a.vx", "-o", "out/{stem}/{ink}.png")
+        self.assertEqual(sorted(os.listdir(self.path("out/a"))), ["Black.png", "Cyan.png", "Magenta.png", "Yellow.png"])
 
     def test_a_folder_gets_names(self):
         self.write("a.vx", document())
@@ -107,6 +114,11 @@ class Coverage(CommandTest):
             "a.vx", "  Cyan              0.00 %", "  Magenta           0.00 %", "  Yellow            0.00 %",
             "  Black            50.00 %", "  all inks         50.00 %", "  at most          100.0 %, first at 0.5, 35.5 pt",
             "  above 300 %       0.00 % of the page, 0.0 mm²"])
+
+    def test_text_in_a_spot_ink(self):
+        self.write("a.vx", document("0 1 0 0 (Pink) 0 x\n0 To\n1 0 0 1 5 5 0 Tp\nTP\n0 Tr\n/_Helvetica 30 Tf\n(HHH) Tx\nTO\n"))
+        inks = self.measured("a.vx")[0]["inks"]
+        self.assertEqual([ink["name"] for ink in inks if ink["mean"] > 0], ["Pink"])
 
     def test_text_is_measured_once(self):
         output, _ = self.run_vx("coverage", "-q", "--json", sample("text-point"))
