@@ -9,7 +9,7 @@ namespace vxbench
 
 enum class Language { PostScript, Pdf, Svg };
 
-// Translates a document that MakePathDocument or MakeTextPage made: each line of those is one operator with its
+// Translates a document that MakePathDocument, MakeTextPage or MakeTextLines made: each line of those is one operator with its
 // operands.
 std::string Translate(std::string_view document, Language language);
 

@@ -3,6 +3,8 @@
 #include "devices/raster/Flatten.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <utility>
 
 namespace vxhost::raster
@@ -23,6 +25,8 @@ int64_t ToParts(double samples)
     constexpr int64_t kPositive = int64_t{1} << 47; // what is cut off a positive number is its fraction
     return static_cast<int64_t>(samples * kParts + (static_cast<double>(kPositive) + 0.5)) - kPositive;
 }
+
+constexpr uint32_t kBits = 64; // of a word
 
 int32_t NearestPart(double part)
 {
@@ -189,7 +193,7 @@ void MaskFinder::Find(const GlyphSpans &spans, int32_t fractionX, int samples, G
 template <int32_t kSamples>
 void MaskFinder::FindRows(const GlyphSpans &spans, int32_t fractionX, GlyphMasks *masks)
 {
-    constexpr uint32_t kBits = 64, kPixels = kBits / kSamples; // of a word
+    constexpr uint32_t kPixels = kBits / kSamples; // of a word
     const auto columnOf = [&](int32_t end) { return GlyphSpans::ColumnOf(end, fractionX); };
     masks->left = FloorDivide<kSamples>(columnOf(spans.left));
     masks->top = FloorDivide<kSamples>(spans.top);
@@ -234,28 +238,32 @@ void MaskFinder::FindRows(const GlyphSpans &spans, int32_t fractionX, GlyphMasks
 template <int32_t kSamples>
 MaskedRun *MaskFinder::AddRuns(uint32_t words, MaskedRun *next) const
 {
-    constexpr uint32_t kPixels = 64 / kSamples;
+    constexpr uint32_t kPixels = kBits / kSamples;
     constexpr uint64_t kRow = (1U << kSamples) - 1;
     constexpr auto kWhole = static_cast<uint16_t>((uint64_t{1} << kSamples * kSamples) - 1);
     for (uint32_t word = 0; word < words; ++word) {
-        uint16_t before = 0;
-        uint64_t row[kSamples], any = 0;
-        for (int32_t k = 0; k < kSamples; ++k)
-            any |= row[k] = bits_[static_cast<size_t>(k) * words + word];
-        for (uint32_t x = word * kPixels; any != 0; ++x, any >>= kSamples) {
-            uint64_t samples = 0;
-            for (int32_t k = 0; k < kSamples; ++k) {
-                samples |= (row[k] & kRow) << k * kSamples;
-                row[k] >>= kSamples;
+        std::array<uint64_t, kSamples> rows;
+        uint64_t any = 0, all = ~uint64_t{0};
+        for (size_t k = 0; k < kSamples; ++k) {
+            rows[k] = bits_[k * words + word];
+            any |= rows[k];
+            all &= rows[k];
+        }
+        // What is blank and what is whole is passed in one step.
+        for (uint32_t x = 0; x < kBits && any >> x != 0;) {
+            x += static_cast<uint32_t>(std::countr_zero(any >> x)) / kSamples * kSamples;
+            const uint32_t whole = static_cast<uint32_t>(std::countr_one(all >> x)) / kSamples;
+            const auto column = static_cast<uint16_t>(word * kPixels + x / kSamples);
+            if (whole > 0) {
+                *next++ = {column, static_cast<uint16_t>(whole), kWhole};
+                x += whole * kSamples;
+                continue;
             }
-            const auto mask = static_cast<uint16_t>(samples);
-            if (mask == kWhole && before == kWhole) {
-                ++next[-1].count;
-            } else {
-                *next = {static_cast<uint16_t>(x), 1, mask};
-                next += static_cast<int>(mask != 0); // no branch: nobody can guess where a glyph is blank
-            }
-            before = mask;
+            uint64_t mask = 0;
+            for (size_t k = 0; k < kSamples; ++k)
+                mask |= (rows[k] >> x & kRow) << k * kSamples;
+            *next++ = {column, 1, static_cast<uint16_t>(mask)};
+            x += kSamples;
         }
     }
     return next;

@@ -24,7 +24,7 @@ constexpr double kMinPenAngle = 0.01;
 constexpr double kDistinct = 1.0 / 32;
 
 // Placement: every point is rounded to a multiple of this. Points that were computed along two ways differ in their last
-// bits, and must be one point all the same.
+// bits, and must be one point all the same. Of a glyph both the origin and the points are rounded, which are counted from it.
 constexpr double kPlacement = 1.0 / 65536;
 
 // Steps: the inks of a shading for a pixel of its length, and the most that it has.

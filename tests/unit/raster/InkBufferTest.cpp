@@ -161,7 +161,13 @@ TEST_P(InkBuffers, HoldWhatPlainSamplesHold)
             ASSERT_TRUE(buffer.SelectRow(y));
             buffer.Prefetch(left);
             buffer.PrefetchBlocks(static_cast<size_t>(left / 64), uint64_t{1} << (left % 64));
-            if (mask != 0)
+            const auto count = static_cast<uint16_t>(right - left);
+            const MaskedRun runs[] = {{2, count, static_cast<uint16_t>(mask)}};
+            buffer.PrefetchRow(y, left, right - 1);
+            buffer.PrefetchMasks(y, left - 2, runs);
+            if (mask != 0 && samples <= 4 && paints.Below(2) == 0)
+                buffer.PaintMasks(left - 2, runs, ink);
+            else if (mask != 0)
                 buffer.Paint(left, right, mask, ink);
             plain.Paint(y, left, right, mask, ink);
             ASSERT_EQ(plain.Compare(buffer, tracked, y), "") << "after paint " << i << ", width " << width;

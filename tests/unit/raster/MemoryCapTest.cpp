@@ -9,7 +9,9 @@ namespace
 {
 
 struct Keeper final : Borrower {
-    MemoryCap *cap = nullptr;
+    explicit Keeper(MemoryCap *lender) : cap(lender) {}
+
+    MemoryCap *const cap;
     uint64_t held = 0;
     int asked = 0;
 
@@ -27,11 +29,15 @@ struct Keeper final : Borrower {
     }
 };
 
-TEST(MemoryCaps, LendWhatIsLeft)
+class MemoryCaps : public testing::Test
 {
-    MemoryCap cap(100);
-    Keeper keeper;
-    keeper.cap = &cap;
+  protected:
+    MemoryCap cap{100};
+    Keeper keeper{&cap};
+};
+
+TEST_F(MemoryCaps, LendWhatIsLeft)
+{
     EXPECT_TRUE(cap.Take(40));
     EXPECT_TRUE(keeper.Hold(50));
     EXPECT_FALSE(keeper.Hold(11));
@@ -41,11 +47,8 @@ TEST(MemoryCaps, LendWhatIsLeft)
     EXPECT_EQ(cap.Left(), 60U); // whoever takes may have all of it
 }
 
-TEST(MemoryCaps, AskForWhatIsTaken)
+TEST_F(MemoryCaps, AskForWhatIsTaken)
 {
-    MemoryCap cap(100);
-    Keeper keeper;
-    keeper.cap = &cap;
     EXPECT_TRUE(keeper.Hold(60));
     EXPECT_TRUE(cap.Take(40));
     EXPECT_EQ(keeper.asked, 0);
@@ -56,11 +59,8 @@ TEST(MemoryCaps, AskForWhatIsTaken)
     EXPECT_FALSE(keeper.Hold(1));
 }
 
-TEST(MemoryCaps, AreExhaustedByWhatIsTakenAlone)
+TEST_F(MemoryCaps, AreExhaustedByWhatIsTakenAlone)
 {
-    MemoryCap cap(100);
-    Keeper keeper;
-    keeper.cap = &cap;
     EXPECT_TRUE(keeper.Hold(100));
     EXPECT_TRUE(cap.Take(100));
     EXPECT_FALSE(cap.IsExhausted());
