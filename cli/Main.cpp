@@ -64,7 +64,7 @@ constexpr CommandRow kCommands[] = {
      MakeCommand<TraceCommand>},
     {"fonts", "[options] FILE... | --list", "Tells which fonts documents ask for, and what serves them.",
      MakeCommand<FontsCommand>},
-    {"batch", "[options] [FILE...|-]", "Renders many documents, and tells of each in JSON.",
+    {"batch", "[options] [FILE|FOLDER...|-]", "Renders many documents, and tells of each in JSON.",
      MakeCommand<BatchCommand>},
     {"verify", "[options] FILE OUT", "Tells whether an output is what is made of a drawing now.",
      MakeCommand<VerifyCommand>},

@@ -190,7 +190,7 @@ Status Batch::End()
     if (end_ == BatchEnd::Asked && manifest_.AtEnd() && later_.empty())
         end_ = BatchEnd::Whole; // there was nothing left to begin
     const Status status = end_ == BatchEnd::Whole ? worst_ : Status::Interrupted;
-    tally_.SetPassedOver(manifest_.PassedOver());
+    tally_.AddPassedOver(manifest_.PassedOver());
     const Tally::Clock::time_point now = Tally::Clock::now();
     if (options_.summary == SummaryForm::Json)
         (void)WriteAll(STDERR_FILENO, tally_.EndJson(end_, status, now));
@@ -468,7 +468,7 @@ bool Batch::PrintWhatIsDue()
 bool Batch::Print(const Slot &slot)
 {
     if (slot.isPassedOver) {
-        tally_.AddPassedOver();
+        tally_.TakeBack();
         return true;
     }
     const ManifestEntry &entry = slot.entry;

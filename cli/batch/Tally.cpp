@@ -60,8 +60,9 @@ void Tally::Add(const Summary &summary, bool wasDoneBefore)
     doneBefore_ += wasDoneBefore ? 1 : 0;
 }
 
-void Tally::AddPassedOver()
+void Tally::TakeBack()
 {
+    ++passedOver_;
     if (documents_)
         --*documents_;
 }

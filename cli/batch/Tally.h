@@ -25,8 +25,8 @@ class Tally
     // The number of documents; none: nobody knows it yet.
     void Begin(std::optional<size_t> documents, Clock::time_point now);
     void Add(const Summary &summary, bool wasDoneBefore);
-    void AddPassedOver(); // a document that is none
-    void SetPassedOver(size_t files) { passedOver_ = files; }
+    void TakeBack();                                           // a document that turned out to be none
+    void AddPassedOver(size_t files) { passedOver_ += files; } // that never counted as documents
 
     // "213 of 10,114 done, 42 a second, 3 min 54 s left, 1 failed, 14 with warnings"
     std::string ProgressText(Clock::time_point now) const;

@@ -205,7 +205,7 @@ std::vector<std::string> OutputNames(const std::string &pattern, const std::vect
     std::map<std::string, std::string> writers; // maps a place to the input whose result goes there
     size_t number = 0;
     for (const std::string &input : inputs) {
-        NamedDocument document = {input, "", ++number};
+        NamedDocument document = {input, "", ++number, ""};
         if (NamesDigest(pattern))
             document.digest = DigestForName(input);
         for (const Format *format : formats) {

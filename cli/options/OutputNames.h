@@ -13,11 +13,10 @@ namespace vxhost
 
 // A document, as patterns name outputs after it.
 struct NamedDocument {
-    std::string path; // "-" is standard input
-    std::string relative =
-        "";                  // its folder below the one that was named, "." for that itself; empty: none was
-    size_t number = 1;       // among those of the run
-    std::string digest = {}; // of its bytes; needed where NamesDigest
+    std::string path;     // "-" is standard input
+    std::string relative; // its folder below the one that was named, "." for that itself; empty: none was
+    size_t number = 1;    // among those of the run
+    std::string digest;   // of its bytes; needed where NamesDigest
 };
 
 // Makes a name of a pattern, in which these stand for what is known of the document:

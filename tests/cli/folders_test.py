@@ -3,6 +3,7 @@ import gzip
 import hashlib
 import json
 import os
+import subprocess
 import sys
 import unittest
 
@@ -218,6 +219,40 @@ class Names(BatchTest):
         for words in (["-o", "no/a.png"], ["-o", "no/{stem}.png", "--no-mkdir"]):
             self.assertIn("no such folder", self.refused("render", "a.vx", *SMALL, *words, status=4))
         self.assertNotIn("no", self.files())
+
+
+class Many(BatchTest):
+    """Manifests that are longer than what is looked at ahead and remembered. Most documents do not exist, which is quick."""
+    REMEMBERED = 100000
+
+    def last_results(self):
+        with open(self.path("results"), "rb") as results:
+            results.seek(-10000, os.SEEK_END)
+            return results.read().splitlines()[-2:]
+
+    def run_lines(self, lines):
+        """Returns the last two results and the most memory that was taken, in KiB."""
+        with open(self.path("list"), "w", encoding="ascii") as file:
+            file.writelines(line + "\n" for line in lines)
+        with open(self.path("results"), "wb") as results:
+            process = self.start("batch", "--manifest", "list", "-q", "-j", "1", *SMALL, "-o", "out/{stem}.png", stdout=results,
+                                 stderr=subprocess.DEVNULL)
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+        return [json.loads(line) for line in self.last_results()], usage.ru_maxrss
+
+    def test_two_documents_for_one_output_are_refused_beyond_as_well(self):
+        self.make("./a.vx", "./b.vx", "out/old.png")
+        self.write("out/a.png", b"old")  # what was there before the run is replaced
+        def lines(last, count=1):  # all of them at once would be taken for memory of the command, which begins as our copy
+            yield from (f"none/{number}" for number in range(count * self.REMEMBERED))
+            yield from last
+
+        results, once = self.run_lines(lines(["a.vx", '{"input": "b.vx", "output": "out/../out/a.png"}']))
+        self.assertEqual([r["exit"] for r in results], [0, 4])
+        self.assertIn("another document of this run was written to it", results[1]["error"])
+        _, twice = self.run_lines(lines([], 2))
+        self.assertLess(twice - once, 2048)  # the names alone are more
 
 
 if __name__ == "__main__":

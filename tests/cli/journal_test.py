@@ -221,7 +221,7 @@ class Kills(JournalTest):
         for number in range(self.DOCUMENTS):
             self.write(f"in/{number}.vx", document(f"{number % 97} {number % 31} m\n9 9 l\nS\n" * (number % 5)))
         words = ["batch", "in", "-f", "svg", "--summary", "none", "--journal", "journal", "--resume"]
-        self.run_vx(*words[:-2], "undisturbed", "-o", "whole/")
+        self.finish(*words[:-2], "undisturbed", "-o", "whole/")
 
         jobs, killed = 2, 0
         for left in range(self.KILLS, 0, -1):
@@ -234,7 +234,7 @@ class Kills(JournalTest):
             process.kill()
             process.communicate()
             killed += process.returncode == -signal.SIGKILL
-        self.run_vx(*words, "-o", "out/")
+        self.finish(*words, "-o", "out/")
         self.assertGreater(killed, self.KILLS // 2)
 
         self.assertEqual(self.digests("out"), self.digests("whole"))
@@ -244,6 +244,11 @@ class Kills(JournalTest):
             for output in line["outputs"]:
                 self.assertEqual(output["sha256"], self.digest(output["path"]))
         self.assertLessEqual(len(self.lines("begun")), self.DOCUMENTS + self.KILLS * jobs)
+
+    def finish(self, *words):
+        process = self.start(*words, stdout=subprocess.DEVNULL)
+        errors = process.communicate(timeout=3600)[1]
+        self.assertEqual((process.returncode, errors), (0, b""))
 
     def size(self):
         return os.path.getsize(self.path("journal")) if os.path.exists(self.path("journal")) else 0

@@ -62,7 +62,7 @@ TEST(OutputNamesTest, AreInTheirFolderBelowTheOneThatWasNamed)
     const Format &png = *FindFormat("png");
     EXPECT_EQ(FillPattern("out/", document, png), "out/deep/er/a.png");
     EXPECT_EQ(FillPattern("{relative}-{number}{hash:1}{hash:3}.{ext}", document, png), "deep/er-70123.png");
-    EXPECT_EQ(FillPattern("x/{relative}/y.png", {"in/a.vx", "."}, png), "x/y.png");
+    EXPECT_EQ(FillPattern("x/{relative}/y.png", {"in/a.vx", ".", 1, ""}, png), "x/y.png");
 }
 
 TEST(OutputNamesTest, HaveNoMoreDigitsThanADigest)

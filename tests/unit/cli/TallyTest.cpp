@@ -60,9 +60,11 @@ TEST(Tally, SumsUp)
 TEST(Tally, DoesNotCountWhatIsNoDocument)
 {
     Tally tally = TallyOf(3, 1, 0, 0);
-    tally.AddPassedOver();
-    tally.SetPassedOver(1200);
+    tally.TakeBack();
     EXPECT_EQ(tally.ProgressText(kBegan), "1 of 2 done");
+    EXPECT_EQ(tally.EndText(BatchEnd::Whole, false, kBegan),
+              "1 document in 0 s: 1 done, 1 file is no drawing");
+    tally.AddPassedOver(1199);
     EXPECT_EQ(tally.EndText(BatchEnd::Whole, false, kBegan),
               "1 document in 0 s: 1 done, 1,200 files are no drawing");
 }
