@@ -16,6 +16,9 @@ namespace vxhost
 
 enum class PdfX : uint8_t { None, X1a, X3 };
 
+// Time against room; None leaves the page's program to be read as it is.
+enum class Compression : uint8_t { None, Fast, Default, Small };
+
 struct PdfOptions {
     std::optional<Rgb> background; // none: the paper shows
     TextOutput text = TextOutput::Text;
@@ -23,7 +26,7 @@ struct PdfOptions {
     std::string profile = "fogra39"; // output intent of PDF/X: that name, or an ICC file of a CMYK press
     ProfileBytes profileBytes;       // what the profile of that name is; null: it is built in, or a file
     std::optional<int64_t> date;     // seconds since 1970: of creation, instead of the document's own
-    bool compress = true;
+    Compression compression = Compression::Default;
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has
