@@ -1,10 +1,9 @@
-// What bench/compare measures besides vx itself, one job a run: the floor, the plug-in alone, a PDF that is not
-// compressed; and what it measures with: documents, and the time and memory of another program.
+// What bench/compare measures besides vx itself, one job a run: the floor and the plug-in alone; and what it measures with:
+// documents, and the time and memory of another program.
 #include "bench/Documents.h"
 #include "bench/Equivalents.h"
 #include "bench/IdleHost.h"
 #include "bench/TokenLoop.h"
-#include "devices/pdf/PdfDevice.h"
 #include "host/fonts/FontconfigFonts.h"
 #include "host/reading/Reading.h"
 
@@ -27,7 +26,6 @@ namespace
 
 constexpr const char *kUsage = "usage: vxmeasure loop FILE\n"
                                "       vxmeasure parse FILE\n"
-                               "       vxmeasure pdf FILE OUT\n"
                                "       vxmeasure write paths|text|lines|gradients vx|ps|pdf|svg BYTES OUT\n"
                                "       vxmeasure run PROGRAM [ARGUMENT...]\n";
 
@@ -76,29 +74,6 @@ int Parse(const char *file)
         source.installation.plugin->Parse(*source.document, options, &procs, &calls);
     std::printf("%lld calls\n", static_cast<long long>(calls));
     return outcome.result == kVXOk ? 0 : Fail("the document was not read to its end");
-}
-
-int WritePdf(const char *file, const char *out)
-{
-    Source source(file);
-    if (source.document == nullptr)
-        return Fail(source.error);
-    std::ofstream output(out, std::ios::binary);
-    vxhost::PdfOptions options;
-    options.compress = false;
-    const auto sink = [&](std::span<const std::byte> bytes) -> vxhost::Failure {
-        output.write(reinterpret_cast<const char *>(bytes.data()),
-                     static_cast<std::streamsize>(bytes.size()));
-        if (output)
-            return {};
-        return {vxhost::FailureKind::CannotWrite, "the output cannot be written"};
-    };
-    const auto device = vxhost::MakePdfDevice(options, sink, &source.error);
-    if (device == nullptr)
-        return Fail(source.error);
-    vxhost::Reading reading(source.installation, *source.document, {});
-    const vxhost::Outcome outcome = reading.Draw(reading.PageFor(), *device);
-    return outcome.result == kVXOk && !outcome.failure ? 0 : Fail("no PDF: " + outcome.failure.text);
 }
 
 int Write(std::string_view kind, std::string_view format, std::string_view bytes, const char *out)
@@ -156,8 +131,6 @@ int main(int count, char **arguments)
         return Loop(arguments[2]);
     if (job == "parse")
         return Parse(arguments[2]);
-    if (job == "pdf" && count == 4)
-        return WritePdf(arguments[2], arguments[3]);
     if (job == "write" && count == 6)
         return Write(arguments[2], arguments[3], arguments[4], arguments[5]);
     if (job == "run")

@@ -82,7 +82,7 @@ class Bench:
         ]
 
     def plain_pdf_job(self, document):
-        return Job(PLAIN_PDF, "vx", [self.measure, "pdf", document, self.folder / "plain.pdf"])
+        return Job(PLAIN_PDF, "vx", self.render(document, "plain.pdf", "--compress", "none"))
 
     def rival_jobs(self, same):
         """same: the drawing in other languages, by language."""

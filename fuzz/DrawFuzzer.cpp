@@ -89,7 +89,9 @@ std::unique_ptr<Device> MakePdf(const Choice &choice, ByteSink sink, std::string
     PdfOptions options;
     if (choice.Has(0))
         options.text = TextOutput::Outlines;
-    options.compress = !choice.Has(1);
+    options.compression = choice.Has(1)   ? Compression::None
+                          : choice.Has(4) ? Compression::Fast
+                                          : Compression::Default;
     if (choice.Has(2)) {
         options.standard = choice.Has(3) ? PdfX::X1a : PdfX::X3;
         options.date = 86400;

@@ -7,14 +7,7 @@
 namespace vxhost::pdf
 {
 
-namespace
-{
-
-constexpr int kDefaultLevel = 6;
-
-} // namespace
-
-Deflater::Deflater() : compressor_(libdeflate_alloc_compressor(kDefaultLevel))
+Deflater::Deflater(int level) : compressor_(libdeflate_alloc_compressor(level))
 {
     if (compressor_ == nullptr)
         throw std::bad_alloc();

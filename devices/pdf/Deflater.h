@@ -1,4 +1,4 @@
-// Deflate at its default level, by the faster library.
+// Deflate, by the faster library.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ namespace vxhost::pdf
 class Deflater
 {
   public:
-    Deflater(); // throws std::bad_alloc
+    explicit Deflater(int level); // throws std::bad_alloc
     ~Deflater();
     Deflater(const Deflater &) = delete;
     Deflater &operator=(const Deflater &) = delete;

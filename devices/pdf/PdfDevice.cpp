@@ -51,10 +51,18 @@ int TextMode(bool fills, bool strokes, bool clips)
     return (strokes ? (fills ? 2 : 1) : 0) + (clips ? 4 : 0);
 }
 
+// By libdeflate. Beside 6, its own default, 4 takes three fifths of the time for files 1 to 3 % larger, 1 a fifth for files 5 to
+// 10 % larger, and 10 three to six times as long for files 7 % smaller.
+int LevelOf(Compression compression)
+{
+    constexpr int kLevels[] = {0, 1, 4, 10};
+    return kLevels[static_cast<size_t>(compression)];
+}
+
 // What grows while a page is drawn.
 struct PageProgram {
-    PageProgram(const ByteSink &sink, bool compresses)
-        : file(sink, compresses), content(&file), state(&content, &file), text(&content, &state)
+    PageProgram(const ByteSink &sink, int level)
+        : file(sink, level), content(&file), state(&content, &file), text(&content, &state)
     {
     }
 
@@ -79,7 +87,7 @@ class PdfDevice final : public Device
     void BeginPage(const Page &page) override
     {
         page_ = page;
-        program_.emplace(sink_, options_.compress);
+        program_.emplace(sink_, LevelOf(options_.compression));
         if (!options_.background)
             return;
         const Rgb &colour = *options_.background;

@@ -19,6 +19,9 @@ enum class PdfX : uint8_t { None, X1a, X3 };
 // What says the date of creation: the drawing if it can, the file, or the clock.
 enum class PdfDateFrom : uint8_t { Drawing, File, Clock };
 
+// Time against room; None leaves the page's program to be read as it is.
+enum class Compression : uint8_t { None, Fast, Default, Small };
+
 struct PdfOptions {
     std::optional<Rgb> background; // none: the paper shows
     TextOutput text = TextOutput::Text;
@@ -27,7 +30,7 @@ struct PdfOptions {
     ProfileBytes profileBytes;       // what the profile of that name is; null: it is built in, or a file
     std::optional<int64_t> date;     // seconds since 1970: of creation
     PdfDateFrom dateFrom = PdfDateFrom::Drawing; // where there is no such date
-    bool compress = true;
+    Compression compression = Compression::Default;
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has

@@ -18,10 +18,10 @@ constexpr std::string_view kHead = "%PDF-1.4\n%\xBF\xF7\xA2\xFE\n"; // the bytes
 
 } // namespace
 
-PdfFile::PdfFile(ByteSink sink, bool compresses) : sink_(std::move(sink))
+PdfFile::PdfFile(ByteSink sink, int level) : sink_(std::move(sink))
 {
-    if (compresses)
-        deflater_.emplace();
+    if (level > 0)
+        deflater_.emplace(level);
     gathered_.reserve(kGatherBytes);
     Write(kHead);
 }

@@ -23,7 +23,8 @@ namespace vxhost::pdf
 class PdfFile
 {
   public:
-    PdfFile(ByteSink sink, bool compresses);
+    // The level is that of libdeflate; with 0 nothing is compressed.
+    PdfFile(ByteSink sink, int level);
 
     Reference Add(std::string_view value);
     Reference AddStream(Dictionary dictionary, std::span<const char> bytes);

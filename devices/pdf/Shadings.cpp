@@ -213,7 +213,7 @@ std::optional<ShadingUse> Shadings::Use(const Shading &shading, PdfFile *file)
                                 : ArrayValue({0, 0, 1, last.centre.x, last.centre.y, last.radius}));
     blend.Add("Function", *function).Add("Extend", "[true true]");
     const Reference written = file->Share(blend.Value());
-    auto found = std::ranges::lower_bound(blends_, written);
+    auto found = std::ranges::lower_bound(blends_, written.number, {}, &Reference::number);
     if (found == blends_.end())
         found = blends_.insert(found, written);
     use.name = NameOf(static_cast<size_t>(found - blends_.begin()));

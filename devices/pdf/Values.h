@@ -13,7 +13,7 @@ namespace vxhost::pdf
 // Names an object of the file from within others.
 struct Reference {
     uint32_t number = 0;
-    friend auto operator<=>(const Reference &, const Reference &) = default;
+    friend bool operator==(const Reference &, const Reference &) = default;
 };
 
 std::string ValueOf(Reference reference); // "12 0 R"

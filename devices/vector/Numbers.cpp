@@ -1,5 +1,6 @@
 #include "devices/vector/Numbers.h"
 
+#include <array>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -28,15 +29,13 @@ int64_t Nearest(double value)
     return static_cast<int64_t>(value < 0 ? value - 0.5 : value + 0.5);
 }
 
-// The digits of a value below 10,000, a byte each, the first in the lowest. All four are made at once: a processor
-// hardly guesses how many a number has, and a wrong guess takes longer than a digit.
-uint32_t FourDigits(uint32_t value)
-{
-    const uint32_t hundreds = value * 5243 >> 19;
-    const uint32_t pairs = hundreds | (value - hundreds * 100) << 16;
-    const uint32_t tens = (pairs * 103 >> 10) & 0x000F000F;
-    return tens | (pairs - tens * 10) << 8;
-}
+// The digits of each value below 10,000, a byte each, the first in the lowest.
+constexpr auto kDigits = [] {
+    std::array<uint32_t, 10000> digits = {};
+    for (uint32_t value = 0; value < digits.size(); ++value)
+        digits[value] = value / 1000 | value / 100 % 10 << 8 | value / 10 % 10 << 16 | value % 10 << 24;
+    return digits;
+}();
 
 // Four characters, of which the caller may want fewer.
 void Put(uint32_t digits, char *to)
@@ -53,10 +52,10 @@ char *WriteWhole(uint64_t value, char *to)
     constexpr uint64_t kBeyondFour = 10000;
     if (value >= kBeyondFour) {
         to = WriteWhole(value / kBeyondFour, to);
-        Put(FourDigits(static_cast<uint32_t>(value % kBeyondFour)), to);
+        Put(kDigits[value % kBeyondFour], to);
         return to + 4;
     }
-    const uint32_t digits = FourDigits(static_cast<uint32_t>(value));
+    const uint32_t digits = kDigits[value];
     const int zeros = std::countr_zero(digits | 1U << 24) / 8; // leading ones; the last digit is not counted
     Put(digits >> (8 * zeros), to);
     return to + 4 - zeros;
@@ -92,13 +91,43 @@ char *WriteFraction(uint32_t fraction, char *to)
     if (places == 5)
         return WriteDecimals(decimal, places, to);
     *to++ = '.';
-    Put(FourDigits(static_cast<uint32_t>(decimal) * kPowersOfTen[4 - places]), to);
+    Put(kDigits[decimal * kPowersOfTen[4 - places]], to);
     return to + places;
 }
 
+constexpr double kShort = kDigits.size() - 1; // whole parts of four digits, rounded or not
+
 } // namespace
 
+// All digits are made, and those that a number does not have are left behind: branches would go another way with each number. Where
+// fewer decimals than four do, the nearest four are the same and zeros.
 char *WriteNumber(double value, char *to)
+{
+    if (!(std::abs(value) < kShort))
+        return WriteNumberPlainly(value, to);
+    const auto raw = static_cast<int32_t>(value * 65536 + std::copysign(0.5, value));
+    const auto magnitude = static_cast<uint32_t>(std::abs(raw));
+    const uint32_t fraction = magnitude & 0xFFFF;
+    constexpr uint32_t kPower = kPowersOfTen[4];
+    const uint32_t scaled = fraction * kPower;
+    if (((scaled + kPower / 2 - 1) & 0xFFFF) >= kPower - 1) // five decimals
+        return WriteNumberPlainly(value, to);
+    *to = '-';
+    to += raw < 0 ? 1 : 0;
+    const uint64_t digits = kDigits[magnitude >> 16];
+    // A whole part of 0 has one digit where there is no fraction, else none.
+    const int zeros = std::countr_zero(digits | uint64_t{1} << (fraction == 0 ? 24 : 32)) / 8;
+    Put(static_cast<uint32_t>(digits >> (8 * zeros)), to);
+    to += 4 - zeros;
+    const uint32_t decimals = kDigits[(scaled + 0x8000) >> 16];
+    *to = '.';
+    Put(decimals, to + 1);
+    const int places =
+        static_cast<int>(std::bit_width(uint64_t{decimals} << 8 | 1)) / 8; // the last that is not 0
+    return to + places + (places > 0 ? 1 : 0);
+}
+
+char *WriteNumberPlainly(double value, char *to)
 {
     const int64_t raw = Nearest(InRange(value) * 65536);
     if (raw < 0)

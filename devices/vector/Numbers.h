@@ -16,6 +16,9 @@ inline constexpr double kSmallestNumber = 1.0 / 65536; // what is much less is w
 // number becomes 0.
 char *WriteNumber(double value, char *to);
 
+// Does the same, without the shortcut for numbers as documents have them.
+char *WriteNumberPlainly(double value, char *to);
+
 // Writes up to nine decimals: a factor of a matrix is multiplied by whatever it maps.
 char *WriteFactor(double value, char *to);
 

@@ -6,7 +6,7 @@ _vx()
     local every='--plugin --max-time --max-memory --max-output --progress --font-dir --font-map --no-system-fonts --missing-fonts
         --script --date-order --salvage --require-sandbox --strict --quiet --verbose --help'
     local picture='--output --format --dpi --zoom --width --height --fit --background --box --layers --hide --profile --intent
-        --overprint --samples --text --spots --pdf-x --date'
+        --overprint --samples --text --spots --pdf-x --date --compress'
     local sheet='--dpi --zoom --width --height --fit --box --layers --hide --overprint --samples'
     local words= files=-f
 
@@ -32,6 +32,7 @@ _vx()
     --layers) words='printing all' files= ;;
     --hide) files= ;;
     --pdf-x) words='x1a x3 none' files= ;;
+    --compress) words='none fast default small' files= ;;
     --date-order) words='auto mdy dmy' files= ;;
     --script) words='auto roman japanese chinese korean' files= ;;
     --missing-fonts) words='substitute fail' files= ;;

@@ -487,6 +487,7 @@ class Formats(CommandTest):
         ("svg", ["--profile", "none"], b'fill="#000000"'),
         ("svg", ["--text", "outlines"], None),
         ("pdf", ["--text", "outlines"], None),
+        ("pdf", ["--compress", "none"], b" l\n"),
     ]
 
     def test_options_reach_the_device(self):

@@ -284,13 +284,13 @@ class Completion(CommandTest):
         self.assertEqual(self.complete("render", "a.vx", "--pdf"), ["--pdf-x"])
 
     # The message about a wrong value lists these.
-    CHOICES = ["--format", "--intent", "--overprint", "--samples", "--text", "--spots", "--pdf-x", "--script", "--missing-fonts",
-               "--progress"]
+    CHOICES = ["--format", "--intent", "--overprint", "--samples", "--text", "--spots", "--pdf-x", "--compress",
+               "--script", "--missing-fonts", "--progress"]
 
     def test_values_are_those_that_the_program_takes(self):
         self.write("a.vx", document())
         for option in self.CHOICES:
-            output = "a.pdf" if option in ("--text", "--spots", "--pdf-x") else "a.png"
+            output = "a.pdf" if option in ("--text", "--spots", "--pdf-x", "--compress") else "a.png"
             told = self.refused("render", "a.vx", "-o", output, option, "nonsense", status=2)
             choices = set(re.findall(r"\w+", told.split(": give ")[1])) - {"one", "of", "or", "several", "as"}
             self.assertEqual(set(self.complete("render", option, "")), choices, option)

@@ -45,6 +45,16 @@ class Structure(PdfTest):
             end = head.end() + int(head[1])
             self.assertEqual(data[end:end + 18], b"\nendstream\nendobj\n")
 
+    def test_all_ways_of_compressing_give_the_same_page(self):
+        sizes, pages = [], set()
+        for how in ("none", "fast", "default", "small"):
+            pdf = self.pdf(sample("poster"), "--compress", how)
+            sizes.append(os.path.getsize(pdf))
+            plain = run("qpdf", "--qdf", "--no-original-object-ids", pdf, "-")
+            pages.add(re.sub(rb"/ID \[.*\]", b"", plain))
+        self.assertEqual(sizes, sorted(set(sizes), reverse=True))
+        self.assertEqual(len(pages), 1)
+
     def test_the_page_is_the_documents_box(self):
         pdf = self.pdf_of("0 g\n0 0 m\n9 9 L\nS\n", box="-5 10 67 46")
         report = run("pdfinfo", "-box", pdf).decode()

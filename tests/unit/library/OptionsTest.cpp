@@ -84,6 +84,7 @@ TEST(OptionsTest, MeanWhatTheySay)
                                     {"samples", "8"},
                                     {"text", "outlines"},
                                     {"date", "86400"},
+                                    {"compress", "fast"},
                                     {"max-time", "2.5"},
                                     {"max-memory", "2G"},
                                     {"max-output", "1K"},
@@ -101,6 +102,7 @@ TEST(OptionsTest, MeanWhatTheySay)
     EXPECT_EQ(settings.png.samples, 8);
     EXPECT_EQ(settings.pdf.text, TextOutput::Outlines);
     EXPECT_EQ(settings.pdf.date, 86400);
+    EXPECT_EQ(settings.pdf.compression, Compression::Fast);
     EXPECT_EQ(settings.seconds, 2.5);
     EXPECT_EQ(settings.memory, int64_t{2} << 30);
     EXPECT_EQ(settings.png.memoryLimit, uint64_t{2} << 30);
@@ -135,6 +137,7 @@ const WrongCase kWrong[] = {
     {"samples", "3", "--samples 3: not known: give one of 1, 2, 4, 8"},
     {"samples", "", ""}, // not said
     {"pdf-x", "x4", "--pdf-x x4: not known: give one of x1a, x3, none"},
+    {"compress", "yes", "--compress yes: not known: give one of none, fast, default, small"},
     {"date", "-1", "--date -1: not a date from 1970 to 9999"},
     {"date", "253402300800", "--date 253402300800: not a date from 1970 to 9999"},
     {"date", "1969-12-31", "--date 1969-12-31: not a date from 1970 to 9999"},

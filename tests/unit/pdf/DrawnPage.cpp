@@ -18,7 +18,7 @@ Path Rectangle(double left, double bottom, double width, double height)
 
 DrawnPage::DrawnPage(const std::function<void(Device &)> &draw, PdfOptions options, vxhost::Page page)
 {
-    options.compress = false;
+    options.compression = Compression::None;
     if (page.box.Width() == 0)
         page.box = {0, 0, 100, 50};
     const ByteSink sink = [this](std::span<const std::byte> part) {

@@ -28,7 +28,7 @@ class PdfFiles : public testing::Test
     std::string IdentityWith(std::string_view object)
     {
         bytes_.clear();
-        PdfFile file(Sink(), false);
+        PdfFile file(Sink(), 0);
         file.Add(object);
         EXPECT_FALSE(Finish(&file));
         const size_t at = bytes_.find("/ID[<") + 5;
@@ -43,7 +43,7 @@ class PdfFiles : public testing::Test
 TEST_F(PdfFiles, SayWhereTheirObjectsBegin)
 {
     constexpr size_t kObjects = 10000; // more than are gathered
-    PdfFile file(Sink(), false);
+    PdfFile file(Sink(), 0);
     for (size_t i = 1; i <= kObjects; ++i)
         ASSERT_EQ(file.Add(ValueOf(static_cast<double>(i))).number, i);
     ASSERT_FALSE(Finish(&file));
@@ -63,13 +63,13 @@ TEST_F(PdfFiles, SayWhereTheirObjectsBegin)
 
 TEST_F(PdfFiles, EndALineAfterAStream)
 {
-    PdfFile file(Sink(), false);
+    PdfFile file(Sink(), 0);
     const std::string data = "no line end", packed(100000, 'x');
     file.AddStream({}, data);
     ASSERT_FALSE(Finish(&file));
     EXPECT_NE(bytes_.find("<</Length 11>>\nstream\nno line end\nendstream\nendobj\n"), std::string::npos);
     bytes_.clear();
-    PdfFile smaller(Sink(), true);
+    PdfFile smaller(Sink(), 4);
     smaller.AddStream({}, packed);
     ASSERT_FALSE(Finish(&smaller));
     const size_t start = bytes_.find("stream\n") + 7;
@@ -98,7 +98,7 @@ TEST_F(PdfFiles, HaveAnIdentityOfTheirOwn)
 // What was shared some megabytes ago is written once more.
 TEST_F(PdfFiles, ShareWhatTheyStillKnow)
 {
-    PdfFile file(Sink(), false);
+    PdfFile file(Sink(), 0);
     const Reference first = file.Share("(a)");
     EXPECT_EQ(file.Share("(a)"), first);
     EXPECT_NE(file.Share("(b)"), first);
@@ -123,7 +123,7 @@ TEST_F(PdfFiles, WriteNothingAfterAFailure)
         [&calls](std::span<const std::byte>) {
             return ++calls == 2 ? Failure{FailureKind::CannotWrite, "full", ENOSPC} : Failure();
         },
-        false);
+        0);
     for (int i = 0; i < 10; ++i)
         file.AddStream({}, std::string(100000, 'x'));
     const Failure failure = Finish(&file);
@@ -135,7 +135,7 @@ TEST_F(PdfFiles, WriteNothingAfterAFailure)
 // A place in the table has ten digits.
 TEST_F(PdfFiles, RefuseToGrowBeyondTheirTable)
 {
-    PdfFile file([](std::span<const std::byte>) { return Failure(); }, false);
+    PdfFile file([](std::span<const std::byte>) { return Failure(); }, 0);
     const std::string large(64 << 20, 'x');
     for (uint64_t written = 0; written < 10'000'000'000; written += large.size())
         file.AddStream({}, large);

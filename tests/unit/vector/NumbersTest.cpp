@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
+#include <string_view>
 
 using namespace vxhost;
 
@@ -68,6 +70,36 @@ TEST(Number, TellsNeighboursApartInTheFewestDecimals)
         const double shorter = std::round(raw / 65536.0 * power) / power;
         ASSERT_GE(std::abs(shorter * 65536 - raw), 0.5) << text;
     }
+}
+
+// All fractions, with whole parts of any length up to and past the shortcut's last, and doubles of any bits.
+TEST(Number, IsTheSameWithoutTheShortcut)
+{
+    const auto check = [](double value) {
+        char quick[kMaxNumber], plain[kMaxNumber];
+        const std::string_view one(quick, static_cast<size_t>(WriteNumber(value, quick) - quick));
+        const std::string_view other(plain, static_cast<size_t>(WriteNumberPlainly(value, plain) - plain));
+        ASSERT_EQ(one, other) << value;
+    };
+    uint64_t random = 1;
+    const auto next = [&random] { return random = random * 6364136223846793005 + 1442695040888963407; };
+    constexpr uint64_t kWholes[] = {0, 1, 10, 100, 1000, 10001, 1000000001};
+    for (int32_t fraction = 0; fraction < 65536; ++fraction) {
+        for (const uint64_t bound : kWholes) {
+            const double whole = bound == 0 ? 0 : static_cast<double>((next() >> 32) % bound);
+            check(whole + fraction / 65536.0);
+            check(-whole - fraction / 65536.0);
+            check(whole + (fraction + 0.5) / 65536.0);
+            check(-whole - (fraction + 0.5) / 65536.0);
+        }
+        check(std::bit_cast<double>(next()));
+        check(
+            std::bit_cast<double>((next() & 0x801FFFFFFFFFFFFF) | (uint64_t{0x3E0} + (next() >> 58)) << 52));
+    }
+    for (const double value :
+         {9998.99999, 9998.999995, 9998.999999999, 9999.0, 9999.5, 10000.0, 9999.99999, 9999.999999})
+        for (const double signed_ : {value, -value})
+            check(signed_);
 }
 
 const NumberCase kFactors[] = {
