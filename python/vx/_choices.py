@@ -77,6 +77,7 @@ def options() -> tuple[Option, ...]:
     ...         print(option)
     pdf_x=LEVEL: pdf: the standard to keep to: x1a, x3 or none (none)
     date=S: pdf: the date of its creation, in seconds since 1970 (the document's own)
+    compress=HOW: pdf: how hard to compress: none, fast, default or small (default)
     """
     return tuple(read_option(lib.vx_option_at, index) for index in range(lib.vx_option_count()))
 
