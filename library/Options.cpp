@@ -293,8 +293,8 @@ constexpr Option kOptions[] = {
      "own)",
      SetDate},
     {"compress", 0, "HOW", kPdf, "default",
-     "pdf: none, fast (files some 6 % larger), default, or small (7 % smaller, slow) (default)",
-     SetCompression, "none,fast,default,small"},
+     "pdf: how hard to compress: none, fast, default or small (default)", SetCompression,
+     "none,fast,default,small"},
 
     {"max-time", 0, "S", 0, "60", "seconds that a document may take; 0 is no limit", SetTime, "", 0,
      kMaxSeconds},

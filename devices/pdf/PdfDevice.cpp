@@ -51,8 +51,8 @@ int TextMode(bool fills, bool strokes, bool clips)
     return (strokes ? (fills ? 2 : 1) : 0) + (clips ? 4 : 0);
 }
 
-// By libdeflate. Beside 6, its own default, 4 takes three fifths of the time for files 1 to 3 % larger, 1 a fifth for files 5 to
-// 10 % larger, and 10 three to six times as long for files 7 % smaller.
+// By libdeflate. Beside 6, its own default, 4 takes three fifths of the time for pages 1 to 3 % larger, 1 a fifth for pages 5 to
+// 10 % larger, and 10 three to six times as long for pages 7 % smaller.
 int LevelOf(Compression compression)
 {
     constexpr int kLevels[] = {0, 1, 4, 10};

@@ -77,7 +77,7 @@ def options() -> tuple[Option, ...]:
     ...         print(option)
     pdf_x=LEVEL: pdf: the standard to keep to: x1a, x3 or none (none)
     date=WHEN: pdf: the date of its creation: as 2026-11-22T10:30, in seconds since 1970, file or now (the document's own)
-    compress=HOW: pdf: none, fast (files some 6 % larger), default, or small (7 % smaller, slow) (default)
+    compress=HOW: pdf: how hard to compress: none, fast, default or small (default)
     """
     return tuple(read_option(lib.vx_option_at, index) for index in range(lib.vx_option_count()))
 
