@@ -261,8 +261,10 @@ void Tell(const std::string &input, const Result &result, const Summary &summary
         messages->Detail(InputName(input), "around the drawing: " + result.header.wrapping);
     const DateOrigin date = result.outcome.date;
     if (!result.written.empty() && (date == DateOrigin::File || date == DateOrigin::Clock))
-        messages->Note(fmt::format("{}: the PDF's date of creation is {}: choose another with --date",
-                                   InputName(input), date == DateOrigin::File ? "the file's" : "now"));
+        messages->Note(fmt::format(
+            "{}: the PDF's date of creation is {}: choose another with --date{}", InputName(input),
+            date == DateOrigin::File ? "the file's" : "now",
+            result.header.isDateOrderOpen ? ", or say with --date-order how to read the drawing's own" : ""));
     const Counts &counts = result.outcome.counts;
     for (const std::string &output : result.written)
         messages->Detail(OutputName(output),

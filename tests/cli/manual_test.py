@@ -222,6 +222,7 @@ class Members(CommandTest):
         for _ in range(2):
             objects += self.objects("batch", "same.vx", "-o", "same.png", "--fit", "8", "--journal", "done", "--resume")
         objects += self.objects("batch", "same.vx", "too.vx", "-o", "{hash}.png", "--fit", "8")
+        objects += self.objects("batch", self.names[0], "--pdf-x", "x3", "-o", "dated.pdf")
         objects += self.objects("batch", "--salvage", "malformed.vx", "-o", "salvaged.png", "--fit", "8")
         named = named_members("vx-batch.1.md", "RESULTS")
         facts = named_members("vx-info.1.md", "JSON")

@@ -117,8 +117,8 @@ def test_options_are_listed_with_their_ranges():
     ("png", {"dpi": float("nan")}, "<bytes>: dpi NaN: not a number above 0 and up to 100000: give one as 300 or 1.5"),
     ("pdf", {"pdf_x": "x1a", "profile": "none"}, "<bytes>: pdf_x and profile none: PDF/X names the press it is made for: "
      "give a profile, or leave profile out"),
-    ("pdf", {"pdf_x": "x1a"}, "<bytes>: PDF/X asks for the date of creation, and the document has none: set date to one, in "
-     "seconds since 1970"),
+    ("pdf", {"date": "soon"}, "<bytes>: date soon: not a date from 1970 to 9999: give one as 2026-11-22 or 2026-11-22T10:30, seconds "
+     "since 1970, file or now"),
     ("gif", {}, '<bytes>: no format "gif": give one of pdf, svg, png'),
     ("gif", {"width": 3}, '<bytes>: no format "gif": give one of pdf, svg, png'),
 ])
