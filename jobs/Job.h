@@ -63,7 +63,10 @@ class Job
     // Once it has ended: what became of the document, and how many passes were done.
     const Result &Found() const { return result_; }
     size_t PassesDone() const { return passesDone_; }
-    const std::shared_ptr<Document> &Opened() const { return document_; } // null: it could not be, or the job has ended
+    const std::shared_ptr<Document> &Opened() const
+    {
+        return document_;
+    } // null: it could not be, or the job has ended
 
   private:
     enum class State { Opened, AwaitsFonts, Works, Ended };
