@@ -171,8 +171,8 @@ void EmbeddedFont::AddComposite(PdfFile *file, Reference descriptor, const std::
             return;
         Dictionary font;
         font.Add("Type", "/Font").Add("Subtype", "/Type0");
-        // A CFF font is named together with its encoding, by custom.
-        font.Add("BaseFont", NameValue(isTrueType ? name : name + "-" + encoding));
+        // By custom a CFF font is named together with its encoding; editors then look for a font of that whole name, in vain.
+        font.Add("BaseFont", NameValue(name));
         font.Add("Encoding", NameValue(encoding)).Add("DescendantFonts", descendants);
         resources->Add(resource, file->Add(font.Add("ToUnicode", toUnicode).Value()));
     };

@@ -234,6 +234,8 @@ TEST(PdfText, EmbedsASubsetOfACffFont)
     EXPECT_EQ(font.getKey("/Subtype").unparse(), "/CIDFontType0");
     const std::string name = font.getKey("/BaseFont").getName();
     EXPECT_EQ(name.substr(7), "+Helvetica");
+    // Editors look for a font of the whole name, to which no encoding belongs.
+    EXPECT_EQ(page.Resource("Font", "F1").getKey("/BaseFont").getName(), name);
     QPDFObjectHandle program = font.getKey("/FontDescriptor").getKey("/FontFile3");
     EXPECT_EQ(program.getDict().getKey("/Subtype").unparse(), "/CIDFontType0C");
     EXPECT_LT(StreamText(program).size(), 8000u); // the whole font has some 50,000
