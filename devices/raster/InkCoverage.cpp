@@ -80,9 +80,10 @@ InkCoverage CoverageMeter::Measure() const
     if (*most > 0) {
         const auto at = static_cast<size_t>(most - totals_.begin()),
                    width = static_cast<size_t>(sheet_.width);
-        const auto column = static_cast<double>(at % width), row = static_cast<double>(at / width);
-        coverage.mostAt = {sheet_.box.left + (column + 0.5) / sheet_.width * sheet_.box.Width(),
-                           sheet_.box.top - (row + 0.5) / sheet_.height * sheet_.box.Height()};
+        const size_t row = at / width; // a whole number
+        const auto fromLeft = static_cast<double>(at % width) + 0.5, fromTop = static_cast<double>(row) + 0.5;
+        coverage.mostAt = {sheet_.box.left + fromLeft / sheet_.width * sheet_.box.Width(),
+                           sheet_.box.top - fromTop / sheet_.height * sheet_.box.Height()};
     }
     const double least = limit_ * kFull;
     const auto above = std::ranges::count_if(totals_, [&](Total total) { return total > least; });

@@ -36,7 +36,7 @@ Failure PlateFiles::TakeRow(std::span<const uint8_t *const> plates)
 Failure PlateFiles::End()
 {
     for (const auto &writer : writers_) {
-        if (const Failure failure = writer->End())
+        if (Failure failure = writer->End())
             return failure;
     }
     writers_.clear();
