@@ -1,5 +1,5 @@
-// What bench/compare measures besides vx itself, one job a run: the floor and the plug-in alone; and what it measures with:
-// documents, and the time and memory of another program.
+// Measures for bench/compare what is not vx itself, one job a run: the floor, the plug-in alone, the time and memory of another
+// program. It writes the documents to measure with, too.
 #include "bench/Documents.h"
 #include "bench/Equivalents.h"
 #include "bench/IdleHost.h"

@@ -410,7 +410,7 @@ void Batch::FinishWhatEnded()
         slot.summary = session_->Summarise(slot.entry.input, slot.result);
         slot.rendering.reset();
         --running_;
-        // What is packed is known for a drawing, or for none, only now.
+        // A packed file is known for a drawing, or for none, only now.
         slot.isPassedOver = !slot.entry.relative.empty() && !options_.takesAll &&
                             slot.result.fault.kind == FaultKind::NotADrawing;
         if (journal_ != nullptr)

@@ -25,7 +25,7 @@ FormatList FormatsOf(const std::vector<RenderTask::Output> &outputs)
 
 } // namespace
 
-// What is wrong with a whole manifest is told by all.
+// Every shard tells what is wrong with a whole manifest.
 bool Shard::Has(const ManifestEntry &entry) const
 {
     const bool isOfAll = !entry.manifest.empty() && entry.line == 0;

@@ -64,7 +64,7 @@ class Planner
     // The document's number in the batch, and its digest, empty where it is not needed.
     std::vector<RenderTask::Output> OutputsOf(const ManifestEntry &entry, size_t number,
                                               const std::string &digest) const;
-    // What the options say of the outputs, in one text.
+    // Returns in one text all that the options say of the outputs.
     std::string OptionsTextOf(const ManifestEntry &entry) const;
     RenderTask TaskFor(const ManifestEntry &entry, size_t number, const std::string &digest) const;
 

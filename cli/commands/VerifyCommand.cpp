@@ -23,7 +23,7 @@ namespace vxhost
 namespace
 {
 
-// What was compared: an output, and what is made of the drawing now.
+// Holds an output beside what is made of the drawing now.
 struct Comparison {
     std::string input, output;
     FileDigest found, expected;

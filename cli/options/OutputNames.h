@@ -29,7 +29,7 @@ struct NamedDocument {
 //   {hash}      the digest of its bytes
 //   {namehash}  that of its name
 //
-// Of the last two {hash:2} is two digits, those behind the ones that the pattern took before. A pattern that names a folder
+// {hash:2} and {namehash:2} are two digits, those behind the ones that the pattern took before. A pattern that names a folder
 // gets "{stem}.{ext}", for a document of a folder "{relative}/{stem}.{ext}" if it has no {relative} yet. Throws UsageError when more digits are asked for
 // than there are.
 std::string FillPattern(const std::string &pattern, const NamedDocument &document, const Format &format);

@@ -50,7 +50,7 @@ struct Place {
     static int32_t Widen(int32_t value) { return value + (value + 0x7FFF) / kMost; }
 };
 
-// Of words, whose difference times the rest may take 33 bits with its sign: what is lost is cut off anyway.
+// Both are words. Their difference times the rest may take 33 bits with its sign: the bit that is lost is cut off anyway.
 int32_t Between(int32_t low, int32_t high, int32_t rest)
 {
     const uint32_t product = static_cast<uint32_t>(high - low) * static_cast<uint32_t>(rest);
@@ -89,7 +89,7 @@ class Fogra39Colours final : public ScreenColours
   public:
     explicit Fogra39Colours(Intent intent) : name_(intent == Intent::Perceptual ? kPerceptual : kRelative)
     {
-        // What is blackest in print becomes the black of the screen, and white stays.
+        // The blackest that can be printed becomes the black of the screen, and white stays.
         const auto &black = kBlack[intent == Intent::Perceptual ? 1 : 0];
         for (size_t i = 0; i < kComponents; ++i) {
             const double range = black[i] - kWhite[i];
@@ -152,7 +152,7 @@ class Fogra39Colours final : public ScreenColours
             corner += static_cast<size_t>(places[i].entry) * kSteps[i];
             step[i] = places[i].isLast ? 0 : kSteps[i];
         }
-        // Of the six tetrahedra of a cell the one that holds the place: its edges go from ink to ink, from the one that is
+        // A cell has six tetrahedra. The edges of the one that holds the place go from ink to ink, from the one that is
         // farthest along to the one that is least.
         size_t order[] = {1, 2, 3};
         const auto sort = [&](size_t a, size_t b) {

@@ -1,4 +1,4 @@
-// What the file says about itself.
+// Writes what a file says about itself.
 #pragma once
 
 #include "devices/pdf/PdfDevice.h"

@@ -16,7 +16,7 @@ namespace vxhost
 
 enum class PdfX : uint8_t { None, X1a, X3 };
 
-// What says the date of creation: the drawing if it can, the file, or the clock.
+// The date of creation is taken from the drawing if it has one, from the file, or from the clock.
 enum class PdfDateFrom : uint8_t { Drawing, File, Clock };
 
 // Time against room; None leaves the page's program to be read as it is.

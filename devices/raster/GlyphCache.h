@@ -1,4 +1,4 @@
-// What was found out about the glyphs of a page, for those that come again: the lines of an outline under a matrix, and
+// Keeps what was found out about the glyphs of a page for when they come again: the lines of an outline under a matrix, and
 // their spans for the last few fractions of y.
 //
 // Whatever is kept is what would be made anew, to the last bit, and when there is no room for more all of it is
