@@ -1,5 +1,6 @@
 // vx: opens VX drawings. This reads the command line as far as the command, and hands over.
 
+#include "cli/archive/EventDetail.h"
 #include "cli/commands/BatchCommand.h"
 #include "cli/commands/CoverageCommand.h"
 #include "cli/commands/FontsCommand.h"
@@ -126,6 +127,9 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
     CLI::App app("Opens VX drawings and makes pictures of them.", "vx");
     app.set_help_flag("-h,--help", "show this");
     app.set_version_flag("-V,--version", "vx " VX_VERSION, "show the version");
+    bool tellsEvent = false;
+    app.add_flag("--event-detail", tellsEvent,
+                 "tell with what outputs are made, in a line for a preservation system");
     app.footer(kExamples);
     app.formatter(std::make_shared<HelpText>());
     app.require_subcommand(0, 1);
@@ -175,6 +179,8 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
             files->run_callback();
         return run(messages);
     }
+    if (tellsEvent && app.remaining(true).empty())
+        return PrintResult(EventDetail() + "\n", messages) ? Status::Done : Status::OutputFailed;
     if (const std::string stray = StrayOption(app); !stray.empty())
         throw UsageError(stray[0] == '-' ? fmt::format("no option \"{}\": see vx --help", stray)
                                          : fmt::format("no command \"{}\": give one of {}", stray, known));

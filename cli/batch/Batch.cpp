@@ -1,10 +1,12 @@
 #include "cli/batch/Batch.h"
 
+#include "cli/archive/Premis.h"
 #include "cli/batch/LookAhead.h"
 #include "cli/options/IsDrawing.h"
 #include "cli/options/OutputNames.h"
 #include "cli/report/ResultJson.h"
 #include "cli/report/StandardStreams.h"
+#include "cli/report/Times.h"
 #include "host/reading/Utf8.h"
 #include "jobs/Interrupt.h"
 #include "jobs/OutputFile.h"
@@ -78,17 +80,6 @@ std::string TextOf(const FontList &fonts)
     return text;
 }
 
-// "2026-11-22T21:04:05Z"
-std::string TimeText()
-{
-    const time_t now = time(nullptr);
-    tm parts = {};
-    return gmtime_r(&now, &parts) == nullptr
-               ? ""
-               : fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", parts.tm_year + 1900, parts.tm_mon + 1,
-                             parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec);
-}
-
 // Returns whether the outputs are where they would be written now, as they were.
 bool AreThere(const JournalEntry &done, const RenderTask &task, Resuming resuming)
 {
@@ -119,6 +110,8 @@ Status Batch::Run()
 {
     const std::optional<size_t> documents = LookAhead(options_, planner_, messages_);
     OpenJournal();
+    if (!options_.bag.empty())
+        bag_ = std::make_unique<Bag>(options_.bag);
     (void)clock_gettime(CLOCK_REALTIME_COARSE, &began_); // which is that of file systems
     tally_.Begin(documents, Tally::Clock::now());
     interrupts_ = HoldInterrupts();
@@ -158,7 +151,7 @@ void Batch::OpenJournal()
     nlohmann::ordered_json with = options_.circumstances;
     const FontList *fonts = session_->Jobs().WaitForFonts();
     with["fonts"] = fonts == nullptr ? "" : DigestOf(TextOf(*fonts));
-    with["time"] = TimeText();
+    with["time"] = TimeText(std::time(nullptr));
     journal_->BeginRun(with);
 }
 
@@ -189,6 +182,7 @@ Status Batch::End()
     messages_->EraseProgress();
     if (end_ == BatchEnd::Asked && manifest_.AtEnd() && later_.empty())
         end_ = BatchEnd::Whole; // there was nothing left to begin
+    CloseBag();
     const Status status = end_ == BatchEnd::Whole ? worst_ : Status::Interrupted;
     tally_.AddPassedOver(manifest_.PassedOver());
     const Tally::Clock::time_point now = Tally::Clock::now();
@@ -291,12 +285,14 @@ RenderTask Batch::PlanFor(Slot *slot)
 {
     const ManifestEntry &entry = slot->entry;
     const bool needsDigest = planner_.NeedsDigest(entry);
-    if (needsDigest || journal_ != nullptr)
+    if (needsDigest || journal_ != nullptr || options_.writesPremis)
         slot->digest = DigestOfFile(entry.input);
     // A journal keeps what is wrong with a document as well.
     if (needsDigest && !slot->digest.error.empty())
         throw OptionError(slot->digest.error);
     RenderTask task = planner_.TaskFor(entry, slot->number, slot->digest.digest);
+    for (const RenderTask::Output &output : task.outputs)
+        slot->formats.push_back(output.format);
     const std::string options = planner_.OptionsTextOf(entry);
     ClaimOutputs(&task, slot, needsDigest ? ShortDigestOf(slot->digest.digest + options) : 0);
     slot->job = JobOf(*slot, task);
@@ -335,14 +331,24 @@ bool Batch::WasDone(const RenderTask &task, Slot *slot) const
     summary.status = done->status;
     summary.error = std::move(done->error);
     summary.warnings = std::move(done->warnings);
-    if (summary.IsDone() ? !AreThere(*done, task, options_.resuming)
+    if (summary.IsDone() ? !AreThere(*done, task, options_.resuming) || !HasRecords(task)
                          : options_.retriesFailed && !done->isPassedOver)
         return false;
-    for (size_t i = 0; i < done->outputs.size(); ++i)
+    for (size_t i = 0; i < done->outputs.size(); ++i) {
         slot->result.written.push_back(task.outputs[i].path);
+        slot->outputs.push_back({task.outputs[i].path, done->outputs[i].digest});
+    }
     slot->summary = std::move(summary);
     slot->wasDoneBefore = true;
     return true;
+}
+
+// Returns whether all that is to stand beside the outputs does.
+bool Batch::HasRecords(const RenderTask &task) const
+{
+    return !options_.writesPremis || std::ranges::all_of(task.outputs, [](const RenderTask::Output &output) {
+        return access(PremisNameOf(output.path).c_str(), F_OK) == 0;
+    });
 }
 
 // Throws UsageError when nothing may be written to the path. It looks at the path's place: "none/../a.vx" leads nowhere, and
@@ -356,6 +362,10 @@ void Batch::CheckOutput(const std::string &path, const std::string &place) const
         throw UsageError(fmt::format("would overwrite the manifest \"{}\": choose another name", path));
     if (!options_.journal.empty() && IsSameFile(options_.journal, place))
         throw UsageError(fmt::format("would overwrite the journal \"{}\": choose another name", path));
+    if (!options_.bag.empty() && !LiesIn(Bag::DataFolderOf(options_.bag), path))
+        throw UsageError(
+            fmt::format("would be written to \"{}\", outside of the bag: name its folder with -o, as {}",
+                        place, Bag::DataFolderOf(options_.bag) + "/"));
     const std::string folder = FolderOf(options_.output);
     if (!options_.allowOutside && !LiesIn(folder, path))
         throw UsageError(fmt::format("would be written to \"{}\", outside of {}: name its folder with -o, or "
@@ -413,8 +423,32 @@ void Batch::FinishWhatEnded()
         // A packed file is known for a drawing, or for none, only now.
         slot.isPassedOver = !slot.entry.relative.empty() && !options_.takesAll &&
                             slot.result.fault.kind == FaultKind::NotADrawing;
+        if (slot.summary->IsDone())
+            Record(&slot);
         if (journal_ != nullptr)
             Enter(slot);
+    }
+}
+
+// Keeps the digests of the outputs where somebody asks for them, and writes what is to stand beside each.
+void Batch::Record(Slot *slot)
+{
+    if (journal_ == nullptr && bag_ == nullptr && !options_.writesPremis)
+        return;
+    const std::vector<const Format *> &formats = slot->formats;
+    for (size_t i = 0; i < slot->result.written.size(); ++i) {
+        const std::string &path = slot->result.written[i];
+        slot->outputs.push_back({path, DigestOfFile(path)});
+        if (!options_.writesPremis)
+            continue;
+        const std::string problem =
+            WritePremis({slot->entry.input, slot->digest, path, slot->outputs.back().digest, formats[i],
+                         planner_.OptionsTextOf(slot->entry), slot->summary->warnings, StatedTime()});
+        if (problem.empty())
+            continue;
+        slot->summary->status = Status::OutputFailed;
+        slot->summary->error = problem;
+        return;
     }
 }
 
@@ -425,8 +459,7 @@ void Batch::Enter(const Slot &slot)
     entry.number = slot.number;
     entry.input = slot.entry.input;
     entry.digest = slot.digest;
-    for (const std::string &path : slot.result.written)
-        entry.outputs.push_back({path, DigestOfFile(path)});
+    entry.outputs = slot.outputs;
     entry.milliseconds =
         std::chrono::duration_cast<std::chrono::milliseconds>(Tally::Clock::now() - slot.began).count();
     entry.status = slot.summary->status;
@@ -502,9 +535,38 @@ bool Batch::Print(const Slot &slot)
     json["warnings"] = summary.warnings;
     if (slot.result.isRead)
         AddResult(slot.result, &json);
+    if (bag_ != nullptr && summary.IsDone() && slot.sharesWith == 0)
+        AddToBag(slot);
     tally_.Add(summary, slot.wasDoneBefore);
     worst_ = Worst(worst_, summary.status);
     return PrintResult(Joined(JsonLine(named), entry.id, JsonLine(json)), messages_);
+}
+
+void Batch::AddToBag(const Slot &slot)
+{
+    for (const JournalOutput &output : slot.outputs) {
+        bag_->Add(output.path, output.digest);
+        if (options_.writesPremis)
+            bag_->Add(PremisNameOf(output.path), DigestOfFile(PremisNameOf(output.path)));
+    }
+}
+
+void Batch::CloseBag()
+{
+    if (bag_ == nullptr)
+        return;
+    if (end_ != BatchEnd::Whole) {
+        messages_->Note(
+            fmt::format("--bag {}: is no bag yet: it is one when all documents are done", options_.bag));
+        return;
+    }
+    if (const uint64_t others = bag_->Close(); others > 0)
+        messages_->Warning(
+            "",
+            fmt::format("--bag {}: {} in \"data\" {} not of this run, and {} in no manifest: take "
+                        "{} away",
+                        options_.bag, others == 1 ? "1 file" : fmt::format("{} files", others),
+                        others == 1 ? "is" : "are", others == 1 ? "is" : "are", others == 1 ? "it" : "them"));
 }
 
 void Batch::ShowProgress()

@@ -4,6 +4,7 @@
 // none is written twice. Beyond, it sees that when the second is to take its name.
 #pragma once
 
+#include "cli/archive/Bag.h"
 #include "cli/batch/Journal.h"
 #include "cli/batch/Planner.h"
 #include "cli/batch/Tally.h"
@@ -46,6 +47,8 @@ class Batch
         Tally::Clock::time_point began;
         bool wasDoneBefore = false; // by an earlier run
         size_t sharesWith = 0;      // number of an equal document with the same output; 0: there is none
+        std::vector<const Format *> formats;  // of the outputs
+        std::vector<JournalOutput> outputs;   // with their digests, where somebody asks for these
         std::unique_ptr<Rendering> rendering; // while it is at work
         Result result;
         std::optional<Summary> summary; // none: it is not done
@@ -70,7 +73,11 @@ class Batch
     bool WasDone(const RenderTask &task, Slot *slot) const;
 
     void FinishWhatEnded();
+    bool HasRecords(const RenderTask &task) const;
+    void Record(Slot *slot);
     void Enter(const Slot &slot);
+    void AddToBag(const Slot &slot);
+    void CloseBag();
     bool PrintWhatIsDue();
     bool Print(const Slot &slot);
     void ShowProgress();
@@ -101,6 +108,7 @@ class Batch
     BatchEnd end_ = BatchEnd::Whole;
 
     std::unique_ptr<Journal> journal_; // null: none is kept
+    std::unique_ptr<Bag> bag_;         // null: none is made
     // Those that several runs have begun and none has ended, with their numbers: left for last.
     std::deque<std::pair<size_t, ManifestEntry>> later_;
     bool isLater_ = false; // their time has come

@@ -52,13 +52,7 @@ std::vector<RenderTask::Output> Planner::OutputsOf(const ManifestEntry &entry, s
 
 std::string Planner::OptionsTextOf(const ManifestEntry &entry) const
 {
-    const OutputOptions said = SaidOf(entry);
-    std::string text = fmt::format("format={}", said.format);
-    for (const Option &option : Options()) {
-        if (const std::string &value = said.texts.Of(option.name); option.formats != 0 && !value.empty())
-            text += fmt::format("\n{}={}", option.name, value);
-    }
-    return text;
+    return SaidOf(entry).Text();
 }
 
 RenderTask Planner::TaskFor(const ManifestEntry &entry, size_t number, const std::string &digest) const

@@ -49,6 +49,8 @@ struct BatchOptions {
     // Says what else decides over the outputs: versions, and options about reading.
     nlohmann::ordered_json circumstances;
     SummaryForm summary = SummaryForm::Text;
+    bool writesPremis = false; // a record beside each output
+    std::string bag;           // a folder that becomes one; empty: none
 };
 
 class Planner

@@ -68,6 +68,12 @@ BatchCommand::BatchCommand(CLI::App *command)
         ->type_name("WHICH");
     command->add_flag("--merge-journals", merges_,
                       "draw nothing: add what the FILEs, journals, have to that of --journal");
+    command->add_flag("--premis", writesPremis_,
+                      "write a PREMIS record beside each output, as OUT.premis.xml");
+    command
+        ->add_option("--bag", bag_,
+                     "make the folder a BagIt bag of the outputs, which lie in its folder data")
+        ->type_name("FOLDER");
     command
         ->add_option(
             "--shard", shard_,
@@ -86,6 +92,8 @@ BatchCommand::BatchCommand(CLI::App *command)
         "Examples:\n"
         "  vx batch drawings -o 'pictures/{relative}/{stem}.{ext}' -f png >results.jsonl\n"
         "  vx batch --manifest list.jsonl >results.jsonl\n"
+        "  vx batch drawings --bag drawings-bag --premis -f pdf --journal drawings.journal --resume "
+        ">results.jsonl\n"
         "  find drawings -name '*.vx' -print0 | vx batch -0 -f pdf,png -o '{dir}/{stem}.{ext}' "
         ">results.jsonl\n"
         "  vx batch -o pictures/ -- *.vx | jq -r 'select(.exit != 0) | .input + \": \" + .error'");
@@ -99,11 +107,14 @@ Status BatchCommand::Run(Messages *messages) const
     const std::vector<BatchSource> sources = ReadSources(options.inputs);
     const bool showProgress =
         options.showProgress && isatty(STDOUT_FILENO) != 1; // else it would stand among them
-    CheckPattern(output_);
+    if (bag_ && (bag_->empty() || *bag_ == "-"))
+        throw UsageError(fmt::format("--bag \"{}\": no name of a folder: name one", *bag_));
+    const std::string output = bag_ && output_.empty() ? Bag::DataFolderOf(*bag_) + "/" : output_;
+    CheckPattern(output);
     options.showProgress = false; // the progress of a single document is not shown
 
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
-    FormatList formats = ReadFormats(outputOptions_.format, output_);
+    FormatList formats = ReadFormats(outputOptions_.format, output);
     const Format *png = FindFormat("png");
     if (!outputOptions_.texts.Of("profile").empty() && std::ranges::find(formats, png) == formats.end())
         formats.push_back(png); // of these formats it alone looks at the profile
@@ -113,7 +124,9 @@ Status BatchCommand::Run(Messages *messages) const
     BatchOptions batchOptions;
     batchOptions.sources = sources;
     batchOptions.takesAll = takesAll_;
-    batchOptions.output = output_;
+    batchOptions.output = output;
+    batchOptions.writesPremis = writesPremis_;
+    batchOptions.bag = bag_.value_or("");
     batchOptions.allowOutside = allowOutside_;
     batchOptions.makesFolders = !noMkdir_;
     batchOptions.outputOptions = outputOptions_;
@@ -165,7 +178,7 @@ std::vector<BatchSource> BatchCommand::ReadSources(const std::vector<std::string
     const bool hasFolder = std::ranges::count(sources, SourceKind::Folder, &BatchSource::kind) > 0;
     if (takesAll_ && !hasFolder)
         throw UsageError("--all-files: no folder to look through: name one");
-    if (hasFolder && output_.empty())
+    if (hasFolder && output_.empty() && !bag_)
         throw UsageError("no output: add -o and a folder, as -o pictures/");
     return sources;
 }

@@ -43,6 +43,8 @@ class BatchCommand
     std::string retry_;
     std::string summary_ = "text";
     std::string shard_;
+    bool writesPremis_ = false;
+    std::optional<std::string> bag_;
     bool merges_ = false;
     OutputOptions outputOptions_;
 };

@@ -1,12 +1,15 @@
 #include "cli/commands/RenderCommand.h"
 
+#include "cli/archive/Premis.h"
 #include "cli/commands/Session.h"
 #include "cli/options/OutputNames.h"
+#include "cli/report/Times.h"
 #include "jobs/Rendering.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -16,12 +19,23 @@ namespace vxhost
 namespace
 {
 
-// Every failure has been told when this returns.
-Status RenderOne(RenderTask task, Session *session)
+// Writes a record beside each output. Every failure has been told when this returns.
+Status WriteRecords(const RenderTask &task, const Result &result, const Summary &summary,
+                    const std::string &options, Messages *messages)
 {
-    Rendering rendering(std::move(task), &session->Jobs());
-    rendering.Wait();
-    return session->Tell(rendering.Task().input, rendering.Finish()).status;
+    const FileDigest source = DigestOfFile(task.input);
+    Status status = summary.status;
+    for (size_t i = 0; i < result.written.size(); ++i) {
+        const std::string &path = result.written[i];
+        const std::string problem =
+            WritePremis({task.input, source, path, DigestOfFile(path), task.outputs[i].format, options,
+                         summary.warnings, StatedTime()});
+        if (problem.empty())
+            continue;
+        messages->Error(InputName(task.input), problem);
+        status = Status::OutputFailed;
+    }
+    return status;
 }
 
 } // namespace
@@ -35,6 +49,8 @@ RenderCommand::RenderCommand(CLI::App *command)
                      "of the document and the format")
         ->type_name("PATH");
     command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs that are named by a pattern");
+    command->add_flag("--premis", writesPremis_,
+                      "write a PREMIS record beside each output, as OUT.premis.xml");
     command->add_flag("--force", force_, "overwrite drawings too, which are lost");
     outputOptions_.AddTo(command);
     common_.AddTo(command);
@@ -52,6 +68,8 @@ Status RenderCommand::Run(Messages *messages) const
     if (output_.empty())
         throw UsageError("no output: add -o and a name, as -o picture.pdf");
     const FormatList formats = ReadFormats(outputOptions_.format, output_);
+    if (writesPremis_ && (output_ == "-" || std::ranges::count(options.inputs, "-") > 0))
+        throw UsageError("--premis: a record tells of files, and - is none: name files");
     const std::vector<std::string> names = OutputNames(output_, options.inputs, formats);
     for (const std::string &name : names) {
         if (!force_)
@@ -68,7 +86,14 @@ Status RenderCommand::Run(Messages *messages) const
         task.rules.makesFolders = IsPattern(output_) && !noMkdir_;
         for (const Format *format : formats)
             task.outputs.push_back({format, *name++});
-        worst = Worst(worst, RenderOne(std::move(task), &session));
+        Rendering rendering(std::move(task), &session.Jobs());
+        rendering.Wait();
+        const Result result = rendering.Finish();
+        const Summary summary = session.Tell(input, result);
+        worst = Worst(worst,
+                      writesPremis_ && summary.IsDone()
+                          ? WriteRecords(rendering.Task(), result, summary, outputOptions_.Text(), messages)
+                          : summary.status);
     }
     return worst;
 }

@@ -21,6 +21,7 @@ class RenderCommand
     CommonOptionReader common_;
     std::string output_;
     bool force_ = false;
+    bool writesPremis_ = false;
     bool noMkdir_ = false;
     OutputOptions outputOptions_;
 };

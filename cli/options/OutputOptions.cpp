@@ -71,6 +71,16 @@ bool OutputOptions::Set(std::string_view name, std::string value)
     return option != nullptr && option->formats != 0 && texts.Set(name, std::move(value));
 }
 
+std::string OutputOptions::Text() const
+{
+    std::string text = fmt::format("format={}", format);
+    for (const Option &option : Options()) {
+        if (const std::string &value = texts.Of(option.name); option.formats != 0 && !value.empty())
+            text += fmt::format("\n{}={}", option.name, value);
+    }
+    return text;
+}
+
 OutputOptions OutputOptions::OverriddenBy(const OutputOptions &later) const
 {
     return {later.format.empty() ? format : later.format, texts.OverriddenBy(later.texts)};

@@ -29,6 +29,9 @@ struct OutputOptions {
     // Sets the option of that name, as "pdf-x". Returns false when no option about outputs has it.
     bool Set(std::string_view name, std::string value);
 
+    // Returns all that is said in one text, a line each, the format first.
+    std::string Text() const;
+
     // Returns what later says, and what this says where later says nothing.
     OutputOptions OverriddenBy(const OutputOptions &later) const;
 };

@@ -44,12 +44,12 @@ _vx()
     --date) words='file now' files= ;;
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
-    --font-dir) files=-d ;;
+    --font-dir | --bag) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --heat-map | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render plates coverage text trace fonts batch verify --help --version' files=
+            words='info render plates coverage text trace fonts batch verify --event-detail --help --version' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
@@ -59,9 +59,9 @@ _vx()
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
-            render) words="--force --no-mkdir $picture $every" ;;
+            render) words="--force --no-mkdir --premis $picture $every" ;;
             verify) words="--json ${picture#--output } $every" ;;
-            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --shard --merge-journals --summary --allow-outside --jobs $picture $every" ;;
+            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --shard --merge-journals --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;

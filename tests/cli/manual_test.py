@@ -13,6 +13,7 @@ from vxcommand import CommandTest, Png, VX, WITHOUT_LANDLOCK, document, sample, 
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
 COMMANDS = ["info", "render", "plates", "coverage", "text", "trace", "fonts", "batch", "verify"]
+VX_ITSELF = {"-V", "--version", "--event-detail"}
 COMMON = "--plugin"  # the first of those that every command has
 
 
@@ -47,9 +48,9 @@ class Manual(unittest.TestCase):
         self.assertEqual(re.findall(r"^  (\w+)  +[A-Z]", help_of(), re.MULTILINE), COMMANDS)
 
     def test_help_and_pages_know_the_same_options(self):
-        common = described_options("vx.1.md", "OPTIONS OF EVERY COMMAND") - {"-V", "--version"}
+        common = described_options("vx.1.md", "OPTIONS OF EVERY COMMAND") - VX_ITSELF
         self.assertIn(COMMON, common)
-        self.assertEqual(helped_options(), {"-h", "--help", "-V", "--version"})
+        self.assertEqual(helped_options(), {"-h", "--help"} | VX_ITSELF)
         for command in COMMANDS:
             own = described_options(f"vx-{command}.1.md", "OPTIONS")
             with self.subTest(command=command):
@@ -62,7 +63,8 @@ class Manual(unittest.TestCase):
         common = described_options("vx.1.md", "OPTIONS OF EVERY COMMAND")
         options = {name for name in helped_options("batch") - common if name.startswith("--")}
         of_all = {"--manifest", "--null", "--files0-from", "--all-files", "--no-mkdir", "--jobs", "--allow-outside",
-                  "--unordered", "--journal", "--resume", "--retry", "--summary", "--shard", "--merge-journals"}
+                  "--unordered", "--journal", "--resume", "--retry", "--summary", "--shard",
+                  "--merge-journals", "--premis", "--bag"}
         self.assertEqual(members - {"--input", "--id"}, options - of_all)
 
     def test_examples_are_those_of_the_help(self):
@@ -275,7 +277,7 @@ class Completion(CommandTest):
         return [line for line in output.stdout.split("\n") if line]
 
     def test_commands(self):
-        self.assertEqual(self.complete(""), [*COMMANDS, "--help", "--version"])
+        self.assertEqual(self.complete(""), [*COMMANDS, "--event-detail", "--help", "--version"])
         self.assertEqual(self.complete("in"), ["info"])
 
     def test_options_are_those_of_the_help(self):
