@@ -1,6 +1,7 @@
 // vx: opens VX drawings. This reads the command line as far as the command, and hands over.
 
 #include "cli/commands/BatchCommand.h"
+#include "cli/commands/CheckCommand.h"
 #include "cli/commands/CoverageCommand.h"
 #include "cli/commands/FontsCommand.h"
 #include "cli/commands/InfoCommand.h"
@@ -59,6 +60,7 @@ constexpr CommandRow kCommands[] = {
     {"plates", "[options] FILE... -o OUT", "Makes a gray picture of each ink.", MakeCommand<PlatesCommand>},
     {"coverage", "[options] FILE...", "Tells how much of each ink documents take.",
      MakeCommand<CoverageCommand>},
+    {"check", "[options] FILE...", "Tells what a press would get wrong in documents.", MakeCommand<CheckCommand>},
     {"text", "[options] FILE...", "Prints what documents say in words.", MakeCommand<TextCommand>},
     {"trace", "[options] FILE", "Prints every drawing call that a document makes.",
      MakeCommand<TraceCommand>},
