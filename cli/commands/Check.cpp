@@ -46,7 +46,8 @@ Rgb ColourOf(const std::string &ink, const std::vector<SpotUse> &spots, ScreenCo
 } // namespace
 
 Check::Check(CheckTask task)
-    : task_(std::move(task)), coverage_(task_.limits.totalInk / kPercent), plates_([this](const std::string &ink) {
+    : task_(std::move(task)), coverage_(task_.limits.totalInk / kPercent),
+      plates_([this](const std::string &ink) {
           PagePlate &plate = page_.plates.emplace_back();
           plate.ink = ink;
           return AppendTo(&plate.png);
@@ -67,13 +68,15 @@ std::unique_ptr<PlateSink> Check::MakeSink(const OutputFiles &files)
 Outcome Check::DrawPicture(Reading &reading)
 {
     std::string error;
-    const std::unique_ptr<Device> device = MakePngDevice(task_.settings.png, AppendTo(&page_.picture), &error);
+    const std::unique_ptr<Device> device =
+        MakePngDevice(task_.settings.png, AppendTo(&page_.picture), &error);
     if (device == nullptr) {
         Outcome outcome;
         outcome.failure = {FailureKind::BadInput, error};
         return outcome;
     }
-    return DrawPage(task_.settings.box, [](const Page &) { return Failure(); }, device.get(), reading);
+    return DrawPage(
+        task_.settings.box, [](const Page &) { return Failure(); }, device.get(), reading);
 }
 
 Outcome Check::Look(Reading &reading)

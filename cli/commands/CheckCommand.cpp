@@ -104,9 +104,11 @@ Status CheckCommand::Run(Messages *messages) const
         worst = Worst(worst, summary.status);
         if (result.outcome.objections > 0)
             worst = Worst(worst, Status::Warned);
-        const bool isPrinted = result.fault.kind == FaultKind::None || !json_ || summary.status == Status::OutputFailed ||
+        const bool isPrinted = result.fault.kind == FaultKind::None || !json_ ||
+                               summary.status == Status::OutputFailed ||
                                PrintResult(FailureJson(checked.input, summary.error), messages);
-        if (!isPrinted || (summary.status == Status::OutputFailed && pages.empty())) // nothing more can be printed
+        if (!isPrinted ||
+            (summary.status == Status::OutputFailed && pages.empty())) // nothing more can be printed
             return Worst(worst, Status::OutputFailed);
     }
     return worst;

@@ -34,11 +34,13 @@ constexpr const char *kOption = "--limits";
 template <typename Rows>
 auto &FindRow(const Rows &rows, const std::string &what, const std::string &name, const std::string &path)
 {
-    const auto found = std::ranges::find(rows, std::string_view(name), [](const auto &row) { return std::string_view(row.name); });
+    const auto found = std::ranges::find(rows, std::string_view(name),
+                                         [](const auto &row) { return std::string_view(row.name); });
     if (found == rows.end()) {
         std::vector<std::string_view> names;
         std::ranges::transform(rows, std::back_inserter(names), [](const auto &row) { return row.name; });
-        Refuse(path, fmt::format("no {} \"{}\": give one of {}", what, Printable(name), fmt::join(names, ", ")));
+        Refuse(path,
+               fmt::format("no {} \"{}\": give one of {}", what, Printable(name), fmt::join(names, ", ")));
     }
     return *found;
 }
@@ -78,8 +80,8 @@ void ReadSeverity(const std::string &name, const Json &value, const std::string 
             return;
         }
     }
-    Refuse(path, fmt::format("{} is {}: give \"error\", \"warning\", \"note\" or \"ignore\"", name,
-                             Shown(value)));
+    Refuse(path,
+           fmt::format("{} is {}: give \"error\", \"warning\", \"note\" or \"ignore\"", name, Shown(value)));
 }
 
 } // namespace
@@ -97,7 +99,8 @@ PreflightLimits ReadPreflightLimits(std::string_view text, const std::string &pa
     PreflightLimits limits;
     for (const auto &[member, value] : MembersOf(json, "the file", path)) {
         if (member != "limits" && member != "severities")
-            Refuse(path, fmt::format("no member \"{}\": give \"limits\" and \"severities\"", Printable(member)));
+            Refuse(path,
+                   fmt::format("no member \"{}\": give \"limits\" and \"severities\"", Printable(member)));
         for (const auto &[name, part] : MembersOf(value, member, path)) {
             if (member == "limits")
                 ReadLimit(name, part, path, &limits);

@@ -48,19 +48,18 @@ std::string Joined(const Finding &finding)
     return finding.namesLeft == 0 ? text : fmt::format("{}, and {} more", text, finding.namesLeft);
 }
 
+// Says where the first is; empty: nobody knows.
 std::string PlaceText(const Finding &finding)
 {
-    std::string text;
-    if (!finding.places.empty()) {
-        const FindingPlace &first = finding.places.front();
-        const Point at = first.Centre();
-        text = fmt::format("{} at {:.1f}, {:.1f} pt", finding.count > 1 ? ", first" : "", at.x, at.y);
-        if (!first.layer.empty())
-            text += fmt::format(" on layer \"{}\"", first.layer);
-    }
+    const std::string first = finding.count > 1 ? "; first at" : "; at";
     if (finding.line > 0)
-        text += fmt::format("{} at line {}", finding.count > 1 && text.empty() ? ", first" : "", finding.line);
-    return text;
+        return fmt::format("{} line {}", first, finding.line);
+    if (finding.places.empty())
+        return "";
+    const FindingPlace &place = finding.places.front();
+    const Point at = place.Centre();
+    return fmt::format("{} {:.1f}, {:.1f} pt{}", first, at.x, at.y,
+                       place.layer.empty() ? "" : fmt::format(" on layer \"{}\"", place.layer));
 }
 
 nlohmann::ordered_json NumbersOf(const Box &box)

@@ -66,7 +66,8 @@ Failure WritePressPage(PressPage page, const ByteSink &sink)
     const std::string_view text(reinterpret_cast<const char *>(kTemplate), sizeof kTemplate);
     const size_t mark = text.find(kMark);
     const std::string facts = ForScript(JsonLine(page.facts));
-    for (const std::string_view part : {text.substr(0, mark), std::string_view(facts), text.substr(mark + kMark.size())}) {
+    for (const std::string_view part :
+         {text.substr(0, mark), std::string_view(facts), text.substr(mark + kMark.size())}) {
         if (Failure failure = sink(std::as_bytes(std::span(part))))
             return failure;
     }

@@ -56,9 +56,9 @@ std::string MalformedText(const std::string &input, const Result &result, const 
 {
     const Outcome &outcome = result.outcome;
     const std::string_view lost = LostText(options.command);
-    const std::string_view salvage = !CanSalvage(outcome)                   ? ""
-                                     : !lost.empty()                        ? ", --salvage draws the rest"
-                                     : options.command == CommandKind::Text ? ", --salvage reads the rest"
+    const std::string_view salvage = !CanSalvage(outcome)                    ? ""
+                                     : !lost.empty()                         ? ", --salvage draws the rest"
+                                     : options.command == CommandKind::Text  ? ", --salvage reads the rest"
                                      : options.command == CommandKind::Check ? ", --salvage checks the rest"
                                                                              : "";
     return fmt::format("malformed{}{}: {}{}{}", MalformedPlace(outcome), lost,

@@ -55,10 +55,11 @@ void AddUnshown(const Outcome &outcome, Findings *findings)
     AddCount(FindingKind::BinaryNotPainted, unshown.binary, findings);
     AddCount(FindingKind::BetweenLayers, unshown.betweenLayers, findings);
     // The interpreter tells of each kind once, also where there is nothing to count.
-    constexpr std::pair<int, FindingKind> kReported[] = {{kVXProblemPattern, FindingKind::PatternNotPainted},
-                                                         {kVXProblemPostScript, FindingKind::PostscriptNotPainted},
-                                                         {kVXProblemOperator, FindingKind::UnknownOperator},
-                                                         {kVXProblemBinary, FindingKind::BinaryNotPainted}};
+    constexpr std::pair<int, FindingKind> kReported[] = {
+        {kVXProblemPattern, FindingKind::PatternNotPainted},
+        {kVXProblemPostScript, FindingKind::PostscriptNotPainted},
+        {kVXProblemOperator, FindingKind::UnknownOperator},
+        {kVXProblemBinary, FindingKind::BinaryNotPainted}};
     for (const Report &report : outcome.reports) {
         for (const auto &[number, kind] : kReported) {
             if (report.number == number && findings->Of(kind).count == 0)

@@ -128,10 +128,14 @@ Box ExtentOf(const GlyphRun &run, const PlacedGlyph &glyph)
     return box;
 }
 
-double Excess(const Box &box, const Box &page)
+Excess ExcessOf(const Box &box, const Box &page)
 {
-    return std::max(
-        {0.0, page.left - box.left, page.bottom - box.bottom, box.right - page.right, box.top - page.top});
+    const Excess sides[] = {{page.left - box.left, {box.left, box.bottom, page.left, box.top}},
+                            {page.bottom - box.bottom, {box.left, box.bottom, box.right, page.bottom}},
+                            {box.right - page.right, {page.right, box.bottom, box.right, box.top}},
+                            {box.top - page.top, {box.left, page.top, box.right, box.top}}};
+    const Excess most = *std::ranges::max_element(sides, {}, &Excess::distance);
+    return most.distance > 0 ? most : Excess();
 }
 
 PenWidths WidthsOf(const StrokeStyle &style)

@@ -32,8 +32,12 @@ Box ExtentOf(const Shading &shading);
 // The letters of a glyph are taken to stand between its baseline and seven tenths of an em above.
 Box ExtentOf(const GlyphRun &run, const PlacedGlyph &glyph);
 
-// How far a box goes beyond another; 0: it does not.
-double Excess(const Box &box, const Box &page);
+// How far a box goes beyond the page on the side where that is farthest, and the part of it that lies there; 0: it does not.
+struct Excess {
+    double distance = 0;
+    Box part;
+};
+Excess ExcessOf(const Box &box, const Box &page);
 
 // The narrower and the wider side of the pen that strokes, on the page.
 struct PenWidths {

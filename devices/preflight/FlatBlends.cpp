@@ -12,12 +12,12 @@ namespace vxhost
 namespace
 {
 
-constexpr size_t kLeastShapes = 6;            // fewer are shapes of their own
-constexpr double kMostStep = 1.0 / 12;        // colours farther apart are meant to be seen
-constexpr size_t kMostPoints = 200;           // of a step
-constexpr double kTouch = 0.01;               // points
-constexpr double kLeastPixels = 2;            // there is room for a step between
-constexpr double kRounding = 1e-2;            // of percent and of pixels: documents have 16.16 numbers
+constexpr size_t kLeastShapes = 6;             // fewer are shapes of their own
+constexpr double kMostStep = 1.0 / 16;         // colours farther apart are meant to be seen
+constexpr size_t kMostPoints = 200;            // of a step
+constexpr double kTouch = 0.01;                // points
+constexpr double kLeastPixels = 2;             // there is room for a step between
+constexpr double kRounding = 1e-2;             // of percent and of pixels: documents have 16.16 numbers
 constexpr double kPoints = 72, kPercent = 100; // of an inch, of an ink
 
 // How far the next step leaves the one before uncovered, which is at most how far its points are from theirs.
@@ -61,7 +61,8 @@ std::optional<CoarseBlend> FlatBlends::Add(const Path &path, const Paint &paint,
     const double change = ChangeTo(path, paint);
     if (change == 0)
         ended = End();
-    const bool isWide = change > 0 && Distance(last_, path) * limits_.gradientDpi / kPoints >= kLeastPixels - kRounding;
+    const bool isWide =
+        change > 0 && Distance(last_, path) * limits_.gradientDpi / kPoints >= kLeastPixels - kRounding;
     if (isWide && change * kPercent > limits_.gradientStep + kRounding)
         blend_.step = std::max(blend_.step, change);
     blend_.box = shapes_++ == 0 ? visible : Union(blend_.box, visible);

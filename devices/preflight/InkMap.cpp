@@ -60,7 +60,8 @@ void InkMap::Sum()
 bool InkMap::HasOtherInk(const Box &box) const
 {
     const double across = sheet_.width / sheet_.box.Width(), down = sheet_.height / sheet_.box.Height();
-    const Range x = PixelsBetween(box.left - sheet_.box.left, box.right - sheet_.box.left, across, sheet_.width);
+    const Range x =
+        PixelsBetween(box.left - sheet_.box.left, box.right - sheet_.box.left, across, sheet_.width);
     const Range y = PixelsBetween(sheet_.box.top - box.top, sheet_.box.top - box.bottom, down, sheet_.height);
     const auto count = [&](size_t column, size_t row) { return counts_[row * Columns() + column]; };
     return count(x.to, y.to) - count(x.from, y.to) - count(x.to, y.from) + count(x.from, y.from) != 0;

@@ -101,9 +101,9 @@ Box PreflightDevice::WatchPaint(const Box &extent, bool hasInk, bool overprint)
         return overprint ? kNoBox : visible;
     }
     const Box painted = Intersection(extent, clips_.back());
-    const double excess = IsEmpty(painted) ? 0 : Excess(painted, page_);
-    if (excess > limits_.outsidePage + kRounding)
-        Add(FindingKind::OutsidePage, painted, excess);
+    const Excess excess = IsEmpty(painted) ? Excess() : ExcessOf(painted, page_);
+    if (excess.distance > limits_.outsidePage + kRounding)
+        Add(FindingKind::OutsidePage, excess.part, excess.distance);
     return visible;
 }
 
@@ -133,9 +133,8 @@ void PreflightDevice::StrokePath(const Path &path, const StrokeStyle &style, con
 void PreflightDevice::Shade(const Shading &shading)
 {
     AddBlend(blends_.End());
-    const bool hasInk = std::ranges::any_of(shading.spans, [](const ColourSpan &span) {
-        return std::ranges::any_of(span.colours, HasInk);
-    });
+    const bool hasInk = std::ranges::any_of(
+        shading.spans, [](const ColourSpan &span) { return std::ranges::any_of(span.colours, HasInk); });
     (void)WatchPaint(ExtentOf(shading), hasInk, shading.overprint);
 }
 

@@ -60,7 +60,7 @@ class PreflightDevice final : public Device
     std::vector<Box> clips_; // around each clip in force, the innermost last
     std::vector<const Layer *> layers_;
     std::map<std::string, FindingPlace> fonts_;
-    uint64_t text_ = 0; // which text is looked at, from 1; 0: a shape
+    uint64_t text_ = 0;                             // which text is looked at, from 1; 0: a shape
     std::array<uint64_t, kFindingCount> counted_{}; // by finding: the text that was counted last
 };
 

@@ -1,15 +1,15 @@
 """What vx check finds. Each finding has a document that has it, and a twin that just does not."""
+import base64
 import gzip
 import html.parser
 import json
 import os
-import re
 import shutil
 import struct
 import sys
 import unittest
 
-from vxcommand import HEADER, CommandTest, document, sample, sample_names
+from vxcommand import CommandTest, Png, document, sample, sample_names
 
 NIMBUS = "/usr/share/fonts/opentype/urw-base35/NimbusSans-Regular.otf"
 PAGE = "0 0 m\n72 0 l\n72 36 l\n0 36 l\nf\n"
@@ -49,7 +49,7 @@ CASES = {
     # The page is 150 pixels wide: the first of them, at the top, is 0.48 pt wide. 3 of 255 levels are 1.176 %.
     "total-ink": ("1 1 1 0.01 k\n" + PAGE, {"count": 1, "value": 301.176, "limit": 300, "at": [0.24, 35.76]}, ["1 1 1 0 k\n" + PAGE]),
     "hairline": (line(0.24) + line(0.1, y=20) + line(0.25, y=30), {"count": 2, "value": 0.1, "limit": 0.25, "at": [35, 10]},
-                 [line(0.25), line(0.1, y=-50), line(0.1, y=40), "1 O\n" + line(0.1, "0 0 0 0 K"), line(0)]),
+                 [line(0.25), line(0.1, y=-50), line(0.1, y=40), "1 R\n" + line(0.1, "0 0 0 0 K"), line(0)]),
     "zero-width-line": (line(0), {"count": 1, "at": [35, 10]}, [line(0.001), line(0, y=50)]),
     "white-overprint": ("1 O\n" + box(10, 10, 30, 20, "0 0 0 0 k") + "1 R\n" + line(2, "1 G") + text("0 1 0 0 (Ink) 1 x"),
                         {"count": 3, "at": [20, 15]},
@@ -66,9 +66,8 @@ CASES = {
     "gradient-steps": (strips(6, 0.03, 0.48) + strips(7, 0.021, 9, 20), {"count": 2, "value": 3, "limit": 2, "at": [2.44, 5]},
                        [strips(6, 0.02, 10), strips(6, 0.03, 0.47), strips(5, 0.03, 10), strips(6, 0.09, 10),
                         "".join(strips(6, 0.03, 8).splitlines(True)[i] for i in range(0, 36) if i // 6 % 2 == 0)]),
-    "outside-page": (box(10, 10, 73.1, 20) + box(-5, -2, 10, 10), {"count": 2, "value": 5, "limit": 1, "at": [41.55, 15]},
+    "outside-page": (box(10, 10, 73.1, 20) + box(-5, -2, 10, 10), {"count": 2, "value": 5, "limit": 1, "at": [72.55, 15]},
                      [box(-1, -1, 73, 37), box(0, 0, 99, 36, "0 0 0 0 k"), "0 0 m\n9 0 l\n9 9 l\n0 9 l\nh\nW\nn\n" + box(0, 0, 99, 99)]),
-    "font-missing": (text(font="Nowhere"), {"count": 1, "names": ["Nowhere"], "at": [4 + 1.5 * 20 * 0.6, 11]}, [""]),
     "picture-not-painted": ("%VX5_BeginPlace\n%VX5_EndPlace\n", {"count": 1}, [""]),
     "binary-not-painted": ("%%BeginBinary: 3\n(((\n%%EndBinary\n", {"count": 1}, [""]),
     "postscript-not-painted": ("` ~\n", {"count": 1}, [""]),
@@ -135,7 +134,14 @@ class Findings(CommandTest):
                 with self.subTest(name, twin=number):
                     self.assertNotIn(name, self.found(twin))
 
-    def test_substitutes_and_rights_of_fonts(self):
+    def test_fonts(self):
+        self.write("a.vx", document(text(font="Nowhere") + text(font="Nowhere-Bold")))
+        output, _ = self.run_vx("check", "--json", "--no-system-fonts", "a.vx", status=3)
+        finding = json.loads(output)["findings"][0]
+        self.assertEqual([finding[member] for member in ("name", "severity", "count", "names")],
+                         ["font-missing", "error", 2, ["Nowhere", "Nowhere-Bold"]])
+        self.assertEqual(len(finding["places"]), 2)
+        self.assertNotIn("font-missing", self.found(text(font="Nowhere")))
         self.assertEqual(self.found(text(font="NimbusSans-Bold"))["font-substituted"]["names"], ["NimbusSans-Bold by NimbusSans-Regular"])
         self.assertNotIn("font-substituted", self.found(text(font="NimbusSans-Regular")))
         with open(NIMBUS, "rb") as file:
@@ -149,9 +155,9 @@ class Findings(CommandTest):
             self.assertEqual("font-not-embeddable" in findings, forbids, rights)
 
     def test_characters_that_a_font_lacks(self):
-        # Control characters have no letters.
-        findings = self.found(text(words="(A\\001\\002) Tx\n"))
-        self.assertEqual(findings["font-lacks-characters"]["count"], 2)
+        # The last character but fifteen of the Macintosh's is a maker's mark, which no free font has.
+        findings = self.found(text(words="(A\\360\\360) Tx\n"))
+        self.assertEqual((findings["font-lacks-characters"]["count"], findings["font-lacks-characters"]["names"]), (2, ["NimbusSans-Regular"]))
         self.assertNotIn("font-lacks-characters", self.found(text()))
 
     def test_damage(self):
@@ -199,13 +205,13 @@ class Findings(CommandTest):
 
 class Check(CommandTest):
     def test_words(self):
-        self.write("a.vx", document(layer("Map", 1, line(0.1)) + line(0)))
+        self.write("a.vx", document(layer("Map", 1, line(0.1)) + layer("", 1, line(0))))
         output, messages = self.run_vx("check", "a.vx", status=3)
         self.assertEqual(messages, [])
         self.assertEqual(output.decode().splitlines(), [
             "a.vx",
-            '  warning  hairline                    1  lines thinner than 0.25 pt, the thinnest of 0.1 pt at 35.0, 10.0 pt on layer "Map"',
-            "  warning  zero-width-line             1  lines of width 0, which are as thin as the printer can make them at 35.0, 10.0 pt",
+            '  warning  hairline                    1  lines thinner than 0.25 pt, the thinnest of 0.1 pt; at 35.0, 10.0 pt on layer "Map"',
+            "  warning  zero-width-line             1  lines of width 0, which are as thin as the printer can make them; at 35.0, 10.0 pt",
             "  note     inks                        1  inks that print: Black"])
 
     def test_limits(self):
@@ -324,8 +330,6 @@ class Pages(CommandTest):
         self.assertEqual([plate["ink"] for plate in facts["plates"]], ["Cyan", "Magenta", "Yellow", "Black", "Brick"])
         self.assertEqual(facts["plates"][0]["colour"][0], "#")
         self.assertIn("hairline", [finding["name"] for finding in facts["findings"]])
-        import base64
-        from vxcommand import Png
         for picture in (facts["picture"], facts["heatMap"], *(plate["png"] for plate in facts["plates"])):
             head, data = picture.split(",")
             self.assertEqual(head, "data:image/png;base64")
@@ -337,8 +341,8 @@ class Pages(CommandTest):
 
     def test_names_cannot_become_markup(self):
         evil = "</script><script>alert(1)</script><!--<img src=x onerror=alert(2)>"
-        data = document(f"0 1 1 0 ({evil}) 0 x\n" + PAGE + layer(evil, 0) + text(font="<b>")).replace(b"A \\(small\\) square", evil.encode())
-        tags = Tags(self.page(data, "--no-system-fonts"))
+        data = document(f"0 1 1 0 ({evil}) 0 x\n" + PAGE + layer(evil, 0)).replace(b"A \\(small\\) square", evil.encode())
+        tags = Tags(self.page(data, status=0))
         self.assertEqual(len(tags.scripts), 2)
         facts = json.loads(tags.scripts[0])
         self.assertEqual(facts["title"], evil)

@@ -55,9 +55,12 @@ TEST(Extents, OfAShadingHoldBothOfItsCircles)
 TEST(Extents, ExcessIsThatOfTheFarthestSide)
 {
     const Box page = {0, 0, 10, 20};
-    EXPECT_EQ(Excess({1, 1, 9, 19}, page), 0);
-    EXPECT_EQ(Excess({-1, -3, 12, 21}, page), 3);
-    EXPECT_EQ(Excess({5, 5, 5, 25}, page), 5);
+    EXPECT_EQ(ExcessOf({1, 1, 9, 19}, page).distance, 0);
+    EXPECT_EQ(ExcessOf({-1, -3, 12, 21}, page).distance, 3);
+    ExpectBox(ExcessOf({-1, -3, 12, 21}, page).part, {-1, -3, 12, 0});
+    ExpectBox(ExcessOf({-4, -3, 12, 21}, page).part, {-4, -3, 0, 21});
+    ExpectBox(ExcessOf({5, 5, 5, 25}, page).part, {5, 20, 5, 25});
+    ExpectBox(ExcessOf({5, 5, 12, 21}, page).part, {10, 5, 12, 21});
 }
 
 Path Line(Point to)

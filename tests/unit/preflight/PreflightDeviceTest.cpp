@@ -65,9 +65,9 @@ TEST_F(PreflightDeviceTest, TheMapKnowsOtherInksThanBlack)
 {
     EXPECT_FALSE(map_.HasOtherInk({100, 201, 102, 202}));
     EXPECT_TRUE(map_.HasOtherInk({100, 201, 103, 202}));
-    EXPECT_FALSE(map_.HasOtherInk({100, 201, 102.4, 202})); // up to a pixel's centre, and not on it
+    EXPECT_FALSE(map_.HasOtherInk({100, 201, 102.4, 202}));  // up to a pixel's centre, and not on it
     EXPECT_TRUE(map_.HasOtherInk({100, 200, 100.1, 200.1})); // a pixel at least
-    EXPECT_FALSE(map_.HasOtherInk({103, 201, 104, 202}));   // less than one percent
+    EXPECT_FALSE(map_.HasOtherInk({103, 201, 104, 202}));    // less than one percent
     EXPECT_TRUE(map_.HasOtherInk({-1e9, -1e9, 1e9, 1e9}));
     EXPECT_FALSE(map_.HasOtherInk({1e9, 1e9, 2e9, 2e9}));
 }
