@@ -5,6 +5,7 @@
 #include "host/drawing/Vectors.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace vxhost
 {
@@ -186,8 +187,9 @@ void PreflightDevice::WatchLetters(const GlyphRun &run, const Box &visible, cons
 
 void PreflightDevice::AddBlend(const std::optional<CoarseBlend> &blend)
 {
+    constexpr double kPlaces = 100; // more are roundings
     if (blend)
-        Add(FindingKind::GradientSteps, blend->box, blend->step * kPercent);
+        Add(FindingKind::GradientSteps, blend->box, std::round(blend->step * kPercent * kPlaces) / kPlaces);
 }
 
 Failure PreflightDevice::EndPage()
