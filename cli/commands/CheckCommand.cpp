@@ -21,15 +21,18 @@ namespace vxhost
 namespace
 {
 
+constexpr const char *kPageOption = "--html";
+constexpr Format kPage = {"html", "text/html", nullptr, nullptr, nullptr};
+
 // Names the pages of all inputs; none where there are to be none.
 std::vector<std::string> PageNames(const std::string &pattern, const std::vector<std::string> &inputs)
 {
     if (pattern.empty())
         return {};
-    std::vector<std::string> names = OutputNames(pattern, inputs, std::vector{FindFormat("svg")});
+    std::vector<std::string> names = OutputNames(pattern, inputs, std::vector{&kPage}, kPageOption);
     for (const std::string &name : names) {
         if (!name.ends_with(".html") && !name.ends_with(".htm"))
-            throw UsageError(fmt::format("--html {}: html is written: name a .html", pattern));
+            throw UsageError(fmt::format("{} {}: html is written: name a .html", kPageOption, pattern));
     }
     return names;
 }
@@ -52,7 +55,7 @@ CheckCommand::CheckCommand(CLI::App *command)
                      "a JSON file that says from where on something is found, and how bad it is")
         ->type_name("FILE");
     command
-        ->add_option("--html", html_,
+        ->add_option(kPageOption, html_,
                      "write a page too that shows the findings on the picture, and each plate; {stem} and "
                      "{dir} are those of the input")
         ->type_name("PATH");
@@ -74,7 +77,7 @@ Status CheckCommand::Run(Messages *messages) const
     const std::vector<std::string> pages = PageNames(html_, options.inputs);
     for (const std::string &page : pages) {
         if (!force_)
-            CheckKeepsDrawing(html_, page);
+            CheckKeepsDrawing(html_, page, kPageOption);
     }
     CheckTask checked;
     checked.settings = options.Complete(ReadSettings(texts_));

@@ -71,12 +71,9 @@ void AddUnshown(const Outcome &outcome, Findings *findings)
 void AddFonts(const Outcome &outcome, const std::map<std::string, FindingPlace> &places, Findings *findings)
 {
     const auto add = [&](FindingKind kind, const FontUse &font, std::string name, uint64_t count) {
-        findings->AddName(kind, std::move(name));
-        Finding &finding = findings->Of(kind);
-        finding.count += count - 1;
         const auto place = places.find(font.asked);
-        if (place != places.end() && finding.places.size() < Findings::kMostPlaces)
-            finding.places.push_back(place->second);
+        findings->AddName(kind, std::move(name), place == places.end() ? nullptr : &place->second);
+        findings->Of(kind).count += count - 1;
     };
     for (const FontUse &font : outcome.fonts) {
         if (font.match == FontMatch::Missing)

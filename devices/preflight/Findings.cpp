@@ -5,12 +5,35 @@
 namespace vxhost
 {
 
+namespace
+{
+
+template <typename Part>
+bool AddBounded(Part part, size_t most, std::vector<Part> *to)
+{
+    if (to->size() == most)
+        return false;
+    to->push_back(std::move(part));
+    return true;
+}
+
+} // namespace
+
 void Findings::AddPlace(FindingKind kind, FindingPlace place)
 {
     Finding &finding = Of(kind);
     ++finding.count;
-    if (finding.places.size() < kMostPlaces)
-        finding.places.push_back(std::move(place));
+    (void)AddBounded(std::move(place), kMostPlaces, &finding.places); // further ones are counted alone
+}
+
+void Findings::AddName(FindingKind kind, std::string name, const FindingPlace *place)
+{
+    Finding &finding = Of(kind);
+    ++finding.count;
+    if (!AddBounded(std::move(name), kMostNames, &finding.names))
+        ++finding.namesLeft;
+    if (place != nullptr)
+        (void)AddBounded(*place, kMostPlaces, &finding.places);
 }
 
 void Findings::AddValue(FindingKind kind, double value)
@@ -18,16 +41,6 @@ void Findings::AddValue(FindingKind kind, double value)
     std::optional<double> &worst = Of(kind).value;
     if (!worst || (RowOf(kind).isLeastWorst ? value < *worst : value > *worst))
         worst = value;
-}
-
-void Findings::AddName(FindingKind kind, std::string name)
-{
-    Finding &finding = Of(kind);
-    ++finding.count;
-    if (finding.names.size() < kMostNames)
-        finding.names.push_back(std::move(name));
-    else
-        ++finding.namesLeft;
 }
 
 uint64_t Findings::CountOf(Severity severity) const

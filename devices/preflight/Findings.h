@@ -44,7 +44,7 @@ class Findings
 
     // These count one more each.
     void AddPlace(FindingKind kind, FindingPlace place);
-    void AddName(FindingKind kind, std::string name);
+    void AddName(FindingKind kind, std::string name, const FindingPlace *place = nullptr);
     // Counts nothing: the worst value is kept.
     void AddValue(FindingKind kind, double value);
 

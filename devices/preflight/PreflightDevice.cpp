@@ -162,10 +162,9 @@ void PreflightDevice::ShowText(std::span<const GlyphRun> runs, const TextPaint &
 
 void PreflightDevice::WatchFont(const TextFont &font, const Box &visible)
 {
-    if (fonts_.try_emplace(font.asked, PlaceOf(visible)).second && !MayEmbed(font)) {
-        findings_.AddName(FindingKind::FontNotEmbeddable, font.served);
-        findings_.Of(FindingKind::FontNotEmbeddable).places.push_back(PlaceOf(visible));
-    }
+    const auto [use, isNew] = fonts_.try_emplace(font.asked, PlaceOf(visible));
+    if (isNew && !MayEmbed(font))
+        findings_.AddName(FindingKind::FontNotEmbeddable, font.served, &use->second);
 }
 
 void PreflightDevice::WatchLetters(const GlyphRun &run, const Box &visible, const Paint &paint)

@@ -260,14 +260,14 @@ class Check(CommandTest):
         cases = {
             ("a.vx", "--html", "a.pdf"): "--html a.pdf: html is written: name a .html",
             ("a.vx", "--html", "-"): "--html -: html is written: name a .html",
-            ("a.vx", "--html", "./"): "--html ./: html is written: name a .html",
-            ("a.vx", "--html", "page.html"): '-o page.html: would overwrite the drawing "page.html": choose another name, or add --force',
+            ("a.vx", "--html", "page.html"): '--html page.html: would overwrite the drawing "page.html": choose another name, or add --force',
             ("a.vx", "--samples", "3"): "--samples 3: not known: give one of 1, 2, 4, 8",
         }
         for words, told in cases.items():
             with self.subTest(words):
                 self.assertEqual(self.refused("check", *words, status=2), "vx: " + told)
-        self.assertIn("would both be written", self.refused("check", "a.vx", "b.vx", "--html", "one.html", status=2))
+        message = self.refused("check", "a.vx", "b.vx", "--html", "one.html", status=2)
+        self.assertRegex(message, r"^vx: --html one.html: .* would both be written .* as --html '\{dir\}/\{stem\}.\{ext\}'$")
         self.assertEqual(self.files(), ["a.vx", "b.vx", "limits.json", "page.html"])
 
     def test_a_document_that_cannot_be_read(self):
@@ -355,6 +355,8 @@ class Pages(CommandTest):
         self.refused("check", "a.vx", "--html", "out/{stem}.html", "--no-mkdir", status=4)
         self.run_vx("check", "a.vx", "--html", "out/{stem}.html")
         self.assertEqual(os.listdir(self.path("out")), ["a.html"])
+        self.run_vx("check", "a.vx", "--html", "./")
+        self.assertIn("a.html", self.files())
 
 
 if __name__ == "__main__":
