@@ -4,6 +4,7 @@ import gzip
 import html.parser
 import json
 import os
+import re
 import shutil
 import struct
 import sys
@@ -323,6 +324,22 @@ class Pages(CommandTest):
             self.assertFalse({"src", "href", "srcset", "style"} & set(attributes), tag)
         self.assertNotRegex(page, r"https?:|url\(|@import|import\(|fetch\(|XMLHttpRequest")
         self.assertEqual([attributes.get("type") for tag, attributes in tags.elements if tag == "script"], ["application/json", None])
+
+    def test_its_colours_can_be_read(self):
+        """In the light and in the dark, each text has four and a half times the light of what is behind it, or the other way round."""
+        def light(colour):
+            parts = [int(colour[at:at + 2], 16) / 255 for at in (1, 3, 5)]
+            red, green, blue = (part / 12.92 if part <= 0.04045 else ((part + 0.055) / 1.055) ** 2.4 for part in parts)
+            return 0.2126 * red + 0.7152 * green + 0.0722 * blue
+
+        page = self.page(document(), status=0)
+        themes = [dict(re.findall(r"--(\w+): (#\w{6})", block)) for block in re.findall(r":root \{(.*?)\}", page, re.DOTALL)]
+        self.assertEqual(len(themes), 2)
+        for theme in themes:
+            for text in ("text", "faint", "error", "warning", "note"):
+                for ground in ("sheet", "ground", "chosen"):
+                    dark, bright = sorted((light(theme[text]), light(theme[ground])))
+                    self.assertGreaterEqual((bright + 0.05) / (dark + 0.05), 4.5, (text, ground))
 
     def test_it_has_the_pictures_and_the_findings(self):
         page = self.page(document(SPOT + line(0.1)), "--dpi", "36")
