@@ -1,4 +1,4 @@
-// What the worker does that checks a document: looks at its plates, then at what paints them, and tells.
+// Does the worker's part of a check: looks at the plates of a document, then at what paints them, and tells.
 #pragma once
 
 #include "cli/report/PressPage.h"

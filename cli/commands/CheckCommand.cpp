@@ -37,7 +37,7 @@ std::vector<std::string> PageNames(const std::string &pattern, const std::vector
     return names;
 }
 
-// What is told of a document that nothing can be found in.
+// Tells of a document that nothing can be found in.
 std::string FailureJson(const std::string &input, const std::string &error)
 {
     nlohmann::ordered_json json;

@@ -24,7 +24,7 @@ using Json = nlohmann::json;
 
 constexpr const char *kOption = "--limits";
 
-// Is thrown with what is wrong and what to do.
+// Throws UsageError with what is wrong and what to do.
 [[noreturn]] void Refuse(const std::string &path, const std::string &text)
 {
     throw UsageError(fmt::format("{} {}: {}", kOption, path, text));

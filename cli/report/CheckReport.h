@@ -10,7 +10,7 @@
 namespace vxhost
 {
 
-// What is told of a drawing: its name, what was looked at, and what was found there.
+// Holds what is told of a drawing: its name, what was looked at, and what was found there.
 struct CheckedDrawing {
     std::string input;
     std::string title;

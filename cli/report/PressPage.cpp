@@ -22,7 +22,7 @@ constexpr unsigned char kTemplate[] = {
 // The template has this where the facts go.
 constexpr std::string_view kMark = "{{facts}}";
 
-// A data URL. Its bytes are taken three by three.
+// Returns a data URL. Bytes are taken three by three.
 std::string PngUrl(std::string_view png)
 {
     constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";

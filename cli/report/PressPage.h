@@ -12,7 +12,7 @@
 namespace vxhost
 {
 
-// A plate as a gray picture, and the ink's colour on a screen.
+// Holds a plate as a gray picture, and the ink's colour on a screen.
 struct PagePlate {
     std::string ink;
     std::string png;

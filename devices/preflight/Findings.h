@@ -50,7 +50,7 @@ class Findings
 
     // Counts those of that severity: kinds, not how often each was found.
     uint64_t CountOf(Severity severity) const;
-    // The same that keep a drawing from the press.
+    // Counts those that keep a drawing from the press: errors and warnings.
     uint64_t CountObjections() const { return CountOf(Severity::Error) + CountOf(Severity::Warning); }
 
   private:

@@ -20,7 +20,7 @@ constexpr double kLeastPixels = 2;             // there is room for a step betwe
 constexpr double kRounding = 1e-2;             // of percent and of pixels: documents have 16.16 numbers
 constexpr double kPoints = 72, kPercent = 100; // of an inch, of an ink
 
-// How far the next step leaves the one before uncovered, which is at most how far its points are from theirs.
+// Returns how far the next step leaves the one before uncovered, which is at most how far its points are from theirs.
 double Distance(const Path &from, const Path &to)
 {
     double most = 0;

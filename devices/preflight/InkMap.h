@@ -28,7 +28,7 @@ class InkMap final : public PlateSink
     PlateSheet sheet_;
     std::vector<bool> isOther_; // of the plates that come
     size_t row_ = 0;
-    // Of each pixel, whether it has some; once summed, how many have on it, above it and left of it. The first row and the first
+    // Say of each pixel whether it has some; once summed, how many have on it, above it and left of it. The first row and the first
     // column are 0.
     std::vector<uint32_t> counts_;
 };

@@ -16,7 +16,7 @@ namespace
 constexpr double kPercent = 100;
 constexpr double kRounding = 1e-4; // of inks and lengths, which are 16.16
 
-// How much black ink a colour has, and how much of all others together.
+// Says how much black ink a colour has, and how much of all others together.
 struct BlackAndOthers {
     double black = 0, others = 0;
 };

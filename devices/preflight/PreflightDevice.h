@@ -1,5 +1,5 @@
-// The device that paints nothing and looks for what a press would get wrong. It sees what the outputs see: shapes on the page, texts
-// and smooth blends.
+// Paints nothing, and looks for what a press would get wrong. The device sees what the outputs see: shapes on the page, texts and
+// smooth blends.
 #pragma once
 
 #include "devices/preflight/Extents.h"
