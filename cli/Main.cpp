@@ -2,6 +2,7 @@
 
 #include "cli/archive/EventDetail.h"
 #include "cli/commands/BatchCommand.h"
+#include "cli/commands/CheckCommand.h"
 #include "cli/commands/CoverageCommand.h"
 #include "cli/commands/FontsCommand.h"
 #include "cli/commands/InfoCommand.h"
@@ -60,6 +61,8 @@ constexpr CommandRow kCommands[] = {
     {"plates", "[options] FILE... -o OUT", "Makes a gray picture of each ink.", MakeCommand<PlatesCommand>},
     {"coverage", "[options] FILE...", "Tells how much of each ink documents take.",
      MakeCommand<CoverageCommand>},
+    {"check", "[options] FILE...", "Tells what a press would get wrong in documents.",
+     MakeCommand<CheckCommand>},
     {"text", "[options] FILE...", "Prints what documents say in words.", MakeCommand<TextCommand>},
     {"trace", "[options] FILE", "Prints every drawing call that a document makes.",
      MakeCommand<TraceCommand>},

@@ -83,6 +83,7 @@ struct Outcome {
     Salvage salvage;
     Unshown unshown;                    // in what was read
     DateOrigin date = DateOrigin::None; // that the output states
+    uint64_t objections = 0;            // errors and warnings that a check found
 };
 
 } // namespace vxhost

@@ -53,7 +53,7 @@ std::vector<Pass> PlateRendering::MakePasses(Failure *failure)
         *failure = {FailureKind::BadInput, error};
         return {};
     }
-    return {[this, sink, device](Reading &reading) {
+    std::vector<Pass> passes = {[this, sink, device](Reading &reading) {
         const auto checkPage = [&](const Page &page) {
             return FindPictureSize(page.box, task_.settings.png).failure;
         };
@@ -62,6 +62,8 @@ std::vector<Pass> PlateRendering::MakePasses(Failure *failure)
             outcome.failure = task_.finish(sink.get(), files_);
         return outcome;
     }};
+    passes.insert(passes.end(), task_.after.begin(), task_.after.end());
+    return passes;
 }
 
 Result PlateRendering::Finish()

@@ -26,6 +26,8 @@ struct PlateTask {
     // Both run in the worker: the first makes what takes the plates, with the descriptor of each output, the second goes on when all are made.
     std::function<std::unique_ptr<PlateSink>(const OutputFiles &files)> makeSink;
     std::function<Failure(PlateSink *sink, const OutputFiles &files)> finish; // null: there is no more to do
+    std::vector<Pass>
+        after; // that the document is gone through in behind these; what the last one finds is the result
 };
 
 // Returns the inks that plates are made of when the page paints with those, process inks first.

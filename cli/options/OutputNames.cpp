@@ -194,7 +194,7 @@ bool IsOpenAs(int descriptor, const std::string &path)
 }
 
 std::vector<std::string> OutputNames(const std::string &pattern, const std::vector<std::string> &inputs,
-                                     std::span<const Format *const> formats)
+                                     std::span<const Format *const> formats, std::string_view option)
 {
     std::map<std::string, std::string> readers; // maps a place to the input that is read there
     for (const std::string &input : inputs) {
@@ -212,19 +212,19 @@ std::vector<std::string> OutputNames(const std::string &pattern, const std::vect
             const std::string output = FillPattern(pattern, document, *format);
             const std::string place = output == "-" ? output : PlaceOf(output);
             if (const auto reader = readers.find(place); reader != readers.end())
-                throw UsageError(fmt::format("-o {}: would overwrite the input \"{}\": choose another name",
-                                             pattern, reader->second));
+                throw UsageError(fmt::format("{} {}: would overwrite the input \"{}\": choose another name",
+                                             option, pattern, reader->second));
             const auto [writer, isNew] = writers.try_emplace(place, input);
             if (!isNew && formats.size() > 1 && writer->second == input)
                 throw UsageError(
-                    fmt::format("-o {}: the formats of \"{}\" would all be written to \"{}\": name "
-                                "each after its format, as -o '{{stem}}.{{ext}}'",
-                                pattern, InputName(input), output));
+                    fmt::format("{0} {1}: the formats of \"{2}\" would all be written to \"{3}\": name "
+                                "each after its format, as {0} '{{stem}}.{{ext}}'",
+                                option, pattern, InputName(input), output));
             if (!isNew)
                 throw UsageError(
-                    fmt::format("-o {}: \"{}\" and \"{}\" would both be written to \"{}\": name each "
-                                "after its input, as -o '{{dir}}/{{stem}}.{{ext}}'",
-                                pattern, InputName(writer->second), InputName(input), output));
+                    fmt::format("{0} {1}: \"{2}\" and \"{3}\" would both be written to \"{4}\": name each "
+                                "after its input, as {0} '{{dir}}/{{stem}}.{{ext}}'",
+                                option, pattern, InputName(writer->second), InputName(input), output));
             outputs.push_back(output);
         }
     }
@@ -232,12 +232,12 @@ std::vector<std::string> OutputNames(const std::string &pattern, const std::vect
 }
 
 // The place is looked at, not the name: "none/../a.vx" leads nowhere, and is written to "a.vx" all the same.
-void CheckKeepsDrawing(const std::string &pattern, const std::string &output)
+void CheckKeepsDrawing(const std::string &pattern, const std::string &output, std::string_view option)
 {
     if (output != "-" && IsDrawing(PlaceOf(output)))
-        throw UsageError(fmt::format("-o {}: would overwrite the drawing \"{}\": choose another name, or add "
+        throw UsageError(fmt::format("{} {}: would overwrite the drawing \"{}\": choose another name, or add "
                                      "--force",
-                                     pattern, output));
+                                     option, pattern, output));
 }
 
 } // namespace vxhost

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vxhost
@@ -61,11 +62,11 @@ bool IsSameFile(const std::string &path, const std::string &other);
 bool IsOpenAs(int descriptor, const std::string &path);
 
 // Makes the names of all outputs: input by input, a name for each of the formats. Throws UsageError when two results would share
-// an output, or an output is one of the inputs.
+// an output, or an output is one of the inputs; it names the option that the pattern is of.
 std::vector<std::string> OutputNames(const std::string &pattern, const std::vector<std::string> &inputs,
-                                     std::span<const Format *const> formats);
+                                     std::span<const Format *const> formats, std::string_view option = "-o");
 
 // Throws UsageError when the output would overwrite a drawing.
-void CheckKeepsDrawing(const std::string &pattern, const std::string &output);
+void CheckKeepsDrawing(const std::string &pattern, const std::string &output, std::string_view option = "-o");
 
 } // namespace vxhost

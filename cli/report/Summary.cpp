@@ -56,10 +56,11 @@ std::string MalformedText(const std::string &input, const Result &result, const 
 {
     const Outcome &outcome = result.outcome;
     const std::string_view lost = LostText(options.command);
-    const std::string_view salvage = !CanSalvage(outcome)                   ? ""
-                                     : !lost.empty()                        ? ", --salvage draws the rest"
-                                     : options.command == CommandKind::Text ? ", --salvage reads the rest"
-                                                                            : "";
+    const std::string_view salvage = !CanSalvage(outcome)                    ? ""
+                                     : !lost.empty()                         ? ", --salvage draws the rest"
+                                     : options.command == CommandKind::Text  ? ", --salvage reads the rest"
+                                     : options.command == CommandKind::Check ? ", --salvage checks the rest"
+                                                                             : "";
     return fmt::format("malformed{}{}: {}{}{}", MalformedPlace(outcome), lost,
                        outcome.end.isSaid ? "" : "the file may be cut short, ",
                        options.command == CommandKind::Trace
@@ -239,8 +240,10 @@ Summary Summarise(const std::string &input, const Result &result, const SummaryO
         summary.subject = OutputName(result.output.empty() ? "-" : result.output);
     if (result.fault)
         summary.error = isOfOutput ? OutputText(result, options) : DocumentText(input, result, options);
-    summary.warnings = ListWarnings(result.outcome, FontHelp(input, options.command));
-    std::ranges::move(ListOmitted(result.omitted), std::back_inserter(summary.warnings));
+    if (options.command != CommandKind::Check || result.fault) {
+        summary.warnings = ListWarnings(result.outcome, FontHelp(input, options.command));
+        std::ranges::move(ListOmitted(result.omitted), std::back_inserter(summary.warnings));
+    }
     const bool mustWarn = result.outcome.salvage.IsAny() || (options.isStrict && !summary.warnings.empty());
     if (summary.status == Status::Done && mustWarn)
         summary.status = Status::Warned;

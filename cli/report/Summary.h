@@ -19,6 +19,7 @@ enum class CommandKind {
     Info,
     Fonts, // does not send anybody to vx fonts
     Text,
+    Check, // whose findings tell what others warn of
     Trace, // does not send anybody to vx trace: the calls stand above
     Render,
     Profile, // no document: the profile that was given is tried

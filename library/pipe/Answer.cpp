@@ -182,6 +182,7 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
                             &unshown.betweenLayers})
         flat.Add(*count);
     flat.AddEnum(outcome.date, DateOrigin::Clock);
+    flat.Add(outcome.objections);
 }
 
 template <typename Flat>

@@ -46,16 +46,17 @@ _vx()
     --profile) words='fogra39 none' ;;
     --font-dir | --bag) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
-    -o | --output | --heat-map | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
+    -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render plates coverage text trace fonts batch verify --event-detail --help --version' files=
+            words='info render plates coverage check text trace fonts batch verify --event-detail --help --version' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
             info) words="--json $every" ;;
             plates) words="--output --no-mkdir --force $sheet $every" ;;
             coverage) words="--limit --heat-map --json --no-mkdir --force $sheet $every" ;;
+            check) words="--limits --html --json --no-mkdir --force $sheet $every" ;;
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;

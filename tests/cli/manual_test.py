@@ -12,8 +12,8 @@ import unittest
 from vxcommand import CommandTest, Png, VX, WITHOUT_LANDLOCK, document, sample, sample_names
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
-COMMANDS = ["info", "render", "plates", "coverage", "text", "trace", "fonts", "batch", "verify"]
 VX_ITSELF = {"-V", "--version", "--event-detail"}
+COMMANDS = ["info", "render", "plates", "coverage", "check", "text", "trace", "fonts", "batch", "verify"]
 COMMON = "--plugin"  # the first of those that every command has
 
 
@@ -202,6 +202,20 @@ class Members(CommandTest):
 
     def test_of_coverage(self):
         self.compare(self.objects("coverage", "--json", "-r", "20", *self.names), named_members("vx-coverage.1.md", "JSON"))
+
+    def test_of_check(self):
+        self.write("text.vx", document(self.TEXT.format("Helvetica").replace("0 g", "0.5 0 0 1 k")))
+        objects = self.objects("check", "--json", "-r", "20", "--salvage", *self.names, "text.vx")
+        self.compare(objects, named_members("vx-check.1.md", "JSON"))
+
+    def test_findings_and_limits_of_check_are_those_of_the_program(self):
+        """A wrong name in a file of limits lists the right ones."""
+        self.write("a.vx", document())
+        for member, title, terms in (("severities", "FINDINGS", r"^(`.*)\n: "), ("limits", "LIMITS", r"^(\*\*.*)\n: ")):
+            self.write("limits.json", json.dumps({member: {"none": 1}}).encode())
+            told = self.refused("check", "a.vx", "--limits", "limits.json", status=2).split("give one of ")[1].split(", ")
+            described = re.findall(r"[\w-]+", " ".join(re.findall(terms, section("vx-check.1.md", title), re.MULTILINE)))
+            self.assertEqual(sorted(described), sorted(told))
 
     def test_of_fonts(self):
         objects = self.objects("fonts", "--json", *self.names) + self.objects("fonts", "--json", *self.deep)

@@ -47,11 +47,11 @@ class Trust(CommandTest):
     def test_no_document_writes_on_the_terminal(self):
         self.write("a.vx", hostile(ESCAPES))
         for command in (["info", "a.vx"], ["info", "--json", "a.vx"], ["fonts", "a.vx"], ["fonts", "--json", "a.vx"],
-                        ["text", "a.vx"], ["text", "--json", "a.vx"], ["trace", "a.vx"], ["trace", "--json", "a.vx"], ["render", "-v", "a.vx", "-o", "a.pdf"],
+                        ["check", "a.vx"], ["check", "--json", "a.vx"], ["text", "a.vx"], ["text", "--json", "a.vx"], ["trace", "a.vx"], ["trace", "--json", "a.vx"], ["render", "-v", "a.vx", "-o", "a.pdf"],
                         ["batch", "-", "-f", "png", "-o", "{stem}.png"]):
             with self.subTest(command=command):
                 output, errors, status = self.all_of(*command, stdin=b"a.vx\n")
-                self.assertEqual(status, 0, errors)
+                self.assertEqual(status, 3 if command[0] == "check" else 0, errors)
                 told = (output + errors).decode()  # fails where it is no UTF-8
                 self.assertIn("2J", told)  # the document had its say
                 self.assertEqual(re.findall(r"[^\n -~\u00a0-\uffff]", told), [])

@@ -17,7 +17,8 @@ namespace
 {
 
 constexpr CommandKind kCommandKinds[] = {CommandKind::Info,   CommandKind::Fonts,   CommandKind::Trace,
-                                         CommandKind::Render, CommandKind::Profile, CommandKind::Batch};
+                                         CommandKind::Render, CommandKind::Profile, CommandKind::Batch,
+                                         CommandKind::Check};
 
 struct FaultCase {
     FaultKind kind;
@@ -270,6 +271,22 @@ TEST(Summary, WarnsOfWhatIsLeftOutAndIsStrictAboutIt)
     EXPECT_EQ(Summarise("a.vx", result, strict).status, Status::Warned);
     result.omitted = {0, 0, 4, 5, 6}; // names of the header, which nobody is warned of
     EXPECT_EQ(Summarise("a.vx", result, strict).status, Status::Done);
+}
+
+TEST(Summary, OfACheckLeavesWarningsToItsFindings)
+{
+    Result result;
+    result.isRead = true;
+    result.outcome.headerAccepted = true;
+    result.outcome.damage = "the gzip data end early";
+    SummaryOptions options;
+    options.isStrict = true;
+    EXPECT_FALSE(Summarise("a.vx", result, options).warnings.empty());
+    options.command = CommandKind::Check;
+    EXPECT_TRUE(Summarise("a.vx", result, options).warnings.empty());
+    EXPECT_EQ(Summarise("a.vx", result, options).status, Status::Done);
+    result.fault = {FaultKind::Malformed}; // there are no findings
+    EXPECT_FALSE(Summarise("a.vx", result, options).warnings.empty());
 }
 
 TEST(Summary, SaysWhatDoesNotConfine)
