@@ -22,7 +22,8 @@ _vx()
         # Several, with commas between them.
         local list=
         [[ $word == *,* ]] && list=${word%,*},
-        words="${list}pdf ${list}svg ${list}png" files=
+        words="${list}pdf ${list}svg ${list}png ${list}tiff" files=
+        [[ ${COMP_WORDS[1]} != plates ]] || words='png tiff'
         ;;
     --intent) words='relative perceptual' files= ;;
     --overprint) words='simulate ignore' files= ;;
@@ -54,7 +55,7 @@ _vx()
             files=
             case ${COMP_WORDS[1]} in
             info) words="--json $every" ;;
-            plates) words="--output --no-mkdir --force $sheet $every" ;;
+            plates) words="--output --format --no-mkdir --force $sheet $every" ;;
             coverage) words="--limit --heat-map --json --no-mkdir --force $sheet $every" ;;
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
