@@ -147,21 +147,23 @@ std::vector<Pass> Rendering::MakePasses(Failure *failure) const
     std::vector<Pass> passes;
     const auto date = std::make_shared<DateOrigin>(); // of any output so far
     for (size_t i = 0; i < task_.outputs.size(); ++i) {
-        const Format *format = task_.outputs[i].format;
+        const RenderTask::Output &output = task_.outputs[i];
+        const Format *format = output.format;
+        const Settings &settings = output.settings != nullptr ? *output.settings : task_.settings;
         std::string error;
-        std::shared_ptr<Device> device = format->make(task_.settings, SinksOf(i), &error);
+        std::shared_ptr<Device> device = format->make(settings, SinksOf(i), &error);
         if (device == nullptr) {
             *failure = {FailureKind::BadInput, error};
             return {};
         }
-        passes.emplace_back([this, device, format, date](Reading &reading) {
+        passes.emplace_back([&settings, device, format, date](Reading &reading) {
             const auto checkPage = [&](const Page &page) {
-                if (const DateOrigin origin = format->findDateOrigin(task_.settings, page);
+                if (const DateOrigin origin = format->findDateOrigin(settings, page);
                     origin != DateOrigin::None)
                     *date = origin;
-                return format->checkPage(task_.settings, page);
+                return format->checkPage(settings, page);
             };
-            Outcome outcome = DrawPage(task_.settings.box, checkPage, device.get(), reading);
+            Outcome outcome = DrawPage(settings.box, checkPage, device.get(), reading);
             outcome.date = *date;
             return outcome;
         });
@@ -195,8 +197,8 @@ Result Rendering::Finish()
 
 size_t MostRenderings()
 {
-    constexpr size_t kOfWorkerDocumentAndScratch = 3;
-    return MostWorkers(kOfWorkerDocumentAndScratch + Formats().size());
+    constexpr size_t kOthers = 4; // the worker's, the document, scratch and a thumbnail
+    return MostWorkers(kOthers + Formats().size());
 }
 
 Trial TryDevices(std::span<const Format *const> formats, const Settings &settings, Engine *engine)

@@ -21,6 +21,7 @@ struct RenderTask {
         std::string path; // "-" is standard output
         // Is given the descriptor of the whole output, which then gets no name; null: it comes to its path.
         std::function<void(int descriptor)> take = nullptr;
+        std::shared_ptr<const Settings> settings = nullptr; // of its own; null: those of the task
     };
     std::string input;
     std::vector<Output> outputs; // at least one, each in another place

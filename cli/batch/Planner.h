@@ -49,6 +49,7 @@ struct BatchOptions {
     // Says what else decides over the outputs: versions, and options about reading.
     nlohmann::ordered_json circumstances;
     SummaryForm summary = SummaryForm::Text;
+    std::string report; // folder of a catalogue; empty: none is made
 };
 
 class Planner

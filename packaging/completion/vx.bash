@@ -45,7 +45,7 @@ _vx()
     --date) words='file now' files= ;;
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
-    --font-dir) files=-d ;;
+    --font-dir | --report) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --heat-map | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
@@ -62,7 +62,7 @@ _vx()
             fonts) words="--list --json $every" ;;
             render) words="--force --no-mkdir $picture $every" ;;
             verify) words="--json ${picture#--output } $every" ;;
-            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --shard --merge-journals --summary --allow-outside --jobs $picture $every" ;;
+            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;

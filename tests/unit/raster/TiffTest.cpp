@@ -88,7 +88,7 @@ struct ReadFile {
     uint64_t at = 0;
     TIFF *tiff;
 
-    explicit ReadFile(const std::string &file) : bytes(file)
+    explicit ReadFile(const std::string &held) : bytes(held)
     {
         tiff = TIFFClientOpen(
             "", "rm", this,
