@@ -11,6 +11,7 @@ enum class LateLibraries {
     OfListingFonts, // fontconfig
     OfFonts,        // FreeType and HarfBuzz
     OfColour,       // Little CMS, for profiles that a user names
+    OfTiff,
 };
 
 // Does nothing where they are loaded, or linked as usual. Throws std::runtime_error when one is missing.

@@ -47,8 +47,7 @@ std::vector<Pass> PlateRendering::MakePasses(Failure *failure)
 {
     const std::shared_ptr<PlateSink> sink = task_.makeSink(files_);
     std::string error;
-    const std::shared_ptr<Device> device =
-        MakePlatesDevice(task_.settings.png, task_.spotInks, sink.get(), &error);
+    const std::shared_ptr<Device> device = MakePlatesDevice(task_.settings.png, task_.spotInks, sink, &error);
     if (device == nullptr) {
         *failure = {FailureKind::BadInput, error};
         return {};

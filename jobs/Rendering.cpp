@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <span>
 #include <string_view>
+#include <unistd.h>
 #include <utility>
 
 namespace vxhost
@@ -35,13 +36,51 @@ size_t TryEach(std::span<const Format *const> formats, const Settings &settings,
     size_t tried = 0;
     while (tried < formats.size() && !*failure) {
         std::string error;
-        if (formats[tried++]->make(settings, nullptr, &error) == nullptr)
+        if (formats[tried++]->make(settings, {}, &error) == nullptr)
             *failure = {FailureKind::BadInput, error};
     }
     return tried;
 }
 
+bool HasAny(const std::vector<RenderTask::Output> &outputs, unsigned formats)
+{
+    return std::ranges::any_of(
+        outputs, [&](const RenderTask::Output &output) { return (BitOf(*output.format) & formats) != 0; });
+}
+
 } // namespace
+
+// The file that the descriptor has is its output's alone, and empty at first.
+ByteSinks SinksFor(int descriptor)
+{
+    return {SinkFor(descriptor), [descriptor](uint64_t at, std::span<const std::byte> bytes) -> Failure {
+                while (!bytes.empty()) {
+                    const ssize_t written =
+                        pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(at));
+                    if (written < 0 && errno != EINTR)
+                        return {FailureKind::CannotWrite, SystemText(errno), errno};
+                    const auto count = static_cast<size_t>(std::max<ssize_t>(written, 0));
+                    bytes = bytes.subspan(count);
+                    at += count;
+                }
+                return {};
+            }};
+}
+
+ScratchBytes ScratchFor(int descriptor)
+{
+    return {SinkFor(descriptor), [descriptor](uint64_t at, std::span<std::byte> bytes) -> Failure {
+                while (!bytes.empty()) {
+                    const ssize_t got = pread(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(at));
+                    if (got == 0 || (got < 0 && errno != EINTR))
+                        return {FailureKind::CannotWrite, SystemText(errno), errno};
+                    const auto count = static_cast<size_t>(std::max<ssize_t>(got, 0));
+                    bytes = bytes.subspan(count);
+                    at += count;
+                }
+                return {};
+            }};
+}
 
 ByteSink SinkFor(int descriptor)
 {
@@ -72,8 +111,9 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
     job.input = task_.input;
     job.kinds = task_.kinds;
     job.readable = FilesOf(task_.settings);
-    job.touchesMuchMemory = std::ranges::any_of(
-        task_.outputs, [](const RenderTask::Output &output) { return output.format == FindFormat("png"); });
+    job.touchesMuchMemory = HasAny(task_.outputs, kPng | kTiff);
+    if (HasAny(task_.outputs, kTiff))
+        LoadLate(LateLibraries::OfTiff);
     job.layers = task_.settings.layers;
     job.keepsSpots = task_.settings.keepsSpots;
     job.makePasses = [this](Failure *failure) { return MakePasses(failure); };
@@ -84,6 +124,8 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
     std::vector<OutputPlace> places;
     for (const RenderTask::Output &output : task_.outputs)
         places.push_back({output.path, output.take});
+    if (HasAny(task_.outputs, kTiff)) // what is no output gets no name
+        places.push_back({"", [](int) {}});
     if (files_.Open(std::move(places), task_.rules, &result_))
         job_->Start(files_.Descriptors());
     else
@@ -91,26 +133,37 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
 }
 
 // Runs in the worker.
+ByteSinks Rendering::SinksOf(size_t output) const
+{
+    ByteSinks sinks = SinksFor(files_.Descriptor(output));
+    if (BitOf(*task_.outputs[output].format) == kTiff)
+        sinks.scratch = ScratchFor(files_.Descriptor(task_.outputs.size()));
+    return sinks;
+}
+
+// Runs in the worker.
 std::vector<Pass> Rendering::MakePasses(Failure *failure) const
 {
     std::vector<Pass> passes;
     const auto date = std::make_shared<DateOrigin>(); // of any output so far
-    for (size_t i = 0; i < files_.Size(); ++i) {
-        const Format *format = task_.outputs[i].format;
+    for (size_t i = 0; i < task_.outputs.size(); ++i) {
+        const RenderTask::Output &output = task_.outputs[i];
+        const Format *format = output.format;
+        const Settings &settings = output.settings != nullptr ? *output.settings : task_.settings;
         std::string error;
-        std::shared_ptr<Device> device = format->make(task_.settings, SinkFor(files_.Descriptor(i)), &error);
+        std::shared_ptr<Device> device = format->make(settings, SinksOf(i), &error);
         if (device == nullptr) {
             *failure = {FailureKind::BadInput, error};
             return {};
         }
-        passes.emplace_back([this, device, format, date](Reading &reading) {
+        passes.emplace_back([&settings, device, format, date](Reading &reading) {
             const auto checkPage = [&](const Page &page) {
-                if (const DateOrigin origin = format->findDateOrigin(task_.settings, page);
+                if (const DateOrigin origin = format->findDateOrigin(settings, page);
                     origin != DateOrigin::None)
                     *date = origin;
-                return format->checkPage(task_.settings, page);
+                return format->checkPage(settings, page);
             };
-            Outcome outcome = DrawPage(task_.settings.box, checkPage, device.get(), reading);
+            Outcome outcome = DrawPage(settings.box, checkPage, device.get(), reading);
             outcome.date = *date;
             return outcome;
         });
@@ -136,7 +189,7 @@ Result Rendering::Finish()
         result_ = job_->Found();
         // The pass that failed is that of the output.
         if (result_.isRead && result_.outcome.failure.IsOfWriting())
-            result_.output = files_.Path(std::clamp<size_t>(job_->PassesDone(), 1, files_.Size()) - 1);
+            result_.output = files_.Path(std::clamp<size_t>(job_->PassesDone(), 1, task_.outputs.size()) - 1);
     }
     files_.Finish(&result_);
     return std::move(result_);
@@ -144,8 +197,8 @@ Result Rendering::Finish()
 
 size_t MostRenderings()
 {
-    constexpr size_t kOfWorkerAndDocument = 2;
-    return MostWorkers(kOfWorkerAndDocument + Formats().size());
+    constexpr size_t kOthers = 4; // the worker's, the document, scratch and a thumbnail
+    return MostWorkers(kOthers + Formats().size());
 }
 
 Trial TryDevices(std::span<const Format *const> formats, const Settings &settings, Engine *engine)

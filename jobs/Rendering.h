@@ -21,6 +21,7 @@ struct RenderTask {
         std::string path; // "-" is standard output
         // Is given the descriptor of the whole output, which then gets no name; null: it comes to its path.
         std::function<void(int descriptor)> take = nullptr;
+        std::shared_ptr<const Settings> settings = nullptr; // of its own; null: those of the task
     };
     std::string input;
     std::vector<Output> outputs; // at least one, each in another place
@@ -31,6 +32,8 @@ struct RenderTask {
 
 // Makes, in the worker, what an output's bytes go to.
 ByteSink SinkFor(int descriptor);
+ByteSinks SinksFor(int descriptor);
+ScratchBytes ScratchFor(int descriptor);
 
 // Draws with the device, in the worker, unless there can be no such output of the page, as checkPage says.
 using CheckPage = std::function<Failure(const Page &page)>;
@@ -56,10 +59,11 @@ class Rendering
     const RenderTask &Task() const { return task_; }
 
   private:
+    ByteSinks SinksOf(size_t output) const;
     std::vector<Pass> MakePasses(Failure *failure) const;
 
     RenderTask task_;
-    OutputFiles files_;        // one for each of the task's outputs
+    OutputFiles files_; // one for each of the task's outputs, and one for scratch where a TIFF is among them
     std::unique_ptr<Job> job_; // null: an output cannot be opened
     Result result_;
 };

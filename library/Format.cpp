@@ -2,6 +2,7 @@
 
 #include "devices/pdf/PdfDevice.h"
 #include "devices/raster/RasterDevice.h"
+#include "devices/raster/TiffFile.h"
 #include "devices/svg/SvgDevice.h"
 #include "library/Options.h"
 
@@ -18,27 +19,34 @@ DateOrigin HasNoDate(const Settings &, const Page &)
     return DateOrigin::None;
 }
 
-// The rows stand in the order of kPdf, kSvg and kPng.
+Failure CheckSize(const Settings &settings, const Page &page)
+{
+    return FindPictureSize(page.box, settings.png).failure;
+}
+
+// The rows stand in the order of kPdf, kSvg, kPng and kTiff.
 constexpr Format kFormats[] = {
-    {"pdf", "application/pdf",
-     [](const Settings &settings, ByteSink sink, std::string *error) {
-         return MakePdfDevice(settings.pdf, std::move(sink), error);
+    {"pdf", "", "application/pdf",
+     [](const Settings &settings, ByteSinks sinks, std::string *error) {
+         return MakePdfDevice(settings.pdf, std::move(sinks.add), error);
      },
-     [](const Settings &, const Page &) { return Failure(); },
+     true, [](const Settings &, const Page &) { return Failure(); },
      [](const Settings &settings, const Page &page) { return FindDateOrigin(settings.pdf, page); }},
-    {"svg", "image/svg+xml",
-     [](const Settings &settings, ByteSink sink, std::string *error) {
-         return MakeSvgDevice(settings.svg, std::move(sink), error);
+    {"svg", "", "image/svg+xml",
+     [](const Settings &settings, ByteSinks sinks, std::string *error) {
+         return MakeSvgDevice(settings.svg, std::move(sinks.add), error);
      },
-     [](const Settings &, const Page &) { return Failure(); }, HasNoDate},
-    {"png", "image/png",
-     [](const Settings &settings, ByteSink sink, std::string *error) {
-         return MakePngDevice(settings.png, std::move(sink), error);
+     true, [](const Settings &, const Page &) { return Failure(); }, HasNoDate},
+    {"png", "", "image/png",
+     [](const Settings &settings, ByteSinks sinks, std::string *error) {
+         return MakePngDevice(settings.png, std::move(sinks.add), error);
      },
-     [](const Settings &settings, const Page &page) {
-         return FindPictureSize(page.box, settings.png).failure;
+     true, CheckSize, HasNoDate},
+    {"tiff", "tif", "image/tiff",
+     [](const Settings &settings, ByteSinks sinks, std::string *error) {
+         return MakeTiffDevice(settings.png, std::move(sinks), error);
      },
-     HasNoDate},
+     false, CheckSize, HasNoDate},
 };
 static_assert(std::size(kFormats) == kFormatCount);
 
@@ -52,7 +60,7 @@ std::span<const Format> Formats()
 const Format *FindFormat(std::string_view name)
 {
     for (const Format &format : kFormats) {
-        if (format.name == name)
+        if (format.name == name || (!name.empty() && format.shortName == name))
             return &format;
     }
     return nullptr;

@@ -17,11 +17,13 @@ namespace vxhost
 struct Settings;
 
 struct Format {
-    std::string_view name; // what --format takes; it is the extension of a file too
+    std::string_view name;      // what --format takes; it is the extension of a file too
+    std::string_view shortName; // the same for both, in place of it; empty: there is none
     std::string_view mime;
 
     // Null when the settings cannot be met: error is then one line for a person.
-    std::unique_ptr<Device> (*make)(const Settings &settings, ByteSink sink, std::string *error);
+    std::unique_ptr<Device> (*make)(const Settings &settings, ByteSinks sinks, std::string *error);
+    bool isWrittenInOrder; // else what stands in front is replaced at the end
     // Says why there can be no such file of that page.
     Failure (*checkPage)(const Settings &settings, const Page &page);
     // Says whose the date is that such a file of that page states.

@@ -22,7 +22,8 @@ constexpr int64_t kLeastMemory = int64_t{1} << 20;
 constexpr int64_t kLeastOutput = int64_t{1} << 10;
 constexpr std::string_view kPlainProfile = "none";
 constexpr std::string_view kOwnProfile = "fogra39";
-constexpr unsigned kAll = kPdf | kSvg | kPng;
+constexpr unsigned kPixels = kPng | kTiff;
+constexpr unsigned kAll = kPdf | kSvg | kPixels;
 
 std::string Whole(double number)
 {
@@ -258,15 +259,15 @@ static_assert(static_cast<int>(Script::Roman) == 0 && static_cast<int>(Script::J
               static_cast<int>(Script::TraditionalChinese) == 2 && static_cast<int>(Script::Korean) == 3);
 
 constexpr Option kOptions[] = {
-    {"dpi", 'r', "N", kPng, "150", "png: pixels an inch (150)", SetDpi, "", 0, kMaxDpi, true},
-    {"zoom", 'z', "F", kPng, "", "png: pixels a point", SetZoom, "", 0, kMaxDpi, true},
-    {"width", 0, "N", kPng, "", "png: its width in pixels; alone it keeps the aspect",
+    {"dpi", 'r', "N", kPixels, "150", "png, tiff: pixels an inch (150)", SetDpi, "", 0, kMaxDpi, true},
+    {"zoom", 'z', "F", kPixels, "", "png, tiff: pixels a point", SetZoom, "", 0, kMaxDpi, true},
+    {"width", 0, "N", kPixels, "", "png, tiff: its width in pixels; alone it keeps the aspect",
      SetSide<&RasterOptions::width>, "", 1, kMaxSide, true},
-    {"height", 0, "N", kPng, "", "png: its height in pixels; alone it keeps the aspect",
+    {"height", 0, "N", kPixels, "", "png, tiff: its height in pixels; alone it keeps the aspect",
      SetSide<&RasterOptions::height>, "", 1, kMaxSide, true},
-    {"fit", 0, "N", kPng, "", "png: at most N x N pixels", SetSide<&RasterOptions::fit>, "", 1, kMaxSide,
-     true},
-    {"background", 'b', "COLOR", kAll, "",
+    {"fit", 0, "N", kPixels, "", "png, tiff: at most N x N pixels", SetSide<&RasterOptions::fit>, "", 1,
+     kMaxSide, true},
+    {"background", 'b', "COLOR", kPdf | kSvg | kPng, "",
      "what is behind the drawing: none, #rrggbb or a name (png white; pdf, svg none)", SetBackground},
     {"box", 0, "BOX", kAll, "bbox", "what to show: bbox, or L,B,R,T in points (bbox)", SetBox},
     {"layers", 0, "WHICH", kAll, "printing",
@@ -278,13 +279,15 @@ constexpr Option kOptions[] = {
     {"intent", 0, "INTENT", kSvg | kPng, "relative",
      "svg, png: relative (with black point compensation) or perceptual (relative)", SetIntent,
      "relative,perceptual"},
-    {"overprint", 0, "HOW", kSvg | kPng, "simulate",
-     "svg, png: simulate or ignore (simulate); pdf always carries it", SetOverprint, "simulate,ignore"},
-    {"samples", 0, "N", kPng, "4", "png: samples a pixel, each way: 1, 2, 4 or 8 (4)", SetSamples, "1,2,4,8"},
+    {"overprint", 0, "HOW", kSvg | kPixels, "simulate",
+     "svg, png, tiff: simulate or ignore (simulate); pdf always carries it", SetOverprint, "simulate,ignore"},
+    {"samples", 0, "N", kPixels, "4", "png, tiff: samples a pixel, each way: 1, 2, 4 or 8 (4)", SetSamples,
+     "1,2,4,8"},
     {"text", 0, "HOW", kPdf | kSvg, "text", "pdf, svg: text, in embedded fonts, or outlines (text)", SetText,
      "text,outlines"},
-    {"spots", 0, "HOW", kPdf | kSvg, "keep",
-     "pdf, svg: spot inks: keep, a plate of its own for each, or process, the inks that stand in (keep)",
+    {"spots", 0, "HOW", kPdf | kSvg | kTiff, "keep",
+     "pdf, svg, tiff: spot inks: keep, a plate of its own for each, or process, the inks that stand in "
+     "(keep)",
      SetSpots, "keep,process"},
     {"pdf-x", 0, "LEVEL", kPdf, "none", "pdf: the standard to keep to: x1a, x3 or none (none)", SetStandard,
      "x1a,x3,none"},

@@ -24,8 +24,8 @@ namespace vxhost
 {
 
 // Sets of formats.
-enum : unsigned { kPdf = 1, kSvg = 2, kPng = 4 };
-constexpr size_t kFormatCount = 3;
+enum : unsigned { kPdf = 1, kSvg = 2, kPng = 4, kTiff = 8 };
+constexpr size_t kFormatCount = 4;
 
 // Holds everything that was chosen, as readings and devices understand it.
 struct Settings {

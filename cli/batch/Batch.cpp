@@ -35,6 +35,7 @@ constexpr size_t kMaxSlots = 1000;     // documents that are done may wait for o
 constexpr size_t kMaxWriters = 100000; // outputs
 constexpr int kMaxVain = 3;            // how often a document is begun in vain before it is left for last
 constexpr std::chrono::milliseconds kShowEvery(100);
+constexpr int kThumbnail = 192; // pixels of its longer side
 
 std::string_view NameOf(Status status)
 {
@@ -104,6 +105,8 @@ Batch::Batch(BatchOptions options, Session *session, Messages *messages)
       manifest_(options_.sources, {options_.takesAll, nullptr})
 {
     options_.jobs = std::min(options_.jobs, MostRenderings());
+    if (!options_.report.empty())
+        catalogue_ = std::make_unique<Catalogue>(options_.report);
 }
 
 Status Batch::Run()
@@ -112,6 +115,8 @@ Status Batch::Run()
     OpenJournal();
     if (!options_.bag.empty())
         bag_ = std::make_unique<Bag>(options_.bag);
+    if (catalogue_ != nullptr)
+        catalogue_->Begin(options_.resuming != Resuming::Nothing);
     (void)clock_gettime(CLOCK_REALTIME_COARSE, &began_); // which is that of file systems
     tally_.Begin(documents, Tally::Clock::now());
     interrupts_ = HoldInterrupts();
@@ -180,6 +185,8 @@ bool Batch::IsAtEnd() const
 Status Batch::End()
 {
     messages_->EraseProgress();
+    if (catalogue_ != nullptr)
+        catalogue_->Write(numbered_);
     if (end_ == BatchEnd::Asked && manifest_.AtEnd() && later_.empty())
         end_ = BatchEnd::Whole; // there was nothing left to begin
     CloseBag();
@@ -274,6 +281,8 @@ void Batch::StartTask(RenderTask task)
         return;
     if (journal_ != nullptr)
         journal_->Begin(slot.job, slot.entry.input);
+    if (catalogue_ != nullptr) // first: what is told is what was found for the last
+        task.outputs.insert(task.outputs.begin(), ThumbnailFor(slot, task.settings));
     slot.rendering = std::make_unique<Rendering>(std::move(task), &session_->Jobs());
     ++running_;
     if (slot.rendering->AwaitedWorker() == nullptr)
@@ -297,6 +306,15 @@ RenderTask Batch::PlanFor(Slot *slot)
     ClaimOutputs(&task, slot, needsDigest ? ShortDigestOf(slot->digest.digest + options) : 0);
     slot->job = JobOf(*slot, task);
     return task;
+}
+
+// The journal knows nothing of it: whether there is a catalogue decides over no other output.
+RenderTask::Output Batch::ThumbnailFor(const Slot &slot, const Settings &settings) const
+{
+    auto own = std::make_shared<Settings>(settings);
+    own->png.fit = kThumbnail;
+    own->png.background = RasterOptions().background;
+    return {FindFormat("png"), catalogue_->ThumbnailOf(slot.number), nullptr, own};
 }
 
 // Returns what stands in the journal for the document, its outputs, and all that decides over them but its bytes.
@@ -333,6 +351,9 @@ bool Batch::WasDone(const RenderTask &task, Slot *slot) const
     summary.warnings = std::move(done->warnings);
     if (summary.IsDone() ? !AreThere(*done, task, options_.resuming) || !HasRecords(task)
                          : options_.retriesFailed && !done->isPassedOver)
+        return false;
+    // What the catalogue lacks is drawn for it.
+    if (summary.IsDone() && catalogue_ != nullptr && !catalogue_->Has(slot->number, slot->entry.input))
         return false;
     for (size_t i = 0; i < done->outputs.size(); ++i) {
         slot->result.written.push_back(task.outputs[i].path);
@@ -420,6 +441,8 @@ void Batch::FinishWhatEnded()
         slot.summary = session_->Summarise(slot.entry.input, slot.result);
         slot.rendering.reset();
         --running_;
+        if (catalogue_ != nullptr)
+            slot.hasThumbnail = std::erase(slot.result.written, catalogue_->ThumbnailOf(slot.number)) > 0;
         // A packed file is known for a drawing, or for none, only now.
         slot.isPassedOver = !slot.entry.relative.empty() && !options_.takesAll &&
                             slot.result.fault.kind == FaultKind::NotADrawing;
@@ -539,6 +562,8 @@ bool Batch::Print(const Slot &slot)
         AddToBag(slot);
     tally_.Add(summary, slot.wasDoneBefore);
     worst_ = Worst(worst_, summary.status);
+    if (catalogue_ != nullptr && !(slot.wasDoneBefore && summary.IsDone()))
+        catalogue_->Add(slot.number, json, slot.hasThumbnail);
     return PrintResult(Joined(JsonLine(named), entry.id, JsonLine(json)), messages_);
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "cli/archive/Bag.h"
+#include "cli/batch/Catalogue.h"
 #include "cli/batch/Journal.h"
 #include "cli/batch/Planner.h"
 #include "cli/batch/Tally.h"
@@ -52,6 +53,7 @@ class Batch
         std::unique_ptr<Rendering> rendering; // while it is at work
         Result result;
         std::optional<Summary> summary; // none: it is not done
+        bool hasThumbnail = false;      // in the catalogue
         bool isPassedOver = false;      // it is a file of a folder, and turned out to be no drawing
     };
 
@@ -71,6 +73,7 @@ class Batch
     uint64_t JobOf(const Slot &slot, const RenderTask &task) const;
     bool IsForLater(const Slot &slot) const;
     bool WasDone(const RenderTask &task, Slot *slot) const;
+    RenderTask::Output ThumbnailFor(const Slot &slot, const Settings &settings) const;
 
     void FinishWhatEnded();
     bool HasRecords(const RenderTask &task) const;
@@ -107,8 +110,9 @@ class Batch
     int interrupts_ = -1; // is readable when there is one
     BatchEnd end_ = BatchEnd::Whole;
 
-    std::unique_ptr<Journal> journal_; // null: none is kept
-    std::unique_ptr<Bag> bag_;         // null: none is made
+    std::unique_ptr<Catalogue> catalogue_; // null: none is made
+    std::unique_ptr<Journal> journal_;     // null: none is kept
+    std::unique_ptr<Bag> bag_;             // null: none is made
     // Those that several runs have begun and none has ended, with their numbers: left for last.
     std::deque<std::pair<size_t, ManifestEntry>> later_;
     bool isLater_ = false; // their time has come

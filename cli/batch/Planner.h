@@ -51,6 +51,7 @@ struct BatchOptions {
     SummaryForm summary = SummaryForm::Text;
     bool writesPremis = false; // a record beside each output
     std::string bag;           // a folder that becomes one; empty: none
+    std::string report;        // folder of a catalogue; empty: none is made
 };
 
 class Planner

@@ -79,6 +79,11 @@ BatchCommand::BatchCommand(CLI::App *command)
             "--shard", shard_,
             "do one part of several alone, as 3/20: which one a document is in follows from its name")
         ->type_name("K/N");
+    command
+        ->add_option(
+            "--report", report_,
+            "a folder for a catalogue of the drawings: a page with a small picture of each, and a table")
+        ->type_name("DIR");
     command->add_option("--summary", summary_, "what to tell in the end: text, json or none (text)")
         ->type_name("HOW");
     outputOptions_.AddTo(command);
@@ -134,6 +139,9 @@ Status BatchCommand::Run(Messages *messages) const
     batchOptions.jobs = ReadJobs();
     batchOptions.isUnordered = isUnordered_;
     batchOptions.shard = ReadShard();
+    if (report_ && report_->empty())
+        throw UsageError("--report \"\": no name of a folder: name one that is new or empty");
+    batchOptions.report = report_.value_or("");
     ReadJournal(options, &batchOptions);
     if (summary_ != "text" && summary_ != "json" && summary_ != "none")
         throw UsageError(fmt::format("--summary {}: not known: give text, json or none", summary_));
@@ -210,6 +218,8 @@ Status BatchCommand::Merge(const CommonOptions &common, Messages *messages) cons
 {
     if (!journal_ || journal_->empty() || *journal_ == "-")
         throw UsageError("--merge-journals: no journal to merge into: give one with --journal");
+    if (report_)
+        throw UsageError("--report: journals are merged, and nothing is drawn: leave it out");
     if (common.inputs.empty() || !manifests_.empty() || !nulLists_.empty())
         throw UsageError("--merge-journals: no journals to merge: name them, and nothing else");
     messages->SetVerbosity(common.verbosity);

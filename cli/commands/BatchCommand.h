@@ -38,6 +38,7 @@ class BatchCommand
     bool allowOutside_ = false;
     std::string jobs_;
     bool isUnordered_ = false;
+    std::optional<std::string> report_;
     std::optional<std::string> journal_;
     std::string resume_; // "true" for the option without a word
     std::string retry_;

@@ -63,7 +63,7 @@ Status CoverageCommand::Run(Messages *messages) const
     const double limit = ReadInkLimit(limit_);
     std::vector<std::string> maps;
     if (!heatMap_.empty()) {
-        CheckIsPng(heatMap_, options.inputs.front());
+        (void)CheckFormatOfName(heatMap_, options.inputs.front(), kPng);
         maps = OutputNames(heatMap_, options.inputs, std::vector{FindFormat("png")});
     }
     for (const std::string &map : maps) {

@@ -4,6 +4,7 @@
 #include "cli/options/OutputOptions.h"
 #include "cli/options/PictureOptions.h"
 #include "devices/raster/PlateFiles.h"
+#include "jobs/LateLibraries.h"
 #include "jobs/PlateRendering.h"
 
 #include <CLI/CLI.hpp>
@@ -23,13 +24,15 @@ namespace
 constexpr std::string_view kInkMark = "{ink}";
 constexpr std::string_view kNotInNames = "/\\:*?\"<>|{}"; // some file systems refuse them
 
+constexpr unsigned kOfPlates = kPng | kTiff;
+
 // Adds to a pattern that names a folder what names a plate in it.
 std::string WholePattern(const std::string &pattern)
 {
     std::error_code failure;
     if (pattern.ends_with('/'))
-        return pattern + "{stem}-{ink}.png";
-    return std::filesystem::is_directory(pattern, failure) ? pattern + "/{stem}-{ink}.png" : pattern;
+        return pattern + "{stem}-{ink}.{ext}";
+    return std::filesystem::is_directory(pattern, failure) ? pattern + "/{stem}-{ink}.{ext}" : pattern;
 }
 
 std::string Replaced(std::string text, std::string_view from, const std::string &to)
@@ -63,7 +66,7 @@ std::string FileNameOf(const std::string &ink)
 }
 
 std::vector<std::string> PlateNames(const std::string &pattern, const NamedDocument &document,
-                                    const std::vector<std::string> &inks)
+                                    const Format &format, const std::vector<std::string> &inks)
 {
     std::set<std::string> used;
     std::vector<std::string> names;
@@ -79,7 +82,7 @@ std::vector<std::string> PlateNames(const std::string &pattern, const NamedDocum
         };
         for (int number = 2; !used.insert(fold(name)).second; ++number)
             name = fmt::format("{}-{}", plain, number);
-        names.push_back(FillPattern(Replaced(pattern, kInkMark, name), document, *FindFormat("png")));
+        names.push_back(FillPattern(Replaced(pattern, kInkMark, name), document, format));
     }
     return names;
 }
@@ -91,50 +94,63 @@ PlatesCommand::PlatesCommand(CLI::App *command)
                      "where to write, as 'plates/{stem}-{ink}.png'; {ink} is the name of each ink, {stem} "
                      "and {dir} are those of the input")
         ->type_name("PATH");
+    command->add_option("-f,--format", format_, "png or tiff (by the output's name, else png)")
+        ->type_name("FORMAT");
     command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs");
     command->add_flag("--force", force_, "overwrite drawings too, which are lost");
     AddPictureOptions(&texts_, command);
     common_.AddTo(command);
     command->footer("Examples:\n"
                     "  vx plates poster.vx -o 'plates/{ink}.png' --dpi 300\n"
-                    "  vx plates *.vx -o 'plates/{stem}-{ink}.png'\n"
+                    "  vx plates *.vx -o 'plates/{stem}-{ink}.tif'\n"
                     "  vx plates poster.vx -o '{ink}.png' --overprint ignore");
+}
+
+PlatesCommand::Plan PlatesCommand::MakePlan(const CommonOptions &options) const
+{
+    if (output_.empty())
+        throw UsageError("no output: add -o and a name, as -o '{stem}-{ink}.png'");
+    Plan plan;
+    plan.pattern = WholePattern(output_);
+    if (plan.pattern.find(kInkMark) == std::string::npos)
+        throw UsageError(
+            fmt::format("-o {}: all plates would be written to one file: name each after its ink, as -o "
+                        "'{{stem}}-{{ink}}.png'",
+                        output_));
+    plan.format = format_.empty() ? &CheckFormatOfName(plan.pattern, options.inputs.front(), kOfPlates)
+                                  : FindFormat(format_);
+    if (plan.format == nullptr || (BitOf(*plan.format) & kOfPlates) == 0)
+        throw UsageError(
+            fmt::format("--format {}: not one of plates: give {}", format_, NamesOf(kOfPlates, " or ")));
+    (void)OutputNames(plan.pattern, options.inputs,
+                      std::vector{plan.format}); // no two inputs share their plates
+    plan.settings = options.Complete(ReadSettings(texts_));
+    return plan;
 }
 
 Status PlatesCommand::Run(Messages *messages) const
 {
     const CommonOptions options = common_.Read();
-    if (output_.empty())
-        throw UsageError("no output: add -o and a name, as -o '{stem}-{ink}.png'");
-    const std::string pattern = WholePattern(output_);
-    if (pattern.find(kInkMark) == std::string::npos)
-        throw UsageError(
-            fmt::format("-o {}: all plates would be written to one file: name each after its ink, as -o "
-                        "'{{stem}}-{{ink}}.png'",
-                        output_));
-    CheckIsPng(pattern, options.inputs.front());
-    (void)OutputNames(pattern, options.inputs,
-                      std::vector{FindFormat("png")}); // no two inputs share their plates
-    const Settings settings = options.Complete(ReadSettings(texts_));
+    const Plan plan = MakePlan(options);
     Session session(options, CommandKind::Render, messages);
     Status worst = Status::Done;
     NamedDocument named;
     for (const std::string &input : options.inputs) {
         named.path = input;
-        named.digest = NamesDigest(pattern) ? DigestForName(input) : "";
-        worst = Worst(worst, MakePlates(named, settings, &session));
+        named.digest = NamesDigest(plan.pattern) ? DigestForName(input) : "";
+        worst = Worst(worst, MakePlates(named, plan, &session));
         ++named.number;
     }
     return worst;
 }
 
 // Which plates there are is known when the document was read to its end: so it is read once before.
-Status PlatesCommand::MakePlates(const NamedDocument &named, const Settings &settings, Session *session) const
+Status PlatesCommand::MakePlates(const NamedDocument &named, const Plan &plan, Session *session) const
 {
     const std::string &input = named.path;
     JobTask look;
     look.input = input;
-    look.layers = settings.layers;
+    look.layers = plan.settings.layers;
     look.makePasses = [](Failure *) { return std::vector<Pass>{LookThrough}; };
     Job job(std::move(look), &session->Jobs());
     const std::shared_ptr<Document> document = job.Opened();
@@ -146,18 +162,21 @@ Status PlatesCommand::MakePlates(const NamedDocument &named, const Settings &set
     PlateTask task;
     task.input = input;
     task.document = document;
-    task.settings = settings;
+    task.settings = plan.settings;
     task.rules.makesFolders = !noMkdir_;
     const std::vector<std::string> inks = PlateInks(job.Found().outcome.spots);
     task.spotInks = inks;
-    task.outputs = PlateNames(WholePattern(output_), named, inks);
+    task.outputs = PlateNames(plan.pattern, named, *plan.format, inks);
     for (const std::string &output : task.outputs) {
         if (!force_)
             CheckKeepsDrawing(output_, output);
     }
-    task.makeSink = [&inks](const OutputFiles &files) {
-        return std::make_unique<PlateFiles>([&](const std::string &ink) {
-            return SinkFor(
+    const PlateFormat format = plan.format == FindFormat("tiff") ? PlateFormat::Tiff : PlateFormat::Png;
+    if (format == PlateFormat::Tiff)
+        LoadLate(LateLibraries::OfTiff);
+    task.makeSink = [&inks, format](const OutputFiles &files) {
+        return std::make_unique<PlateFiles>(format, [&](const std::string &ink) {
+            return SinksFor(
                 files.Descriptor(static_cast<size_t>(std::ranges::find(inks, ink) - inks.begin())));
         });
     };

@@ -22,10 +22,18 @@ class PlatesCommand
     Status Run(Messages *messages) const;
 
   private:
-    Status MakePlates(const NamedDocument &named, const Settings &settings, Session *session) const;
+    // What is the same for all documents of a call.
+    struct Plan {
+        std::string pattern; // has "{ink}"
+        const Format *format = nullptr;
+        Settings settings;
+    };
+    Plan MakePlan(const CommonOptions &options) const;
+    Status MakePlates(const NamedDocument &named, const Plan &plan, Session *session) const;
 
     CommonOptionReader common_;
     std::string output_;
+    std::string format_; // empty: the output's name says it
     bool force_ = false;
     bool noMkdir_ = false;
     OptionTexts texts_;
@@ -37,6 +45,6 @@ std::string FileNameOf(const std::string &ink);
 // Makes the names of a document's plates, one for each ink, each another: a pattern with "{ink}" for the ink's name. Where two inks have one name
 // for files, the later ones get a number.
 std::vector<std::string> PlateNames(const std::string &pattern, const NamedDocument &document,
-                                    const std::vector<std::string> &inks);
+                                    const Format &format, const std::vector<std::string> &inks);
 
 } // namespace vxhost

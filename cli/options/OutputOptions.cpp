@@ -96,9 +96,9 @@ FormatList ReadFormats(const std::string &word, const std::string &output)
 {
     if (word.empty()) {
         // Who gives such a name does not want a PDF.
-        for (const char *other : {".jpg", ".jpeg", ".gif", ".tif", ".tiff", ".webp", ".bmp", ".eps", ".ps"}) {
+        for (const char *other : {".jpg", ".jpeg", ".gif", ".webp", ".bmp", ".eps", ".ps"}) {
             if (ExtensionOf(output) == other)
-                throw OptionError(fmt::format("-o {}: no {} is written here: name a .pdf, .svg or .png",
+                throw OptionError(fmt::format("-o {}: no {} is written here: name a .pdf, .svg, .png or .tif",
                                               output, other + 1));
         }
         const Format *named = FormatOfName(output);

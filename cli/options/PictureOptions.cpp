@@ -16,7 +16,7 @@ namespace
 // Returns the help without the formats that the option is for: here there is one.
 std::string PlainHelp(std::string help)
 {
-    for (const std::string_view formats : {"svg, png: ", "png: "}) {
+    for (const std::string_view formats : {"svg, png, tiff: ", "png, tiff: "}) {
         if (help.starts_with(formats))
             help.erase(0, formats.size());
     }
@@ -34,13 +34,15 @@ void AddPictureOptions(OptionTexts *texts, CLI::App *command)
     }
 }
 
-void CheckIsPng(const std::string &pattern, const std::string &input)
+const Format &CheckFormatOfName(const std::string &pattern, const std::string &input, unsigned formats)
 {
-    const Format *png = FindFormat("png");
     // The whole name is looked at, since a pattern may be that of a folder.
-    if (FormatOfName(FillPattern(pattern, {input, "", 1, NamesDigest(pattern) ? DigestForName(input) : ""},
-                                 *png)) != png)
-        throw UsageError(fmt::format("-o {}: png is written: name a .png", pattern));
+    const Format *named = FormatOfName(FillPattern(
+        pattern, {input, "", 1, NamesDigest(pattern) ? DigestForName(input) : ""}, *FindFormat("png")));
+    if (named == nullptr || (BitOf(*named) & formats) == 0)
+        throw UsageError(fmt::format("-o {}: {} is written: name a .{}", pattern, NamesOf(formats, " or "),
+                                     NamesOf(formats, " or .")));
+    return *named;
 }
 
 } // namespace vxhost

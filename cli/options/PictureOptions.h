@@ -17,7 +17,7 @@ namespace vxhost
 // Adds those of the table that say what is shown, how large and how fine.
 void AddPictureOptions(OptionTexts *texts, CLI::App *command);
 
-// Throws UsageError unless the pattern after -o is one of PNG files.
-void CheckIsPng(const std::string &pattern, const std::string &input);
+// Returns the format that the pattern after -o names, one of those. Throws UsageError when it names none of them.
+const Format &CheckFormatOfName(const std::string &pattern, const std::string &input, unsigned formats);
 
 } // namespace vxhost

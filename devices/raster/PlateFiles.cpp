@@ -5,21 +5,41 @@
 namespace vxhost
 {
 
-Failure PlateFiles::Begin(const PlateSheet &sheet, std::span<const std::string> inks)
+namespace
 {
-    raster::PngHeader header;
+
+// Makes the header of a file of that kind.
+template <class Header>
+Header HeaderOf(const PlateSheet &sheet, const std::string &ink)
+{
+    Header header;
     header.width = sheet.width;
     header.height = sheet.height;
-    header.pixels = raster::PngPixels::Gray;
     header.pixelsPerInchX = sheet.pixelsPerInchX;
     header.pixelsPerInchY = sheet.pixelsPerInchY;
     header.title = sheet.title;
+    header.ink = ink;
+    return header;
+}
+
+} // namespace
+
+PlateFiles::Writer PlateFiles::MakeWriter(const PlateSheet &sheet, const std::string &ink) const
+{
+    if (format_ == PlateFormat::Tiff)
+        return std::make_unique<raster::TiffWriter>(HeaderOf<raster::TiffHeader>(sheet, ink),
+                                                    findSinks_(ink));
+    auto header = HeaderOf<raster::PngHeader>(sheet, ink);
+    header.pixels = raster::PngPixels::Gray;
+    return std::make_unique<raster::PngWriter>(header, findSinks_(ink).add);
+}
+
+Failure PlateFiles::Begin(const PlateSheet &sheet, std::span<const std::string> inks)
+{
     row_.resize(static_cast<size_t>(sheet.width));
     writers_.clear();
-    for (const std::string &ink : inks) {
-        header.ink = ink;
-        writers_.push_back(std::make_unique<raster::PngWriter>(header, findSink_(ink)));
-    }
+    for (const std::string &ink : inks)
+        writers_.push_back(MakeWriter(sheet, ink));
     return {};
 }
 
@@ -28,15 +48,15 @@ Failure PlateFiles::TakeRow(std::span<const uint8_t *const> plates)
     for (size_t i = 0; i < plates.size(); ++i) {
         std::transform(plates[i], plates[i] + row_.size(), row_.begin(),
                        [](uint8_t ink) { return static_cast<uint8_t>(255 - ink); });
-        writers_[i]->WriteRow(row_.data());
+        std::visit([this](const auto &writer) { writer->WriteRow(row_.data()); }, writers_[i]);
     }
     return {};
 }
 
 Failure PlateFiles::End()
 {
-    for (const auto &writer : writers_) {
-        if (Failure failure = writer->End())
+    for (const Writer &any : writers_) {
+        if (Failure failure = std::visit([](const auto &writer) { return writer->End(); }, any))
             return failure;
     }
     writers_.clear();

@@ -20,6 +20,7 @@ struct PlateSheet {
     double pixelsPerInchX = 72, pixelsPerInchY = 72;
     Box box; // what they show, in points
     std::string title;
+    std::vector<std::string> inks; // of all plates, in their order
 };
 
 // Takes plates as they are made: up to four at a time, from the first row of theirs to the last, then the next four.
@@ -40,10 +41,10 @@ class PlateSink
 
 // Draws the plates of the process inks, then those of the spot inks: of these, or, if they are not known yet, of all that the page
 // paints with. An ink by the name of a process ink is on its plate. A page with spot inks is drawn several times, each time in
-// the same memory. Null when the options cannot be met, as MakePngDevice says. The sink must outlive the device.
+// the same memory. Null when the options cannot be met, as MakePngDevice says.
 std::unique_ptr<Device> MakePlatesDevice(const RasterOptions &options,
-                                         std::optional<std::vector<std::string>> spotInks, PlateSink *sink,
-                                         std::string *error);
+                                         std::optional<std::vector<std::string>> spotInks,
+                                         std::shared_ptr<PlateSink> sink, std::string *error);
 
 // Returns whether plates show the ink on one of its own.
 bool HasOwnPlate(const std::string &spotInk);

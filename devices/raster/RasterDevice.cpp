@@ -442,9 +442,9 @@ class PlatesDevice final : public RasterDevice
 {
   public:
     PlatesDevice(const RasterOptions &options, std::optional<std::vector<std::string>> spotInks,
-                 PlateSink *sink)
+                 std::shared_ptr<PlateSink> sink)
         : RasterDevice(options, InkChannels(options.overprint, ProcessInks())), inks_(ProcessInks()),
-          sink_(sink), isComplete_(spotInks.has_value())
+          sink_(std::move(sink)), isComplete_(spotInks.has_value())
     {
         for (const std::string &ink : spotInks.value_or(std::vector<std::string>()))
             Meet(ink);
@@ -485,7 +485,8 @@ class PlatesDevice final : public RasterDevice
                             size_.width / page_.box.Width() * kPointsPerInch,
                             size_.height / page_.box.Height() * kPointsPerInch,
                             page_.box,
-                            page_.title};
+                            page_.title,
+                            inks_};
         Failure failure = sink_->Begin(sheet, inks);
         PlateMixer mixer(*buffer_);
         std::vector<const uint8_t *> plates(inks.size());
@@ -534,7 +535,7 @@ class PlatesDevice final : public RasterDevice
     }
 
     std::vector<std::string> inks_; // in the order of their plates
-    PlateSink *sink_;
+    std::shared_ptr<PlateSink> sink_;
     bool isComplete_; // no more inks are met
     size_t done_ = 0; // of the inks
 };
@@ -591,12 +592,12 @@ std::unique_ptr<Device> MakePictureDevice(const RasterOptions &options, Picture 
 }
 
 std::unique_ptr<Device> MakePlatesDevice(const RasterOptions &options,
-                                         std::optional<std::vector<std::string>> spotInks, PlateSink *sink,
-                                         std::string *error)
+                                         std::optional<std::vector<std::string>> spotInks,
+                                         std::shared_ptr<PlateSink> sink, std::string *error)
 {
     if (!CheckSamples(options, error))
         return nullptr;
-    return std::make_unique<PlatesDevice>(options, std::move(spotInks), sink);
+    return std::make_unique<PlatesDevice>(options, std::move(spotInks), std::move(sink));
 }
 
 bool HasOwnPlate(const std::string &spotInk)

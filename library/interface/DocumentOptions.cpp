@@ -20,7 +20,8 @@ const Format &CheckFormat(const char *name)
     const std::string text(CheckText(name, "format"));
     const Format *format = FindFormat(text);
     if (format == nullptr)
-        throw OptionError("no format \"" + text + "\": give one of " + NamesOf(kPdf | kSvg | kPng, ", "));
+        throw OptionError("no format \"" + text + "\": give one of " +
+                          NamesOf(kPdf | kSvg | kPng | kTiff, ", "));
     return *format;
 }
 

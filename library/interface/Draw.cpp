@@ -32,8 +32,10 @@ void Render(vx_document *document, const Format &format, WrittenBytes *written)
     page.box = ShownBox(*document);
     CheckFailure(format.checkPage(document->settings, page));
     std::string error;
-    const std::unique_ptr<Device> device = format.make(document->settings, written->Sink(), &error);
+    const std::unique_ptr<Device> device =
+        format.make(document->settings, written->Sinks(format.isWrittenInOrder), &error);
     DrawPass(document, page.box, &CheckMade(device, error), written);
+    written->HandOver();
 }
 
 Box BoxOf(const vx_document &document, const vx_pixels &pixels)

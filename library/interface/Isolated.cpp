@@ -184,7 +184,7 @@ vx_status vx_render_isolated(vx_library *library, const vx_isolated *request, vx
         // The helper, which knows how long the drawing of a path is, has the closer bound.
         const size_t most = request->path == nullptr ? request->byte_count : kMostDocumentBytes;
         WrittenBytes written(write, context, MostOutput(settings.output, most));
-        const ByteSink sink = written.Sink();
+        const ByteSink sink = written.Sinks(true).add;
         task.onOutput = [&](std::span<const std::byte> bytes) {
             if (sink(bytes))
                 written.Check();

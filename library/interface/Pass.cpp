@@ -104,15 +104,40 @@ void Watch::CheckProgress(int64_t done, int64_t total) const
         throw CallError(VX_STOPPED, "stopped by its progress procedure");
 }
 
-ByteSink WrittenBytes::Sink()
+ByteSinks WrittenBytes::Sinks(bool isWrittenInOrder)
 {
-    return [this](std::span<const std::byte> bytes) -> Failure {
-        const auto size = static_cast<int64_t>(bytes.size());
-        isOver_ = isOver_ || (most_ > 0 && size > most_ - count_);
+    return {
+        [this, isWrittenInOrder](std::span<const std::byte> bytes) { return Take(bytes, !isWrittenInOrder); },
+        [this](uint64_t at, std::span<const std::byte> bytes) {
+            std::ranges::copy(bytes, held_.begin() + static_cast<ptrdiff_t>(at));
+            return Failure();
+        },
+        {[this](std::span<const std::byte> bytes) {
+             scratch_.insert(scratch_.end(), bytes.begin(), bytes.end());
+             return Failure();
+         },
+         [this](uint64_t at, std::span<std::byte> bytes) {
+             std::copy_n(scratch_.begin() + static_cast<ptrdiff_t>(at), bytes.size(), bytes.begin());
+             return Failure();
+         }}};
+}
+
+Failure WrittenBytes::Take(std::span<const std::byte> bytes, bool isHeld)
+{
+    const auto size = static_cast<int64_t>(bytes.size());
+    isOver_ = isOver_ || (most_ > 0 && size > most_ - count_);
+    count_ += size;
+    if (isHeld && !isOver_)
+        held_.insert(held_.end(), bytes.begin(), bytes.end());
+    else
         isStopped_ = isStopped_ || (!isOver_ && write_(context_, bytes.data(), bytes.size()) != 0);
-        count_ += size;
-        return isOver_ || isStopped_ ? Failure{FailureKind::CannotWrite} : Failure{};
-    };
+    return isOver_ || isStopped_ ? Failure{FailureKind::CannotWrite} : Failure{};
+}
+
+void WrittenBytes::HandOver()
+{
+    isStopped_ = !held_.empty() && write_(context_, held_.data(), held_.size()) != 0;
+    Check();
 }
 
 void WrittenBytes::Check() const

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <functional>
+#include <vector>
 
 namespace vxhost
 {
@@ -33,15 +34,20 @@ class WrittenBytes
     {
     }
 
-    // A device that fails to write goes on to its end: Check ends it sooner.
-    ByteSink Sink();
+    // A device that fails to write goes on to its end: Check ends it sooner. What is not written in order is held until
+    // it is handed over.
+    ByteSinks Sinks(bool isWrittenInOrder);
+    void HandOver();
     void Check() const;
 
   private:
+    Failure Take(std::span<const std::byte> bytes, bool isHeld);
+
     vx_write write_;
     void *context_;
     int64_t most_; // 0: any number
     int64_t count_ = 0;
+    std::vector<std::byte> held_, scratch_;
     bool isStopped_ = false;
     bool isOver_ = false;
 };

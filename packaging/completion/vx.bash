@@ -22,7 +22,8 @@ _vx()
         # Several, with commas between them.
         local list=
         [[ $word == *,* ]] && list=${word%,*},
-        words="${list}pdf ${list}svg ${list}png" files=
+        words="${list}pdf ${list}svg ${list}png ${list}tiff" files=
+        [[ ${COMP_WORDS[1]} != plates ]] || words='png tiff'
         ;;
     --intent) words='relative perceptual' files= ;;
     --overprint) words='simulate ignore' files= ;;
@@ -44,7 +45,7 @@ _vx()
     --date) words='file now' files= ;;
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
-    --font-dir | --bag) files=-d ;;
+    --font-dir | --bag | --report) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
@@ -54,7 +55,7 @@ _vx()
             files=
             case ${COMP_WORDS[1]} in
             info) words="--json $every" ;;
-            plates) words="--output --no-mkdir --force $sheet $every" ;;
+            plates) words="--output --format --no-mkdir --force $sheet $every" ;;
             coverage) words="--limit --heat-map --json --no-mkdir --force $sheet $every" ;;
             check) words="--limits --html --json --no-mkdir --force $sheet $every" ;;
             text) words="--json --layers --hide $every" ;;
@@ -62,7 +63,7 @@ _vx()
             fonts) words="--list --json $every" ;;
             render) words="--force --no-mkdir --premis $picture $every" ;;
             verify) words="--json ${picture#--output } $every" ;;
-            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --shard --merge-journals --summary --allow-outside --jobs $picture $every" ;;
+            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;

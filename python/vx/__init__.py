@@ -62,7 +62,7 @@ def render_isolated(source: Union[str, os.PathLike[str], bytes], format: str, *,
     """Renders a drawing in a process of its own, and returns the bytes of a file: those of vx.open(source).render(format).
 
         source            a path, or bytes
-        format            "png", "svg" or "pdf"
+        format            "png", "svg", "pdf" or "tiff"
         progress          is called some ten times a second with hundredths and 100; what it raises ends the call
         must_be_confined  True: vx.NotIsolatedError where the kernel cannot keep the process from files and the network
         options           those of vx.open and of Document.render; max_time and max_memory hold for all that is done

@@ -62,7 +62,7 @@ def formats() -> tuple[Format, ...]:
     """The formats that drawings can be written in.
 
     >>> [format.name for format in vx.formats()]
-    ['pdf', 'svg', 'png']
+    ['pdf', 'svg', 'png', 'tiff']
     """
     rows = (record("vx_format", lib.vx_format_at, index) for index in range(lib.vx_format_count()))
     return tuple(Format(text_of(row.name), text_of(row.mime)) for row in rows)

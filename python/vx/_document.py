@@ -136,7 +136,7 @@ class Document:
     def render(self, format: str, *, progress: Optional[Progress] = None, **options: Value) -> bytes:
         """Draws it, and returns the bytes of a file: those that the command vx writes with the same options.
 
-            format   "png", "svg" or "pdf"; vx.formats() lists them
+            format   "png", "svg", "pdf" or "tiff"; vx.formats() lists them
             options  such as width=400 or dpi=300 (pixels), box=(left, bottom, right, top) (points of 1/72 inch),
                      background="none", text="outlines", pdf_x="x1a"
 
@@ -163,6 +163,7 @@ class Document:
         name = os.fsdecode(path)
         if format is None:
             format = os.path.splitext(name)[1][1:].lower()
+            format = "tiff" if format == "tif" else format
             known = [row.name for row in formats()]
             if format not in known:
                 raise OptionError(f"{printable(name)}: its name does not end in a format: give one of {', '.join(known)}")

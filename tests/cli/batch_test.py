@@ -79,7 +79,7 @@ class Batch(CommandTest):
         ('{"input": "a.vx", "output": "b.png", "dpi": null}', '"dpi" has no value'),
         ('{"input": "a.vx", "output": "b.png", "dpi": "high"}', "--dpi high"),
         ('{"input": "a.vx", "output": "b.png", "dpi": 3, "fit": 3}', "more than one size"),
-        ('{"input": "a.vx", "output": "b.pdf", "dpi": 3}', "--dpi is for png"),
+        ('{"input": "a.vx", "output": "b.pdf", "dpi": 3}', "--dpi is for png and tiff"),
         ('{"input": "a.vx", "output": "b.png", "format": "gif"}', "--format gif"),
         ('{"input": "a.vx", "output": "b.png", "id": 01}', "byte 45 is not JSON"),
         ('{"input": "a.vx", "output": "b.png", "id": "\\ud800"}', "byte 44 is not JSON"),

@@ -72,7 +72,7 @@ class Usage(CommandTest):
         (["render", "a.vx", "-f", "png,pdf,png", "-o", "{ext}"], "given twice"),
         (["render", "a.vx", "-f", "png,pdf", "-o", "a.png"], 'as -o \'{stem}.{ext}\''),
         (["render", "a.vx", "-o", "a.JPG"], "no jpg is written here"),
-        (["render", "a.vx", "-o", "a.pdf", "--dpi", "72"], "--dpi is for png, and pdf is written"),
+        (["render", "a.vx", "-o", "a.pdf", "--dpi", "72"], "--dpi is for png and tiff, and pdf is written"),
         (["render", "a.vx", "-f", "svg,pdf", "-o", "{ext}", "--fit", "9"], "and pdf and svg is written"),
         (["render", "a.vx", "-o", "a.pdf", "--overprint", "ignore"], "--overprint is for svg and png"),
         (["render", "a.vx", "-o", "a.png", "--text", "outlines"], "--text is for pdf and svg, and png is written"),
@@ -450,13 +450,16 @@ class Render(CommandTest):
 
 class Formats(CommandTest):
     # Each row has words, the files that they write, and how each of these begins.
-    BEGINNINGS = {"pdf": b"%PDF-1.", "svg": b"<", "png": b"\x89PNG\r\n\x1a\n"}
+    BEGINNINGS = {"pdf": b"%PDF-1.", "svg": b"<", "png": b"\x89PNG\r\n\x1a\n", "tiff": b"II*\0"}
     CHOICES = [
         (["-o", "b.pdf"], {"b.pdf": "pdf"}),
         (["-o", "b.svg"], {"b.svg": "svg"}),
         (["-o", "b.PNG"], {"b.PNG": "png"}),
         (["-o", "b"], {"b": "pdf"}),
         (["-o", "b.v2"], {"b.v2": "pdf"}),
+        (["-o", "b.TIF"], {"b.TIF": "tiff"}),
+        (["-o", "b.tiff"], {"b.tiff": "tiff"}),
+        (["-o", "b.{ext}", "-f", "tif,png"], {"b.tiff": "tiff", "b.png": "png"}),
         (["-o", "b.png", "-f", "svg"], {"b.png": "svg"}),
         (["-o", "b.jpg", "-f", "pdf"], {"b.jpg": "pdf"}),
         (["-o", "b.{ext}", "-f", "pdf,svg,png"], {"b.pdf": "pdf", "b.svg": "svg", "b.png": "png"}),

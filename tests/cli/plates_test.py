@@ -69,7 +69,7 @@ class Plates(CommandTest):
         cases = {
             ("plates", "a.vx"): "no output: add -o and a name, as -o '{stem}-{ink}.png'",
             ("plates", "a.vx", "-o", "a.png"): "-o a.png: all plates would be written to one file: name each after its ink, as -o '{stem}-{ink}.png'",
-            ("plates", "a.vx", "-o", "{ink}.tga"): "-o {ink}.tga: png is written: name a .png",
+            ("plates", "a.vx", "-o", "{ink}.tga"): "-o {ink}.tga: png or tiff is written: name a .png or .tiff",
             ("plates", "a.vx", "b.vx", "-o", "{ink}.png"): "-o {ink}.png: \"a.vx\" and \"b.vx\" would both be written to \"{ink}.png\": name each after its input, as -o '{dir}/{stem}.{ext}'",
             ("plates", "a.vx", "-o", "{ink}.png", "--samples", "3"): "--samples 3: not known: give one of 1, 2, 4, 8",
             ("coverage", "a.vx", "--limit", "no"): "--limit no: not a number of percent above 0 and up to 10000: give one as 300",

@@ -19,7 +19,7 @@ class Verify(CommandTest):
         return self.run_vx("verify", "-q", *words, status=status, **options)[0].decode().splitlines()
 
     def test_what_was_made_is_the_same_in_every_format(self):
-        for kind in ("pdf", "svg", "png"):
+        for kind in ("pdf", "svg", "png", "tif"):
             self.run_vx("render", "-q", "a.vx", "-o", f"a.{kind}")
             before = self.files()
             lines = self.verify("a.vx", f"a.{kind}")

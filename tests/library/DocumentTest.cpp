@@ -262,7 +262,7 @@ TEST(Options, ThatAreNotThereAreTold)
     EXPECT_EQ(vx_document_set(document.get(), "colour", "red", &error), VX_WRONG_OPTION);
     EXPECT_STREQ(error.text, "no option \"colour\": vx_option_at lists them");
     EXPECT_EQ(vx_document_render(document.get(), "gif", AppendBytes, nullptr, &error), VX_WRONG_OPTION);
-    EXPECT_STREQ(error.text, "no format \"gif\": give one of pdf, svg, png");
+    EXPECT_STREQ(error.text, "no format \"gif\": give one of pdf, svg, png, tiff");
     const OwnedLibrary library = MakeLibrary();
     EXPECT_EQ(vx_library_set(library.get(), "fonts", "x", &error), VX_WRONG_OPTION);
     EXPECT_STREQ(error.text,

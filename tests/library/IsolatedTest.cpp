@@ -128,7 +128,7 @@ class SameBytes : public testing::TestWithParam<const char *>
 TEST_P(SameBytes, AsInTheProcess)
 {
     const std::string path = SamplePath(GetParam()), bytes = ReadWhole(path);
-    for (const char *format : {"png", "svg", "pdf"}) {
+    for (const char *format : {"png", "svg", "pdf", "tiff"}) {
         SCOPED_TRACE(format);
         const Made here = MadeHere(bytes, format, {});
         ASSERT_EQ(here.status, VX_OK) << here.text;

@@ -109,7 +109,7 @@ def test_options_are_listed_with_their_ranges():
     ("png", {"widht": 3}, 'no option "widht": did you mean width? vx.options() lists them'),
     ("png", {"zzz": 3}, 'no option "zzz": leave it out; vx.options() lists them'),
     ("pdf", {"pdf-x": "x1a"}, 'no option "pdf-x": did you mean pdf_x? vx.options() lists them'),
-    ("svg", {"width": 3}, "width is for png, and svg is made: leave it out"),
+    ("svg", {"width": 3}, "width is for png and tiff, and svg is made: leave it out"),
     ("png", {"text": "outlines"}, "text is for pdf and svg, and png is made: leave it out"),
     ("png", {"background": ""}, "background: its value is empty: give one, or None"),
     ("png", {"width": 3.5}, "<bytes>: width 3.5: not a whole number of pixels from 1 to 131072: give one as 1024"),
@@ -119,8 +119,8 @@ def test_options_are_listed_with_their_ranges():
      "give a profile, or leave profile out"),
     ("pdf", {"date": "soon"}, "<bytes>: date soon: not a date from 1970 to 9999: give one as 2026-11-22 or 2026-11-22T10:30, seconds "
      "since 1970, file or now"),
-    ("gif", {}, '<bytes>: no format "gif": give one of pdf, svg, png'),
-    ("gif", {"width": 3}, '<bytes>: no format "gif": give one of pdf, svg, png'),
+    ("gif", {}, '<bytes>: no format "gif": give one of pdf, svg, png, tiff'),
+    ("gif", {"width": 3}, '<bytes>: no format "gif": give one of pdf, svg, png, tiff'),
 ])
 def test_a_wrong_option_is_told(form, options, text):
     with pytest.raises(vx.OptionError) as told:

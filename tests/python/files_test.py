@@ -28,7 +28,7 @@ def test_a_format_may_be_given(drawing, tmp_path):
 
 @pytest.mark.parametrize("name", ["a", "a.gif", ".png"])
 def test_a_name_without_a_format_is_told(drawing, tmp_path, name):
-    with pytest.raises(vx.OptionError, match=f"/{name}: its name does not end in a format: give one of pdf, svg, png$"):
+    with pytest.raises(vx.OptionError, match=f"/{name}: its name does not end in a format: give one of pdf, svg, png, tiff$"):
         drawing.save(tmp_path / name)
     assert os.listdir(tmp_path) == []
 

@@ -43,7 +43,7 @@ def test_they_are_those_of_the_layers_that_are_chosen():
 
 
 def test_what_says_nothing_of_reading_is_refused():
-    with pytest.raises(vx.OptionError, match="^dpi is for png, and texts are read: leave it out$"):
+    with pytest.raises(vx.OptionError, match="^dpi is for png and tiff, and texts are read: leave it out$"):
         vx.open(LAYERS).texts(dpi=300)
 
 

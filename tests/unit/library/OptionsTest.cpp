@@ -198,6 +198,11 @@ const MeantCase kMeantCases[] = {
     {"profile", "none", kSvg, true},
     {"profile", "fogra39", kPdf, false}, // nothing converts colours
     {"profile", "fogra39", kPdf | kPng, true},
+    {"dpi", "72", kTiff, true},
+    {"profile", "fogra39", kTiff, true},
+    {"background", "white", kTiff, false}, // paper has no ink
+    {"intent", "relative", kTiff, false},
+    {"spots", "process", kTiff, true},
 };
 
 TEST(OptionsTest, MeanSomethingForSomeFormats)
@@ -218,6 +223,8 @@ TEST(FormatsTest, AreFoundByTheirNames)
     EXPECT_EQ(BitOf(*FindFormat("pdf")), kPdf);
     EXPECT_EQ(BitOf(*FindFormat("svg")), kSvg);
     EXPECT_EQ(BitOf(*FindFormat("png")), kPng);
+    EXPECT_EQ(BitOf(*FindFormat("tiff")), kTiff);
+    EXPECT_EQ(FindFormat("tif"), FindFormat("tiff"));
     EXPECT_EQ(FindFormat("PNG"), nullptr);
     EXPECT_EQ(FindFormat(""), nullptr);
     EXPECT_EQ(NamesOf(kPdf | kPng), "pdf and png");

@@ -53,6 +53,11 @@ class KeptPlates final : public PlateSink
     std::map<std::string, std::vector<std::vector<uint8_t>>> rows_;
 };
 
+std::shared_ptr<PlateSink> Lent(KeptPlates *plates)
+{
+    return {plates, [](PlateSink *) {}};
+}
+
 const SpotInk kRed = {"Red", {0, 1, 1, 0}}, kBlue = {"Blue", {1, 0.5, 0, 0}};
 
 Colour Gray(double level)
@@ -83,7 +88,7 @@ void DrawPlates(const std::function<void(Device *)> &draw, KeptPlates *plates,
                 const RasterOptions &options = PlainOptions())
 {
     std::string error;
-    const auto device = MakePlatesDevice(options, std::move(spotInks), plates, &error);
+    const auto device = MakePlatesDevice(options, std::move(spotInks), Lent(plates), &error);
     ASSERT_NE(device, nullptr) << error;
     Page page;
     page.box = {0, 0, 8, 8};
@@ -275,7 +280,7 @@ TEST(Plates, SayWhichSamplesThereAre)
     options.samples = 3;
     KeptPlates plates;
     std::string error;
-    EXPECT_EQ(MakePlatesDevice(options, std::nullopt, &plates, &error), nullptr);
+    EXPECT_EQ(MakePlatesDevice(options, std::nullopt, Lent(&plates), &error), nullptr);
     EXPECT_EQ(error, "3 samples a side are not possible: use 1, 2, 4 or 8");
 }
 
