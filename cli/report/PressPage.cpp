@@ -45,11 +45,17 @@ std::string ColourText(Rgb colour)
 }
 
 // No text of a drawing may end the element that the facts stand in, or begin a comment there.
-std::string ForScript(std::string json)
+std::string ForScript(std::string_view json)
 {
-    for (size_t at = json.find('<'); at != std::string::npos; at = json.find('<', at))
-        json.replace(at, 1, "\\u003c");
-    return json;
+    std::string text;
+    text.reserve(json.size());
+    for (const char c : json) {
+        if (c == '<')
+            text += "\\u003c";
+        else
+            text += c;
+    }
+    return text;
 }
 
 } // namespace

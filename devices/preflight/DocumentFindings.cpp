@@ -145,7 +145,8 @@ void AddTotalInk(const InkCoverage &coverage, Findings *findings)
         return;
     Finding &finding = findings->Of(FindingKind::TotalInk);
     finding.count = 1;
-    finding.value = coverage.most * kPercent;
+    constexpr double kTenths = 10; // plates tell no finer parts of a percent apart
+    finding.value = std::round(coverage.most * kPercent * kTenths) / kTenths;
     char area[32];
     (void)std::snprintf(area, sizeof area, "%.1f mm²", coverage.aboveArea * kMillimetres * kMillimetres);
     finding.detail = area;

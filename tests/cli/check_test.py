@@ -48,7 +48,7 @@ SPOT = "0 1 1 0 (Brick) 0 x\n" + PAGE
 # name: a document that has the finding, what is told of it, and documents that do not have it. Places are in points.
 CASES = {
     # The page is 150 pixels wide: the first of them, at the top, is 0.48 pt wide. 3 of 255 levels are 1.176 %.
-    "total-ink": ("1 1 1 0.01 k\n" + PAGE, {"count": 1, "value": 301.176, "limit": 300, "at": [0.24, 35.76]}, ["1 1 1 0 k\n" + PAGE]),
+    "total-ink": ("1 1 1 0.01 k\n" + PAGE, {"count": 1, "value": 301.2, "limit": 300, "at": [0.24, 35.76]}, ["1 1 1 0 k\n" + PAGE]),
     "hairline": (line(0.24) + line(0.1, y=20) + line(0.25, y=30), {"count": 2, "value": 0.1, "limit": 0.25, "at": [35, 10]},
                  [line(0.25), line(0.1, y=-50), line(0.1, y=40), "1 R\n" + line(0.1, "0 0 0 0 K"), line(0)]),
     "zero-width-line": (line(0), {"count": 1, "at": [35, 10]}, [line(0.001), line(0, y=50)]),
