@@ -47,11 +47,12 @@ Rgb ColourOf(const std::string &ink, const std::vector<SpotUse> &spots, ScreenCo
 
 Check::Check(CheckTask task)
     : task_(std::move(task)), coverage_(task_.limits.totalInk / kPercent),
-      plates_([this](const std::string &ink) {
-          PagePlate &plate = page_.plates.emplace_back();
-          plate.ink = ink;
-          return AppendTo(&plate.png);
-      }),
+      plates_(PlateFormat::Png,
+              [this](const std::string &ink) {
+                  PagePlate &plate = page_.plates.emplace_back();
+                  plate.ink = ink;
+                  return ByteSinks{AppendTo(&plate.png)};
+              }),
       findings_(task_.limits)
 {
 }

@@ -22,7 +22,7 @@ namespace
 {
 
 constexpr const char *kPageOption = "--html";
-constexpr Format kPage = {"html", "text/html", nullptr, nullptr, nullptr};
+constexpr Format kPage = {"html", "", "text/html", nullptr, true, nullptr, nullptr};
 
 // Names the pages of all inputs; none where there are to be none.
 std::vector<std::string> PageNames(const std::string &pattern, const std::vector<std::string> &inputs)
