@@ -5,12 +5,11 @@
 // destroy, right below their setjmp.
 #include "devices/raster/PngWriter.h"
 
-#include "host/MemoryWatch.h"
+#include "devices/raster/WriterSteps.h"
 
 #include <algorithm>
 #include <cmath>
 #include <csetjmp>
-#include <exception>
 #include <libdeflate.h>
 #include <new>
 #include <optional>
@@ -102,15 +101,13 @@ struct Room {
     explicit Room(size_t size) : bytes(std::make_unique_for_overwrite<uint8_t[]>(size)) {}
 };
 
-struct PngWriter::State {
+struct PngWriter::State : WriterSteps {
     png_structp png = nullptr;
     png_infop info = nullptr;
     PngHeader header;
     size_t rowBytes = 0;
     std::optional<Room> rows, compressed; // of a picture that is compressed in one piece
     ByteSink sink;
-    Failure failure;
-    std::exception_ptr thrown; // what the sink threw
 
     ~State() { png_destroy_write_struct(&png, &info); }
 
@@ -118,23 +115,6 @@ struct PngWriter::State {
     bool Row(const uint8_t *row);
     void Compress();
     bool Finish();
-
-    // Takes one of these steps, unless something has failed.
-    template <typename Step>
-    void Take(const char *undone, Step &&step)
-    {
-        if (failure)
-            return;
-        const MemoryWatch watch;
-        const bool isDone = step();
-        if (thrown != nullptr)
-            std::rethrow_exception(std::exchange(thrown, nullptr));
-        if (failure)
-            return;
-        watch.Check();
-        if (!isDone)
-            failure = {FailureKind::BadInput, undone};
-    }
 
     bool Send(std::span<const std::byte> bytes) noexcept
     {
