@@ -97,7 +97,7 @@ def test_options_of_a_call_are_forgotten_after_it(before):
 
 def test_options_are_listed_with_their_ranges():
     rows = {option.name: option for option in vx.options()}
-    assert (rows["width"].least, rows["width"].most, rows["width"].formats) == (1, 131072, ("png",))
+    assert (rows["width"].least, rows["width"].most, rows["width"].formats) == (1, 131072, ("png", "tiff"))
     assert (rows["pdf_x"].choices, rows["pdf_x"].standard) == (("x1a", "x3", "none"), "none")
     assert rows["max_time"].formats == ()
     assert "-" not in "".join(rows)
