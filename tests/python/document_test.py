@@ -102,7 +102,7 @@ def test_options_are_listed_with_their_ranges():
     assert rows["max_time"].formats == ()
     assert "-" not in "".join(rows)
     assert [(row.name, row.mime) for row in vx.formats()] == [
-        ("pdf", "application/pdf"), ("svg", "image/svg+xml"), ("png", "image/png")]
+        ("pdf", "application/pdf"), ("svg", "image/svg+xml"), ("png", "image/png"), ("tiff", "image/tiff")]
 
 
 @pytest.mark.parametrize("form, options, text", [
