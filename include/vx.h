@@ -232,8 +232,8 @@ vx_status vx_document_set_progress(vx_document *document, vx_progress procedure,
                                    vx_error *error);
 
 /*
- * Draws the document and gives the bytes of a file of that format to write, in order and in pieces. What has been
- * written when the call fails is no whole file.
+ * Draws the document and gives the bytes of a file of that format to write, in order and in pieces; one of "tiff", whose beginning
+ * is known at its end, is held until then. What has been written when the call fails is no whole file.
  */
 typedef int (*vx_write)(void *context, const void *bytes, size_t size);
 vx_status vx_document_render(vx_document *document, const char *format, vx_write write, void *context,

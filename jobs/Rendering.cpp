@@ -42,6 +42,21 @@ size_t TryEach(std::span<const Format *const> formats, const Settings &settings,
     return tried;
 }
 
+// Reads or writes all of the bytes at a place of a file.
+template <class Byte, class Call>
+Failure MoveAll(std::span<Byte> bytes, uint64_t at, Call *call, int descriptor)
+{
+    while (!bytes.empty()) {
+        const ssize_t moved = call(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(at));
+        if (moved == 0 || (moved < 0 && errno != EINTR))
+            return {FailureKind::CannotWrite, SystemText(errno), errno};
+        const auto count = static_cast<size_t>(std::max<ssize_t>(moved, 0));
+        bytes = bytes.subspan(count);
+        at += count;
+    }
+    return {};
+}
+
 bool HasAny(const std::vector<RenderTask::Output> &outputs, unsigned formats)
 {
     return std::ranges::any_of(
@@ -53,32 +68,15 @@ bool HasAny(const std::vector<RenderTask::Output> &outputs, unsigned formats)
 // The file that the descriptor has is its output's alone, and empty at first.
 ByteSinks SinksFor(int descriptor)
 {
-    return {SinkFor(descriptor), [descriptor](uint64_t at, std::span<const std::byte> bytes) -> Failure {
-                while (!bytes.empty()) {
-                    const ssize_t written =
-                        pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(at));
-                    if (written < 0 && errno != EINTR)
-                        return {FailureKind::CannotWrite, SystemText(errno), errno};
-                    const auto count = static_cast<size_t>(std::max<ssize_t>(written, 0));
-                    bytes = bytes.subspan(count);
-                    at += count;
-                }
-                return {};
+    return {SinkFor(descriptor), [descriptor](uint64_t at, std::span<const std::byte> bytes) {
+                return MoveAll(bytes, at, pwrite, descriptor);
             }};
 }
 
 ScratchBytes ScratchFor(int descriptor)
 {
-    return {SinkFor(descriptor), [descriptor](uint64_t at, std::span<std::byte> bytes) -> Failure {
-                while (!bytes.empty()) {
-                    const ssize_t got = pread(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(at));
-                    if (got == 0 || (got < 0 && errno != EINTR))
-                        return {FailureKind::CannotWrite, SystemText(errno), errno};
-                    const auto count = static_cast<size_t>(std::max<ssize_t>(got, 0));
-                    bytes = bytes.subspan(count);
-                    at += count;
-                }
-                return {};
+    return {SinkFor(descriptor), [descriptor](uint64_t at, std::span<std::byte> bytes) {
+                return MoveAll(bytes, at, pread, descriptor);
             }};
 }
 

@@ -5,31 +5,15 @@
 namespace vxhost
 {
 
-namespace
-{
-
-// Makes the header of a file of that kind.
-template <class Header>
-Header HeaderOf(const PlateSheet &sheet, const std::string &ink)
-{
-    Header header;
-    header.width = sheet.width;
-    header.height = sheet.height;
-    header.pixelsPerInchX = sheet.pixelsPerInchX;
-    header.pixelsPerInchY = sheet.pixelsPerInchY;
-    header.title = sheet.title;
-    header.ink = ink;
-    return header;
-}
-
-} // namespace
-
 PlateFiles::Writer PlateFiles::MakeWriter(const PlateSheet &sheet, const std::string &ink) const
 {
-    if (format_ == PlateFormat::Tiff)
-        return std::make_unique<raster::TiffWriter>(HeaderOf<raster::TiffHeader>(sheet, ink),
-                                                    findSinks_(ink));
-    auto header = HeaderOf<raster::PngHeader>(sheet, ink);
+    if (format_ == PlateFormat::Tiff) {
+        auto header = HeaderOf<raster::TiffHeader>(sheet);
+        header.ink = ink;
+        return std::make_unique<raster::TiffWriter>(header, findSinks_(ink));
+    }
+    auto header = HeaderOf<raster::PngHeader>(sheet);
+    header.ink = ink;
     header.pixels = raster::PngPixels::Gray;
     return std::make_unique<raster::PngWriter>(header, findSinks_(ink).add);
 }

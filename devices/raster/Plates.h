@@ -23,6 +23,19 @@ struct PlateSheet {
     std::vector<std::string> inks; // of all plates, in their order
 };
 
+// Begins the header of a picture file of them, whatever its kind.
+template <class Header>
+Header HeaderOf(const PlateSheet &sheet)
+{
+    Header header;
+    header.width = sheet.width;
+    header.height = sheet.height;
+    header.pixelsPerInchX = sheet.pixelsPerInchX;
+    header.pixelsPerInchY = sheet.pixelsPerInchY;
+    header.title = sheet.title;
+    return header;
+}
+
 // Takes plates as they are made: up to four at a time, from the first row of theirs to the last, then the next four.
 class PlateSink
 {

@@ -5,12 +5,11 @@
 // destroy, right below their setjmp.
 #include "devices/raster/PngWriter.h"
 
-#include "host/MemoryWatch.h"
+#include "devices/raster/WriterSteps.h"
 
 #include <algorithm>
 #include <cmath>
 #include <csetjmp>
-#include <exception>
 #include <libdeflate.h>
 #include <new>
 #include <optional>
@@ -31,11 +30,25 @@ constexpr size_t kMostInOnePiece = size_t{8}
 
 constexpr size_t kMaxText = 1000; // bytes
 
-// Filters hide what repeats, so flat rows have none. But differences are what repeats in a row of a gradient, of whose pixels
-// many are unlike the one before them.
-int ChooseFilter(const uint8_t *row, size_t bytes, size_t pixelBytes)
+// Counts pixels of one byte that are unlike the one before them. So many at a time as a byte can count: many go into one register.
+size_t CountGrayDifferences(const uint8_t *row, size_t bytes)
 {
-    constexpr size_t kPixelsADifference = 5;
+    constexpr size_t kMostCounted = 255;
+    size_t differences = 0;
+    for (size_t i = 1; i < bytes;) {
+        const size_t end = std::min(bytes, i + kMostCounted);
+        uint8_t some = 0;
+        for (; i < end; ++i)
+            some = static_cast<uint8_t>(some + (row[i] != row[i - 1] ? 1 : 0));
+        differences += some;
+    }
+    return differences;
+}
+
+size_t CountDifferences(const uint8_t *row, size_t bytes, size_t pixelBytes)
+{
+    if (pixelBytes == 1)
+        return CountGrayDifferences(row, bytes);
     size_t differences = 0;
     for (size_t i = pixelBytes; i < bytes; i += pixelBytes) {
         uint8_t difference = 0;
@@ -43,8 +56,17 @@ int ChooseFilter(const uint8_t *row, size_t bytes, size_t pixelBytes)
             difference |= row[k] ^ row[k - pixelBytes];
         differences += difference != 0 ? 1 : 0;
     }
-    return differences * pixelBytes * kPixelsADifference > bytes ? PNG_FILTER_VALUE_SUB
-                                                                 : PNG_FILTER_VALUE_NONE;
+    return differences;
+}
+
+// Filters hide what repeats, so flat rows have none. But differences are what repeats in a row of a gradient, of whose pixels
+// many are unlike the one before them.
+int ChooseFilter(const uint8_t *row, size_t bytes, size_t pixelBytes)
+{
+    constexpr size_t kPixelsADifference = 5;
+    return CountDifferences(row, bytes, pixelBytes) * pixelBytes * kPixelsADifference > bytes
+               ? PNG_FILTER_VALUE_SUB
+               : PNG_FILTER_VALUE_NONE;
 }
 
 int ColourType(PngPixels pixels)
@@ -79,15 +101,13 @@ struct Room {
     explicit Room(size_t size) : bytes(std::make_unique_for_overwrite<uint8_t[]>(size)) {}
 };
 
-struct PngWriter::State {
+struct PngWriter::State : WriterSteps {
     png_structp png = nullptr;
     png_infop info = nullptr;
     PngHeader header;
     size_t rowBytes = 0;
     std::optional<Room> rows, compressed; // of a picture that is compressed in one piece
     ByteSink sink;
-    Failure failure;
-    std::exception_ptr thrown; // what the sink threw
 
     ~State() { png_destroy_write_struct(&png, &info); }
 
@@ -95,23 +115,6 @@ struct PngWriter::State {
     bool Row(const uint8_t *row);
     void Compress();
     bool Finish();
-
-    // Takes one of these steps, unless something has failed.
-    template <typename Step>
-    void Take(const char *undone, Step &&step)
-    {
-        if (failure)
-            return;
-        const MemoryWatch watch;
-        const bool isDone = step();
-        if (thrown != nullptr)
-            std::rethrow_exception(std::exchange(thrown, nullptr));
-        if (failure)
-            return;
-        watch.Check();
-        if (!isDone)
-            failure = {FailureKind::BadInput, undone};
-    }
 
     bool Send(std::span<const std::byte> bytes) noexcept
     {

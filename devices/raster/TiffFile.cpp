@@ -39,13 +39,8 @@ class TiffFile final : public PlateSink
             store_.emplace(sheet.width, sheet.height, sinks_.scratch);
         if (inksLeft_ > 0)
             return {};
-        TiffHeader header;
-        header.width = sheet.width;
-        header.height = sheet.height;
-        header.pixelsPerInchX = sheet.pixelsPerInchX;
-        header.pixelsPerInchY = sheet.pixelsPerInchY;
+        auto header = HeaderOf<TiffHeader>(sheet);
         header.inks = sheet.inks;
-        header.title = sheet.title;
         header.profile = profile_;
         writer_.emplace(header, sinks_);
         return {};

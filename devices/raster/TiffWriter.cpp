@@ -2,13 +2,12 @@
 // name that place, are written twice.
 #include "devices/raster/TiffWriter.h"
 
-#include "host/MemoryWatch.h"
+#include "devices/raster/WriterSteps.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
-#include <exception>
 #include <tiffio.h>
 #include <utility>
 
@@ -33,7 +32,7 @@ uint64_t BoundOf(const TiffHeader &header, uint64_t bytes, uint64_t strips)
 
 } // namespace
 
-struct TiffWriter::State {
+struct TiffWriter::State : WriterSteps {
     TiffHeader header;
     ByteSinks sinks;
     size_t samples = 1; // of a pixel
@@ -42,8 +41,6 @@ struct TiffWriter::State {
     uint32_t row = 0; // that comes next
     std::vector<uint8_t> strip;
     uint64_t place = 0, size = 0; // in the file
-    Failure failure;
-    std::exception_ptr thrown; // what a sink threw
     TIFF *tiff = nullptr;
 
     ~State()
@@ -57,23 +54,6 @@ struct TiffWriter::State {
     bool Start();
     bool SetInks();
     bool Row(std::span<const uint8_t *const> inks);
-
-    // Takes one of these steps, unless something has failed.
-    template <typename Step>
-    void Take(const char *undone, Step &&step)
-    {
-        if (failure)
-            return;
-        const MemoryWatch watch;
-        const bool isDone = step();
-        if (thrown != nullptr)
-            std::rethrow_exception(std::exchange(thrown, nullptr));
-        if (failure)
-            return;
-        watch.Check();
-        if (!isDone)
-            failure = {FailureKind::BadInput, undone};
-    }
 
     bool Send(std::span<const std::byte> bytes) noexcept
     {

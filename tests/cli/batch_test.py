@@ -59,7 +59,7 @@ class Batch(CommandTest):
             {"input": "a.vx", "fit": "20"},
         ], "--dpi", "300", "-f", "svg", "-o", "plain.png", status=1)
         self.assertEqual([r.get("id") for r in results], [17, "x", None])
-        self.assertIn("--fit is for png, and svg is written", results.pop()["error"])
+        self.assertIn("--fit is for png and tiff, and svg is written", results.pop()["error"])
         self.assertEqual([r["outputs"] for r in results], [["w.png"], ["b.png", "b.svg"]])
         results, _ = self.batch([{"input": "a.vx", "fit": "20"}], "--dpi", "300", "-o", "plain.png")
         self.assertEqual(results[0]["outputs"], ["plain.png"])

@@ -312,7 +312,7 @@ TEST(Options, StayWhenAWrongOneIsGiven)
 TEST(Formats, AreThoseThatCanBeRendered)
 {
     const OwnedDocument document = OpenBytes(LeftHalf());
-    ASSERT_EQ(vx_format_count(), 3U);
+    ASSERT_EQ(vx_format_count(), 4U);
     for (size_t i = 0; i < vx_format_count(); ++i) {
         vx_format format = {};
         format.size = sizeof format;
@@ -320,6 +320,26 @@ TEST(Formats, AreThoseThatCanBeRendered)
         EXPECT_NE(Rendered(document.get(), format.name), "");
         EXPECT_NE(std::strchr(format.mime, '/'), nullptr);
     }
+}
+
+// Its first bytes are known at its end: nothing is given before, and nothing of one that is too long.
+TEST(Formats, OfWhichTheBeginningIsKnownLastAreGivenWhole)
+{
+    const OwnedDocument document = OpenSample("spot-inks");
+    std::vector<size_t> pieces;
+    const auto keep = [](void *kept, const void *, size_t size) {
+        static_cast<std::vector<size_t> *>(kept)->push_back(size);
+        return 0;
+    };
+    ASSERT_EQ(vx_document_render(document.get(), "tiff", keep, &pieces, nullptr), VX_OK);
+    ASSERT_EQ(pieces.size(), 1U);
+    EXPECT_EQ(pieces.front(), Rendered(document.get(), "tif").size());
+    const auto stop = [](void *, const void *, size_t) { return 1; };
+    EXPECT_EQ(vx_document_render(document.get(), "tiff", stop, nullptr, nullptr), VX_STOPPED);
+    pieces.clear();
+    Set(document.get(), "max-output", "1K");
+    EXPECT_EQ(vx_document_render(document.get(), "tiff", keep, &pieces, nullptr), VX_LIMIT);
+    EXPECT_TRUE(pieces.empty());
 }
 
 TEST(Limits, AreTold)

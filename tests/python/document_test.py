@@ -97,12 +97,12 @@ def test_options_of_a_call_are_forgotten_after_it(before):
 
 def test_options_are_listed_with_their_ranges():
     rows = {option.name: option for option in vx.options()}
-    assert (rows["width"].least, rows["width"].most, rows["width"].formats) == (1, 131072, ("png",))
+    assert (rows["width"].least, rows["width"].most, rows["width"].formats) == (1, 131072, ("png", "tiff"))
     assert (rows["pdf_x"].choices, rows["pdf_x"].standard) == (("x1a", "x3", "none"), "none")
     assert rows["max_time"].formats == ()
     assert "-" not in "".join(rows)
     assert [(row.name, row.mime) for row in vx.formats()] == [
-        ("pdf", "application/pdf"), ("svg", "image/svg+xml"), ("png", "image/png")]
+        ("pdf", "application/pdf"), ("svg", "image/svg+xml"), ("png", "image/png"), ("tiff", "image/tiff")]
 
 
 @pytest.mark.parametrize("form, options, text", [

@@ -1,4 +1,5 @@
 // The file: read back by libpng, it has the pixels of the picture, and it says what it is.
+#include "devices/raster/PngWriter.h"
 #include "tests/unit/raster/Canvas.h"
 
 #include <algorithm>
@@ -143,6 +144,39 @@ TEST(PngFiles, FilterRowsThatAreNotFlat)
             filtered += std::to_string(row) + ' ';
     }
     EXPECT_EQ(filtered, "2 3 ");
+}
+
+// A row of gray is filtered if more than a fifth of its pixels differ from the one before, however long it is.
+TEST(PngFiles, FilterGrayRowsByTheirDifferences)
+{
+    for (const size_t width : {5U, 256U, 257U, 1000U, 5000U}) {
+        const size_t most = width / 5; // so many differences are not too many
+        std::string file;
+        raster::PngHeader header;
+        header.width = static_cast<int>(width);
+        header.height = 3;
+        header.pixels = raster::PngPixels::Gray;
+        raster::PngWriter writer(header, [&file](std::span<const std::byte> bytes) {
+            file.append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+            return Failure{};
+        });
+        for (const size_t differences : {size_t{0}, most, most + 1}) {
+            std::vector<uint8_t> row(width);
+            for (size_t i = 1; i < width; ++i)
+                row[i] = static_cast<uint8_t>(row[i - 1] + (i > width - 1 - differences ? 1 : 0));
+            writer.WriteRow(row.data());
+        }
+        ASSERT_FALSE(writer.End());
+        const size_t data = file.find("IDAT") + 4;
+        std::string rows((width + 1) * 3, 0);
+        uLongf size = rows.size();
+        ASSERT_EQ(uncompress(reinterpret_cast<Bytef *>(rows.data()), &size,
+                             reinterpret_cast<const Bytef *>(file.data()) + data, file.size() - data),
+                  Z_OK);
+        EXPECT_EQ(rows[0], PNG_FILTER_VALUE_NONE) << width;
+        EXPECT_EQ(rows[width + 1], PNG_FILTER_VALUE_NONE) << width;
+        EXPECT_EQ(rows[2 * (width + 1)], PNG_FILTER_VALUE_SUB) << width;
+    }
 }
 
 TEST(PngFiles, SayWhatTheyAre)
