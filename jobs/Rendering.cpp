@@ -76,6 +76,7 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
         task_.outputs, [](const RenderTask::Output &output) { return output.format == FindFormat("png"); });
     job.layers = task_.settings.layers;
     job.keepsSpots = task_.settings.keepsSpots;
+    job.readsTexts = ReadingOptionsOf(task_.settings).readsTexts;
     job.makePasses = [this](Failure *failure) { return MakePasses(failure); };
     job.startOver = [this] { files_.Empty(); };
     job_ = std::make_unique<Job>(std::move(job), engine);
@@ -95,6 +96,7 @@ std::vector<Pass> Rendering::MakePasses(Failure *failure) const
 {
     std::vector<Pass> passes;
     const auto date = std::make_shared<DateOrigin>(); // of any output so far
+    const auto placedTexts = std::make_shared<uint64_t>();
     for (size_t i = 0; i < files_.Size(); ++i) {
         const Format *format = task_.outputs[i].format;
         std::string error;
@@ -103,7 +105,7 @@ std::vector<Pass> Rendering::MakePasses(Failure *failure) const
             *failure = {FailureKind::BadInput, error};
             return {};
         }
-        passes.emplace_back([this, device, format, date](Reading &reading) {
+        passes.emplace_back([this, device, format, date, placedTexts](Reading &reading) {
             const auto checkPage = [&](const Page &page) {
                 if (const DateOrigin origin = format->findDateOrigin(task_.settings, page);
                     origin != DateOrigin::None)
@@ -112,6 +114,7 @@ std::vector<Pass> Rendering::MakePasses(Failure *failure) const
             };
             Outcome outcome = DrawPage(task_.settings.box, checkPage, device.get(), reading);
             outcome.date = *date;
+            outcome.placedTexts = *placedTexts += outcome.placedTexts;
             return outcome;
         });
     }
