@@ -21,6 +21,7 @@ constexpr double kSamePlace = 0.5e-4;
 // How far a character may be from where the widths and the kerning of those before it put it, until it is placed anew;
 // ems. Viewers that know but one place for a piece of text go wrong by no more than this.
 constexpr double kSlack = 0.01;
+constexpr size_t kMaxLine = 4096; // characters; a line is held until it ends
 // A gap that is no letter spacing; ems.
 constexpr double kWidestSpacing = 1;
 
@@ -135,7 +136,7 @@ void TextWriter::PlaceCharacters(const GlyphRun &run, const Setting &setting, We
 bool TextWriter::IsNext(Point at) const
 {
     const LineCharacter &last = line_.characters.back();
-    return std::abs(at.y - line_.y) <= kSamePlace &&
+    return line_.characters.size() < kMaxLine && std::abs(at.y - line_.y) <= kSamePlace &&
            std::abs(at.x - last.x - last.advance) < kWidestSpacing * line_.setting.size;
 }
 

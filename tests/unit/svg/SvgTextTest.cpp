@@ -334,6 +334,14 @@ TEST(SvgEditableTest, WhatIsElsewhereIsALineOfItsOwn)
     EXPECT_EQ(Lines({{run}, {MakeLine(U"c", {31.2, 20})}}), first + Line("x=\"21.2\" y=\"50\"", "", "c"));
 }
 
+// A document may go on along a line for ever, and a line is held until it ends.
+TEST(SvgEditableTest, ALineHasAnEnd)
+{
+    const std::string lines = Lines({{MakeLine(std::u32string(4097, U'a'), {10, 20})}});
+    EXPECT_NE(lines.find(std::string(4096, 'a') + "</text>\n"), std::string::npos);
+    EXPECT_NE(lines.find(">a</text>\n"), std::string::npos);
+}
+
 TEST(SvgEditableTest, OtherPaintBeginsALine)
 {
     SvgOptions options = PlainSvg();
