@@ -7,8 +7,9 @@ namespace vxhost
 {
 
 enum class TextOutput : uint8_t {
-    Text,    // characters in embedded fonts, outlines where a font does not allow it
-    Outlines // shapes alone
+    Text,     // characters in embedded fonts, outlines where a font does not allow it
+    Editable, // SVG: lines of characters in installed fonts
+    Outlines  // shapes alone
 };
 
 } // namespace vxhost

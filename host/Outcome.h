@@ -73,6 +73,7 @@ struct Outcome {
     std::string lackedFont;         // the document was given up for want of it
     uint64_t unknownCharacters = 0; // of the words that were looked for: bytes that mean none
     uint64_t undrawnTexts = 0;      // the caller gave no glyphs to draw them with
+    uint64_t placedTexts = 0;       // of the output, from Device::PlacedTexts
     std::vector<Report> reports;
     std::vector<FontUse> fonts;
     Counts counts;

@@ -126,6 +126,7 @@ std::string Job::Work(WorkerLink &link) const
     ReadingOptions options = engine_->Options().reading;
     options.layers = task_.layers;
     options.keepsSpots = task_.keepsSpots;
+    options.readsTexts |= task_.readsTexts;
     if (engine_->Options().onProgress)
         options.onProgress = [&](int64_t read, int64_t total) {
             link.Progress(answer.passes * total + read, count * total);

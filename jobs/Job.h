@@ -36,6 +36,7 @@ struct JobTask {
     bool touchesMuchMemory = false;    // megabytes, as a picture's pixels
     LayerChoice layers;                // that are painted
     bool keepsSpots = true;            // false: spot inks are painted in process colours
+    bool readsTexts = false;           // tell where texts begin and end, whatever the engine's options say
 
     // Runs in the worker, confined, and may refuse. Passes are done one after the other, up to the first that fails.
     std::function<std::vector<Pass>(Failure *)> makePasses;

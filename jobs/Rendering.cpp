@@ -114,6 +114,7 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
         LoadLate(LateLibraries::OfTiff);
     job.layers = task_.settings.layers;
     job.keepsSpots = task_.settings.keepsSpots;
+    job.readsTexts = ReadingOptionsOf(task_.settings).readsTexts;
     job.makePasses = [this](Failure *failure) { return MakePasses(failure); };
     job.startOver = [this] { files_.Empty(); };
     job_ = std::make_unique<Job>(std::move(job), engine);
@@ -144,6 +145,7 @@ std::vector<Pass> Rendering::MakePasses(Failure *failure) const
 {
     std::vector<Pass> passes;
     const auto date = std::make_shared<DateOrigin>(); // of any output so far
+    const auto placedTexts = std::make_shared<uint64_t>();
     for (size_t i = 0; i < task_.outputs.size(); ++i) {
         const RenderTask::Output &output = task_.outputs[i];
         const Format *format = output.format;
@@ -154,7 +156,7 @@ std::vector<Pass> Rendering::MakePasses(Failure *failure) const
             *failure = {FailureKind::BadInput, error};
             return {};
         }
-        passes.emplace_back([&settings, device, format, date](Reading &reading) {
+        passes.emplace_back([&settings, device, format, date, placedTexts](Reading &reading) {
             const auto checkPage = [&](const Page &page) {
                 if (const DateOrigin origin = format->findDateOrigin(settings, page);
                     origin != DateOrigin::None)
@@ -163,6 +165,7 @@ std::vector<Pass> Rendering::MakePasses(Failure *failure) const
             };
             Outcome outcome = DrawPage(settings.box, checkPage, device.get(), reading);
             outcome.date = *date;
+            outcome.placedTexts = *placedTexts += outcome.placedTexts;
             return outcome;
         });
     }

@@ -142,8 +142,9 @@ void SetSamples(const Option &option, const std::string &text, Settings *setting
 
 void SetText(const Option &option, const std::string &text, Settings *settings)
 {
-    settings->pdf.text = settings->svg.text =
-        Choose(option, text) == 0 ? TextOutput::Text : TextOutput::Outlines;
+    constexpr TextOutput kOutputs[] = {TextOutput::Text, TextOutput::Outlines, TextOutput::Editable};
+    settings->svg.text = kOutputs[Choose(option, text)];
+    settings->pdf.text = settings->svg.text == TextOutput::Outlines ? TextOutput::Outlines : TextOutput::Text;
 }
 
 void SetStandard(const Option &option, const std::string &text, Settings *settings)
@@ -283,8 +284,9 @@ constexpr Option kOptions[] = {
      "svg, png, tiff: simulate or ignore (simulate); pdf always carries it", SetOverprint, "simulate,ignore"},
     {"samples", 0, "N", kPixels, "4", "png, tiff: samples a pixel, each way: 1, 2, 4 or 8 (4)", SetSamples,
      "1,2,4,8"},
-    {"text", 0, "HOW", kPdf | kSvg, "text", "pdf, svg: text, in embedded fonts, or outlines (text)", SetText,
-     "text,outlines"},
+    {"text", 0, "HOW", kPdf | kSvg, "text",
+     "pdf, svg: text, in embedded fonts, or outlines; svg: editable, lines in installed fonts (text)",
+     SetText, "text,outlines,editable"},
     {"spots", 0, "HOW", kPdf | kSvg | kTiff, "keep",
      "pdf, svg, tiff: spot inks: keep, a plate of its own for each, or process, the inks that stand in "
      "(keep)",
@@ -341,6 +343,7 @@ ReadingOptions ReadingOptionsOf(const Settings &settings)
     reading.dateOrder = settings.dateOrder;
     reading.layers = settings.layers;
     reading.keepsSpots = settings.keepsSpots;
+    reading.readsTexts = settings.svg.text == TextOutput::Editable;
     reading.salvage = settings.salvage;
     reading.salvageSeconds = settings.seconds / 2; // the other half is for the drawing
     // One bound for the interpreter and the drawing: together they stay under that of a worker.

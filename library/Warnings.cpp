@@ -138,6 +138,12 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
         warnings.push_back(
             std::to_string(outcome.undrawnTexts) + (outcome.undrawnTexts == 1 ? " text is" : " texts are") +
             " not drawn, there was nothing to take glyphs from: read the document with its fonts");
+    if (const uint64_t placed = outcome.placedTexts; placed > 0)
+        warnings.push_back(std::to_string(placed) +
+                           (placed == 1 ? " text along a path or down a column stands"
+                                        : " texts along paths or down columns stand") +
+                           " character by character in the SVG, no line to edit: type " +
+                           (placed == 1 ? "it" : "them") + " anew in the editor");
     return warnings;
 }
 

@@ -15,6 +15,7 @@
 #include "devices/vector/Frame.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <span>
 #include <string_view>
@@ -36,6 +37,22 @@ Path AreaOf(ShadingKind kind)
     unit.first.radius = 1;
     return OutlineOf(unit, 0, 1);
 }
+
+// A box with the path within, and as much room around it.
+Box Around(const Path &path, double room)
+{
+    Box box = {INFINITY, INFINITY, -INFINITY, -INFINITY};
+    for (const Point &point : path.points)
+        box = {std::min(box.left, point.x - room), std::min(box.bottom, point.y - room),
+               std::max(box.right, point.x + room), std::max(box.top, point.y + room)};
+    return box;
+}
+
+// The clips in force.
+struct Clips {
+    size_t count = 0;
+    Box box; // of the last one
+};
 
 bool HasSegments(const Path &path)
 {
@@ -88,6 +105,8 @@ class PdfDevice final : public Device
     {
         page_ = page;
         program_.emplace(sink_, LevelOf(options_.compression));
+        clips_ = {};
+        saved_.clear();
         if (!options_.background)
             return;
         const Rgb &colour = *options_.background;
@@ -103,11 +122,14 @@ class PdfDevice final : public Device
     {
         program_->text.End();
         program_->state.Save();
+        saved_.push_back(clips_);
     }
     void Restore() override
     {
         program_->text.End();
         program_->state.Restore();
+        clips_ = saved_.back();
+        saved_.pop_back();
     }
 
     void ClipPath(const Path &path) override
@@ -121,6 +143,7 @@ class PdfDevice final : public Device
             AddRectangle(
                 {page_.box.left - 2, page_.box.bottom - 2, page_.box.left - 1, page_.box.bottom - 1});
         program_->content.Operator("W n");
+        clips_ = {clips_.count + 1, Around(path, 0)};
     }
 
     void FillPath(const Path &path, const Paint &paint) override
@@ -152,19 +175,28 @@ class PdfDevice final : public Device
 
     void Shade(const Shading &shading) override
     {
-        const std::optional<ShadingUse> use = program_->shadings.Use(shading, &program_->file);
+        const bool isByItself = clips_.count == 1 && Covers(shading, clips_.box);
+        const std::optional<ShadingUse> use = program_->shadings.Use(shading, !isByItself, &program_->file);
         if (!use)
             return PaintAsShapes(shading, this);
         ContentStream &content = program_->content;
         program_->text.End();
         program_->state.SetOverprint(shading.overprint);
         content.Operator("q");
-        content.Factors(use->matrix).Operator("cm");
-        if (shading.ground.IsEmpty()) {
-            content.AddPath(AreaOf(shading.kind));
-            content.Operator("W n");
+        if (isByItself) {
+            content.Factors(use->matrix).Operator("cm");
+            content.Name(use->name).Operator("sh");
+            content.Operator("Q");
+            return;
         }
-        content.Name(use->name).Operator("sh");
+        content.Name("Pattern").Operator("cs");
+        content.Name(use->name).Operator("scn");
+        // A ground reaches as far as the clip, whose edge must not be drawn a second time.
+        if (shading.ground.IsEmpty())
+            content.AddPath(AreaOf(shading.kind), use->matrix);
+        else
+            AddRectangle(Around(shading.ground, 1));
+        content.Operator("f");
         content.Operator("Q");
     }
 
@@ -175,6 +207,8 @@ class PdfDevice final : public Device
 
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override
     {
+        if (paint.clips)
+            clips_ = {clips_.count + 1, Around({}, 0)}; // nobody knows how far it reaches
         const Frame frame = paint.strokes ? FindFrame(paint.style.matrix) : Frame{};
         if (paint.fills)
             program_->state.SetFill(paint.paint);
@@ -306,8 +340,7 @@ class PdfDevice final : public Device
     void AddInks(Dictionary *resources)
     {
         PdfFile *file = &program_->file;
-        if (!program_->shadings.IsEmpty())
-            resources->Add("Shading", program_->shadings.AddResources(file));
+        program_->shadings.AddTo(file, resources);
         Dictionary spaces;
         if (program_->state.UsesBlackInk())
             spaces.Add(kBlackInk, InkSpace({&kProcessInks[kInkCount - 1]}, file));
@@ -332,6 +365,8 @@ class PdfDevice final : public Device
     ByteSink sink_;
     Page page_;
     std::optional<PageProgram> program_;
+    Clips clips_;
+    std::vector<Clips> saved_;
 };
 
 } // namespace

@@ -2,8 +2,10 @@
 
 #include "devices/pdf/Matrices.h"
 #include "devices/vector/Numbers.h"
+#include "host/drawing/Vectors.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <span>
@@ -15,7 +17,8 @@ namespace vxhost::pdf
 namespace
 {
 
-constexpr int kSampleBits = 16;
+// Half of the least step that a screen shows; parts of the whole.
+constexpr double kTolerance = 1.0 / 512;
 // A space of more inks is beyond what some readers take.
 constexpr size_t kMaxInks = 8;
 // Instances of one gradient differ by roundings. No output shows so small a part of the whole.
@@ -129,54 +132,129 @@ std::string Components(std::span<const double> values)
     return ArrayValue(numbers);
 }
 
-// Two colours, or one, keep their numbers; more become samples.
-Reference RampFunction(const ColourSpan &span, const PaintSpace &space, PdfFile *file)
+// A part of a ramp in which each component goes straight.
+struct RampPiece {
+    double from = 0, to = 1;
+    std::vector<double> first, last; // components
+};
+
+// The directions, component by component, in which a straight way from a colour passes near enough to all colours so far.
+struct Corridor {
+    std::array<double, kMaxInks> low, high;
+
+    Corridor() { low.fill(-INFINITY), high.fill(INFINITY); }
+    // Narrows it to those that pass the colour. Whether the way that leads to the colour itself lies inside.
+    bool Narrow(std::span<const double> from, std::span<const double> to, double distance)
+    {
+        bool leads = true;
+        for (size_t i = 0; i < from.size(); ++i) {
+            const double change = to[i] - from[i];
+            leads = leads && low[i] * distance <= change && change <= high[i] * distance;
+            low[i] = std::max(low[i], (change - kTolerance) / distance);
+            high[i] = std::min(high[i], (change + kTolerance) / distance);
+        }
+        return leads;
+    }
+};
+
+// Colours are left out as long as the straight way past them stays within the tolerance.
+void AddPieces(const ColourSpan &span, double from, double to, const PaintSpace &space,
+               std::vector<RampPiece> *pieces)
 {
     std::vector<double> values;
     for (const Colour &colour : span.colours)
         AppendComponents(colour, space, &values);
     const size_t components = values.size() / span.colours.size();
-    Dictionary function;
-    function.Add("Domain", UnitDomain(1));
-    if (span.colours.size() <= 2) {
-        const std::span<const double> all(values);
-        function.Add("FunctionType", 2).Add("N", 1).Add("C0", Components(all.first(components)));
-        return file->Share(function.Add("C1", Components(all.last(components))).Value());
+    const size_t end = std::max<size_t>(span.colours.size() - 1, 1);
+    // One colour alone is both ends.
+    const auto colour = [&](size_t i) {
+        return std::span<const double>(values).subspan(std::min(i, span.colours.size() - 1) * components,
+                                                       components);
+    };
+    const auto place = [&](size_t i) {
+        return i == end ? to
+                        : Rounded(from + (to - from) * static_cast<double>(i) / static_cast<double>(end));
+    };
+    const auto add = [&](size_t first, size_t last) {
+        if (place(last) > place(first))
+            pieces->push_back({place(first),
+                               place(last),
+                               {colour(first).begin(), colour(first).end()},
+                               {colour(last).begin(), colour(last).end()}});
+    };
+    size_t anchor = 0;
+    Corridor corridor;
+    for (size_t i = 1; i <= end; ++i) {
+        if (corridor.Narrow(colour(anchor), colour(i), static_cast<double>(i - anchor)))
+            continue;
+        add(anchor, i - 1);
+        anchor = i - 1;
+        corridor = {};
+        (void)corridor.Narrow(colour(anchor), colour(i), 1); // any way leads to the next
     }
-    function.Add("FunctionType", 0).Add("Range", UnitDomain(components)).Add("BitsPerSample", kSampleBits);
-    function.Add("Size", ArrayValue({static_cast<double>(span.colours.size())}));
-    std::string samples;
-    for (const double value : values) {
-        const auto level = static_cast<uint16_t>(std::lround(std::clamp(value, 0.0, 1.0) * 0xFFFF));
-        samples += static_cast<char>(level >> 8);
-        samples += static_cast<char>(level & 0xFF);
-    }
-    return file->ShareStream(function, samples);
+    add(anchor, end);
 }
 
-// The ramps of all spans that have a width, stitched together if they are several. Nothing when there is none.
-std::optional<Reference> FunctionOf(const Shading &shading, const PaintSpace &space, PdfFile *file)
+std::vector<RampPiece> FindPieces(const Shading &shading, const PaintSpace &space)
 {
-    std::vector<Reference> ramps;
-    std::string bounds;
+    std::vector<RampPiece> pieces;
     double from = 0;
     for (const ColourSpan &span : shading.spans) {
         const double to = Rounded(span.to);
         if (span.colours.empty() || !(to > from))
             continue;
-        if (!ramps.empty())
-            bounds.append(FactorText(from)).append(" ");
-        ramps.push_back(RampFunction(span, space, file));
+        AddPieces(span, from, to, space, &pieces);
         from = to;
     }
-    if (ramps.empty())
-        return std::nullopt;
-    if (ramps.size() == 1)
-        return ramps.front();
+    return pieces;
+}
+
+// Turns a ramp that goes from the outer circle to the inner one into one that goes from the point where the circles would shrink to
+// nothing, with the last colour up to the inner one.
+void TurnOutwards(double innerRadius, std::vector<RampPiece> *pieces)
+{
+    std::ranges::reverse(*pieces);
+    for (RampPiece &piece : *pieces) {
+        const auto radius = [&](double at) { return Rounded(1 - at * (1 - innerRadius)); };
+        piece = {radius(piece.to), radius(piece.from), piece.last, piece.first};
+    }
+    std::erase_if(*pieces, [](const RampPiece &piece) { return !(piece.to > piece.from); });
+    if (!pieces->empty() && pieces->front().from > 0)
+        pieces->insert(pieces->begin(),
+                       {0, pieces->front().from, pieces->front().first, pieces->front().first});
+}
+
+std::string PieceFunction(const RampPiece &piece)
+{
     Dictionary function;
-    function.Add("FunctionType", 3).Add("Domain", UnitDomain(1)).Add("Functions", ArrayValue(ramps));
-    function.Add("Bounds", ArrayValue(bounds)).Add("Encode", UnitDomain(ramps.size()));
+    function.Add("FunctionType", 2).Add("Domain", UnitDomain(1)).Add("N", 1);
+    return function.Add("C0", Components(piece.first)).Add("C1", Components(piece.last)).Value();
+}
+
+// The pieces, stitched together if they are several. Editors read no other functions, and those of one piece are not worth an
+// object each.
+Reference FunctionOf(const std::vector<RampPiece> &pieces, PdfFile *file)
+{
+    if (pieces.size() == 1)
+        return file->Share(PieceFunction(pieces.front()));
+    std::string functions, bounds;
+    for (const RampPiece &piece : pieces) {
+        functions += PieceFunction(piece);
+        if (&piece != &pieces.front())
+            bounds.append(bounds.empty() ? "" : " ").append(FactorText(piece.from));
+    }
+    Dictionary function;
+    function.Add("FunctionType", 3).Add("Domain", UnitDomain(1)).Add("Functions", ArrayValue(functions));
+    function.Add("Bounds", ArrayValue(bounds)).Add("Encode", UnitDomain(pieces.size()));
     return file->Share(function.Value());
+}
+
+std::string MatrixValue(const Matrix &matrix)
+{
+    std::string numbers;
+    for (const double factor : {matrix.a, matrix.b, matrix.c, matrix.d})
+        numbers.append(FactorText(factor)).append(" ");
+    return ArrayValue(numbers + NumberText(matrix.tx) + " " + NumberText(matrix.ty));
 }
 
 std::string ColourSpaceOf(const PaintSpace &space, PdfFile *file)
@@ -193,7 +271,7 @@ std::string ColourSpaceOf(const PaintSpace &space, PdfFile *file)
 } // namespace
 
 // Each goes on beyond both of its ends: the clip draws the shape's edge, and the inner disc of a radial one is filled.
-std::optional<ShadingUse> Shadings::Use(const Shading &shading, PdfFile *file)
+std::optional<ShadingUse> Shadings::Use(const Shading &shading, bool asPattern, PdfFile *file)
 {
     ShadingUse use;
     use.matrix = shading.matrix;
@@ -204,31 +282,62 @@ std::optional<ShadingUse> Shadings::Use(const Shading &shading, PdfFile *file)
     PaintSpace space;
     if (!IsInvertible(use.matrix) || !FindSpace(shading, &space))
         return std::nullopt;
-    const std::optional<Reference> function = FunctionOf(shading, space, file);
-    if (!function)
+    std::vector<RampPiece> pieces = FindPieces(shading, space);
+    if (!isAxial)
+        TurnOutwards(last.radius, &pieces);
+    if (pieces.empty())
         return std::nullopt;
+    const Point tip = last.centre * (1 / (1 - last.radius));
     Dictionary blend;
     blend.Add("ShadingType", isAxial ? 2 : 3).Add("ColorSpace", ColourSpaceOf(space, file));
-    blend.Add("Coords", isAxial ? ArrayValue({0, 0, 1, 0})
-                                : ArrayValue({0, 0, 1, last.centre.x, last.centre.y, last.radius}));
-    blend.Add("Function", *function).Add("Extend", "[true true]");
-    const Reference written = file->Share(blend.Value());
-    auto found = std::ranges::lower_bound(blends_, written.number, {}, &Reference::number);
-    if (found == blends_.end())
-        found = blends_.insert(found, written);
-    use.name = NameOf(static_cast<size_t>(found - blends_.begin()));
+    blend.Add("Coords", isAxial ? ArrayValue({0, 0, 1, 0}) : ArrayValue({tip.x, tip.y, 0, 0, 0, 1}));
+    blend.Add("Function", FunctionOf(pieces, file)).Add("Extend", "[true true]");
+    Reference written = file->Share(blend.Value());
+    if (asPattern) {
+        Dictionary pattern;
+        pattern.Add("PatternType", 2).Add("Shading", written).Add("Matrix", MatrixValue(use.matrix));
+        written = file->Share(pattern.Value());
+    }
+    std::vector<Reference> &all = asPattern ? patterns_ : shadings_;
+    auto found = std::ranges::lower_bound(all, written.number, {}, &Reference::number);
+    if (found == all.end())
+        found = all.insert(found, written);
+    use.name = NameOf(static_cast<size_t>(found - all.begin()));
     return use;
 }
 
-Reference Shadings::AddResources(PdfFile *file) const
+void Shadings::AddTo(PdfFile *file, Dictionary *resources) const
 {
-    const Reference resources = file->Begin();
-    file->Write("<<");
-    for (size_t i = 0; i < blends_.size(); ++i)
-        file->Write(NameValue(NameOf(i)) + " " + ValueOf(blends_[i]) + "\n");
-    file->Write(">>");
-    file->End();
-    return resources;
+    const auto add = [&](std::string_view key, const std::vector<Reference> &all) {
+        if (all.empty())
+            return;
+        const Reference names = file->Begin();
+        file->Write("<<");
+        for (size_t i = 0; i < all.size(); ++i)
+            file->Write(NameValue(NameOf(i)) + " " + ValueOf(all[i]) + "\n");
+        file->Write(">>");
+        file->End();
+        resources->Add(key, names);
+    };
+    add("Shading", shadings_);
+    add("Pattern", patterns_);
+}
+
+bool Covers(const Shading &shading, const Box &box)
+{
+    if (!shading.ground.IsEmpty())
+        return true;
+    if (!IsInvertible(shading.matrix))
+        return false;
+    const Matrix toUnit = Inverse(shading.matrix);
+    const Shading::Circle &circle = shading.first;
+    const auto isPainted = [&](Point corner) {
+        const Point at = toUnit.Map(corner);
+        return shading.kind == ShadingKind::Axial ? 0 <= at.x && at.x <= 1 && 0 <= at.y && at.y <= 1
+                                                  : Length(at - circle.centre) <= circle.radius;
+    };
+    return isPainted({box.left, box.bottom}) && isPainted({box.right, box.bottom}) &&
+           isPainted({box.right, box.top}) && isPainted({box.left, box.top});
 }
 
 } // namespace vxhost::pdf

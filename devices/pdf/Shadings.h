@@ -1,10 +1,14 @@
-// Blends as the shadings of PDF: along a line, and from circle to circle.
+// Blends as the shadings of PDF: along a line, and from a point to a circle around it; and as patterns of those.
 //
-// Knows the shading resources of a page by number; they are written when they are first used. Each is made in a space of its own
+// Knows the shadings and patterns of a page by number; they are written when they are first used. Each shading is made in a space of its own
 // (the unit square, the unit circle), and its colours are kept apart from its place: instances of one gradient differ in their places alone.
+//
+// The forms are those that editors read too: functions of straight pieces, and circles that begin at a point. Some have but one clip
+// for a shading that is painted by itself, so where that would need two a pattern is filled with.
 #pragma once
 
 #include "devices/pdf/InkSpaces.h"
+#include "host/drawing/Device.h"
 #include "host/drawing/Shading.h"
 
 #include <optional>
@@ -14,7 +18,7 @@
 namespace vxhost::pdf
 {
 
-// How a shading is to be painted: its resource, under the matrix, clipped to the square or the circle of that space.
+// How a shading is to be painted: by itself under the matrix, or by filling the square or the circle of its space with its pattern.
 struct ShadingUse {
     std::string name;
     Matrix matrix; // from the shading's space to the page
@@ -33,14 +37,17 @@ class Shadings
     // that do not lie one inside the other, and for blends that overprint and have an ink at some steps alone: at the
     // others that ink stays as it is on the page, which no shading can say. It is also so when they have more inks than a
     // space should.
-    std::optional<ShadingUse> Use(const Shading &shading, PdfFile *file);
+    std::optional<ShadingUse> Use(const Shading &shading, bool asPattern, PdfFile *file);
 
-    bool IsEmpty() const { return blends_.empty(); }
-    // Names those that were used.
-    Reference AddResources(PdfFile *file) const;
+    // Adds those that were used, by their names.
+    void AddTo(PdfFile *file, Dictionary *resources) const;
 
   private:
-    std::vector<Reference> blends_; // by number, which is in the name; objects number in the same order
+    std::vector<Reference> shadings_,
+        patterns_; // by number, which is in the name; objects number in the same order
 };
+
+// Whether it paints all of the box.
+bool Covers(const Shading &shading, const Box &box);
 
 } // namespace vxhost::pdf

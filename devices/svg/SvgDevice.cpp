@@ -26,11 +26,16 @@ namespace
 // A path of no more points may wait for its stroke; a longer one is written as two elements.
 constexpr size_t kMaxKeptPoints = size_t{1} << 16;
 
+// Lines of text keep to the widths of their fonts: the drawing has its own kerning, or none, and no ligatures.
+constexpr const char *kPlainSetting =
+    " style=\"font-kerning:none;font-feature-settings:'kern' 0,'liga' 0,'clig' 0,'calt' 0\"";
+
 // The writers that know where the page lies.
 struct PageWriters {
-    PageWriters(const Matrix &matrix, PaintAttributes *paints, XmlWriter *xml, Device *device)
+    PageWriters(const Matrix &matrix, TextOutput output, PaintAttributes *paints, XmlWriter *xml,
+                Device *device)
         : toPicture(matrix), nesting(matrix, xml), gradients(matrix, paints, xml),
-          text(matrix, paints, xml, device)
+          text(matrix, output, paints, xml, device)
     {
     }
     Matrix toPicture;
@@ -44,7 +49,7 @@ class SvgDevice final : public Device
   public:
     SvgDevice(const SvgOptions &options, std::unique_ptr<ScreenColours> colours, ByteSink sink)
         : options_(options), paints_(std::move(colours), options.overprint), xml_(std::move(sink)),
-          page_(std::make_unique<PageWriters>(Matrix{}, &paints_, &xml_, this))
+          page_(std::make_unique<PageWriters>(Matrix{}, options_.text, &paints_, &xml_, this))
     {
     }
 
@@ -69,7 +74,7 @@ class SvgDevice final : public Device
     void Shade(const Shading &shading) override;
     bool CanShow(const TextFont &font) override
     {
-        return options_.text == TextOutput::Text && page_->text.CanShow(font);
+        return options_.text != TextOutput::Outlines && page_->text.CanShow(font);
     }
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override;
     void BeginLayer(const Layer &layer) override
@@ -93,12 +98,14 @@ class SvgDevice final : public Device
         page_->nesting.EndGroup();
     }
     Failure EndPage() override;
+    uint64_t PlacedTexts() const override { return page_->text.PlacedTexts(); }
 
   private:
     void EndElement()
     {
         if (std::exchange(isOpen_, false))
             xml_.Markup("/>\n");
+        page_->text.EndLine();
     }
     void WritePath(const Path &path, const Matrix &toElement)
     {
@@ -123,7 +130,8 @@ class SvgDevice final : public Device
 void SvgDevice::BeginPage(const Page &page)
 {
     const Box &box = page.box;
-    page_ = std::make_unique<PageWriters>(Matrix{1, 0, 0, -1, -box.left, box.top}, &paints_, &xml_, this);
+    page_ = std::make_unique<PageWriters>(Matrix{1, 0, 0, -1, -box.left, box.top}, options_.text, &paints_,
+                                          &xml_, this);
     xml_.Markup("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                 "<svg xmlns=\"http://www.w3.org/2000/svg\" xmlns:xlink=\"http://www.w3.org/1999/xlink\" ");
     if (page.hasLayers)
@@ -137,6 +145,8 @@ void SvgDevice::BeginPage(const Page &page)
     xml_.Coordinates({box.Width(), box.Height()});
     xml_.Markup("\"");
     xml_.Attribute("stroke-miterlimit", kDefaultMiterLimit);
+    if (options_.text == TextOutput::Editable)
+        xml_.Markup(kPlainSetting);
     xml_.Markup(">\n");
     if (!page.title.empty()) {
         xml_.Markup("<title>");
@@ -207,16 +217,19 @@ void SvgDevice::Shade(const Shading &shading)
 
 void SvgDevice::ShowText(std::span<const GlyphRun> runs, const TextPaint &paint)
 {
-    EndElement();
     for (const GlyphRun &run : runs) {
-        if (!page_->nesting.IsEmpty()) {
+        if (!page_->text.IsOnLine(run, paint)) {
+            EndElement();
+            if (page_->nesting.IsEmpty())
+                continue;
             page_->nesting.BeginElement();
-            page_->text.Show(run, paint);
         }
-        EndElement();
+        page_->text.Show(run, paint);
     }
-    if (paint.clips)
-        page_->nesting.IntersectWith([&] { page_->text.WriteOutlines(runs); });
+    if (!paint.clips)
+        return;
+    EndElement();
+    page_->nesting.IntersectWith([&] { page_->text.WriteOutlines(runs); });
 }
 
 Failure SvgDevice::EndPage()

@@ -21,6 +21,7 @@ constexpr double kSamePlace = 0.5e-4;
 // How far a character may be from where the widths and the kerning of those before it put it, until it is placed anew;
 // ems. Viewers that know but one place for a piece of text go wrong by no more than this.
 constexpr double kSlack = 0.01;
+constexpr size_t kMaxLine = 4096; // characters; a line is held until it ends
 // A gap that is no letter spacing; ems.
 constexpr double kWidestSpacing = 1;
 
@@ -56,7 +57,7 @@ TextWriter::Face *TextWriter::OpenFont(const TextFont &font)
     const auto [found, isNew] = faces_.try_emplace({font.bytes.get(), font.faceIndex});
     Face *face = &found->second;
     if (isNew)
-        face->font = WebFont::Open(font);
+        face->font = WebFont::Open(font, isEditable_ ? WebFontUse::Named : WebFontUse::Carried);
     if (face->font == nullptr)
         face = nullptr;
     faceOfFont_.emplace(&font, face);
@@ -66,11 +67,30 @@ TextWriter::Face *TextWriter::OpenFont(const TextFont &font)
 TextWriter::Face *TextWriter::UseFont(const TextFont &font)
 {
     Face *face = OpenFont(font);
-    if (face != nullptr && face->id == 0) {
+    if (face != nullptr && face->family.empty()) {
         order_.push_back(face);
-        face->id = order_.size();
+        face->family = isEditable_ ? face->font->Names().family : NameFace(*face->font);
     }
     return face;
+}
+
+// Viewers take two fonts of one name, weight and style for one, so the second is numbered. In a page with several pictures a
+// name means one font too: what each of them carries of it makes one.
+std::string TextWriter::NameFace(const WebFont &font)
+{
+    const FontNames &names = font.Names();
+    std::string family = names.family;
+    // Names differ by more than the case of their letters.
+    const auto isNew = [&] {
+        std::string lowered = family;
+        std::ranges::transform(lowered, lowered.begin(), [](char c) {
+            return 'A' <= c && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        });
+        return names_.emplace(std::move(lowered), names.weight, names.isItalic, names.stretch).second;
+    };
+    for (uint64_t number = 2; !isNew(); ++number)
+        family = names.family + " " + std::to_string(number);
+    return family;
 }
 
 // The font is as large as its em is high on the page; width, slope and turn are left to the transform.
@@ -97,20 +117,102 @@ TextWriter::Setting TextWriter::FindSetting(const GlyphRun &run) const
     return setting;
 }
 
+Point TextWriter::InElement(const Setting &setting, Point onPage) const
+{
+    const Point inPicture = toPicture_.Map(onPage);
+    return setting.toText.Map({inPicture.x - setting.transform.tx, inPicture.y - setting.transform.ty});
+}
+
 void TextWriter::PlaceCharacters(const GlyphRun &run, const Setting &setting, WebFont *font)
 {
     placed_.clear();
-    const Point from = {setting.transform.tx, setting.transform.ty};
     for (const PlacedGlyph &glyph : run.glyphs) {
-        const Point inPicture = toPicture_.Map(glyph.origin);
         const char32_t character = WrittenCharacter(glyph.character);
-        placed_.push_back({setting.toText.Map({inPicture.x - from.x, inPicture.y - from.y}), character,
-                           !font->Take(character, glyph.glyph)});
+        placed_.push_back({InElement(setting, glyph.origin), character, !font->Take(character, glyph.glyph)});
     }
 }
 
+// Whether a character there goes on along the line.
+bool TextWriter::IsNext(Point at) const
+{
+    const LineCharacter &last = line_.characters.back();
+    return line_.characters.size() < kMaxLine && std::abs(at.y - line_.y) <= kSamePlace &&
+           std::abs(at.x - last.x - last.advance) < kWidestSpacing * line_.setting.size;
+}
+
+bool TextWriter::IsOnLine(const GlyphRun &run, const TextPaint &paint) const
+{
+    return HasLine() && !paint.clips && !run.isColumn && !run.glyphs.empty() && run.font == line_.font &&
+           run.matrix == line_.matrix && paint.object.number == line_.paint.object.number &&
+           paint.fills == line_.paint.fills && paint.strokes == line_.paint.strokes &&
+           paint.paint == line_.paint.paint && (!paint.strokes || paint.style == line_.paint.style) &&
+           IsNext(InElement(line_.setting, run.glyphs.front().origin));
+}
+
+void TextWriter::CountPlaced(const GlyphRun &run, const TextPaint &paint)
+{
+    const bool isPlaced = isEditable_ && (run.isColumn || paint.object.kind == TextKind::Path);
+    if (!isPlaced || lastPlaced_ == paint.object.number)
+        return;
+    lastPlaced_ = paint.object.number;
+    ++placedTexts_;
+}
+
+// What begins a line has the element's space to itself.
+void TextWriter::AddToLines(const GlyphRun &run, const Face &face, const Setting &setting,
+                            const TextPaint &paint, bool strokes)
+{
+    for (size_t i = 0; i < run.glyphs.size(); ++i) {
+        const PlacedGlyph &glyph = run.glyphs[i];
+        const bool isHidden = placed_[i].isHidden;
+        if (HasLine() && !(isHidden == line_.isHidden && IsNext(InElement(line_.setting, glyph.origin))))
+            EndLine();
+        if (!HasLine()) {
+            std::vector<LineCharacter> storage = std::move(line_.characters);
+            line_ = {run.font, &face, run.matrix, paint, setting, 0, strokes, isHidden, std::move(storage)};
+            if (!setting.isPlain)
+                line_.setting.transform = WithTranslation(setting.transform, toPicture_.Map(glyph.origin));
+            line_.y = InElement(line_.setting, glyph.origin).y;
+        }
+        line_.characters.push_back(
+            {InElement(line_.setting, glyph.origin).x, glyph.advance * setting.size, placed_[i].character});
+    }
+}
+
+void TextWriter::EndLine()
+{
+    if (!HasLine())
+        return;
+    const SpacedLine spaced = FindSpacing(line_.characters, kSlack * line_.setting.size);
+    xml_->Markup("<text xml:space=\"preserve\"");
+    xml_->Attribute("x", line_.characters.front().x);
+    xml_->Attribute("y", line_.y);
+    if (!line_.setting.isPlain)
+        xml_->Transform(line_.setting.transform);
+    WriteFontAttributes(*line_.font, *line_.face, line_.setting.size);
+    if (spaced.spacing != 0)
+        xml_->Attribute("letter-spacing", spaced.spacing);
+    WritePaint(line_.paint, line_.strokes, line_.isHidden);
+    xml_->Markup(">");
+    size_t begin = 0;
+    for (const SpacedPiece &piece : spaced.pieces) {
+        const bool isOther = piece.spacing != spaced.spacing;
+        if (isOther) {
+            xml_->Markup("<tspan");
+            xml_->Attribute("letter-spacing", piece.spacing);
+            xml_->Markup(">");
+        }
+        for (; begin < piece.end; ++begin)
+            xml_->Character(line_.characters[begin].character);
+        if (isOther)
+            xml_->Markup("</tspan>");
+    }
+    xml_->Markup("</text>\n");
+    line_.characters.clear();
+}
+
 // The spacing of the first two characters. If the others do not follow it they are placed one by one.
-double TextWriter::FindSpacing(const GlyphRun &run, double size) const
+double TextWriter::FirstSpacing(const GlyphRun &run, double size) const
 {
     if (placed_.size() < 2 || run.isColumn)
         return 0;
@@ -163,14 +265,13 @@ void TextWriter::WriteChunk(size_t begin, size_t end)
 void TextWriter::WriteFontAttributes(const TextFont &font, const Face &face, double size)
 {
     const FontNames &names = face.font->Names();
-    xml_->Markup(" font-family=\"vx");
-    xml_->Number(static_cast<double>(face.id));
-    if (!names.family.empty()) {
-        xml_->Markup(",'");
+    xml_->Markup(" font-family=\"'");
+    xml_->Escaped(face.family);
+    if (face.family != names.family) {
+        xml_->Markup("','");
         xml_->Escaped(names.family);
-        xml_->Markup("'");
     }
-    xml_->Markup(",");
+    xml_->Markup("',");
     xml_->Markup(names.generic);
     xml_->Markup("\"");
     const FontNames usual;
@@ -184,11 +285,25 @@ void TextWriter::WriteFontAttributes(const TextFont &font, const Face &face, dou
     xml_->Attribute("data-font", font.asked);
 }
 
+void TextWriter::WritePaint(const TextPaint &paint, bool strokes, bool isUnpainted)
+{
+    if (paint.fills && !isUnpainted)
+        paints_->Write(paint.paint, PaintUse::Fill, xml_);
+    else
+        xml_->Markup(" fill=\"none\"");
+    if (strokes && !isUnpainted) {
+        paints_->Write(paint.paint, PaintUse::Stroke, xml_);
+        WriteStroke(paint.style, FindStrokeFrame(paint.style, toPicture_), xml_);
+    }
+    if ((paint.fills || strokes) && paints_->Multiplies(paint.paint))
+        PaintAttributes::WriteMultiply(xml_);
+}
+
 void TextWriter::WriteElement(const GlyphRun &run, const Face &face, const Setting &setting,
                               const TextPaint &paint, bool strokes)
 {
     const size_t count = placed_.size();
-    const double spacing = FindSpacing(run, setting.size);
+    const double spacing = FirstSpacing(run, setting.size);
     const bool isOneChunk = FindChunkEnd(run, 0, setting.size, spacing, face.font.get()) == count;
     const bool isUnpainted = isOneChunk && placed_.front().isHidden;
     double y = std::numeric_limits<double>::quiet_NaN(); // none yet
@@ -200,16 +315,7 @@ void TextWriter::WriteElement(const GlyphRun &run, const Face &face, const Setti
     WriteFontAttributes(*run.font, face, setting.size);
     if (spacing != 0)
         xml_->Attribute("letter-spacing", spacing);
-    if (paint.fills && !isUnpainted)
-        paints_->Write(paint.paint, PaintUse::Fill, xml_);
-    else
-        xml_->Markup(" fill=\"none\"");
-    if (strokes && !isUnpainted) {
-        paints_->Write(paint.paint, PaintUse::Stroke, xml_);
-        WriteStroke(paint.style, FindStrokeFrame(paint.style, toPicture_), xml_);
-    }
-    if ((paint.fills || strokes) && paints_->Multiplies(paint.paint))
-        PaintAttributes::WriteMultiply(xml_);
+    WritePaint(paint, strokes, isUnpainted);
     xml_->Markup(">");
     if (isOneChunk)
         WriteChunk(0, count);
@@ -246,17 +352,22 @@ void TextWriter::Show(const GlyphRun &run, const TextPaint &paint)
         paint.strokes && setting.isSimilar && FindStrokeFrame(paint.style, toPicture_).isPlain;
     if (setting.isReadable) {
         PlaceCharacters(run, setting, face->font.get());
-        WriteElement(run, *face, setting, paint, strokesText);
+        CountPlaced(run, paint);
+        if (isEditable_ && !run.isColumn)
+            AddToLines(run, *face, setting, paint, strokesText);
+        else
+            WriteElement(run, *face, setting, paint, strokesText);
     }
     const auto shapes = [&](bool hiddenAlone) {
         Path path;
         AppendOutlines(run, hiddenAlone, face->font.get(), &path);
         return path;
     };
-    if (paint.fills)
-        shapes_->FillPath(shapes(setting.isReadable), paint.paint);
-    if (paint.strokes)
-        shapes_->StrokePath(shapes(setting.isReadable && strokesText), paint.style, paint.paint);
+    // Any call, of no shape too, ends the line.
+    if (const Path path = paint.fills ? shapes(setting.isReadable) : Path(); !path.IsEmpty())
+        shapes_->FillPath(path, paint.paint);
+    if (const Path path = paint.strokes ? shapes(setting.isReadable && strokesText) : Path(); !path.IsEmpty())
+        shapes_->StrokePath(path, paint.style, paint.paint);
 }
 
 void TextWriter::WriteOutlines(std::span<const GlyphRun> runs)
@@ -274,15 +385,17 @@ void TextWriter::WriteOutlines(std::span<const GlyphRun> runs)
 
 void TextWriter::WriteFonts()
 {
+    if (isEditable_)
+        return;
     for (const Face *face : order_) {
         const std::vector<std::byte> bytes = face->font->MakeSubset();
         if (bytes.empty())
             continue;
         const FontNames &names = face->font->Names();
         const bool isCff = bytes.front() == std::byte{'O'}; // "OTTO"
-        xml_->Markup("<style>@font-face{font-family:vx");
-        xml_->Number(static_cast<double>(face->id));
-        xml_->Markup(";font-weight:");
+        xml_->Markup("<style>@font-face{font-family:'");
+        xml_->Escaped(face->family);
+        xml_->Markup("';font-weight:");
         xml_->Number(names.weight);
         xml_->Markup(names.isItalic ? ";font-style:italic;font-stretch:"
                                     : ";font-style:normal;font-stretch:");

@@ -53,14 +53,21 @@ bool HasTable(hb_face_t *face, hb_tag_t tag)
     return hb_blob_get_length(blob.get()) > 0;
 }
 
+// Returns the name as it may stand between quotes.
+std::string Quotable(std::string name)
+{
+    std::erase_if(name, [](char c) {
+        return c == '\'' || c == '"' || c == '\\' || static_cast<uint8_t>(c) < ' ' || c == '\x7F';
+    });
+    return name;
+}
+
 std::string ReadName(hb_face_t *face, hb_ot_name_id_t id)
 {
     char text[256];
     unsigned size = sizeof text;
     hb_ot_name_get_utf8(face, id, HB_LANGUAGE_INVALID, &size, text);
-    std::string name(text, std::min<size_t>(size, sizeof text - 1));
-    std::erase_if(name, [](char c) { return c == '\'' || c == '"' || c == '\\'; });
-    return name;
+    return Quotable({text, std::min<size_t>(size, sizeof text - 1)});
 }
 
 const char *GenericName(FaceClass faceClass)
@@ -87,12 +94,12 @@ const char *StretchName(float percent)
 
 } // namespace
 
-std::unique_ptr<WebFont> WebFont::Open(const TextFont &font)
+std::unique_ptr<WebFont> WebFont::Open(const TextFont &font, WebFontUse use)
 {
-    return Watched([&] { return OpenFace(font); });
+    return Watched([&] { return OpenFace(font, use); });
 }
 
-std::unique_ptr<WebFont> WebFont::OpenFace(const TextFont &font)
+std::unique_ptr<WebFont> WebFont::OpenFace(const TextFont &font, WebFontUse use)
 {
     const auto index = static_cast<unsigned>(font.faceIndex);
     const bool isNamedVariation = index >> 16 != 0;
@@ -104,7 +111,7 @@ std::unique_ptr<WebFont> WebFont::OpenFace(const TextFont &font)
     hb_face_t *face = opened->face_.get();
     const bool hasOutlines =
         HasTable(face, HB_TAG('g', 'l', 'y', 'f')) || HasTable(face, HB_TAG('C', 'F', 'F', ' '));
-    if (!hasOutlines || !IsForBrowsers(face))
+    if (!hasOutlines || (use == WebFontUse::Carried && !IsForBrowsers(face)))
         return nullptr;
     opened->file_ = FontFile::Open(font.bytes, font.faceIndex);
     if (opened->file_ == nullptr)
@@ -112,20 +119,23 @@ std::unique_ptr<WebFont> WebFont::OpenFace(const TextFont &font)
     opened->font_.reset(hb_font_create(face));
     hb_font_set_scale(opened->font_.get(), kOneEm, kOneEm);
     opened->reached_.reset(hb_set_create());
-    opened->FindNames();
+    opened->FindNames(font);
     opened->names_.generic = GenericName(TraitsOfName(font.asked).faceClass);
     return opened;
 }
 
-void WebFont::FindNames()
+void WebFont::FindNames(const TextFont &font)
 {
-    names_.family = ReadName(face_.get(), HB_OT_NAME_ID_TYPOGRAPHIC_FAMILY);
-    if (names_.family.empty())
-        names_.family = ReadName(face_.get(), HB_OT_NAME_ID_FONT_FAMILY);
-    hb_font_t *font = font_.get();
-    names_.weight = std::clamp(static_cast<int>(hb_style_get_value(font, HB_STYLE_TAG_WEIGHT)), 1, 1000);
-    names_.isItalic = hb_style_get_value(font, HB_STYLE_TAG_ITALIC) > 0;
-    names_.stretch = StretchName(hb_style_get_value(font, HB_STYLE_TAG_WIDTH));
+    for (const std::string &name :
+         {ReadName(face_.get(), HB_OT_NAME_ID_TYPOGRAPHIC_FAMILY),
+          ReadName(face_.get(), HB_OT_NAME_ID_FONT_FAMILY), Quotable(font.served), std::string("untitled")}) {
+        if (names_.family.empty())
+            names_.family = name;
+    }
+    hb_font_t *sized = font_.get();
+    names_.weight = std::clamp(static_cast<int>(hb_style_get_value(sized, HB_STYLE_TAG_WEIGHT)), 1, 1000);
+    names_.isItalic = hb_style_get_value(sized, HB_STYLE_TAG_ITALIC) > 0;
+    names_.stretch = StretchName(hb_style_get_value(sized, HB_STYLE_TAG_WIDTH));
 }
 
 bool WebFont::Take(char32_t character, uint32_t glyph)

@@ -1,5 +1,5 @@
-// A font of a document, to be carried inside a picture: what may be embedded, which characters it is asked for, and
-// the small font of those alone.
+// A font of a document, to be carried inside a picture or named there: what may be embedded, which characters it is asked
+// for, and the small font of those alone.
 #pragma once
 
 #include "host/drawing/GlyphRun.h"
@@ -21,19 +21,22 @@ namespace vxhost::svg
 
 // How a style sheet names the font where it is installed.
 struct FontNames {
-    std::string family; // UTF-8, without quotes and backslashes; may be empty
+    std::string family; // UTF-8, without quotes, backslashes and control characters; never empty
     const char *generic = "sans-serif";
     int weight = 400;
     bool isItalic = false;
     const char *stretch = "normal";
 };
 
+enum class WebFontUse : uint8_t { Carried, Named };
+
 class WebFont
 {
   public:
-    // Null: the licence in the font's own bits forbids it, or browsers do not take fonts of that kind. Here and below
-    // lack of memory is thrown, and leaves a font that is of no more use.
-    static std::unique_ptr<WebFont> Open(const TextFont &font);
+    // Null: the font cannot be told by its name; or it is to be carried, and the licence in its own bits forbids that, or
+    // browsers do not take fonts of that kind. Here and below lack of memory is thrown, and leaves a font that is of no more
+    // use.
+    static std::unique_ptr<WebFont> Open(const TextFont &font, WebFontUse use = WebFontUse::Carried);
 
     const FontNames &Names() const { return names_; }
 
@@ -62,10 +65,10 @@ class WebFont
     static constexpr size_t kKnownPairs = 4096;
 
     WebFont() : pairs_(kKnownPairs) {}
-    static std::unique_ptr<WebFont> OpenFace(const TextFont &font);
+    static std::unique_ptr<WebFont> OpenFace(const TextFont &font, WebFontUse use);
     double FindKerning(char32_t first, char32_t second) const;
     std::vector<std::byte> CutSubset() const;
-    void FindNames();
+    void FindNames(const TextFont &font);
 
     Owned<hb_face_t, hb_face_destroy> face_;
     Owned<hb_font_t, hb_font_destroy> font_; // of the face, in ems of 16.16

@@ -96,6 +96,9 @@ class Device
 
     // Tells, after a page that has not failed, that its output needs it once more, from BeginPage on.
     virtual bool WantsPageAgain() const { return false; }
+
+    // Tells how many texts of that page stand character by character, where lines were asked for.
+    virtual uint64_t PlacedTexts() const { return 0; }
 };
 
 } // namespace vxhost

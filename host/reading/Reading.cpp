@@ -410,6 +410,7 @@ Outcome Reading::Draw(const Page &page, Device &device)
             return installation_.plugin->Draw(document_, options, page, device);
         });
     } while (outcome.result == kVXOk && !outcome.failure && device.WantsPageAgain());
+    outcome.placedTexts = device.PlacedTexts();
     TellRest(&outcome);
     return outcome;
 }

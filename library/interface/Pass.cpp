@@ -49,6 +49,7 @@ class WatchedDevice final : public Device
     void EndGroup() override { device_->EndGroup(); }
     Failure EndPage() override { return device_->EndPage(); }
     bool WantsPageAgain() const override { return device_->WantsPageAgain(); }
+    uint64_t PlacedTexts() const override { return device_->PlacedTexts(); }
 
   private:
     Device &Checked()
@@ -156,7 +157,7 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
     const Watch watch(*document);
     ReadingOptions options = ReadingOptionsOf(document->settings);
     options.served = document->choices.served;
-    options.readsTexts = readsTexts;
+    options.readsTexts |= readsTexts;
     options.onProgress = [&](int64_t done, int64_t total) {
         watch.CheckProgress(done, total);
         if (written != nullptr)

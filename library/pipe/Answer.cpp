@@ -154,6 +154,7 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.AddText(outcome.lackedFont, kMaxName);
     flat.Add(outcome.unknownCharacters);
     flat.Add(outcome.undrawnTexts);
+    flat.Add(outcome.placedTexts);
     flat.AddList(outcome.reports, {kReportsSize}, &omitted.reports, [](auto &to, Report &report) {
         to.Add(report.number);
         to.AddText(report.title, kMaxName);

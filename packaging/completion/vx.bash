@@ -28,7 +28,7 @@ _vx()
     --intent) words='relative perceptual' files= ;;
     --overprint) words='simulate ignore' files= ;;
     --samples) words='1 2 4 8' files= ;;
-    --text) words='text outlines' files= ;;
+    --text) words='text outlines editable' files= ;;
     --spots) words='keep process' files= ;;
     --layers) words='printing all' files= ;;
     --hide) files= ;;

@@ -58,7 +58,7 @@ class Files(SvgTest):
 
     def test_every_sample_is_well_formed(self):
         for name in sample_names():
-            for words in ((), ("--text", "outlines")):
+            for words in ((), ("--text", "outlines"), ("--text", "editable")):
                 with self.subTest(sample=name, words=words):
                     root = self.root(sample(name), *words)
                     self.assertEqual(root.tag, SVG + "svg")
@@ -103,19 +103,59 @@ class Files(SvgTest):
         root = self.root(sample("text-point"))
         fonts = {}
         for style in root.iter(SVG + "style"):
-            rule = re.fullmatch(r"@font-face\{font-family:(\w+);[^}]*;src:url\(data:font/otf;base64,([\w+/=]+)\)\}",
-                                style.text)
-            font = base64.b64decode(rule[2], validate=True)
+            rule = re.fullmatch(r"@font-face\{font-family:('[^']+');font-weight:(\d+);font-style:(\w+);font-stretch:normal;"
+                                r"src:url\(data:font/otf;base64,([\w+/=]+)\)\}", style.text)
+            font = base64.b64decode(rule[4], validate=True)
             count = struct.unpack(">H", font[4:6])[0]
             tables = {font[at:at + 4].decode() for at in range(12, 12 + 16 * count, 16)}
             # Without one of these browsers leave a font alone.
             self.assertLessEqual({"CFF ", "OS/2", "cmap", "head", "hhea", "hmtx", "maxp", "name", "post"}, tables)
             # These would move or exchange what has its place already.
             self.assertFalse({"GPOS", "GSUB", "kern"} & tables)
-            fonts[rule[1]] = font
-        families = {element.get("font-family").split(",")[0] for element in root.iter(SVG + "text")}
-        self.assertEqual(families, set(fonts))
-        self.assertEqual(len(fonts), 6)
+            fonts[rule[1], rule[2], rule[3]] = font
+        asked = {(element.get("font-family").split(",")[0], element.get("font-weight", "400"), element.get("font-style", "normal"))
+                 for element in root.iter(SVG + "text")}
+        self.assertEqual(asked, set(fonts))
+        self.assertEqual(set(fonts), {
+            ("'Nimbus Roman'", "700", "normal"), ("'Nimbus Roman'", "400", "italic"), ("'Nimbus Sans'", "400", "normal"),
+            ("'Nimbus Sans'", "400", "italic"), ("'Nimbus Sans'", "700", "normal"), ("'Nimbus Mono PS'", "400", "normal")})
+
+    # The drawing's page is 160 high; Times-Roman of 16 has letters whose widths are in 1000ths of an em.
+    LINES = [
+        ("20", "28", None, [("", "As the text was written")]),
+        ("20", "48", "3", [("", "three points apart")]),
+        ("20", "68", None, [("", "wide"), ("12", " "), ("", "word"), ("12", " "), ("", "spaces"), ("12", " "), ("", "here")]),
+        ("0", "0", None, [("", "condensed to seventy")]),
+        ("0", "0", None, [("", "extended")]),
+        ("20", "128", None, [("", "E = mc")]),
+        ("66.3518", "121", None, [("", "2")]),
+        ("71.3518", "128", None, [("", ", and H")]),
+        ("118.00781", "132", None, [("", "2")]),
+        ("123.00781", "128", None, [("", "O")]),
+        # Each pair is drawn together by 120 1000ths of an em, 1.92: in 16.16 a little less.
+        ("20", "148", None, [("", "kerning: "), ("-1.91992", "AVA")]),
+    ]
+
+    def test_lines_can_be_edited(self):
+        root = self.root(sample("text-spacing"), "--text", "editable")
+        self.assertEqual(list(root.iter(SVG + "style")), [])
+        lines = []
+        for element in root.iter(SVG + "text"):
+            pieces = [("", element.text or "")]
+            for piece in element:
+                pieces += [(piece.get("letter-spacing"), piece.text), ("", piece.tail or "")]
+            self.assertEqual(element.get("font-family"), "'Nimbus Roman',serif")
+            lines.append((element.get("x"), element.get("y"), element.get("letter-spacing"), [piece for piece in pieces if piece[1]]))
+        self.assertEqual(lines, self.LINES)
+
+    def test_what_cannot_be_a_line_is_told(self):
+        for name, told in (("text-path", "1 text along a path or down a column stands"),
+                           ("text-vertical", "3 texts along paths or down columns stand"), ("text-area", "")):
+            for formats, words in (("svg", ["--text", "editable"]), ("svg,png", ["--text", "editable"]), ("svg", [])):
+                with self.subTest(sample=name, formats=formats, words=words):
+                    said = "\n".join(self.run_vx("render", sample(name), "-f", formats, "-o", "out.{ext}", *words)[1])
+                    self.assertEqual("character by character" in said, bool(told and words), said)
+                    self.assertIn(told if words else "", said)
 
     def test_a_blend_is_one_element(self):
         root = self.root(sample("gradients"))

@@ -77,13 +77,13 @@ bool IsSame(const Record &one, const Record &two)
 void ExpectSame(const Outcome &one, const Outcome &two)
 {
     const auto &[result, box, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
-                 peakHeap, memoryLimitHit, failure, lackedFont, unknownCharacters, undrawnTexts, reports,
-                 fonts, counts, layers, spots, end, fault, salvage, unshown, date, objections] = one;
+                 peakHeap, memoryLimitHit, failure, lackedFont, unknownCharacters, undrawnTexts, placedTexts,
+                 reports, fonts, counts, layers, spots, end, fault, salvage, unshown, date, objections] = one;
     EXPECT_EQ(std::tie(result, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
-                       peakHeap, memoryLimitHit, lackedFont, unknownCharacters, undrawnTexts),
+                       peakHeap, memoryLimitHit, lackedFont, unknownCharacters, undrawnTexts, placedTexts),
               std::tie(two.result, two.headerAccepted, two.monochrome, two.bytesRead, two.bytesTotal,
                        two.bytesUnpacked, two.damage, two.peakHeap, two.memoryLimitHit, two.lackedFont,
-                       two.unknownCharacters, two.undrawnTexts));
+                       two.unknownCharacters, two.undrawnTexts, two.placedTexts));
     EXPECT_TRUE(IsSame(box, two.box));
     EXPECT_TRUE(IsSame(failure, two.failure));
     EXPECT_TRUE(std::ranges::equal(reports, two.reports, IsSame<Report>));
@@ -144,6 +144,7 @@ Answer MakeAnswer()
     outcome.lackedFont = "Frutiger";
     outcome.unknownCharacters = 105;
     outcome.undrawnTexts = 104;
+    outcome.placedTexts = 106;
     outcome.reports = {{3, "a heading", "a message"}, {0, "another heading", "another message"}};
     outcome.fonts = {{"Futura", "Jost", "/fonts/jost.otf", FontMatch::Substitute, 11, 12, 13},
                      {"Gill", "", "", FontMatch::Missing, 21, 22, 23}};

@@ -101,6 +101,7 @@ TEST(OptionsTest, MeanWhatTheySay)
     EXPECT_FALSE(settings.svg.overprint);
     EXPECT_EQ(settings.png.samples, 8);
     EXPECT_EQ(settings.pdf.text, TextOutput::Outlines);
+    EXPECT_EQ(settings.svg.text, TextOutput::Outlines);
     EXPECT_EQ(settings.pdf.date, 86400);
     EXPECT_EQ(settings.pdf.compression, Compression::Fast);
     EXPECT_EQ(settings.seconds, 2.5);
@@ -150,6 +151,15 @@ const WrongCase kWrong[] = {
     {"missing-fonts", "ask", "--missing-fonts ask: not known: give one of substitute, fail"},
     {"script", "greek", "--script greek: not known: give one of auto, roman, japanese, chinese, korean"},
 };
+
+TEST(OptionsTest, LinesToEditAreOfSvgAlone)
+{
+    const Settings settings = Said({{"text", "editable"}}).Read();
+    EXPECT_EQ(settings.svg.text, TextOutput::Editable);
+    EXPECT_EQ(settings.pdf.text, TextOutput::Text);
+    EXPECT_TRUE(ReadingOptionsOf(settings).readsTexts);
+    EXPECT_FALSE(ReadingOptionsOf({}).readsTexts);
+}
 
 TEST(OptionsTest, TellWhatIsWrongWithAValue)
 {

@@ -108,6 +108,19 @@ TEST(Warnings, TellOfTextThatIsNotDrawn)
     EXPECT_EQ(ListWarnings(outcome, "help").at(0).substr(0, 26), "20 texts are not drawn, th");
 }
 
+TEST(Warnings, TellOfTextThatIsNoLine)
+{
+    Outcome outcome;
+    outcome.placedTexts = 1;
+    EXPECT_EQ(ListWarnings(outcome, "help"),
+              (Lines{"1 text along a path or down a column stands character by character in the SVG, no line "
+                     "to edit: type it anew in the editor"}));
+    outcome.placedTexts = 2;
+    EXPECT_EQ(ListWarnings(outcome, "help"),
+              (Lines{"2 texts along paths or down columns stand character by character in the SVG, no line "
+                     "to edit: type them anew in the editor"}));
+}
+
 TEST(Warnings, TellOfBytesThatMeanNoCharacter)
 {
     Outcome outcome;

@@ -33,22 +33,34 @@ Shading Radial(Shading::Circle first, Shading::Circle last)
     return shading;
 }
 
-constexpr const char *kPainted = "q\n40 0 0 20 10 5 cm\n0 0 m\n1 0 l\n1 1 l\n0 1 l\nh\nW n\n/Blend1 sh\nQ\n";
+constexpr const char *kPainted = "q\n/Pattern cs\n/Blend1 scn\n10 5 m\n50 5 l\n50 25 l\n10 25 l\nh\nf\nQ\n";
 
 DrawnPage Drawn(const Shading &shading)
 {
     return DrawnPage([&](Device &d) { d.Shade(shading); });
 }
 
-QPDFObjectHandle Blend(DrawnPage &page)
+bool HasBlend(DrawnPage &page)
 {
-    return page.Resource("Shading", "Blend1");
+    return page.Program().find("/Pattern cs\n") != std::string::npos;
 }
 
-TEST(PdfShading, IsPaintedUnderItsSquare)
+QPDFObjectHandle Pattern(DrawnPage &page, const char *name = "Blend1")
+{
+    return page.Resource("Pattern", name);
+}
+
+QPDFObjectHandle Blend(DrawnPage &page)
+{
+    return Pattern(page).getKey("/Shading");
+}
+
+TEST(PdfShading, FillsItsSquare)
 {
     DrawnPage page = Drawn(Axial({{0, 1, {CmykColour(1, 0, 0, 0), CmykColour(0, 0.5, 0, 0)}}}));
     EXPECT_EQ(page.Program(), kPainted);
+    EXPECT_EQ(Pattern(page).getKey("/PatternType").getIntValue(), 2);
+    EXPECT_EQ(Pattern(page).getKey("/Matrix").unparse(), "[ 40 0 0 20 10 5 ]");
     EXPECT_EQ(Blend(page).getKey("/ShadingType").getIntValue(), 2);
     EXPECT_EQ(Blend(page).getKey("/Coords").unparse(), "[ 0 0 1 0 ]");
     EXPECT_EQ(Blend(page).getKey("/ColorSpace").unparse(), "/DeviceCMYK");
@@ -65,22 +77,101 @@ TEST(PdfShading, StitchesItsSpans)
                                   {0.75, 1, {Gray(0.5).colour, Gray(0).colour}}}));
     QPDFObjectHandle function = Blend(page).getKey("/Function");
     EXPECT_EQ(function.getKey("/FunctionType").getIntValue(), 3);
-    EXPECT_EQ(function.getKey("/Bounds").unparse(), "[ .25 .75 ]");
-    EXPECT_EQ(function.getKey("/Encode").unparse(), "[ 0 1 0 1 0 1 ]");
-    ASSERT_EQ(function.getKey("/Functions").getArrayNItems(), 3);
-    EXPECT_EQ(function.getKey("/Functions").getArrayItem(0).getKey("/C1").unparse(), "[ 0 ]");
-    QPDFObjectHandle sampled = function.getKey("/Functions").getArrayItem(1);
-    EXPECT_EQ(sampled.getDict().getKey("/Size").unparse(), "[ 3 ]");
-    EXPECT_EQ(StreamText(sampled), std::string("\0\0\xFF\xFF\x80\0", 6)); // 0.5 * 65535 rounds up
+    EXPECT_EQ(function.getKey("/Bounds").unparse(), "[ .25 .5 .75 ]");
+    EXPECT_EQ(function.getKey("/Encode").unparse(), "[ 0 1 0 1 0 1 0 1 ]");
+    QPDFObjectHandle pieces = function.getKey("/Functions");
+    ASSERT_EQ(pieces.getArrayNItems(), 4);
+    EXPECT_EQ(pieces.getArrayItem(0).getKey("/C1").unparse(), "[ 0 ]");
+    EXPECT_EQ(pieces.getArrayItem(2).unparse(),
+              "<< /C0 [ 1 ] /C1 [ .5 ] /Domain [ 0 1 ] /FunctionType 2 /N 1 >>");
 }
 
-TEST(PdfShading, GoesFromTheUnitCircleInwards)
+// A straight way may pass a colour by half a level of 255: 0.00195.
+TEST(PdfShading, LeavesOutColoursThatAreOnTheWay)
+{
+    for (const auto &[middle, type] : {std::pair(0.501, 2), std::pair(0.499, 2), std::pair(0.504, 3)}) {
+        DrawnPage page = Drawn(Axial({{0, 1, {Gray(0).colour, Gray(middle).colour, Gray(1).colour}}}));
+        EXPECT_EQ(Blend(page).getKey("/Function").getKey("/FunctionType").getIntValue(), type) << middle;
+    }
+    // One ink is on its way, and the other is not.
+    DrawnPage page =
+        Drawn(Axial({{0, 1, {CmykColour(0, 1, 0, 0), CmykColour(0.5, 1, 0, 0), CmykColour(1, 0, 0, 0)}}}));
+    EXPECT_EQ(Blend(page).getKey("/Function").getKey("/Bounds").unparse(), "[ .5 ]");
+}
+
+Path Corner(double right, double top)
+{
+    Path path;
+    path.verbs = {Verb::Move, Verb::Line, Verb::Line};
+    path.points = {{20, 10}, {right, 10}, {20, top}};
+    return path;
+}
+
+// The square is from (10, 5) to (50, 25).
+TEST(PdfShading, IsPaintedByItselfUnderOneClipWithinIt)
+{
+    const Shading shading = Axial({{0, 1, {Gray(0).colour, Gray(1).colour}}});
+    const std::string alone = "q\n40 0 0 20 10 5 cm\n/Blend1 sh\nQ\n";
+    struct {
+        const char *name;
+        std::vector<Path> clips;
+        std::string painted;
+    } cases[] = {
+        {"within", {Corner(50, 25)}, alone},    {"wider", {Corner(51, 25)}, kPainted},
+        {"higher", {Corner(50, 26)}, kPainted}, {"two", {Corner(51, 25), Corner(50, 25)}, kPainted},
+        {"empty", {Path()}, kPainted},
+    };
+    for (const auto &row : cases) {
+        DrawnPage page([&](Device &d) {
+            d.Save();
+            for (const Path &clip : row.clips)
+                d.ClipPath(clip);
+            d.Shade(shading);
+            d.Restore();
+            d.Shade(shading); // without any clip
+        });
+        EXPECT_NE(page.Program().find("W n\n" + row.painted + "Q\n" + kPainted), std::string::npos)
+            << row.name << page.Program();
+    }
+}
+
+TEST(PdfShading, OfCirclesCoversADisc)
+{
+    // About (30, 15), 20 wide and 10 high.
+    const Shading shading = Radial({{0.5, 0.5}, 0.5}, {{0.6, 0.5}, 0.1});
+    for (const auto &[right, isAlone] : {std::pair(43.0, true), std::pair(45.0, false)}) {
+        DrawnPage page([&](Device &d) {
+            d.ClipPath(Corner(right, 22)); // its corner is 13 right of the middle and 7 above
+            d.Shade(shading);
+        });
+        EXPECT_NE(HasBlend(page), isAlone) << right; // 0.65² + 0.7² is 0.91; 0.75² + 0.7² is 1.05
+    }
+}
+
+// A ground is all of the clip that is in force, so the clip alone draws its edge.
+TEST(PdfShading, FillsMoreThanItsGround)
+{
+    Shading shading = Radial({{0.5, 0.5}, 0.5}, {{0.6, 0.5}, 0.1});
+    shading.ground.verbs = {Verb::Move, Verb::Line, Verb::Line};
+    shading.ground.points = {{20, 10}, {40, 10}, {40, 25}};
+    DrawnPage page = Drawn(shading);
+    EXPECT_EQ(page.Program(), "q\n/Pattern cs\n/Blend1 scn\n19 9 22 17 re\nf\nQ\n");
+}
+
+// The circles would shrink to nothing at (0.25, 0).
+TEST(PdfShading, GoesFromAPointToTheUnitCircle)
 {
     DrawnPage page = Drawn(Radial({{0.5, 0.5}, 0.5}, {{0.6, 0.5}, 0.1}));
     // The circle has radius 0.5 about (0.5, 0.5): half the size of the matrix, about (30, 15).
-    EXPECT_EQ(page.Program().substr(0, 23), "q\n20 0 0 10 30 15 cm\n1 ");
+    EXPECT_EQ(Pattern(page).getKey("/Matrix").unparse(), "[ 20 0 0 10 30 15 ]");
+    EXPECT_EQ(page.Program().substr(0, 36), "q\n/Pattern cs\n/Blend1 scn\n50 15 m\n50");
     EXPECT_EQ(Blend(page).getKey("/ShadingType").getIntValue(), 3);
-    EXPECT_EQ(Blend(page).getKey("/Coords").unparse(), "[ 0 0 1 .2 0 .2 ]");
+    EXPECT_EQ(Blend(page).getKey("/Coords").unparse(), "[ .25 0 0 0 0 1 ]");
+    QPDFObjectHandle function = Blend(page).getKey("/Function");
+    EXPECT_EQ(function.getKey("/Bounds").unparse(), "[ .2 ]");
+    EXPECT_EQ(function.getKey("/Functions").unparse(),
+              "[ << /C0 [ 1 ] /C1 [ 1 ] /Domain [ 0 1 ] /FunctionType 2 /N 1 >> "
+              "<< /C0 [ 1 ] /C1 [ 0 ] /Domain [ 0 1 ] /FunctionType 2 /N 1 >> ]");
     EXPECT_EQ(Blend(page).getKey("/Extend").unparse(), "[ true true ]");
 }
 
@@ -96,8 +187,13 @@ TEST(PdfShading, IsSharedByBlendsOfOneRamp)
         d.Shade(other);
         d.Shade(third);
     });
-    EXPECT_EQ(page.Page().getKey("/Resources").getKey("/Shading").getKeys(),
-              (std::set<std::string>{"/Blend1", "/Blend2"}));
+    EXPECT_EQ(page.Page().getKey("/Resources").getKey("/Pattern").getKeys(),
+              (std::set<std::string>{"/Blend1", "/Blend2", "/Blend3"}));
+    const auto number = [&](const char *name) {
+        return Pattern(page, name).getKey("/Shading").getObjectID();
+    };
+    EXPECT_EQ(number("Blend1"), number("Blend2"));
+    EXPECT_NE(number("Blend1"), number("Blend3"));
 }
 
 // Instances of one gradient: no bound in them is exactly a third.
@@ -113,7 +209,7 @@ TEST(PdfShading, IsSharedByBlendsThatDifferByRoundings)
         d.Shade(Radial({{0, 0}, 1}, {{0.200001, 0}, 0.5}));
         d.Shade(Radial({{0, 0}, 1}, {{0.2, 0.000003}, 0.499998}));
     });
-    EXPECT_EQ(page.Page().getKey("/Resources").getKey("/Shading").getKeys(),
+    EXPECT_EQ(page.Page().getKey("/Resources").getKey("/Pattern").getKeys(),
               (std::set<std::string>{"/Blend1", "/Blend2", "/Blend3"}));
     EXPECT_EQ(Blend(page).getKey("/Function").getKey("/Bounds").unparse(), "[ .33334 ]");
 }
@@ -141,7 +237,7 @@ TEST_P(PdfShadingInks, UnderOverprint)
     DrawnPage page = Drawn(Axial({{0, 1, {GetParam().from, GetParam().to}}}, true));
     EXPECT_TRUE(page.Program().starts_with("/OverprintOn gs\n"));
     if (GetParam().space.empty()) {
-        EXPECT_EQ(page.Program().find(" sh\n"), std::string::npos);
+        EXPECT_FALSE(HasBlend(page));
         EXPECT_NE(page.Program().find("\nf\n"), std::string::npos);
         return;
     }
@@ -181,7 +277,7 @@ TEST(PdfInkSpace, HasNoNameTwice)
     Colour other = CmykColour(0, 0.125, 0, 0);
     other.spots[0] = {&pale, 0.5};
     DrawnPage page = Drawn(Axial({{0, 1, {half, other}}}));
-    EXPECT_EQ(page.Program().find(" sh\n"), std::string::npos);
+    EXPECT_FALSE(HasBlend(page));
 }
 
 struct ShapesCase {
@@ -202,7 +298,7 @@ class PdfShadingShapes : public testing::TestWithParam<ShapesCase>
 TEST_P(PdfShadingShapes, StayShapes)
 {
     DrawnPage page = Drawn(GetParam().shading);
-    EXPECT_EQ(page.Program().find(" sh\n"), std::string::npos);
+    EXPECT_FALSE(HasBlend(page));
     EXPECT_NE(page.Program().find("\nf\n"), std::string::npos);
 }
 INSTANTIATE_TEST_SUITE_P(Pdf, PdfShadingShapes, testing::ValuesIn(kShapes), CaseName());

@@ -44,13 +44,16 @@ TextPaint Filled()
     return paint;
 }
 
-std::string WholeOf(const std::vector<GlyphRun> &runs, const TextPaint &paint)
+std::string WholeOf(const std::vector<GlyphRun> &runs, const TextPaint &paint,
+                    const SvgOptions &options = PlainSvg())
 {
-    return SvgOf([&](Device *device) {
-        for (const GlyphRun &run : runs)
-            ASSERT_TRUE(device->CanShow(*run.font));
-        device->ShowText(runs, paint);
-    });
+    return SvgOf(
+        [&](Device *device) {
+            for (const GlyphRun &run : runs)
+                ASSERT_TRUE(device->CanShow(*run.font));
+            device->ShowText(runs, paint);
+        },
+        options);
 }
 
 // The body of the file without the fonts.
@@ -61,7 +64,7 @@ std::string Body(const std::vector<GlyphRun> &runs, const TextPaint &paint = Fil
 }
 
 const std::string kSansAttributes =
-    " font-family=\"vx1,'Nimbus Sans',sans-serif\" font-size=\"10\" data-font=\"Helvetica\"";
+    " font-family=\"'Nimbus Sans',sans-serif\" font-size=\"10\" data-font=\"Helvetica\"";
 const std::string kBlackFill = " fill=\"#000000\" data-gray=\"0\"";
 
 TEST(SvgTextTest, AWordIsOneElement)
@@ -134,7 +137,7 @@ TEST(SvgTextTest, NamesTheStyle)
     const TextFont font = {"Helvetica-BoldOblique", "NimbusSans-BoldItalic", FontBytes::Open(kBoldItalic), 0};
     EXPECT_EQ(
         Body({MakeRun(U"a", {10, 20}, kTenPoints, &font)}),
-        "<text xml:space=\"preserve\" x=\"0\" y=\"50\" font-family=\"vx1,'Nimbus Sans',sans-serif\" "
+        "<text xml:space=\"preserve\" x=\"0\" y=\"50\" font-family=\"'Nimbus Sans',sans-serif\" "
         "font-weight=\"700\" font-style=\"italic\" font-size=\"10\" data-font=\"Helvetica-BoldOblique\"" +
             kBlackFill + ">a</text>\n");
 }
@@ -211,11 +214,204 @@ TEST(SvgTextTest, AFontIsCarriedOnce)
     const TextFont other = {"Arial", "NimbusSans-Regular", kFont.bytes, 0};
     const std::string svg =
         WholeOf({MakeRun(U"a", {10, 20}), MakeRun(U"b", {10, 20}, kTenPoints, &other)}, Filled());
-    const size_t style = svg.find("<style>@font-face{font-family:vx1;font-weight:400;font-style:normal;"
-                                  "font-stretch:normal;src:url(data:font/otf;base64,T1RUT");
+    const size_t style =
+        svg.find("<style>@font-face{font-family:'Nimbus Sans';font-weight:400;font-style:normal;"
+                 "font-stretch:normal;src:url(data:font/otf;base64,T1RUT");
     EXPECT_NE(style, std::string::npos);
     EXPECT_EQ(svg.find("<style>", style + 1), std::string::npos);
     EXPECT_EQ(svg.substr(svg.size() - 18), ")}</style>\n</svg>\n");
+}
+
+std::vector<std::string> FacesIn(const std::string &svg)
+{
+    std::vector<std::string> faces;
+    const std::string begin = "@font-face{", end = ";src";
+    for (size_t at = svg.find(begin); at != std::string::npos; at = svg.find(begin, at + 1)) {
+        const size_t from = at + begin.size();
+        faces.push_back(svg.substr(from, svg.find(end, from) - from));
+    }
+    return faces;
+}
+
+TEST(SvgTextTest, FacesOfAFamilyShareItsName)
+{
+    const TextFont bold = {"Helvetica-BoldOblique", "NimbusSans-BoldItalic", FontBytes::Open(kBoldItalic), 0};
+    const std::string svg =
+        WholeOf({MakeRun(U"a", {10, 20}), MakeRun(U"b", {10, 20}, kTenPoints, &bold)}, Filled());
+    EXPECT_EQ(FacesIn(svg),
+              (std::vector<std::string>{
+                  "font-family:'Nimbus Sans';font-weight:400;font-style:normal;font-stretch:normal",
+                  "font-family:'Nimbus Sans';font-weight:700;font-style:italic;font-stretch:normal"}));
+}
+
+// Another file of the same font may have other glyphs for the same characters.
+TEST(SvgTextTest, AnotherFontOfOneNameIsNumbered)
+{
+    const auto copy = kFont.bytes->Get();
+    const TextFont other = {"Arial", "NimbusSans-Regular", FontBytes::FromMemory({copy.begin(), copy.end()}),
+                            0};
+    const std::string svg =
+        WholeOf({MakeRun(U"a", {10, 20}), MakeRun(U"b", {10, 20}, kTenPoints, &other)}, Filled());
+    EXPECT_EQ(FacesIn(svg),
+              (std::vector<std::string>{
+                  "font-family:'Nimbus Sans';font-weight:400;font-style:normal;font-stretch:normal",
+                  "font-family:'Nimbus Sans 2';font-weight:400;font-style:normal;font-stretch:normal"}));
+    EXPECT_NE(svg.find(" font-family=\"'Nimbus Sans 2','Nimbus Sans',sans-serif\" font-size=\"10\" "
+                       "data-font=\"Arial\""),
+              std::string::npos);
+}
+
+// Lines to be edited. Letters of this font are as wide as here in 1000ths of an em: a 556, b 556, c 500, A and V 667, space 278.
+GlyphRun MakeLine(const std::u32string &text, Point at, const Matrix &matrix = kTenPoints)
+{
+    GlyphRun run = MakeRun(text, at, matrix);
+    const auto file = FontFile::Open(kFont.bytes, 0);
+    for (PlacedGlyph &glyph : run.glyphs) {
+        glyph.origin = at;
+        glyph.advance = file->Advance(glyph.glyph) / 65536.0;
+        at = {at.x + matrix.a * glyph.advance, at.y + matrix.b * glyph.advance};
+    }
+    return run;
+}
+
+std::string Lines(const std::vector<std::vector<GlyphRun>> &shows, const TextPaint &paint = Filled())
+{
+    SvgOptions options = PlainSvg();
+    options.text = TextOutput::Editable;
+    return BodyOf(SvgOf(
+        [&](Device *device) {
+            for (const std::vector<GlyphRun> &runs : shows)
+                device->ShowText(runs, paint);
+        },
+        options));
+}
+
+std::string Line(const std::string &place, const std::string &more, const std::string &text)
+{
+    return "<text xml:space=\"preserve\" " + place + kSansAttributes + more + kBlackFill + ">" + text +
+           "</text>\n";
+}
+
+TEST(SvgEditableTest, ALineHasOnePlaceAndNoFont)
+{
+    EXPECT_EQ(Lines({{MakeLine(U"AV  b<c", {10, 20})}}), Line("x=\"0\" y=\"50\"", "", "AV  b&lt;c"));
+}
+
+TEST(SvgEditableTest, EvenGapsAreTheLinesSpacing)
+{
+    GlyphRun run = MakeLine(U"abc", {10, 20});
+    run.glyphs[1].origin.x += 1;
+    run.glyphs[2].origin.x += 2;
+    EXPECT_EQ(Lines({{run}}), Line("x=\"0\" y=\"50\"", " letter-spacing=\"1\"", "abc"));
+}
+
+TEST(SvgEditableTest, AGapIsTheSpacingOfThatBeforeIt)
+{
+    GlyphRun kerned = MakeLine(U"abcab", {10, 20});
+    for (size_t i = 2; i < 5; ++i)
+        kerned.glyphs[i].origin.x -= 1;
+    EXPECT_EQ(Lines({{kerned}}), Line("x=\"0\" y=\"50\"", "", "a<tspan letter-spacing=\"-1\">b</tspan>cab"));
+    GlyphRun spaced = MakeLine(U"ab ca", {10, 20});
+    for (size_t i = 2; i < 5; ++i) // before the space, where nobody sees it
+        spaced.glyphs[i].origin.x += 3;
+    EXPECT_EQ(Lines({{spaced}}), Line("x=\"0\" y=\"50\"", "", "ab<tspan letter-spacing=\"3\"> </tspan>ca"));
+}
+
+TEST(SvgEditableTest, ALineGoesOnThroughTexts)
+{
+    // "ab" is 11.12 wide, so a text that follows it begins at 21.12; this one is kerned by 1.
+    const GlyphRun first = MakeLine(U"ab", {10, 20}), next = MakeLine(U"ca", {20.12, 20});
+    EXPECT_EQ(Lines({{first}, {next}}),
+              Line("x=\"0\" y=\"50\"", "", "a<tspan letter-spacing=\"-1\">b</tspan>ca"));
+}
+
+TEST(SvgEditableTest, WhatIsElsewhereIsALineOfItsOwn)
+{
+    const std::string first = Line("x=\"0\" y=\"50\"", "", "ab");
+    const GlyphRun run = MakeLine(U"ab", {10, 20});
+    EXPECT_EQ(Lines({{run}, {MakeLine(U"c", {10, 10})}}), first + Line("x=\"0\" y=\"60\"", "", "c"));
+    // An em and more away.
+    EXPECT_EQ(Lines({{run}, {MakeLine(U"c", {31.2, 20})}}), first + Line("x=\"21.2\" y=\"50\"", "", "c"));
+}
+
+// A document may go on along a line for ever, and a line is held until it ends.
+TEST(SvgEditableTest, ALineHasAnEnd)
+{
+    const std::string lines = Lines({{MakeLine(std::u32string(4097, U'a'), {10, 20})}});
+    EXPECT_NE(lines.find(std::string(4096, 'a') + "</text>\n"), std::string::npos);
+    EXPECT_NE(lines.find(">a</text>\n"), std::string::npos);
+}
+
+TEST(SvgEditableTest, OtherPaintBeginsALine)
+{
+    SvgOptions options = PlainSvg();
+    options.text = TextOutput::Editable;
+    const std::string svg = SvgOf(
+        [&](Device *device) {
+            device->ShowText(std::vector{MakeLine(U"ab", {10, 20})}, Filled());
+            TextPaint other = Filled();
+            other.paint.colour.ink[0] = 1;
+            device->ShowText(std::vector{MakeLine(U"c", {21.12, 20})}, other);
+        },
+        options);
+    EXPECT_NE(svg.find(">ab</text>\n"), std::string::npos);
+    EXPECT_NE(svg.find(" fill=\"#ffffff\" data-gray=\"1\">c</text>\n"), std::string::npos);
+}
+
+TEST(SvgEditableTest, WhatIsPaintedBetweenEndsALine)
+{
+    SvgOptions options = PlainSvg();
+    options.text = TextOutput::Editable;
+    const std::string body = BodyOf(SvgOf(
+        [&](Device *device) {
+            device->ShowText(std::vector{MakeLine(U"ab", {10, 20})}, Filled());
+            Path path;
+            path.verbs = {Verb::Move, Verb::Line};
+            path.points = {{0, 0}, {9, 9}};
+            device->FillPath(path, {});
+            device->ShowText(std::vector{MakeLine(U"c", {21.12, 20})}, Filled());
+        },
+        options));
+    const size_t line = body.find(">ab</text>"), shape = body.find("<path "), next = body.find(">c</text>");
+    EXPECT_LT(line, shape);
+    EXPECT_LT(shape, next);
+    EXPECT_NE(next, std::string::npos);
+}
+
+TEST(SvgEditableTest, KeepsToTheWidthsOfFonts)
+{
+    SvgOptions options = PlainSvg();
+    EXPECT_EQ(SvgOf([](Device *) {}, options).find("font-kerning"), std::string::npos);
+    options.text = TextOutput::Editable;
+    EXPECT_NE(
+        SvgOf([](Device *) {}, options)
+            .find(" style=\"font-kerning:none;font-feature-settings:'kern' 0,'liga' 0,'clig' 0,'calt' 0\">"),
+        std::string::npos);
+}
+
+TEST(SvgEditableTest, ColumnsAndPathsAreToldAndPlaced)
+{
+    SvgOptions options = PlainSvg();
+    options.text = TextOutput::Editable;
+    const auto device = MakeSvgDevice(
+        options, [](std::span<const std::byte>) { return Failure(); }, nullptr);
+    device->BeginPage({{0, 0, 100, 50}, "", ""});
+    const auto show = [&](const GlyphRun &run, TextKind kind, uint64_t number) {
+        TextPaint paint = Filled();
+        paint.object = {number, 0, kind};
+        device->ShowText(std::vector{run}, paint);
+    };
+    GlyphRun column = MakeLine(U"ab", {10, 20});
+    column.isColumn = true;
+    show(MakeLine(U"ab", {10, 20}), TextKind::Point, 1);
+    EXPECT_EQ(device->PlacedTexts(), 0U);
+    show(column, TextKind::Point, 2);
+    show(column, TextKind::Point, 2);
+    EXPECT_EQ(device->PlacedTexts(), 1U);
+    show(MakeLine(U"a", {10, 20}), TextKind::Path, 3);
+    show(MakeLine(U"b", {20, 20}), TextKind::Path, 3);
+    EXPECT_EQ(device->PlacedTexts(), 2U);
+    EXPECT_EQ(Lines({{column}}).find("<text xml:space=\"preserve\" x=\"0 5.56\""), 0U);
 }
 
 bool HasCharacter(const std::vector<std::byte> &font, char32_t character)
@@ -280,6 +476,8 @@ TEST(SvgWebFontTest, TheLicenceDecides)
     };
     for (const auto &row : cases) {
         EXPECT_EQ(svg::WebFont::Open({"", "", WithLicence(row.bits), 0}) != nullptr, row.isCarried)
+            << row.bits;
+        EXPECT_NE(svg::WebFont::Open({"", "", WithLicence(row.bits), 0}, svg::WebFontUse::Named), nullptr)
             << row.bits;
     }
 }
