@@ -78,7 +78,7 @@ void ExpectSame(const Outcome &one, const Outcome &two)
 {
     const auto &[result, box, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
                  peakHeap, memoryLimitHit, failure, lackedFont, unknownCharacters, undrawnTexts, reports,
-                 fonts, counts, layers, spots, end, fault, salvage, unshown, date] = one;
+                 fonts, counts, layers, spots, end, fault, salvage, unshown, date, page] = one;
     EXPECT_EQ(std::tie(result, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
                        peakHeap, memoryLimitHit, lackedFont, unknownCharacters, undrawnTexts),
               std::tie(two.result, two.headerAccepted, two.monochrome, two.bytesRead, two.bytesTotal,
@@ -96,6 +96,8 @@ void ExpectSame(const Outcome &one, const Outcome &two)
     EXPECT_EQ(salvage, two.salvage);
     EXPECT_EQ(unshown, two.unshown);
     EXPECT_EQ(date, two.date);
+    EXPECT_TRUE(IsSame(page.box, two.page.box));
+    EXPECT_EQ(std::tie(page.tooWide, page.tooHigh), std::tie(two.page.tooWide, two.page.tooHigh));
 }
 
 void ExpectSame(const Answer &one, const Answer &two)
@@ -155,6 +157,7 @@ Answer MakeAnswer()
     outcome.salvage = {3, {{81, 82, "the first"}, {83, 84, "the second"}, {85, 86, "the third"}}, true};
     outcome.unshown = {111, 112, 113, 114, 115};
     outcome.date = DateOrigin::File;
+    outcome.page = {{121, 122, 123, 124}, 125, 126};
     answer.omitted = {41, 42, 43, 44, 45, 46, 47};
     answer.confinement = {true, false, 38, 22};
     answer.passes = 51;
