@@ -86,7 +86,7 @@ TEST(PageLayoutTest, HasRoomForMarks)
 {
     PageOptions options;
     options.hasMarks = true;
-    for (const auto [bleed, reach] : {std::pair{0.0, 8.0}, {2.0, 8.0}, {10.0, 15.0}}) {
+    for (const auto &[bleed, reach] : {std::pair{0.0, 8.0}, {2.0, 8.0}, {10.0, 15.0}}) {
         options.bleed = bleed * kMillimetre;
         const Page page = LaidOut(options);
         const double far = reach * kMillimetre;
