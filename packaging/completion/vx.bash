@@ -61,7 +61,7 @@ _vx()
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
-            render) words="--force --no-mkdir $picture $every" ;;
+            render) words="--force --no-mkdir --merge $picture $every" ;;
             verify) words="--json ${picture#--output } $every" ;;
             batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --shard --merge-journals --summary --allow-outside --jobs $picture $every" ;;
             esac

@@ -1,9 +1,10 @@
 """Pages: what they show, where they are cut, and what is around that, as a user asks for it."""
+import gzip
 import re
 import sys
 import unittest
 
-from vxcommand import CommandTest, Png, document
+from vxcommand import CommandTest, Png, document, sample
 
 # On a page of 72 by 36 points: a black square of 9 points whose left half is beyond the page, and a line of 4 points' width from
 # 40 to 60 at a height of 20.
@@ -116,6 +117,91 @@ class Pages(CommandTest):
         self.run_vx("render", "a.vx", "-o", "a.pdf", "--page", "drawing", "--margin", "1")
         output, _ = self.run_vx("verify", "a.vx", "a.pdf", "--page", "drawing", "--margin", "1")
         self.assertIn(b"page box     -5.5 8 61 23\n", output)
+
+
+LAYER = "1 1 1 1 0 0 0 79 128 255 Lb\n(Ground) Ln\n0 1 1 0 (Red) 0 x\n0 0 m\n9 0 L\n9 9 L\nf\nLB\n"
+
+
+class Merge(CommandTest):
+    def setUp(self):
+        super().setUp()
+        self.write("a.vx", document(LAYER))
+        self.write("b.vx", document(LAYER, box="0 0 9 9"))
+        self.write("bad.vx", document("1 k\n"))
+
+    def merge(self, *words, status=0):
+        _, messages = self.run_vx("render", *words, "-o", "all.pdf", "--merge", status=status)
+        return self.read("all.pdf"), messages
+
+    def boxes(self, pdf):
+        return [[float(side) for side in box.split()] for box in re.findall(rb"/MediaBox\[([^]]*)\]", pdf)]
+
+    def test_each_drawing_is_a_page_of_its_own_size(self):
+        pdf, messages = self.merge("a.vx", "b.vx", "a.vx")
+        self.assertEqual(messages, [])
+        self.assertEqual(self.boxes(pdf), [[0, 0, 72, 36], [0, 0, 9, 9], [0, 0, 72, 36]])
+        self.assertIn(b"/Count 3", pdf)
+
+    def test_bookmarks_are_titles_or_names(self):
+        untitled = re.sub(rb"%%Title:.*\n", b"", document())
+        self.write("c.vx.gz", gzip.compress(untitled))
+        self.write("d.vx", untitled)
+        pdf, _ = self.merge("a.vx", "c.vx.gz", "d.vx")
+        self.assertEqual(re.findall(rb"/Title\((.*?)\)/Parent", pdf), [rb"A \(small\) square", b"c", b"d"])
+
+    def test_layers_are_apart_and_inks_are_shared(self):
+        pdf, _ = self.merge("a.vx", "b.vx")
+        self.assertEqual(pdf.count(b"/Type/OCG/Name(Ground)"), 2)
+        self.assertEqual(pdf.count(b"/Separation/Red"), 1)
+
+    def test_a_font_with_the_same_characters_is_there_once(self):
+        once, _ = self.merge(sample("text-point"))
+        thrice, _ = self.merge(*[sample("text-point")] * 3)
+        self.assertGreater(once.count(b"/FontDescriptor/"), 0)
+        self.assertEqual(thrice.count(b"/Type/FontDescriptor"), once.count(b"/Type/FontDescriptor"))
+        self.assertEqual(len(self.boxes(thrice)), 3)
+
+    def test_a_drawing_that_fails_costs_its_page_alone(self):
+        self.write("large.vx.gz", gzip.compress(document("% long\n" * 5000000)))
+        pdf, messages = self.merge("a.vx", "bad.vx", "b.vx", status=1)
+        self.assertEqual(len(self.boxes(pdf)), 2)
+        self.assertEqual(len(messages), 1)
+        self.assertIn('bad.vx: malformed, line', messages[0])
+        self.assertIn("its page is left out", messages[0])
+        pdf, messages = self.merge("a.vx", "large.vx.gz", "b.vx", "--max-memory", "16M", status=5)
+        self.assertEqual(len(self.boxes(pdf)), 2)
+
+    def test_under_strict_all_or_nothing_is_written(self):
+        message = self.run_vx("render", "a.vx", "bad.vx", "-o", "all.pdf", "--merge", "--strict", status=1)[1][-1]
+        self.assertIn("all.pdf: 1 of 2 drawings failed, nothing written: go without --strict for the others", message)
+        self.assertNotIn("all.pdf", self.files())
+
+    def test_nothing_is_written_where_all_fail(self):
+        message = self.run_vx("render", "bad.vx", "-o", "all.pdf", "--merge", status=1)[1][-1]
+        self.assertIn("all.pdf: 1 of 1 drawings failed, nothing written", message)
+        self.assertNotIn("all.pdf", self.files())
+
+    def test_it_goes_with_a_standard_and_with_pages(self):
+        pdf, _ = self.merge("a.vx", "b.vx", "--pdf-x", "x1a", "--date", "2026-11-22", "--page", "100x100", "--bleed", "9")
+        self.assertEqual(pdf.count(b"/S/GTS_PDFX"), 1)
+        self.assertEqual(pdf.count(b"(D:20261122000000Z)"), 2)  # created and changed, once
+        self.assertEqual(pdf.count(b"/TrimBox"), 2)
+        self.assertEqual(self.boxes(pdf)[1], [-54.5, -54.5, 63.5, 63.5])
+
+    def test_the_same_drawings_give_the_same_bytes(self):
+        self.assertEqual(self.merge("a.vx", "b.vx")[0], self.merge("a.vx", "b.vx")[0])
+        output, _ = self.run_vx("render", "a.vx", "b.vx", "-o", "-", "--merge")
+        self.assertEqual(output, self.read("all.pdf"))
+
+    def test_the_next_step_is_told(self):
+        cases = {("-o", "a.png"): "--merge: only a pdf has many pages, and png is written: name a .pdf",
+                 ("-o", "{stem}.pdf"): "-o {stem}.pdf: --merge writes one file: name it, as -o all.pdf",
+                 ("-o", "a.vx", "-f", "pdf"): "would overwrite the input",
+                 ("-o", "bad.vx", "-f", "pdf"): "would overwrite the drawing"}
+        for options, text in cases.items():
+            with self.subTest(options):
+                self.assertIn(text, self.refused("render", "a.vx", "--merge", *options, status=2))
+        self.assertIn("no such folder", self.refused("render", "a.vx", "--merge", "-o", "none/a.pdf", status=4))
 
 
 if __name__ == "__main__":

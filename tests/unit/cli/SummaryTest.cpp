@@ -16,8 +16,9 @@ namespace vxhost
 namespace
 {
 
-constexpr CommandKind kCommandKinds[] = {CommandKind::Info,   CommandKind::Fonts,   CommandKind::Trace,
-                                         CommandKind::Render, CommandKind::Profile, CommandKind::Batch};
+constexpr CommandKind kCommandKinds[] = {CommandKind::Info,   CommandKind::Fonts, CommandKind::Trace,
+                                         CommandKind::Render, CommandKind::Merge, CommandKind::Profile,
+                                         CommandKind::Batch};
 
 struct FaultCase {
     FaultKind kind;
@@ -199,6 +200,8 @@ TEST(Summary, SaysThatNothingIsWrittenWhereSomethingWouldBe)
                       std::string::npos,
                   writes);
     }
+    EXPECT_EQ(ErrorOf(ResultOf(FaultKind::OutOfTime), CommandKind::Merge),
+              "not done after 2.5 s, its page is left out: allow more with --max-time");
 }
 
 TEST(Summary, QuotesNoForeignFileWhoseResultsGoFar)
