@@ -33,6 +33,15 @@ std::string ReadAt(int descriptor, uint64_t from, size_t count)
     return bytes;
 }
 
+Counts Sum(Counts counts, const Counts &more)
+{
+    counts.fills += more.fills;
+    counts.strokes += more.strokes;
+    counts.clips += more.clips;
+    counts.segments += more.segments;
+    return counts;
+}
+
 } // namespace
 
 Merging::Merging(MergeTask task, Engine *engine) : task_(std::move(task)), engine_(engine)
@@ -57,10 +66,14 @@ Result Merging::AddPage(const std::string &input, const std::string &name)
         result.fault = fault;
         result.output = task_.output;
     }
-    if (result.fault)
+    if (result.fault) {
         keptBytes_ = from;
-    else
-        pages_.push_back({from, keptBytes_ - from, result.header.title.empty() ? name : result.header.title});
+        return result;
+    }
+    if (pages_.empty())
+        result_.outcome.date = result.outcome.date; // the file has that of its first page
+    result_.outcome.counts = Sum(result_.outcome.counts, result.outcome.counts);
+    pages_.push_back({from, keptBytes_ - from, result.header.title.empty() ? name : result.header.title});
     return result;
 }
 

@@ -54,8 +54,9 @@ Joined Join(const std::vector<std::string> &files)
         joined.isWhole = joined.isWhole && pdf.Add(from, file.size(), "(Page)");
         from += file.size();
     }
-    if (joined.isWhole)
+    if (joined.isWhole) {
         EXPECT_FALSE(pdf.Finish());
+    }
     return joined;
 }
 
@@ -65,16 +66,13 @@ TEST(JoinedPdfTest, HasAPageOfEachFile)
     ASSERT_TRUE(joined.isWhole);
     QPDF file;
     file.processMemoryFile("joined", joined.bytes.data(), joined.bytes.size());
-    ASSERT_EQ(file.getAllPages().size(), 2U);
-    EXPECT_EQ(file.getAllPages()[0].getKey("/MediaBox").unparse(), "[ 0 0 100 100 ]");
-    EXPECT_EQ(file.getAllPages()[1].getKey("/MediaBox").unparse(), "[ 0 0 50 50 ]");
+    std::vector<QPDFObjectHandle> pages = file.getAllPages();
+    ASSERT_EQ(pages.size(), 2U);
+    EXPECT_EQ(pages[0].getKey("/MediaBox").unparse(), "[ 0 0 100 100 ]");
+    EXPECT_EQ(pages[1].getKey("/MediaBox").unparse(), "[ 0 0 50 50 ]");
     EXPECT_EQ(file.getTrailer().getKey("/Info").getKey("/Title").unparse(), "(One)");
     const auto spaceOf = [&](size_t page) {
-        return file.getAllPages()[page]
-            .getKey("/Resources")
-            .getKey("/ColorSpace")
-            .getKey("/Spot1")
-            .getObjGen();
+        return pages[page].getKey("/Resources").getKey("/ColorSpace").getKey("/Spot1").getObjGen();
     };
     EXPECT_EQ(spaceOf(0), spaceOf(1)) << "an ink is one object";
     QPDFObjectHandle layers = file.getRoot().getKey("/OCProperties");
@@ -84,7 +82,7 @@ TEST(JoinedPdfTest, HasAPageOfEachFile)
     EXPECT_EQ(outlines.getKey("/Count").getIntValue(), 2);
     EXPECT_EQ(outlines.getKey("/First").getKey("/Title").getUTF8Value(), "(Page)");
     EXPECT_EQ(outlines.getKey("/First").getKey("/Next").getKey("/Dest").getArrayItem(0).getObjGen(),
-              file.getAllPages()[1].getObjGen());
+              pages[1].getObjGen());
 }
 
 TEST(JoinedPdfTest, RefusesFilesThatAreCutOff)

@@ -65,7 +65,7 @@ TEST(Sheet, HasMarksOnEveryPlate)
     const std::string program = page.Program();
     EXPECT_TRUE(program.starts_with("q\n-9 -9 m\n109 -9 l\n109 59 l\n-9 59 l\nh\nW n\n")) << program;
     const size_t end =
-        program.find("Q\n/Spot1 CS 1 SCN\n.25 w\n-9 0 m\n-23.17323 0 l\n0 -9 m\n0 -23.17323 l\n"
+        program.find("Q\n/Spot1 CS\n1 SCN\n.25 w\n-9 0 m\n-23.17323 0 l\n0 -9 m\n0 -23.17323 l\n"
                      "109 0 m\n123.17323 0 l\n100 -9 m\n100 -23.17323 l\n");
     EXPECT_NE(end, std::string::npos) << program;
 }
