@@ -51,7 +51,7 @@ class WrittenBytes
 Outcome RunPass(vx_document *document, const WrittenBytes *written,
                 const std::function<Outcome(Reading &, const Watch &)> &action, bool readsTexts = false);
 
-// Does the same with a device to draw into. Of the page that is laid out.
+// Does the same with a device to draw into, on a page as LayOutPage returns it.
 void DrawPass(vx_document *document, const Page &laidOut, Device *device, const WrittenBytes *written);
 
 // Returns the page that the options show, as it is laid out. Throws CallError when it shows nothing.

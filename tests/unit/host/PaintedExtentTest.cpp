@@ -18,9 +18,9 @@ const double kHalfRoot = std::sqrt(0.5);
 const Path kLine = {{Verb::Move, Verb::Line}, {{10, 10}, {100, 10}}};
 const Path kSquare = {{Verb::Move, Verb::Line, Verb::Line, Verb::Line, Verb::Close},
                       {{0, 0}, {10, 0}, {10, 10}, {0, 10}}};
-// Comes back at 45 degrees: the tip of its miter is 1 + √2 beside the corner and 1 below it, 2.61 times half the width away.
+// The line comes back at 45 degrees: the tip of its miter is 1 + √2 beside the corner and 1 below it, 2.61 times half the width away.
 const Path kHook = {{Verb::Move, Verb::Line, Verb::Line}, {{0, 0}, {10, 0}, {0, 10}}};
-// Rises to 4 · 3 · (1/2)² · 1 = 3, and begins and ends upright.
+// The curve rises to 4 · 3 · (1/2)² · 1 = 3, and begins and ends upright.
 const Path kArch = {{Verb::Move, Verb::Curve}, {{0, 0}, {0, 4}, {6, 4}, {6, 0}}};
 const Path kDot = {{Verb::Move, Verb::Line}, {{5, 5}, {5, 5}}};
 

@@ -1,4 +1,4 @@
-// Files of one page as one file: read back by other people's program, and from parts that are damaged in any place.
+// Tests what becomes of files of one page in one file, as another program reads it, and of parts that are damaged in any place.
 #include "devices/pdf/JoinedPdf.h"
 
 #include "tests/unit/pdf/DrawnPage.h"

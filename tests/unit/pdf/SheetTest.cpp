@@ -1,4 +1,4 @@
-// Where a page is cut, as its boxes and marks say it.
+// Tests the boxes and marks that say where a page is cut.
 #include "host/drawing/CropMarks.h"
 #include "tests/unit/pdf/DrawnPage.h"
 
@@ -10,7 +10,7 @@ using namespace vxtest;
 namespace
 {
 
-// Cut at 100 by 50, with a bleed of 9: marks end 9 points and 5 mm, which are 14.173, beyond the cut.
+// The page is cut at 100 by 50, with a bleed of 9: marks end 9 points and 5 mm, which are 14.173, beyond the cut.
 Page MarkedSheet()
 {
     Page page;
