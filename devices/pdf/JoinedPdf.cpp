@@ -253,7 +253,7 @@ bool JoinedPdf::AddCatalog(const Part &part, const MapNumber &map, const std::st
     return true;
 }
 
-// What each page says of its layers is a list: all of them follow each other. Their order has the page's title above them.
+// The lists of layers of all pages follow each other. In their order a page's title stands above those of the page.
 bool JoinedPdf::AddLayers(std::string_view properties, const MapNumber &map, const std::string &title)
 {
     const std::optional<std::string> renumbered = Renumbered(properties, map);

@@ -1,7 +1,7 @@
 // Joins files of one page, as the device writes them, to one of many pages: with bookmarks, the layers of each page apart, and each
 // object once that is the same on several, as fonts and profiles are.
 //
-// What a file says about itself, and for which press it is, the whole takes from the first. An object is in memory at a time; of
+// The whole says about itself, and about the press, what the first file says. An object is in memory at a time; of
 // each page only its place is kept, with its title and its layers.
 #pragma once
 

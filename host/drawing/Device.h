@@ -33,7 +33,7 @@ struct Box {
     }
 };
 
-// Where a page is cut, which is around its middle, and what is beyond that.
+// A sheet is cut around its middle: it has the page, and what is beyond.
 struct Sheet {
     Box trim;              // what is left when it is cut
     Box bleed;             // what the drawing is painted in, as far beyond the trim on each side
