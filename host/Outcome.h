@@ -58,6 +58,12 @@ struct SpotUse {
     bool operator==(const SpotUse &) const = default;
 };
 
+// The page that was drawn, as a device is told of it.
+struct DrawnPage {
+    Box box;
+    double tooWide = 0, tooHigh = 0;
+};
+
 struct Outcome {
     int16_t result = 0; // VXResult of the plug-in
     Box box;            // the header's, as written; meaningful when the header was accepted
@@ -85,6 +91,7 @@ struct Outcome {
     Unshown unshown;                    // in what was read
     DateOrigin date = DateOrigin::None; // that the output states
     uint64_t objections = 0;            // errors and warnings that a check found
+    DrawnPage page;
 };
 
 } // namespace vxhost

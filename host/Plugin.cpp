@@ -3,6 +3,7 @@
 #include "host/CappedHeap.h"
 #include "host/DocumentReader.h"
 #include "host/drawing/BlendFilter.h"
+#include "host/drawing/CropMarks.h"
 #include "host/drawing/DrawingTable.h"
 #include "host/resources/StringLists.h"
 #include "host/toolbox/HostContext.h"
@@ -132,10 +133,12 @@ Outcome Plugin::Draw(const Document &document, const ParseOptions &options, cons
         if (options.structure != nullptr)
             options.structure->SendTo(&drawing);
         filter.BeginPage(page);
+        BeginMarkedPage(page, &filter);
         outcome = Parse(document, options, table.Procs(), table.Reference());
         // After lack of memory the device is in the middle of something.
         if (outcome.result != kVXOutOfMemory) {
             drawing.EndAll();
+            EndMarkedPage(page, &filter);
             outcome.failure = filter.EndPage();
         }
         outcome.counts = drawing.GetCounts();

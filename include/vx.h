@@ -246,7 +246,7 @@ vx_status vx_document_render(vx_document *document, const char *format, vx_write
  */
 typedef struct vx_pixels {
     size_t size;                     /* sizeof(vx_pixels), set by the caller */
-    double left, bottom, right, top; /* what is shown, points; all 0: what the option "box" says */
+    double left, bottom, right, top; /* what is shown, points; all 0: what the options say */
     int32_t width, height;           /* pixels, 1 to 131072; at most 2^28 in all */
     uint8_t *top_row;                /* the first pixel of the uppermost row */
     ptrdiff_t stride;                /* bytes from a row to the one below it; may be negative */

@@ -56,7 +56,7 @@ std::vector<Pass> PlateRendering::MakePasses(Failure *failure)
         const auto checkPage = [&](const Page &page) {
             return FindPictureSize(page.box, task_.settings.png).failure;
         };
-        Outcome outcome = DrawPage(task_.settings.box, checkPage, device.get(), reading);
+        Outcome outcome = DrawPage(task_.settings.page, checkPage, device.get(), reading);
         if (outcome.result == kVXOk && !outcome.failure && task_.finish)
             outcome.failure = task_.finish(sink.get(), files_);
         return outcome;

@@ -89,12 +89,12 @@ ByteSink SinkFor(int descriptor)
     };
 }
 
-Outcome DrawPage(const std::optional<Box> &box, const CheckPage &checkPage, Device *device, Reading &reading)
+Outcome DrawPage(const PageOptions &options, const CheckPage &checkPage, Device *device, Reading &reading)
 {
-    Outcome outcome = reading.ReadInfo();
-    if (outcome.result != kVXOk)
+    Page page;
+    Outcome outcome = FindPage(options, reading, &page);
+    if (outcome.result != kVXOk || outcome.failure)
         return outcome;
-    const Page page = reading.PageFor(box.value_or(outcome.box));
     if (page.box.Width() <= 0 || page.box.Height() <= 0)
         outcome.failure = {FailureKind::BadInput,
                            "its bounding box is empty, nothing written: name one with --box L,B,R,T"};
@@ -163,7 +163,7 @@ std::vector<Pass> Rendering::MakePasses(Failure *failure) const
                     *date = origin;
                 return format->checkPage(settings, page);
             };
-            Outcome outcome = DrawPage(settings.box, checkPage, device.get(), reading);
+            Outcome outcome = DrawPage(settings.page, checkPage, device.get(), reading);
             outcome.date = *date;
             outcome.placedTexts = *placedTexts += outcome.placedTexts;
             return outcome;

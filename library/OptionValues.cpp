@@ -35,6 +35,40 @@ struct SizeUnit {
     int shift;
 };
 
+struct LengthUnit {
+    std::string_view name;
+    double points;
+};
+
+constexpr double kPointsPerInch = 72, kPointsPerMillimetre = kPointsPerInch / 25.4;
+constexpr LengthUnit kLengthUnits[] = {{"mm", kPointsPerMillimetre}, {"in", kPointsPerInch}, {"pt", 1}};
+
+struct NamedSize {
+    std::string_view name;
+    double width, height, unit;
+};
+
+constexpr NamedSize kPageSizes[] = {
+    {"a0", 841, 1189, kPointsPerMillimetre}, {"a1", 594, 841, kPointsPerMillimetre},
+    {"a2", 420, 594, kPointsPerMillimetre},  {"a3", 297, 420, kPointsPerMillimetre},
+    {"a4", 210, 297, kPointsPerMillimetre},  {"a5", 148, 210, kPointsPerMillimetre},
+    {"a6", 105, 148, kPointsPerMillimetre},  {"b4", 250, 353, kPointsPerMillimetre},
+    {"b5", 176, 250, kPointsPerMillimetre},  {"letter", 8.5, 11, kPointsPerInch},
+    {"legal", 8.5, 14, kPointsPerInch},      {"tabloid", 11, 17, kPointsPerInch},
+};
+
+// Takes a unit off the end of the text. Null: there is none.
+const LengthUnit *TakeUnit(std::string_view *text)
+{
+    for (const LengthUnit &unit : kLengthUnits) {
+        if (text->ends_with(unit.name)) {
+            text->remove_suffix(unit.name.size());
+            return &unit;
+        }
+    }
+    return nullptr;
+}
+
 constexpr SizeUnit kSizeUnits[] = {{'T', 40}, {'G', 30}, {'M', 20}, {'K', 10}};
 
 template <typename Number, typename... Format>
@@ -144,6 +178,37 @@ std::optional<Rgb> ReadColour(std::string_view text)
         rgb[i] = static_cast<uint8_t>(digits == 1 ? *value * 17 : *value);
     }
     return Rgb{rgb[0], rgb[1], rgb[2]};
+}
+
+std::optional<double> ReadLength(std::string_view text)
+{
+    const LengthUnit *unit = TakeUnit(&text);
+    const std::optional<double> count = ReadNumber(text);
+    return count && unit != nullptr ? *count * unit->points : count;
+}
+
+std::optional<PageSize> ReadPageSize(std::string_view text)
+{
+    constexpr std::string_view kTurned = "-landscape";
+    const std::string lower = Lower(text);
+    std::string_view name = lower;
+    if (name.ends_with(kTurned))
+        name.remove_suffix(kTurned.size());
+    for (const NamedSize &size : kPageSizes) {
+        if (size.name != name)
+            continue;
+        const double width = size.width * size.unit, height = size.height * size.unit;
+        return name.size() == lower.size() ? PageSize{width, height} : PageSize{height, width};
+    }
+    const size_t between = lower.find('x');
+    if (between == std::string::npos)
+        return std::nullopt;
+    std::string first = lower.substr(0, between), last = lower.substr(between + 1);
+    std::string_view bareFirst = first, bareLast = last;
+    if (const LengthUnit *unit = TakeUnit(&bareLast); unit != nullptr && TakeUnit(&bareFirst) == nullptr)
+        first += unit->name;
+    const std::optional<double> width = ReadLength(first), height = ReadLength(last);
+    return width && height ? std::optional(PageSize{*width, *height}) : std::nullopt;
 }
 
 std::optional<Box> ReadBox(std::string_view text)

@@ -3,6 +3,7 @@
 
 #include "devices/raster/RasterOptions.h"
 #include "host/drawing/Device.h"
+#include "library/PageLayout.h"
 
 #include <cstdint>
 #include <optional>
@@ -25,6 +26,13 @@ std::string SizeText(int64_t bytes);
 
 // Reads #rgb, #rrggbb, or a basic colour name of CSS.
 std::optional<Rgb> ReadColour(std::string_view text);
+
+// Reads a length in points, or with a unit behind it: 9, 9pt, 3mm, 0.125in. It may be negative.
+std::optional<double> ReadLength(std::string_view text);
+
+// Reads the name of a size, as a4 or letter-landscape, or a width and a height: 210x297mm, 8.5inx11in. A width without a unit has
+// that of the height.
+std::optional<PageSize> ReadPageSize(std::string_view text);
 
 // Reads L,B,R,T in points, and neither turns nor refuses a box that is inverted or empty.
 std::optional<Box> ReadBox(std::string_view text);

@@ -16,8 +16,9 @@ namespace
 
 constexpr double kMaxDpi = 100000;
 constexpr double kPointsPerInch = 72;
-constexpr double kMaxSeconds = 1e9;        // the most that can be said
-constexpr int64_t kMaxDate = 253402300799; // the end of the year 9999, the last that a PDF can write
+constexpr double kMaxLength = 200 * kPointsPerInch; // that viewers of PDF show
+constexpr double kMaxSeconds = 1e9;                 // the most that can be said
+constexpr int64_t kMaxDate = 253402300799;          // the end of the year 9999, the last that a PDF can write
 constexpr int64_t kLeastMemory = int64_t{1} << 20;
 constexpr int64_t kLeastOutput = int64_t{1} << 10;
 constexpr std::string_view kPlainProfile = "none";
@@ -108,7 +109,7 @@ void SetBackground(const Option &option, const std::string &text, Settings *sett
 // An inverted box is kept as it is: it is turned when it is shown.
 void SetBox(const Option &option, const std::string &text, Settings *settings)
 {
-    settings->box.reset();
+    settings->page.box.reset();
     if (text == "bbox")
         return;
     const std::optional<Box> box = ReadBox(text);
@@ -116,7 +117,43 @@ void SetBox(const Option &option, const std::string &text, Settings *settings)
         Refuse(option, text, "not a box: give bbox, or left,bottom,right,top in points");
     if (box->Width() == 0 || box->Height() == 0)
         Refuse(option, text, "the box is empty: give left,bottom,right,top in points");
-    settings->box = box;
+    settings->page.box = box;
+}
+
+double ReadOptionLength(const Option &option, const std::string &text)
+{
+    const std::optional<double> length = ReadLength(text);
+    if (!length || *length < 0 || *length > kMaxLength)
+        Refuse(option, text,
+               "not a length from 0 to 200 inches: give one as 3mm, 0.125in or 9, which is in points");
+    return *length;
+}
+
+void SetPage(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->page.isPainted = text == "drawing";
+    settings->page.size.reset();
+    if (settings->page.isPainted)
+        return;
+    settings->page.size = ReadPageSize(text);
+    const auto isWithin = [](double side) { return side > 0 && side <= kMaxLength; };
+    if (!settings->page.size || !isWithin(settings->page.size->width) ||
+        !isWithin(settings->page.size->height))
+        Refuse(option, text,
+               "not a size of a page: give drawing, a name as a4, letter or a4-landscape, or width and "
+               "height up to "
+               "200 inches as 210x297mm");
+}
+
+template <double PageOptions::*kLength>
+void SetLength(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->page.*kLength = ReadOptionLength(option, text);
+}
+
+void SetMarks(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->page.hasMarks = Choose(option, text) == 0;
 }
 
 void SetProfile(const Option &, const std::string &text, Settings *settings)
@@ -260,17 +297,31 @@ static_assert(static_cast<int>(Script::Roman) == 0 && static_cast<int>(Script::J
               static_cast<int>(Script::TraditionalChinese) == 2 && static_cast<int>(Script::Korean) == 3);
 
 constexpr Option kOptions[] = {
-    {"dpi", 'r', "N", kPixels, "150", "png, tiff: pixels an inch (150)", SetDpi, "", 0, kMaxDpi, true},
-    {"zoom", 'z', "F", kPixels, "", "png, tiff: pixels a point", SetZoom, "", 0, kMaxDpi, true},
+    {"dpi", 'r', "N", kPixels, "150", "png, tiff: pixels an inch (150)", SetDpi, "", 0, kMaxDpi,
+     OptionGroup::Size},
+    {"zoom", 'z', "F", kPixels, "", "png, tiff: pixels a point", SetZoom, "", 0, kMaxDpi, OptionGroup::Size},
     {"width", 0, "N", kPixels, "", "png, tiff: its width in pixels; alone it keeps the aspect",
-     SetSide<&RasterOptions::width>, "", 1, kMaxSide, true},
+     SetSide<&RasterOptions::width>, "", 1, kMaxSide, OptionGroup::Size},
     {"height", 0, "N", kPixels, "", "png, tiff: its height in pixels; alone it keeps the aspect",
-     SetSide<&RasterOptions::height>, "", 1, kMaxSide, true},
+     SetSide<&RasterOptions::height>, "", 1, kMaxSide, OptionGroup::Size},
     {"fit", 0, "N", kPixels, "", "png, tiff: at most N x N pixels", SetSide<&RasterOptions::fit>, "", 1,
-     kMaxSide, true},
+     kMaxSide, OptionGroup::Size},
     {"background", 'b', "COLOR", kPdf | kSvg | kPng, "",
      "what is behind the drawing: none, #rrggbb or a name (png white; pdf, svg none)", SetBackground},
-    {"box", 0, "BOX", kAll, "bbox", "what to show: bbox, or L,B,R,T in points (bbox)", SetBox},
+    {"box", 0, "BOX", kAll, "bbox", "what to show: bbox, or L,B,R,T in points (bbox)", SetBox, "", 0, 0,
+     OptionGroup::Shown},
+    {"page", 0, "SIZE", kAll, "",
+     "the page: drawing (what is painted), a4, letter, a4-landscape, ..., or WxH as 210x297mm, with the "
+     "drawing in "
+     "its middle",
+     SetPage, "", 0, 0, OptionGroup::Shown},
+    {"margin", 0, "LENGTH", kAll, "",
+     "room around the drawing, as 5mm, 0.25in or points; a page of a size keeps it free",
+     SetLength<&PageOptions::margin>},
+    {"bleed", 0, "LENGTH", kAll, "", "how far to paint beyond where the page is cut, as 3mm",
+     SetLength<&PageOptions::bleed>},
+    {"marks", 0, "WHICH", kAll, "none",
+     "crop: marks outside the bleed that say where to cut, in all inks (none)", SetMarks, "crop,none"},
     {"layers", 0, "WHICH", kAll, "printing",
      "the layers to paint: printing, all, or these alone, as NAME,NAME (printing)", SetLayers},
     {"hide", 0, "NAME,...", kAll, "", "layers to leave out, with all that is in them", SetHidden},
@@ -396,10 +447,13 @@ OptionTexts OptionTexts::OverriddenBy(const OptionTexts &later) const
 {
     OptionTexts texts = *this;
     const auto isSaid = [&later](const Option &option) { return !later.texts_[PlaceOf(option)].empty(); };
-    const bool hasSize =
-        std::ranges::any_of(kOptions, [&](const Option &option) { return option.isSize && isSaid(option); });
+    const auto isReplaced = [&isSaid](const Option &option) {
+        return option.group != OptionGroup::None && std::ranges::any_of(kOptions, [&](const Option &other) {
+                   return other.group == option.group && isSaid(other);
+               });
+    };
     for (const Option &option : kOptions) {
-        if (isSaid(option) || (option.isSize && hasSize))
+        if (isSaid(option) || isReplaced(option))
             texts.texts_[PlaceOf(option)] = later.texts_[PlaceOf(option)];
     }
     return texts;
@@ -424,6 +478,8 @@ Settings OptionTexts::Read(const std::map<std::string, ProfileBytes> &profiles) 
     const auto isSaid = [this](std::string_view name) { return !Of(name).empty(); };
     if (isSaid("dpi") + isSaid("zoom") + (isSaid("width") || isSaid("height")) + isSaid("fit") > 1)
         throw OptionError("more than one size: give --dpi, or --zoom, or --fit, or --width and --height");
+    if (isSaid("page") && isSaid("box"))
+        throw OptionError("--page and --box both say what is shown: leave one out");
     Settings settings;
     for (const Option &option : kOptions) {
         const std::string &text = texts_[PlaceOf(option)];

@@ -9,6 +9,7 @@
 #include "host/fonts/TextEncoding.h"
 #include "host/reading/Reading.h"
 #include "library/Format.h"
+#include "library/PageLayout.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -41,7 +42,7 @@ struct Settings {
     std::optional<int64_t> output;     // bytes of a file; 0: no limit; none: the document's size decides
 
     // These are about outputs.
-    std::optional<Box> box; // what is to be shown; none: the header's box
+    PageOptions page;
     PdfOptions pdf;
     SvgOptions svg;
     RasterOptions png;
@@ -62,6 +63,9 @@ struct OptionError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// Options of a group say one thing together, and replace what was said of it before.
+enum class OptionGroup : uint8_t { None, Size, Shown };
+
 struct Option {
     const char *name;     // "dpi"
     char letter;          // what a command line may say in its place; 0: there is none
@@ -74,7 +78,7 @@ struct Option {
     const char *choices =
         ""; // all values that there are, as "relative,perceptual"; empty: they are not a few
     double least = 0, most = 0; // the range of a number; both 0: nothing is said
-    bool isSize = false;        // it says how large a picture is, and replaces others that do
+    OptionGroup group = OptionGroup::None;
 };
 
 // Returns all rows, in the order of help.

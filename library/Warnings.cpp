@@ -2,9 +2,11 @@
 
 #include "host/SystemText.h"
 #include "host/reading/Utf8.h"
+#include "library/Decimal.h"
 
 #include <vx/HostCall.h>
 
+#include <cmath>
 #include <map>
 #include <utility>
 
@@ -84,6 +86,23 @@ std::string InkText(std::string_view name, size_t mixtures)
                               std::to_string(mixtures) + " ways and has one plate: rename all but one";
 }
 
+std::string LengthText(double points)
+{
+    return Decimal(std::ceil(points * 100) / 100) + " pt";
+}
+
+// Says how much of a drawing its page has no room for.
+std::string OverhangText(const DrawnPage &page)
+{
+    std::string text = "the drawing is ";
+    if (page.tooWide > 0)
+        text += LengthText(page.tooWide) + " wider";
+    if (page.tooHigh > 0)
+        text += (page.tooWide > 0 ? " and " : "") + LengthText(page.tooHigh) + " higher";
+    return text +
+           " than its room on the page: choose a larger page, a smaller margin, or drawing as the page";
+}
+
 void AddInkWarnings(const std::vector<SpotUse> &spots, std::vector<std::string> *warnings)
 {
     std::map<std::string_view, size_t> mixtures;
@@ -109,6 +128,8 @@ std::vector<std::string> ListWarnings(const Outcome &outcome, std::string_view f
     for (std::string &text : UnshownTexts(outcome.unshown))
         warnings.push_back(std::move(text));
     AddInkWarnings(outcome.spots, &warnings);
+    if (outcome.page.tooWide > 0 || outcome.page.tooHigh > 0)
+        warnings.push_back(OverhangText(outcome.page));
     for (const FontUse &font : outcome.fonts) {
         if (isGivenUp && font.match == FontMatch::Missing)
             continue;

@@ -77,7 +77,7 @@ Outcome Check::DrawPicture(Reading &reading)
         return outcome;
     }
     return DrawPage(
-        task_.settings.box, [](const Page &) { return Failure(); }, device.get(), reading);
+        task_.settings.page, [](const Page &) { return Failure(); }, device.get(), reading);
 }
 
 Outcome Check::Look(Reading &reading)
@@ -89,7 +89,7 @@ Outcome Check::Look(Reading &reading)
         page = of;
         return Failure();
     };
-    Outcome outcome = DrawPage(task_.settings.box, takePage, &device, reading);
+    Outcome outcome = DrawPage(task_.settings.page, takePage, &device, reading);
     if (outcome.result != kVXOk || outcome.failure)
         return outcome;
     AddDocumentFindings(reading.Header(), outcome, coverage_.Measure(), device.PlacesOfFonts(), &findings_);

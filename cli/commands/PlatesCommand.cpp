@@ -99,6 +99,7 @@ PlatesCommand::PlatesCommand(CLI::App *command)
     command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs");
     command->add_flag("--force", force_, "overwrite drawings too, which are lost");
     AddPictureOptions(&texts_, command);
+    AddOption(*FindOption("marks"), FindOption("marks")->help, &texts_, command);
     common_.AddTo(command);
     command->footer("Examples:\n"
                     "  vx plates poster.vx -o 'plates/{ink}.png' --dpi 300\n"

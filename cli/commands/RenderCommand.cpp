@@ -4,6 +4,7 @@
 #include "cli/commands/Session.h"
 #include "cli/options/OutputNames.h"
 #include "cli/report/Times.h"
+#include "jobs/Merging.h"
 #include "jobs/Rendering.h"
 
 #include <CLI/CLI.hpp>
@@ -48,6 +49,7 @@ RenderCommand::RenderCommand(CLI::App *command)
                      "{ext} are those "
                      "of the document and the format")
         ->type_name("PATH");
+    command->add_flag("--merge", merge_, "pdf: all drawings into one file, a page each, with bookmarks");
     command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs that are named by a pattern");
     command->add_flag("--premis", writesPremis_,
                       "write a PREMIS record beside each output, as OUT.premis.xml");
@@ -59,6 +61,7 @@ RenderCommand::RenderCommand(CLI::App *command)
                     "  vx render harp.vx -o small.png --fit 256\n"
                     "  vx render harp.vx -o press.pdf --pdf-x x3\n"
                     "  vx render *.vx -f pdf,png -o 'pictures/{stem}.{ext}' --dpi 300\n"
+                    "  vx render *.vx -o all.pdf --merge\n"
                     "  cat harp.vx | vx render - -f svg -o - > harp.svg");
 }
 
@@ -67,6 +70,11 @@ Status RenderCommand::Run(Messages *messages) const
     const CommonOptions options = common_.Read();
     if (output_.empty())
         throw UsageError("no output: add -o and a name, as -o picture.pdf");
+    if (merge_ && writesPremis_)
+        throw UsageError(
+            "--premis and --merge: a record tells of one drawing and its output: give one of the two");
+    if (merge_)
+        return Merge(options, messages);
     const FormatList formats = ReadFormats(outputOptions_.format, output_);
     if (writesPremis_ && (output_ == "-" || std::ranges::count(options.inputs, "-") > 0))
         throw UsageError("--premis: a record tells of files, and - is none: name files");
@@ -96,6 +104,48 @@ Status RenderCommand::Run(Messages *messages) const
                           : summary.status);
     }
     return worst;
+}
+
+Status RenderCommand::Merge(const CommonOptions &options, Messages *messages) const
+{
+    const FormatList formats = ReadFormats(outputOptions_.format, output_);
+    if (SetOf(formats) != kPdf)
+        throw UsageError(
+            fmt::format("--merge: only a pdf has many pages, and {} is written: name a .pdf, or leave "
+                        "--merge out",
+                        NamesOf(SetOf(formats))));
+    if (IsPattern(output_))
+        throw UsageError(fmt::format("-o {}: --merge writes one file: name it, as -o all.pdf", output_));
+    for (const std::string &input : options.inputs)
+        (void)OutputNames(output_, {input}, formats); // which is none of the inputs
+    if (!force_)
+        CheckKeepsDrawing(output_, output_);
+    outputOptions_.texts.CheckMeant(kPdf);
+    const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
+    Session session(options, CommandKind::Merge, messages);
+    session.CheckDevices(formats, settings);
+
+    Merging merging({output_, settings}, &session.Jobs());
+    if (merging.Opened().fault)
+        return session.TellOutput(output_, merging.Opened()).status;
+    Status worst = Status::Done;
+    size_t failed = 0;
+    for (const std::string &input : options.inputs) {
+        const Summary told = session.Tell(input, merging.AddPage(input, StemOf(input)));
+        worst = Worst(worst, told.status);
+        if (told.status == Status::OutputFailed)
+            return worst;
+        failed += told.IsDone() ? 0 : 1;
+    }
+    if (merging.PageCount() == 0 || (options.strict && failed > 0)) {
+        messages->Error(OutputName(output_),
+                        fmt::format("{} of {} drawings failed, nothing written: {}", failed,
+                                    options.inputs.size(),
+                                    merging.PageCount() > 0 ? "go without --strict for the others"
+                                                            : "see what is wrong with each above"));
+        return worst;
+    }
+    return Worst(worst, session.TellOutput(output_, merging.Finish()).status);
 }
 
 } // namespace vxhost

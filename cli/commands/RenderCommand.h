@@ -18,11 +18,14 @@ class RenderCommand
     Status Run(Messages *messages) const;
 
   private:
+    Status Merge(const CommonOptions &options, Messages *messages) const;
+
     CommonOptionReader common_;
     std::string output_;
     bool force_ = false;
     bool writesPremis_ = false;
     bool noMkdir_ = false;
+    bool merge_ = false;
     OutputOptions outputOptions_;
 };
 

@@ -137,6 +137,15 @@ Summary Session::Summarise(const std::string &input, const Result &result) const
     return vxhost::Summarise(input, result, summaryOptions_);
 }
 
+Summary Session::TellOutput(const std::string &output, const Result &result)
+{
+    SummaryOptions options = summaryOptions_;
+    options.command = CommandKind::Render;
+    Summary summary = vxhost::Summarise(output, result, options);
+    vxhost::Tell(OutputName(output), result, summary, messages_);
+    return summary;
+}
+
 Summary Session::Tell(const std::string &input, const Result &result)
 {
     Summary summary = Summarise(input, result);

@@ -27,6 +27,8 @@ class Session
     Status Run(JobTask task, const std::vector<int> &descriptors);
     Summary Summarise(const std::string &input, const Result &result) const;
     Summary Tell(const std::string &input, const Result &result);
+    // Tells what became of an output that several documents are in.
+    Summary TellOutput(const std::string &output, const Result &result);
 
     // Reads each input, tells what there is to tell of it, and prints the text that is made of it. error is what was told.
     using ResultText =

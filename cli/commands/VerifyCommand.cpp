@@ -126,7 +126,7 @@ Status VerifyCommand::Run(Messages *messages) const
     const Status status = session.Tell(comparison.input, result).status;
     if (status != Status::Done && status != Status::Warned)
         return status;
-    comparison.box = settings.box.value_or(result.outcome.box);
+    comparison.box = result.outcome.page.box;
     comparison.substitutes = SubstitutesIn(result.outcome);
     if (!PrintResult(json_ ? JsonOf(comparison) : TextOf(comparison), messages))
         return Status::OutputFailed;

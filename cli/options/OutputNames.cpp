@@ -72,16 +72,6 @@ fs::path Resolve(const fs::path &path, std::error_code *failure)
     return *failure ? fs::weakly_canonical(whole.parent_path(), *failure) / whole.filename() : place;
 }
 
-// Returns the name without folder and extension: that of a drawing stands before that of the archive that it is packed in.
-std::string StemOf(const fs::path &path)
-{
-    std::string extension = path.extension().string();
-    std::ranges::transform(extension, extension.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return extension == ".gz" || extension == ".xz" ? path.stem().stem().string() : path.stem().string();
-}
-
 bool NamesDigestOfName(const std::string &pattern)
 {
     return pattern.find("{namehash") != std::string::npos;
@@ -94,14 +84,24 @@ bool IsSame(const struct stat &one, const struct stat &two)
 
 } // namespace
 
+// The extension of a drawing stands before that of the archive that it is packed in.
+std::string StemOf(const std::string &input)
+{
+    const fs::path path = input == "-" ? fs::path("stdin") : fs::path(input);
+    std::string extension = path.extension().string();
+    std::ranges::transform(extension, extension.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return extension == ".gz" || extension == ".xz" ? path.stem().stem().string() : path.stem().string();
+}
+
 std::string FillPattern(const std::string &pattern, const NamedDocument &document, const Format &format)
 {
     const bool isMirrored = !document.relative.empty() && pattern.find("{relative}") == std::string::npos;
     const std::string whole = WholePattern(pattern, isMirrored ? "{relative}/{stem}.{ext}" : "{stem}.{ext}");
-    const fs::path path = document.path == "-" ? fs::path("stdin") : fs::path(document.path);
-    const std::string folder = path.parent_path().string();
+    const std::string folder = document.path == "-" ? "" : fs::path(document.path).parent_path().string();
     Placeholder placeholders[] = {
-        {"stem", StemOf(path)},
+        {"stem", StemOf(document.path)},
         {"dir", folder.empty() ? "." : folder},
         {"relative", document.relative.empty() ? "." : document.relative},
         {"ext", std::string(format.name)},

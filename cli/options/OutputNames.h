@@ -47,6 +47,9 @@ std::string DigestForName(const std::string &input);
 // Returns whether the pattern has a part that is filled in, or gets one.
 bool IsPattern(const std::string &pattern);
 
+// Returns the name of a document without folder and extension; of one that is packed, without both.
+std::string StemOf(const std::string &input);
+
 // Returns one text for all spellings of a path, which need not exist.
 std::string PlaceOf(const std::string &path);
 

@@ -27,8 +27,8 @@ std::string PlainHelp(std::string help)
 
 void AddPictureOptions(OptionTexts *texts, CLI::App *command)
 {
-    for (const char *name :
-         {"dpi", "zoom", "width", "height", "fit", "box", "layers", "hide", "overprint", "samples"}) {
+    for (const char *name : {"dpi", "zoom", "width", "height", "fit", "box", "page", "margin", "bleed",
+                             "layers", "hide", "overprint", "samples"}) {
         const Option &option = *FindOption(name);
         AddOption(option, PlainHelp(option.help), texts, command);
     }

@@ -20,6 +20,8 @@ namespace
 // Says what an error cost.
 std::string_view LostText(CommandKind command)
 {
+    if (command == CommandKind::Merge)
+        return ", its page is left out";
     return command == CommandKind::Render || command == CommandKind::Batch ? ", nothing written" : "";
 }
 

@@ -22,6 +22,7 @@ enum class CommandKind {
     Check, // whose findings tell what others warn of
     Trace, // does not send anybody to vx trace: the calls stand above
     Render,
+    Merge,   // whose documents are pages of one output
     Profile, // no document: the profile that was given is tried
     Batch    // whose results go further than its user: a file that is no drawing is not quoted
 };

@@ -1,5 +1,7 @@
 #include "devices/colour/InkShares.h"
 
+#include "host/drawing/CropMarks.h"
+
 #include <algorithm>
 
 namespace vxhost
@@ -24,7 +26,9 @@ InkShares TakeApart(const Colour &colour, bool keepsSpots)
     double rest[kInkCount];
     std::ranges::copy(colour.ink, rest);
     for (const SpotShare &share : colour.spots) {
-        if (!keepsSpots || share.ink == nullptr || !CanHavePlate(share.ink->name))
+        if (!keepsSpots || share.ink == nullptr)
+            continue;
+        if (!CanHavePlate(share.ink->name) && share.ink != &kRegistrationInk)
             continue;
         add(share.ink, share.amount);
         for (size_t i = 0; i < kInkCount; ++i)

@@ -318,12 +318,23 @@ class PdfDevice final : public Device
         }
         if (press_)
             AddOutputIntent(*press_, file, &catalog);
-        const Box &box = page_.box;
-        const std::string size = ArrayValue({box.left, box.bottom, box.right, box.top});
         Dictionary page;
-        page.Add("MediaBox", size).Add("TrimBox", size).Add("Resources", resources.Value());
+        AddBoxes(&page);
+        page.Add("Resources", resources.Value());
         page.Add("Contents", contents);
         return file->Finish(page, catalog, AddMetadata(options_, page_, file));
+    }
+
+    // Without a crop box all of the media box is shown.
+    void AddBoxes(Dictionary *page) const
+    {
+        const auto value = [](const Box &box) {
+            return ArrayValue({box.left, box.bottom, box.right, box.top});
+        };
+        page->Add("MediaBox", value(page_.box));
+        if (page_.sheet)
+            page->Add("BleedBox", value(page_.sheet->bleed));
+        page->Add("TrimBox", value(page_.sheet ? page_.sheet->trim : page_.box));
     }
 
     Failure AddFonts(Dictionary *resources)

@@ -26,6 +26,12 @@ PdfFile::PdfFile(ByteSink sink, int level) : sink_(std::move(sink))
     Write(kHead);
 }
 
+PdfFile::PdfFile(ByteSink sink, std::string_view head) : sink_(std::move(sink))
+{
+    gathered_.reserve(kGatherBytes);
+    Write(head);
+}
+
 void PdfFile::Send(std::span<const char> bytes)
 {
     written_ += bytes.size();
@@ -50,11 +56,29 @@ void PdfFile::Write(std::string_view part)
         Send(part);
 }
 
+Reference PdfFile::Reserve()
+{
+    places_.push_back(0);
+    return {static_cast<uint32_t>(places_.size())};
+}
+
+void PdfFile::BeginAt(Reference reference)
+{
+    places_[reference.number - 1] = written_ + gathered_.size();
+    Write(std::to_string(reference.number).append(" 0 obj\n"));
+}
+
+void PdfFile::AddReserved(Reference reserved, std::string_view value)
+{
+    BeginAt(reserved);
+    Write(value);
+    End();
+}
+
 Reference PdfFile::Begin()
 {
-    places_.push_back(written_ + gathered_.size());
-    const Reference reference = {static_cast<uint32_t>(places_.size())};
-    Write(std::to_string(reference.number).append(" 0 obj\n"));
+    const Reference reference = Reserve();
+    BeginAt(reference);
     return reference;
 }
 
@@ -131,7 +155,12 @@ Failure PdfFile::Finish(Dictionary page, Dictionary catalog, Reference informati
             .Add("Kids", ArrayValue(std::span(&only, 1)))
             .Add("Count", 1)
             .Value());
-    const Reference root = Add(catalog.Add("Type", "/Catalog").Add("Pages", tree).Value());
+    return Finish(catalog.Add("Type", "/Catalog").Add("Pages", tree), information);
+}
+
+Failure PdfFile::Finish(const Dictionary &catalog, const std::optional<Reference> &information)
+{
+    const Reference root = Add(catalog.Value());
     const uint64_t table = written_ + gathered_.size();
     if (table > kLastPlace && !failure_)
         failure_ = {FailureKind::BadInput,
@@ -140,12 +169,11 @@ Failure PdfFile::Finish(Dictionary page, Dictionary catalog, Reference informati
     Flush();
     std::string identity = "<";
     identity.append(digest_.Hex()).append(">");
-    Write("trailer\n" + Dictionary()
-                            .Add("Size", static_cast<double>(places_.size() + 1))
-                            .Add("Root", root)
-                            .Add("Info", information)
-                            .Add("ID", ArrayValue(identity + identity))
-                            .Value());
+    Dictionary trailer;
+    trailer.Add("Size", static_cast<double>(places_.size() + 1)).Add("Root", root);
+    if (information)
+        trailer.Add("Info", *information);
+    Write("trailer\n" + trailer.Add("ID", ArrayValue(identity + identity)).Value());
     Write("\nstartxref\n" + std::to_string(table) + "\n%%EOF\n");
     Flush();
     return failure_;

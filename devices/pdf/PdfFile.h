@@ -25,6 +25,8 @@ class PdfFile
   public:
     // The level is that of libdeflate; with 0 nothing is compressed.
     PdfFile(ByteSink sink, int level);
+    // Begins as another file does, with streams that are left as they come.
+    PdfFile(ByteSink sink, std::string_view head);
 
     Reference Add(std::string_view value);
     Reference AddStream(Dictionary dictionary, std::span<const char> bytes);
@@ -37,15 +39,22 @@ class PdfFile
     void Write(std::string_view part);
     void End();
 
+    // An object that others may refer to before it is added.
+    Reference Reserve();
+    void AddReserved(Reference reserved, std::string_view value);
+
     // Adds the only page with what leads there. Returns why the bytes could not be written, if they could not; after a
     // failure nothing more is.
     Failure Finish(Dictionary page, Dictionary catalog, Reference information);
+    // The same where the catalog leads to pages that were added.
+    Failure Finish(const Dictionary &catalog, const std::optional<Reference> &information);
 
   private:
     template <typename AddObject>
     Reference Remember(std::string key, AddObject add);
     void Send(std::span<const char> bytes);
     void Flush();
+    void BeginAt(Reference reference);
     void WriteTable();
 
     ByteSink sink_;

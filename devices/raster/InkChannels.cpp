@@ -1,6 +1,7 @@
 #include "devices/raster/InkChannels.h"
 
 #include "devices/colour/InkShares.h"
+#include "host/drawing/CropMarks.h"
 
 #include <algorithm>
 
@@ -40,8 +41,9 @@ InkLevels InkChannels::Levels(const Colour &colour) const
 {
     if (names_.empty())
         return LevelsOf(colour);
+    const SpotShare &first = colour.spots.front();
     InkLevels levels;
-    levels.fill(LevelOf(0));
+    levels.fill(LevelOf(first.ink == &kRegistrationInk ? first.amount : 0));
     ForInks(colour, [&](const std::string &ink, double amount) {
         if (const size_t channel = ChannelOf(ink); channel < kCount)
             levels[channel] = LevelOf(amount);

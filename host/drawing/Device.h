@@ -33,6 +33,13 @@ struct Box {
     }
 };
 
+// A sheet is cut around its middle: it has the page, and what is beyond.
+struct Sheet {
+    Box trim;              // what is left when it is cut
+    Box bleed;             // what the drawing is painted in, as far beyond the trim on each side
+    bool hasMarks = false; // beyond that are marks that say where to cut
+};
+
 // What a device needs to know before the first paint.
 struct Page {
     Box box;           // the part of page space to show, left < right and bottom < top
@@ -43,7 +50,9 @@ struct Page {
     bool isDateOrderOpen = false;          // the date can be read in two ways
     std::optional<int64_t> fileDate =
         {}; // when its file was written to last, in seconds since 1970; none: there is no file
-    bool hasLayers = false; // some may come
+    bool hasLayers = false;          // some may come
+    std::optional<Sheet> sheet = {}; // in the box; none: the page is cut where the box ends
+    double tooWide = 0, tooHigh = 0; // by how much the drawing is larger than its room on the page, points
 };
 
 class Device

@@ -1,5 +1,6 @@
 #include "host/reading/Reading.h"
 
+#include "host/drawing/PaintedExtent.h"
 #include "host/fonts/DocumentGlyphs.h"
 #include "host/fonts/FontNameScan.h"
 #include "host/reading/FaultFinder.h"
@@ -411,6 +412,7 @@ Outcome Reading::Draw(const Page &page, Device &device)
         });
     } while (outcome.result == kVXOk && !outcome.failure && device.WantsPageAgain());
     outcome.placedTexts = device.PlacedTexts();
+    outcome.page = {page.box, page.tooWide, page.tooHigh};
     TellRest(&outcome);
     return outcome;
 }
@@ -423,6 +425,14 @@ Outcome Reading::Look()
     NoDevice device;
     looksForOpenThings_ = true;
     return Draw(NoPage(), device);
+}
+
+Outcome Reading::Measure(std::optional<Box> *painted)
+{
+    PaintedExtent extent;
+    Outcome outcome = Draw(NoPage(), extent);
+    *painted = extent.Found();
+    return outcome;
 }
 
 Outcome Reading::Trace(TraceWriter &writer, bool withStructure)

@@ -92,6 +92,8 @@ class Reading
     Outcome ReadInfo();
     // The page that shows that box, or the document's own, turned upright. It may be empty, and then cannot be drawn.
     Page PageFor(const std::optional<Box> &box = std::nullopt);
+    // Finds the box of what the document paints, without drawing it. Nothing: it paints nothing.
+    Outcome Measure(std::optional<Box> *painted);
 
     Outcome Draw(const Page &page, Device &device);
     // Says what the document uses and what serves it, without drawing. Where ReadInfo fails, only what that says.

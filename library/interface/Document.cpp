@@ -168,7 +168,7 @@ vx_status vx_document_size(vx_document *document, int32_t *width, int32_t *heigh
     return DocumentCall(document, error, [&] {
         CheckThere(width, "width");
         CheckThere(height, "height");
-        const PictureSize size = FindPictureSize(ShownBox(*document), document->settings.png);
+        const PictureSize size = FindPictureSize(LayOutPage(document).box, document->settings.png);
         CheckFailure(size.failure);
         *width = size.width;
         *height = size.height;

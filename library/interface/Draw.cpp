@@ -28,25 +28,25 @@ Device &CheckMade(const std::unique_ptr<Device> &device, const std::string &erro
 
 void Render(vx_document *document, const Format &format, WrittenBytes *written)
 {
-    Page page;
-    page.box = ShownBox(*document);
+    const Page page = LayOutPage(document);
     CheckFailure(format.checkPage(document->settings, page));
     std::string error;
     const std::unique_ptr<Device> device =
         format.make(document->settings, written->Sinks(format.isWrittenInOrder), &error);
-    DrawPass(document, page.box, &CheckMade(device, error), written);
+    DrawPass(document, page, &CheckMade(device, error), written);
     written->HandOver();
 }
 
-Box BoxOf(const vx_document &document, const vx_pixels &pixels)
+Page PageOf(vx_document *document, const vx_pixels &pixels)
 {
-    const Box box = Box{pixels.left, pixels.bottom, pixels.right, pixels.top}.Upright();
+    Page page;
+    const Box &box = page.box = Box{pixels.left, pixels.bottom, pixels.right, pixels.top}.Upright();
     if (box.left == 0 && box.bottom == 0 && box.right == 0 && box.top == 0)
-        return ShownBox(document);
+        return LayOutPage(document);
     if (!std::isfinite(box.Width()) || !std::isfinite(box.Height()) || box.Width() <= 0 || box.Height() <= 0)
         throw CallError(VX_WRONG_ARGUMENT,
                         "the box of the pixels is empty: give left, bottom, right and top");
-    return box;
+    return page;
 }
 
 void DrawPixels(vx_document *document, const vx_pixels &pixels)
@@ -60,15 +60,15 @@ void DrawPixels(vx_document *document, const vx_pixels &pixels)
         throw CallError(VX_WRONG_ARGUMENT, "the stride is " + std::to_string(pixels.stride) +
                                                ", a row takes " + std::to_string(rowBytes) +
                                                " bytes: leave room for it");
-    const Box box = BoxOf(*document, pixels);
+    const Page page = PageOf(document, pixels);
     RasterOptions options = document->settings.png;
     options.fit = 0;
     options.width = pixels.width;
     options.height = pixels.height;
-    CheckFailure(FindPictureSize(box, options).failure);
+    CheckFailure(FindPictureSize(page.box, options).failure);
     std::string error;
     const auto device = MakePixelsDevice(options, {pixels.top_row, pixels.stride}, &error);
-    DrawPass(document, box, &CheckMade(device, error), nullptr);
+    DrawPass(document, page, &CheckMade(device, error), nullptr);
 }
 
 // Returns the record as this version has it: procedures beyond the caller's size are null.
@@ -112,7 +112,7 @@ vx_status vx_document_draw(vx_document *document, const vx_device *device, vx_er
     return DocumentCall(document, error, [&] {
         CheckThere(device, "device");
         CallerDevice drawn(WholeDevice(*device));
-        DrawPass(document, ShownBox(*document), &drawn, nullptr);
+        DrawPass(document, LayOutPage(document), &drawn, nullptr);
     });
 }
 }

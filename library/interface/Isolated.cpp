@@ -129,8 +129,12 @@ void CheckResult(const Result &result, const Settings &settings, const std::stri
     case FaultKind::CannotOpen:
         throw CallError(VX_CANNOT_READ, Printable(path) + ": " + fault.text);
     case FaultKind::Unfit:
-        if (result.outcome.headerAccepted) // an empty page has words of a command line
-            (void)ShownBox(settings, result.outcome.box);
+        if (result.outcome.headerAccepted &&
+            !settings.page.isPainted) { // an empty page has words of a command line
+            Page page;
+            LayOut(settings.page, settings.page.box.value_or(result.outcome.box), &page);
+            CheckShown(page.box);
+        }
         [[fallthrough]];
     case FaultKind::NotADrawing:
     case FaultKind::Malformed:

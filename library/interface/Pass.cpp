@@ -175,17 +175,29 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
     return outcome;
 }
 
-void DrawPass(vx_document *document, const Box &box, Device *device, const WrittenBytes *written)
+void DrawPass(vx_document *document, const Page &laidOut, Device *device, const WrittenBytes *written)
 {
     (void)RunPass(document, written, [&](Reading &reading, const Watch &watch) {
         WatchedDevice watched(device, watch);
-        return reading.Draw(reading.PageFor(box), watched);
+        Page page = reading.PageFor(laidOut.box);
+        page.sheet = laidOut.sheet;
+        page.tooWide = laidOut.tooWide;
+        page.tooHigh = laidOut.tooHigh;
+        return reading.Draw(page, watched);
     });
 }
 
-Box ShownBox(const vx_document &document)
+Page LayOutPage(vx_document *document)
 {
-    return ShownBox(document.settings, document.box);
+    Page page;
+    const PageOptions &options = document->settings.page;
+    if (options.isPainted)
+        (void)RunPass(document, nullptr,
+                      [&](Reading &reading, const Watch &) { return FindPage(options, reading, &page); });
+    else
+        LayOut(options, options.box.value_or(document->box), &page);
+    CheckShown(page.box);
+    return page;
 }
 
 } // namespace vxhost

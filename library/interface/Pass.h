@@ -57,10 +57,10 @@ class WrittenBytes
 Outcome RunPass(vx_document *document, const WrittenBytes *written,
                 const std::function<Outcome(Reading &, const Watch &)> &action, bool readsTexts = false);
 
-// Does the same with a device to draw into. box is what is shown.
-void DrawPass(vx_document *document, const Box &box, Device *device, const WrittenBytes *written);
+// Does the same with a device to draw into, on a page as LayOutPage returns it.
+void DrawPass(vx_document *document, const Page &laidOut, Device *device, const WrittenBytes *written);
 
-// Returns the part of the page that the options show, upright. Throws CallError when there is nothing to show.
-Box ShownBox(const vx_document &document);
+// Returns the page that the options show, as it is laid out. Throws CallError when it shows nothing.
+Page LayOutPage(vx_document *document);
 
 } // namespace vxhost

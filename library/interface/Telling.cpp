@@ -108,12 +108,10 @@ void ThrowChanged()
     throw CallError(VX_CANNOT_READ, "changed while it was read: try again when nothing writes to it");
 }
 
-Box ShownBox(const Settings &settings, const Box &own)
+void CheckShown(const Box &box)
 {
-    const Box box = settings.box.value_or(own).Upright();
     if (box.Width() <= 0 || box.Height() <= 0)
         throw CallError(VX_WRONG_OPTION, "its bounding box is empty: set box to L,B,R,T in points");
-    return box;
 }
 
 } // namespace vxhost

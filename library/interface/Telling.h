@@ -25,7 +25,7 @@ void CheckOutcome(const Outcome &outcome, const HeaderFacts &header, size_t size
 [[noreturn]] void ThrowOutputTooLong(int64_t most);
 [[noreturn]] void ThrowChanged();
 
-// Returns the part of a page with that box that the settings show, upright. Throws CallError when there is nothing to show.
-Box ShownBox(const Settings &settings, const Box &own);
+// Throws CallError when a page with that box shows nothing.
+void CheckShown(const Box &box);
 
 } // namespace vxhost

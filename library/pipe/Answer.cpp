@@ -140,6 +140,10 @@ void Describe(Flat &flat, Outcome &outcome, Omitted &omitted)
     flat.Add(outcome.result);
     for (double *side : {&outcome.box.left, &outcome.box.bottom, &outcome.box.right, &outcome.box.top})
         flat.Add(*side);
+    DrawnPage &page = outcome.page;
+    for (double *part :
+         {&page.box.left, &page.box.bottom, &page.box.right, &page.box.top, &page.tooWide, &page.tooHigh})
+        flat.Add(*part);
     flat.Add(outcome.headerAccepted);
     flat.Add(outcome.monochrome);
     flat.Add(outcome.bytesRead);

@@ -5,9 +5,9 @@ _vx()
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
     local every='--plugin --max-time --max-memory --max-output --progress --font-dir --font-map --no-system-fonts --missing-fonts
         --script --date-order --salvage --require-sandbox --strict --quiet --verbose --help'
-    local picture='--output --format --dpi --zoom --width --height --fit --background --box --layers --hide --profile --intent
-        --overprint --samples --text --spots --pdf-x --date --compress'
-    local sheet='--dpi --zoom --width --height --fit --box --layers --hide --overprint --samples'
+    local picture='--output --format --dpi --zoom --width --height --fit --background --box --page --margin --bleed --marks --layers --hide --profile
+        --intent --overprint --samples --text --spots --pdf-x --date --compress'
+    local sheet='--dpi --zoom --width --height --fit --box --page --margin --bleed --layers --hide --overprint --samples'
     local words= files=-f
 
     # "--option=value" comes in three words.
@@ -42,11 +42,13 @@ _vx()
     --summary) words='text json none' files= ;;
     --resume) [[ ${COMP_WORDS[COMP_CWORD - 1]} == '=' || ${COMP_WORDS[COMP_CWORD]} == '=' ]] && words='verify' files= ;;
     --box) words='bbox' files= ;;
+    --page) words='drawing a0 a1 a2 a3 a4 a5 a6 b4 b5 letter legal tabloid' files= ;;
+    --marks) words='crop none' files= ;;
     --date) words='file now' files= ;;
     -b | --background) words='none white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir | --bag | --report) files=-d ;;
-    -r | --dpi | -z | --zoom | --width | --height | --fit | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
+    -r | --dpi | -z | --zoom | --width | --height | --fit | --margin | --bleed | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
@@ -55,13 +57,13 @@ _vx()
             files=
             case ${COMP_WORDS[1]} in
             info) words="--json $every" ;;
-            plates) words="--output --format --no-mkdir --force $sheet $every" ;;
+            plates) words="--output --format --no-mkdir --force --marks $sheet $every" ;;
             coverage) words="--limit --heat-map --json --no-mkdir --force $sheet $every" ;;
             check) words="--limits --html --json --no-mkdir --force $sheet $every" ;;
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
-            render) words="--force --no-mkdir --premis $picture $every" ;;
+            render) words="--force --no-mkdir --merge --premis $picture $every" ;;
             verify) words="--json ${picture#--output } $every" ;;
             batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
             esac

@@ -301,7 +301,7 @@ class Completion(CommandTest):
         self.assertEqual(self.complete("render", "a.vx", "--pdf"), ["--pdf-x"])
 
     # The message about a wrong value lists these.
-    CHOICES = ["--format", "--intent", "--overprint", "--samples", "--text", "--spots", "--pdf-x", "--compress",
+    CHOICES = ["--format", "--marks", "--intent", "--overprint", "--samples", "--text", "--spots", "--pdf-x", "--compress",
                "--script", "--missing-fonts", "--progress"]
 
     def test_values_are_those_that_the_program_takes(self):

@@ -291,6 +291,35 @@ std::array<int32_t, 2> SizeOf(vx_document *document)
     return size;
 }
 
+TEST(Options, LayThePageOut)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf()); // paints 36 by 36 of 72 by 36 points
+    Set(document.get(), "dpi", "72");
+    Set(document.get(), "page", "drawing");
+    EXPECT_EQ(SizeOf(document.get()), (std::array<int32_t, 2>{36, 36}));
+    Set(document.get(), "margin", "1in");
+    EXPECT_EQ(SizeOf(document.get()), (std::array<int32_t, 2>{180, 180}));
+    EXPECT_NE(Rendered(document.get(), "pdf").find("/MediaBox[-72 -72 108 108]"), std::string::npos);
+    Set(document.get(), "page", "letter");
+    EXPECT_EQ(SizeOf(document.get()), (std::array<int32_t, 2>{612, 792}));
+    Set(document.get(), "bleed", "9");
+    const std::string pdf = Rendered(document.get(), "pdf");
+    EXPECT_NE(pdf.find("/MediaBox[-279 -387 351 423]/BleedBox[-279 -387 351 423]/TrimBox[-270 -378 342 414]"),
+              std::string::npos);
+}
+
+TEST(Options, TellThatADrawingIsLargerThanItsPage)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    Set(document.get(), "page", "70x50");
+    (void)Rendered(document.get(), "pdf");
+    ASSERT_EQ(vx_document_warning_count(document.get()), 1U);
+    EXPECT_STREQ(
+        vx_document_warning_at(document.get(), 0),
+        "the drawing is 2 pt wider than its room on the page: choose a larger page, a smaller margin, or "
+        "drawing as the page");
+}
+
 TEST(Options, StayWhenAWrongOneIsGiven)
 {
     const OwnedDocument document = OpenBytes(LeftHalf());

@@ -31,6 +31,16 @@ class Structure(PdfTest):
                 self.assertIn("No syntax or stream encoding errors found", report)
                 self.assertNotIn("WARNING", report)
 
+    def test_samples_in_one_file_are_what_they_are_alone(self):
+        names = ["harp", "text-point", "layers-nested", "spot-inks", "gradients", "text-layers"]
+        self.run_vx("render", "-q", *map(sample, names), "-o", "all.pdf", "--merge")
+        report = run("qpdf", "--check", self.path("all.pdf")).decode()
+        self.assertIn("No syntax or stream encoding errors found", report)
+        self.assertNotIn("WARNING", report)
+        for page, name in enumerate(names, 1):
+            together = run("pdftoppm", "-r", "36", "-f", str(page), "-l", str(page), self.path("all.pdf"))
+            self.assertEqual(together, run("pdftoppm", "-r", "36", self.pdf(sample(name))), name)
+
     def test_the_same_document_gives_the_same_bytes(self):
         for name in ("text-vertical", "gradients", "poster"):
             self.pdf(sample(name), name="one.pdf")

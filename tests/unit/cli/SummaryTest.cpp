@@ -16,9 +16,9 @@ namespace vxhost
 namespace
 {
 
-constexpr CommandKind kCommandKinds[] = {CommandKind::Info,   CommandKind::Fonts,   CommandKind::Trace,
-                                         CommandKind::Render, CommandKind::Profile, CommandKind::Batch,
-                                         CommandKind::Check};
+constexpr CommandKind kCommandKinds[] = {CommandKind::Info,   CommandKind::Fonts, CommandKind::Trace,
+                                         CommandKind::Render, CommandKind::Merge, CommandKind::Profile,
+                                         CommandKind::Batch,  CommandKind::Check};
 
 struct FaultCase {
     FaultKind kind;
@@ -200,6 +200,8 @@ TEST(Summary, SaysThatNothingIsWrittenWhereSomethingWouldBe)
                       std::string::npos,
                   writes);
     }
+    EXPECT_EQ(ErrorOf(ResultOf(FaultKind::OutOfTime), CommandKind::Merge),
+              "not done after 2.5 s, its page is left out: allow more with --max-time");
 }
 
 TEST(Summary, QuotesNoForeignFileWhoseResultsGoFar)

@@ -78,7 +78,8 @@ void ExpectSame(const Outcome &one, const Outcome &two)
 {
     const auto &[result, box, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
                  peakHeap, memoryLimitHit, failure, lackedFont, unknownCharacters, undrawnTexts, placedTexts,
-                 reports, fonts, counts, layers, spots, end, fault, salvage, unshown, date, objections] = one;
+                 reports, fonts, counts, layers, spots, end, fault, salvage, unshown, date, objections,
+                 page] = one;
     EXPECT_EQ(std::tie(result, headerAccepted, monochrome, bytesRead, bytesTotal, bytesUnpacked, damage,
                        peakHeap, memoryLimitHit, lackedFont, unknownCharacters, undrawnTexts, placedTexts),
               std::tie(two.result, two.headerAccepted, two.monochrome, two.bytesRead, two.bytesTotal,
@@ -97,6 +98,8 @@ void ExpectSame(const Outcome &one, const Outcome &two)
     EXPECT_EQ(unshown, two.unshown);
     EXPECT_EQ(date, two.date);
     EXPECT_EQ(objections, two.objections);
+    EXPECT_TRUE(IsSame(page.box, two.page.box));
+    EXPECT_EQ(std::tie(page.tooWide, page.tooHigh), std::tie(two.page.tooWide, two.page.tooHigh));
 }
 
 void ExpectSame(const Answer &one, const Answer &two)
@@ -158,6 +161,7 @@ Answer MakeAnswer()
     outcome.unshown = {111, 112, 113, 114, 115};
     outcome.date = DateOrigin::File;
     outcome.objections = 121;
+    outcome.page = {{131, 132, 133, 134}, 135, 136};
     answer.omitted = {41, 42, 43, 44, 45, 46, 47};
     answer.confinement = {true, false, 38, 22};
     answer.passes = 51;

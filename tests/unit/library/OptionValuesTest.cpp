@@ -53,6 +53,67 @@ const SizeCase kSizes[] = {
     {"10000000T", std::nullopt}, // past 2^63
 };
 
+struct LengthCase {
+    const char *text;
+    std::optional<double> points;
+};
+
+const LengthCase kLengths[] = {
+    {"9", 9},
+    {"9pt", 9},
+    {"0.5in", 36},
+    {"25.4mm", 72},
+    {"-1in", -72},
+    {"", std::nullopt},
+    {"mm", std::nullopt},
+    {"3cm", std::nullopt},
+    {"3 mm", std::nullopt},
+    {"3mmpt", std::nullopt},
+};
+
+TEST(ReadLengthTest, IsInPointsUnlessAUnitIsSaid)
+{
+    for (const LengthCase &row : kLengths) {
+        const std::optional<double> length = ReadLength(row.text);
+        ASSERT_EQ(length.has_value(), row.points.has_value()) << row.text;
+        EXPECT_NEAR(length.value_or(0), row.points.value_or(0), 1e-9) << row.text;
+    }
+}
+
+struct PageSizeCase {
+    const char *text;
+    double width, height; // points; 0: it is no size
+};
+
+const PageSizeCase kPageSizes[] = {
+    {"letter", 612, 792},
+    {"Letter-landscape", 792, 612},
+    {"tabloid", 792, 1224},
+    {"a4", 595.275591, 841.889764},
+    {"600x800", 600, 800},
+    {"8.5x11in", 612, 792},
+    {"8.5inx11in", 612, 792},
+    {"1inx254mm", 72, 720},
+    {"254x2in", 18288, 144},
+    {"folio", 0, 0},
+    {"a4-portrait", 0, 0},
+    {"x5", 0, 0},
+    {"5x", 0, 0},
+    {"5x5x5", 0, 0},
+    {"5", 0, 0},
+    {"", 0, 0},
+};
+
+TEST(ReadPageSizeTest, TakesNamesAndSides)
+{
+    for (const PageSizeCase &row : kPageSizes) {
+        const std::optional<PageSize> size = ReadPageSize(row.text);
+        ASSERT_EQ(size.has_value(), row.width != 0) << row.text;
+        EXPECT_NEAR(size.value_or(PageSize()).width, row.width, 1e-5) << row.text;
+        EXPECT_NEAR(size.value_or(PageSize()).height, row.height, 1e-5) << row.text;
+    }
+}
+
 TEST(ReadSizeTest, CountsInPowersOf1024)
 {
     for (const SizeCase &size : kSizes)

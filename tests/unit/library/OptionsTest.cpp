@@ -54,7 +54,8 @@ TEST(OptionsTest, TheStandardIsWhatHoldsWhenNobodySaysIt)
             continue;
         const Settings said = Said({{option.name, option.standard}}).Read();
         EXPECT_EQ(said.png.dpi, none.png.dpi) << option.name;
-        EXPECT_EQ(said.box.has_value(), none.box.has_value()) << option.name;
+        EXPECT_EQ(said.page.box.has_value(), none.page.box.has_value()) << option.name;
+        EXPECT_EQ(said.page.hasMarks, none.page.hasMarks) << option.name;
         EXPECT_EQ(said.png.profile, none.png.profile) << option.name;
         EXPECT_EQ(said.svg.intent, none.svg.intent) << option.name;
         EXPECT_EQ(said.png.overprint, none.png.overprint) << option.name;
@@ -95,7 +96,7 @@ TEST(OptionsTest, MeanWhatTheySay)
     EXPECT_EQ(settings.png.fit, 64);
     EXPECT_EQ(settings.png.background, (Rgb{16, 32, 48}));
     EXPECT_EQ(settings.pdf.background, (Rgb{16, 32, 48}));
-    EXPECT_EQ(settings.box->top, 4);
+    EXPECT_EQ(settings.page.box->top, 4);
     EXPECT_EQ(settings.svg.profile, "none");
     EXPECT_EQ(settings.png.intent, Intent::Perceptual);
     EXPECT_FALSE(settings.svg.overprint);
@@ -113,6 +114,14 @@ TEST(OptionsTest, MeanWhatTheySay)
     EXPECT_TRUE(ReadingOptionsOf(settings).salvage);
     EXPECT_EQ(ReadingOptionsOf(settings).salvageSeconds, 1.25) << "half of what there is";
     EXPECT_EQ(settings.script, Script::Korean);
+    const PageOptions page =
+        Said({{"page", "drawing"}, {"margin", "1in"}, {"bleed", "9"}, {"marks", "crop"}}).Read().page;
+    EXPECT_TRUE(page.isPainted);
+    EXPECT_FALSE(page.size.has_value());
+    EXPECT_EQ(page.margin, 72);
+    EXPECT_EQ(page.bleed, 9);
+    EXPECT_TRUE(page.hasMarks);
+    EXPECT_EQ(Said({{"page", "letter"}}).Read().page.size->height, 792);
     EXPECT_EQ(Said({{"zoom", "2"}}).Read().png.dpi, 144);
     EXPECT_EQ(Said({{"samples", "1"}}).Read().png.samples, 1);
     EXPECT_EQ(Said({{"pdf-x", "x1a"}, {"profile", "p.icc"}}).Read().pdf.profile, "p.icc");
@@ -134,6 +143,14 @@ const WrongCase kWrong[] = {
     {"background", "reddish", "--background reddish: not a colour"},
     {"box", "1,2,3", "--box 1,2,3: not a box"},
     {"box", "1,2,1,4", "--box 1,2,1,4: the box is empty"},
+    {"page", "folio", "--page folio: not a size of a page: give drawing, a name as a4"},
+    {"page", "0x5", "--page 0x5: not a size of a page"},
+    {"page", "5x-5", "--page 5x-5: not a size of a page"},
+    {"page", "201x1in", "--page 201x1in: not a size of a page"},
+    {"margin", "-1mm", "--margin -1mm: not a length from 0 to 200 inches: give one as 3mm"},
+    {"bleed", "3cm", "--bleed 3cm: not a length"},
+    {"bleed", "201in", "--bleed 201in: not a length"},
+    {"marks", "all", "--marks all: not known: give one of crop, none"},
     {"intent", "absolute", "--intent absolute: not known: give one of relative, perceptual"},
     {"samples", "3", "--samples 3: not known: give one of 1, 2, 4, 8"},
     {"samples", "", ""}, // not said
@@ -175,6 +192,8 @@ TEST(OptionsTest, SomeDoNotGoTogether)
     EXPECT_EQ(ErrorOf(Said({{"dpi", "72"}, {"fit", "9"}})),
               "more than one size: give --dpi, or --zoom, or --fit, or --width and --height");
     EXPECT_EQ(ErrorOf(Said({{"width", "72"}, {"height", "9"}})), "");
+    EXPECT_EQ(ErrorOf(Said({{"page", "a4"}, {"box", "bbox"}})),
+              "--page and --box both say what is shown: leave one out");
     EXPECT_TRUE(
         ErrorOf(Said({{"pdf-x", "x3"}, {"profile", "none"}})).starts_with("--pdf-x and --profile none"));
 }
@@ -186,6 +205,8 @@ TEST(OptionsTest, LaterOnesReplaceASizeAsAWhole)
               Said({{"fit", "3"}, {"box", "bbox"}, {"text", "outlines"}}));
     EXPECT_EQ(texts.OverriddenBy(Said({{"width", "3"}})),
               Said({{"width", "3"}, {"box", "bbox"}, {"text", "text"}}));
+    EXPECT_EQ(texts.OverriddenBy(Said({{"page", "a4"}})),
+              Said({{"width", "9"}, {"height", "9"}, {"page", "a4"}, {"text", "text"}}));
     EXPECT_EQ(texts.OverriddenBy({}), texts);
 }
 
@@ -197,6 +218,8 @@ struct MeantCase {
 
 const MeantCase kMeantCases[] = {
     {"box", "0,0,1,1", kSvg, true},
+    {"page", "drawing", kPng, true},
+    {"marks", "crop", kSvg, true},
     {"dpi", "72", kPng, true},
     {"dpi", "72", kPdf | kSvg, false},
     {"dpi", "72", kPdf | kPng, true},

@@ -54,6 +54,17 @@ TEST(Warnings, OfWhatIsNotShownSayHowMuch)
               (Lines{"patterns", "PostScript", "operators", "binary", "1 placed picture is not drawn"}));
 }
 
+TEST(Warnings, OfADrawingLargerThanItsPageSayHowMuch)
+{
+    Outcome outcome;
+    outcome.page.tooWide = 10.251;
+    const std::string help =
+        " than its room on the page: choose a larger page, a smaller margin, or drawing as the page";
+    EXPECT_EQ(ListWarnings(outcome, "help"), (Lines{"the drawing is 10.26 pt wider" + help}));
+    outcome.page.tooHigh = 3;
+    EXPECT_EQ(ListWarnings(outcome, "help"), (Lines{"the drawing is 10.26 pt wider and 3 pt higher" + help}));
+}
+
 SpotUse Ink(const char *name, double cyan)
 {
     return {name, {cyan, 0, 0, 0}, 0, 0};
