@@ -241,7 +241,7 @@ class PdfDevice final : public Device
         std::unique_ptr<FontProgram> opened = FontProgram::Open(font);
         std::unique_ptr<EmbeddedFont> embedded;
         if (opened != nullptr)
-            embedded = std::make_unique<EmbeddedFont>(std::move(opened), font.asked);
+            embedded = std::make_unique<EmbeddedFont>(std::move(opened), font);
         return program_->fonts.emplace(&font, std::move(embedded)).first->second.get();
     }
 
