@@ -24,7 +24,7 @@ constexpr Format kFormats[] = {
      [](const Settings &settings, ByteSink sink, std::string *error) {
          return MakePdfDevice(settings.pdf, std::move(sink), error);
      },
-     [](const Settings &, const Page &) { return Failure(); },
+     [](const Settings &settings, const Page &page) { return CheckPdfPage(settings.pdf, page); },
      [](const Settings &settings, const Page &page) { return FindDateOrigin(settings.pdf, page); }},
     {"svg", "image/svg+xml",
      [](const Settings &settings, ByteSink sink, std::string *error) {

@@ -179,21 +179,21 @@ std::optional<Reference> FunctionOf(const Shading &shading, const PaintSpace &sp
     return file->Share(function.Value());
 }
 
-std::string ColourSpaceOf(const PaintSpace &space, PdfFile *file)
+std::string ColourSpaceOf(const PaintSpace &space, InkSpaces *inks)
 {
     if (space.isBlackInk)
-        return ValueOf(InkSpace({&kProcessInks[kInkCount - 1]}, file));
+        return ValueOf(inks->MakeBlack());
     if (space.inks.empty())
         return "/DeviceGray";
     const bool isProcess = std::ranges::equal(
         space.inks, kProcessInks, [](const SpotInk *ink, const SpotInk &process) { return ink == &process; });
-    return isProcess ? "/DeviceCMYK" : ValueOf(InkSpace(space.inks, file));
+    return isProcess ? "/DeviceCMYK" : ValueOf(inks->Make(space.inks));
 }
 
 } // namespace
 
 // Each goes on beyond both of its ends: the clip draws the shape's edge, and the inner disc of a radial one is filled.
-std::optional<ShadingUse> Shadings::Use(const Shading &shading, PdfFile *file)
+std::optional<ShadingUse> Shadings::Use(const Shading &shading, PdfFile *file, InkSpaces *inks)
 {
     ShadingUse use;
     use.matrix = shading.matrix;
@@ -208,7 +208,7 @@ std::optional<ShadingUse> Shadings::Use(const Shading &shading, PdfFile *file)
     if (!function)
         return std::nullopt;
     Dictionary blend;
-    blend.Add("ShadingType", isAxial ? 2 : 3).Add("ColorSpace", ColourSpaceOf(space, file));
+    blend.Add("ShadingType", isAxial ? 2 : 3).Add("ColorSpace", ColourSpaceOf(space, inks));
     blend.Add("Coords", isAxial ? ArrayValue({0, 0, 1, 0})
                                 : ArrayValue({0, 0, 1, last.centre.x, last.centre.y, last.radius}));
     blend.Add("Function", *function).Add("Extend", "[true true]");

@@ -33,7 +33,7 @@ class Shadings
     // that do not lie one inside the other, and for blends that overprint and have an ink at some steps alone: at the
     // others that ink stays as it is on the page, which no shading can say. It is also so when they have more inks than a
     // space should.
-    std::optional<ShadingUse> Use(const Shading &shading, PdfFile *file);
+    std::optional<ShadingUse> Use(const Shading &shading, PdfFile *file, InkSpaces *inks);
 
     bool IsEmpty() const { return blends_.empty(); }
     // Names those that were used.
