@@ -318,7 +318,7 @@ class PdfDevice final : public Device
             AddOutputIntents(*press_, demands_.intents, file, &catalog);
             version = press_->version > 2 ? kVersionOfProfiles : version;
         }
-        if (version > demands_.version)
+        if (!demands_.IsAny() && version > PdfFile::kVersion)
             catalog.Add("Version", NameValue("1." + std::to_string(version)));
         const Box &box = page_.box;
         const std::string size = ArrayValue({box.left, box.bottom, box.right, box.top});
