@@ -2,7 +2,6 @@
 #pragma once
 
 #include "devices/pdf/PdfDevice.h"
-#include "host/Failure.h"
 
 #include <string>
 #include <string_view>
