@@ -93,7 +93,8 @@ std::unique_ptr<Device> MakePdf(const Choice &choice, ByteSink sink, std::string
                           : choice.Has(4) ? Compression::Fast
                                           : Compression::Default;
     if (choice.Has(2)) {
-        options.standard = choice.Has(3) ? PdfX::X1a : PdfX::X3;
+        options.standard = choice.Has(3) ? PdfX::X1a : PdfX::X4;
+        options.archive = choice.Has(5) ? PdfA::A2u : PdfA::None;
         options.date = 86400;
     } else if (choice.Has(3)) {
         options.background = Rgb{1, 2, 3};

@@ -30,7 +30,7 @@ constexpr Format kFormats[] = {
      [](const Settings &settings, ByteSinks sinks, std::string *error) {
          return MakePdfDevice(settings.pdf, std::move(sinks.add), error);
      },
-     true, [](const Settings &, const Page &) { return Failure(); },
+     true, [](const Settings &settings, const Page &page) { return CheckPdfPage(settings.pdf, page); },
      [](const Settings &settings, const Page &page) { return FindDateOrigin(settings.pdf, page); }},
     {"svg", "", "image/svg+xml",
      [](const Settings &settings, ByteSinks sinks, std::string *error) {

@@ -186,8 +186,14 @@ void SetText(const Option &option, const std::string &text, Settings *settings)
 
 void SetStandard(const Option &option, const std::string &text, Settings *settings)
 {
-    constexpr PdfX kStandards[] = {PdfX::X1a, PdfX::X3, PdfX::None};
+    constexpr PdfX kStandards[] = {PdfX::X1a, PdfX::X3, PdfX::X4, PdfX::None};
     settings->pdf.standard = kStandards[Choose(option, text)];
+}
+
+void SetArchive(const Option &option, const std::string &text, Settings *settings)
+{
+    constexpr PdfA kLevels[] = {PdfA::A2b, PdfA::A2u, PdfA::None};
+    settings->pdf.archive = kLevels[Choose(option, text)];
 }
 
 void SetDate(const Option &option, const std::string &text, Settings *settings)
@@ -326,7 +332,8 @@ constexpr Option kOptions[] = {
      "the layers to paint: printing, all, or these alone, as NAME,NAME (printing)", SetLayers},
     {"hide", 0, "NAME,...", kAll, "", "layers to leave out, with all that is in them", SetHidden},
     {"profile", 0, "FILE", kAll, "fogra39",
-     "press profile: fogra39, none (plain arithmetic), or an ICC file; for pdf with --pdf-x (fogra39)",
+     "press profile: fogra39, none (plain arithmetic), or an ICC file; pdf: its output intent, which is none "
+     "without a level (fogra39)",
      SetProfile},
     {"intent", 0, "INTENT", kSvg | kPng, "relative",
      "svg, png: relative (with black point compensation) or perceptual (relative)", SetIntent,
@@ -342,8 +349,10 @@ constexpr Option kOptions[] = {
      "pdf, svg, tiff: spot inks: keep, a plate of its own for each, or process, the inks that stand in "
      "(keep)",
      SetSpots, "keep,process"},
-    {"pdf-x", 0, "LEVEL", kPdf, "none", "pdf: the standard to keep to: x1a, x3 or none (none)", SetStandard,
-     "x1a,x3,none"},
+    {"pdf-x", 0, "LEVEL", kPdf, "none",
+     "pdf: the standard of the press to keep to: x1a, x3, x4 or none (none)", SetStandard, "x1a,x3,x4,none"},
+    {"pdf-a", 0, "LEVEL", kPdf, "none", "pdf: the standard of archives to keep to: 2b, 2u or none (none)",
+     SetArchive, "2b,2u,none"},
     {"date", 0, "WHEN", kPdf, "",
      "pdf: the date of its creation: as 2026-11-22T10:30, in seconds since 1970, file or now (the document's "
      "own)",
@@ -383,7 +392,7 @@ size_t PlaceOf(const Option &option)
 
 bool IsProfileFile(std::string_view profile)
 {
-    return profile != kPlainProfile && profile != kOwnProfile;
+    return !profile.empty() && profile != kPlainProfile && profile != kOwnProfile;
 }
 
 ReadingOptions ReadingOptionsOf(const Settings &settings)
@@ -466,11 +475,6 @@ void OptionTexts::CheckMeant(unsigned formats) const
             throw OptionError("--" + std::string(option.name) + " is for " + NamesOf(option.formats) +
                               ", and " + NamesOf(formats) + " is written: leave it out, or see -f");
     }
-    const std::string &standard = Of("pdf-x");
-    if (!Of("profile").empty() && formats == kPdf && (standard.empty() || standard == "none"))
-        throw OptionError(
-            "--profile: a pdf keeps the document's inks, it takes a profile under --pdf-x alone: "
-            "leave it out, or add --pdf-x");
 }
 
 Settings OptionTexts::Read(const std::map<std::string, ProfileBytes> &profiles) const
@@ -488,13 +492,16 @@ Settings OptionTexts::Read(const std::map<std::string, ProfileBytes> &profiles) 
     }
     settings.png.memoryLimit =
         settings.memory > 0 ? static_cast<uint64_t>(settings.memory) : std::numeric_limits<uint64_t>::max();
-    if (settings.pdf.standard == PdfX::None)
-        settings.pdf.profile =
-            PdfOptions().profile; // the one that was named is for the other formats, and may be no file
-    else if (settings.pdf.profile == kPlainProfile)
-        throw OptionError(
-            "--pdf-x and --profile none: PDF/X names the press it is made for: give a profile, or leave "
-            "--profile out");
+    if (settings.pdf.profile == kPlainProfile) {
+        for (const auto &[option, isLevel] : {std::pair("--pdf-x", settings.pdf.standard != PdfX::None),
+                                              std::pair("--pdf-a", settings.pdf.archive != PdfA::None)}) {
+            if (isLevel)
+                throw OptionError(std::string(option) +
+                                  " and --profile none: the standard names the press that the page is made "
+                                  "for: give a profile, or leave --profile out");
+        }
+        settings.pdf.profile.clear(); // no intent
+    }
     const auto give = [&profiles](const std::string &name, ProfileBytes *bytes) {
         if (const auto found = profiles.find(name); found != profiles.end())
             *bytes = found->second;

@@ -62,10 +62,7 @@ RenderTask Planner::TaskFor(const ManifestEntry &entry, size_t number, const std
     const OutputOptions said = SaidOf(entry);
     const FormatList formats = FormatsOf(task.outputs);
     // An option of the line that means nothing for its formats is refused; one of the command is passed over.
-    OptionTexts meant = entry.outputOptions.texts;
-    if (std::ranges::find(formats, FindFormat("pdf")) != formats.end())
-        meant.Set("pdf-x", said.texts.Of("pdf-x"));
-    meant.CheckMeant(SetOf(formats));
+    entry.outputOptions.texts.CheckMeant(SetOf(formats));
 
     task.input = entry.input;
     task.kinds = FileKinds::Regular;

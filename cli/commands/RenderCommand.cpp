@@ -59,7 +59,8 @@ RenderCommand::RenderCommand(CLI::App *command)
     command->footer("Examples:\n"
                     "  vx render harp.vx -o harp.pdf\n"
                     "  vx render harp.vx -o small.png --fit 256\n"
-                    "  vx render harp.vx -o press.pdf --pdf-x x3\n"
+                    "  vx render harp.vx -o press.pdf --pdf-x x4\n"
+                    "  vx render harp.vx -o archive.pdf --pdf-a 2b\n"
                     "  vx render *.vx -f pdf,png -o 'pictures/{stem}.{ext}' --dpi 300\n"
                     "  vx render *.vx -o all.pdf --merge\n"
                     "  cat harp.vx | vx render - -f svg -o - > harp.svg");

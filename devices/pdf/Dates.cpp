@@ -6,7 +6,10 @@
 namespace vxhost::pdf
 {
 
-std::string PdfDate(int64_t seconds)
+namespace
+{
+
+CalendarDate UniversalDate(int64_t seconds)
 {
     using namespace std::chrono;
     constexpr sys_seconds kFirst = sys_days(year(0) / 1 / 1);
@@ -16,11 +19,29 @@ std::string PdfDate(int64_t seconds)
     const sys_days midnight = floor<days>(at);
     const year_month_day date(midnight);
     const hh_mm_ss time(at - midnight);
-    return PdfDate(CalendarDate{
-               static_cast<int>(date.year()), static_cast<int>(static_cast<unsigned>(date.month())),
-               static_cast<int>(static_cast<unsigned>(date.day())), static_cast<int>(time.hours().count()),
-               static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count())}) +
-           "Z";
+    return {static_cast<int>(date.year()),
+            static_cast<int>(static_cast<unsigned>(date.month())),
+            static_cast<int>(static_cast<unsigned>(date.day())),
+            static_cast<int>(time.hours().count()),
+            static_cast<int>(time.minutes().count()),
+            static_cast<int>(time.seconds().count())};
+}
+
+} // namespace
+
+std::string PdfDate(int64_t seconds)
+{
+    return PdfDate(UniversalDate(seconds)) + "Z";
+}
+
+std::string XmpDate(int64_t seconds)
+{
+    return XmpDate(UniversalDate(seconds)) + "Z";
+}
+
+std::string XmpDate(const CalendarDate &date)
+{
+    return IsoText(date);
 }
 
 std::string PdfDate(const CalendarDate &date)

@@ -1,4 +1,4 @@
-// Dates as PDF writes them.
+// Dates as PDF writes them, and as XMP does.
 #pragma once
 
 #include "host/reading/HeaderDate.h"
@@ -14,5 +14,9 @@ std::string PdfDate(int64_t seconds);
 
 // "D:19940305101200", without a time where there is none; no zone, since none is known.
 std::string PdfDate(const CalendarDate &date);
+
+// The same as "1994-03-05T10:12:00Z", and as "1994-03-05T10:12:00" or "1994-03-05".
+std::string XmpDate(int64_t seconds);
+std::string XmpDate(const CalendarDate &date);
 
 } // namespace vxhost::pdf

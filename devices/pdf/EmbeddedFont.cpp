@@ -54,8 +54,9 @@ std::string PlainName(const std::string &name)
 
 } // namespace
 
-EmbeddedFont::EmbeddedFont(std::unique_ptr<FontProgram> program, const std::string &asked)
-    : program_(std::move(program)), asked_(PlainName(asked)), used_(program_->GlyphCount())
+EmbeddedFont::EmbeddedFont(std::unique_ptr<FontProgram> program, const TextFont &font)
+    : program_(std::move(program)), asked_(font.asked), own_(PlainName(font.served)),
+      used_(program_->GlyphCount())
 {
 }
 
@@ -102,7 +103,7 @@ const std::string &EmbeddedFont::ResourceName(uint32_t part, bool runsDown)
 
 std::string EmbeddedFont::BaseName(const EmbeddedProgram &program) const
 {
-    return program_->IsSubset() ? SubsetTag(program.bytes) + asked_ : asked_;
+    return program_->IsSubset() ? SubsetTag(program.bytes) + own_ : own_;
 }
 
 Reference EmbeddedFont::AddDescriptor(PdfFile *file, const EmbeddedProgram &program,
@@ -212,7 +213,7 @@ Failure EmbeddedFont::AddTo(PdfFile *file, Dictionary *resources) const
     const EmbeddedProgram program = program_->Embed(glyphs);
     if (program.bytes.empty())
         return {FailureKind::BadInput,
-                "the font for \"" + asked_ +
+                "the font for \"" + PlainName(asked_) +
                     "\" is damaged, its glyphs cannot be embedded: use outlines for text"};
     const std::string name = BaseName(program);
     const Reference descriptor = AddDescriptor(file, program, name);

@@ -30,8 +30,11 @@ class EmbeddedFont
     // A column's glyph hangs from the middle of its top, so far from the origin of its outline; in 1/1000 em.
     static constexpr double kColumnX = 500, kColumnY = 880;
 
-    // asked is the name that the file gives the font.
-    EmbeddedFont(std::unique_ptr<FontProgram> program, const std::string &asked);
+    // The file gives the font its own name, whatever the document calls it.
+    EmbeddedFont(std::unique_ptr<FontProgram> program, const TextFont &font);
+
+    const std::string &AskedName() const { return asked_; }
+    const std::string &OwnName() const { return own_; }
 
     // The number tells the document's fonts apart. It has to be set before the first glyph is used.
     void SetNumber(size_t number);
@@ -67,7 +70,7 @@ class EmbeddedFont
     void AddSimple(PdfFile *file, Reference descriptor, const std::string &name, Dictionary *resources) const;
 
     std::unique_ptr<FontProgram> program_;
-    std::string asked_;
+    std::string asked_, own_;
     std::string resource_;   // the start of the names of its resources; empty: it has no number yet
     std::vector<Used> used_; // by glyph
     std::vector<Part> parts_;

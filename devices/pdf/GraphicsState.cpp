@@ -7,15 +7,26 @@ namespace vxhost::pdf
 
 void GraphicsState::Save()
 {
-    content_->Operator("q");
+    BeginBlock();
     saved_.push_back(state_);
 }
 
 void GraphicsState::Restore()
 {
-    content_->Operator("Q");
+    EndBlock();
     state_ = std::move(saved_.back());
     saved_.pop_back();
+}
+
+void GraphicsState::BeginBlock()
+{
+    content_->Operator("q");
+    mostNesting_ = std::max(mostNesting_, saved_.size() + 1);
+}
+
+void GraphicsState::EndBlock()
+{
+    content_->Operator("Q");
 }
 
 // Gray that overprints touches black alone. DeviceGray would take the other inks away, and DeviceCMYK with overprint
@@ -59,7 +70,7 @@ void GraphicsState::WriteInk(const Ink &ink, bool isStroke)
         WriteAmounts(kBlackInk, std::span(ink.parts).first(1), isStroke);
         break;
     case Space::Spot:
-        WriteAmounts(spots_.NameOf(std::span(ink.spots.inks).first(ink.spots.count)),
+        WriteAmounts(inks_->NameOf(std::span(ink.spots.inks).first(ink.spots.count)),
                      std::span(ink.spots.amounts).first(ink.spots.count), isStroke);
         break;
     }

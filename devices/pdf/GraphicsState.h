@@ -25,10 +25,15 @@ inline constexpr std::string_view kBlackInk = "BlackInk"; // ColorSpace: black a
 class GraphicsState
 {
   public:
-    GraphicsState(ContentStream *content, PdfFile *file) : content_(content), spots_(file) {}
+    // The inks must outlive this object.
+    GraphicsState(ContentStream *content, InkSpaces *inks) : content_(content), inks_(inks) {}
 
     void Save();    // q
     void Restore(); // Q
+    // The same around what changes nothing that is known here.
+    void BeginBlock();
+    void EndBlock();
+    size_t MostNesting() const { return mostNesting_; }
 
     void SetFill(const Paint &paint);
     void SetStroke(const Paint &paint);
@@ -43,7 +48,6 @@ class GraphicsState
 
     bool UsesOverprint() const { return usesOverprint_; }
     bool UsesBlackInk() const { return usesBlackInk_; }
-    const InkSpaces &Spots() const { return spots_; }
 
   private:
     enum class Space : uint8_t { Gray, Cmyk, BlackInk, Spot };
@@ -78,7 +82,8 @@ class GraphicsState
     std::vector<State> saved_;
     std::vector<double> dashes_; // scratch
     bool usesOverprint_ = false, usesBlackInk_ = false;
-    InkSpaces spots_;
+    size_t mostNesting_ = 0; // of saves
+    InkSpaces *inks_;
 };
 
 } // namespace vxhost::pdf

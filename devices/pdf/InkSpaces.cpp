@@ -3,6 +3,7 @@
 #include "devices/vector/Numbers.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace vxhost::pdf
 {
@@ -54,10 +55,24 @@ std::string Separation(const SpotInk &ink)
 
 } // namespace
 
-Reference InkSpace(const Inks &inks, PdfFile *file)
+// The process inks are shown as themselves, whatever a drawing says of an ink of their names.
+const SpotInk *InkSpaces::LookOf(const SpotInk *ink)
 {
+    if (!hasOneLook_)
+        return ink;
+    const auto process = std::ranges::find(kProcessInks, ink->name, &SpotInk::name);
+    return looks_.emplace(ink->name, process == std::end(kProcessInks) ? ink : process).first->second;
+}
+
+Reference InkSpaces::Make(Inks inks)
+{
+    for (const SpotInk *&ink : inks) {
+        ink = LookOf(ink);
+        if (ink->name.size() > longest_.size())
+            longest_ = ink->name;
+    }
     if (inks.size() == 1)
-        return file->Share(Separation(*inks.front()));
+        return file_->Share(Separation(*inks.front()));
     std::string names, domain;
     Dictionary colorants;
     for (const SpotInk *ink : inks) {
@@ -70,11 +85,11 @@ Reference InkSpace(const Inks &inks, PdfFile *file)
     function.Add("FunctionType", 4).Add("Domain", ArrayValue(domain));
     function.Add("Range", ArrayValue({0, 1, 0, 1, 0, 1, 0, 1}));
     std::string space = "/DeviceN" + ArrayValue(names) + "/DeviceCMYK ";
-    space += ValueOf(file->ShareStream(function, Program(inks)));
+    space += ValueOf(file_->ShareStream(function, Program(inks)));
     // Readers that have a plate of their own for a spot ink look here for how it looks alone.
     if (!colorants.IsEmpty())
         space += Dictionary().Add("Colorants", colorants.Value()).Value();
-    return file->Share(ArrayValue(space));
+    return file_->Share(ArrayValue(space));
 }
 
 std::string InkSpaces::NameOf(std::span<const SpotInk *const> inks)
@@ -86,10 +101,10 @@ std::string InkSpaces::NameOf(std::span<const SpotInk *const> inks)
     return ResourceName(static_cast<size_t>(found - spaces_.begin()));
 }
 
-void InkSpaces::AddTo(Dictionary *resources) const
+void InkSpaces::AddTo(Dictionary *resources)
 {
     for (size_t i = 0; i < spaces_.size(); ++i)
-        resources->Add(ResourceName(i), InkSpace(spaces_[i], file_));
+        resources->Add(ResourceName(i), Make(spaces_[i]));
 }
 
 } // namespace vxhost::pdf

@@ -5,8 +5,10 @@
 #include "devices/colour/InkShares.h"
 #include "devices/pdf/PdfFile.h"
 
+#include <map>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vxhost::pdf
@@ -15,21 +17,30 @@ namespace vxhost::pdf
 // By their addresses, in the order in which a space has them.
 using Inks = std::vector<const SpotInk *>;
 
-// The space of these inks, each 0 none and 1 full.
-Reference InkSpace(const Inks &inks, PdfFile *file);
-
 // The spaces that a page paints with, by name.
 class InkSpaces
 {
   public:
-    explicit InkSpaces(PdfFile *file) : file_(file) {} // which must outlive this object
+    // The file must outlive this object. Where each ink has one look, the first of a name decides how all of it are shown.
+    InkSpaces(PdfFile *file, bool hasOneLook) : file_(file), hasOneLook_(hasOneLook) {}
+
+    // The space of these inks, each 0 none and 1 full.
+    Reference Make(Inks inks);
+    Reference MakeBlack() { return Make({&kProcessInks[kInkCount - 1]}); }
+    // Returns the longest name of the inks that were used.
+    std::string_view LongestName() const { return longest_; }
 
     // Returns the name of the resource.
     std::string NameOf(std::span<const SpotInk *const> inks);
-    void AddTo(Dictionary *resources) const;
+    void AddTo(Dictionary *resources);
 
   private:
+    const SpotInk *LookOf(const SpotInk *ink);
+
     PdfFile *file_;
+    bool hasOneLook_;
+    std::map<std::string_view, const SpotInk *> looks_; // of names
+    std::string_view longest_;
     std::vector<Inks> spaces_; // by number
 };
 

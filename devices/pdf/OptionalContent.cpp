@@ -30,6 +30,16 @@ std::string GroupOf(const Layer &layer)
     return group.Value();
 }
 
+// The groups follow what a reader does with the page.
+std::string EventsOf(const std::string &groups)
+{
+    std::string events;
+    for (const std::string event : {"/View", "/Print", "/Export"})
+        events +=
+            Dictionary().Add("Event", event).Add("Category", ArrayValue(event)).Add("OCGs", groups).Value();
+    return ArrayValue(events);
+}
+
 } // namespace
 
 std::string OptionalContent::Begin(const Layer &layer)
@@ -54,7 +64,7 @@ std::string OptionalContent::OrderOf(const std::vector<size_t> &layers,
     return ArrayValue(order);
 }
 
-void OptionalContent::AddTo(PdfFile *file, Dictionary *catalog, Dictionary *resources) const
+void OptionalContent::AddTo(PdfFile *file, bool isForLevel, Dictionary *catalog, Dictionary *resources) const
 {
     std::vector<Reference> groups, hidden, locked;
     for (const Content &content : layers_) {
@@ -67,15 +77,14 @@ void OptionalContent::AddTo(PdfFile *file, Dictionary *catalog, Dictionary *reso
             locked.push_back(group);
     }
     const std::string all = ArrayValue(groups);
-    std::string events;
-    for (const std::string event : {"/View", "/Print", "/Export"})
-        events +=
-            Dictionary().Add("Event", event).Add("Category", ArrayValue(event)).Add("OCGs", all).Value();
     Dictionary defaults;
     defaults.Add("Order", OrderOf(outermost_, groups)).Add("OFF", ArrayValue(hidden));
-    defaults.Add("Locked", ArrayValue(locked)).Add("AS", ArrayValue(events));
+    defaults.Add("Locked", ArrayValue(locked));
+    if (isForLevel)
+        defaults.Add("Name", TextValue("Layers"));
+    else
+        defaults.Add("AS", EventsOf(all));
     catalog->Add("OCProperties", Dictionary().Add("OCGs", all).Add("D", defaults.Value()).Value());
-    catalog->Add("Version", "/1.5"); // that of the file's head is older
 }
 
 } // namespace vxhost::pdf

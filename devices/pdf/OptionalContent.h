@@ -20,7 +20,8 @@ class OptionalContent
     void End() { open_.pop_back(); }
 
     bool IsEmpty() const { return layers_.empty(); }
-    void AddTo(PdfFile *file, Dictionary *catalog, Dictionary *resources) const;
+    // At a level of a standard the content has a name, and what is shown does not follow the use that is made of the file.
+    void AddTo(PdfFile *file, bool isForLevel, Dictionary *catalog, Dictionary *resources) const;
 
   private:
     struct Content {

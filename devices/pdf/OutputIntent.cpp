@@ -9,6 +9,7 @@
 
 #include <array>
 #include <span>
+#include <vector>
 
 namespace vxhost::pdf
 {
@@ -17,8 +18,6 @@ namespace
 {
 
 constexpr int kInks = 4;
-// The standards of 2003 build on a PDF that knows no later version of profiles.
-constexpr int kLastVersion = 2;
 
 // Places in the head of a profile.
 constexpr size_t kHeadBytes = 128, kVersionAt = 8, kClassAt = 12, kSpaceAt = 16, kSignatureAt = 36;
@@ -37,15 +36,23 @@ std::string ReadProfile(const PdfOptions &options)
     return ReadProfileFile(options.profile, &file) ? TextOf(file.Get()) : "";
 }
 
-std::string WhyUnfit(const std::string &bytes)
+int VersionOf(const std::string &bytes)
+{
+    return static_cast<uint8_t>(bytes[kVersionAt]);
+}
+
+std::string WhyUnfit(const std::string &bytes, const Demands &demands)
 {
     const auto at = [&](size_t place) { return bytes.substr(place, 4); };
     if (bytes.size() < kHeadBytes || at(kSignatureAt) != "acsp")
         return "is no ICC profile that can be read";
     if (at(kClassAt) != "prtr" || at(kSpaceAt) != "CMYK")
         return "is not of a CMYK press";
-    if (const int version = static_cast<uint8_t>(bytes[kVersionAt]); version > kLastVersion)
-        return "is of ICC version " + std::to_string(version) + ", PDF/X of 2003 takes version 2";
+    if (VersionOf(bytes) > demands.lastProfile) {
+        std::string why = "is of ICC version " + std::to_string(VersionOf(bytes)) + ", ";
+        why.append(demands.profileTaker).append(" takes version ");
+        return why + std::to_string(demands.lastProfile);
+    }
     return {};
 }
 
@@ -70,7 +77,7 @@ std::string DescriptionOf(const std::string &bytes)
 std::optional<PressProfile> ReadPressProfile(const PdfOptions &options, std::string *error)
 {
     PressProfile press;
-    if (options.profile == "fogra39" && options.profileBytes == nullptr) {
+    if ((options.profile.empty() || options.profile == "fogra39") && options.profileBytes == nullptr) {
         press.bytes = TextOf(Fogra39Profile());
         press.condition = "FOGRA39";
         press.description = "Offset printing on coated paper, ISO 12647-2:2004, FOGRA39";
@@ -78,10 +85,11 @@ std::optional<PressProfile> ReadPressProfile(const PdfOptions &options, std::str
         return press;
     }
     press.bytes = Watched([&] { return ReadProfile(options); });
-    if (const std::string why = WhyUnfit(press.bytes); !why.empty()) {
+    if (const std::string why = WhyUnfit(press.bytes, DemandsOf(options)); !why.empty()) {
         *error = "profile \"" + options.profile + "\" " + why + ": name one of the press, or fogra39";
         return std::nullopt;
     }
+    press.version = VersionOf(press.bytes);
     press.condition = "Custom";
     press.description = DescriptionOf(press.bytes);
     if (press.description.empty())
@@ -89,18 +97,23 @@ std::optional<PressProfile> ReadPressProfile(const PdfOptions &options, std::str
     return press;
 }
 
-void AddOutputIntent(const PressProfile &profile, PdfFile *file, Dictionary *catalog)
+void AddOutputIntents(const PressProfile &profile, std::span<const std::string_view> kinds, PdfFile *file,
+                      Dictionary *catalog)
 {
     Dictionary stream;
     stream.Add("N", kInks).Add("Alternate", "/DeviceCMYK");
-    Dictionary intent;
-    intent.Add("Type", "/OutputIntent").Add("S", "/GTS_PDFX");
-    intent.Add("OutputConditionIdentifier", TextValue(profile.condition));
-    intent.Add("Info", TextValue(profile.description));
-    if (profile.isRegistered)
-        intent.Add("RegistryName", TextValue("http://www.color.org"));
-    intent.Add("DestOutputProfile", file->AddStream(stream, profile.bytes));
-    catalog->Add("OutputIntents", ArrayValue(ValueOf(file->Add(intent.Value()))));
+    const Reference bytes = file->AddStream(stream, profile.bytes);
+    std::vector<Reference> intents;
+    for (const std::string_view kind : kinds) {
+        Dictionary intent;
+        intent.Add("Type", "/OutputIntent").Add("S", NameValue(kind));
+        intent.Add("OutputConditionIdentifier", TextValue(profile.condition));
+        intent.Add("Info", TextValue(profile.description));
+        if (profile.isRegistered)
+            intent.Add("RegistryName", TextValue("http://www.color.org"));
+        intents.push_back(file->Add(intent.Add("DestOutputProfile", bytes).Value()));
+    }
+    catalog->Add("OutputIntents", ArrayValue(intents));
 }
 
 } // namespace vxhost::pdf

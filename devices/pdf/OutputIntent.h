@@ -1,11 +1,13 @@
-// For which press the page is meant, as the standards for print want it said: a condition, and its profile.
+// For which press the page is meant, as the standards want it said: a condition, and its profile.
 #pragma once
 
-#include "devices/pdf/PdfDevice.h"
+#include "devices/pdf/Levels.h"
 #include "devices/pdf/PdfFile.h"
 
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace vxhost::pdf
 {
@@ -15,12 +17,15 @@ struct PressProfile {
     std::string condition; // "FOGRA39", or "Custom" for one that no registry knows
     std::string description;
     bool isRegistered = false;
+    int version = 2; // of ICC
 };
 
 // The one that the options name. Nothing when it is no profile of a CMYK press that the standards take; error is then one
 // line for a person.
 std::optional<PressProfile> ReadPressProfile(const PdfOptions &options, std::string *error);
 
-void AddOutputIntent(const PressProfile &profile, PdfFile *file, Dictionary *catalog);
+// Adds an intent of each kind, all with the one profile.
+void AddOutputIntents(const PressProfile &profile, std::span<const std::string_view> kinds, PdfFile *file,
+                      Dictionary *catalog);
 
 } // namespace vxhost::pdf

@@ -6,13 +6,17 @@
 #include "devices/pdf/EmbeddedFont.h"
 #include "devices/pdf/GraphicsState.h"
 #include "devices/pdf/InkSpaces.h"
+#include "devices/pdf/Levels.h"
 #include "devices/pdf/Metadata.h"
+#include "devices/pdf/MissingGlyphs.h"
 #include "devices/pdf/OptionalContent.h"
 #include "devices/pdf/OutputIntent.h"
 #include "devices/pdf/PdfFile.h"
 #include "devices/pdf/Shadings.h"
 #include "devices/pdf/TextWriter.h"
 #include "devices/vector/Frame.h"
+#include "devices/vector/Numbers.h"
+#include "host/reading/Utf8.h"
 
 #include <algorithm>
 #include <cmath>
@@ -68,6 +72,10 @@ int TextMode(bool fills, bool strokes, bool clips)
     return (strokes ? (fills ? 2 : 1) : 0) + (clips ? 4 : 0);
 }
 
+// The PDF that has layers, and that which has profiles of version 4.
+constexpr int kVersionOfLayers = 5, kVersionOfProfiles = 7;
+constexpr size_t kShownName = 40; // bytes of one that is too long
+
 // By libdeflate. Beside 6, its own default, 4 takes three fifths of the time for pages 1 to 3 % larger, 1 a fifth for pages 5 to
 // 10 % larger, and 10 three to six times as long for pages 7 % smaller.
 int LevelOf(Compression compression)
@@ -78,13 +86,15 @@ int LevelOf(Compression compression)
 
 // What grows while a page is drawn.
 struct PageProgram {
-    PageProgram(const ByteSink &sink, int level)
-        : file(sink, level), content(&file), state(&content, &file), text(&content, &state)
+    PageProgram(const ByteSink &sink, int level, const Demands &demands)
+        : file(sink, level, demands.version), content(&file), inks(&file, demands.IsAny()),
+          state(&content, &inks), text(&content, &state)
     {
     }
 
     PdfFile file;
     ContentStream content;
+    InkSpaces inks;
     GraphicsState state;
     TextWriter text;
     Shadings shadings;
@@ -97,25 +107,25 @@ class PdfDevice final : public Device
 {
   public:
     PdfDevice(const PdfOptions &options, std::optional<PressProfile> press, ByteSink sink)
-        : options_(options), press_(std::move(press)), sink_(std::move(sink))
+        : options_(options), demands_(DemandsOf(options)), press_(std::move(press)), sink_(std::move(sink))
     {
     }
 
     void BeginPage(const Page &page) override
     {
         page_ = page;
-        program_.emplace(sink_, LevelOf(options_.compression));
+        program_.emplace(sink_, LevelOf(options_.compression), demands_);
         clips_ = {};
         saved_.clear();
         if (!options_.background)
             return;
         const Rgb &colour = *options_.background;
         ContentStream &content = program_->content;
-        content.Operator("q");
+        program_->state.BeginBlock();
         content.Number(colour.r / 255.0).Number(colour.g / 255.0).Number(colour.b / 255.0).Operator("rg");
         AddRectangle(page.box);
         content.Operator("f");
-        content.Operator("Q");
+        program_->state.EndBlock();
     }
 
     void Save() override
@@ -166,27 +176,28 @@ class PdfDevice final : public Device
             content.Operator("S");
             return;
         }
-        content.Operator("q");
+        program_->state.BeginBlock();
         content.Factors(frame.toPicture).Operator("cm");
         content.AddPath(path, frame.fromPicture);
         content.Operator("S");
-        content.Operator("Q");
+        program_->state.EndBlock();
     }
 
     void Shade(const Shading &shading) override
     {
         const bool isByItself = clips_.count == 1 && Covers(shading, clips_.box);
-        const std::optional<ShadingUse> use = program_->shadings.Use(shading, !isByItself, &program_->file);
+        const std::optional<ShadingUse> use =
+            program_->shadings.Use(shading, !isByItself, &program_->file, &program_->inks);
         if (!use)
             return PaintAsShapes(shading, this);
         ContentStream &content = program_->content;
         program_->text.End();
         program_->state.SetOverprint(shading.overprint);
-        content.Operator("q");
+        program_->state.BeginBlock();
         if (isByItself) {
             content.Factors(use->matrix).Operator("cm");
             content.Name(use->name).Operator("sh");
-            content.Operator("Q");
+            program_->state.EndBlock();
             return;
         }
         content.Name("Pattern").Operator("cs");
@@ -197,7 +208,7 @@ class PdfDevice final : public Device
         else
             AddRectangle(Around(shading.ground, 1));
         content.Operator("f");
-        content.Operator("Q");
+        program_->state.EndBlock();
     }
 
     bool CanShow(const TextFont &font) override
@@ -207,6 +218,8 @@ class PdfDevice final : public Device
 
     void ShowText(std::span<const GlyphRun> runs, const TextPaint &paint) override
     {
+        if (demands_.isForArchive && LacksGlyphs(runs))
+            return ShowWithShapes(runs, paint);
         if (paint.clips)
             clips_ = {clips_.count + 1, Around({}, 0)}; // nobody knows how far it reaches
         const Frame frame = paint.strokes ? FindFrame(paint.style.matrix) : Frame{};
@@ -233,17 +246,17 @@ class PdfDevice final : public Device
             ShowRuns(runs, TextMode(false, false, true), {});
     }
 
-    // The standards of PDF/X forbid layers; what is on them is painted all the same.
+    // Some levels forbid layers; what is on them is painted all the same.
     void BeginLayer(const Layer &layer) override
     {
-        if (options_.standard != PdfX::None)
+        if (!demands_.takesLayers)
             return;
         program_->text.End();
         program_->content.Name("OC").Name(program_->layers.Begin(layer)).Operator("BDC");
     }
     void EndLayer() override
     {
-        if (options_.standard != PdfX::None)
+        if (!demands_.takesLayers)
             return;
         program_->text.End();
         program_->content.Operator("EMC");
@@ -275,8 +288,23 @@ class PdfDevice final : public Device
         std::unique_ptr<FontProgram> opened = FontProgram::Open(font);
         std::unique_ptr<EmbeddedFont> embedded;
         if (opened != nullptr)
-            embedded = std::make_unique<EmbeddedFont>(std::move(opened), font.asked);
+            embedded = std::make_unique<EmbeddedFont>(std::move(opened), font);
         return program_->fonts.emplace(&font, std::move(embedded)).first->second.get();
+    }
+
+    // Paints text in which a glyph says "missing". One that clips is one shape.
+    void ShowWithShapes(std::span<const GlyphRun> runs, const TextPaint &paint)
+    {
+        const bool isText = !paint.clips;
+        const TextAndShapes parts = isText ? TakeMissingOut(runs) : TextAndShapes{{}, OutlinesOf(runs)};
+        if (!parts.runs.empty())
+            ShowText(parts.runs, paint);
+        if (paint.fills)
+            FillPath(parts.shapes, paint.paint);
+        if (paint.strokes)
+            StrokePath(parts.shapes, paint.style, paint.paint);
+        if (paint.clips)
+            ClipPath(parts.shapes);
     }
 
     // A text that clips is an object of its own, at whose end the clip comes into force.
@@ -311,18 +339,47 @@ class PdfDevice final : public Device
         if (Failure failure = AddFonts(&resources))
             return failure;
         AddInks(&resources);
+        if (Failure failure = CheckCounts())
+            return failure;
+        int version = PdfFile::kVersion;
         if (!program_->layers.IsEmpty()) {
             Dictionary layers;
-            program_->layers.AddTo(file, &catalog, &layers);
+            program_->layers.AddTo(file, demands_.IsAny(), &catalog, &layers);
             AddResource("Properties", layers, &resources);
+            version = kVersionOfLayers;
         }
-        if (press_)
-            AddOutputIntent(*press_, file, &catalog);
+        if (press_) {
+            AddOutputIntents(*press_, demands_.intents, file, &catalog);
+            version = press_->version > 2 ? kVersionOfProfiles : version;
+        }
+        if (!demands_.IsAny() && version > PdfFile::kVersion)
+            catalog.Add("Version", NameValue("1." + std::to_string(version)));
         Dictionary page;
         AddBoxes(&page);
         page.Add("Resources", resources.Value());
         page.Add("Contents", contents);
-        return file->Finish(page, catalog, AddMetadata(options_, page_, file));
+        std::vector<ServedFont> fonts;
+        for (const EmbeddedFont *font : program_->fontsInOrder)
+            fonts.push_back({font->AskedName(), font->OwnName()});
+        const Reference information = AddMetadata(options_, page_, fonts, file, &catalog);
+        return file->Finish(page, catalog, information);
+    }
+
+    // Says what the drawing has more of than an archive takes.
+    Failure CheckCounts() const
+    {
+        if (!demands_.isForArchive)
+            return {};
+        const std::string beyond = ", and " + demands_.name + " takes ";
+        if (const size_t most = program_->state.MostNesting(); most > kMostNesting)
+            return {FailureKind::BadInput, "clips are nested " + std::to_string(most) + " deep" + beyond +
+                                               std::to_string(kMostNesting) + ": leave --pdf-a out"};
+        if (const std::string_view name = program_->inks.LongestName(); name.size() > kMostNameBytes)
+            return {FailureKind::BadInput, "the spot ink \"" + Printable(name, kShownName) +
+                                               "\" has a name of " + std::to_string(name.size()) + " bytes" +
+                                               beyond + std::to_string(kMostNameBytes) +
+                                               ": rename it, or choose --spots process"};
+        return {};
     }
 
     // Without a crop box all of the media box is shown.
@@ -354,8 +411,8 @@ class PdfDevice final : public Device
         program_->shadings.AddTo(file, resources);
         Dictionary spaces;
         if (program_->state.UsesBlackInk())
-            spaces.Add(kBlackInk, InkSpace({&kProcessInks[kInkCount - 1]}, file));
-        program_->state.Spots().AddTo(&spaces);
+            spaces.Add(kBlackInk, program_->inks.MakeBlack());
+        program_->inks.AddTo(&spaces);
         AddResource("ColorSpace", spaces, resources);
         Dictionary states;
         if (program_->state.UsesOverprint()) {
@@ -372,6 +429,7 @@ class PdfDevice final : public Device
     }
 
     const PdfOptions options_;
+    const Demands demands_;
     std::optional<PressProfile> press_;
     ByteSink sink_;
     Page page_;
@@ -385,16 +443,30 @@ class PdfDevice final : public Device
 std::unique_ptr<Device> MakePdfDevice(const PdfOptions &options, ByteSink sink, std::string *error)
 {
     std::optional<PressProfile> press;
-    if (options.standard != PdfX::None) {
-        if (options.background) {
-            *error = "PDF/X has no colours of a screen, and the background is one: leave it to the paper";
-            return nullptr;
-        }
+    const Demands demands = DemandsOf(options);
+    if (demands.IsAny() && options.background) {
+        *error =
+            demands.name + " has no colours of a screen, and the background is one: leave it to the paper";
+        return nullptr;
+    }
+    if (demands.IsAny() || !options.profile.empty()) {
         press = ReadPressProfile(options, error);
         if (!press)
             return nullptr;
     }
     return std::make_unique<PdfDevice>(options, std::move(press), std::move(sink));
+}
+
+Failure CheckPdfPage(const PdfOptions &options, const Page &page)
+{
+    const Demands demands = DemandsOf(options);
+    const double width = page.box.Width(), height = page.box.Height();
+    if (!demands.isForArchive ||
+        (std::min(width, height) >= kLeastSide && std::max(width, height) <= kMostSide))
+        return {};
+    return {FailureKind::BadInput, "the page is of " + NumberText(width) + " by " + NumberText(height) +
+                                       " points, and " + demands.name +
+                                       " takes 3 to 14400 each way: choose another with --box"};
 }
 
 // A plain PDF has no date that tells of anything but the drawing, so that it has the same bytes tomorrow.
@@ -409,7 +481,7 @@ DateOrigin FindDateOrigin(const PdfOptions &options, const Page &page)
         return DateOrigin::Clock;
     if (page.date)
         return DateOrigin::Drawing;
-    return options.standard == PdfX::None ? DateOrigin::None : outside;
+    return DemandsOf(options).IsAny() ? outside : DateOrigin::None;
 }
 
 } // namespace vxhost

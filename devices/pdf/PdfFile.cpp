@@ -12,18 +12,18 @@ namespace
 
 constexpr size_t kGatherBytes = size_t{64} << 10;
 constexpr size_t kMaxSharedBytes = size_t{4} << 20;
-constexpr size_t kSharedOverhead = 100;                             // of each, about
-constexpr uint64_t kLastPlace = 9'999'999'999;                      // that its table can say
-constexpr std::string_view kHead = "%PDF-1.4\n%\xBF\xF7\xA2\xFE\n"; // the bytes say that the file is binary
+constexpr size_t kSharedOverhead = 100;                       // of each, about
+constexpr uint64_t kLastPlace = 9'999'999'999;                // that its table can say
+constexpr std::string_view kBinary = "\n%\xBF\xF7\xA2\xFE\n"; // the bytes say that the file is binary
 
 } // namespace
 
-PdfFile::PdfFile(ByteSink sink, int level) : sink_(std::move(sink))
+PdfFile::PdfFile(ByteSink sink, int level, int version) : sink_(std::move(sink))
 {
     if (level > 0)
         deflater_.emplace(level);
     gathered_.reserve(kGatherBytes);
-    Write(kHead);
+    Write(std::string("%PDF-1.").append(std::to_string(version)).append(kBinary));
 }
 
 PdfFile::PdfFile(ByteSink sink, std::string_view head) : sink_(std::move(sink))
@@ -101,6 +101,11 @@ Reference PdfFile::AddStream(Dictionary dictionary, std::span<const char> bytes)
         bytes = deflater_->Compress(bytes);
         dictionary.Add("Filter", "/FlateDecode");
     }
+    return AddPlainStream(std::move(dictionary), bytes);
+}
+
+Reference PdfFile::AddPlainStream(Dictionary dictionary, std::span<const char> bytes)
+{
     const Reference reference = Begin();
     Write(dictionary.Add("Length", static_cast<double>(bytes.size())).Value());
     Write("\nstream\n");
@@ -132,6 +137,12 @@ Reference PdfFile::Share(const std::string &value)
 Reference PdfFile::ShareStream(const Dictionary &dictionary, std::string_view bytes)
 {
     return Remember(dictionary.Value().append(bytes), [&] { return AddStream(dictionary, bytes); });
+}
+
+std::string PdfFile::DigestSoFar()
+{
+    Flush();
+    return digest_.Hex();
 }
 
 // A row is of 20 bytes, and gives the byte at which an object begins.

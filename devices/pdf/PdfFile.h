@@ -23,13 +23,16 @@ namespace vxhost::pdf
 class PdfFile
 {
   public:
-    // The level is that of libdeflate; with 0 nothing is compressed.
-    PdfFile(ByteSink sink, int level);
+    // The level is that of libdeflate; with 0 nothing is compressed. version: of PDF, behind "1.".
+    PdfFile(ByteSink sink, int level, int version = kVersion);
+    static constexpr int kVersion = 4;
     // Begins as another file does, with streams that are left as they come.
     PdfFile(ByteSink sink, std::string_view head);
 
     Reference Add(std::string_view value);
     Reference AddStream(Dictionary dictionary, std::span<const char> bytes);
+    // Leaves the bytes as they are, for programs that look for them in the file.
+    Reference AddPlainStream(Dictionary dictionary, std::span<const char> bytes);
     // The same once more may be the same object. Of those the most recent few megabytes are known.
     Reference Share(const std::string &value);
     Reference ShareStream(const Dictionary &dictionary, std::string_view bytes);
@@ -42,6 +45,8 @@ class PdfFile
     // An object that others may refer to before it is added.
     Reference Reserve();
     void AddReserved(Reference reserved, std::string_view value);
+    // Returns a digest of what was added.
+    std::string DigestSoFar();
 
     // Adds the only page with what leads there. Returns why the bytes could not be written, if they could not; after a
     // failure nothing more is.

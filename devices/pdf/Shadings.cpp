@@ -257,21 +257,22 @@ std::string MatrixValue(const Matrix &matrix)
     return ArrayValue(numbers + NumberText(matrix.tx) + " " + NumberText(matrix.ty));
 }
 
-std::string ColourSpaceOf(const PaintSpace &space, PdfFile *file)
+std::string ColourSpaceOf(const PaintSpace &space, InkSpaces *inks)
 {
     if (space.isBlackInk)
-        return ValueOf(InkSpace({&kProcessInks[kInkCount - 1]}, file));
+        return ValueOf(inks->MakeBlack());
     if (space.inks.empty())
         return "/DeviceGray";
     const bool isProcess = std::ranges::equal(
         space.inks, kProcessInks, [](const SpotInk *ink, const SpotInk &process) { return ink == &process; });
-    return isProcess ? "/DeviceCMYK" : ValueOf(InkSpace(space.inks, file));
+    return isProcess ? "/DeviceCMYK" : ValueOf(inks->Make(space.inks));
 }
 
 } // namespace
 
 // Each goes on beyond both of its ends: the clip draws the shape's edge, and the inner disc of a radial one is filled.
-std::optional<ShadingUse> Shadings::Use(const Shading &shading, bool asPattern, PdfFile *file)
+std::optional<ShadingUse> Shadings::Use(const Shading &shading, bool asPattern, PdfFile *file,
+                                        InkSpaces *inks)
 {
     ShadingUse use;
     use.matrix = shading.matrix;
@@ -289,7 +290,7 @@ std::optional<ShadingUse> Shadings::Use(const Shading &shading, bool asPattern, 
         return std::nullopt;
     const Point tip = last.centre * (1 / (1 - last.radius));
     Dictionary blend;
-    blend.Add("ShadingType", isAxial ? 2 : 3).Add("ColorSpace", ColourSpaceOf(space, file));
+    blend.Add("ShadingType", isAxial ? 2 : 3).Add("ColorSpace", ColourSpaceOf(space, inks));
     blend.Add("Coords", isAxial ? ArrayValue({0, 0, 1, 0}) : ArrayValue({tip.x, tip.y, 0, 0, 0, 1}));
     blend.Add("Function", FunctionOf(pieces, file)).Add("Extend", "[true true]");
     Reference written = file->Share(blend.Value());

@@ -37,7 +37,7 @@ class Shadings
     // that do not lie one inside the other, and for blends that overprint and have an ink at some steps alone: at the
     // others that ink stays as it is on the page, which no shading can say. It is also so when they have more inks than a
     // space should.
-    std::optional<ShadingUse> Use(const Shading &shading, bool asPattern, PdfFile *file);
+    std::optional<ShadingUse> Use(const Shading &shading, bool asPattern, PdfFile *file, InkSpaces *inks);
 
     // Adds those that were used, by their names.
     void AddTo(PdfFile *file, Dictionary *resources) const;

@@ -25,6 +25,12 @@ constexpr std::string_view kEnd = "endcmap\n"
                                   "end\n"
                                   "end\n";
 
+// The mark of byte order, and its mirror, mean no character to readers.
+char32_t WithoutMarks(char32_t character)
+{
+    return character == 0 || character == 0xFEFF || character == 0xFFFE ? kReplacement : character;
+}
+
 bool IsCharacter(char32_t character)
 {
     return character <= kLastCharacter && (character < 0xD800 || character > 0xDFFF);
@@ -65,7 +71,7 @@ std::string ToUnicodeMap(const std::map<uint32_t, char32_t> &characterOfCode, in
         for (size_t i = 0; i < block; ++i, ++entry) {
             map += "<";
             AppendHex(entry->first, codeBytes, &map);
-            map += "> <" + Utf16Hex(entry->second) + ">\n";
+            map += "> <" + Utf16Hex(WithoutMarks(entry->second)) + ">\n";
         }
         map += "endbfchar\n";
         left -= block;

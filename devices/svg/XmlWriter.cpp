@@ -1,26 +1,12 @@
 #include "devices/svg/XmlWriter.h"
 
+#include "devices/vector/XmlText.h"
 #include "host/reading/Utf8.h"
 
 #include <algorithm>
 
 namespace vxhost::svg
 {
-
-namespace
-{
-
-constexpr char32_t kReplacement = 0xFFFD;
-
-// What XML 1.0 calls a character.
-bool IsAllowed(char32_t character)
-{
-    return character == '\t' || character == '\n' || character == '\r' ||
-           (character >= 0x20 && character < 0xD800) || (character >= 0xE000 && character < 0xFFFE) ||
-           (character >= 0x10000 && character < 0x110000);
-}
-
-} // namespace
 
 void XmlWriter::HandOver(std::span<const char> text)
 {
@@ -112,24 +98,8 @@ void XmlWriter::Escaped(std::string_view utf8)
 
 void XmlWriter::Character(char32_t character)
 {
-    switch (character) {
-    case '<':
-        return Markup("&lt;");
-    case '>':
-        return Markup("&gt;");
-    case '&':
-        return Markup("&amp;");
-    case '"':
-        return Markup("&quot;");
-    case '\r': // a reader would take it for a line feed
-        return Markup("&#13;");
-    default:
-        break;
-    }
-    if (!IsAllowed(character))
-        character = kReplacement;
-    Reserve(4);
-    at_ += WriteUtf8(character, at_);
+    Reserve(kMaxXmlCharacter);
+    at_ += WriteXmlCharacter(character, at_);
 }
 
 void XmlWriter::Base64(std::span<const std::byte> bytes)

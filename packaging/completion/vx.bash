@@ -6,7 +6,7 @@ _vx()
     local every='--plugin --max-time --max-memory --max-output --progress --font-dir --font-map --no-system-fonts --missing-fonts
         --script --date-order --salvage --require-sandbox --strict --quiet --verbose --help'
     local picture='--output --format --dpi --zoom --width --height --fit --background --box --page --margin --bleed --marks --layers --hide --profile
-        --intent --overprint --samples --text --spots --pdf-x --date --compress'
+        --intent --overprint --samples --text --spots --pdf-x --pdf-a --date --compress'
     local sheet='--dpi --zoom --width --height --fit --box --page --margin --bleed --layers --hide --overprint --samples'
     local words= files=-f
 
@@ -32,7 +32,8 @@ _vx()
     --spots) words='keep process' files= ;;
     --layers) words='printing all' files= ;;
     --hide) files= ;;
-    --pdf-x) words='x1a x3 none' files= ;;
+    --pdf-x) words='x1a x3 x4 none' files= ;;
+    --pdf-a) words='2b 2u none' files= ;;
     --compress) words='none fast default small' files= ;;
     --date-order) words='auto mdy dmy' files= ;;
     --script) words='auto roman japanese chinese korean' files= ;;

@@ -75,7 +75,8 @@ def options() -> tuple[Option, ...]:
     >>> for option in vx.options():
     ...     if option.formats == ("pdf",):
     ...         print(option)
-    pdf_x=LEVEL: pdf: the standard to keep to: x1a, x3 or none (none)
+    pdf_x=LEVEL: pdf: the standard of the press to keep to: x1a, x3, x4 or none (none)
+    pdf_a=LEVEL: pdf: the standard of archives to keep to: 2b, 2u or none (none)
     date=WHEN: pdf: the date of its creation: as 2026-11-22T10:30, in seconds since 1970, file or now (the document's own)
     compress=HOW: pdf: how hard to compress: none, fast, default or small (default)
     """

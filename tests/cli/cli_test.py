@@ -78,9 +78,11 @@ class Usage(CommandTest):
         (["render", "a.vx", "-o", "a.png", "--text", "outlines"], "--text is for pdf and svg, and png is written"),
         (["render", "a.vx", "-o", "a.png", "--pdf-x", "x3"], "--pdf-x is for pdf, and png is written"),
         (["render", "a.vx", "-o", "a.pdf", "--intent", "relative"], "--intent is for svg and png"),
-        (["render", "a.vx", "-o", "a.pdf", "--profile", "fogra39"], "or add --pdf-x"),
         (["render", "a.vx", "-o", "a.pdf", "--profile", "none", "--pdf-x", "x3"], "--pdf-x and --profile none"),
-        (["render", "a.vx", "-o", "a.pdf", "--pdf-x", "x4"], "--pdf-x x4"),
+        (["render", "a.vx", "-o", "a.pdf", "--profile", "none", "--pdf-a", "2b"], "--pdf-a and --profile none"),
+        (["render", "a.vx", "-o", "a.pdf", "--pdf-x", "4"], "--pdf-x 4: not known: give one of x1a, x3, x4, none"),
+        (["render", "a.vx", "-o", "a.pdf", "--pdf-a", "2a"], "--pdf-a 2a: not known: give one of 2b, 2u, none"),
+        (["render", "a.vx", "-o", "a.png", "--pdf-a", "2b"], "--pdf-a is for pdf, and png is written"),
         (["render", "a.vx", "-o", "a.pdf", "--text", "runes"], "--text runes"),
         (["render", "a.vx", "-o", "a.png", "--dpi", ""], "the value is empty"),
         (["render", "a.vx", "-o", "a.vx"], "overwrite the input"),
@@ -529,6 +531,68 @@ class Formats(CommandTest):
             self.run_vx("render", "a.vx", "-o", "x.pdf", "--pdf-x", level, environment={"SOURCE_DATE_EPOCH": "86400"})
             self.assertIn(b"/CreationDate(D:19700102000000", self.read("x.pdf"))
             self.assertIn(name, self.read("x.pdf"))
+
+    LEVELS = (["--pdf-x", "x1a"], ["--pdf-x", "x4"], ["--pdf-a", "2b"], ["--pdf-x", "x4", "--pdf-a", "2u"])
+
+    def test_a_level_goes_on_with_fonts_that_stand_in(self):
+        for level in self.LEVELS:
+            words = ["-o", "a.pdf", *level, "--date", "0"]
+            with self.subTest(level):
+                self.write("a.vx", text_document("Helvetica"))
+                self.assertEqual(self.run_vx("render", "a.vx", *words, "--strict", "--missing-fonts", "fail")[1], [])
+                self.assertIn(b"<rdf:li>Helvetica = NimbusSans-Regular</rdf:li>", self.read("a.pdf"))
+                os.remove(self.path("a.pdf"))
+                self.write("a.vx", text_document("Frutiger-Roman"))
+                for more, status in (([], 0), (["--strict"], 3)):
+                    told = self.run_vx("render", "a.vx", *words, *more, status=status)[1]
+                    self.assertEqual([line.split(",")[0] for line in told], ['vx: a.vx: warning: no font "Frutiger-Roman"'])
+                    self.assertIn(b"<rdf:li>Frutiger-Roman = ", self.read("a.pdf"))
+                    os.remove(self.path("a.pdf"))
+                self.refused("render", "a.vx", *words, "--missing-fonts", "fail", status=1)
+                self.assertEqual(self.files(), ["a.vx"])
+
+    def test_what_no_archive_takes_is_refused(self):
+        square = "0 0 m 9 0 L 9 9 L 0 9 L"
+        name = "Ink " * 32
+        cases = [(document(box="0 0 72 2"), "the page is of 72 by 2 points, and PDF/A-2b takes 3 to 14400 each way: "),
+                 (document(box="0 0 14401 9"), "the page is of 14401 by 9 points"),
+                 (document(f"q\n{square} h W n\n" * 29 + f"0 g\n{square} f\n" + "Q\n" * 29, box="0 0 9 9"),
+                  "clips are nested 29 deep, and PDF/A-2b takes 28: leave --pdf-a out"),
+                 (document(f"1 0.5 0 0 ({name}) 0 x\n{square} f\n", box="0 0 9 9"),
+                  f'the spot ink "{name[:40]}..." has a name of 128 bytes, and PDF/A-2b takes 127: rename it, or choose --spots process')]
+        for data, told in cases:
+            with self.subTest(told):
+                self.write("a.vx", data)
+                self.run_vx("render", "-q", "a.vx", "-o", "a.pdf", "--pdf-x", "x4")
+                os.remove(self.path("a.pdf"))
+                self.assertIn(told, self.refused("render", "a.vx", "-o", "a.pdf", "--pdf-a", "2b", "--date", "0", status=1))
+                self.assertEqual(self.files(), ["a.vx"])
+
+    def test_a_profile_is_the_intent_of_a_pdf(self):
+        self.write("a.vx", document())
+        with open(os.path.join(os.path.dirname(sample("gray")), "../devices/colour/profiles/fogra39.icc"), "rb") as file:
+            profile = bytearray(file.read())
+        self.write("two.icc", bytes(profile))
+        profile[8] = 4
+        self.write("four.icc", bytes(profile))
+        for words, intents, head, version in (([], 0, b"%PDF-1.4", None), (["--profile", "none"], 0, b"%PDF-1.4", None),
+                                              (["--profile", "fogra39"], 1, b"%PDF-1.4", None), (["--profile", "two.icc"], 1, b"%PDF-1.4", None),
+                                              (["--profile", "four.icc"], 1, b"%PDF-1.4", b"/Version/1.7"),
+                                              (["--profile", "four.icc", "--pdf-x", "x4"], 1, b"%PDF-1.6", None),
+                                              (["--profile", "four.icc", "--pdf-a", "2b"], 1, b"%PDF-1.7", None),
+                                              (["--profile", "two.icc", "--pdf-x", "x3", "--pdf-a", "2u"], 2, b"%PDF-1.4", None)):
+            with self.subTest(words):
+                self.run_vx("render", "a.vx", "-o", "a.pdf", "-q", *words)
+                pdf = self.read("a.pdf")
+                self.assertEqual((pdf.count(b"/Type/OutputIntent/"), pdf[:8]), (intents, head))
+                self.assertEqual(re.findall(rb"/Version/1\.\d", pdf), [version] if version else [])
+        for words, told in ((["--pdf-x", "x1a", "--pdf-a", "2b"], "is of ICC version 4, PDF/X-1a takes version 2"), (["--pdf-x", "x3"], "PDF/X-3 takes")):
+            os.remove(self.path("a.pdf"))
+            self.assertIn(told, self.refused("render", "a.vx", "-o", "a.pdf", "--profile", "four.icc", *words, status=2))
+            self.assertNotIn("a.pdf", self.files())
+            self.write("a.pdf", b"")
+        self.assertIn("no ICC profile", self.refused("render", "a.vx", "-o", "b.pdf", "--profile", "a.vx", status=2))
+        self.assertNotIn("b.pdf", self.files())
 
     def test_in_a_pipe(self):
         for kind, beginning in self.BEGINNINGS.items():

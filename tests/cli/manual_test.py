@@ -298,16 +298,17 @@ class Completion(CommandTest):
         for command in COMMANDS:
             options = {name for name in helped_options(command) if name.startswith("--")}
             self.assertEqual(set(self.complete(command, "--")), options, command)
-        self.assertEqual(self.complete("render", "a.vx", "--pdf"), ["--pdf-x"])
+        self.assertEqual(self.complete("render", "a.vx", "--pdf"), ["--pdf-x", "--pdf-a"])
 
     # The message about a wrong value lists these.
-    CHOICES = ["--format", "--marks", "--intent", "--overprint", "--samples", "--text", "--spots", "--pdf-x", "--compress",
+    CHOICES = ["--format", "--marks", "--intent", "--overprint", "--samples", "--text", "--spots", "--pdf-x", "--pdf-a",
+               "--compress",
                "--script", "--missing-fonts", "--progress"]
 
     def test_values_are_those_that_the_program_takes(self):
         self.write("a.vx", document())
         for option in self.CHOICES:
-            output = "a.pdf" if option in ("--text", "--spots", "--pdf-x", "--compress") else "a.png"
+            output = "a.pdf" if option in ("--text", "--spots", "--pdf-x", "--pdf-a", "--compress") else "a.png"
             told = self.refused("render", "a.vx", "-o", output, option, "nonsense", status=2)
             choices = set(re.findall(r"\w+", told.split(": give ")[1])) - {"one", "of", "or", "several", "as"}
             self.assertEqual(set(self.complete("render", option, "")), choices, option)

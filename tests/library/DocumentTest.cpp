@@ -283,6 +283,18 @@ TEST(Options, SayTheDateThatAStandardNeeds)
     EXPECT_NE(Rendered(document.get(), "pdf").find("/CreationDate(D:19700102000000"), std::string::npos);
 }
 
+TEST(Options, SetThePressOfAPlainPdf)
+{
+    const OwnedDocument document = OpenBytes(LeftHalf());
+    EXPECT_EQ(Rendered(document.get(), "pdf").find("/OutputIntents"), std::string::npos);
+    Set(document.get(), "profile", VX_SOURCE_DIR "/devices/colour/profiles/fogra39.icc");
+    const std::string pdf = Rendered(document.get(), "pdf");
+    EXPECT_NE(pdf.find("/S/GTS_PDFX/OutputConditionIdentifier(Custom)"), std::string::npos);
+    EXPECT_EQ(pdf.find("/Metadata"), std::string::npos);
+    Set(document.get(), "profile", "none");
+    EXPECT_EQ(Rendered(document.get(), "pdf").find("/OutputIntents"), std::string::npos);
+}
+
 std::array<int32_t, 2> SizeOf(vx_document *document)
 {
     std::array<int32_t, 2> size = {};

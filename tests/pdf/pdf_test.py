@@ -3,6 +3,8 @@ import collections
 import json
 import os
 import re
+import shutil
+import subprocess
 import unittest
 import unittest.mock
 
@@ -345,6 +347,54 @@ class Standards(PdfTest):
             self.assertIn(process.returncode, (1, 2))
             self.assertIn("background", errors.decode())
             self.assertEqual(self.files(), [])
+
+
+class Preflight(PdfTest):
+    """Every sample as a file for archives, by a program that judges such files of part 1, from which part 2 was made."""
+
+    FOLDER = "/usr/share/java"
+    PARTS = ("preflight", "pdfbox2", "fontbox2", "xmpbox", "commons-logging", "javax.activation", "jaxb-api")
+    # What it finds in files of part 2 because it knows part 1 alone.
+    OF_PART_1 = {
+        # It takes no other part.
+        "7.11.2 : Error on MetaData, part must be 1",
+        # Part 1 asks for a set of the glyphs of each composite font; part 2 for one that is right, where there is one.
+        "3.1.11 : Invalid Font definition, FONT: The CIDSet entry is missing for the Composite Subset",
+        # Part 1 builds on a PDF without layers.
+        "1.4.8 : Trailer Syntax error, A Catalog shall not contain the OCPProperties entry",
+        # Part 1 takes numbers up to 32767, part 2 up to those of a single-precision number.
+        "1.0.6 : Syntax error, Invalid float range in a Number operand on page 1",
+    }
+
+    def judge(self, *options):
+        """What is found, by the name of the sample."""
+        path = [os.path.join(self.FOLDER, part + ".jar") for part in self.PARTS]
+        missing = [one for one in path if not os.path.exists(one)]
+        if missing or shutil.which("java") is None:
+            self.skipTest("no preflight of PDF/A here: install the packages of the group \"all\"")
+        for name in sample_names():
+            self.pdf(sample(name), *options, "--date", "0", name=name + ".pdf")
+        report = subprocess.run(["java", "-cp", ":".join(path), "org.apache.pdfbox.preflight.Validator_A1b", "group", self.folder],
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False).stdout.decode()
+        found = {}
+        for part in re.split(r"^The file ", report, flags=re.M)[1:]:
+            head, *lines = part.splitlines()
+            found[head.split(".pdf")[0]] = {re.sub(r"[A-Z]{6}\+[^:]+", "FONT", line) for line in lines if line.strip()}
+        self.assertEqual(set(found), set(sample_names()))
+        return found
+
+    def test_every_sample_is_fit_for_archives(self):
+        met = set()
+        for name, findings in self.judge("--pdf-a", "2b").items():
+            with self.subTest(name):
+                self.assertEqual(findings - self.OF_PART_1, set())
+                met |= findings
+        self.assertEqual(self.OF_PART_1 - met, set(), "an excuse that nothing needs")
+
+    def test_a_plain_file_is_not(self):
+        for name, findings in self.judge().items():
+            with self.subTest(name):
+                self.assertIn("7.1 : Error on MetaData, Metadata is not a stream", findings)
 
 
 if __name__ == "__main__":

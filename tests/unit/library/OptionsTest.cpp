@@ -125,7 +125,12 @@ TEST(OptionsTest, MeanWhatTheySay)
     EXPECT_EQ(Said({{"zoom", "2"}}).Read().png.dpi, 144);
     EXPECT_EQ(Said({{"samples", "1"}}).Read().png.samples, 1);
     EXPECT_EQ(Said({{"pdf-x", "x1a"}, {"profile", "p.icc"}}).Read().pdf.profile, "p.icc");
-    EXPECT_EQ(Said({{"profile", "p.icc"}}).Read().pdf.profile, "fogra39") << "no PDF is made for that press";
+    EXPECT_EQ(Said({{"profile", "p.icc"}}).Read().pdf.profile, "p.icc");
+    EXPECT_EQ(Said({}).Read().pdf.profile, "") << "a plain PDF is made for no press";
+    EXPECT_EQ(Said({{"profile", "none"}}).Read().pdf.profile, "");
+    EXPECT_EQ(Said({{"pdf-x", "x4"}}).Read().pdf.standard, PdfX::X4);
+    EXPECT_EQ(Said({{"pdf-a", "2u"}}).Read().pdf.archive, PdfA::A2u);
+    EXPECT_EQ(Said({{"pdf-a", "none"}}).Read().pdf.archive, PdfA::None);
     EXPECT_FALSE(Said({{"background", "none"}}).Read().png.background.has_value());
 }
 
@@ -154,7 +159,8 @@ const WrongCase kWrong[] = {
     {"intent", "absolute", "--intent absolute: not known: give one of relative, perceptual"},
     {"samples", "3", "--samples 3: not known: give one of 1, 2, 4, 8"},
     {"samples", "", ""}, // not said
-    {"pdf-x", "x4", "--pdf-x x4: not known: give one of x1a, x3, none"},
+    {"pdf-x", "4", "--pdf-x 4: not known: give one of x1a, x3, x4, none"},
+    {"pdf-a", "1b", "--pdf-a 1b: not known: give one of 2b, 2u, none"},
     {"compress", "yes", "--compress yes: not known: give one of none, fast, default, small"},
     {"date", "-1", "--date -1: not a date from 1970 to 9999"},
     {"date", "253402300800", "--date 253402300800: not a date from 1970 to 9999"},
@@ -196,6 +202,8 @@ TEST(OptionsTest, SomeDoNotGoTogether)
               "--page and --box both say what is shown: leave one out");
     EXPECT_TRUE(
         ErrorOf(Said({{"pdf-x", "x3"}, {"profile", "none"}})).starts_with("--pdf-x and --profile none"));
+    EXPECT_TRUE(
+        ErrorOf(Said({{"pdf-a", "2b"}, {"profile", "none"}})).starts_with("--pdf-a and --profile none"));
 }
 
 TEST(OptionsTest, LaterOnesReplaceASizeAsAWhole)
@@ -229,7 +237,8 @@ const MeantCase kMeantCases[] = {
     {"text", "text", kSvg, true},
     {"max-time", "1", kSvg, true}, // of any document
     {"profile", "none", kSvg, true},
-    {"profile", "fogra39", kPdf, false}, // nothing converts colours
+    {"pdf-a", "2b", kPng, false},
+    {"profile", "fogra39", kPdf, true}, // as output intent
     {"profile", "fogra39", kPdf | kPng, true},
     {"dpi", "72", kTiff, true},
     {"profile", "fogra39", kTiff, true},
@@ -247,8 +256,6 @@ TEST(OptionsTest, MeanSomethingForSomeFormats)
         else
             EXPECT_THROW(texts.CheckMeant(row.formats), OptionError) << row.name;
     }
-    EXPECT_NO_THROW(Said({{"profile", "fogra39"}, {"pdf-x", "x3"}}).CheckMeant(kPdf));
-    EXPECT_THROW(Said({{"profile", "fogra39"}, {"pdf-x", "none"}}).CheckMeant(kPdf), OptionError);
 }
 
 TEST(FormatsTest, AreFoundByTheirNames)

@@ -148,7 +148,7 @@ TEST(PdfX, RefusesColoursOfAScreen)
     PdfOptions options = Standard(PdfX::X1a);
     options.background = Rgb{255, 255, 255};
     EXPECT_EQ(Refusal(options),
-              "PDF/X has no colours of a screen, and the background is one: leave it to the paper");
+              "PDF/X-1a has no colours of a screen, and the background is one: leave it to the paper");
 }
 
 TEST(PdfX, RefusesWhatIsNoPressProfile)

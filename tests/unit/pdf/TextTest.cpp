@@ -233,7 +233,7 @@ TEST(PdfText, EmbedsASubsetOfACffFont)
     QPDFObjectHandle font = Descendant(page, "F1");
     EXPECT_EQ(font.getKey("/Subtype").unparse(), "/CIDFontType0");
     const std::string name = font.getKey("/BaseFont").getName();
-    EXPECT_EQ(name.substr(7), "+Helvetica");
+    EXPECT_EQ(name.substr(7), "+NimbusSans-Regular");
     // Editors look for a font of the whole name, to which no encoding belongs.
     EXPECT_EQ(page.Resource("Font", "F1").getKey("/BaseFont").getName(), name);
     QPDFObjectHandle program = font.getKey("/FontDescriptor").getKey("/FontFile3");
@@ -307,7 +307,7 @@ TEST(PdfText, EmbedsAType1FontWhole)
     DrawnPage page = Shown({setter.run});
     EXPECT_NE(page.Program().find("(\1\2)Tj"), std::string::npos);
     QPDFObjectHandle font = page.Resource("Font", "F1");
-    EXPECT_EQ(font.getKey("/BaseFont").unparse(), "/Old-Sans");
+    EXPECT_EQ(font.getKey("/BaseFont").unparse(), "/NimbusSans-Regular");
     EXPECT_EQ(font.getKey("/Encoding").getKey("/Differences").unparse(), "[ 1 /A /eacute ]");
     EXPECT_EQ(font.getKey("/Widths").unparse(), "[ 667 556 ]");
     QPDFObjectHandle program = font.getKey("/FontDescriptor").getKey("/FontFile");
@@ -337,7 +337,7 @@ TEST(PdfText, NumbersFontsByTheirFirstUse)
         d.ShowText({{setter.run}}, Filled());
     });
     EXPECT_NE(page.Program().find("/F1 10 Tf"), std::string::npos) << page.Program();
-    EXPECT_EQ(Descendant(page, "F1").getKey("/BaseFont").getName().substr(7), "+Helvetica");
+    EXPECT_EQ(Descendant(page, "F1").getKey("/BaseFont").getName().substr(7), "+NimbusSans-Regular");
 }
 
 TEST(PdfText, RefusesWhatIsNoFont)
