@@ -310,7 +310,7 @@ class Tags(html.parser.HTMLParser):
             self.scripts[-1] += data
 
 
-class Pages(CommandTest):
+class CheckPages(CommandTest):
     def page(self, data, *words, status=3):
         self.write("a.vx", data)
         self.run_vx("check", "a.vx", "--html", "a.html", *words, status=status)
