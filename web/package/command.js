@@ -112,6 +112,9 @@ async function fontsIn(folder) {
     return found.sort();
 }
 
+// A line of JSON that begins with the name of the input; the library does not know it.
+const withFile = (input, json) => `{"file":${JSON.stringify(input)},${json.slice(1).trimEnd()}\n`;
+
 const COMMANDS = {
     async render(drawing, input, { output, formats, chosen }) {
         const warnings = [];
@@ -126,7 +129,7 @@ const COMMANDS = {
         return [...new Set(warnings)];
     },
     async info(drawing, input) {
-        process.stdout.write(`${JSON.stringify({ file: input, ...drawing.info })}\n`);
+        process.stdout.write(withFile(input, drawing.json));
         return drawing.warnings;
     },
     async fonts(drawing, input) {
@@ -134,13 +137,10 @@ const COMMANDS = {
         return drawing.warnings;
     },
     async text(drawing, input, { json, chosen, prefix }) {
-        const texts = await drawing.text(chosen);
-        if (json) {
-            for (const { text, ...facts } of texts) process.stdout.write(`${JSON.stringify({ file: input, ...facts })}\n`);
-            return drawing.warnings;
-        }
-        const lines = texts.map(({ text }) => text.replace(/^(?=[^])/gm, (_, at) => (at < text.length ? prefix : '')));
-        process.stdout.write(lines.join(`${prefix}\n`));
+        const texts = await drawing.rawText(chosen);
+        const shown = json ? texts.map((text) => withFile(input, text.json))
+            : texts.map(({ lines }, i) => (i === 0 ? lines : `\n${lines}`).replace(/[^\n]*\n/g, `${prefix.replaceAll('$', '$$$$')}$&`));
+        process.stdout.write(shown.join(''));
         return drawing.warnings;
     },
 };

@@ -146,10 +146,10 @@ export class Engine {
     // Each of the following reads the document with the options, of which none stays. onProgress(done, total) ends the call
     // when it returns true.
 
+    // As JSON.
     info(key, options, onProgress) {
         return this.#read(key, options, onProgress, (document) =>
-            JSON.parse(this.#textAt(this.#pointerFrom((to) =>
-                this.#exports.vx_document_json(document, to, this.#error)))));
+            this.#textAt(this.#pointerFrom((to) => this.#exports.vx_document_json(document, to, this.#error))));
     }
 
     render(key, format, options, onProgress) {
@@ -164,11 +164,12 @@ export class Engine {
         });
     }
 
+    // The lines of each text, and all that is known of it, as JSON.
     texts(key, options, onProgress) {
         return this.#read(key, options, onProgress, (document) => {
             const texts = [];
             this.#text = (lines, json) => {
-                texts.push({ ...JSON.parse(this.#textAt(json)), text: this.#textAt(lines) });
+                texts.push({ lines: this.#textAt(lines), json: this.#textAt(json) });
                 return 0;
             };
             this.#check(this.#exports.vx_web_texts(document, this.#error));

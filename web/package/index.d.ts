@@ -21,8 +21,27 @@ export interface Call {
 }
 
 /** Options by the names of the command, as "dpi", "pdf-x" and "layers"; `createReader().about()` lists them. */
-export interface Options {
-    [name: string]: string | number | boolean | Array<string | number> | null | undefined;
+export type Option = string | number | boolean | Array<string | number> | null | undefined;
+
+export interface CallWithOptions extends Call {
+    [name: string]: Option | unknown;
+}
+
+export interface RenderCall extends CallWithOptions {
+    format: 'pdf' | 'svg' | 'png';
+}
+
+export interface PictureCall extends CallWithOptions {
+    box?: Box;
+    width?: number;
+    height?: number;
+    /** Whether it is to be an ImageBitmap. */
+    bitmap?: boolean;
+}
+
+export interface OpenCall extends Call {
+    /** Those of all calls about the drawing. */
+    options?: Record<string, Option>;
 }
 
 export interface Layer {
@@ -87,16 +106,20 @@ export interface Picture {
 
 export class Drawing {
     readonly info: Info;
+    /** The same as text, to the letter what the command prints. */
+    readonly json: string;
     readonly layers: Layer[];
     readonly inks: Ink[];
     readonly fonts: Font[];
     /** What the last call told beside its result. */
     readonly warnings: string[];
     /** The bytes of a file. */
-    render(options: Options & Call & { format: 'pdf' | 'svg' | 'png' }): Promise<Uint8Array>;
-    picture(options: Call & Omit<Options, 'box'> & { box?: Box; width?: number; height?: number; bitmap: true }): Promise<ImageBitmap>;
-    picture(options?: Call & Omit<Options, 'box'> & { box?: Box; width?: number; height?: number; bitmap?: false }): Promise<ImageData | Picture>;
-    text(options?: Options & Call): Promise<Text[]>;
+    render(call: RenderCall): Promise<Uint8Array>;
+    picture(call: PictureCall & { bitmap: true }): Promise<ImageBitmap>;
+    picture(call?: PictureCall): Promise<ImageData | Picture>;
+    text(call?: CallWithOptions): Promise<Text[]>;
+    /** The same with what is known of a text as JSON. */
+    rawText(call?: CallWithOptions): Promise<{ lines: string; json: string }[]>;
     close(): Promise<void>;
 }
 
@@ -123,7 +146,7 @@ export interface About {
 }
 
 export class Reader {
-    open(source: Source, options?: Call & { options?: Options }): Promise<Drawing>;
+    open(source: Source, call?: OpenCall): Promise<Drawing>;
     addFonts(...sources: Source[]): Promise<void>;
     about(): Promise<About>;
     fontList(): Promise<{ postscript: string; family: string; servedBy: string; file: string }[]>;
@@ -134,6 +157,6 @@ export class Reader {
 
 export function createReader(options?: ReaderOptions): Reader;
 /** Opens a drawing with a reader that all such calls share. */
-export function open(source: Source, options?: Call & { options?: Options }): Promise<Drawing>;
+export function open(source: Source, call?: OpenCall): Promise<Drawing>;
 /** Drawings that are opened afterwards have the fonts: OpenType or Type 1 files. */
 export function addFonts(...sources: Source[]): Promise<void>;

@@ -206,6 +206,7 @@ export function makeApi(platform) {
         #bytes;
         #options; // of every call
         #generation = 0;
+        #json = '{}';
         #info = {};
         #warnings = [];
 
@@ -218,6 +219,11 @@ export function makeApi(platform) {
 
         get info() {
             return this.#info;
+        }
+
+        // The same as text.
+        get json() {
+            return this.#json;
         }
 
         get layers() {
@@ -238,14 +244,21 @@ export function makeApi(platform) {
         }
 
         async read(call) {
-            this.#info = await this.#ask('info', [], {}, call);
+            this.#json = await this.#ask('info', [], {}, call);
+            this.#info = JSON.parse(this.#json);
         }
 
         async render({ format, signal, timeout, onProgress, ...options }) {
             return this.#ask('render', [format], options, { signal, timeout, onProgress });
         }
 
-        async text({ signal, timeout, onProgress, ...options } = {}) {
+        async text(options) {
+            const texts = await this.rawText(options);
+            return texts.map(({ lines, json }) => ({ ...JSON.parse(json), text: lines }));
+        }
+
+        // The same with what is known of a text as text.
+        async rawText({ signal, timeout, onProgress, ...options } = {}) {
             return this.#ask('texts', [], options, { signal, timeout, onProgress });
         }
 

@@ -14,7 +14,8 @@ async function answer({ id, method, args, wantsProgress }) {
             server = await Server.make(args[0], (name) => load(new URL(name, args[0].fontFolder)));
             return port.postMessage({ id });
         }
-        const onProgress = wantsProgress ? (done, total) => port.postMessage({ id, progress: [done, total] }) : undefined;
+        const tell = (done, total) => void port.postMessage({ id, progress: [done, total] });
+        const onProgress = wantsProgress ? tell : undefined;
         const result = await server.answer(method, args, onProgress);
         const bytes = result?.result?.data ?? result?.result;
         return port.postMessage({ id, result }, bytes?.buffer instanceof ArrayBuffer ? [bytes.buffer] : []);

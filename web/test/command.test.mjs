@@ -20,7 +20,7 @@ async function folderFor(t) {
 
 test('it draws as the native command, with its options', { skip: noNative }, async (t) => {
     const folder = await folderFor(t);
-    const options = ['--dpi', '72', '--pdf-x', 'x3', '--date', '2026-11-22', '--background', '#fff0e0'];
+    const options = ['--dpi', '72', '--pdf-x', 'x3', '--date', '2026-11-22'];
     await command('render', gift, ...options, '-f', 'png,pdf', '-o', `${folder}/ours-{stem}.{ext}`);
     await run(NATIVE, ['render', '-q', gift, ...options, '-f', 'png,pdf', '-o', `${folder}/native-{stem}.{ext}`,
         '--no-system-fonts', '--font-dir', path.join(PACKAGE, 'fonts')]);
@@ -30,8 +30,9 @@ test('it draws as the native command, with its options', { skip: noNative }, asy
 
 test('it prints words as the native command', { skip: noNative }, async () => {
     const inputs = ['text-area.vx', 'gift.vx'].map((name) => path.join(SOURCE, 'samples', name));
+    const fonts = ['--no-system-fonts', '--font-dir', path.join(PACKAGE, 'fonts')];
     for (const words of [['text', ...inputs], ['text', inputs[0]], ['text', '--json', inputs[0]]])
-        assert.equal(String((await command(...words)).stdout), (await run(NATIVE, words)).stdout);
+        assert.equal(String((await command(...words)).stdout), (await run(NATIVE, [...words, ...fonts])).stdout);
 });
 
 test('it tells facts, and what is wrong', async () => {
