@@ -1,7 +1,7 @@
 // The module: what JavaScript calls beside the calls of vx.h. Procedures of JavaScript cannot be handed over, so those that
 // vx.h wants are imported here. package/engine.js is the other side, and knows the layouts below.
-#include "web/FontRows.h"
 #include "web/Files.h"
+#include "web/FontRows.h"
 
 #include <vx.h>
 
@@ -13,10 +13,11 @@ static_assert(sizeof(vx_pixels) == 56 && offsetof(vx_pixels, left) == 8 && offse
 static_assert(sizeof(vx_option) == 48 && offsetof(vx_option, help) == 24 && offsetof(vx_option, least) == 32);
 static_assert(sizeof(vx_format) == 12);
 static_assert(sizeof(vx_font_entry) == 28 && offsetof(vx_font_entry, face) == 20);
-static_assert(sizeof(vx_font_use) == 40 && offsetof(vx_font_use, match) == 12 && offsetof(vx_font_use, strings) == 16);
+static_assert(sizeof(vx_font_use) == 40 && offsetof(vx_font_use, match) == 12 &&
+              offsetof(vx_font_use, strings) == 16);
 
 #define VX_IMPORT(name) __attribute__((import_module("vx"), import_name(name)))
-#define VX_EXPORT __attribute__((used, visibility("default")))
+#define VX_EXPORT       __attribute__((used, visibility("default")))
 
 extern "C" {
 

@@ -8,7 +8,8 @@ if(NOT EXISTS ${VX_EMSCRIPTEN})
 endif()
 include(${VX_EMSCRIPTEN})
 set(ENV{NODE_PATH} /usr/share/nodejs)
-set(CMAKE_CROSSCOMPILING_EMULATOR /usr/bin/node)
+# What this emscripten writes for Node takes a global "fetch" for a page's.
+set(CMAKE_CROSSCOMPILING_EMULATOR "/usr/bin/node;--no-experimental-fetch")
 set(CMAKE_C_FLAGS_INIT "-fwasm-exceptions -sSUPPORT_LONGJMP=wasm -ffp-contract=off")
 set(CMAKE_CXX_FLAGS_INIT ${CMAKE_C_FLAGS_INIT})
 

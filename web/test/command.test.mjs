@@ -35,6 +35,16 @@ test('it prints words as the native command', { skip: noNative }, async () => {
         assert.equal(String((await command(...words)).stdout), (await run(NATIVE, [...words, ...fonts])).stdout);
 });
 
+test('it takes the numbers that the native command takes', { skip: noNative }, async (t) => {
+    const folder = await folderFor(t);
+    for (const zoom of ['1.5', '.5', '2.', '1e0', '0x1', '+1', ' 1', '1 ', 'nan', 'inf', '-0.5', '1,5', '0.30000000000000004']) {
+        const statuses = [];
+        for (const draw of [command, (...words) => run(NATIVE, words)])
+            statuses.push(await draw('render', gift, `--zoom=${zoom}`, '-o', `${folder}/x.png`).then(() => 0, ({ code }) => code));
+        assert.equal(statuses[0], statuses[1], `"${zoom}"`);
+    }
+});
+
 test('it tells facts, and what is wrong', async () => {
     const { stdout } = await command('info', gift);
     assert.equal(JSON.parse(stdout).file, gift);
@@ -63,7 +73,9 @@ test('an input is never overwritten', async (t) => {
     assert.deepEqual(await readdir(folder), ['gift.vx']);
 });
 
-test('npm packs what is needed, with the licences', async () => {
+const noNpm = await run('npm', ['--version']).then(() => false, () => 'there is no npm: install it');
+
+test('npm packs what is needed, with the licences', { skip: noNpm }, async () => {
     const { stdout } = await run('npm', ['pack', '--dry-run', '--json', '--ignore-scripts', '--offline'], { cwd: PACKAGE });
     const [{ files, size }] = JSON.parse(stdout);
     const names = files.map(({ path: name }) => name).sort();
