@@ -8,7 +8,7 @@ import { makeApi } from './reader.js';
 
 // A worker keeps the program alive while it has something to do.
 function startWorker(onMessage, onError) {
-    const worker = new Worker(new URL('./worker.js', import.meta.url));
+    const worker = new Worker(new URL('./worker.node.js', import.meta.url));
     worker.unref();
     worker.on('message', onMessage);
     worker.on('error', onError);

@@ -79,7 +79,7 @@ test('npm packs what is needed, with the licences', { skip: noNpm }, async () =>
     const { stdout } = await run('npm', ['pack', '--dry-run', '--json', '--ignore-scripts', '--offline'], { cwd: PACKAGE });
     const [{ files, size }] = JSON.parse(stdout);
     const names = files.map(({ path: name }) => name).sort();
-    for (const name of ['LICENSE', 'README.md', 'package.json', 'index.d.ts', 'index.js', 'node.js', 'worker.js', 'command.js', 'vx.wasm',
+    for (const name of ['LICENSE', 'README.md', 'package.json', 'index.d.ts', 'index.js', 'node.js', 'worker.js', 'worker.node.js', 'command.js', 'vx.wasm',
         'fonts/rows.txt', 'fonts/texgyreheros-regular.otf', 'licenses/fonts-texgyre.txt', 'licenses/emscripten.txt',
         ...['freetype', 'harfbuzz', 'lcms2', 'libdeflate', 'libpng1.6', 'nlohmann-json', 'xz-utils', 'zlib'].map((name) => `licenses/${name}.txt`)])
         assert.ok(names.includes(name), name);

@@ -103,7 +103,7 @@ test('a trap ends a worker, and the next call has another', async (t) => {
     let started = 0;
     const startWorker = (onMessage, onError) => {
         const isFirst = ++started === 1;
-        const worker = new Worker(path.join(PACKAGE, 'worker.js'));
+        const worker = new Worker(path.join(PACKAGE, 'worker.node.js'));
         worker.unref();
         worker.on('message', onMessage);
         return {
