@@ -43,8 +43,9 @@ Clip Clip::Intersect(Scanner *shape, MemoryCap *budget) const
     auto mask = std::make_shared<Mask>();
     Bounds bounds = {bounds_.right, bounds_.bottom, bounds_.left, bounds_.top};
     std::vector<Span> scratch;
-    const size_t maxSpans =
-        budget->Left() / (2 * sizeof(Span)); // twice: a vector that grows holds the old and the new
+    // Twice: a vector that grows holds the old and the new.
+    const auto maxSpans =
+        static_cast<size_t>(std::min<uint64_t>(budget->Left() / (2 * sizeof(Span)), SIZE_MAX));
     int32_t nextRow = 0;
     shape->Sweep([&](int32_t y, std::span<const Span> spans) {
         const std::span<const Span> visible = Intersect(y, spans, &scratch);

@@ -125,7 +125,7 @@ class RasterDevice : public Device
         clips_.Reset({0, 0, size_.width * n, size_.height * n});
         buffer_ = std::make_unique<InkBuffer>(size_.width, size_.height, n,
                                               RowMixer::NeedsPainted(options_.background), &budget_);
-        glyphs_.Reset(n, options_.glyphMemory, &budget_);
+        glyphs_.Reset(n, static_cast<size_t>(std::min<uint64_t>(options_.glyphMemory, SIZE_MAX)), &budget_);
     }
 
     void Save() override

@@ -193,7 +193,8 @@ void Shader::MixSpan(const ColourSpan &span, size_t count)
     for (size_t i = inks_.size(); i < count; ++i) {
         const double place = first + static_cast<double>(i) * perInk;
         const auto parts = static_cast<uint64_t>(static_cast<int64_t>(place > 0 ? std::min(place, end) : 0));
-        const Step &step = steps_[parts / kParts], &next = steps_[std::min<size_t>(parts / kParts + 1, last)];
+        const auto at = static_cast<size_t>(parts / kParts);
+        const Step &step = steps_[at], &next = steps_[std::min<size_t>(at + 1, last)];
         inks_.push_back(Mix(step, next, parts % kParts));
         if (shading_->overprint)
             kept_.push_back(parts % kParts == 0 ? step.keep : step.keep & next.keep);

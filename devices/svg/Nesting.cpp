@@ -121,7 +121,7 @@ void Nesting::WriteGroups(uint32_t least)
         entry.value += written;
         if (entry.elements < least)
             continue;
-        xml_->Insert(entry.value, kGroup);
+        xml_->Insert(static_cast<size_t>(entry.value), kGroup);
         written += kGroup.size();
         entry.isOpen = true;
         --held_;

@@ -52,10 +52,10 @@ char *WriteWhole(uint64_t value, char *to)
     constexpr uint64_t kBeyondFour = 10000;
     if (value >= kBeyondFour) {
         to = WriteWhole(value / kBeyondFour, to);
-        Put(kDigits[value % kBeyondFour], to);
+        Put(kDigits[static_cast<size_t>(value % kBeyondFour)], to);
         return to + 4;
     }
-    const uint32_t digits = kDigits[value];
+    const uint32_t digits = kDigits[static_cast<size_t>(value)];
     const int zeros = std::countr_zero(digits | 1U << 24) / 8; // leading ones; the last digit is not counted
     Put(digits >> (8 * zeros), to);
     return to + 4 - zeros;
@@ -91,7 +91,7 @@ char *WriteFraction(uint32_t fraction, char *to)
     if (places == 5)
         return WriteDecimals(decimal, places, to);
     *to++ = '.';
-    Put(kDigits[decimal * kPowersOfTen[4 - places]], to);
+    Put(kDigits[static_cast<size_t>(decimal * kPowersOfTen[4 - places])], to);
     return to + places;
 }
 

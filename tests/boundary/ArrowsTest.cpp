@@ -1,4 +1,4 @@
-// Arrows point one way: cli -> jobs -> library -> devices -> host -> sdk, and plugin -> sdk. Within the plug-in all begin at
+// Arrows point one way: cli -> jobs -> library -> devices -> host -> sdk, web -> library, and plugin -> sdk. Within the plug-in all begin at
 // its entry: no other folder of it includes that.
 #include <gtest/gtest.h>
 
@@ -27,6 +27,7 @@ const FolderCase kFolders[] = {
     {"library", {"library", "devices", "host", "plugin/entry"}},
     {"jobs", {"jobs", "library", "devices", "host"}},
     {"cli", {"cli", "jobs", "library", "devices", "host"}},
+    {"web", {"web", "library", "host"}},
 };
 
 class Arrows : public testing::TestWithParam<FolderCase>

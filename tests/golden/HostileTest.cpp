@@ -89,8 +89,8 @@ std::vector<std::string> Split(const char *text, char separator)
 const char *const kHeaders[] = {
     "%!PS-Tavro-3.0\n%%BoundingBox: 0 0 9 9\n%VX5_FileFormat 3\n%%EndComments\n%%BeginSetup\n",
     "%!PS-Tavro-3.0\n%%BoundingBox: 0 0 9 9\n%VX5_FileFormat 3\n%%EndComments\n%%BeginSetup\n%%EndSetup\n",
-    "%!PS-Tavro-2.0\r%%BoundingBox: 0 0 9 9\r%%DocumentProcSets:Tavro_Vellumcraft_ProcSet 2.0 0\r"
-    "%%EndComments\r%%EndSetup\r",
+    ("%!PS-Tavro-2.0\r%%BoundingBox: 0 0 9 9\r%%DocumentProcSets:Tavro_Vellumcraft_ProcSet 2.0 0\r"
+     "%%EndComments\r%%EndSetup\r"),
 };
 
 // Words and lines in any order, with now and then operators that fit, so that parses get somewhere.

@@ -409,8 +409,9 @@ TEST(StreamedParseTest, ReadsAnyBytesAsTheTokenizerDoes)
         constexpr std::string_view kBytes = "0123456789.-+ \n\rmc(";
         std::string text;
         for (int i = 0; i < 1500; ++i)
-            text += random() % 16 == 0 ? static_cast<char>(random())
-                                       : kBytes[random() % (kBytes.size() - document % 2)];
+            text += random() % 16 == 0
+                        ? static_cast<char>(random())
+                        : kBytes[random() % (kBytes.size() - static_cast<size_t>(document % 2))];
         ASSERT_NO_FATAL_FAILURE(ExpectTwins(text, INT32_MAX));
     }
 }

@@ -524,7 +524,7 @@ TEST(GetCharacterWidthTableTest, AsksOnceForEachFont)
     for (const char *name : {"Courier", "Helvetica", "Courier", "Helvetica"})
         EXPECT_TRUE(GetCharacterWidthTable(name, fonts.widths, fonts.context.get()));
     EXPECT_EQ(fonts.asked, 2 * kCharacterCodes);
-    EXPECT_EQ(fonts.widths['a'], 'a');
+    EXPECT_EQ(fonts.widths[size_t{'a'}], 'a');
 }
 
 // More fonts than there are places for their widths, so that some have to leave and come back.
