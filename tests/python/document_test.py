@@ -98,7 +98,7 @@ def test_options_of_a_call_are_forgotten_after_it(before):
 def test_options_are_listed_with_their_ranges():
     rows = {option.name: option for option in vx.options()}
     assert (rows["width"].least, rows["width"].most, rows["width"].formats) == (1, 131072, ("png", "tiff"))
-    assert (rows["pdf_x"].choices, rows["pdf_x"].standard) == (("x1a", "x3", "none"), "none")
+    assert (rows["pdf_x"].choices, rows["pdf_x"].standard) == (("x1a", "x3", "x4", "none"), "none")
     assert rows["max_time"].formats == ()
     assert "-" not in "".join(rows)
     assert [(row.name, row.mime) for row in vx.formats()] == [
@@ -115,8 +115,8 @@ def test_options_are_listed_with_their_ranges():
     ("png", {"width": 3.5}, "<bytes>: width 3.5: not a whole number of pixels from 1 to 131072: give one as 1024"),
     ("png", {"width": 3, "dpi": 4}, "<bytes>: more than one size: give dpi, or zoom, or fit, or width and height"),
     ("png", {"dpi": float("nan")}, "<bytes>: dpi NaN: not a number above 0 and up to 100000: give one as 300 or 1.5"),
-    ("pdf", {"pdf_x": "x1a", "profile": "none"}, "<bytes>: pdf_x and profile none: PDF/X names the press it is made for: "
-     "give a profile, or leave profile out"),
+    ("pdf", {"pdf_x": "x1a", "profile": "none"}, "<bytes>: pdf_x and profile none: the standard names the press that the page is "
+     "made for: give a profile, or leave profile out"),
     ("pdf", {"date": "soon"}, "<bytes>: date soon: not a date from 1970 to 9999: give one as 2026-11-22 or 2026-11-22T10:30, seconds "
      "since 1970, file or now"),
     ("gif", {}, '<bytes>: no format "gif": give one of pdf, svg, png, tiff'),
