@@ -49,13 +49,14 @@ const TT_OS2 *OpenTypeFacts(FT_Face face)
     return facts == nullptr || facts->version == kNone ? nullptr : facts;
 }
 
-// A font of the old format says it by its name alone.
+// A font of the old format says it by its name; the tables of another go before that.
 FaceStyle StyleOf(FT_Face face, const std::string &name)
 {
     FaceStyle style = TraitsOfName(name).style;
     if (const TT_OS2 *facts = OpenTypeFacts(face)) {
         style.weight = StepOf(kWeights, facts->usWeightClass);
         style.width = StepOf(kWidths, facts->usWidthClass);
+        style.isSlanted = false;
     }
     style.isSlanted = style.isSlanted || (face->style_flags & FT_STYLE_FLAG_ITALIC) != 0;
     return style;

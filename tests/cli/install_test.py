@@ -51,7 +51,7 @@ class Installed(unittest.TestCase):
 class Install(Installed):
     def test_the_commands_of_the_readme_work(self):
         lines = [line.strip() for line in readme_part("As a command").splitlines() if line.startswith("    ./vx ")]
-        self.assertEqual(len(lines), 12)
+        self.assertEqual(len(lines), 17)
         with tempfile.TemporaryDirectory() as folder:
             os.symlink(self.path("bin/vx"), os.path.join(folder, "vx"))
             os.symlink(SAMPLES, os.path.join(folder, "samples"))
@@ -62,7 +62,7 @@ class Install(Installed):
                                          env={**os.environ, "LD_LIBRARY_PATH": ""})
                     self.assertEqual(run.returncode, 0, run.stderr)
             self.assertEqual(sorted(os.listdir(os.path.join(folder, "build"))),
-                             sorted(["check.html", "plates", *(f"{name}.{form}" for name in sample_names() for form in ["pdf", "png", "svg"])]))
+                             sorted(["catalogue", "check.html", "plates", *(f"{name}.{form}" for name in sample_names() for form in ["pdf", "png", "svg"])]))
             self.assertIn("Brick.png", os.listdir(os.path.join(folder, "build", "plates")))
 
     def rendered(self, *words):
