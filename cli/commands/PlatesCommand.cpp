@@ -32,13 +32,6 @@ std::string WholePattern(const std::string &pattern)
     return std::filesystem::is_directory(pattern, failure) ? pattern + "/{stem}-{ink}.png" : pattern;
 }
 
-std::string Replaced(std::string text, std::string_view from, const std::string &to)
-{
-    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-        text.replace(at, from.size(), to);
-    return text;
-}
-
 } // namespace
 
 std::string FileNameOf(const std::string &ink)
@@ -79,7 +72,9 @@ std::vector<std::string> PlateNames(const std::string &pattern, const NamedDocum
         };
         for (int number = 2; !used.insert(fold(name)).second; ++number)
             name = fmt::format("{}-{}", plain, number);
-        names.push_back(FillPattern(Replaced(pattern, kInkMark, name), document, *FindFormat("png")));
+        NamedDocument plate = document;
+        plate.ink = name;
+        names.push_back(FillPattern(pattern, plate, *FindFormat("png")));
     }
     return names;
 }
@@ -112,9 +107,10 @@ Status PlatesCommand::Run(Messages *messages) const
             fmt::format("-o {}: all plates would be written to one file: name each after its ink, as -o "
                         "'{{stem}}-{{ink}}.png'",
                         output_));
-    CheckIsPng(pattern, options.inputs.front());
-    (void)OutputNames(pattern, options.inputs,
-                      std::vector{FindFormat("png")}); // no two inputs share their plates
+    const std::string anyInk(kInkMark); // stands for itself
+    CheckIsPng(pattern, options.inputs.front(), anyInk);
+    (void)OutputNames(pattern, options.inputs, std::vector{FindFormat("png")},
+                      anyInk); // no two inputs share their plates
     const Settings settings = options.Complete(ReadSettings(texts_));
     Session session(options, CommandKind::Render, messages);
     Status worst = Status::Done;

@@ -35,7 +35,7 @@ RenderCommand::RenderCommand(CLI::App *command)
                      "of the document and the format")
         ->type_name("PATH");
     command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs that are named by a pattern");
-    command->add_flag("--force", force_, "overwrite drawings too, which are lost");
+    command->add_flag("--force", force_, "overwrite drawings too, which are lost, and fill a terminal");
     outputOptions_.AddTo(command);
     common_.AddTo(command);
     command->footer("Examples:\n"
@@ -53,15 +53,15 @@ Status RenderCommand::Run(Messages *messages) const
         throw UsageError("no output: add -o and a name, as -o picture.pdf");
     const FormatList formats = ReadFormats(outputOptions_.format, output_);
     const std::vector<std::string> names = OutputNames(output_, options.inputs, formats);
-    for (const std::string &name : names) {
-        if (!force_)
-            CheckKeepsDrawing(output_, name);
+    for (size_t i = 0; i < names.size() && !force_; ++i) {
+        CheckKeepsDrawing(output_, names[i]);
+        CheckKeepsTerminal(names[i], *formats[i % formats.size()]);
     }
     outputOptions_.texts.CheckMeant(SetOf(formats));
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
     Session session(options, CommandKind::Render, messages);
     session.CheckDevices(formats, settings);
-    Status worst = Status::Done;
+    Status worst = session.TellOfName(output_, formats);
     auto name = names.begin();
     for (const std::string &input : options.inputs) {
         RenderTask task = {input, {}, settings};

@@ -34,12 +34,12 @@ void AddPictureOptions(OptionTexts *texts, CLI::App *command)
     }
 }
 
-void CheckIsPng(const std::string &pattern, const std::string &input)
+void CheckIsPng(const std::string &pattern, const std::string &input, const std::optional<std::string> &ink)
 {
     const Format *png = FindFormat("png");
     // The whole name is looked at, since a pattern may be that of a folder.
-    if (FormatOfName(FillPattern(pattern, {input, "", 1, NamesDigest(pattern) ? DigestForName(input) : ""},
-                                 *png)) != png)
+    if (FormatOfName(FillPattern(
+            pattern, {input, "", 1, NamesDigest(pattern) ? DigestForName(input) : "", ink}, *png)) != png)
         throw UsageError(fmt::format("-o {}: png is written: name a .png", pattern));
 }
 

@@ -3,6 +3,7 @@
 
 #include "library/Options.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,8 @@ namespace vxhost
 // Adds those of the table that say what is shown, how large and how fine.
 void AddPictureOptions(OptionTexts *texts, CLI::App *command);
 
-// Throws UsageError unless the pattern after -o is one of PNG files.
-void CheckIsPng(const std::string &pattern, const std::string &input);
+// Throws UsageError unless the pattern after -o is one of PNG files. ink: that of a plate.
+void CheckIsPng(const std::string &pattern, const std::string &input,
+                const std::optional<std::string> &ink = {});
 
 } // namespace vxhost

@@ -42,14 +42,16 @@ _vx()
     --resume) [[ ${COMP_WORDS[COMP_CWORD - 1]} == '=' || ${COMP_WORDS[COMP_CWORD]} == '=' ]] && words='verify' files= ;;
     --box) words='bbox' files= ;;
     --date) words='file now' files= ;;
-    -b | --background) words='none white black' files= ;;
+    -b | --background) words='none transparent white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --heat-map | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render plates coverage text trace fonts batch verify --help --version' files=
+            words='info render plates coverage text trace fonts batch verify help --help --version' files=
+        elif [[ ${COMP_WORDS[1]} == help ]]; then
+            words='info render plates coverage text trace fonts batch verify' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
