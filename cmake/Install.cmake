@@ -1,5 +1,6 @@
 # P/bin/vx, P/lib/libvx.so with P/include/vx.h and P/libexec/vx/vx-isolated, which it starts, what pkg-config and CMake find it by, P/lib/vx/vxparser.so with P/include/vx
-# (boundary), and under P/share the licences, the manual pages and what shells complete with. python/ installs its package.
+# (boundary), and under P/share the licences, the manual pages, what shells complete
+# with, and what tells a desktop of drawings. python/ installs its package.
 
 install(TARGETS vxparser LIBRARY DESTINATION lib/vx)
 install(DIRECTORY sdk/include/vx DESTINATION include)
@@ -23,4 +24,6 @@ if(NOT VX_PLUGIN_ONLY)
     install(DIRECTORY docs/man/ DESTINATION share/man/man1)
     install(FILES packaging/completion/vx.bash DESTINATION share/bash-completion/completions RENAME vx)
     install(FILES packaging/completion/_vx DESTINATION share/zsh/site-functions)
+    install(FILES packaging/mime/vx-drawing.xml DESTINATION share/mime/packages)
+    install(FILES packaging/icons/image-x-vx-drawing.svg DESTINATION share/icons/hicolor/scalable/mimetypes)
 endif()
