@@ -1,4 +1,4 @@
-# P/bin/vx, P/lib/libvx.so with P/include/vx.h and P/libexec/vx/vx-isolated, which it starts, what pkg-config and CMake find it by, P/lib/vx/vxparser.so with P/include/vx
+# P/bin/vx and P/bin/vx-thumbnailer, P/lib/libvx.so with P/include/vx.h and P/libexec/vx/vx-isolated, which it starts, what pkg-config and CMake find it by, P/lib/vx/vxparser.so with P/include/vx
 # (boundary), and under P/share the licences, the manual pages, what shells complete
 # with, and what tells a desktop of drawings. python/ installs its package.
 
@@ -7,7 +7,7 @@ install(DIRECTORY sdk/include/vx DESTINATION include)
 install(DIRECTORY sdk/example/ DESTINATION share/doc/vx/examples/host PATTERN *.txt EXCLUDE)
 
 if(NOT VX_PLUGIN_ONLY)
-    install(TARGETS vx RUNTIME DESTINATION bin)
+    install(TARGETS vx vx-thumbnailer RUNTIME DESTINATION bin)
     install(TARGETS vx-isolated RUNTIME DESTINATION libexec/vx)
     install(TARGETS libvx EXPORT vx LIBRARY DESTINATION lib)
     install(FILES include/vx.h DESTINATION include)
@@ -25,5 +25,6 @@ if(NOT VX_PLUGIN_ONLY)
     install(FILES packaging/completion/vx.bash DESTINATION share/bash-completion/completions RENAME vx)
     install(FILES packaging/completion/_vx DESTINATION share/zsh/site-functions)
     install(FILES packaging/mime/vx-drawing.xml DESTINATION share/mime/packages)
+    install(FILES packaging/thumbnailer/vx.thumbnailer DESTINATION share/thumbnailers)
     install(FILES packaging/icons/image-x-vx-drawing.svg DESTINATION share/icons/hicolor/scalable/mimetypes)
 endif()

@@ -43,7 +43,7 @@ def described_options(page, title):
 class Manual(unittest.TestCase):
     def test_every_command_has_a_page(self):
         self.assertEqual(sorted(os.listdir(os.path.join(SOURCE, "docs", "man"))),
-                         sorted(["vx.1", *(f"vx-{command}.1" for command in COMMANDS)]))
+                         sorted(["vx.1", "vx-thumbnailer.1", *(f"vx-{command}.1" for command in COMMANDS)]))
         self.assertEqual(re.findall(r"^  (\w+)  +[A-Z]", help_of(), re.MULTILINE), COMMANDS)
 
     def test_help_and_pages_know_the_same_options(self):
