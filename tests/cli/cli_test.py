@@ -778,11 +778,11 @@ class Outputs(CommandTest):
         return process.returncode, shown, messages
 
     def test_a_terminal_gets_no_bytes_that_are_no_text(self):
-        for form in ("png", "pdf"):
+        for form, words in (("png", ["-f", "png"]), ("pdf", ["-f", "pdf"]), ("tiff", ["-f", "tiff"]), ("pdf", ["--merge"])):
             told = f"vx: -o -: standard output is a terminal, and a {form} is no text: name a file, or pipe it on, or add --force\n"
-            self.assertEqual(self.on_terminal("render", "a.vx", "-f", form, "-o", "-"), (2, b"", told))
-            status, shown, _ = self.on_terminal("render", "a.vx", "-f", form, "-o", "-", "--force")
-            self.assertEqual((status, shown[1:4]), (0, b"PNG" if form == "png" else b"PDF"))
+            self.assertEqual(self.on_terminal("render", "a.vx", *words, "-o", "-"), (2, b"", told))
+            status, shown, _ = self.on_terminal("render", "a.vx", *words, "-o", "-", "--force")
+            self.assertEqual((status, shown[:4]), (0, {"png": b"\x89PNG", "pdf": b"%PDF", "tiff": b"II*\x00"}[form]))
         status, shown, _ = self.on_terminal("render", "a.vx", "-f", "svg", "-o", "-")
         self.assertEqual((status, shown[:5]), (0, b"<?xml"))
 
