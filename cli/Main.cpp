@@ -12,6 +12,7 @@
 #include "cli/commands/TraceCommand.h"
 #include "cli/commands/VerifyCommand.h"
 #include "cli/report/StandardStreams.h"
+#include "cli/report/Versions.h"
 #include "jobs/Interrupt.h"
 
 #include <CLI/CLI.hpp>
@@ -78,7 +79,7 @@ constexpr const char *kExamples = "Examples:\n"
                                   "  vx render harp.vx -o harp.pdf\n"
                                   "  vx info *.vx\n"
                                   "  vx trace harp.vx | less\n"
-                                  "  vx render --help";
+                                  "  vx help render";
 
 class HelpText final : public CLI::Formatter
 {
@@ -125,25 +126,48 @@ std::string StrayOption(const CLI::App &app)
     return stray.empty() ? "" : stray.front();
 }
 
-Status RunCommandLine(int argc, char **argv, Messages *messages)
+[[noreturn]] void RefuseCommand(std::string_view word)
+{
+    std::string known;
+    for (const CommandRow &row : kCommands)
+        known.append(known.empty() ? "" : ", ").append(row.name);
+    throw UsageError(fmt::format("no command \"{}\": give one of {}", word, known));
+}
+
+// Returns the words of the command line, "vx help render" as "vx render --help".
+std::vector<char *> ReadHelp(int argc, char **argv)
+{
+    static char option[] = "--help";
+    std::vector<char *> words(argv, argv + argc);
+    if (argc < 2 || std::string_view(argv[1]) != "help")
+        return words;
+    if (argc > 3)
+        throw UsageError("help is about one command at a time: see vx --help for which there are");
+    if (argc == 3 && argv[2][0] != '-' &&
+        std::ranges::find(kCommands, std::string_view(argv[2]), &CommandRow::name) == std::end(kCommands))
+        RefuseCommand(argv[2]);
+    words.erase(words.begin() + 1);
+    words.push_back(option);
+    return words;
+}
+
+Status RunCommandLine(std::vector<char *> words, Messages *messages)
 {
     CLI::App app("Opens VX drawings and makes pictures of them.", "vx");
     app.set_help_flag("-h,--help", "show this");
-    app.set_version_flag("-V,--version", "vx " VX_VERSION, "show the version");
+    app.set_version_flag("-V,--version", VersionText, "show the version, and those of the libraries");
     bool tellsEvent = false;
     app.add_flag("--event-detail", tellsEvent,
                  "tell with what outputs are made, in a line for a preservation system");
     app.footer(kExamples);
     app.formatter(std::make_shared<HelpText>());
     app.require_subcommand(0, 1);
-    std::string known;
     std::vector<std::pair<CLI::App *, Runner>> runners;
     for (const CommandRow &row : kCommands) {
         CLI::App *command = app.add_subcommand(row.name, row.help);
         command->group("Commands");
-        known += (known.empty() ? "" : ", ") + std::string(row.name);
         // The options of all commands take longer to set up than a small drawing to read.
-        if (std::find(argv, argv + argc, std::string_view(row.name)) == argv + argc)
+        if (std::ranges::find(words, std::string_view(row.name)) == words.end())
             continue;
         command->set_help_flag("-h,--help", "show this");
         command->allow_extras();
@@ -155,17 +179,16 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
     app.allow_extras();
 
     // Every word behind "--" is a FILE, whatever it looks like.
-    char **const last = argv + argc;
-    char **const mark = std::find(argv, last, std::string_view("--"));
+    const auto mark = std::ranges::find(words, std::string_view("--"));
     try {
-        app.parse(static_cast<int>(mark - argv), argv);
+        app.parse(static_cast<int>(mark - words.begin()), words.data());
     } catch (const CLI::ParseError &end) {
         if (end.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
             std::ostringstream asked;
             (void)app.exit(end, asked, asked);
             return PrintResult(asked.str(), messages) ? Status::Done : Status::OutputFailed;
         }
-        const std::string command = argv[1][0] == '-' ? "" : std::string(argv[1]) + " ";
+        const std::string command = words[1][0] == '-' ? "" : std::string(words[1]) + " ";
         throw UsageError(fmt::format("{}: see vx {}--help", ParseProblem(end), command));
     }
 
@@ -176,7 +199,7 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
             throw UsageError(
                 fmt::format("no option \"{}\": vx {} --help lists them", stray, command->get_name()));
         CLI::Option *files = command->get_option("FILE");
-        for (char **file = mark; file < last && ++file < last;)
+        for (auto file = mark; file < words.end() && ++file < words.end();)
             files->add_result(*file);
         if (files->count() > 0)
             files->run_callback();
@@ -184,9 +207,11 @@ Status RunCommandLine(int argc, char **argv, Messages *messages)
     }
     if (tellsEvent && app.remaining(true).empty())
         return PrintResult(EventDetail() + "\n", messages) ? Status::Done : Status::OutputFailed;
-    if (const std::string stray = StrayOption(app); !stray.empty())
-        throw UsageError(stray[0] == '-' ? fmt::format("no option \"{}\": see vx --help", stray)
-                                         : fmt::format("no command \"{}\": give one of {}", stray, known));
+    if (const std::string stray = StrayOption(app); !stray.empty()) {
+        if (stray[0] != '-')
+            RefuseCommand(stray);
+        throw UsageError(fmt::format("no option \"{}\": see vx --help", stray));
+    }
     std::fputs(app.help().c_str(), stderr);
     return Status::Usage;
 }
@@ -207,7 +232,7 @@ int main(int argc, char **argv)
     CatchInterrupts(static_cast<int>(Status::Interrupted));
     Status status = Status::Usage;
     try {
-        status = RunCommandLine(argc, argv, &messages);
+        status = RunCommandLine(ReadHelp(argc, argv), &messages);
     } catch (const EarlyEnd &error) {
         messages.Error("", error.what());
         status = error.status;

@@ -49,7 +49,7 @@ Merging::Merging(MergeTask task, Engine *engine) : task_(std::move(task)), engin
     result_.output = task_.output;
     output_ = OutputFile::Create(task_.output, task_.rules, &result_.fault);
     if (output_ != nullptr)
-        kept_ = OutputFile::CreateUnnamed(&result_.fault);
+        kept_ = OutputFile::CreateUnnamed(task_.rules, &result_.fault);
 }
 
 Result Merging::AddPage(const std::string &input, const std::string &name)

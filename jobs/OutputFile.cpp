@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <tuple>
@@ -106,10 +107,15 @@ std::unique_ptr<OutputFile> OutputFile::Create(const std::string &path, const Ou
     return *fault ? nullptr : std::move(file);
 }
 
-std::unique_ptr<OutputFile> OutputFile::CreateUnnamed(Fault *fault)
+std::unique_ptr<OutputFile> OutputFile::CreateUnnamed(const OutputRules &rules, Fault *fault)
 {
-    std::unique_ptr<OutputFile> file(new OutputFile({}));
-    *fault = file->Spool();
+    std::unique_ptr<OutputFile> file(new OutputFile(rules));
+    if (rules.staysInMemory) {
+        file->descriptor_ = memfd_create("output", MFD_CLOEXEC);
+        *fault = file->descriptor_ < 0 ? FaultOf(errno) : Fault{};
+    } else {
+        *fault = file->Spool();
+    }
     return *fault ? nullptr : std::move(file);
 }
 

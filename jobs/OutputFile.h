@@ -25,6 +25,7 @@ struct OutputRules {
     bool makesFolders = false;        // those that it lies in are made where there are none
     // A file that was written since then is not replaced. It is by the clock of file systems; none: any file is.
     std::optional<timespec> onceSince = {};
+    bool staysInMemory = false; // one that gets no name does: there may be no folder for it
 };
 
 class OutputFile
@@ -34,7 +35,7 @@ class OutputFile
     static std::unique_ptr<OutputFile> Create(const std::string &path, const OutputRules &rules,
                                               Fault *fault);
     // Makes one that never gets a name, and cannot be committed.
-    static std::unique_ptr<OutputFile> CreateUnnamed(Fault *fault);
+    static std::unique_ptr<OutputFile> CreateUnnamed(const OutputRules &rules, Fault *fault);
     OutputFile(const OutputFile &) = delete;
     OutputFile &operator=(const OutputFile &) = delete;
     ~OutputFile(); // gives up what was not committed

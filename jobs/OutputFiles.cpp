@@ -9,7 +9,7 @@ bool OutputFiles::Open(std::vector<OutputPlace> places, const OutputRules &rules
 {
     places_ = std::move(places);
     for (const OutputPlace &place : places_) {
-        files_.push_back(place.take ? OutputFile::CreateUnnamed(&result->fault)
+        files_.push_back(place.take ? OutputFile::CreateUnnamed(rules, &result->fault)
                                     : OutputFile::Create(place.path, rules, &result->fault));
         if (result->fault) {
             result->output = place.path;

@@ -98,7 +98,7 @@ void SetSide(const Option &option, const std::string &text, Settings *settings)
 void SetBackground(const Option &option, const std::string &text, Settings *settings)
 {
     std::optional<Rgb> colour;
-    if (text != "none") {
+    if (text != "none" && text != "transparent") {
         colour = ReadColour(text);
         if (!colour)
             Refuse(option, text, "not a colour: give none, #rrggbb, or a name such as white");
@@ -473,7 +473,9 @@ void OptionTexts::CheckMeant(unsigned formats) const
     for (const Option &option : kOptions) {
         if (!texts_[PlaceOf(option)].empty() && option.formats != 0 && (option.formats & formats) == 0)
             throw OptionError("--" + std::string(option.name) + " is for " + NamesOf(option.formats) +
-                              ", and " + NamesOf(formats) + " is written: leave it out, or see -f");
+                              ", and " + NamesOf(formats) +
+                              ((formats & (formats - 1)) == 0 ? " is" : " are") +
+                              " written: leave it out, or see -f");
     }
 }
 

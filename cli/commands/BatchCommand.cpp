@@ -119,12 +119,14 @@ Status BatchCommand::Run(Messages *messages) const
     options.showProgress = false; // the progress of a single document is not shown
 
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
-    FormatList formats = ReadFormats(outputOptions_.format, output);
+    const FormatList named = ReadFormats(outputOptions_.format, output);
+    FormatList formats = named;
     const Format *png = FindFormat("png");
     if (!outputOptions_.texts.Of("profile").empty() && std::ranges::find(formats, png) == formats.end())
         formats.push_back(png); // of these formats it alone looks at the profile
     Session session(options, CommandKind::Batch, messages);
     session.CheckDevices(formats, settings);
+    const Status worst = session.TellOfName(output, named);
     messages->ShowProgress(showProgress);
     BatchOptions batchOptions;
     batchOptions.sources = sources;
@@ -149,7 +151,7 @@ Status BatchCommand::Run(Messages *messages) const
                            : summary_ == "json" ? SummaryForm::Json
                                                 : SummaryForm::None;
     Batch batch(std::move(batchOptions), &session, messages);
-    return batch.Run();
+    return Worst(worst, batch.Run());
 }
 
 std::vector<BatchSource> BatchCommand::ReadSources(const std::vector<std::string> &inputs) const

@@ -35,13 +35,6 @@ std::string WholePattern(const std::string &pattern)
     return std::filesystem::is_directory(pattern, failure) ? pattern + "/{stem}-{ink}.{ext}" : pattern;
 }
 
-std::string Replaced(std::string text, std::string_view from, const std::string &to)
-{
-    for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
-        text.replace(at, from.size(), to);
-    return text;
-}
-
 } // namespace
 
 std::string FileNameOf(const std::string &ink)
@@ -82,7 +75,9 @@ std::vector<std::string> PlateNames(const std::string &pattern, const NamedDocum
         };
         for (int number = 2; !used.insert(fold(name)).second; ++number)
             name = fmt::format("{}-{}", plain, number);
-        names.push_back(FillPattern(Replaced(pattern, kInkMark, name), document, format));
+        NamedDocument plate = document;
+        plate.ink = name;
+        names.push_back(FillPattern(pattern, plate, format));
     }
     return names;
 }
@@ -118,13 +113,15 @@ PlatesCommand::Plan PlatesCommand::MakePlan(const CommonOptions &options) const
             fmt::format("-o {}: all plates would be written to one file: name each after its ink, as -o "
                         "'{{stem}}-{{ink}}.png'",
                         output_));
-    plan.format = format_.empty() ? &CheckFormatOfName(plan.pattern, options.inputs.front(), kOfPlates)
-                                  : FindFormat(format_);
+    const std::string anyInk(kInkMark); // stands for itself
+    plan.format = format_.empty()
+                      ? &CheckFormatOfName(plan.pattern, options.inputs.front(), kOfPlates, anyInk)
+                      : FindFormat(format_);
     if (plan.format == nullptr || (BitOf(*plan.format) & kOfPlates) == 0)
         throw UsageError(
             fmt::format("--format {}: not one of plates: give {}", format_, NamesOf(kOfPlates, " or ")));
-    (void)OutputNames(plan.pattern, options.inputs,
-                      std::vector{plan.format}); // no two inputs share their plates
+    (void)OutputNames(plan.pattern, options.inputs, std::vector{plan.format}, "-o",
+                      anyInk); // no two inputs share their plates
     plan.settings = options.Complete(ReadSettings(texts_));
     return plan;
 }
@@ -134,7 +131,7 @@ Status PlatesCommand::Run(Messages *messages) const
     const CommonOptions options = common_.Read();
     const Plan plan = MakePlan(options);
     Session session(options, CommandKind::Render, messages);
-    Status worst = Status::Done;
+    Status worst = session.TellOfName(plan.pattern, std::vector{plan.format});
     NamedDocument named;
     for (const std::string &input : options.inputs) {
         named.path = input;

@@ -53,7 +53,7 @@ RenderCommand::RenderCommand(CLI::App *command)
     command->add_flag("--no-mkdir", noMkdir_, "make no folders for outputs that are named by a pattern");
     command->add_flag("--premis", writesPremis_,
                       "write a PREMIS record beside each output, as OUT.premis.xml");
-    command->add_flag("--force", force_, "overwrite drawings too, which are lost");
+    command->add_flag("--force", force_, "overwrite drawings too, which are lost, and fill a terminal");
     outputOptions_.AddTo(command);
     common_.AddTo(command);
     command->footer("Examples:\n"
@@ -80,15 +80,15 @@ Status RenderCommand::Run(Messages *messages) const
     if (writesPremis_ && (output_ == "-" || std::ranges::count(options.inputs, "-") > 0))
         throw UsageError("--premis: a record tells of files, and - is none: name files");
     const std::vector<std::string> names = OutputNames(output_, options.inputs, formats);
-    for (const std::string &name : names) {
-        if (!force_)
-            CheckKeepsDrawing(output_, name);
+    for (size_t i = 0; i < names.size() && !force_; ++i) {
+        CheckKeepsDrawing(output_, names[i]);
+        CheckKeepsTerminal(names[i], *formats[i % formats.size()]);
     }
     outputOptions_.texts.CheckMeant(SetOf(formats));
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
     Session session(options, CommandKind::Render, messages);
     session.CheckDevices(formats, settings);
-    Status worst = Status::Done;
+    Status worst = session.TellOfName(output_, formats);
     auto name = names.begin();
     for (const std::string &input : options.inputs) {
         RenderTask task = {input, {}, settings};
@@ -112,15 +112,17 @@ Status RenderCommand::Merge(const CommonOptions &options, Messages *messages) co
     const FormatList formats = ReadFormats(outputOptions_.format, output_);
     if (SetOf(formats) != kPdf)
         throw UsageError(
-            fmt::format("--merge: only a pdf has many pages, and {} is written: name a .pdf, or leave "
+            fmt::format("--merge: only a pdf has many pages, and {} {} written: name a .pdf, or leave "
                         "--merge out",
-                        NamesOf(SetOf(formats))));
+                        NamesOf(SetOf(formats)), formats.size() == 1 ? "is" : "are"));
     if (IsPattern(output_))
         throw UsageError(fmt::format("-o {}: --merge writes one file: name it, as -o all.pdf", output_));
     for (const std::string &input : options.inputs)
         (void)OutputNames(output_, {input}, formats); // which is none of the inputs
-    if (!force_)
+    if (!force_) {
         CheckKeepsDrawing(output_, output_);
+        CheckKeepsTerminal(output_, *formats.front());
+    }
     outputOptions_.texts.CheckMeant(kPdf);
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
     Session session(options, CommandKind::Merge, messages);
@@ -129,7 +131,7 @@ Status RenderCommand::Merge(const CommonOptions &options, Messages *messages) co
     Merging merging({output_, settings}, &session.Jobs());
     if (merging.Opened().fault)
         return session.TellOutput(output_, merging.Opened()).status;
-    Status worst = Status::Done;
+    Status worst = session.TellOfName(output_, formats);
     size_t failed = 0;
     for (const std::string &input : options.inputs) {
         const Summary told = session.Tell(input, merging.AddPage(input, StemOf(input)));

@@ -1,10 +1,12 @@
 #include "cli/commands/Session.h"
 
+#include "cli/options/OutputOptions.h"
 #include "cli/report/StandardStreams.h"
 #include "library/LinkedPlugin.h"
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <utility>
 
@@ -40,7 +42,7 @@ EngineOptions OptionsOfEngine(const CommonOptions &options, Messages *messages)
     engine.mustBeConfined = options.requireSandbox;
     if (options.showProgress)
         engine.onProgress = [messages](const std::string &input, int percent) {
-            messages->Progress(InputName(input), percent);
+            messages->Progress(InputName(input), std::min(percent, 99)); // what is read is not yet written
         };
     return engine;
 }
@@ -87,6 +89,15 @@ void Session::CheckDevices(std::span<const Format *const> formats, const Setting
         throw OptionError(trial.failure.text);
     throw OptionError(fmt::format("--profile: {}: give fogra39, none, or an ICC profile of a CMYK press",
                                   trial.failure.text));
+}
+
+Status Session::TellOfName(const std::string &output, std::span<const Format *const> formats)
+{
+    const std::string problem = NameProblem(output, formats);
+    if (problem.empty())
+        return Status::Done;
+    messages_->Warning("-o " + output, problem);
+    return summaryOptions_.isStrict ? Status::Warned : Status::Done;
 }
 
 // Throws what is told of a fault before the first document.

@@ -38,6 +38,9 @@ class Session
     // Throws OptionError for what is wrong with the settings, whatever the document.
     void CheckDevices(std::span<const Format *const> formats, const Settings &settings);
 
+    // Warns of an output whose name is that of another format.
+    Status TellOfName(const std::string &output, std::span<const Format *const> formats);
+
     // Returns the fonts of this machine. Throws EarlyEnd when they cannot be listed.
     const FontList &Fonts();
 

@@ -15,6 +15,7 @@
 #include <optional>
 #include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace vxhost
@@ -53,6 +54,19 @@ std::string TakeDigits(std::string_view word, Placeholder *digest)
                         digest->name, word, kDigestDigits, digest->name));
     digest->taken += static_cast<size_t>(*count);
     return digest->value.substr(digest->taken - static_cast<size_t>(*count), static_cast<size_t>(*count));
+}
+
+// "{stem}, {dir} or {ext}"
+std::string NamesOf(std::span<const Placeholder> placeholders)
+{
+    std::string names;
+    for (const Placeholder &placeholder : placeholders)
+        names += fmt::format("{}{{{}}}",
+                             names.empty()                          ? ""
+                             : &placeholder == &placeholders.back() ? " or "
+                                                                    : ", ",
+                             placeholder.name);
+    return names;
 }
 
 // Makes a path absolute, with links followed. A link that leads nowhere, or where nobody may look, is replaced when it is written
@@ -108,20 +122,25 @@ std::string FillPattern(const std::string &pattern, const NamedDocument &documen
         {"number", std::to_string(document.number)},
         {"hash", document.digest, true},
         {"namehash", NamesDigestOfName(whole) ? DigestOf(document.path) : "", true},
+        {"ink", document.ink.value_or("")},
     };
+    const std::span known(std::begin(placeholders), std::size(placeholders) - (document.ink ? 0 : 1));
     std::string name;
     for (size_t at = 0; at < whole.size();) {
         const size_t end = whole[at] == '{' ? whole.find('}', at) : std::string::npos;
         const std::string_view inside =
             end == std::string::npos ? "" : std::string_view(whole).substr(at + 1, end - at - 1);
         const size_t colon = inside.find(':');
-        Placeholder *found = std::ranges::find(placeholders, inside.substr(0, colon), &Placeholder::name);
+        const auto found = std::ranges::find(known, inside.substr(0, colon), &Placeholder::name);
         const bool isDigits = colon != std::string_view::npos;
-        if (found == std::end(placeholders) || (isDigits && !found->isDigest)) {
+        if (end == std::string::npos) {
             name += whole[at++];
             continue;
         }
-        name += isDigits ? TakeDigits(inside.substr(colon + 1), found) : found->value;
+        if (found == known.end() || (isDigits && !found->isDigest))
+            throw UsageError(
+                fmt::format("{}: {{{}}} is not known: give {}", pattern, inside, NamesOf(known)));
+        name += isDigits ? TakeDigits(inside.substr(colon + 1), &*found) : found->value;
         at = end + 1;
         if (found->name == "relative" && found->value == "." && whole.compare(at, 1, "/") == 0) {
             name.pop_back(); // "a.pdf" rather than "./a.pdf"
@@ -194,7 +213,8 @@ bool IsOpenAs(int descriptor, const std::string &path)
 }
 
 std::vector<std::string> OutputNames(const std::string &pattern, const std::vector<std::string> &inputs,
-                                     std::span<const Format *const> formats, std::string_view option)
+                                     std::span<const Format *const> formats, std::string_view option,
+                                     const std::optional<std::string> &ink)
 {
     std::map<std::string, std::string> readers; // maps a place to the input that is read there
     for (const std::string &input : inputs) {
@@ -205,7 +225,7 @@ std::vector<std::string> OutputNames(const std::string &pattern, const std::vect
     std::map<std::string, std::string> writers; // maps a place to the input whose result goes there
     size_t number = 0;
     for (const std::string &input : inputs) {
-        NamedDocument document = {input, "", ++number, ""};
+        NamedDocument document = {input, "", ++number, "", ink};
         if (NamesDigest(pattern))
             document.digest = DigestForName(input);
         for (const Format *format : formats) {
@@ -238,6 +258,15 @@ void CheckKeepsDrawing(const std::string &pattern, const std::string &output, st
         throw UsageError(fmt::format("{} {}: would overwrite the drawing \"{}\": choose another name, or add "
                                      "--force",
                                      option, pattern, output));
+}
+
+void CheckKeepsTerminal(const std::string &output, const Format &format)
+{
+    const bool isText = format.mime.ends_with("+xml");
+    if (output == "-" && !isText && isatty(STDOUT_FILENO) == 1)
+        throw UsageError(fmt::format("-o -: standard output is a terminal, and a {} is no text: name a file, "
+                                     "or pipe it on, or add --force",
+                                     format.name));
 }
 
 } // namespace vxhost

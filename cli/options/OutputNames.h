@@ -4,6 +4,7 @@
 #include "library/Format.h"
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -18,6 +19,7 @@ struct NamedDocument {
     std::string relative; // its folder below the one that was named, "." for that itself; empty: none was
     size_t number = 1;    // among those of the run
     std::string digest;   // of its bytes; needed where NamesDigest
+    std::optional<std::string> ink = {}; // of the plate that is named; none: no plate is
 };
 
 // Makes a name of a pattern, in which these stand for what is known of the document:
@@ -29,10 +31,11 @@ struct NamedDocument {
 //   {number}    its number
 //   {hash}      the digest of its bytes
 //   {namehash}  that of its name
+//   {ink}       the ink of a plate
 //
 // {hash:2} and {namehash:2} are two digits, those behind the ones that the pattern took before. A pattern that names a folder
 // gets "{stem}.{ext}", for a document of a folder "{relative}/{stem}.{ext}" if it has no {relative} yet. Throws UsageError when more digits are asked for
-// than there are.
+// than there are, and for other words in braces.
 std::string FillPattern(const std::string &pattern, const NamedDocument &document, const Format &format);
 
 // Throws UsageError when the pattern cannot be filled, whatever the document.
@@ -65,11 +68,15 @@ bool IsSameFile(const std::string &path, const std::string &other);
 bool IsOpenAs(int descriptor, const std::string &path);
 
 // Makes the names of all outputs: input by input, a name for each of the formats. Throws UsageError when two results would share
-// an output, or an output is one of the inputs; it names the option that the pattern is of.
+// an output, or an output is one of the inputs; it names the option that the pattern is of. ink: that of a plate.
 std::vector<std::string> OutputNames(const std::string &pattern, const std::vector<std::string> &inputs,
-                                     std::span<const Format *const> formats, std::string_view option = "-o");
+                                     std::span<const Format *const> formats, std::string_view option = "-o",
+                                     const std::optional<std::string> &ink = {});
 
 // Throws UsageError when the output would overwrite a drawing.
 void CheckKeepsDrawing(const std::string &pattern, const std::string &output, std::string_view option = "-o");
+
+// Throws UsageError when the output would fill a terminal with bytes that are no text.
+void CheckKeepsTerminal(const std::string &output, const Format &format);
 
 } // namespace vxhost

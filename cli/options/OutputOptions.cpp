@@ -7,6 +7,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
+#include <system_error>
 
 namespace vxhost
 {
@@ -27,6 +28,15 @@ std::string ExtensionOf(const std::string &name)
         return static_cast<char>(std::tolower(character));
     });
     return extension;
+}
+
+// Returns whether the name itself ends in an extension, which neither that of a folder nor "{stem}.{ext}" does.
+bool HasOwnExtension(const std::string &output)
+{
+    std::error_code failure;
+    const std::string extension = ExtensionOf(output);
+    return extension.size() > 1 && extension.find('{') == std::string::npos &&
+           !std::filesystem::is_directory(output, failure);
 }
 
 // "pdf, svg or png"
@@ -95,13 +105,11 @@ const Format *FormatOfName(const std::string &output)
 FormatList ReadFormats(const std::string &word, const std::string &output)
 {
     if (word.empty()) {
-        // Who gives such a name does not want a PDF.
-        for (const char *other : {".jpg", ".jpeg", ".gif", ".webp", ".bmp", ".eps", ".ps"}) {
-            if (ExtensionOf(output) == other)
-                throw OptionError(fmt::format("-o {}: no {} is written here: name a .pdf, .svg, .png or .tif",
-                                              output, other + 1));
-        }
         const Format *named = FormatOfName(output);
+        // Who gives a name that ends in another extension does not want a PDF.
+        if (named == nullptr && HasOwnExtension(output))
+            throw OptionError(fmt::format("{}: no {} is written here: end the name in {}, or add -f", output,
+                                          ExtensionOf(output).substr(1), AllFormats()));
         return {named != nullptr ? named : FindFormat("pdf")};
     }
     FormatList formats;
@@ -116,6 +124,15 @@ FormatList ReadFormats(const std::string &word, const std::string &output)
         at += name.size() + 1;
     }
     return formats;
+}
+
+std::string NameProblem(const std::string &output, std::span<const Format *const> formats)
+{
+    const Format *named = FormatOfName(output);
+    if (named == nullptr || !HasOwnExtension(output) || std::ranges::find(formats, named) != formats.end())
+        return "";
+    return fmt::format("{} {} written under a name of {}: leave out -f, or change the name after -o",
+                       NamesOf(SetOf(formats)), formats.size() == 1 ? "is" : "are", named->name);
 }
 
 unsigned SetOf(std::span<const Format *const> formats)

@@ -46,6 +46,9 @@ const Format *FormatOfName(const std::string &output);
 // OptionError.
 FormatList ReadFormats(const std::string &word, const std::string &output);
 
+// Says that the output's name is one of another format; empty: it is not.
+std::string NameProblem(const std::string &output, std::span<const Format *const> formats);
+
 unsigned SetOf(std::span<const Format *const> formats);
 
 // Reads what the texts mean. Where they say no date, the environment may. Throws OptionError.

@@ -34,11 +34,12 @@ void AddPictureOptions(OptionTexts *texts, CLI::App *command)
     }
 }
 
-const Format &CheckFormatOfName(const std::string &pattern, const std::string &input, unsigned formats)
+const Format &CheckFormatOfName(const std::string &pattern, const std::string &input, unsigned formats,
+                                const std::optional<std::string> &ink)
 {
     // The whole name is looked at, since a pattern may be that of a folder.
     const Format *named = FormatOfName(FillPattern(
-        pattern, {input, "", 1, NamesDigest(pattern) ? DigestForName(input) : ""}, *FindFormat("png")));
+        pattern, {input, "", 1, NamesDigest(pattern) ? DigestForName(input) : "", ink}, *FindFormat("png")));
     if (named == nullptr || (BitOf(*named) & formats) == 0)
         throw UsageError(fmt::format("-o {}: {} is written: name a .{}", pattern, NamesOf(formats, " or "),
                                      NamesOf(formats, " or .")));

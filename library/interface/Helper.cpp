@@ -115,7 +115,7 @@ std::string InstalledHelper()
     const std::unique_ptr<char, decltype(&std::free)> real(realpath(info.dli_fname, nullptr), std::free);
     std::string place = real == nullptr ? info.dli_fname : real.get();
     place.resize(place.find_last_of('/') + 1);
-    return place.append(kHelperPlace);
+    return place.append(VX_HELPER_PLACE);
 }
 
 // Hands on what the loader, the library that lists fonts and the sanitizers look at. All else may be secret, and a drawing that took over

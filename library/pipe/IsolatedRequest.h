@@ -22,9 +22,6 @@ namespace vxhost
 // what WriteResult makes of the rest through the last, in the frames of a worker.
 enum HelperDescriptor : int { kHelperRequest = 3, kHelperAnswer = 4 };
 
-// The helper's place, seen from the folder of libvx.
-constexpr std::string_view kHelperPlace = "../libexec/vx/vx-isolated";
-
 struct IsolatedRequest {
     using Pairs = std::vector<std::pair<std::string, std::string>>;
 

@@ -46,14 +46,16 @@ _vx()
     --page) words='drawing a0 a1 a2 a3 a4 a5 a6 b4 b5 letter legal tabloid' files= ;;
     --marks) words='crop none' files= ;;
     --date) words='file now' files= ;;
-    -b | --background) words='none white black' files= ;;
+    -b | --background) words='none transparent white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir | --bag | --report) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | --margin | --bleed | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render plates coverage check text trace fonts batch verify --event-detail --help --version' files=
+            words='info render plates coverage check text trace fonts batch verify help --event-detail --help --version' files=
+        elif [[ ${COMP_WORDS[1]} == help ]]; then
+            words='info render plates coverage check text trace fonts batch verify' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in

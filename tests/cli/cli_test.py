@@ -14,6 +14,7 @@ import resource
 import signal
 import stat
 import struct
+import subprocess
 import sys
 import time
 import unittest
@@ -39,13 +40,27 @@ class Usage(CommandTest):
         self.assertIn(b"Examples:", errors)
 
     def test_version(self):
-        self.assertRegex(self.run_vx("--version")[0].decode(), r"^vx \d+\.\d+\.\d+\n$")
-        self.assertEqual(self.run_vx("-V")[0], self.run_vx("--version")[0])
+        output = self.run_vx("--version")[0].decode()
+        self.assertRegex(output, r"^vx \d+\.\d+\.\d+\nplug-in: built in\nprofile: fogra39, built in\nlibraries: .*\n$")
+        self.assertEqual(self.run_vx("-V")[0].decode(), output)
+        libraries = dict(re.findall(r"(\w[\w ]*) (\d+[.\d]*)[,\n]", output.splitlines(True)[-1]))
+        self.assertEqual(set(libraries), {"fontconfig", "FreeType", "HarfBuzz", "Little CMS", "libtiff", "libpng", "zlib", "libdeflate", "liblzma"})
+        for package, name in [("fontconfig", "fontconfig"), ("harfbuzz", "HarfBuzz"), ("lcms2", "Little CMS"), ("libtiff-4", "libtiff"), ("libpng", "libpng"),
+                              ("liblzma", "liblzma"), ("libdeflate", "libdeflate")]:
+            installed = subprocess.run(["pkg-config", "--modversion", package], capture_output=True, text=True, check=True).stdout
+            self.assertEqual(libraries[name], installed.strip(), package)
+
+    def test_help_of_a_command(self):
+        self.assertEqual(self.run_vx("help")[0], self.run_vx("--help")[0])
+        for command in ("info", "render", "check", "batch"):
+            self.assertEqual(self.run_vx("help", command)[0], self.run_vx(command, "--help")[0])
 
     # Each row has the words of a command line, and what its one message must name.
     REFUSED = [
         (["rendr", "a.vx"], 'no command "rendr"'),
         (["--frobnicate"], 'no option "--frobnicate"'),
+        (["help", "rendr"], 'no command "rendr": give one of info, render'),
+        (["help", "info", "render"], "one command at a time"),
         (["info", "--frobnicate", "a.vx"], "vx info --help"),
         (["info"], "no FILE"),
         (["info", "-", "-"], "standard input can be read once"),
@@ -72,8 +87,22 @@ class Usage(CommandTest):
         (["render", "a.vx", "-f", "png,pdf,png", "-o", "{ext}"], "given twice"),
         (["render", "a.vx", "-f", "png,pdf", "-o", "a.png"], 'as -o \'{stem}.{ext}\''),
         (["render", "a.vx", "-o", "a.JPG"], "no jpg is written here"),
+        (["render", "a.vx", "-o", "a.pdf.xyz"], "a.pdf.xyz: no xyz is written here: end the name in pdf, svg"),
+        (["render", "a.vx", "-o", "{stem}.xyz"], "no xyz is written here"),
+        (["render", "a.vx", "--merge", "-o", "all.xyz"], "no xyz is written here"),
+        (["batch", "a.vx", "-o", "{stem}.xyz"], "no xyz is written here"),
+        (["verify", "a.vx", "a.xyz"], "no xyz is written here"),
+        (["render", "a.vx", "-o", "{foo}.png"], "{foo}.png: {foo} is not known: give {stem}, {dir}"),
+        (["render", "a.vx", "-o", "{stem:2}.png"], "{stem:2} is not known"),
+        (["render", "a.vx", "-o", "{}.png"], "{} is not known"),
+        (["render", "a.vx", "-o", "{ink}.png"], "{ink} is not known: give {stem}, {dir}, {relative}, {ext}, {number}, {hash} or {namehash}"),
+        (["batch", "a.vx", "-o", "{foo}.png"], "{foo} is not known"),
+        (["plates", "a.vx", "-o", "{foo}{ink}.png"], "{foo} is not known: give {stem}, {dir}, {relative}, {ext}, {number}, {hash}, {namehash} or {ink}"),
+        (["plates", "a.vx", "-f", "tiff", "-o", "{foo}{ink}"], "{foo} is not known"),
+        (["coverage", "a.vx", "-o", "{ink}.png"], "{ink} is not known"),
+        (["check", "a.vx", "--html", "{foo}.html"], "{foo} is not known"),
         (["render", "a.vx", "-o", "a.pdf", "--dpi", "72"], "--dpi is for png and tiff, and pdf is written"),
-        (["render", "a.vx", "-f", "svg,pdf", "-o", "{ext}", "--fit", "9"], "and pdf and svg is written"),
+        (["render", "a.vx", "-f", "svg,pdf", "-o", "{ext}", "--fit", "9"], "and pdf and svg are written: leave it out"),
         (["render", "a.vx", "-o", "a.pdf", "--overprint", "ignore"], "--overprint is for svg and png"),
         (["render", "a.vx", "-o", "a.png", "--text", "outlines"], "--text is for pdf and svg, and png is written"),
         (["render", "a.vx", "-o", "a.png", "--pdf-x", "x3"], "--pdf-x is for pdf, and png is written"),
@@ -85,7 +114,8 @@ class Usage(CommandTest):
         (["render", "a.vx", "-o", "a.png", "--pdf-a", "2b"], "--pdf-a is for pdf, and png is written"),
         (["render", "a.vx", "-o", "a.pdf", "--text", "runes"], "--text runes"),
         (["render", "a.vx", "-o", "a.png", "--dpi", ""], "the value is empty"),
-        (["render", "a.vx", "-o", "a.vx"], "overwrite the input"),
+        (["render", "a.vx", "-f", "pdf", "-o", "a.vx"], "overwrite the input"),
+        (["render", "a.vx", "-o", "a.vx"], "no vx is written here"),
         (["render", "a.vx", "-f", "png", "-o", "./../{dir}/a.vx", "--box", "1"], "--box 1"),
         (["render", "a.vx", "b.vx", "-o", "a.png"], "would both be written"),
         (["render", "a.vx", "b.vx", "-f", "png", "-o", "-"], "would both be written"),
@@ -356,6 +386,14 @@ class Render(CommandTest):
                 png = self.render(*words)
                 self.assertEqual((png.width, png.height), size)
 
+    def test_transparent_is_no_background(self):
+        self.write("a.vx", document())
+        for form in ("png", "svg", "pdf"):
+            none, transparent, default = (self.run_vx("render", "a.vx", "-f", form, "-o", "-", *words)[0]
+                                          for words in (["-b", "none"], ["-b", "transparent"], []))
+            self.assertEqual(transparent, none)
+            self.assertEqual(default == none, form != "png")
+
     def test_background(self):
         for colour, expected in [("red", (255, 0, 0)), ("#0f8", (0, 255, 136)), ("#010203", (1, 2, 3))]:
             png = self.render("-b", colour)
@@ -433,6 +471,7 @@ class Render(CommandTest):
         errors = process.communicate(timeout=60)[1].decode()
         self.assertIn("a.vx", errors)
         self.assertIn(" %", errors)
+        self.assertNotIn("100 %", errors)  # what is read is still to be written
         self.assertTrue(errors.endswith("\r\x1b[K"), errors[-20:])
         self.assertNotIn("\n", errors)
 
@@ -458,7 +497,7 @@ class Formats(CommandTest):
         (["-o", "b.svg"], {"b.svg": "svg"}),
         (["-o", "b.PNG"], {"b.PNG": "png"}),
         (["-o", "b"], {"b": "pdf"}),
-        (["-o", "b.v2"], {"b.v2": "pdf"}),
+        (["-o", "b.v2", "-f", "pdf"], {"b.v2": "pdf"}),
         (["-o", "b.TIF"], {"b.TIF": "tiff"}),
         (["-o", "b.tiff"], {"b.tiff": "tiff"}),
         (["-o", "b.{ext}", "-f", "tif,png"], {"b.tiff": "tiff", "b.png": "png"}),
@@ -472,7 +511,7 @@ class Formats(CommandTest):
         for words, files in self.CHOICES:
             with self.subTest(words=words):
                 self.write("a.vx", document())
-                self.assertEqual(self.run_vx("render", "a.vx", *words), (b"", []))
+                self.assertEqual(self.run_vx("render", "-q", "a.vx", *words), (b"", []))
                 self.assertEqual(self.files(), sorted([*files, "a.vx"]))
                 for name, kind in files.items():
                     self.assertTrue(self.read(name).startswith(self.BEGINNINGS[kind]), name)
@@ -697,6 +736,55 @@ class Outputs(CommandTest):
         self.run_vx("render", "a.vx", "-o", "link.png")
         self.assertTrue(os.path.islink(self.path("link.png")))
         self.assertEqual(Png(self.read("target.png")).width, 150)
+
+    def test_a_link_that_leads_nowhere_is_replaced(self):
+        os.symlink("nowhere/target.png", self.path("link.png"))
+        self.run_vx("render", "a.vx", "-o", "link.png")
+        self.assertFalse(os.path.islink(self.path("link.png")))
+        self.assertEqual(Png(self.read("link.png")).width, 150)
+
+    def test_a_name_of_another_format_is_told(self):
+        os.mkdir(self.path("out.svg"))
+        for words, written, told in [
+                (["-f", "png", "-o", "b.pdf"], "b.pdf", "png is written under a name of pdf"),
+                (["-f", "svg", "-o", "{stem}.PNG"], "a.PNG", "svg is written under a name of png"),
+                (["-f", "png", "-o", "b.xyz"], "b.xyz", ""), (["-f", "png", "-o", "b"], "b", ""),
+                (["-f", "png", "-o", "b.png"], "b.png", ""), (["-f", "png", "-o", "out.svg"], "out.svg/a.png", "")]:
+            with self.subTest(words=words):
+                for command in ("render", "batch"):
+                    _, messages = self.run_vx(command, "a.vx", *words)
+                    self.assertEqual(messages, [f"vx: -o {words[-1]}: warning: {told}: leave out -f, or change the name after -o"]
+                                     if told else [])
+                    self.assertEqual(self.run_vx(command, "-q", "a.vx", *words)[1], [])
+                    self.run_vx(command, "-q", "--strict", "a.vx", *words, status=3 if told else 0)
+                self.assertEqual(self.read(written)[:4], b"<?xm" if "svg" in words else b"\x89PNG")
+
+    def on_terminal(self, *words):
+        """Returns (exit status, what the terminal that is standard output got, messages)."""
+        try:
+            near, far = os.openpty()
+        except OSError as error:
+            self.skipTest(f"no pseudo-terminal can be had here: {error}")
+        process = self.start(*words, stdout=far)
+        os.close(far)
+        shown = b""
+        try:
+            while piece := os.read(near, 65536):
+                shown += piece
+        except OSError:  # the other end is closed
+            pass
+        os.close(near)
+        messages = process.communicate(timeout=60)[1].decode()
+        return process.returncode, shown, messages
+
+    def test_a_terminal_gets_no_bytes_that_are_no_text(self):
+        for form, words in (("png", ["-f", "png"]), ("pdf", ["-f", "pdf"]), ("tiff", ["-f", "tiff"]), ("pdf", ["--merge"])):
+            told = f"vx: -o -: standard output is a terminal, and a {form} is no text: name a file, or pipe it on, or add --force\n"
+            self.assertEqual(self.on_terminal("render", "a.vx", *words, "-o", "-"), (2, b"", told))
+            status, shown, _ = self.on_terminal("render", "a.vx", *words, "-o", "-", "--force")
+            self.assertEqual((status, shown[:4]), (0, {"png": b"\x89PNG", "pdf": b"%PDF", "tiff": b"II*\x00"}[form]))
+        status, shown, _ = self.on_terminal("render", "a.vx", "-f", "svg", "-o", "-")
+        self.assertEqual((status, shown[:5]), (0, b"<?xml"))
 
     def test_a_device_stays_a_device(self):
         self.run_vx("render", "a.vx", "-f", "png", "-o", "/dev/null")
@@ -1416,6 +1504,14 @@ class Worker(CommandTest):
         message = self.refused("render", "a.vx", "-o", "a.png", "--width", "16000", "--max-memory", "16M", status=5)
         self.assertIn("memory", message)
         self.assertEqual(self.files(), ["a.vx"])
+
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more address space than a memory limit leaves")
+    def test_too_little_memory_for_a_profile_is_no_fault_of_the_profile(self):
+        profile = os.path.join(os.environ["VX_SOURCE_DIR"], "devices/colour/profiles/fogra39.icc")
+        for words in (["-o", "a.png"], ["-o", "a.pdf", "--pdf-x", "x3"]):
+            message = self.refused("render", sample("harp"), "--profile", profile, "--max-memory", "1M", *words, status=5)
+            self.assertIn("needs more than 1 MiB of memory, nothing written: allow more with --max-memory", message)
+            self.assertNotIn("profile", message)
 
     def test_a_strange_result_is_an_error_of_the_input(self):
         self.assertIn("-9999", self.hostile("result", status=1))

@@ -207,7 +207,7 @@ class Drawings(FilesTest):
         self.assertEqual(Png(self.read("b.png")).width, 8)
         self.assertTrue(os.path.islink(self.path("link.png")))
         self.assertIn('would overwrite the input "a.vx"',
-                      self.refused("render", "a.vx", "-o", "./a.vx", "--force", status=2))
+                      self.refused("render", "a.vx", "-f", "pdf", "-o", "./a.vx", "--force", status=2))
 
     def test_standard_output_is_no_file(self):
         self.write("-", document())

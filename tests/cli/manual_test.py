@@ -44,7 +44,7 @@ def described_options(page, title):
 class Manual(unittest.TestCase):
     def test_every_command_has_a_page(self):
         self.assertEqual(sorted(os.listdir(os.path.join(SOURCE, "docs", "man"))),
-                         sorted(["vx.1", *(f"vx-{command}.1" for command in COMMANDS)]))
+                         sorted(["vx.1", "vx-thumbnailer.1", *(f"vx-{command}.1" for command in COMMANDS)]))
         self.assertEqual(re.findall(r"^  (\w+)  +[A-Z]", help_of(), re.MULTILINE), COMMANDS)
 
     def test_help_and_pages_know_the_same_options(self):
@@ -291,7 +291,9 @@ class Completion(CommandTest):
         return [line for line in output.stdout.split("\n") if line]
 
     def test_commands(self):
-        self.assertEqual(self.complete(""), [*COMMANDS, "--event-detail", "--help", "--version"])
+        self.assertEqual(self.complete(""), [*COMMANDS, "help", "--event-detail", "--help", "--version"])
+        self.assertEqual(self.complete("help", ""), COMMANDS)
+        self.assertEqual(self.complete("help", "f"), ["fonts"])
         self.assertEqual(self.complete("in"), ["info"])
 
     def test_options_are_those_of_the_help(self):
@@ -314,6 +316,25 @@ class Completion(CommandTest):
             self.assertEqual(set(self.complete("render", option, "")), choices, option)
             self.assertEqual(set(self.complete("render", option, "=", "")), choices, option)
             self.assertEqual(set(self.complete("render", option, "=")), choices, option)
+
+    # Options whose values are numbers or words of the user's own: there is nothing to offer.
+    FREE = {"--dpi", "--zoom", "--width", "--height", "--fit", "--margin", "--bleed", "--hide", "--max-time", "--max-memory", "--max-output", "--limit",
+            "--jobs", "--shard"}
+    FOLDERS = {"--font-dir", "--bag", "--report"}  # there is none to offer
+
+    def test_every_value_that_can_be_named_is_offered(self):
+        for name in ("file.vx", "other.icc"):
+            self.write(name, b"")
+        for command in COMMANDS:
+            # In the help an option that takes a value has its name in capitals behind it.
+            taking = re.findall(r"^  (?:(-\w),)?(--[\w-]+) [A-Z]", help_of(command), re.MULTILINE)
+            self.assertGreater(len(taking), 8)
+            for letter, name in taking:
+                with self.subTest(command=command, option=name):
+                    offered = self.complete(command, name, "")
+                    self.assertEqual(not offered, name in self.FREE | self.FOLDERS, offered)
+                    if letter:
+                        self.assertEqual(self.complete(command, letter, ""), offered)
 
     def test_lists_of_formats(self):
         self.assertEqual(self.complete("render", "-f", "pdf,s"), ["pdf,svg"])

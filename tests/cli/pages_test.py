@@ -142,6 +142,11 @@ class Merge(CommandTest):
         self.assertEqual(self.boxes(pdf), [[0, 0, 72, 36], [0, 0, 9, 9], [0, 0, 72, 36]])
         self.assertIn(b"/Count 3", pdf)
 
+    def test_a_name_of_another_format_is_told(self):
+        _, messages = self.run_vx("render", "a.vx", "-f", "pdf", "-o", "all.tif", "--merge")
+        self.assertEqual(messages, ["vx: -o all.tif: warning: pdf is written under a name of tiff: leave out -f, or change the name after -o"])
+        self.assertTrue(self.read("all.tif").startswith(b"%PDF"))
+
     def test_bookmarks_are_titles_or_names(self):
         untitled = re.sub(rb"%%Title:.*\n", b"", document())
         self.write("c.vx.gz", gzip.compress(untitled))

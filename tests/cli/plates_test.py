@@ -57,6 +57,13 @@ class Plates(CommandTest):
         self.run_vx("plates", "a.vx", "-o", "./")
         self.assertIn("a-Black.png", self.files())
 
+    def test_a_name_of_another_format_is_told(self):
+        self.write("a.vx", document())
+        for name, told in (("{ink}.png", ["vx: -o {ink}.png: warning: tiff is written under a name of png: leave out -f, or change the name after -o"]),
+                           ("{ink}.tif", []), ("{ink}", [])):
+            self.assertEqual(self.run_vx("plates", "a.vx", "-f", "tiff", "-o", name)[1], told)
+        self.assertEqual(self.read("Black.png")[:4], b"II*\x00")
+
     def test_a_malformed_drawing_leaves_nothing(self):
         self.write("a.vx", document(SPOTS + "1 k\n"))
         message = self.refused("plates", "a.vx", "-o", "{ink}.png", status=1)

@@ -37,13 +37,13 @@ const NameCase kNames[] = {
     {"{dir}/{stem}.{ext}", "in/deep/a.vx", "in/deep/a.png"},
     {"{dir}/{stem}.{ext}", "a.vx", "./a.png"},
     {"{stem}{stem}", "a.vx", "aa"},
-    {"{other}-{stem}", "a.vx", "{other}-a"},
+    {"{stem", "a.vx", "{stem"},
+    {"}{stem}{", "a.vx", "}a{"},
     {"{stem}.png", "-", "stdin.png"},
     {"{stem}.png", "noextension", "noextension.png"},
     {"{stem}.png", "{dir}.vx", "{dir}.png"},       // what was put in is not looked at again
     {"{relative}/{stem}.png", "in/a.vx", "a.png"}, // nobody named its folder
     {"{number}.png", "a.vx", "1.png"},
-    {"{number:2}.png", "a.vx", "{number:2}.png"}, // which is no digest
     {"{namehash:4}/{namehash:2}-{namehash}.png", "abc",
      "ba78/16-ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad.png"},
     {"no-such-folder/", "a.vx", "no-such-folder/a.png"},
@@ -70,8 +70,30 @@ TEST(OutputNamesTest, HaveNoMoreDigitsThanADigest)
     for (const char *pattern :
          {"{hash:0}", "{hash:65}", "{hash:x}", "{hash:}", "{hash:-1}", "{namehash:64}{namehash:1}"})
         EXPECT_THROW(CheckPattern(pattern), UsageError) << pattern;
-    for (const char *pattern : {"{hash:64}", "{namehash:32}{namehash:32}{hash:1}", "{stem:1}", "", "-"})
+    for (const char *pattern : {"{hash:64}", "{namehash:32}{namehash:32}{hash:1}", "", "-"})
         EXPECT_NO_THROW(CheckPattern(pattern)) << pattern;
+}
+
+// A word that nothing stands for was mistyped: it would be found in the names of a thousand files.
+TEST(OutputNamesTest, HaveNoOtherWordsInBraces)
+{
+    for (const char *pattern :
+         {"{other}-{stem}", "{}", "{Stem}", "{ stem}", "{stem:1}", "{number:2}.png", "{{stem}}", "{ink}"})
+        EXPECT_THROW(CheckPattern(pattern), UsageError) << pattern;
+    try {
+        CheckPattern("out/{stam}.png");
+        FAIL();
+    } catch (const UsageError &error) {
+        EXPECT_STREQ(error.what(), "out/{stam}.png: {stam} is not known: give {stem}, {dir}, {relative}, "
+                                   "{ext}, {number}, {hash} or {namehash}");
+    }
+}
+
+TEST(OutputNamesTest, OfAPlateHaveItsInk)
+{
+    for (const char *ink : {"Brick", "", "{stem}"})
+        EXPECT_EQ(OutputNames("{stem}-{ink}.png", {"a.vx"}, kPngAlone, "-o", ink),
+                  std::vector{std::string("a-") + ink + ".png"});
 }
 
 class OutputNamesOnDisk : public testing::Test

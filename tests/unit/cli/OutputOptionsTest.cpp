@@ -25,7 +25,8 @@ const FormatCase kFormatCases[] = {
     {"", "a.b/c", {"pdf"}}, {"", ".png", {"pdf"}}, // a hidden file without an extension
     {"", "a.jpeg", {}},     {"png", "a.jpeg", {"png"}}, {"svg,pdf", "{stem}.{ext}", {"svg", "pdf"}},
     {"svg,", "a", {}},      {",svg", "a", {}},          {"svg,svg", "a", {}},
-    {"PNG", "a", {}},
+    {"PNG", "a", {}},       {"", "a.tga", {}},          {"", "{stem}.{ext}", {"pdf"}},
+    {"", "a.", {"pdf"}},    {"", "a.pdf.old", {}},      {"", "a.{number}", {"pdf"}},
 };
 
 TEST(ReadFormatsTest, ListensToTheWordThenToTheName)
