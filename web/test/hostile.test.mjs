@@ -13,7 +13,7 @@ import { PACKAGE, SOURCE, VxError, createReader, readerFor, sample, samples } fr
 async function endOf(reader, bytes, call = {}) {
     try {
         const drawing = await reader.open(bytes, call);
-        for (const format of ['png', 'svg', 'pdf']) assert.ok((await drawing.render({ format, ...call })).length > 100);
+        for (const format of ['png', 'svg', 'pdf', 'tiff']) assert.ok((await drawing.render({ format, ...call })).length > 100);
         await drawing.close();
         return 'drawn';
     } catch (error) {
