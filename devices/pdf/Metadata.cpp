@@ -98,7 +98,7 @@ std::vector<std::string> FontMapOf(std::span<const ServedFont> fonts)
 // The same bytes have the same name: sixteen of them, divided by custom.
 std::string NameOf(std::string digest)
 {
-    for (const size_t place : {8, 13, 18, 23})
+    for (const size_t place : {8U, 13U, 18U, 23U})
         digest.insert(place, 1, '-');
     return std::string("uuid:").append(digest);
 }

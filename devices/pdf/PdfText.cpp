@@ -142,8 +142,8 @@ uint32_t ReferredTo(std::string_view value)
 {
     uint32_t number = 0;
     const auto [end, error] = std::from_chars(value.data(), value.data() + value.size(), number);
-    return error == std::errc() && std::string_view(end, value.data() + value.size()) == kReference ? number
-                                                                                                    : 0;
+    const auto digits = static_cast<size_t>(end - value.data());
+    return error == std::errc() && value.substr(digits) == kReference ? number : 0;
 }
 
 std::optional<std::string> Renumbered(std::string_view value, const MapNumber &map)

@@ -72,7 +72,8 @@ struct TiffWriter::State : WriterSteps {
         constexpr std::byte kNothing[1] = {};
         for (; place > size && !failure; ++size)
             failure = sinks.add(kNothing);
-        const auto inside = std::min<uint64_t>(bytes.size(), size - std::min(place, size));
+        const auto inside =
+            static_cast<size_t>(std::min<uint64_t>(bytes.size(), size - std::min(place, size)));
         if (inside > 0 && !failure)
             failure = sinks.replace(place, bytes.first(inside));
         if (inside < bytes.size() && !failure)

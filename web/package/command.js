@@ -22,7 +22,7 @@ const USE = `usage: vx-drawings render [options] FILE... -o OUT
 FILE - is standard input, OUT - standard output; {stem}, {dir} and {ext} in OUT stand for those of the input and the format.
 
   -o, --output PATH      where to write
-  -f, --format FORMAT    pdf, svg or png, or several with commas between them (by the output's name, else pdf)
+  -f, --format FORMAT    pdf, svg, png or tiff, or several with commas between them (by the output's name, else pdf)
       --json             text: one JSON object a text; info and fonts always print JSON
       --font-dir DIR     use the fonts in DIR and below it too; may be repeated
       --no-bundled-fonts use only the fonts of --font-dir
@@ -74,6 +74,7 @@ function parse(words, known) {
     return { options, inputs };
 }
 
+const formatOf = (name) => (name === 'tif' ? 'tiff' : name);
 const stemOf = (input) => path.basename(input).replace(/\.(gz|xz)$/i, '').replace(/(.)\.[^.]*$/s, '$1');
 
 async function outputOf(pattern, input, format) {
@@ -165,7 +166,7 @@ async function run(words) {
     if (ELSEWHERE.includes(command)) throw new UsageError(`${command}: not in this package: the native command has it`);
     const reader = createReader({ bundledFonts: !others.includes('--no-bundled-fonts') });
     try {
-        const { options: table } = await reader.about();
+        const { formats: known, options: table } = await reader.about();
         const help = () => {
             const rows = table.map(({ name, value, help: text }) => `      --${`${name} ${value}`.padEnd(22)} ${text}\n`);
             process.stdout.write(USE + rows.join(''));
@@ -179,8 +180,8 @@ async function run(words) {
         if (inputs.length === 0) throw new UsageError('no FILE: name a drawing, or - for standard input');
         if (command === 'render' && options.output === undefined)
             throw new UsageError('no output: add -o and a name, as -o picture.pdf');
-        const ending = path.extname(options.output ?? '').slice(1).toLowerCase();
-        const formats = (options.format ?? (['pdf', 'svg', 'png'].includes(ending) ? ending : 'pdf')).split(',');
+        const ending = formatOf(path.extname(options.output ?? '').slice(1).toLowerCase());
+        const formats = (options.format ?? (known.some(({ name }) => name === ending) ? ending : 'pdf')).split(',').map(formatOf);
         if (command === 'render' && inputs.length * formats.length > 1 && !/\{stem\}|\{ext\}|[/\\]$/.test(options.output) &&
             !(await stat(options.output).then((found) => found.isDirectory(), () => false)))
             throw new UsageError(`${options.output}: several results go to one output: put {stem} or {ext} into its name`);

@@ -28,7 +28,7 @@ export interface CallWithOptions extends Call {
 }
 
 export interface RenderCall extends CallWithOptions {
-    format: 'pdf' | 'svg' | 'png';
+    format: 'pdf' | 'svg' | 'png' | 'tiff';
 }
 
 export interface PictureCall extends CallWithOptions {

@@ -41,7 +41,7 @@ test('options have the names of the command, and hold for one call', async (t) =
     await assert.rejects(drawing.render({ format: 'png', dpi: 30, width: 40 }), { code: 'wrong-option' });
     assert.deepEqual(await drawing.render({ format: 'png' }), whole);
     const { options, formats } = await reader.about();
-    assert.deepEqual(formats.map(({ name }) => name).sort(), ['pdf', 'png', 'svg']);
+    assert.deepEqual(formats.map(({ name }) => name).sort(), ['pdf', 'png', 'svg', 'tiff']);
     assert.ok(options.some(({ name, formats: meant }) => name === 'dpi' && meant.includes('png')));
 });
 

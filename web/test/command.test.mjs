@@ -21,11 +21,13 @@ async function folderFor(t) {
 test('it draws as the native command, with its options', { skip: noNative }, async (t) => {
     const folder = await folderFor(t);
     const options = ['--dpi', '72', '--pdf-x', 'x3', '--date', '2026-11-22'];
-    await command('render', gift, ...options, '-f', 'png,pdf', '-o', `${folder}/ours-{stem}.{ext}`);
-    await run(NATIVE, ['render', '-q', gift, ...options, '-f', 'png,pdf', '-o', `${folder}/native-{stem}.{ext}`,
+    await command('render', gift, ...options, '-f', 'png,pdf,tif', '-o', `${folder}/ours-{stem}.{ext}`);
+    await run(NATIVE, ['render', '-q', gift, ...options, '-f', 'png,pdf,tif', '-o', `${folder}/native-{stem}.{ext}`,
         '--no-system-fonts', '--font-dir', path.join(PACKAGE, 'fonts')]);
-    for (const ending of ['png', 'pdf'])
+    for (const ending of ['png', 'pdf', 'tiff'])
         assert.deepEqual(await readFile(`${folder}/ours-gift.${ending}`), await readFile(`${folder}/native-gift.${ending}`));
+    await command('render', gift, '--dpi', '72', '-o', `${folder}/by-name.tif`);
+    assert.deepEqual(await readFile(`${folder}/by-name.tif`), await readFile(`${folder}/native-gift.tiff`));
 });
 
 test('it prints words as the native command', { skip: noNative }, async () => {

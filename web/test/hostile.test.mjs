@@ -13,7 +13,7 @@ import { PACKAGE, SOURCE, VxError, createReader, readerFor, sample, samples } fr
 async function endOf(reader, bytes, call = {}) {
     try {
         const drawing = await reader.open(bytes, call);
-        for (const format of ['png', 'svg', 'pdf']) assert.ok((await drawing.render({ format, ...call })).length > 100);
+        for (const format of ['png', 'svg', 'pdf', 'tiff']) assert.ok((await drawing.render({ format, ...call })).length > 100);
         await drawing.close();
         return 'drawn';
     } catch (error) {
@@ -23,10 +23,10 @@ async function endOf(reader, bytes, call = {}) {
     }
 }
 
-// A drawing of a million lines across the page, which takes far longer than any limit here.
+// A drawing of lines across the page, each of thousands of dashes, which takes far longer than any limit here.
 async function endless() {
     const head = (await sample('gift.vx')).toString('latin1').replace(/^0 0 1 0 k.*/ms, '');
-    return Buffer.from(`${head}${'0 0 m\n576 576 L\nS\n'.repeat(1e6)}%%Trailer\n%%EOF\n`);
+    return Buffer.from(`${head}0 0 0 1 K\n[0.1 0.1]0 d\n${'0 0 m\n576 576 L\nS\n'.repeat(1e5)}%%Trailer\n%%EOF\n`);
 }
 
 const isAlive = async (reader) => assert.equal(await endOf(reader, await sample('gift.vx')), 'drawn');

@@ -27,7 +27,7 @@ try {
     const bytes = await (await fetch('/samples/text-area.vx')).arrayBuffer();
     const drawing = await open(new Blob([bytes]));
     told.title = drawing.info.title;
-    for (const format of ['png', 'svg', 'pdf']) told[format] = await hex(await drawing.render({ format }));
+    for (const format of ['png', 'svg', 'pdf', 'tiff']) told[format] = await hex(await drawing.render({ format }));
     const pixels = await drawing.picture({ width: 50 });
     told.pixels = [pixels.constructor.name, pixels.width, await hex(pixels.data)];
     told.bitmap = (await drawing.picture({ width: 50, bitmap: true })).constructor.name;
@@ -95,6 +95,7 @@ test('a page draws the same bytes, and loads nothing but the package', { skip, t
         png: hex(await drawing.render({ format: 'png' })),
         svg,
         pdf: hex(await drawing.render({ format: 'pdf' })),
+        tiff: hex(await drawing.render({ format: 'tiff' })),
         pixels: ['ImageData', width, hex(data)],
         bitmap: 'ImageBitmap',
         here: hex(await drawing.render({ format: 'png' })),
