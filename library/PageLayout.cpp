@@ -30,7 +30,7 @@ void LayOut(const PageOptions &options, const Box &own, Page *page)
     const Box shown = own.Upright();
     Box trim = Grown(shown, options.margin);
     if (const auto &size = options.size) {
-        // What is larger than the page keeps its size, and is cut.
+        // A drawing larger than the page keeps its size, and is cut.
         page->tooWide = std::max(trim.Width() - size->width, 0.0);
         page->tooHigh = std::max(trim.Height() - size->height, 0.0);
         trim = Around(shown, *size);

@@ -1,4 +1,4 @@
-// What a list has to know of fonts whose files come when a document asks for them, as text: a row a font.
+// Writes and reads what a list has to know of fonts whose files come when a document asks for them: a row a font, as text.
 #pragma once
 
 #include "host/fonts/FontCandidates.h"

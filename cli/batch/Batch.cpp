@@ -352,7 +352,7 @@ bool Batch::WasDone(const RenderTask &task, Slot *slot) const
     if (summary.IsDone() ? !AreThere(*done, task, options_.resuming) || !HasRecords(task)
                          : options_.retriesFailed && !done->isPassedOver)
         return false;
-    // What the catalogue lacks is drawn for it.
+    // A document that the catalogue lacks is drawn for it.
     if (summary.IsDone() && catalogue_ != nullptr && !catalogue_->Has(slot->number, slot->entry.input))
         return false;
     for (size_t i = 0; i < done->outputs.size(); ++i) {

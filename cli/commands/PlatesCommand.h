@@ -22,7 +22,7 @@ class PlatesCommand
     Status Run(Messages *messages) const;
 
   private:
-    // What is the same for all documents of a call.
+    // All documents of a call share these.
     struct Plan {
         std::string pattern; // has "{ink}"
         const Format *format = nullptr;

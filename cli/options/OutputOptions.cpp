@@ -106,7 +106,7 @@ FormatList ReadFormats(const std::string &word, const std::string &output)
 {
     if (word.empty()) {
         const Format *named = FormatOfName(output);
-        // Who gives a name that ends in another extension does not want a PDF.
+        // A name that ends in another extension does not ask for a PDF.
         if (named == nullptr && HasOwnExtension(output))
             throw OptionError(fmt::format("{}: no {} is written here: end the name in {}, or add -f", output,
                                           ExtensionOf(output).substr(1), AllFormats()));

@@ -9,7 +9,7 @@
 namespace vxhost
 {
 
-// What a text does not name stays as it is by default. Throws UsageError, which names the path.
+// Limits that a text does not name stay as they are by default. Throws UsageError, which names the path.
 PreflightLimits ReadPreflightLimits(std::string_view text, const std::string &path);
 PreflightLimits ReadPreflightLimitsFile(const std::string &path, double seconds);
 

@@ -10,7 +10,7 @@
 namespace vxhost::pdf
 {
 
-// What a file of the chosen levels has to keep to: where there are two, to what is narrower.
+// Says what a file of the chosen levels has to keep to: the narrower of two.
 struct Demands {
     std::string name; // of the levels, for a person; empty: there are none
     int version = 4;  // of PDF, behind "1."
@@ -29,7 +29,7 @@ struct Demands {
 
 Demands DemandsOf(const PdfOptions &options);
 
-// What the archive's standard counts.
+// The counts that the archive's standard limits.
 constexpr size_t kMostNesting = 28;                 // of q and Q
 constexpr size_t kMostNameBytes = 127;              // of a name
 constexpr double kLeastSide = 3, kMostSide = 14400; // of a page

@@ -382,7 +382,7 @@ class PdfDevice final : public Device
         return {};
     }
 
-    // Without a crop box all of the media box is shown.
+    // A page without a crop box shows all of its media box.
     void AddBoxes(Dictionary *page) const
     {
         const auto value = [](const Box &box) {

@@ -18,7 +18,7 @@
 namespace vxhost::pdf
 {
 
-// How a shading is to be painted: by itself under the matrix, or by filling the square or the circle of its space with its pattern.
+// Says how a shading is to be painted: by itself under the matrix, or by filling the square or the circle of its space with its pattern.
 struct ShadingUse {
     std::string name;
     Matrix matrix; // from the shading's space to the page
@@ -47,7 +47,7 @@ class Shadings
         patterns_; // by number, which is in the name; objects number in the same order
 };
 
-// Whether it paints all of the box.
+// Returns whether it paints all of the box.
 bool Covers(const Shading &shading, const Box &box);
 
 } // namespace vxhost::pdf

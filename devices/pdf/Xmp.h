@@ -17,7 +17,7 @@ class XmpPacket
   public:
     XmpPacket();
 
-    // What follows, up to End, is of this schema, whose prefix is a name of XML.
+    // Everything up to End is of this schema, whose prefix is a name of XML.
     // attributes declare more prefixes.
     void BeginSchema(std::string_view prefix, std::string_view uri, std::string_view attributes = {});
     void EndSchema() { Close(); }

@@ -1,4 +1,4 @@
-// What a writer of files that stands on a C library has failed at.
+// Keeps what a writer of files that stands on a C library has failed at.
 #pragma once
 
 #include "host/Failure.h"

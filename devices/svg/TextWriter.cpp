@@ -132,7 +132,7 @@ void TextWriter::PlaceCharacters(const GlyphRun &run, const Setting &setting, We
     }
 }
 
-// Whether a character there goes on along the line.
+// Returns whether a character there goes on along the line.
 bool TextWriter::IsNext(Point at) const
 {
     const LineCharacter &last = line_.characters.back();
@@ -158,7 +158,7 @@ void TextWriter::CountPlaced(const GlyphRun &run, const TextPaint &paint)
     ++placedTexts_;
 }
 
-// What begins a line has the element's space to itself.
+// The first run of a line has the element's space to itself.
 void TextWriter::AddToLines(const GlyphRun &run, const Face &face, const Setting &setting,
                             const TextPaint &paint, bool strokes)
 {

@@ -42,11 +42,11 @@ class TextWriter
 
     bool CanShow(const TextFont &font) { return OpenFont(font) != nullptr; }
     void Show(const GlyphRun &run, const TextPaint &paint);
-    // Whether the run goes on along the line that has not ended.
+    // Returns whether the run goes on along the line that has not ended.
     bool IsOnLine(const GlyphRun &run, const TextPaint &paint) const;
     bool HasLine() const { return !line_.characters.empty(); }
     void EndLine();
-    // How many texts stand character by character, since they run along a path or down a column, where lines were asked for.
+    // Counts the texts that stand character by character, since they run along a path or down a column, where lines were asked for.
     uint64_t PlacedTexts() const { return placedTexts_; }
     // Writes the outlines of all glyphs as the data of one path.
     void WriteOutlines(std::span<const GlyphRun> runs);

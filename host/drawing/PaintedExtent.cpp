@@ -286,7 +286,7 @@ void PaintedExtent::Add(const Box &painted)
 {
     const Box &clip = clips_.back();
     const Box seen = Intersection(painted, clip);
-    // What only touches the clip is not seen; a hairline has no width by itself.
+    // A shape that only touches the clip is not seen; a hairline has no width by itself.
     const auto isSeen = [](double part, double whole) { return part > 0 || (part == 0 && whole == 0); };
     if (clip.Width() <= 0 || clip.Height() <= 0 || !isSeen(seen.Width(), painted.Width()) ||
         !isSeen(seen.Height(), painted.Height()))

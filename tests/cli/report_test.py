@@ -157,7 +157,7 @@ class ReportPage(ReportTest):
         told = json.loads(re.search(r'<p id="told">(.*?)</p>', shown)[1].replace("&lt;", "<").replace("&gt;", ">"))
         self.assertEqual(told[0], "60 of 60")
         self.assertLess(told[1], 30)
-        # Of the 60 the titles go from 40 to 99, and that of the seventh is markup.
+        # The 60 titles go from 40 to 99, and that of the seventh is markup.
         self.assertEqual(told[2:], ["Catalogue of drawings", HOSTILE, "drawing 40", 1, "59"])
 
 

@@ -135,7 +135,7 @@ class Services(CommandTest):
         for name, path in pictures.values():
             self.compare(path, name)
 
-    # What a file manager of this desktop calls.
+    # The service that a file manager of this desktop calls.
     FACTORY = """
 #define GNOME_DESKTOP_USE_UNSTABLE_API
 #include <libgnome-desktop/gnome-desktop-thumbnail.h>

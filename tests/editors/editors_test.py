@@ -65,7 +65,7 @@ LARGER = {
     ("degenerate", "LibreOffice", "pdf"): ((8, 235), DOTS),
     ("text-missing", "LibreOffice", "pdf"): ((26, 180), FONT),
     ("text-symbol", "LibreOffice", "pdf"): ((12, 170), FONT),
-    # What is clipped fills the page in some.
+    # Shapes that are clipped fill the page in some.
     **{(name, "LibreOffice", "pdf"): ((110, 255), CLIP) for name in (
         "clips", "compound-clip", "gradient-highlights", "gradient-radial", "gradient-slopes", "gradient-strokes", "gradient-text",
         "gradients", "groups", "poster", "text-clip", "text-render-modes")},

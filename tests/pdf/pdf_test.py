@@ -354,7 +354,7 @@ class Preflight(PdfTest):
 
     FOLDER = "/usr/share/java"
     PARTS = ("preflight", "pdfbox2", "fontbox2", "xmpbox", "commons-logging", "javax.activation", "jaxb-api")
-    # What it finds in files of part 2 because it knows part 1 alone.
+    # It finds these in files of part 2 because it knows part 1 alone.
     OF_PART_1 = {
         # It takes no other part.
         "7.11.2 : Error on MetaData, part must be 1",

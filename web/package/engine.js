@@ -107,7 +107,7 @@ export class Engine {
         this.#leaveLibrary();
     }
 
-    // What a list has to know of the fonts in a file, as set by rows.
+    // Returns what a list has to know of the fonts in a file, as set by rows.
     rowsOf(name, bytes) {
         return this.#with([name, bytes], (file, address, size) =>
             this.#textAt(this.#exports.vx_web_rows_of(file, address, size)));
@@ -202,7 +202,7 @@ export class Engine {
         });
     }
 
-    // What the last call about the document had to tell beside its result.
+    // The last call about the document had this to tell beside its result.
     warnings(key) {
         const { document } = this.#documents.get(key);
         const count = this.#exports.vx_document_warning_count(document);
@@ -364,7 +364,7 @@ export class Engine {
         return decoder.decode(bytes.subarray(start, bytes.indexOf(0, start)));
     }
 
-    // What the module asks for: a clock, and somebody who hears that it gives up. It has no files: those that the libraries
+    // The module asks for a clock, and for somebody who hears that it gives up. It has no files: those that the libraries
     // would open are not there.
     #imports() {
         const notThere = () => 52; // as WASI says that a call is not known

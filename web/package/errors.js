@@ -1,4 +1,4 @@
-// What can go wrong, by codes that do not change.
+// The ways to fail, by codes that do not change.
 
 // By the statuses of vx.h.
 const CODES = [

@@ -238,7 +238,7 @@ export function makeApi(platform) {
             return this.#info.fonts;
         }
 
-        // Of the last call.
+        // The results of the last call.
         get warnings() {
             return this.#warnings;
         }

@@ -9,7 +9,7 @@ import { Worker } from 'node:worker_threads';
 
 import { PACKAGE, SOURCE, VxError, createReader, readerFor, sample, samples } from './support.mjs';
 
-// What opening and drawing end with: "drawn", or the code of an error.
+// Opening and drawing end with this: "drawn", or the code of an error.
 async function endOf(reader, bytes, call = {}) {
     try {
         const drawing = await reader.open(bytes, call);

@@ -1,4 +1,4 @@
-// What the tests of the package share.
+// The tests of the package share this.
 
 import { execFile } from 'node:child_process';
 import { existsSync } from 'node:fs';

@@ -9,7 +9,7 @@ import { brotliCompressSync, constants, gzipSync } from 'node:zlib';
 
 const [source, module, fonts, licenses, out] = process.argv.slice(2);
 
-// What others wrote: its licence by the name of what it is.
+// The parts that others wrote have their licences here, by the names of what they are.
 const OTHERS = {
     'nlohmann-json.txt': '/usr/share/doc/nlohmann-json3-dev/copyright',
     'emscripten.txt': '/usr/share/doc/emscripten/copyright',

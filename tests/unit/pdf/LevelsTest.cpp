@@ -1,4 +1,4 @@
-// What each level asks for, looked up in the file that is written: a row each, with a twin of the file that breaks it.
+// Looks up in the file that is written what each level asks for: a row each, with a twin of the file that breaks it.
 #include "tests/unit/pdf/DrawnPage.h"
 
 #include "host/reading/Utf8.h"
@@ -272,7 +272,7 @@ bool HasKnownOperators(Written &written)
     return std::ranges::includes(known, Operators(written).names);
 }
 
-// What each name of a Separation is shown as: the space and the function behind it.
+// Finds what each name of a Separation is shown as: the space and the function behind it.
 bool SeparationsHaveOneLook(Written &written)
 {
     std::map<std::string, std::set<std::string>> looks;
@@ -409,7 +409,7 @@ std::set<int> CodesOf(Handle font)
     return codes;
 }
 
-// Whether a character map has a character for each code, and none that stands for nothing.
+// Returns whether a character map has a character for each code, and none that stands for nothing.
 bool MapsAll(Handle font)
 {
     if (!font.getKey("/ToUnicode").isStream())
@@ -491,7 +491,7 @@ bool OrdersAllLayers(Written &written)
     return all == ordered && all.size() == 2;
 }
 
-// Whether the file describes a property that the standard does not know, where it has it.
+// Returns whether the file describes a property that the standard does not know, where it has it.
 bool IsDescribed(const Written &written, const std::string &prefix, const std::string &name)
 {
     if (written.xmp.find("<" + prefix + ":" + name + ">") == std::string::npos)

@@ -1,4 +1,4 @@
-// What shapes cover, worked out by hand.
+// Holds the measure of what shapes cover to what was worked out by hand.
 #include "devices/preflight/Extents.h"
 
 #include <gtest/gtest.h>

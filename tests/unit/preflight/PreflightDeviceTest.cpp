@@ -1,4 +1,4 @@
-// What is found in paints that no small document makes: under matrices, clips and layers.
+// Paints what no small document does, under matrices, clips and layers, and sees what is found.
 #include "devices/preflight/PreflightDevice.h"
 
 #include <gtest/gtest.h>
