@@ -12,10 +12,13 @@
 #include "library/LinkedPlugin.h"
 #include "library/OptionValues.h"
 
+#include <fmt/format.h>
+
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <fcntl.h>
 #include <optional>
@@ -34,7 +37,8 @@ constexpr const char *kUsage =
     "usage: vx-thumbnailer IN OUT SIZE\n"
     "Writes a PNG of at most SIZE by SIZE pixels of the drawing IN into the file OUT.\n";
 constexpr int32_t kMostPixels = 4096;
-constexpr double kMostSeconds = 1;
+constexpr int32_t kSeconds = 1, kMostSeconds = 3600;
+constexpr const char *kSecondsVariable = "VX_THUMBNAILER_SECONDS"; // file managers give no options
 constexpr int64_t kMostMemory = int64_t{512} << 20;
 
 // Writes into the file that has the name: who asked for the picture may have it open, and would go on to see the old one if another
@@ -54,6 +58,18 @@ int CopyInto(const std::string &path, int picture)
     return close(file) != 0 && failure == 0 ? errno : failure;
 }
 
+// Returns how long a drawing may take. Throws OptionError.
+int32_t ReadSeconds()
+{
+    const char *text = std::getenv(kSecondsVariable);
+    const std::optional<int32_t> seconds = text == nullptr ? kSeconds : ReadInteger(text);
+    if (!seconds || *seconds < 1 || *seconds > kMostSeconds)
+        throw OptionError(
+            fmt::format("{} {}: not a whole number of seconds from 1 to {}: give one, or unset it",
+                        kSecondsVariable, text, kMostSeconds));
+    return *seconds;
+}
+
 Status MakeThumbnail(const std::string &input, const std::string &output, int32_t size, Messages *messages)
 {
     EngineOptions options;
@@ -61,7 +77,7 @@ Status MakeThumbnail(const std::string &input, const std::string &output, int32_
     Settings settings;
     settings.png.fit = size;
     settings.png.memoryLimit = kMostMemory;
-    settings.seconds = kMostSeconds;
+    settings.seconds = ReadSeconds();
     settings.memory = kMostMemory;
     options.reading = ReadingOptionsOf(settings);
     options.limits = {settings.seconds, settings.memory, settings.output};
@@ -112,6 +128,9 @@ int main(int argc, char **argv)
     }
     try {
         return static_cast<int>(MakeThumbnail(argv[1], argv[2], *size, &messages));
+    } catch (const OptionError &error) {
+        messages.Error("", error.what());
+        return static_cast<int>(Status::Usage);
     } catch (const std::exception &error) {
         messages.Error(argv[1], error.what());
         return static_cast<int>(Status::InputFailed);

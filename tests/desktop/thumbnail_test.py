@@ -13,6 +13,8 @@ from vxcommand import CommandTest, Png, SANITIZED, WITHOUT_LANDLOCK, document, s
 SOURCE = os.environ["VX_SOURCE_DIR"]
 THUMBNAILER = os.environ["VX_THUMBNAILER"]
 PACKAGING = os.path.join(SOURCE, "packaging")
+# A busy machine is to fail no test.
+PATIENT = {"VX_THUMBNAILER_SECONDS": "100"}
 TUMBLER = "/usr/share/dbus-1/services/org.xfce.Tumbler.Thumbnailer1.service"
 
 
@@ -20,7 +22,7 @@ class Thumbnails(CommandTest):
     def run_thumbnailer(self, *words, status=0, environment=None, **options):
         """Returns what it tells, a line or nothing."""
         run = subprocess.run([THUMBNAILER, *map(str, words)], cwd=self.folder, capture_output=True, text=True, check=False, timeout=120,
-                             env={**os.environ, **(environment or {})}, **options)
+                             env={**os.environ, **PATIENT, **(environment or {})}, **options)
         self.assertEqual((run.returncode, run.stdout), (status, ""), run.stderr)
         return run.stderr
 
@@ -69,12 +71,18 @@ class Thumbnails(CommandTest):
 
     def test_what_takes_long_is_given_up(self):
         self.write("long.vx", document("0 0 0 1 K\n[0.01 0.01] 0 d\n" + "0 0 m 36 0 72 36 0 36 c S\n" * 2000000))
-        self.assertEqual(self.run_thumbnailer("long.vx", "a.png", 64, status=5),
+        self.assertEqual(self.run_thumbnailer("long.vx", "a.png", 64, status=5, environment={"VX_THUMBNAILER_SECONDS": "1"}),
                          "vx: long.vx: not done after 1 s, nothing written: draw it with vx render, which has options for that\n")
         self.assertEqual(self.files(), ["long.vx"])
 
+    def test_a_wrong_number_of_seconds_is_told(self):
+        for seconds in ("", "0", "1.5", "3601", "soon"):
+            self.assertEqual(self.run_thumbnailer(sample("gift"), "a.png", 64, status=2, environment={"VX_THUMBNAILER_SECONDS": seconds}),
+                             f"vx: VX_THUMBNAILER_SECONDS {seconds}: not a whole number of seconds from 1 to 3600: give one, or unset it\n")
+        self.assertEqual(self.files(), [])
+
     CONFINED = ["bwrap", "--ro-bind", "/usr", "/usr", "--symlink", "usr/lib", "/lib", "--symlink", "usr/lib64", "/lib64", "--proc", "/proc",
-                "--dev", "/dev", "--unshare-all", "--die-with-parent", "--chdir", "/", "--clearenv"]
+                "--dev", "/dev", "--unshare-all", "--die-with-parent", "--chdir", "/", "--clearenv", *(word for pair in PATIENT.items() for word in ("--setenv", *pair))]
 
     @unittest.skipIf(SANITIZED, "what a sanitizer needs is not there")
     @unittest.skipUnless(shutil.which("bwrap"), "there is no bwrap here")
@@ -101,7 +109,7 @@ class Services(CommandTest):
         shutil.copy(os.path.join(PACKAGING, "thumbnailer", "vx.thumbnailer"), self.path("data/thumbnailers"))
         shutil.copy(os.path.join(PACKAGING, "mime", "vx-drawing.xml"), self.path("data/mime/packages"))
         os.chmod(self.path("run"), 0o700)
-        self.environment = {**os.environ, "XDG_DATA_HOME": self.path("data"), "XDG_CACHE_HOME": self.path("cache"),
+        self.environment = {**os.environ, **PATIENT, "XDG_DATA_HOME": self.path("data"), "XDG_CACHE_HOME": self.path("cache"),
                             "XDG_CONFIG_HOME": self.path("config"), "XDG_RUNTIME_DIR": self.path("run"), "HOME": self.folder,
                             "PATH": self.path("bin") + ":" + os.environ["PATH"], "GIO_USE_VFS": "local", "LC_ALL": "C.UTF-8"}
         self.environment.pop("LD_LIBRARY_PATH", None)
@@ -164,8 +172,9 @@ int main(int argc, char **argv)
             self.skipTest("nothing can be mounted here")
         self.write("factory.c", self.FACTORY.encode())
         subprocess.run([os.environ["VX_CC"], "factory.c", "-o", "factory", *shlex.split(flags.stdout)], cwd=self.folder, check=True)
+        # The factory may show the program no environment, so no drawing has text, for which fonts are listed.
         self.environment["PATH"] = "/usr/local/bin:/usr/bin:/bin"
-        for name in ("poster", "text-point"):
+        for name in ("poster", "gift"):
             shutil.copy(sample(name), self.path("drawing"))
             run = subprocess.run(["dbus-run-session", "--", "timeout", "60", *lay, self.path("factory"), "file://" + self.path("drawing"),
                                   self.path("made.png")], check=False, capture_output=True, text=True, env=self.environment, timeout=120)
