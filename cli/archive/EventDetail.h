@@ -8,6 +8,6 @@ namespace vxhost
 
 // Returns: program="vx"; version="…"; plugin="sha256:…"; profile="sha256:…". The plug-in is built into the program, so the
 // digest is that of the program's file.
-std::string EventDetail();
+const std::string &EventDetail();
 
 } // namespace vxhost

@@ -1,4 +1,4 @@
-// For which press the page is meant, as the standards want it said: a condition, and its profile.
+// Says which press the page is meant for, as the standards want it said: a condition, and its profile.
 #pragma once
 
 #include "devices/pdf/Levels.h"

@@ -326,7 +326,7 @@ class Completion(CommandTest):
         for name in ("file.vx", "other.icc"):
             self.write(name, b"")
         for command in COMMANDS:
-            # In the help an option that takes a value has its name in capitals behind it.
+            # The help puts the name of an option's value in capitals behind the option.
             taking = re.findall(r"^  (?:(-\w),)?(--[\w-]+) [A-Z]", help_of(command), re.MULTILINE)
             self.assertGreater(len(taking), 8)
             for letter, name in taking:

@@ -7,7 +7,7 @@ import path from 'node:path';
 
 import { VxError, createReader } from './node.js';
 
-// What scripts may rely on, as in the native command; the worst of several inputs wins.
+// Scripts may rely on these statuses, which are those of the native command; the worst of several inputs wins.
 const DONE = 0;
 const FAILED = 1;
 const USAGE = 2;

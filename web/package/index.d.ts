@@ -74,7 +74,7 @@ export interface Font {
     missingGlyphs: number;
 }
 
-/** What the command's `info --json` tells; its manual page describes all of it. */
+/** Holds what the command's `info --json` tells; its manual page describes all of it. */
 export interface Info {
     vx: boolean;
     version: number;
@@ -111,7 +111,7 @@ export class Drawing {
     readonly layers: Layer[];
     readonly inks: Ink[];
     readonly fonts: Font[];
-    /** What the last call told beside its result. */
+    /** Lists what the last call told beside its result. */
     readonly warnings: string[];
     /** The bytes of a file. */
     render(call: RenderCall): Promise<Uint8Array>;
@@ -130,7 +130,7 @@ export interface ReaderOptions {
     maxMemory?: number;
     /** Whether the fonts of the package serve drawings (true). */
     bundledFonts?: boolean;
-    /** Where these are, with a slash at its end. */
+    /** Names the folder that these are in, with a slash at its end. */
     fontFolder?: string | URL;
     /** The module, where it does not lie beside the scripts. */
     wasm?: URL | ArrayBuffer | Uint8Array | WebAssembly.Module;

@@ -1,4 +1,4 @@
-/* What reads the fonts that drawings are set in, and tells of their outlines; nothing here draws pixels. */
+/* These modules read the fonts that drawings are set in, and tell of their outlines; none draws pixels. */
 FT_USE_MODULE( FT_Driver_ClassRec, tt_driver_class )
 FT_USE_MODULE( FT_Driver_ClassRec, t1_driver_class )
 FT_USE_MODULE( FT_Driver_ClassRec, cff_driver_class )

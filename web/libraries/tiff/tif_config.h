@@ -1,4 +1,4 @@
-/* What the library asks of the compiler's own: see tiffconf.h, which its users see too. */
+/* Tells the library what the compiler has; its users see tiffconf.h alone. */
 #include "tiffconf.h"
 
 #define HAVE_ASSERT_H    1

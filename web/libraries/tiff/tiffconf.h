@@ -1,4 +1,4 @@
-/* What the writer of TIFF files needs: 8 bits to a sample, compressed with deflate. */
+/* Leaves in the library what our writer of TIFF files needs: samples of 8 bits, compressed with deflate. */
 #ifndef VX_TIFFCONF_H
 #define VX_TIFFCONF_H
 
