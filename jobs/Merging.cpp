@@ -46,6 +46,7 @@ Counts Sum(Counts counts, const Counts &more)
 
 Merging::Merging(MergeTask task, Engine *engine) : task_(std::move(task)), engine_(engine)
 {
+    task_.settings.pdf.isToBeJoined = true;
     result_.output = task_.output;
     output_ = OutputFile::Create(task_.output, task_.rules, &result_.fault);
     if (output_ != nullptr)
@@ -96,9 +97,10 @@ Fault Merging::Append(int descriptor)
 // Runs in the worker.
 Failure Merging::Join() const
 {
-    JoinedPdf joined(SinkFor(output_->Descriptor()), [this](uint64_t from, size_t count) {
-        return ReadAt(kept_->Descriptor(), from, count);
-    });
+    JoinedPdf joined(
+        SinkFor(output_->Descriptor()),
+        [this](uint64_t from, size_t count) { return ReadAt(kept_->Descriptor(), from, count); },
+        task_.settings.pdf.compression);
     for (const Page &page : pages_) {
         if (!joined.Add(page.from, page.size, page.title))
             return {FailureKind::BadInput, "the page of \"" + page.title +

@@ -7,6 +7,14 @@
 namespace vxhost::pdf
 {
 
+// By libdeflate. Beside 6, its own default, 4 takes three fifths of the time for pages 1 to 3 % larger, 1 a fifth for pages 5 to
+// 10 % larger, and 10 three to six times as long for pages 7 % smaller.
+int LevelOf(Compression compression)
+{
+    constexpr int kLevels[] = {0, 1, 4, 10};
+    return kLevels[static_cast<size_t>(compression)];
+}
+
 Deflater::Deflater(int level) : compressor_(libdeflate_alloc_compressor(level))
 {
     if (compressor_ == nullptr)

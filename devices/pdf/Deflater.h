@@ -1,6 +1,8 @@
 // Deflate, by the faster library.
 #pragma once
 
+#include "devices/pdf/PdfDevice.h"
+
 #include <cstddef>
 #include <memory>
 #include <span>
@@ -10,6 +12,8 @@ struct libdeflate_compressor;
 
 namespace vxhost::pdf
 {
+
+int LevelOf(Compression compression); // 0: nothing is compressed
 
 class Deflater
 {

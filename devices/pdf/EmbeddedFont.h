@@ -5,8 +5,7 @@
 // use; where 255 do not do, it is several fonts with the same program.
 #pragma once
 
-#include "devices/pdf/FontProgram.h"
-#include "devices/pdf/PdfFile.h"
+#include "devices/pdf/FontObjects.h"
 
 #include <cstdint>
 #include <map>
@@ -27,9 +26,6 @@ struct GlyphCode {
 class EmbeddedFont
 {
   public:
-    // A column's glyph hangs from the middle of its top, so far from the origin of its outline; in 1/1000 em.
-    static constexpr double kColumnX = 500, kColumnY = 880;
-
     // The file gives the font its own name, whatever the document calls it.
     EmbeddedFont(std::unique_ptr<FontProgram> program, const TextFont &font);
 
@@ -47,8 +43,9 @@ class EmbeddedFont
     // The name of a part's resource. The part is written to the file from now on.
     const std::string &ResourceName(uint32_t part, bool runsDown);
 
-    // Adds what was used to the file and to the page's fonts. Returns what went wrong, if something did.
-    Failure AddTo(PdfFile *file, Dictionary *resources) const;
+    // Adds what was used to the file and to the page's fonts. A page that is to be joined to others says what it uses of
+    // the font where that is enough, and who joins them adds the font. Returns what went wrong, if something did.
+    Failure AddTo(PdfFile *file, bool isToBeJoined, Dictionary *resources) const;
 
   private:
     struct Used {
@@ -63,14 +60,15 @@ class EmbeddedFont
         std::string nameAcross, nameDown; // of resources; empty: not used
     };
 
-    std::string BaseName(const EmbeddedProgram &program) const;
-    Reference AddDescriptor(PdfFile *file, const EmbeddedProgram &program, const std::string &name) const;
-    void AddComposite(PdfFile *file, Reference descriptor, const std::string &name,
+    Failure AddUse(PdfFile *file, const std::vector<bool> &used, Dictionary *resources) const;
+    void AddComposite(PdfFile *file, const std::vector<bool> &used, const NamedDescriptor &descriptor,
                       Dictionary *resources) const;
-    void AddSimple(PdfFile *file, Reference descriptor, const std::string &name, Dictionary *resources) const;
+    void AddSimple(PdfFile *file, const NamedDescriptor &descriptor, Dictionary *resources) const;
 
     std::unique_ptr<FontProgram> program_;
     std::string asked_, own_;
+    std::string file_;       // that the program is in; empty: in none
+    int face_ = 0;           // of it
     std::string resource_;   // the start of the names of its resources; empty: it has no number yet
     std::vector<Used> used_; // by glyph
     std::vector<Part> parts_;

@@ -1,5 +1,7 @@
 #include "devices/pdf/JoinedPdf.h"
 
+#include "devices/pdf/Digest.h"
+
 #include <algorithm>
 #include <charconv>
 
@@ -164,6 +166,8 @@ std::optional<Reference> JoinedPdf::Copy(const Part &part, uint32_t number, cons
     const std::optional<std::string> bytes = BytesOf(part, number);
     if (!bytes)
         return std::nullopt;
+    if (const std::optional<FontUse> use = ReadFontUse(*bytes))
+        return fonts_.Take(*use, &*file_);
     std::string_view rest = *bytes;
     const std::optional<std::string_view> value = TakeValue(&rest);
     const std::optional<std::string> renumbered = value ? Renumbered(*value, map) : std::nullopt;
@@ -192,7 +196,7 @@ bool JoinedPdf::Add(uint64_t from, uint64_t size, const std::string &title)
         return false;
     const bool isFirst = !file_;
     if (isFirst) {
-        file_.emplace(sink_, read_(from, static_cast<size_t>(part.places.front())));
+        file_.emplace(sink_, LevelOf(compression_), read_(from, static_cast<size_t>(part.places.front())));
         tree_ = file_->Reserve();
     }
     std::vector<Reference> copies(part.places.size() + 1);
@@ -296,6 +300,8 @@ Reference JoinedPdf::AddBookmarks()
 
 Failure JoinedPdf::Finish()
 {
+    if (Failure failure = fonts_.AddTo(&*file_))
+        return failure;
     std::vector<Reference> kids;
     for (const ListedPage &page : pages_)
         kids.push_back(page.page);

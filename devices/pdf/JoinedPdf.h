@@ -1,11 +1,12 @@
 // Joins files of one page, as the device writes them, to one of many pages: with bookmarks, the layers of each page apart, and each
-// object once that is the same on several, as fonts and profiles are.
+// object once that is the same on several, as profiles are, and each font once with the glyphs that any page uses.
 //
 // The whole says about itself, and about the press, what the first file says. An object is in memory at a time; of
 // each page only its place is kept, with its title and its layers.
 #pragma once
 
-#include "devices/pdf/Digest.h"
+#include "devices/pdf/JoinedFonts.h"
+#include "devices/pdf/PdfDevice.h"
 #include "devices/pdf/PdfFile.h"
 #include "devices/pdf/PdfText.h"
 
@@ -25,7 +26,10 @@ class JoinedPdf
     // Reads bytes of the files that are joined, which lie one behind the other; less than were asked for: that is where they end.
     using ReadBytes = std::function<std::string(uint64_t from, size_t count)>;
 
-    JoinedPdf(ByteSink sink, ReadBytes read) : sink_(std::move(sink)), read_(std::move(read)) {}
+    JoinedPdf(ByteSink sink, ReadBytes read, Compression compression)
+        : sink_(std::move(sink)), read_(std::move(read)), compression_(compression)
+    {
+    }
 
     // Adds the page of the file that lies there. False: it is none of the device's, and nothing more may be added.
     bool Add(uint64_t from, uint64_t size, const std::string &title);
@@ -59,11 +63,13 @@ class JoinedPdf
 
     ByteSink sink_;
     ReadBytes read_;
+    Compression compression_;          // of what is not copied
     std::optional<pdf::PdfFile> file_; // from the first page on
     pdf::Reference tree_;              // of pages
     std::vector<ListedPage> pages_;
     pdf::Dictionary catalog_;
     std::optional<pdf::Reference> information_;
+    pdf::JoinedFonts fonts_;
     std::string version_; // the highest that a catalog says
     std::string groups_;  // of layers
     std::map<std::string, std::string>

@@ -76,14 +76,6 @@ int TextMode(bool fills, bool strokes, bool clips)
 constexpr int kVersionOfLayers = 5, kVersionOfProfiles = 7;
 constexpr size_t kShownName = 40; // bytes of one that is too long
 
-// By libdeflate. Beside 6, its own default, 4 takes three fifths of the time for pages 1 to 3 % larger, 1 a fifth for pages 5 to
-// 10 % larger, and 10 three to six times as long for pages 7 % smaller.
-int LevelOf(Compression compression)
-{
-    constexpr int kLevels[] = {0, 1, 4, 10};
-    return kLevels[static_cast<size_t>(compression)];
-}
-
 // What grows while a page is drawn.
 struct PageProgram {
     PageProgram(const ByteSink &sink, int level, const Demands &demands)
@@ -398,7 +390,7 @@ class PdfDevice final : public Device
     {
         Dictionary fonts;
         for (const EmbeddedFont *font : program_->fontsInOrder) {
-            if (Failure failure = font->AddTo(&program_->file, &fonts))
+            if (Failure failure = font->AddTo(&program_->file, options_.isToBeJoined, &fonts))
                 return failure;
         }
         AddResource("Font", fonts, resources);

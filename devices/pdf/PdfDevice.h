@@ -35,6 +35,7 @@ struct PdfOptions {
     std::optional<int64_t> date; // seconds since 1970: of creation
     PdfDateFrom dateFrom = PdfDateFrom::Drawing; // where there is no such date
     Compression compression = Compression::Default;
+    bool isToBeJoined = false; // by JoinedPdf: the file refers to fonts that are on this machine
 };
 
 // Null when the options cannot be met; error is then one line for a person. The output is complete when EndPage has

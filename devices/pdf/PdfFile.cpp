@@ -18,16 +18,15 @@ constexpr std::string_view kBinary = "\n%\xBF\xF7\xA2\xFE\n"; // the bytes say t
 
 } // namespace
 
-PdfFile::PdfFile(ByteSink sink, int level, int version) : sink_(std::move(sink))
+PdfFile::PdfFile(ByteSink sink, int level, int version)
+    : PdfFile(std::move(sink), level, std::string("%PDF-1.").append(std::to_string(version)).append(kBinary))
+{
+}
+
+PdfFile::PdfFile(ByteSink sink, int level, std::string_view head) : sink_(std::move(sink))
 {
     if (level > 0)
         deflater_.emplace(level);
-    gathered_.reserve(kGatherBytes);
-    Write(std::string("%PDF-1.").append(std::to_string(version)).append(kBinary));
-}
-
-PdfFile::PdfFile(ByteSink sink, std::string_view head) : sink_(std::move(sink))
-{
     gathered_.reserve(kGatherBytes);
     Write(head);
 }

@@ -26,8 +26,7 @@ class PdfFile
     // The level is that of libdeflate; with 0 nothing is compressed. version: of PDF, behind "1.".
     PdfFile(ByteSink sink, int level, int version = kVersion);
     static constexpr int kVersion = 4;
-    // Begins as another file does, with streams that are left as they come.
-    PdfFile(ByteSink sink, std::string_view head);
+    PdfFile(ByteSink sink, int level, std::string_view head); // begins as another file does
 
     Reference Add(std::string_view value);
     Reference AddStream(Dictionary dictionary, std::span<const char> bytes);

@@ -52,7 +52,7 @@ void TextWriter::Show(const GlyphRun &run, const Matrix &fromPage, EmbeddedFont 
     direction_ = {
         emsToSpace_.a / size_, emsToSpace_.b / size_, emsToSpace_.c / size_, emsToSpace_.d / size_, 0, 0};
     runsDown_ = run.isColumn && font->CanRunDown();
-    const Point hang = {EmbeddedFont::kColumnX / 1000, EmbeddedFont::kColumnY / 1000};
+    const Point hang = {kColumnX / 1000, kColumnY / 1000};
     const Point byHang = runsDown_ ? emsToSpace_.Map(hang) : Point{};
     hasLine_ = false;
     for (const PlacedGlyph &glyph : run.glyphs) {

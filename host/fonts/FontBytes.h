@@ -19,14 +19,16 @@ class FontBytes
     static std::shared_ptr<const FontBytes> FromMemory(std::vector<std::byte> bytes);
 
     std::span<const std::byte> Get() const { return bytes_; }
+    const std::string &Path() const { return path_; } // of the file; empty: they came from memory
 
   private:
-    FontBytes(std::span<const std::byte> bytes, std::shared_ptr<const void> holder)
-        : bytes_(bytes), holder_(std::move(holder))
+    FontBytes(std::span<const std::byte> bytes, std::string path, std::shared_ptr<const void> holder)
+        : bytes_(bytes), path_(std::move(path)), holder_(std::move(holder))
     {
     }
 
     std::span<const std::byte> bytes_;
+    std::string path_;
     std::shared_ptr<const void> holder_; // what they are in
 };
 
