@@ -1,6 +1,6 @@
 # P/bin/vx and P/bin/vx-thumbnailer, P/lib/libvx.so with P/include/vx.h and P/libexec/vx/vx-isolated, which it starts, what pkg-config and CMake find it by, P/lib/vx/vxparser.so with P/include/vx
 # (boundary), and under P/share the licences, the manual pages, what shells complete
-# with, and what tells a desktop of drawings. python/ installs its package.
+# with, what tells a desktop of drawings, and what editors open them by. python/ installs its package.
 
 install(TARGETS vxparser LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/vx)
 install(DIRECTORY sdk/include/vx DESTINATION include)
@@ -29,4 +29,8 @@ if(NOT VX_PLUGIN_ONLY)
     install(FILES packaging/mime/vx-drawing.xml DESTINATION share/mime/packages)
     install(FILES packaging/thumbnailer/vx.thumbnailer DESTINATION share/thumbnailers)
     install(FILES packaging/icons/image-x-vx-drawing.svg DESTINATION share/icons/hicolor/scalable/mimetypes)
+    install(FILES packaging/inkscape/vx_input.inx packaging/inkscape/vx_input.py DESTINATION share/inkscape/extensions)
+    install(FILES packaging/imagemagick/delegates.xml packaging/imagemagick/magic.xml DESTINATION share/vx/imagemagick)
+    install(FILES packaging/scribus/vx_place.py DESTINATION share/vx/scribus)
+    install(FILES docs/editors.md DESTINATION share/doc/vx)
 endif()

@@ -100,7 +100,9 @@ class Install(Installed):
                      "share/doc/vx/LICENSE", "share/doc/vx/press-profile.md", "lib/libvx.so.0", "libexec/vx/vx-isolated",
                      "share/bash-completion/completions/vx", "share/zsh/site-functions/_vx",
                      "bin/vx-thumbnailer", "share/man/man1/vx-thumbnailer.1", "share/thumbnailers/vx.thumbnailer",
-                     "share/mime/packages/vx-drawing.xml", "share/icons/hicolor/scalable/mimetypes/image-x-vx-drawing.svg"]:
+                     "share/inkscape/extensions/vx_input.inx", "share/inkscape/extensions/vx_input.py",
+                     "share/vx/imagemagick/delegates.xml", "share/vx/imagemagick/magic.xml", "share/vx/scribus/vx_place.py",
+                     "share/doc/vx/editors.md", "share/mime/packages/vx-drawing.xml", "share/icons/hicolor/scalable/mimetypes/image-x-vx-drawing.svg"]:
             self.assertTrue(os.path.getsize(self.path(name)) > 0, name)
 
     def test_no_folder_is_empty(self):

@@ -87,10 +87,11 @@ class EditorTest(CommandTest):
         os.mkdir(self.home)
 
     def call(self, *words, commands="", **environment):
-        """Runs a program as a person who has never run it."""
+        """Runs a program as a person who has never run it, and returns what it says."""
         done = subprocess.run(words, input=commands, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=SECONDS, text=True,
                               cwd=self.folder, env={**os.environ, "HOME": self.home, **environment})
         self.assertEqual(done.returncode, 0, done.stdout)
+        return done.stdout
 
     def make(self, extension, names, *words):
         """Draws the samples, and returns the paths by their names."""
