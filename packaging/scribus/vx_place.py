@@ -166,8 +166,12 @@ def place(drawing):
         scribus.closeDoc()
         offset = replace_numbers(document, palette)
         scribus.openDoc(document)
-        scribus.copyObjects([scribus.getPageItems()[0][0]])
+        drawn = [name for name, *_ in scribus.getPageItems()]
+        if drawn:
+            scribus.copyObjects(drawn)
         scribus.closeDoc()
+    if not drawn:
+        raise Failure("\n".join([f"{drawing}: nothing is painted in it", told]).strip())
     if not had_document:
         new_document(size)
     unit = scribus.getUnit()
