@@ -264,6 +264,32 @@ for line in os.environ["WORDS"].splitlines():
                          [("Brick", "80"), ("Night", "60")])
         self.assertFalse([item for item in document_of_scribus.iter("PAGEOBJECT") if "vx-page" in item.get("ANNAME", "")])
 
+    def test_inks_that_are_called_as_other_colours(self):
+        """A new document has a colour Red, which nobody uses; one that is open keeps its own Night."""
+        with open(sample("spot-inks"), "rb") as file:
+            self.write("red.vx", file.read().replace(b"Brick", b"Red"))
+        self.script(self.PLACE, "red.vx", "new.sla")
+        self.write("drive.py", b"""
+import os
+import runpy
+import sys
+import scribus
+scribus.newDocument((400, 500), (9, 9, 9, 9), scribus.PORTRAIT, 1, scribus.UNIT_POINTS, scribus.PAGE_1, 0, 1)
+scribus.defineColorCMYKFloat("Night", 100, 80, 20, 40)
+scribus.setSpotColor("Night", True)
+sys.argv = ["vx_place.py", "red.vx", "open.sla"]
+runpy.run_path(os.environ["PLACE"], run_name="__main__")
+""")
+        told = self.script(self.path("drive.py"))
+        self.assertIn('the document has another colour "Red": the ink of the drawing is "Red (VX)" in it\n', told)
+        self.assertNotIn('"Night"', told)
+        for name, ink, own in (("new.sla", "Red", []), ("open.sla", "Red (VX)", [("Red", "RGB", None)])):
+            saved = ElementTree.parse(self.path(name))
+            colours = [(row.get("NAME"), row.get("SPACE"), row.get("Spot")) for row in saved.iter("COLOR")]
+            self.assertEqual([row for row in colours if row[0] in ("Red", "Night", "Red (VX)")],
+                             sorted([*own, ("Night", "CMYK", "1"), (ink, "CMYK", "1")]))
+            self.assertEqual(len([item for item in saved.iter("PAGEOBJECT") if item.get("PCOLOR") == ink]), 4)
+
     def test_a_document_that_is_open(self):
         """The drawing stands where its page begins, whatever it has beyond it, in the units of the document."""
         self.write("drive.py", b"""
