@@ -44,9 +44,9 @@ def run_vx(*words):
 
 
 def inks_of(drawing):
-    """The inks' names, and what stands in for each, from 0 to 1."""
+    """The inks that have plates of their own, and what stands in for each, from 0 to 1."""
     output, _ = run_vx("info", "--json", "--salvage", "--quiet", "--", drawing)
-    return {ink["name"]: ink["cmyk"] for ink in json.loads(output)["inks"]}
+    return {ink["name"]: ink["cmyk"] for ink in json.loads(output)["inks"] if ink["plate"]}
 
 
 class Palette:
@@ -54,6 +54,7 @@ class Palette:
 
     def __init__(self, inks):
         self.inks = inks
+        self.names = {ink: ink for ink in inks}  # those in the document
         self.paints = []
         self.numbers = {}
 
@@ -81,12 +82,11 @@ class Palette:
         index = int(name[-6:], 16) - FIRST_NUMBER
         return self.paints[index] if 0 <= index < len(self.paints) else None
 
-    @staticmethod
-    def colour(paint):
+    def colour(self, paint):
         """The name of a colour of Scribus, and how much of it, in percent."""
         process, spot, _ = paint
         if spot is not None:
-            return spot[0], str(round(100 * spot[1]))  # it knows no parts of a percent
+            return self.names[spot[0]], str(round(100 * spot[1]))  # it knows no parts of a percent
         return " ".join(f"{ink}{100 * part:.4g}" for ink, part in zip("CMYK", process)), "100"
 
     def colours(self):
@@ -123,9 +123,12 @@ def replace_numbers(file, palette):
     """Gives a document the colours of the drawing, and takes the frame from it. Returns where in the group the frame was."""
     tree = ElementTree.parse(file)
     document = tree.getroot().find("DOCUMENT")
-    for colour in [row for row in document.findall("COLOR") if palette.paint(row.get("NAME")) is not None]:
-        document.remove(colour)
-    for index, row in enumerate(palette.colours()):
+    rows = palette.colours()
+    names = {row["NAME"] for row in rows}
+    for colour in document.findall("COLOR"):
+        if colour.get("NAME") in names or palette.paint(colour.get("NAME")) is not None:
+            document.remove(colour)
+    for index, row in enumerate(rows):
         document.insert(index, ElementTree.Element("COLOR", row))
     offset = 0.0, 0.0
     for parent in list(document.iter()):
@@ -147,6 +150,24 @@ def replace_numbers(file, palette):
     return offset
 
 
+def is_other(name, parts):
+    """Whether the document has a colour of that name that is not this ink."""
+    if name not in scribus.getColorNames():
+        return False
+    return not scribus.isSpotColor(name) or any(abs(there - 100 * part) > 0.5 for there, part in zip(scribus.getColorFloat(name), parts))
+
+
+def rename_inks(palette):
+    """Leaves the document its own colours. Returns lines that tell of it."""
+    told = []
+    for ink, parts in palette.inks.items():
+        while is_other(palette.names[ink], parts):
+            palette.names[ink] += " (VX)"
+        if palette.names[ink] != ink:
+            told.append(f'the document has another colour "{ink}": the ink of the drawing is "{palette.names[ink]}" in it')
+    return told
+
+
 def new_document(size):
     scribus.newDocument(size, NO_MARGINS, scribus.PORTRAIT, 1, scribus.UNIT_POINTS, scribus.PAGE_1, 0, 1)
 
@@ -160,23 +181,30 @@ def place(drawing):
         picture, document = os.path.join(folder, "drawing.svg"), os.path.join(folder, "drawing.sla")
         size = number_paints(svg, palette, picture)
         had_document = scribus.haveDoc()
+        renamed = rename_inks(palette) if had_document else []
         new_document(size)
         scribus.placeSVG(picture, 0, 0)
         scribus.saveDocAs(document)
         scribus.closeDoc()
         offset = replace_numbers(document, palette)
         scribus.openDoc(document)
-        scribus.copyObjects([scribus.getPageItems()[0][0]])
+        drawn = [name for name, *_ in scribus.getPageItems()]
+        if drawn:
+            scribus.copyObjects(drawn)
         scribus.closeDoc()
+    if not drawn:
+        raise Failure("\n".join([f"{drawing}: nothing is painted in it", told]).strip())
     if not had_document:
         new_document(size)
+        for ink in set(palette.inks) & set(scribus.getColorNames()):
+            scribus.deleteColor(ink, "None")
     unit = scribus.getUnit()
     scribus.setUnit(scribus.UNIT_POINTS)
     placed = scribus.pasteObjects()[0]
     scribus.moveObjectAbs(-offset[0], -offset[1], placed)
     scribus.setUnit(unit)
     scribus.selectObject(placed)
-    return told
+    return "\n".join([told, *renamed]).strip()
 
 
 def ask_and_place():

@@ -29,10 +29,14 @@ USUAL = {
     ("LibreOffice", "pdf"): (12, 125),
     # It draws shapes as LibreOffice does.
     ("Scribus", "svg"): (7.5, 90),
+    # Its own profile makes black blacker, and edges of shapes are as in an SVG.
+    ("Scribus", "vx"): (7.5, 90),
 }
 
 MULTIPLIED = "colours that are multiplied come out purer than inks upon each other"
 NOT_MULTIPLIED = "it knows no colours that are multiplied: what lies above hides what lies below"
+OVERPRINT = "it shows no overprint on a screen"
+BLACK = "its profile makes black blacker"
 THIN_LINES = "a line thinner than a pixel is as wide as each program finds right"
 TEXT_CLIP = "text of a PDF does not clip in it"
 CLIP = "what is filled in a PDF is not clipped in it"
@@ -43,6 +47,11 @@ LARGER = {
     ("overprint", "Inkscape", "svg"): ((2.5, 80), MULTIPLIED),
     ("overprint", "LibreOffice", "svg"): ((8, 255), NOT_MULTIPLIED),
     ("overprint", "Scribus", "svg"): ((8, 255), NOT_MULTIPLIED),
+    ("overprint", "Scribus", "vx"): ((9, 255), OVERPRINT),
+    ("poster", "Scribus", "vx"): ((7.5, 150), OVERPRINT),
+    ("fireworks", "Scribus", "vx"): ((14, 70), BLACK),
+    ("text-japanese", "Scribus", "vx"): ((8.5, 90), BLACK),
+    ("text-vertical", "Scribus", "vx"): ((7.5, 100), BLACK),
     ("hairlines", "Inkscape", "svg"): ((5, 50), THIN_LINES),
     ("hairlines", "Inkscape", "pdf"): ((5, 70), THIN_LINES),
     ("hairlines", "LibreOffice", "svg"): ((11, 90), THIN_LINES),
@@ -51,6 +60,9 @@ LARGER = {
     ("harp", "Scribus", "svg"): ((7.5, 160), THIN_LINES),
     ("pocket-trumpet", "Inkscape", "pdf"): ((5, 105), THIN_LINES),
     ("pocket-trumpet", "Scribus", "svg"): ((12, 125), THIN_LINES),
+    ("hairlines", "Scribus", "vx"): ((15, 80), THIN_LINES),
+    ("harp", "Scribus", "vx"): ((8, 165), THIN_LINES),
+    ("pocket-trumpet", "Scribus", "vx"): ((13.5, 135), THIN_LINES),
     ("gradient-text", "Inkscape", "pdf"): ((95, 255), TEXT_CLIP),
     ("text-clip", "Inkscape", "pdf"): ((55, 255), TEXT_CLIP),
     ("text-render-modes", "Inkscape", "pdf"): ((40, 255), TEXT_CLIP),
