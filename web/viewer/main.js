@@ -37,12 +37,20 @@ const picker = makePicker(byId('status'), readers);
 
 // Says something that is wrong, until the next drawing; null: nothing is.
 function tell(problem) {
+    change({ problem });
+}
+
+function makeNotice() {
     const notice = byId('notice');
-    notice.hidden = problem === null;
-    notice.replaceChildren();
-    if (problem === null) return;
-    const dismiss = iconButton('close', say('dismiss'), () => tell(null));
-    notice.append(make('div', {}, make('strong', {}, problem.text), ...(problem.detail === undefined ? [] : [make('p', {}, problem.detail)])), dismiss);
+    watch(['problem'], () => {
+        const { problem } = state;
+        notice.hidden = problem === null;
+        notice.replaceChildren();
+        if (problem === null) return;
+        const dismiss = iconButton('close', say('dismiss'), () => tell(null));
+        const detail = problem.detail === undefined ? [] : [make('p', {}, problem.detail)];
+        notice.append(make('div', {}, make('strong', {}, problem.text), ...detail), dismiss);
+    });
 }
 
 // part: of what is read, from 0 to 1; undefined: it is read.
@@ -138,7 +146,6 @@ function makeBars() {
         const name = state.drawing?.info.title || state.shown?.name || '';
         byId('title').textContent = name;
         document.title = name === '' ? say('name') : `${name} – ${say('name')}`;
-        document.body.classList.toggle('idle', state.drawing === null);
         for (const element of zoom.children) element.disabled = state.drawing === null;
         if (state.drawing === null) return;
         const [width, height] = state.drawing.info.millimetres.map((side) => formatNumber(side, 0));
@@ -171,8 +178,10 @@ function makeStart() {
             make('button', { type: 'button', onclick: chooseFolder }, say('openFolder'))),
         make('p', { class: 'meaning' }, say('startSamples'), ...SAMPLES.flatMap((name, at) => [at === 0 ? ' ' : ', ', sample(name)])),
         make('p', { class: 'meaning' }, say('startPrivate')), language));
-    watch(['shown'], () => {
-        start.hidden = state.shown !== null;
+    watch(['drawing', 'shown', 'problem'], () => {
+        const isIdle = state.shown === null || (state.drawing === null && state.shown.problem !== undefined);
+        start.hidden = !isIdle;
+        document.body.classList.toggle('idle', isIdle);
     });
 }
 
@@ -219,6 +228,7 @@ function start() {
     stage.setAttribute('aria-label', say('stage'));
     makeBars();
     makeStart();
+    makeNotice();
     makeList(byId('drawings'), collection);
     makeSide(byId('side'), [
         { name: 'layers', icon: 'layers', element: makeLayersPanel() },

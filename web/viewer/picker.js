@@ -18,9 +18,15 @@ export function makePicker(bar, readers) {
     let wanted = null; // the point under the pointer
     let isAsking = false;
 
+    const tellSize = () => {
+        if (state.drawing === null) return '';
+        return `${state.drawing.info.millimetres.map((side) => formatNumber(side, 1)).join(' × ')} mm`;
+    };
     const clear = () => {
         wanted = null;
-        for (const part of [place, inks, object]) part.replaceChildren();
+        inks.replaceChildren();
+        object.replaceChildren();
+        place.textContent = tellSize();
     };
     const isOnPage = ([x, y]) => {
         const { left, bottom, right, top } = page();

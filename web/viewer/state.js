@@ -14,6 +14,7 @@ export const state = {
     limit: 300, // percent of ink, above which there is too much
     words: [], // the texts of the drawing, as words.js has them
     panel: null,
+    problem: null, // what is told to be wrong: { text, detail }
     busy: 0, // pictures that are being made
 };
 

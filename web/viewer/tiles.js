@@ -40,11 +40,6 @@ export class Tiles {
         });
     }
 
-    // Whether everything in sight is as sharp as it gets.
-    get isComplete() {
-        return state.drawing !== null && this.#level !== null && this.#isCurrent() && this.#inSight().every(({ key }) => this.#tiles.has(key) || this.#failed.has(key));
-    }
-
     #forget() {
         for (const { bitmap } of this.#tiles.values()) bitmap.close();
         this.#overview?.close();
@@ -89,7 +84,10 @@ export class Tiles {
         const ratio = this.#ratio;
         context.setTransform(1, 0, 0, 1, 0, 0);
         context.clearRect(0, 0, this.#canvas.width, this.#canvas.height);
-        if (state.drawing === null) return;
+        if (state.drawing === null) {
+            this.#canvas.removeAttribute('aria-busy');
+            return;
+        }
         this.#settle();
         const { width, height } = this.#levelOfView();
         const left = Math.round(state.view.x * ratio);
@@ -108,7 +106,7 @@ export class Tiles {
         context.imageSmoothingQuality = 'medium';
         if (this.#overview !== null) context.drawImage(this.#overview, left, top, width, height);
         const sight = this.#inSight();
-        const isComplete = this.#isCurrent() && sight.every(({ key }) => this.#tiles.has(key));
+        const isComplete = this.#isCurrent() && sight.every(({ key }) => this.#tiles.has(key) || this.#failed.has(key));
         if (!isComplete) for (const tile of this.#tiles.values()) this.#drawTile(context, tile, left, top, width, height);
         for (const { key } of sight) {
             const tile = this.#tiles.get(key);
@@ -118,6 +116,7 @@ export class Tiles {
             this.#drawTile(context, tile, left, top, width, height);
         }
         context.restore();
+        this.#canvas.setAttribute('aria-busy', !isComplete);
         this.#ask(sight);
     }
 

@@ -1,7 +1,7 @@
 // What is known of the drawing, and what each of it means.
 
 import { drawIcon, make } from '../dom.js';
-import { colourOf, inksOf } from '../inks.js';
+import { PROCESS, colourOf, inksOf } from '../inks.js';
 import { state, watch } from '../state.js';
 import { formatNumber, formatSize, inkName, say } from '../texts.js';
 
@@ -36,7 +36,7 @@ function aboutInks({ info }) {
         swatch.style.backgroundColor = colourOf(cmyk);
         return make('li', {}, swatch, make('span', { class: 'name' }, name), make('span', { class: 'numbers' }, percent(cmyk)));
     });
-    const process = info.monochrome || !info.uses.cmyk ? inkName('Black') : ['Cyan', 'Magenta', 'Yellow', 'Black'].map(inkName).join(', ');
+    const process = info.monochrome || !info.uses.cmyk ? inkName('Black') : PROCESS.map((name) => inkName(name)).join(', ');
     const list = rows.length > 0 ? [make('p', { class: 'meaning' }, say('spotInksMean')), make('ul', { class: 'rows plain' }, ...rows)] : [];
     return section('inks', make('p', {}, process), ...list);
 }

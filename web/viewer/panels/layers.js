@@ -64,7 +64,7 @@ export function makeLayersPanel() {
             make('button', { type: 'button', onclick: () => change({ hidden: null }) }, say('layersPrinted')),
             make('button', { type: 'button', onclick: only(new Set()) }, say('layersAll')),
             make('button', { type: 'button', onclick: () => hideLayers(new Set(layers.keys())) }, say('layersNone')));
-        if (layers.length === 0) panel.replaceChildren(make('p', { class: 'empty' }, say('noLayers')));
+        if (layers.length === 0) panel.replaceChildren(make('p', { class: 'empty' }, say(state.drawing === null ? 'nothingOpen' : 'noLayers')));
         else panel.replaceChildren(buttons, make('ul', { class: 'rows', 'aria-label': say('layers') }, ...rows.map(({ row }) => row).reverse()));
     });
     watch(['drawing', 'hidden'], () => {
