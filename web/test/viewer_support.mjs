@@ -99,6 +99,22 @@ export async function choose(page, ...files) {
     await sharp(page);
 }
 
+// A click on the panel that is shown would close it.
+export async function showPanel(page, name) {
+    const tab = page.locator(`#tab-${name}`);
+    if ((await tab.getAttribute('aria-selected')) !== 'true') await tab.click();
+}
+
+// The pixels of the canvas for a script of the page: { width, height, data }.
+export const readStage = (page) => page.evaluate(() => {
+    globalThis.readStage = () => {
+        const canvas = document.querySelector('#picture');
+        const context = new OffscreenCanvas(canvas.width, canvas.height).getContext('2d');
+        context.drawImage(canvas, 0, 0);
+        return context.getImageData(0, 0, canvas.width, canvas.height);
+    };
+});
+
 // The page of the drawing on the stage, in CSS pixels: its scale, and its left top corner.
 export const viewOf = (page) => page.evaluate(() => {
     const { a, e, f } = new DOMMatrix(getComputedStyle(document.querySelector('#words')).transform);

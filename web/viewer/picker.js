@@ -43,7 +43,7 @@ export function makePicker(bar, readers) {
         try {
             const found = await readers.do(async (drawing) => {
                 const pixels = await drawing.inkPixels({ box: [x - half, y - half, x + half, y + half], width: 1, height: 1, ...options });
-                return { pixels, hit: await drawing.objectAt(x, y, options) };
+                return { pixels, hit: await drawing.objectAt(x, y, { within: 4 * half, ...options }) };
             }, () => -1);
             if (wanted !== null) tell(found);
         } catch (error) {

@@ -18,7 +18,7 @@ const SETTINGS = {
     pdf: { 'pdf-x': ['none', 'x1a', 'x3', 'x4'], 'pdf-a': ['none', '2b', '2u'], text: ['text', 'outlines'], spots: ['keep', 'process'] },
     svg: { text: ['text', 'outlines', 'editable'] },
     png: { dpi: ['150', '72', '96', '300', '600'], background: ['white', 'none'] },
-    plates: { format: ['png', 'tiff'], dpi: ['300', '150', '600', '1200'] },
+    plates: { format: ['png', 'tiff'], dpi: ['150', '300', '600', '1200'] },
 };
 
 const chosen = {}; // format and setting, to what is chosen
@@ -41,8 +41,15 @@ function optionsOf(format) {
     return options;
 }
 
+// At a level a PDF has a date, which for a drawing without one is that of its file.
+function dateOf(options) {
+    const isLevel = 'pdf-x' in options || 'pdf-a' in options;
+    return isLevel && state.drawing.info.date === '' && state.shown.modified !== undefined ? { date: String(state.shown.modified) } : {};
+}
+
 async function makeFile(readers, format) {
-    const call = { ...optionsOf(format), ...shownLayers(), timeout: MINUTES };
+    const options = optionsOf(format);
+    const call = { ...options, ...dateOf(options), ...shownLayers(), timeout: MINUTES };
     if (format !== 'plates') {
         const bytes = await readers.do((drawing) => drawing.render({ format, ...call }));
         return { name: `${baseName()}.${format}`, blob: new Blob([bytes], { type: TYPES[format] }) };
