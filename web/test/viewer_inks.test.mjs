@@ -66,7 +66,7 @@ test('the picker tells the inks under the pointer, and what they belong to', { s
     const hover = (px, py) => page.mouse.move(stage.x + x + px * scale, stage.y + y + (SPOTS[1] - py) * scale);
     await hover(150, 12); // the ground
     await page.waitForSelector('#status .ink');
-    assert.match(await page.textContent('#status .place'), /52\.\d\s+66\.\d mm/);
+    assert.match(await page.textContent('#status .place'), /x 52\.\d\s+y 66\.\d mm/);
     await hover(30, 60); // the first house is all Brick
     await page.waitForFunction(() => /Brick 100/.test(document.querySelector('#status .inks').textContent));
     assert.match(await page.textContent('#status .inks'), /C 0.*M 0.*Y 0.*K 0.*Σ 100 %/);

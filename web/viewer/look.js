@@ -3,19 +3,17 @@
 import { inksShown } from './inks.js';
 import { state } from './state.js';
 
-const escapeComma = (name) => name.replace(/[\\,]/g, '\\$&');
-const NO_LAYER = '\u0001'; // the name of none
+const isUnnamed = ({ name }) => name === '';
 
-// Layers are told apart by their names. One without a name is there with all of them, or with none that has a name.
+// Layers are told apart by their names. Those without one cannot be named: they go where no others are named, or where none but those that
+// print are asked for. So one that prints stays when all others are hidden.
 export function layerOptions(layers, hidden) {
     if (hidden === null) return {};
-    const names = (wanted) => [...new Set(layers.filter(({ name }, place) => name !== '' && hidden.has(place) === wanted).map(({ name }) => escapeComma(name)))];
-    if (layers.some(({ name }, place) => name === '' && hidden.has(place))) {
-        const shown = names(false);
-        return { layers: shown.length > 0 ? shown : [NO_LAYER] };
-    }
-    const left = names(true);
-    return left.length > 0 ? { layers: 'all', hide: left } : { layers: 'all' };
+    const names = (isHidden) => [...new Set(layers.filter((layer, place) => !isUnnamed(layer) && hidden.has(place) === isHidden).map(({ name }) => name))];
+    const [shown, left] = [names(false), names(true)];
+    const hide = left.length > 0 ? { hide: left } : {};
+    if (!layers.some((layer, place) => isUnnamed(layer) && hidden.has(place))) return { layers: 'all', ...hide };
+    return shown.length > 0 ? { layers: shown } : hide;
 }
 
 // Those of each output.
@@ -25,7 +23,7 @@ export const shownLayers = () => layerOptions(state.drawing?.info.layers ?? [], 
 function plateOptions() {
     if (state.plates === null && !state.gray) return {};
     const names = state.plates === null ? inksShown().map(({ name }) => name) : [...state.plates];
-    return { plates: names.length > 0 ? names.map(escapeComma) : 'none', ...(state.gray ? { 'plate-colours': 'gray' } : {}) };
+    return { plates: names, ...(state.gray ? { 'plate-colours': 'gray' } : {}) };
 }
 
 export function pictureOptions() {

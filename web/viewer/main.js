@@ -144,9 +144,10 @@ function makeBars() {
     });
     watch(['drawing', 'shown'], () => {
         const name = state.drawing?.info.title || state.shown?.name || '';
-        byId('title').textContent = name;
+        byId('title').textContent = name || say('name');
         document.title = name === '' ? say('name') : `${name} – ${say('name')}`;
         for (const element of zoom.children) element.disabled = state.drawing === null;
+        byId('picture').setAttribute('aria-label', say('nothingOpen'));
         if (state.drawing === null) return;
         const [width, height] = state.drawing.info.millimetres.map((side) => formatNumber(side, 0));
         byId('picture').setAttribute('aria-label', say('pictureOf', { name, width, height }));

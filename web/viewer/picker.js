@@ -72,8 +72,8 @@ export function makePicker(bar, readers) {
             const point = pointAt(...at);
             if (!isOnPage(point)) return clear();
             const { left, top } = page();
-            const millimetres = [point[0] - left, top - point[1]].map((side) => formatNumber(side * MM, 1));
-            place.textContent = `${millimetres.join('  ')} mm`;
+            const [x, y] = [point[0] - left, top - point[1]].map((side) => formatNumber(side * MM, 1));
+            place.textContent = `x ${x}  y ${y} mm`;
             wanted = point;
             return ask();
         },

@@ -2,7 +2,7 @@
 
 export const languages = { en: 'English', de: 'Deutsch', ja: '日本語' };
 
-const TEXTS = {
+export const TEXTS = {
     name: ['VX drawings', 'VX-Zeichnungen', 'VX図面'],
     stage: ['Drawing', 'Zeichnung', '図面'],
     language: ['Language', 'Sprache', '言語'],

@@ -7,8 +7,10 @@ import { state, watch } from './state.js';
 import { page } from './view.js';
 
 const TILE = 512; // pixels of the device
+const LARGE_TILE = 2048; // for drawings of which each tile takes long, whatever its size
+const LARGE = 8 << 20; // bytes of these
 const OVERVIEW = 1024;
-const MOST_TILES = 160; // a megabyte each
+const MOST_PIXELS = 160 * TILE ** 2;
 const REST = 120; // milliseconds without a change of scale, after which it is drawn for
 
 export class Tiles {
@@ -22,6 +24,7 @@ export class Tiles {
     #overviewKey = '';
     #level = null; // the size of the page that tiles are made for
     #drawing = null;
+    #tile = TILE;
     #frame = 0;
     #timer = 0;
 
@@ -50,6 +53,7 @@ export class Tiles {
         this.#overviewKey = '';
         this.#level = null;
         this.#drawing = state.drawing;
+        this.#tile = state.drawing?.bytes > LARGE ? LARGE_TILE : TILE;
     }
 
     get #ratio() {
@@ -123,10 +127,10 @@ export class Tiles {
     #drawTile(context, { bitmap, level, column, row }, left, top, width, height) {
         const across = width / level.width;
         const down = height / level.height;
-        const x = left + column * TILE * across;
-        const y = top + row * TILE * down;
-        const w = TILE * across;
-        const h = TILE * down;
+        const x = left + column * this.#tile * across;
+        const y = top + row * this.#tile * down;
+        const w = this.#tile * across;
+        const h = this.#tile * down;
         if (x > this.#canvas.width || y > this.#canvas.height || x + w < 0 || y + h < 0) return;
         context.drawImage(bitmap, x, y, w, h);
     }
@@ -140,8 +144,8 @@ export class Tiles {
         const x = Math.round(state.view.x * ratio);
         const y = Math.round(state.view.y * ratio);
         const range = (start, room, factor, size) => [
-            Math.max(Math.floor((-start * factor) / TILE), 0),
-            Math.min(Math.ceil(((room - start) * factor) / TILE), Math.ceil(size / TILE)),
+            Math.max(Math.floor((-start * factor) / this.#tile), 0),
+            Math.min(Math.ceil(((room - start) * factor) / this.#tile), Math.ceil(size / this.#tile)),
         ];
         const [first, last] = range(x, this.#canvas.width, across, this.#level.width);
         const [upper, lower] = range(y, this.#canvas.height, down, this.#level.height);
@@ -164,7 +168,7 @@ export class Tiles {
                 return at < 0 ? Infinity : 1 + at;
             };
             const box = this.#boxOf(column, row, level);
-            this.#make({ box, width: TILE, height: TILE }, rank)
+            this.#make({ box, width: this.#tile, height: this.#tile }, rank)
                 .then((bitmap) => this.#keep(key, { bitmap, level, column, row }))
                 .catch((error) => this.#note(error, key))
                 .finally(() => this.#asked.delete(key));
@@ -175,7 +179,7 @@ export class Tiles {
         const { left, top, width, height } = page();
         const x = (pixels) => left + (pixels * width) / level.width;
         const y = (pixels) => top - (pixels * height) / level.height;
-        return [x(column * TILE), y((row + 1) * TILE), x((column + 1) * TILE), y(row * TILE)];
+        return [x(column * this.#tile), y((row + 1) * this.#tile), x((column + 1) * this.#tile), y(row * this.#tile)];
     }
 
     #askOverview() {
@@ -210,8 +214,9 @@ export class Tiles {
 
     #keep(key, tile) {
         this.#tiles.set(key, tile);
+        const most = MOST_PIXELS / this.#tile ** 2;
         for (const [oldest, { bitmap }] of this.#tiles) {
-            if (this.#tiles.size <= MOST_TILES) break;
+            if (this.#tiles.size <= most) break;
             bitmap.close();
             this.#tiles.delete(oldest);
         }
@@ -222,5 +227,6 @@ export class Tiles {
         if (error.name === 'AbortError') return;
         if (key !== undefined) this.#failed.add(key);
         this.#onFailure(error);
+        this.redraw();
     }
 }

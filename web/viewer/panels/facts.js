@@ -5,7 +5,7 @@ import { PROCESS, colourOf, inksOf } from '../inks.js';
 import { state, watch } from '../state.js';
 import { formatNumber, formatSize, inkName, say } from '../texts.js';
 
-const section = (name, ...children) => make('section', { class: 'facts' }, make('h3', {}, say(name)), ...children);
+const section = (name, ...children) => make('section', { class: 'facts' }, make('h2', {}, say(name)), ...children);
 
 function factList(facts) {
     const list = make('dl');
