@@ -8,7 +8,7 @@ install(DIRECTORY sdk/example/ DESTINATION share/doc/vx/examples/host PATTERN *.
 
 if(NOT VX_PLUGIN_ONLY)
     install(TARGETS vx vx-thumbnailer RUNTIME DESTINATION bin)
-    install(TARGETS vx-isolated RUNTIME DESTINATION libexec/vx)
+    install(TARGETS vx-isolated vx-viewer RUNTIME DESTINATION libexec/vx)
     install(TARGETS libvx EXPORT vx LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
     install(FILES include/vx.h DESTINATION include)
     file(RELATIVE_PATH VX_PREFIX_FROM_PC /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
