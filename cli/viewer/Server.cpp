@@ -43,10 +43,9 @@ constexpr std::pair<const char *, const char *> kHeaders[] = {
     {"Cache-Control", "no-store"},
     {"Connection", "close"},
     {"Content-Security-Policy",
-     "default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; style-src 'self'; img-src 'self' blob: "
-     "data:; "
-     "font-src 'self' blob: data:; worker-src 'self' blob:; connect-src 'self'; base-uri 'none'; "
-     "form-action 'none'; frame-ancestors 'none'"},
+     "default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; style-src 'self'; img-src 'self' blob:; "
+     "worker-src 'self'; connect-src 'self'; manifest-src 'self'; base-uri 'none'; form-action 'none'; "
+     "frame-ancestors 'none'"},
     {"Cross-Origin-Opener-Policy", "same-origin"},
     {"Cross-Origin-Resource-Policy", "same-origin"},
     {"Referrer-Policy", "no-referrer"},
