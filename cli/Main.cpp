@@ -11,6 +11,7 @@
 #include "cli/commands/TextCommand.h"
 #include "cli/commands/TraceCommand.h"
 #include "cli/commands/VerifyCommand.h"
+#include "cli/commands/ViewCommand.h"
 #include "cli/report/StandardStreams.h"
 #include "cli/report/Versions.h"
 #include "jobs/Interrupt.h"
@@ -73,6 +74,7 @@ constexpr CommandRow kCommands[] = {
      MakeCommand<BatchCommand>},
     {"verify", "[options] FILE OUT", "Tells whether an output is what is made of a drawing now.",
      MakeCommand<VerifyCommand>},
+    {"view", "[options] [FILE|FOLDER...|-]", "Shows documents in the browser.", MakeCommand<ViewCommand>},
 };
 
 constexpr const char *kExamples = "Examples:\n"

@@ -156,6 +156,12 @@ constexpr int kOfListingFonts[] = {
     SCMP_SYS(unlinkat),
 };
 
+// A server takes connections and answers them. It makes none, since there can be no new socket.
+constexpr int kOfServing[] = {
+    SCMP_SYS(accept4), SCMP_SYS(epoll_ctl), SCMP_SYS(epoll_pwait), SCMP_SYS(epoll_wait), SCMP_SYS(recvfrom),
+    SCMP_SYS(sendmsg), SCMP_SYS(sendto),    SCMP_SYS(setsockopt),  SCMP_SYS(shutdown),   SCMP_SYS(wait4),
+};
+
 // Returns 0, or why they cannot be made.
 int MakeRules(SystemCalls calls, pid_t process, std::vector<sock_filter> *rules)
 {
@@ -181,6 +187,8 @@ int MakeRules(SystemCalls calls, pid_t process, std::vector<sock_filter> *rules)
     std::ranges::for_each(kPartlyAllowed, allowPartly);
     if (calls == SystemCalls::OfListingFonts)
         std::ranges::for_each(kOfListingFonts, allow);
+    if (calls == SystemCalls::OfServing)
+        std::ranges::for_each(kOfServing, allow);
     // A signal for itself is how a process aborts.
     allowPartly({SCMP_SYS(tgkill), {{{0, kWhole, static_cast<scmp_datum_t>(process)}, kAlways}}});
 

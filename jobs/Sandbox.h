@@ -39,8 +39,9 @@ class FileRules
 };
 
 enum class SystemCalls {
-    OfReading,     // those for memory, clocks, open files and files that may be read
-    OfListingFonts // those for folders and the files of a cache too
+    OfReading,      // those for memory, clocks, open files and files that may be read
+    OfListingFonts, // those for folders and the files of a cache too
+    OfServing // those for a socket that listens already, and the end of a process that was started before
 };
 
 // Says, in the kernel's form, which calls stay allowed. It is made once, for any number of processes that are forked later: to

@@ -49,13 +49,13 @@ _vx()
     -b | --background) words='none transparent white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir | --bag | --report) files=-d ;;
-    -r | --dpi | -z | --zoom | --width | --height | --fit | --margin | --bleed | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
+    -r | --dpi | -z | --zoom | --width | --height | --fit | --margin | --bleed | --limit | -j | --jobs | --shard | --port | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render plates coverage check text trace fonts batch verify help --event-detail --help --version' files=
+            words='info render plates coverage check text trace fonts batch verify view help --event-detail --help --version' files=
         elif [[ ${COMP_WORDS[1]} == help ]]; then
-            words='info render plates coverage check text trace fonts batch verify' files=
+            words='info render plates coverage check text trace fonts batch verify view' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
@@ -67,6 +67,7 @@ _vx()
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
             render) words="--force --no-mkdir --merge --premis $picture $every" ;;
+            view) words='--port --no-browser --help' ;;
             verify) words="--json ${picture#--output } $every" ;;
             batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
             esac

@@ -30,6 +30,7 @@ TEST_P(ProgramFile, BeginsWithoutWhatOnlySomeDocumentsNeed)
         for (const std::string late : {"libfontconfig", "libfreetype", "libharfbuzz", "liblcms", "libtiff"})
             EXPECT_FALSE(needed.starts_with(late))
                 << needed << ": a procedure of it is not in jobs/late/Procedures.inc";
+        EXPECT_FALSE(needed.starts_with("libmicrohttpd")) << "that is for libexec/vx/vx-viewer alone";
     }
 }
 

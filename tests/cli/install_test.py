@@ -97,7 +97,7 @@ class Install(Installed):
 
     def test_what_helps_is_there(self):
         for name in ["share/man/man1/vx.1", *(f"share/man/man1/vx-{command}.1" for command in COMMANDS),
-                     "share/doc/vx/LICENSE", "share/doc/vx/press-profile.md", "lib/libvx.so.0", "libexec/vx/vx-isolated",
+                     "share/doc/vx/LICENSE", "share/doc/vx/press-profile.md", "lib/libvx.so.0", "libexec/vx/vx-isolated", "libexec/vx/vx-viewer",
                      "share/bash-completion/completions/vx", "share/zsh/site-functions/_vx",
                      "bin/vx-thumbnailer", "share/man/man1/vx-thumbnailer.1", "share/thumbnailers/vx.thumbnailer",
                      "share/inkscape/extensions/vx_input.inx", "share/inkscape/extensions/vx_input.py",

@@ -13,7 +13,9 @@ from vxcommand import CommandTest, Png, VX, WITHOUT_LANDLOCK, document, sample, 
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
 VX_ITSELF = {"-V", "--version", "--event-detail"}
-COMMANDS = ["info", "render", "plates", "coverage", "check", "text", "trace", "fonts", "batch", "verify"]
+COMMANDS = ["info", "render", "plates", "coverage", "check", "text", "trace", "fonts", "batch", "verify", "view"]
+# It interprets no document itself.
+READING = [command for command in COMMANDS if command != "view"]
 COMMON = "--plugin"  # the first of those that every command has
 
 
@@ -51,7 +53,8 @@ class Manual(unittest.TestCase):
         common = described_options("vx.1.md", "OPTIONS OF EVERY COMMAND") - VX_ITSELF
         self.assertIn(COMMON, common)
         self.assertEqual(helped_options(), {"-h", "--help"} | VX_ITSELF)
-        for command in COMMANDS:
+        self.assertEqual(described_options("vx-view.1.md", "OPTIONS"), helped_options("view"))
+        for command in READING:
             own = described_options(f"vx-{command}.1.md", "OPTIONS")
             with self.subTest(command=command):
                 self.assertFalse(own & common)
@@ -319,7 +322,7 @@ class Completion(CommandTest):
 
     # Options whose values are numbers or words of the user's own: there is nothing to offer.
     FREE = {"--dpi", "--zoom", "--width", "--height", "--fit", "--margin", "--bleed", "--hide", "--max-time", "--max-memory", "--max-output", "--limit",
-            "--jobs", "--shard"}
+            "--jobs", "--shard", "--port"}
     FOLDERS = {"--font-dir", "--bag", "--report"}  # there is none to offer
 
     def test_every_value_that_can_be_named_is_offered(self):
@@ -328,7 +331,7 @@ class Completion(CommandTest):
         for command in COMMANDS:
             # The help puts the name of an option's value in capitals behind the option.
             taking = re.findall(r"^  (?:(-\w),)?(--[\w-]+) [A-Z]", help_of(command), re.MULTILINE)
-            self.assertGreater(len(taking), 8)
+            self.assertGreater(len(taking), 8 if command in READING else 0)
             for letter, name in taking:
                 with self.subTest(command=command, option=name):
                     offered = self.complete(command, name, "")

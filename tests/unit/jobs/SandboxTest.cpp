@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <functional>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -113,7 +115,8 @@ TEST(CallRulesTest, LetAProcessSendSignalsToItselfAlone)
 {
     const FileRules files;
     const pid_t others = getpid();
-    for (const SystemCalls calls : {SystemCalls::OfReading, SystemCalls::OfListingFonts}) {
+    for (const SystemCalls calls :
+         {SystemCalls::OfReading, SystemCalls::OfListingFonts, SystemCalls::OfServing}) {
         const CallRules rules(calls);
         ASSERT_EQ(rules.Error(), 0);
         for (int i = 0; i < 2; ++i) {
@@ -172,6 +175,40 @@ TEST_F(SandboxTest, LetsFontsBeListedAndFilesOfACacheBeKept)
     EXPECT_EQ(tried([&] { return mkdir(Path("new").c_str(), 0700); }), EACCES);
     EXPECT_EQ(tried([&] { return rename(Path("folder/one").c_str(), Path("cache/one").c_str()); }), EACCES);
     EXPECT_EQ(tried([&] { return symlink("one", Path("cache/link").c_str()); }), EPERM);
+}
+
+TEST_F(SandboxTest, LetsAServerAnswerAndConnectToNobody)
+{
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto *const place = reinterpret_cast<sockaddr *>(&address);
+    const Descriptor listening(socket(AF_INET, SOCK_STREAM, 0)), client(socket(AF_INET, SOCK_STREAM, 0)),
+        spare(socket(AF_INET, SOCK_STREAM, 0));
+    ASSERT_EQ(bind(listening.Get(), place, size), 0);
+    ASSERT_EQ(listen(listening.Get(), 1), 0);
+    ASSERT_EQ(getsockname(listening.Get(), place, &size), 0);
+    ASSERT_EQ(connect(client.Get(), place, size), 0);
+    const auto tried = [](const std::function<long()> &attempt) {
+        return TryConfined(FileRules(), SystemCalls::OfServing, attempt);
+    };
+    const auto answer = [&] {
+        const int connection = accept4(listening.Get(), nullptr, nullptr, SOCK_CLOEXEC);
+        return connection < 0 ? -1 : send(connection, "1", 1, MSG_NOSIGNAL);
+    };
+    EXPECT_EQ(TryConfined(FileRules(), SystemCalls::OfReading, answer), EPERM);
+    EXPECT_EQ(tried(answer), 0);
+    char got = 0;
+    EXPECT_EQ(recv(client.Get(), &got, 1, 0), 1);
+    EXPECT_EQ(got, '1');
+    EXPECT_EQ(tried([] { return socket(AF_INET, SOCK_STREAM, 0); }), EPERM);
+    EXPECT_EQ(tried([&] { return connect(spare.Get(), place, size); }), EPERM);
+    EXPECT_EQ(tried([&] { return bind(spare.Get(), place, size); }), EPERM);
+    EXPECT_EQ(tried([&] { return listen(spare.Get(), 1); }), EPERM);
+    EXPECT_EQ(tried([&] { return open(Path("folder/one").c_str(), O_RDONLY); }), EACCES);
+    EXPECT_EQ(tried([] { return execl("/bin/true", "true", nullptr); }), EPERM);
+    EXPECT_EQ(tried([] { return fork(); }), EPERM);
 }
 
 // No rule of files knows of these.

@@ -1,0 +1,91 @@
+// vx-viewer: the program behind vx view, which becomes it. Serves the viewer and the drawings that are named to the user's browser.
+//
+// It is a program of its own for what it links: the command begins without that.
+
+#include "cli/options/CommonOptions.h"
+#include "cli/report/StandardStreams.h"
+#include "cli/viewer/Server.h"
+#include "jobs/Interrupt.h"
+#include "jobs/Sandbox.h"
+#include "library/OptionValues.h"
+
+#include <fmt/format.h>
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <limits>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vxhost
+{
+
+namespace
+{
+
+constexpr std::string_view kOpens = "open", kOpensNot = "none";
+
+// The words are the viewer's folder, the port, whether to open a browser, and the inputs.
+Status View(int argc, char **argv, Messages *messages)
+{
+    const std::optional<int32_t> port = argc < 4 ? std::nullopt : ReadInteger(argv[2]);
+    const std::string_view browsers = argc < 4 ? "" : argv[3];
+    if (!port || *port < 0 || *port > std::numeric_limits<uint16_t>::max() ||
+        (browsers != kOpens && browsers != kOpensNot))
+        throw UsageError("vx-viewer is part of vx, which starts it: to see drawings, run vx view");
+    Site site;
+    site.AddViewer(argv[1]);
+    Status worst = Status::Done;
+    for (int i = 4; i < argc; ++i)
+        worst = Worst(worst, site.AddDrawings(argv[i], messages));
+    if (argc > 4 && !site.HasDrawings())
+        return worst;
+    site.ListDrawings();
+
+    Server server(site, static_cast<uint16_t>(*port));
+    CatchInterrupts(static_cast<int>(worst)); // which is how people end it
+    if (!PrintResult(server.Address() + "\n", messages))
+        return Status::OutputFailed;
+    std::optional<Browser> browser;
+    if (browsers == kOpens)
+        browser.emplace(server.Address());
+    // Where the kernel cannot do this, pages are served all the same: no drawing is interpreted here.
+    (void)EnterSandbox(FileRules(), CallRules(SystemCalls::OfServing));
+    if (server.Serve(browser ? &*browser : nullptr, messages))
+        return worst;
+    messages->Error("", "no browser has opened the page: open the address in one, with --no-browser");
+    return Worst(worst, Status::OutputFailed);
+}
+
+} // namespace
+
+} // namespace vxhost
+
+int main(int argc, char **argv)
+{
+    using namespace vxhost;
+    if (!HoldClosedStreams())
+        return static_cast<int>(Status::OutputFailed);
+    Messages messages;
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    CatchInterrupts(static_cast<int>(Status::Interrupted));
+    try {
+        return static_cast<int>(View(argc, argv, &messages));
+    } catch (const EarlyEnd &error) {
+        messages.Error("", error.what());
+        return static_cast<int>(error.status);
+    } catch (const UsageError &error) {
+        messages.Error("", error.what());
+        return static_cast<int>(Status::Usage);
+    } catch (const std::bad_alloc &) {
+        messages.Error("", "not enough memory to begin: close other programs");
+        return static_cast<int>(Status::LimitHit);
+    } catch (const std::exception &error) {
+        messages.Error("", error.what());
+        return static_cast<int>(Status::InputFailed);
+    }
+}
