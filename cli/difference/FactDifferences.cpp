@@ -233,7 +233,7 @@ std::vector<FactDifference> CompareFacts(const Result &a, const Result &b)
 FileFacts ComparePdfFacts(std::string_view a, std::string_view b)
 {
     constexpr FileFact kRows[] = {
-        {"version of PDF", "%PDF-",
+        {"PDF version", "%PDF-",
          [](std::string_view text, std::string_view name) {
              return TextBetween(text.substr(0, 16), name, text.find('\r') < text.find('\n') ? "\r" : "\n");
          }},

@@ -7,7 +7,7 @@ import sys
 import unittest
 import zlib
 
-from vxcommand import CommandTest, LEFT_HALF, Png, document
+from vxcommand import CommandTest, LEFT_HALF, Png, WITHOUT_LANDLOCK, document
 
 # At 72 pixels an inch a pixel is a point. Without a profile black ink is black, (0, 0, 0).
 PLAIN = ("--dpi", "72", "--profile", "none")
@@ -407,6 +407,14 @@ class DiffPictures(DiffTest):
                 process = self.start("diff", "-q", "a.vx", "b", "--max-time", "20")
                 errors = process.communicate(timeout=120)[1]
                 self.assertIn(process.returncode, (0, 1, 3, 5), errors)
+
+    def test_nothing_is_read_unconfined_where_that_is_required(self):
+        self.write("a.png", png(2, 1, 8, 0, [b"\x00\xff"]))
+        for other in ("a.png", "a.vx"):
+            told = self.refused("diff", "a.png", other, "--require-sandbox", status=1, environment=WITHOUT_LANDLOCK)
+            self.assertIn("a.png: not read, there is no Landlock", told)
+        _, messages = self.run_vx("diff", "a.png", "a.png", environment=WITHOUT_LANDLOCK)
+        self.assertEqual(len(messages), 1, messages)
 
     def test_limits(self):
         # An interlaced picture is held whole: here 64 MB.
