@@ -4,6 +4,7 @@
 #include "cli/commands/BatchCommand.h"
 #include "cli/commands/CheckCommand.h"
 #include "cli/commands/CoverageCommand.h"
+#include "cli/commands/DiffCommand.h"
 #include "cli/commands/FontsCommand.h"
 #include "cli/commands/InfoCommand.h"
 #include "cli/commands/PlatesCommand.h"
@@ -75,6 +76,8 @@ constexpr CommandRow kCommands[] = {
     {"verify", "[options] FILE OUT", "Tells whether an output is what is made of a drawing now.",
      MakeCommand<VerifyCommand>},
     {"view", "[options] [FILE|FOLDER...|-]", "Shows documents in the browser.", MakeCommand<ViewCommand>},
+    {"diff", "[options] FILE FILE", "Tells what differs between two drawings, or a drawing and an output.",
+     MakeCommand<DiffCommand>},
 };
 
 constexpr const char *kExamples = "Examples:\n"

@@ -1,11 +1,11 @@
 #include "jobs/Job.h"
 
+#include "jobs/ConfinedWork.h"
 #include "jobs/LateLibraries.h"
 #include "jobs/Sandbox.h"
 #include "library/pipe/Answer.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -216,31 +216,20 @@ void Job::EndWith(Fault fault)
     document_.reset();
 }
 
-Fault Job::FaultOfWriting(const Failure &failure) const
-{
-    if (IsOutputLimit(limits_, failure.error))
-        return {FaultKind::OutputTooLong, "", failure.error};
-    if (IsCallersFileLimit(failure.error))
-        return {FaultKind::FileTooLong, "", failure.error};
-    if (failure.error == EPIPE)
-        return {FaultKind::ReaderLeft};
-    return {FaultKind::CannotWrite, "", failure.error};
-}
-
 Fault Job::FaultOf(const Result &result) const
 {
     const Outcome &outcome = result.outcome;
-    const auto &[kind, text, error] = outcome.failure;
     if (engine_->Options().mustBeConfined && !result.confinement.IsWhole())
         return {FaultKind::NotConfined};
     if (outcome.failure.IsOfWriting())
-        return FaultOfWriting(outcome.failure);
+        return vxhost::FaultOf(outcome.failure, limits_);
     switch (outcome.result) {
     case kVXOk:
         break;
     case kVXOutOfMemory:
-        return kind == FailureKind::TooLarge ? Fault{FaultKind::TooLarge, text}
-                                             : Fault{FaultKind::OutOfMemory};
+        return outcome.failure.kind == FailureKind::TooLarge
+                   ? Fault{FaultKind::TooLarge, outcome.failure.text}
+                   : Fault{FaultKind::OutOfMemory};
     case kVXStoppedByUser:
         return {FaultKind::LacksFont};
     case kVXBadFormat:
@@ -248,12 +237,7 @@ Fault Job::FaultOf(const Result &result) const
     default:
         return {FaultKind::PluginFailed};
     }
-    if (!outcome.failure)
-        return {};
-    if (kind == FailureKind::OutOfMemory && text.empty())
-        return {FaultKind::OutOfMemory};
-    const bool isLimit = kind == FailureKind::OutOfMemory || kind == FailureKind::TooLarge;
-    return {isLimit ? FaultKind::TooLarge : FaultKind::Unfit, text, error};
+    return vxhost::FaultOf(outcome.failure, limits_);
 }
 
 } // namespace vxhost

@@ -78,7 +78,6 @@ class Job
     void TakeAnswer(const std::string &bytes);
     void AwaitFonts();
     void EndWith(Fault fault);
-    Fault FaultOfWriting(const Failure &failure) const;
     Fault FaultOf(const Result &result) const;
 
     JobTask task_;

@@ -1,8 +1,7 @@
 #include "jobs/Merging.h"
 
 #include "devices/pdf/JoinedPdf.h"
-#include "jobs/Sandbox.h"
-#include "library/pipe/Answer.h"
+#include "jobs/ConfinedWork.h"
 
 #include <array>
 #include <cerrno>
@@ -111,44 +110,15 @@ Failure Merging::Join() const
 
 Result Merging::Finish()
 {
-    WorkerTask task;
-    task.descriptors = {output_->Descriptor(), kept_->Descriptor()};
-    const FileRules &rules = engine_->RulesWith({});
-    if (rules.Get() >= 0)
-        task.descriptors.push_back(rules.Get());
-    task.mostAnswer = kMaxAnswer;
-    task.run = [&](WorkerLink &) {
-        Answer answer;
-        answer.confinement = EnterSandbox(rules, engine_->Calls());
-        if (answer.confinement.IsWhole() || !engine_->Options().mustBeConfined)
-            answer.outcome.failure = Join();
-        return WriteAnswer(std::move(answer));
-    };
-    int error = 0;
+    ConfinedTask task;
     // A page may take what one document may.
-    WorkerLimits limits = engine_->Options().limits.For(keptBytes_);
-    if (limits.output.value_or(0) > 0)
-        *limits.output *= static_cast<int64_t>(pages_.size());
-    const std::unique_ptr<Worker> worker = Worker::Start(limits, task, &error);
-    if (worker == nullptr) {
-        result_.fault = {FaultKind::NoWorker, "", error};
-        return std::move(result_);
-    }
-    Worker *const awaited = worker.get();
-    (void)Worker::WaitForAny({&awaited, 1});
-    WorkerEnd end = worker->TakeEnd();
-    const std::optional<Answer> answer = ReadAnswer(end.answer);
-    result_.fault = std::move(end.fault);
-    if (!result_.fault && !answer)
-        result_.fault = {FaultKind::BadAnswer};
-    if (!result_.fault && engine_->Options().mustBeConfined && !answer->confinement.IsWhole())
-        result_.fault = {FaultKind::NotConfined};
-    if (!result_.fault && answer->outcome.failure) {
-        const Failure &failure = answer->outcome.failure;
-        const FaultKind ofWriting =
-            IsOutputLimit(limits, failure.error) ? FaultKind::OutputTooLong : FaultKind::CannotWrite;
-        result_.fault = {failure.IsOfWriting() ? ofWriting : FaultKind::Unfit, failure.text, failure.error};
-    }
+    task.limits = engine_->Options().limits.For(keptBytes_);
+    if (task.limits.output.value_or(0) > 0)
+        *task.limits.output *= static_cast<int64_t>(pages_.size());
+    task.descriptors = {output_->Descriptor(), kept_->Descriptor()};
+    task.run = [this](Answer *answer) { answer->outcome.failure = Join(); };
+    const ConfinedEnd end = RunConfined(task, engine_);
+    result_.fault = end.fault ? end.fault : FaultOf(end.answer.outcome.failure, task.limits);
     if (!result_.fault)
         result_.fault = output_->Commit();
     if (!result_.fault)

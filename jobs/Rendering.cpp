@@ -1,8 +1,7 @@
 #include "jobs/Rendering.h"
 
+#include "jobs/ConfinedWork.h"
 #include "jobs/LateLibraries.h"
-#include "jobs/Sandbox.h"
-#include "library/pipe/Answer.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -107,6 +106,7 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
 {
     JobTask job;
     job.input = task_.input;
+    job.document = task_.document;
     job.kinds = task_.kinds;
     job.readable = FilesOf(task_.settings);
     job.touchesMuchMemory = HasAny(task_.outputs, kPng | kTiff);
@@ -210,39 +210,17 @@ Trial TryDevices(std::span<const Format *const> formats, const Settings &setting
         trial.format = formats[TryEach(formats, settings, &trial.failure) - 1];
         return trial;
     }
-    const FileRules &rules = engine->RulesWith(files);
-    const bool mustBeConfined = engine->Options().mustBeConfined;
-    WorkerTask task;
-    if (rules.Get() >= 0)
-        task.descriptors.push_back(rules.Get());
-    task.mostAnswer = kMaxAnswer;
-    task.run = [&](WorkerLink &) {
-        Answer answer;
-        answer.confinement = EnterSandbox(rules, engine->Calls());
-        if (answer.confinement.IsWhole() || !mustBeConfined)
-            answer.passes = static_cast<uint32_t>(TryEach(formats, settings, &answer.outcome.failure));
-        return WriteAnswer(std::move(answer));
+    ConfinedTask task;
+    task.limits = engine->Options().limits;
+    task.readable = files;
+    task.run = [&](Answer *answer) {
+        answer->passes = static_cast<uint32_t>(TryEach(formats, settings, &answer->outcome.failure));
     };
-    int error = 0;
-    const std::unique_ptr<Worker> worker = Worker::Start(engine->Options().limits, task, &error);
-    if (worker == nullptr) {
-        trial.fault = {FaultKind::NoWorker, "", error};
-        return trial;
-    }
-    Worker *const awaited = worker.get();
-    (void)Worker::WaitForAny({&awaited, 1});
-    WorkerEnd end = worker->TakeEnd();
+    ConfinedEnd end = RunConfined(task, engine);
     trial.fault = std::move(end.fault);
-    std::optional<Answer> answer = ReadAnswer(end.answer);
-    if (!trial.fault && !answer)
-        trial.fault = {FaultKind::BadAnswer};
-    if (trial.fault)
-        return trial;
-    trial.confinement = answer->confinement;
-    if (mustBeConfined && !trial.confinement.IsWhole())
-        trial.fault = {FaultKind::NotConfined};
-    trial.failure = std::move(answer->outcome.failure);
-    trial.format = formats[std::clamp<size_t>(answer->passes, 1, formats.size()) - 1];
+    trial.confinement = end.answer.confinement;
+    trial.failure = std::move(end.answer.outcome.failure);
+    trial.format = formats[std::clamp<size_t>(end.answer.passes, 1, formats.size()) - 1];
     return trial;
 }
 

@@ -28,6 +28,7 @@ struct RenderTask {
     Settings settings;
     FileKinds kinds = FileKinds::All; // what the input may be
     OutputRules rules = {};
+    std::shared_ptr<Document> document = nullptr; // as an earlier job opened it; null: the input is opened
 };
 
 // Makes, in the worker, what an output's bytes go to.

@@ -58,6 +58,14 @@ void AddOption(const Option &option, const std::string &help, OptionTexts *texts
         ->check(kNotEmpty);
 }
 
+void AddOutputOptions(OptionTexts *texts, CLI::App *command)
+{
+    for (const Option &option : Options()) {
+        if (option.formats != 0)
+            AddOption(option, option.help, texts, command);
+    }
+}
+
 void OutputOptions::AddTo(CLI::App *command)
 {
     command
@@ -65,10 +73,7 @@ void OutputOptions::AddTo(CLI::App *command)
                      AllFormats() + ", or several as pdf,png (by the output's name, else pdf)")
         ->type_name("FORMAT")
         ->check(kNotEmpty);
-    for (const Option &option : Options()) {
-        if (option.formats != 0)
-            AddOption(option, option.help, &texts, command);
-    }
+    AddOutputOptions(&texts, command);
 }
 
 bool OutputOptions::Set(std::string_view name, std::string value)

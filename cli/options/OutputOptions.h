@@ -39,6 +39,9 @@ struct OutputOptions {
 // Adds an option of the table to the command. Its value is written to texts.
 void AddOption(const Option &option, const std::string &help, OptionTexts *texts, CLI::App *command);
 
+// Adds all that are about outputs.
+void AddOutputOptions(OptionTexts *texts, CLI::App *command);
+
 // Finds the format that the name's extension says; null: it says none.
 const Format *FormatOfName(const std::string &output);
 

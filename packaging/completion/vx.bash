@@ -41,6 +41,7 @@ _vx()
     --progress) words='auto never always' files= ;;
     --retry) words='failed' files= ;;
     --summary) words='text json none' files= ;;
+    --only) words='pixels inks facts' files= ;;
     --resume) [[ ${COMP_WORDS[COMP_CWORD - 1]} == '=' || ${COMP_WORDS[COMP_CWORD]} == '=' ]] && words='verify' files= ;;
     --box) words='bbox' files= ;;
     --page) words='drawing a0 a1 a2 a3 a4 a5 a6 b4 b5 letter legal tabloid' files= ;;
@@ -49,13 +50,13 @@ _vx()
     -b | --background) words='none transparent white black' files= ;;
     --profile) words='fogra39 none' ;;
     --font-dir | --bag | --report) files=-d ;;
-    -r | --dpi | -z | --zoom | --width | --height | --fit | --margin | --bleed | --limit | -j | --jobs | --shard | --port | --max-time | --max-memory | --max-output) files= ;;
+    -r | --dpi | -z | --zoom | --width | --height | --fit | --margin | --bleed | --limit | --tolerance | -j | --jobs | --shard | --port | --max-time | --max-memory | --max-output) files= ;;
     -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
     *)
         if ((COMP_CWORD == 1)); then
-            words='info render plates coverage check text trace fonts batch verify view help --event-detail --help --version' files=
+            words='info render plates coverage check text trace fonts batch verify view diff help --event-detail --help --version' files=
         elif [[ ${COMP_WORDS[1]} == help ]]; then
-            words='info render plates coverage check text trace fonts batch verify view' files=
+            words='info render plates coverage check text trace fonts batch verify view diff' files=
         elif [[ $word == -* ]]; then
             files=
             case ${COMP_WORDS[1]} in
@@ -69,6 +70,7 @@ _vx()
             render) words="--force --no-mkdir --merge --premis $picture $every" ;;
             view) words='--port --no-browser --help' ;;
             verify) words="--json ${picture#--output } $every" ;;
+            diff) words="--side-by-side --tolerance --only --json --force ${picture/--format /} $every" ;;
             batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi

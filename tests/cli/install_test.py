@@ -51,7 +51,7 @@ class Installed(unittest.TestCase):
 class Install(Installed):
     def test_the_commands_of_the_readme_work(self):
         lines = [line.strip() for line in readme_part("As a command").splitlines() if line.startswith("    ./vx ")]
-        self.assertEqual(len(lines), 17)
+        self.assertEqual(len(lines), 18)
         with tempfile.TemporaryDirectory() as folder:
             os.symlink(self.path("bin/vx"), os.path.join(folder, "vx"))
             os.symlink(SAMPLES, os.path.join(folder, "samples"))

@@ -13,7 +13,7 @@ from vxcommand import CommandTest, Png, VX, WITHOUT_LANDLOCK, document, sample, 
 
 SOURCE = os.environ["VX_SOURCE_DIR"]
 VX_ITSELF = {"-V", "--version", "--event-detail"}
-COMMANDS = ["info", "render", "plates", "coverage", "check", "text", "trace", "fonts", "batch", "verify", "view"]
+COMMANDS = ["info", "render", "plates", "coverage", "check", "text", "trace", "fonts", "batch", "verify", "view", "diff"]
 # It interprets no document itself.
 READING = [command for command in COMMANDS if command != "view"]
 COMMON = "--plugin"  # the first of those that every command has
@@ -259,6 +259,20 @@ class Members(CommandTest):
                    for words, status in ((["--fit", "8"], 0), (["--fit", "9"], 3))]
         self.compare(objects, named_members("vx-verify.1.md", "JSON"))
 
+    def test_of_diff(self):
+        self.write("left.vx", document())
+        self.write("other.vx", document("0 0 1 0 (Ink) 0.25 x\n0 0 m\n9 0 l\n9 9 l\nf\n" + "".join(
+            self.TEXT.format("Nowhere").replace("Hand", f"Line {number}") for number in range(1001))))
+        self.write("left.pdf", b"")
+        self.run_vx("render", "-q", "left.vx", "-o", "left.pdf")
+        self.run_vx("render", "-q", "left.vx", "-o", "left.png", "--width", "9")
+        objects = [json.loads(self.run_vx("diff", "-q", *words, "--json", status=3)[0])
+                   for words in (("left.vx", "other.vx"), ("other.vx", "left.pdf"), ("left.png", "other.vx"))]
+        for one in objects:
+            for fact in one["facts"]:  # members of these are those of vx info
+                fact.update({side: "object" for side in "ab" if isinstance(fact[side], dict)})
+        self.compare(objects, named_members("vx-diff.1.md", "JSON"))
+
 
 class Security(unittest.TestCase):
     def test_every_promise_has_its_test(self):
@@ -321,7 +335,7 @@ class Completion(CommandTest):
             self.assertEqual(set(self.complete("render", option, "=")), choices, option)
 
     # Options whose values are numbers or words of the user's own: there is nothing to offer.
-    FREE = {"--dpi", "--zoom", "--width", "--height", "--fit", "--margin", "--bleed", "--hide", "--max-time", "--max-memory", "--max-output", "--limit",
+    FREE = {"--dpi", "--zoom", "--width", "--height", "--fit", "--margin", "--bleed", "--hide", "--max-time", "--max-memory", "--max-output", "--limit", "--tolerance",
             "--jobs", "--shard", "--port"}
     FOLDERS = {"--font-dir", "--bag", "--report"}  # there is none to offer
 
