@@ -50,7 +50,7 @@ _vx()
     --profile) words='fogra39 none' ;;
     --font-dir | --bag | --report) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | --margin | --bleed | --limit | -j | --jobs | --shard | --max-time | --max-memory | --max-output) files= ;;
-    -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
+    -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal | --pack) ;;
     *)
         if ((COMP_CWORD == 1)); then
             words='info render plates coverage check text trace fonts batch verify help --event-detail --help --version' files=
@@ -68,7 +68,7 @@ _vx()
             fonts) words="--list --json $every" ;;
             render) words="--force --no-mkdir --merge --premis $picture $every" ;;
             verify) words="--json ${picture#--output } $every" ;;
-            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
+            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --pack --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;
