@@ -12,6 +12,7 @@ enum class LateLibraries {
     OfFonts,        // FreeType and HarfBuzz
     OfColour,       // Little CMS, for profiles that a user names
     OfTiff,
+    OfArchives, // libarchive
 };
 
 // Does nothing where they are loaded, or linked as usual. Throws std::runtime_error when one is missing.

@@ -174,14 +174,21 @@ std::string PremisXml(const PremisRecord &record)
     return text;
 }
 
-std::string WritePremis(const PremisRecord &record)
+std::string WhyNoPremis(const PremisRecord &record)
 {
-    const std::string name = PremisNameOf(record.output);
     const FileDigest *unread = !record.sourceDigest.error.empty()   ? &record.sourceDigest
                                : !record.outputDigest.error.empty() ? &record.outputDigest
                                                                     : nullptr;
-    if (unread != nullptr)
-        return fmt::format("{}: is not written, a file of which it tells {}", name, unread->error);
+    return unread == nullptr ? ""
+                             : fmt::format("{}: is not written, a file of which it tells {}",
+                                           PremisNameOf(record.output), unread->error);
+}
+
+std::string WritePremis(const PremisRecord &record)
+{
+    if (std::string problem = WhyNoPremis(record); !problem.empty())
+        return problem;
+    const std::string name = PremisNameOf(record.output);
     Fault fault;
     const std::unique_ptr<OutputFile> file = OutputFile::Create(name, {FileKinds::Regular}, &fault);
     if (file != nullptr)

@@ -28,6 +28,9 @@ std::string PremisNameOf(const std::string &output);
 
 std::string PremisXml(const PremisRecord &record);
 
+// Returns why nothing can be told of it, as one line for a person; empty: it can.
+std::string WhyNoPremis(const PremisRecord &record);
+
 // Writes it beside the output. Returns why it could not, as one line for a person; empty: it is there.
 std::string WritePremis(const PremisRecord &record);
 

@@ -18,10 +18,13 @@
 #include <algorithm>
 #include <csignal>
 #include <ctime>
+#include <fcntl.h>
+#include <filesystem>
 #include <functional>
 #include <limits>
 #include <string_view>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -81,21 +84,12 @@ std::string TextOf(const FontList &fonts)
     return text;
 }
 
-// Returns whether the outputs are where they would be written now, as they were.
-bool AreThere(const JournalEntry &done, const RenderTask &task, Resuming resuming)
+// Returns whether the file is there, as it was.
+bool IsThere(const std::string &path, const FileDigest &was, bool isRead)
 {
-    if (done.outputs.size() != task.outputs.size())
-        return false;
-    for (size_t i = 0; i < task.outputs.size(); ++i) {
-        struct stat status = {};
-        const std::string &path = task.outputs[i].path;
-        const FileDigest &was = done.outputs[i].digest;
-        if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) ||
-            static_cast<uint64_t>(status.st_size) != was.bytes ||
-            (resuming == Resuming::ByDigest && DigestOfFile(path) != was))
-            return false;
-    }
-    return true;
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           static_cast<uint64_t>(status.st_size) == was.bytes && (!isRead || DigestOfFile(path) == was);
 }
 
 } // namespace
@@ -113,6 +107,7 @@ Status Batch::Run()
 {
     const std::optional<size_t> documents = LookAhead(options_, planner_, messages_);
     OpenJournal();
+    OpenPack();
     if (!options_.bag.empty())
         bag_ = std::make_unique<Bag>(options_.bag);
     if (catalogue_ != nullptr)
@@ -160,6 +155,30 @@ void Batch::OpenJournal()
     journal_->BeginRun(with);
 }
 
+void Batch::OpenPack()
+{
+    if (options_.pack.empty())
+        return;
+    for (const std::string &tar : {options_.pack, Pack::PartNameOf(options_.pack)}) {
+        for (const std::string &path : {tar, Pack::IndexNameOf(tar)}) {
+            const std::string place = PlaceOf(path);
+            const char *of = manifest_.Includes(place)                                         ? "a manifest"
+                             : !options_.journal.empty() && PlaceOf(options_.journal) == place ? "the journal"
+                             : IsDrawing(place)                                                ? "a drawing"
+                                                                                               : nullptr;
+            if (of != nullptr)
+                throw UsageError(
+                    fmt::format("--pack {}: would overwrite \"{}\", which is {}: choose another name",
+                                options_.pack, path, of));
+        }
+    }
+    std::error_code failure;
+    if (options_.makesFolders) // that there is none is told when the tar is made
+        std::filesystem::create_directories(std::filesystem::path(PlaceOf(options_.pack)).parent_path(),
+                                            failure);
+    pack_ = std::make_unique<Pack>(options_.pack, options_.resuming != Resuming::Nothing);
+}
+
 // The first interrupt ends the run: at once, or when what is begun is finished.
 void Batch::HearInterrupt()
 {
@@ -190,6 +209,7 @@ Status Batch::End()
     if (end_ == BatchEnd::Asked && manifest_.AtEnd() && later_.empty())
         end_ = BatchEnd::Whole; // there was nothing left to begin
     CloseBag();
+    ClosePack();
     const Status status = end_ == BatchEnd::Whole ? worst_ : Status::Interrupted;
     tally_.AddPassedOver(manifest_.PassedOver());
     const Tally::Clock::time_point now = Tally::Clock::now();
@@ -283,6 +303,16 @@ void Batch::StartTask(RenderTask task)
         journal_->Begin(slot.job, slot.entry.input);
     if (catalogue_ != nullptr) // first: what is told is what was found for the last
         task.outputs.insert(task.outputs.begin(), ThumbnailFor(slot, task.settings));
+    if (pack_ != nullptr) {
+        slot.unpacked = std::make_shared<std::deque<Unpacked>>();
+        for (RenderTask::Output &output : task.outputs) {
+            output.take = [to = slot.unpacked, name = output.path](int descriptor) {
+                Unpacked &unpacked = to->emplace_back();
+                unpacked.name = name;
+                unpacked.file.Take(fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+            };
+        }
+    }
     slot.rendering = std::make_unique<Rendering>(std::move(task), &session_->Jobs());
     ++running_;
     if (slot.rendering->AwaitedWorker() == nullptr)
@@ -349,7 +379,7 @@ bool Batch::WasDone(const RenderTask &task, Slot *slot) const
     summary.status = done->status;
     summary.error = std::move(done->error);
     summary.warnings = std::move(done->warnings);
-    if (summary.IsDone() ? !AreThere(*done, task, options_.resuming) || !HasRecords(task)
+    if (summary.IsDone() ? !AreThere(*done, task) || !HasRecords(task)
                          : options_.retriesFailed && !done->isPassedOver)
         return false;
     // A document that the catalogue lacks is drawn for it.
@@ -364,21 +394,40 @@ bool Batch::WasDone(const RenderTask &task, Slot *slot) const
     return true;
 }
 
+// Returns whether the outputs are where they would be written now, as they were.
+bool Batch::AreThere(const JournalEntry &done, const RenderTask &task) const
+{
+    if (done.outputs.size() != task.outputs.size())
+        return false;
+    const bool isRead = options_.resuming == Resuming::ByDigest;
+    for (size_t i = 0; i < task.outputs.size(); ++i) {
+        const std::string &path = task.outputs[i].path;
+        const FileDigest &was = done.outputs[i].digest;
+        if (pack_ != nullptr ? !pack_->Has(path, was, isRead) : !IsThere(path, was, isRead))
+            return false;
+    }
+    return true;
+}
+
 // Returns whether all that is to stand beside the outputs does.
 bool Batch::HasRecords(const RenderTask &task) const
 {
-    return !options_.writesPremis || std::ranges::all_of(task.outputs, [](const RenderTask::Output &output) {
-        return access(PremisNameOf(output.path).c_str(), F_OK) == 0;
-    });
+    return !options_.writesPremis ||
+           std::ranges::all_of(task.outputs, [this](const RenderTask::Output &output) {
+               const std::string name = PremisNameOf(output.path);
+               return pack_ != nullptr ? pack_->Has(name) : access(name.c_str(), F_OK) == 0;
+           });
 }
 
 // Throws UsageError when nothing may be written to the path. It looks at the path's place: "none/../a.vx" leads nowhere, and
 // is written to "a.vx" all the same.
 void Batch::CheckOutput(const std::string &path, const std::string &place) const
 {
-    if (path == "-" || IsOpenAs(STDOUT_FILENO, place))
+    if (path == "-" || (options_.pack.empty() && IsOpenAs(STDOUT_FILENO, place)))
         throw UsageError(
             fmt::format("\"{}\" is standard output, which is for the results: name a file", path));
+    if (!options_.pack.empty()) // members overwrite nothing
+        return;
     if (manifest_.Includes(place))
         throw UsageError(fmt::format("would overwrite the manifest \"{}\": choose another name", path));
     if (!options_.journal.empty() && IsSameFile(options_.journal, place))
@@ -401,7 +450,7 @@ void Batch::ClaimOutputs(RenderTask *task, Slot *slot, uint64_t content)
 {
     std::vector<uint64_t> places;
     for (const RenderTask::Output &output : task->outputs) {
-        const std::string place = PlaceOf(output.path);
+        const std::string place = planner_.PlaceOfOutput(output.path);
         CheckOutput(output.path, place);
         places.push_back(std::hash<std::string>()(place));
         const auto writer = writers_.find(places.back());
@@ -448,31 +497,51 @@ void Batch::FinishWhatEnded()
                             slot.result.fault.kind == FaultKind::NotADrawing;
         if (slot.summary->IsDone())
             Record(&slot);
+        slot.unpacked.reset();
         if (journal_ != nullptr)
             Enter(slot);
     }
 }
 
-// Keeps the digests of the outputs where somebody asks for them, and writes what is to stand beside each.
+// Packs the outputs, keeps their digests where somebody asks for them, and writes what is to stand beside each.
 void Batch::Record(Slot *slot)
 {
-    if (journal_ == nullptr && bag_ == nullptr && !options_.writesPremis)
+    if (journal_ == nullptr && bag_ == nullptr && pack_ == nullptr && !options_.writesPremis)
         return;
-    const std::vector<const Format *> &formats = slot->formats;
-    for (size_t i = 0; i < slot->result.written.size(); ++i) {
-        const std::string &path = slot->result.written[i];
-        slot->outputs.push_back({path, DigestOfFile(path)});
-        if (!options_.writesPremis)
-            continue;
-        const std::string problem =
-            WritePremis({slot->entry.input, slot->digest, path, slot->outputs.back().digest, formats[i],
-                         planner_.OptionsTextOf(slot->entry), slot->summary->warnings, StatedTime()});
-        if (problem.empty())
-            continue;
-        slot->summary->status = Status::OutputFailed;
-        slot->summary->error = problem;
-        return;
+    std::string problem = TakeOutputs(slot);
+    for (size_t i = 0; i < slot->outputs.size() && options_.writesPremis && problem.empty(); ++i) {
+        const std::string &path = slot->outputs[i].path;
+        const PremisRecord record = {
+            slot->entry.input,       slot->digest,     path,
+            slot->outputs[i].digest, slot->formats[i], planner_.OptionsTextOf(slot->entry),
+            slot->summary->warnings, StatedTime()};
+        if (pack_ == nullptr)
+            problem = WritePremis(record);
+        else if (problem = WhyNoPremis(record); problem.empty())
+            problem = pack_->Add(PremisNameOf(path), PremisXml(record), slot->entry.input);
     }
+    if (problem.empty())
+        return;
+    slot->summary->status = Status::OutputFailed;
+    slot->summary->error = problem;
+}
+
+// Returns why an output cannot be packed; empty: all are where they belong.
+std::string Batch::TakeOutputs(Slot *slot)
+{
+    for (const std::string &path : slot->result.written)
+        slot->outputs.push_back({path, DigestOfFile(path)});
+    if (slot->unpacked == nullptr)
+        return "";
+    for (const Unpacked &output : *slot->unpacked) {
+        const FileDigest digest = DigestOfDescriptor(output.file.Get());
+        if (std::string problem = pack_->Add(output.name, output.file.Get(), digest, slot->entry.input);
+            !problem.empty())
+            return problem;
+        slot->outputs.push_back({output.name, digest});
+        slot->result.written.push_back(output.name);
+    }
+    return "";
 }
 
 // Enters what became of a document into the journal.
@@ -592,6 +661,22 @@ void Batch::CloseBag()
                         "{} away",
                         options_.bag, others == 1 ? "1 file" : fmt::format("{} files", others),
                         others == 1 ? "is" : "are", others == 1 ? "is" : "are", others == 1 ? "it" : "them"));
+}
+
+void Batch::ClosePack()
+{
+    if (pack_ == nullptr)
+        return;
+    if (end_ == BatchEnd::Whole) {
+        pack_->Close();
+        return;
+    }
+    if (journal_ == nullptr)
+        pack_->GiveUp();
+    messages_->Note(fmt::format("--pack {}: is not whole yet{}", options_.pack,
+                                journal_ == nullptr
+                                    ? ", and nothing is left of it: with --journal it can be gone on with"
+                                    : ": what is done is in \"" + Pack::PartNameOf(options_.pack) + '"'));
 }
 
 void Batch::ShowProgress()

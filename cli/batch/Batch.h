@@ -7,6 +7,7 @@
 #include "cli/archive/Bag.h"
 #include "cli/batch/Catalogue.h"
 #include "cli/batch/Journal.h"
+#include "cli/batch/Pack.h"
 #include "cli/batch/Planner.h"
 #include "cli/batch/Tally.h"
 #include "cli/commands/Session.h"
@@ -39,6 +40,12 @@ class Batch
     Status Run(); // throws UsageError before the first document, EarlyEnd when the journal cannot be written
 
   private:
+    // What became of an output that is packed, until it is.
+    struct Unpacked {
+        std::string name;
+        Descriptor file;
+    };
+
     // A document on its way.
     struct Slot {
         size_t number = 0; // from 1
@@ -48,9 +55,10 @@ class Batch
         Tally::Clock::time_point began;
         bool wasDoneBefore = false; // by an earlier run
         size_t sharesWith = 0;      // number of an equal document with the same output; 0: there is none
-        std::vector<const Format *> formats;  // of the outputs
-        std::vector<JournalOutput> outputs;   // with their digests, where somebody asks for these
-        std::unique_ptr<Rendering> rendering; // while it is at work
+        std::vector<const Format *> formats;            // of the outputs
+        std::shared_ptr<std::deque<Unpacked>> unpacked; // null: outputs are files
+        std::vector<JournalOutput> outputs;             // with their digests, where somebody asks for these
+        std::unique_ptr<Rendering> rendering;           // while it is at work
         Result result;
         std::optional<Summary> summary; // none: it is not done
         bool hasThumbnail = false;      // in the catalogue
@@ -58,6 +66,8 @@ class Batch
     };
 
     void OpenJournal();
+    void OpenPack();
+    void ClosePack();
     void HearInterrupt();
     bool IsAtEnd() const;
     Status End();
@@ -76,8 +86,10 @@ class Batch
     RenderTask::Output ThumbnailFor(const Slot &slot, const Settings &settings) const;
 
     void FinishWhatEnded();
+    bool AreThere(const JournalEntry &done, const RenderTask &task) const;
     bool HasRecords(const RenderTask &task) const;
     void Record(Slot *slot);
+    std::string TakeOutputs(Slot *slot);
     void Enter(const Slot &slot);
     void AddToBag(const Slot &slot);
     void CloseBag();
@@ -113,6 +125,7 @@ class Batch
     std::unique_ptr<Catalogue> catalogue_; // null: none is made
     std::unique_ptr<Journal> journal_;     // null: none is kept
     std::unique_ptr<Bag> bag_;             // null: none is made
+    std::unique_ptr<Pack> pack_;           // null: outputs are files
     // Those that several runs have begun and none has ended, with their numbers: left for last.
     std::deque<std::pair<size_t, ManifestEntry>> later_;
     bool isLater_ = false; // their time has come

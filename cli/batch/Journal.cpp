@@ -1,5 +1,7 @@
 #include "cli/batch/Journal.h"
 
+#include "cli/batch/FileLock.h"
+#include "cli/batch/WholeLines.h"
 #include "cli/options/CommonOptions.h"
 #include "jobs/OutputFile.h"
 #include "library/FactsJson.h"
@@ -10,11 +12,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <charconv>
-#include <chrono>
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -30,9 +29,7 @@ constexpr std::string_view kHead = R"({"journal":"vx batch")";
 constexpr std::string_view kBegun = R"({"begun":")";
 constexpr std::string_view kDone = R"({"done":")";
 constexpr size_t kJobDigits = 16;
-constexpr size_t kReadSize = size_t{256} << 10;
-constexpr int kLockTries = 100;
-constexpr std::chrono::milliseconds kLockPause(20);
+constexpr size_t kReadSize = size_t{4} << 10;
 
 std::string TextOf(uint64_t job)
 {
@@ -54,7 +51,7 @@ std::optional<uint64_t> JobOf(std::string_view line, std::string_view beginning)
 std::string LineAt(int descriptor, uint64_t at)
 {
     std::string line;
-    std::string piece(kReadSize / 64, '\0');
+    std::string piece(kReadSize, '\0');
     while (true) {
         const ssize_t got =
             pread(descriptor, piece.data(), piece.size(), static_cast<off_t>(at + line.size()));
@@ -78,17 +75,6 @@ FileDigest DigestIn(const Json &json)
     return {json.at("sha256").get<std::string>(), json.at("bytes").get<uint64_t>(), ""};
 }
 
-// Waits a moment for the workers of a run that was killed, which may still have the file.
-bool Lock(int descriptor)
-{
-    for (int i = 0; i < kLockTries; ++i) {
-        if (flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK)
-            return true; // where there are no locks, nobody else has one
-        std::this_thread::sleep_for(kLockPause);
-    }
-    return false;
-}
-
 } // namespace
 
 bool IsJournal(int descriptor)
@@ -99,29 +85,15 @@ bool IsJournal(int descriptor)
 
 uint64_t ReadJournalLines(int descriptor, const std::function<void(const JournalLine &line)> &take)
 {
-    uint64_t at = 0;
-    std::string bytes;
-    std::string piece(kReadSize, '\0');
-    while (true) {
-        const ssize_t got =
-            pread(descriptor, piece.data(), piece.size(), static_cast<off_t>(at + bytes.size()));
-        if (got <= 0)
-            return at;
-        bytes.append(piece, 0, static_cast<size_t>(got));
-        size_t taken = 0;
-        for (size_t end; (end = bytes.find('\n', taken)) != std::string::npos; taken = end + 1) {
-            const std::string_view text = std::string_view(bytes).substr(taken, end + 1 - taken);
-            const std::optional<uint64_t> begun = JobOf(text, kBegun), done = JobOf(text, kDone);
-            if (begun)
-                take({JournalLine::Kind::Begun, *begun, at + taken, text});
-            else if (done)
-                take({JournalLine::Kind::Done, *done, at + taken, text});
-            else if (text.starts_with(kHead))
-                take({JournalLine::Kind::Run, 0, at + taken, text});
-        }
-        bytes.erase(0, taken);
-        at += taken;
-    }
+    return ReadWholeLines(descriptor, [&take](uint64_t at, std::string_view text) {
+        const std::optional<uint64_t> begun = JobOf(text, kBegun), done = JobOf(text, kDone);
+        if (begun)
+            take({JournalLine::Kind::Begun, *begun, at, text});
+        else if (done)
+            take({JournalLine::Kind::Done, *done, at, text});
+        else if (text.starts_with(kHead))
+            take({JournalLine::Kind::Run, 0, at, text});
+    });
 }
 
 uint64_t JournalIndex::Read(int descriptor)
@@ -173,7 +145,7 @@ Journal::Journal(const std::string &path) : path_(path)
             fmt::format("--journal {}: cannot be opened, {}: choose another place", path, SystemText(errno)));
     if (!S_ISREG(status.st_mode) || !IsJournal(file_.Get()))
         throw UsageError(fmt::format("--journal {}: is there, and is no journal: choose another name", path));
-    if (!Lock(file_.Get()))
+    if (!LockForRun(file_.Get()))
         throw EarlyEnd(
             Status::OutputFailed,
             fmt::format("--journal {}: another run writes to it: wait for its end, or choose another name",

@@ -74,7 +74,7 @@ std::vector<NamedPlace> PlacesOf(const Planner &planner, const ManifestEntry &en
         if (!entry.error.empty() || planner.NeedsDigest(entry))
             return {};
         for (RenderTask::Output &output : planner.OutputsOf(entry, number, "")) {
-            const uint64_t hash = std::hash<std::string>()(PlaceOf(output.path));
+            const uint64_t hash = std::hash<std::string>()(planner.PlaceOfOutput(output.path));
             if (std::ranges::count(places, hash, &NamedPlace::hash) == 0)
                 places.push_back({hash, std::move(output.path)});
         }

@@ -1,5 +1,6 @@
 #include "cli/batch/Planner.h"
 
+#include "cli/batch/Pack.h"
 #include "cli/options/CommonOptions.h"
 #include "cli/options/Digest.h"
 #include "cli/options/OutputNames.h"
@@ -7,6 +8,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace vxhost
@@ -46,8 +48,13 @@ std::vector<RenderTask::Output> Planner::OutputsOf(const ManifestEntry &entry, s
     const NamedDocument document = {entry.input, entry.relative, number, digest};
     std::vector<RenderTask::Output> outputs;
     for (const Format *format : ReadFormats(namesFormat ? "" : SaidOf(entry).format, pattern))
-        outputs.push_back({format, FillPattern(pattern, document, *format)});
+        outputs.push_back({format, OutputName(FillPattern(pattern, document, *format))});
     return outputs;
+}
+
+std::string Planner::PlaceOfOutput(const std::string &path) const
+{
+    return options_.pack.empty() ? PlaceOf(path) : path;
 }
 
 std::string Planner::OptionsTextOf(const ManifestEntry &entry) const
@@ -70,6 +77,20 @@ RenderTask Planner::TaskFor(const ManifestEntry &entry, size_t number, const std
     task.settings = entry.outputOptions == OutputOptions() ? options_.settings : ReadSettings(said.texts);
     task.settings.png.memoryLimit = options_.settings.png.memoryLimit;
     return task;
+}
+
+// Members of a tar have one spelling.
+std::string Planner::OutputName(const std::string &path) const
+{
+    if (options_.pack.empty() || path == "-")
+        return path;
+    const std::optional<std::string> member = Pack::MemberNameOf(path);
+    if (!member)
+        throw UsageError(
+            fmt::format("would be written to \"{}\", outside of the tar: name the member from its top, "
+                        "as -o '{{relative}}/{{stem}}.{{ext}}'",
+                        path));
+    return *member;
 }
 
 const std::string &Planner::PatternOf(const ManifestEntry &entry) const

@@ -51,6 +51,7 @@ struct BatchOptions {
     SummaryForm summary = SummaryForm::Text;
     bool writesPremis = false; // a record beside each output
     std::string bag;           // a folder that becomes one; empty: none
+    std::string pack;          // a tar that outputs are members of; empty: they are files
     std::string report;        // folder of a catalogue; empty: none is made
 };
 
@@ -67,11 +68,14 @@ class Planner
     // The document's number in the batch, and its digest, empty where it is not needed.
     std::vector<RenderTask::Output> OutputsOf(const ManifestEntry &entry, size_t number,
                                               const std::string &digest) const;
+    // Returns one text for all spellings of an output's name.
+    std::string PlaceOfOutput(const std::string &path) const;
     // Returns in one text all that the options say of the outputs.
     std::string OptionsTextOf(const ManifestEntry &entry) const;
     RenderTask TaskFor(const ManifestEntry &entry, size_t number, const std::string &digest) const;
 
   private:
+    std::string OutputName(const std::string &path) const;
     const std::string &PatternOf(const ManifestEntry &entry) const;
     OutputOptions SaidOf(const ManifestEntry &entry) const;
 

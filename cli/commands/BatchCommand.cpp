@@ -74,6 +74,8 @@ BatchCommand::BatchCommand(CLI::App *command)
         ->add_option("--bag", bag_,
                      "make the folder a BagIt bag of the outputs, which lie in its folder data")
         ->type_name("FOLDER");
+    command->add_option("--pack", pack_, "put the outputs into one tar, with an index beside it")
+        ->type_name("FILE.tar");
     command
         ->add_option(
             "--shard", shard_,
@@ -114,7 +116,11 @@ Status BatchCommand::Run(Messages *messages) const
         options.showProgress && isatty(STDOUT_FILENO) != 1; // else it would stand among them
     if (bag_ && (bag_->empty() || *bag_ == "-"))
         throw UsageError(fmt::format("--bag \"{}\": no name of a folder: name one", *bag_));
-    const std::string output = bag_ && output_.empty() ? Bag::DataFolderOf(*bag_) + "/" : output_;
+    CheckPack();
+    const std::string output = !output_.empty() ? output_
+                               : bag_           ? Bag::DataFolderOf(*bag_) + "/"
+                               : pack_          ? "./"
+                                                : "";
     CheckPattern(output);
     options.showProgress = false; // the progress of a single document is not shown
 
@@ -134,6 +140,7 @@ Status BatchCommand::Run(Messages *messages) const
     batchOptions.output = output;
     batchOptions.writesPremis = writesPremis_;
     batchOptions.bag = bag_.value_or("");
+    batchOptions.pack = pack_.value_or("");
     batchOptions.allowOutside = allowOutside_;
     batchOptions.makesFolders = !noMkdir_;
     batchOptions.outputOptions = outputOptions_;
@@ -188,7 +195,7 @@ std::vector<BatchSource> BatchCommand::ReadSources(const std::vector<std::string
     const bool hasFolder = std::ranges::count(sources, SourceKind::Folder, &BatchSource::kind) > 0;
     if (takesAll_ && !hasFolder)
         throw UsageError("--all-files: no folder to look through: name one");
-    if (hasFolder && output_.empty() && !bag_)
+    if (hasFolder && output_.empty() && !bag_ && !pack_)
         throw UsageError("no output: add -o and a folder, as -o pictures/");
     return sources;
 }
@@ -216,10 +223,26 @@ Shard BatchCommand::ReadShard() const
     return {static_cast<uint64_t>(number), static_cast<uint64_t>(count)};
 }
 
+void BatchCommand::CheckPack() const
+{
+    if (!pack_)
+        return;
+    if (std::filesystem::path(*pack_).extension() != ".tar")
+        throw UsageError(fmt::format("--pack \"{}\": no name of a tar: name one, as pictures.tar", *pack_));
+    if (bag_)
+        throw UsageError("--pack: what is in a bag are files: leave --bag or --pack out");
+    if (report_)
+        throw UsageError("--pack: a catalogue leads to outputs that are files: leave --report or --pack out");
+    if (allowOutside_)
+        throw UsageError("--pack: outputs lie in the tar: leave --allow-outside out");
+}
+
 Status BatchCommand::Merge(const CommonOptions &common, Messages *messages) const
 {
     if (!journal_ || journal_->empty() || *journal_ == "-")
         throw UsageError("--merge-journals: no journal to merge into: give one with --journal");
+    if (pack_)
+        throw UsageError("--pack: journals are merged, and nothing is packed: leave it out");
     if (report_)
         throw UsageError("--report: journals are merged, and nothing is drawn: leave it out");
     if (common.inputs.empty() || !manifests_.empty() || !nulLists_.empty())

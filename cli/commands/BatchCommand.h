@@ -25,6 +25,7 @@ class BatchCommand
     std::vector<BatchSource> ReadSources(const std::vector<std::string> &inputs) const;
     size_t ReadJobs() const;
     Shard ReadShard() const;
+    void CheckPack() const;
     Status Merge(const CommonOptions &common, Messages *messages) const;
     void ReadJournal(const CommonOptions &common, BatchOptions *options) const;
 
@@ -45,7 +46,7 @@ class BatchCommand
     std::string summary_ = "text";
     std::string shard_;
     bool writesPremis_ = false;
-    std::optional<std::string> bag_;
+    std::optional<std::string> bag_, pack_;
     bool merges_ = false;
     OutputOptions outputOptions_;
 };

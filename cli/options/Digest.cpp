@@ -4,9 +4,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <limits>
 #include <nettle/sha2.h>
 #include <unistd.h>
 #include <vector>
@@ -81,11 +83,17 @@ FileDigest DigestOfFile(const std::string &path)
 
 FileDigest DigestOfDescriptor(int descriptor)
 {
+    return DigestOfRange(descriptor, 0, std::numeric_limits<uint64_t>::max());
+}
+
+FileDigest DigestOfRange(int descriptor, uint64_t at, uint64_t size)
+{
     FileDigest found;
     Sha256 sha;
     std::vector<std::byte> buffer(kReadSize);
     ssize_t got = 0;
-    while ((got = pread(descriptor, buffer.data(), buffer.size(), static_cast<off_t>(found.bytes))) > 0) {
+    while ((got = pread(descriptor, buffer.data(), std::min<uint64_t>(buffer.size(), size - found.bytes),
+                        static_cast<off_t>(at + found.bytes))) > 0) {
         sha.Add(buffer.data(), static_cast<size_t>(got));
         found.bytes += static_cast<uint64_t>(got);
     }

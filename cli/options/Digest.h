@@ -23,8 +23,9 @@ struct FileDigest {
     bool operator==(const FileDigest &) const = default;
 };
 
-// Both read a file to its end, from its beginning.
+// These read a file to its end, from its beginning, or so many bytes from a place on.
 FileDigest DigestOfFile(const std::string &path); // a regular one
 FileDigest DigestOfDescriptor(int descriptor);
+FileDigest DigestOfRange(int descriptor, uint64_t at, uint64_t size);
 
 } // namespace vxhost

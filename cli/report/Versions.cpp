@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include <archive.h>
 #include <fontconfig/fontconfig.h>
 #include <ft2build.h>
 #include FT_FREETYPE_H
@@ -56,6 +57,12 @@ std::string TiffVersion()
     return fmt::format("libtiff {}", line.substr(line.rfind(' ') + 1));
 }
 
+// The library's own text is "libarchive 3.6.2".
+std::string ArchiveVersion()
+{
+    return archive_version_string();
+}
+
 // text calls the libraries, which are loaded first.
 std::string TextOf(LateLibraries libraries, std::string (*text)())
 {
@@ -73,11 +80,11 @@ std::string VersionText()
 {
     return fmt::format(
         "vx {}\nplug-in: built in\nprofile: {}, built in\n"
-        "libraries: {}, {}, {}, {}, libpng {}, zlib {}, libdeflate {}, liblzma {}",
+        "libraries: {}, {}, {}, {}, {}, libpng {}, zlib {}, libdeflate {}, liblzma {}",
         VX_VERSION, RasterOptions().profile, TextOf(LateLibraries::OfListingFonts, FontconfigVersion),
         TextOf(LateLibraries::OfFonts, FontVersions), TextOf(LateLibraries::OfColour, ColourVersion),
-        TextOf(LateLibraries::OfTiff, TiffVersion), png_get_libpng_ver(nullptr), zlibVersion(),
-        LIBDEFLATE_VERSION_STRING, lzma_version_string());
+        TextOf(LateLibraries::OfTiff, TiffVersion), TextOf(LateLibraries::OfArchives, ArchiveVersion),
+        png_get_libpng_ver(nullptr), zlibVersion(), LIBDEFLATE_VERSION_STRING, lzma_version_string());
 }
 
 } // namespace vxhost

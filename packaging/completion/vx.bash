@@ -51,7 +51,7 @@ _vx()
     --profile) words='fogra39 none' ;;
     --font-dir | --bag | --report) files=-d ;;
     -r | --dpi | -z | --zoom | --width | --height | --fit | --margin | --bleed | --limit | --tolerance | -j | --jobs | --shard | --port | --max-time | --max-memory | --max-output) files= ;;
-    -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal) ;;
+    -o | --output | --heat-map | --limits | --html | --plugin | --font-map | --manifest | --files0-from | --journal | --pack) ;;
     *)
         if ((COMP_CWORD == 1)); then
             words='info render plates coverage check text trace fonts batch verify view diff help --event-detail --help --version' files=
@@ -71,7 +71,7 @@ _vx()
             view) words='--port --no-browser --help' ;;
             verify) words="--json ${picture#--output } $every" ;;
             diff) words="--side-by-side --tolerance --only --json --force ${picture/--format /} $every" ;;
-            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
+            batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --pack --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
             esac
         fi
         ;;

@@ -27,7 +27,7 @@ TEST_P(ProgramFile, BeginsWithoutWhatOnlySomeDocumentsNeed)
             return needed.starts_with(library);
         })) << library;
     for (const std::string &needed : file->neededLibraries) {
-        for (const std::string late : {"libfontconfig", "libfreetype", "libharfbuzz", "liblcms", "libtiff"})
+        for (const std::string late : {"libfontconfig", "libfreetype", "libharfbuzz", "liblcms", "libtiff", "libarchive"})
             EXPECT_FALSE(needed.starts_with(late))
                 << needed << ": a procedure of it is not in jobs/late/Procedures.inc";
         EXPECT_FALSE(needed.starts_with("libmicrohttpd")) << "that is for libexec/vx/vx-viewer alone";
@@ -41,7 +41,7 @@ TEST_P(ProgramFile, KeepsItsStandInsToItself)
     ASSERT_TRUE(file.has_value()) << "cannot read " << GetParam();
     EXPECT_FALSE(file->dynamicSymbols.empty());
     for (const ElfSymbol &symbol : file->dynamicSymbols) {
-        for (const std::string start : {"Fc", "FT_", "hb_", "cms", "TIFF"})
+        for (const std::string start : {"Fc", "FT_", "hb_", "cms", "TIFF", "archive_"})
             EXPECT_FALSE(symbol.name.starts_with(start)) << symbol.name;
     }
 }

@@ -44,8 +44,8 @@ class Usage(CommandTest):
         self.assertRegex(output, r"^vx \d+\.\d+\.\d+\nplug-in: built in\nprofile: fogra39, built in\nlibraries: .*\n$")
         self.assertEqual(self.run_vx("-V")[0].decode(), output)
         libraries = dict(re.findall(r"(\w[\w ]*) (\d+[.\d]*)[,\n]", output.splitlines(True)[-1]))
-        self.assertEqual(set(libraries), {"fontconfig", "FreeType", "HarfBuzz", "Little CMS", "libtiff", "libpng", "zlib", "libdeflate", "liblzma"})
-        for package, name in [("fontconfig", "fontconfig"), ("harfbuzz", "HarfBuzz"), ("lcms2", "Little CMS"), ("libtiff-4", "libtiff"), ("libpng", "libpng"),
+        self.assertEqual(set(libraries), {"fontconfig", "FreeType", "HarfBuzz", "Little CMS", "libtiff", "libarchive", "libpng", "zlib", "libdeflate", "liblzma"})
+        for package, name in [("fontconfig", "fontconfig"), ("harfbuzz", "HarfBuzz"), ("lcms2", "Little CMS"), ("libtiff-4", "libtiff"), ("libarchive", "libarchive"), ("libpng", "libpng"),
                               ("liblzma", "liblzma"), ("libdeflate", "libdeflate")]:
             installed = subprocess.run(["pkg-config", "--modversion", package], capture_output=True, text=True, check=True).stdout
             self.assertEqual(libraries[name], installed.strip(), package)

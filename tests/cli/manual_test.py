@@ -67,7 +67,7 @@ class Manual(unittest.TestCase):
         options = {name for name in helped_options("batch") - common if name.startswith("--")}
         of_all = {"--manifest", "--null", "--files0-from", "--all-files", "--no-mkdir", "--jobs", "--allow-outside",
                   "--unordered", "--journal", "--resume", "--retry", "--summary", "--shard",
-                  "--merge-journals", "--premis", "--bag", "--report"}
+                  "--merge-journals", "--premis", "--bag", "--pack", "--report"}
         self.assertEqual(members - {"--input", "--id"}, options - of_all)
 
     def test_examples_are_those_of_the_help(self):
