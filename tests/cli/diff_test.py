@@ -412,7 +412,7 @@ class DiffPictures(DiffTest):
         self.write("a.png", png(2, 1, 8, 0, [b"\x00\xff"]))
         for other in ("a.png", "a.vx"):
             told = self.refused("diff", "a.png", other, "--require-sandbox", status=1, environment=WITHOUT_LANDLOCK)
-            self.assertIn("a.png: not read, there is no Landlock", told)
+            self.assertIn("a.png: not read, there is no sandbox for files", told)
         _, messages = self.run_vx("diff", "a.png", "a.png", environment=WITHOUT_LANDLOCK)
         self.assertEqual(len(messages), 1, messages)
 
