@@ -2,6 +2,7 @@
 
 import { Collection } from './collection.js';
 import { byId, iconButton, make } from './dom.js';
+import { hasLocalFonts, readLocalFonts } from './fonts.js';
 import { listenToKeys, listenToPointers } from './gestures.js';
 import { keepOffline } from './offline.js';
 import { isFont, sourceOfAddress, sourcesOfDrop, sourcesOfFiles, sourcesOfFolder, sourcesOfPaste } from './opening.js';
@@ -81,6 +82,17 @@ async function take(sources) {
     if (drawings.length > 0) await collection.add(drawings);
     else if (fonts.length > 0 && state.shown !== null) await collection.refresh();
     else if (sources.length === 0) tell({ text: say('nothingToOpen'), detail: say('whatOpens') });
+}
+
+// Asks the browser for fonts that the drawing lacks.
+async function useLocalFonts() {
+    try {
+        const fonts = await readLocalFonts(state.drawing.info.fonts);
+        if (fonts.length === 0) tell({ text: say('noLocalFonts') });
+        else await take(fonts.map(({ name, bytes }) => ({ name: `${name}.otf`, read: () => bytes })));
+    } catch (error) {
+        tell({ text: say('noLocalFonts'), detail: error.message });
+    }
 }
 
 const chooser = (attributes, sourcesOf) => {
@@ -235,7 +247,7 @@ function start() {
         { name: 'layers', icon: 'layers', element: makeLayersPanel() },
         { name: 'plates', icon: 'plates', element: makePlatesPanel() },
         { name: 'text', icon: 'text', element: makeTextPanel(words) },
-        { name: 'facts', icon: 'facts', element: makeFactsPanel(chooseFonts) },
+        { name: 'facts', icon: 'facts', element: makeFactsPanel({ choose: chooseFonts, useLocal: hasLocalFonts() ? useLocalFonts : undefined }) },
         { name: 'save', icon: 'save', element: makeSavePanel(readers, { tell, paper: byId('paper') }) },
     ]);
     listen();

@@ -115,6 +115,8 @@ export const TEXTS = {
     fontGlyphs: ['{count} of {all} characters are missing in it', '{count} von {all} Zeichen fehlen darin', '{all}文字中{count}文字がありません'],
     fontsHelp: ['Have the right font? Drop its file here, or choose it.', 'Haben Sie die richtige Schrift? Legen Sie die Datei hier ab oder wählen Sie sie.', '正しいフォントがあれば、ここにドロップするか選択してください。'],
     addFonts: ['Add a font…', 'Schrift hinzufügen …', 'フォントを追加…'],
+    localFonts: ['Use fonts of this computer', 'Schriften dieses Rechners nutzen', 'このコンピューターのフォントを使う'],
+    noLocalFonts: ['No font of this computer fits.', 'Keine Schrift dieses Rechners passt.', '適したフォントがありません。'],
     factsWarnings: ['Notes', 'Hinweise', '注意'],
     noWarnings: ['Everything in the drawing is shown.', 'Alles in der Zeichnung wird gezeigt.', 'すべて表示されています。'],
     inItsWords: ['As the command tells it', 'Wie der Befehl es sagt', 'コマンドの表示'],
