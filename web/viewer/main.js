@@ -31,7 +31,7 @@ const address = new URL(location.href).searchParams;
 setLanguage(address.get('lang'));
 
 const readers = new Readers((busy) => change({ busy }));
-const collection = new Collection(readers, { tell, progress: showProgress });
+const collection = new Collection(readers, tell);
 const tiles = new Tiles(byId('picture'), readers, (error) => tell({ text: say('problemDrawing'), detail: error.message }));
 const words = new WordLayer(byId('words'), readers);
 const picker = makePicker(byId('status'), readers);
@@ -54,12 +54,17 @@ function makeNotice() {
     });
 }
 
-// part: of what is read, from 0 to 1; undefined: it is read.
-function showProgress(part) {
-    const progress = byId('progress');
-    progress.hidden = part === undefined;
-    if (part === 0) progress.removeAttribute('value');
-    else progress.value = part ?? 1;
+function makeOpening() {
+    const name = make('p');
+    const progress = make('progress', { max: '1', 'aria-label': say('reading') });
+    byId('opening').append(name, progress, make('button', { type: 'button', onclick: () => collection.cancel() }, say('cancel')));
+    watch(['opening'], () => {
+        byId('opening').hidden = state.opening === null;
+        if (state.opening === null) return;
+        name.textContent = state.opening.name;
+        if (state.opening.part > 0) progress.value = state.opening.part;
+        else progress.removeAttribute('value');
+    });
 }
 
 function speak(text) {
@@ -242,6 +247,7 @@ function start() {
     makeBars();
     makeStart();
     makeNotice();
+    makeOpening();
     makeList(byId('drawings'), collection);
     makeSide(byId('side'), [
         { name: 'layers', icon: 'layers', element: makeLayersPanel() },

@@ -25,6 +25,8 @@ export const TEXTS = {
     startPrivate: ['Drawings stay on this computer: nothing is uploaded.', 'Zeichnungen bleiben auf diesem Rechner: nichts wird hochgeladen.',
         '図面はこのコンピューターから送信されません。'],
     pasted: ['pasted.vx', 'eingefuegt.vx', 'pasted.vx'],
+    reading: ['Reading', 'Liest', '読み込み中'],
+    cancelled: ['{name} was not opened.', '{name} wurde nicht geöffnet.', '{name}を開きませんでした。'],
     cancel: ['Cancel', 'Abbrechen', '中止'],
 
     opened: ['{name} is open, {width} by {height} mm', '{name} ist offen, {width} mal {height} mm', '{name}を開きました。{width}×{height} mm'],
