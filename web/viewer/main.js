@@ -189,7 +189,7 @@ function makeStart() {
         location.assign(url);
     } }, ...Object.entries(languages).map(([code, name]) => make('option', { value: code, lang: code, selected: code === document.documentElement.lang }, name)));
     start.append(make('div', { class: 'card' },
-        make('p', { class: 'lead' }, say('startLead')),
+        make('p', { class: 'lead' }, say(matchMedia('(pointer: coarse)').matches ? 'startTouch' : 'startLead')),
         make('p', {}, say('startHow')),
         make('div', { class: 'buttons' },
             make('button', { type: 'button', class: 'main', onclick: chooseFiles }, say('openFiles')),
@@ -260,7 +260,7 @@ function start() {
     openFirstPanel();
 }
 
-// Where there is room, the first drawing has a panel beside it.
+// The first drawing has a panel beside it, where there is room.
 function openFirstPanel() {
     let isFirst = matchMedia(WIDE).matches;
     watch(['drawing'], () => {
@@ -270,7 +270,7 @@ function openFirstPanel() {
     });
 }
 
-// What the address asks for.
+// Opens what the address asks for.
 async function openAddress() {
     if (isServed()) return take(await takeServed());
     keepOffline();

@@ -12,6 +12,7 @@ export const TEXTS = {
     nothingOpen: ['No drawing is open.', 'Es ist keine Zeichnung offen.', '図面は開かれていません。'],
 
     startLead: ['Drop a drawing here', 'Hier eine Zeichnung ablegen', 'ここに図面をドロップ'],
+    startTouch: ['Open a drawing', 'Eine Zeichnung öffnen', '図面を開く'],
     startHow: ['or choose one; .vx, .eps and .gz files, as many as you like. Pasting works too.',
         'oder auswählen: .vx-, .eps- und .gz-Dateien, so viele Sie mögen. Einfügen geht auch.',
         'または選択してください（.vx、.eps、.gz、複数可）。貼り付けもできます。'],

@@ -58,7 +58,7 @@ export function fit(options) {
     isFitted = true;
 }
 
-// What is at the place stays there.
+// Changes the scale. The point of the drawing that is at the place stays there.
 export function zoomTo(scale, [x, y] = middle(), options) {
     if (state.drawing === null) return;
     const wanted = Math.min(Math.max(scale, LEAST), MOST);

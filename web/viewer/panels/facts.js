@@ -1,4 +1,4 @@
-// What is known of the drawing, and what each of it means.
+// The panel that tells what is known of the drawing, and what each of it means.
 
 import { drawIcon, make } from '../dom.js';
 import { PROCESS, colourOf, inksOf } from '../inks.js';
@@ -58,7 +58,7 @@ function aboutFonts({ info }, add) {
     return section('factsFonts', list, make('p', { class: 'meaning' }, say('fontsHelp')), buttons);
 }
 
-// What is not as it should be: { text, meaning } each.
+// Finds what is not as it should be: { text, meaning } each.
 function findingsOf({ info }) {
     const found = [];
     const find = (key, values) => found.push({ text: say(key, values), meaning: say(`${key}Means`) });
