@@ -251,7 +251,7 @@ function start() {
     makeList(byId('drawings'), collection);
     makeSide(byId('side'), [
         { name: 'layers', icon: 'layers', element: makeLayersPanel() },
-        { name: 'plates', icon: 'plates', element: makePlatesPanel() },
+        { name: 'plates', icon: 'plates', element: makePlatesPanel(readers, tell) },
         { name: 'text', icon: 'text', element: makeTextPanel(words) },
         { name: 'facts', icon: 'facts', element: makeFactsPanel({ choose: chooseFonts, useLocal: hasLocalFonts() ? useLocalFonts : undefined }) },
         { name: 'save', icon: 'save', element: makeSavePanel(readers, { tell, paper: byId('paper') }) },

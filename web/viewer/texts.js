@@ -87,6 +87,15 @@ export const TEXTS = {
     heatHelp: ['How much ink is where; red is more than the limit', 'Wie viel Farbe wo liegt; Rot ist mehr als die Grenze', 'インキ量の分布。赤は上限超え'],
     heatLimit: ['Limit', 'Grenze', '上限'],
 
+    coverage: ['{share} % of the page has more than {limit} %; the most is {most} %.', '{share} % der Seite haben mehr als {limit} %; das meiste sind {most} %.', 'ページの{share} %が{limit} %を超えています。最大は{most} %です。'],
+    press: ['For the press', 'Für den Druck', '印刷検査'],
+    checkPress: ['Check', 'Prüfen', '検査する'],
+    saveReport: ['Save as a page', 'Als Seite sichern', 'ページとして保存'],
+    nothingFound: ['A press would get nothing wrong.', 'Die Presse würde nichts falsch machen.', '問題は見つかりませんでした。'],
+    'severity error': ['Error', 'Fehler', 'エラー'],
+    'severity warning': ['Warning', 'Warnung', '警告'],
+    'severity note': ['Note', 'Hinweis', '注意'],
+
     text: ['Text', 'Text', 'テキスト'],
     search: ['Search the text', 'Im Text suchen', 'テキストを検索'],
     searchHint: ['Search…', 'Suchen …', '検索…'],
