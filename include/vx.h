@@ -281,6 +281,39 @@ typedef struct vx_inks {
 } vx_inks;
 vx_status vx_document_inks(vx_document *document, vx_inks *inks, vx_error *error);
 
+/*
+ * Makes the plates of a press as files, to the byte those of `vx plates` with the same options.
+ *
+ *   format  "png" or "tiff": gray pictures in which black is all of the ink
+ *   take    is given each whole file once all are made, process inks first; the texts and bytes are valid during the call of it
+ */
+typedef int (*vx_plate)(void *context, const char *ink, const void *bytes, size_t size);
+vx_status vx_document_plates(vx_document *document, const char *format, vx_plate take, void *context,
+                             vx_error *error);
+
+/*
+ * Measures how much ink the page takes, on plates as the options of a picture make them.
+ *
+ *   limit     percent of all inks together above which there is too much, up to 10000; most presses take 300
+ *   json      receives one JSON object, as `vx coverage --json` prints it but for "file"; valid until the next such call
+ *   heat_map  is given the bytes of a PNG of how much ink there is where; null: there is none
+ */
+vx_status vx_document_coverage(vx_document *document, double limit, const char **json, vx_write heat_map,
+                               void *context, vx_error *error);
+
+/* Looks for what a press would get wrong, as `vx check` does, on plates as the options of a picture make them. */
+typedef struct vx_check {
+    size_t size;        /* sizeof(vx_check), set by the caller */
+    const char *name;   /* of the drawing: "file" in the JSON, and on the page; null: neither has one */
+    const char *limits; /* JSON as a file of `vx check --limits` has it; null: those that hold without one */
+    vx_write page; /* is given the bytes of a page of HTML, with all pictures in it; null: there is none */
+    void *context; /* for page */
+    /* These are filled in, and valid until the next such call. */
+    const char *text; /* a line a finding, the worst first, as `vx check` prints them */
+    const char *json; /* one object, as `vx check --json` prints it */
+} vx_check;
+vx_status vx_document_check(vx_document *document, vx_check *check, vx_error *error);
+
 /* The size, in pixels, that a PNG has under the options. */
 vx_status vx_document_size(vx_document *document, int32_t *width, int32_t *height, vx_error *error);
 

@@ -88,20 +88,6 @@ ByteSink SinkFor(int descriptor)
     };
 }
 
-Outcome DrawPage(const PageOptions &options, const CheckPage &checkPage, Device *device, Reading &reading)
-{
-    Page page;
-    Outcome outcome = FindPage(options, reading, &page);
-    if (outcome.result != kVXOk || outcome.failure)
-        return outcome;
-    if (page.box.Width() <= 0 || page.box.Height() <= 0)
-        outcome.failure = {FailureKind::BadInput,
-                           "its bounding box is empty, nothing written: name one with --box L,B,R,T"};
-    else
-        outcome.failure = checkPage(page);
-    return outcome.failure ? outcome : reading.Draw(page, *device);
-}
-
 Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
 {
     JobTask job;

@@ -36,10 +36,6 @@ ByteSink SinkFor(int descriptor);
 ByteSinks SinksFor(int descriptor);
 ScratchBytes ScratchFor(int descriptor);
 
-// Draws with the device, in the worker, unless there can be no such output of the page, as checkPage says.
-using CheckPage = std::function<Failure(const Page &page)>;
-Outcome DrawPage(const PageOptions &options, const CheckPage &checkPage, Device *device, Reading &reading);
-
 class Rendering
 {
   public:

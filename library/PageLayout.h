@@ -3,6 +3,7 @@
 
 #include "host/reading/Reading.h"
 
+#include <functional>
 #include <optional>
 
 namespace vxhost
@@ -28,5 +29,9 @@ void LayOut(const PageOptions &options, const Box &own, Page *page);
 // Makes the page of a document, which is read to its end where the page is what it paints. Only what that reading is told of is in
 // the outcome, and a failure where nothing is painted.
 Outcome FindPage(const PageOptions &options, Reading &reading, Page *page);
+
+// Draws with the device, unless there can be no such output of the page, as checkPage says.
+using CheckPage = std::function<Failure(const Page &page)>;
+Outcome DrawPage(const PageOptions &options, const CheckPage &checkPage, Device *device, Reading &reading);
 
 } // namespace vxhost

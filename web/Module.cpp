@@ -26,12 +26,47 @@ extern "C" {
 // Each returns 0, or something else to end the call.
 VX_IMPORT("write") int vx_web_write(const void *bytes, size_t size);
 VX_IMPORT("text") int vx_web_text(const char *lines, const char *json);
+VX_IMPORT("plate") int vx_web_plate(const char *ink, const void *bytes, size_t size);
 VX_IMPORT("progress") int vx_web_progress(double done, double total);
+
+static int WriteOut(void *, const void *bytes, size_t size)
+{
+    return vx_web_write(bytes, size);
+}
 
 VX_EXPORT vx_status vx_web_render(vx_document *document, const char *format, vx_error *error)
 {
-    const auto write = [](void *, const void *bytes, size_t size) { return vx_web_write(bytes, size); };
-    return vx_document_render(document, format, write, nullptr, error);
+    return vx_document_render(document, format, WriteOut, nullptr, error);
+}
+
+VX_EXPORT vx_status vx_web_plates(vx_document *document, const char *format, vx_error *error)
+{
+    const auto take = [](void *, const char *ink, const void *bytes, size_t size) {
+        return vx_web_plate(ink, bytes, size);
+    };
+    return vx_document_plates(document, format, take, nullptr, error);
+}
+
+VX_EXPORT vx_status vx_web_coverage(vx_document *document, double limit, int wants_map, const char **json,
+                                    vx_error *error)
+{
+    return vx_document_coverage(document, limit, json, wants_map != 0 ? WriteOut : nullptr, nullptr, error);
+}
+
+// told: receives the lines and the JSON. Empty for name and limits: there are none.
+VX_EXPORT vx_status vx_web_check(vx_document *document, const char *name, const char *limits, int wants_page,
+                                 const char *told[2], vx_error *error)
+{
+    const auto given = [](const char *text) { return *text == '\0' ? nullptr : text; };
+    vx_check check = {};
+    check.size = sizeof check;
+    check.name = given(name);
+    check.limits = given(limits);
+    check.page = wants_page != 0 ? WriteOut : nullptr;
+    const vx_status status = vx_document_check(document, &check, error);
+    told[0] = check.text;
+    told[1] = check.json;
+    return status;
 }
 
 VX_EXPORT vx_status vx_web_texts(vx_document *document, vx_error *error)

@@ -1,13 +1,17 @@
 #include "cli/commands/CheckCommand.h"
 
-#include "cli/commands/Check.h"
 #include "cli/commands/Session.h"
 #include "cli/options/OutputNames.h"
 #include "cli/options/OutputOptions.h"
 #include "cli/options/PictureOptions.h"
 #include "cli/options/PreflightLimitsFile.h"
 #include "cli/report/StandardStreams.h"
+#include "cli/report/Summary.h"
+#include "host/reading/Utf8.h"
+#include "jobs/PlateRendering.h"
+#include "jobs/Rendering.h"
 #include "library/FactsJson.h"
+#include "library/press/Check.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -70,6 +74,16 @@ CheckCommand::CheckCommand(CLI::App *command)
                     "  vx check --json *.vx | jq -r 'select(.errors > 0) | .file'");
 }
 
+// Runs in the worker.
+Failure CheckCommand::Tell(const std::string &input, Check *check, const OutputFiles &files) const
+{
+    constexpr size_t kLongest = 4096;
+    const std::string text =
+        json_ ? JsonLine(check->Json()) : Printable(InputName(input), kLongest) + "\n" + check->Text();
+    const Failure failure = SinkFor(files.Descriptor(0))(std::as_bytes(std::span(text)));
+    return failure || files.Size() == 1 ? failure : check->WritePage(SinkFor(files.Descriptor(1)));
+}
+
 Status CheckCommand::Run(Messages *messages) const
 {
     CommonOptions options = common_.Read();
@@ -81,17 +95,16 @@ Status CheckCommand::Run(Messages *messages) const
     }
     CheckTask checked;
     checked.settings = options.Complete(ReadSettings(texts_));
-    checked.json = json_;
     checked.makesPage = !pages.empty();
     if (!limits_.empty())
         checked.limits = ReadPreflightLimitsFile(limits_, options.limits.seconds);
     Session session(options, CommandKind::Check, messages);
     Status worst = Status::Done;
     for (size_t i = 0; i < options.inputs.size(); ++i) {
-        checked.input = options.inputs[i];
+        checked.name = options.inputs[i];
         Check check(checked);
         PlateTask task;
-        task.input = checked.input;
+        task.input = checked.name;
         task.settings = checked.settings;
         task.outputs = {"-"};
         task.rules.makesFolders = IsPattern(html_) && !noMkdir_;
@@ -99,17 +112,26 @@ Status CheckCommand::Run(Messages *messages) const
             task.outputs.push_back(pages[i]);
             task.after.emplace_back([&check](Reading &reading) { return check.DrawPicture(reading); });
         }
-        task.makeSink = [&check](const OutputFiles &files) { return check.MakeSink(files); };
-        task.after.emplace_back([&check](Reading &reading) { return check.Look(reading); });
+        const OutputFiles *outputs = nullptr;
+        task.makeSink = [&](const OutputFiles &files) {
+            outputs = &files;
+            return check.MakeSink();
+        };
+        task.after.emplace_back([&](Reading &reading) {
+            Outcome outcome = check.Look(reading);
+            if (outcome.result == kVXOk && !outcome.failure)
+                outcome.failure = Tell(checked.name, &check, *outputs);
+            return outcome;
+        });
         PlateRendering rendering(std::move(task), &session.Jobs());
         const Result result = rendering.Finish();
-        const Summary summary = session.Tell(checked.input, result);
+        const Summary summary = session.Tell(checked.name, result);
         worst = Worst(worst, summary.status);
         if (result.outcome.objections > 0)
             worst = Worst(worst, Status::Warned);
         const bool isPrinted = result.fault.kind == FaultKind::None || !json_ ||
                                summary.status == Status::OutputFailed ||
-                               PrintResult(FailureJson(checked.input, summary.error), messages);
+                               PrintResult(FailureJson(checked.name, summary.error), messages);
         if (!isPrinted ||
             (summary.status == Status::OutputFailed && pages.empty())) // nothing more can be printed
             return Worst(worst, Status::OutputFailed);

@@ -4,11 +4,15 @@
 #include "cli/options/CommonOptions.h"
 #include "cli/report/Messages.h"
 #include "cli/report/Status.h"
+#include "host/Failure.h"
 
 #include <string>
 
 namespace vxhost
 {
+
+class Check;
+class OutputFiles;
 
 class CheckCommand
 {
@@ -17,6 +21,8 @@ class CheckCommand
     Status Run(Messages *messages) const;
 
   private:
+    Failure Tell(const std::string &input, Check *check, const OutputFiles &files) const;
+
     CommonOptionReader common_;
     std::string limits_;
     std::string html_;

@@ -8,7 +8,9 @@
 #include "devices/raster/InkCoverage.h"
 #include "jobs/PlateRendering.h"
 #include "jobs/Rendering.h"
+#include "library/FactsJson.h"
 #include "library/OptionValues.h"
+#include "library/press/CoverageJson.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -21,6 +23,15 @@ namespace vxhost
 
 namespace
 {
+
+// Returns one line.
+std::string CoverageJson(const std::string &input, const InkCoverage &coverage)
+{
+    nlohmann::ordered_json json;
+    json["file"] = input;
+    AddCoverage(coverage, &json);
+    return JsonLine(json);
+}
 
 // Returns it as a part of one full ink.
 double ReadInkLimit(const std::string &text)

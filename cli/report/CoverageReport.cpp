@@ -2,12 +2,8 @@
 
 #include "cli/report/Summary.h"
 #include "host/reading/Utf8.h"
-#include "library/FactsJson.h"
 
 #include <fmt/format.h>
-
-#include <algorithm>
-#include <cmath>
 
 namespace vxhost
 {
@@ -17,12 +13,6 @@ namespace
 
 constexpr double kPercent = 100;
 constexpr double kSquareMillimetres = 25.4 / 72 * 25.4 / 72; // of a square point
-
-// Four decimals are as many as a page of a million pixels has.
-double Rounded(double number)
-{
-    return std::round(number * 1e4) / 1e4;
-}
 
 // The first bytes are characters, not letters: an ink's name may be in any script.
 std::string Row(const std::string &label, const std::string &value)
@@ -45,23 +35,6 @@ std::string CoverageText(const std::string &input, const InkCoverage &coverage)
     return text + Row(fmt::format("above {:g} %", coverage.limit * kPercent),
                       fmt::format("{:6.2f} % of the page, {:.1f} mm²", coverage.above * kPercent,
                                   coverage.aboveArea * kSquareMillimetres));
-}
-
-std::string CoverageJson(const std::string &input, const InkCoverage &coverage)
-{
-    nlohmann::ordered_json json;
-    json["file"] = input;
-    json["inks"] = nlohmann::ordered_json::array();
-    for (const InkCoverage::Ink &ink : coverage.inks)
-        json["inks"].push_back(
-            {{"name", ink.name}, {"spot", HasOwnPlate(ink.name)}, {"mean", Rounded(ink.mean)}});
-    json["total"] = {{"mean", Rounded(coverage.mean)}, {"most", Rounded(coverage.most)}};
-    if (coverage.mostAt)
-        json["total"]["mostAt"] = {Rounded(coverage.mostAt->x), Rounded(coverage.mostAt->y)};
-    json["above"] = {{"limit", Rounded(coverage.limit)},
-                     {"share", Rounded(coverage.above)},
-                     {"area", Rounded(coverage.aboveArea)}};
-    return JsonLine(json);
 }
 
 } // namespace vxhost

@@ -8,8 +8,7 @@
 namespace vxhost
 {
 
-// Each begins with the input's name.
+// Begins with the input's name.
 std::string CoverageText(const std::string &input, const InkCoverage &coverage);
-std::string CoverageJson(const std::string &input, const InkCoverage &coverage); // one line
 
 } // namespace vxhost

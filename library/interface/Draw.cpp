@@ -19,14 +19,6 @@ using namespace vxhost;
 namespace
 {
 
-// null: error says why there is none.
-Device &CheckMade(const std::unique_ptr<Device> &device, const std::string &error)
-{
-    if (device == nullptr)
-        throw OptionError(error);
-    return *device;
-}
-
 void Render(vx_document *document, const Format &format, WrittenBytes *written)
 {
     const Page page = LayOutPage(document);

@@ -77,7 +77,7 @@ struct vx_document {
 
     // The caller was given these last, and they stay until the next call.
     std::string json;
-    std::string object;
+    std::string object, coverage, checkedText, checkedJson;
     std::shared_ptr<const vxhost::InkPixels> inks;
     std::vector<const char *> inkNames;
     std::vector<std::string> warnings;

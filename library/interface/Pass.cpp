@@ -175,6 +175,13 @@ Outcome RunPass(vx_document *document, const WrittenBytes *written,
     return outcome;
 }
 
+Device &CheckMade(const std::unique_ptr<Device> &device, const std::string &error)
+{
+    if (device == nullptr)
+        throw OptionError(error);
+    return *device;
+}
+
 void DrawPass(vx_document *document, const Page &laidOut, Device *device, const WrittenBytes *written)
 {
     (void)RunPass(document, written, [&](Reading &reading, const Watch &watch) {

@@ -57,6 +57,9 @@ class WrittenBytes
 Outcome RunPass(vx_document *document, const WrittenBytes *written,
                 const std::function<Outcome(Reading &, const Watch &)> &action, bool readsTexts = false);
 
+// Throws OptionError for a device that could not be made: error says why.
+Device &CheckMade(const std::unique_ptr<Device> &device, const std::string &error);
+
 // Does the same with a device to draw into, on a page as LayOutPage returns it.
 void DrawPass(vx_document *document, const Page &laidOut, Device *device, const WrittenBytes *written);
 

@@ -2,6 +2,8 @@
 
 import { Server, packError } from './server.js';
 
+const OFTEN = 50; // milliseconds between two messages of progress: a drawing has millions of lines
+
 // Returns what to call with each message. post(message, transfer) sends one back.
 export function makeAnswers(post, load) {
     let server;
@@ -12,7 +14,12 @@ export function makeAnswers(post, load) {
                 server = await Server.make(settings, (name) => load(new URL(name, settings.fontFolder)));
                 return post({ id }, []);
             }
-            const tell = (done, total) => void post({ id, progress: [done, total] }, []);
+            let last = -Infinity;
+            const tell = (done, total) => {
+                if (performance.now() - last < OFTEN) return;
+                last = performance.now();
+                post({ id, progress: [done, total] }, []);
+            };
             const result = await server.answer(method, args, wantsProgress ? tell : undefined);
             const bytes = result?.result?.data ?? result?.result;
             return post({ id, result }, bytes?.buffer instanceof ArrayBuffer ? [bytes.buffer] : []);

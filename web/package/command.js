@@ -2,7 +2,7 @@
 // The command of the package: that of the native build, as far as the library goes.
 
 import { readFileSync } from 'node:fs';
-import { mkdir, readdir, rename, rm, stat, writeFile } from 'node:fs/promises';
+import { mkdir, readFile, readdir, rename, rm, stat, writeFile } from 'node:fs/promises';
 import path from 'node:path';
 
 import { VxError, createReader } from './node.js';
@@ -17,13 +17,19 @@ const STATUSES = {
 };
 
 const USE = `usage: vx-drawings render [options] FILE... -o OUT
-       vx-drawings info|fonts|text [options] FILE...
+       vx-drawings plates [options] FILE... -o 'OUT-{ink}.png'
+       vx-drawings info|fonts|text|check [options] FILE...
 
-FILE - is standard input, OUT - standard output; {stem}, {dir} and {ext} in OUT stand for those of the input and the format.
+FILE - is standard input, OUT - standard output; {stem}, {dir} and {ext} in OUT stand for those of the input and the format, {ink} for the name
+of each ink.
 
   -o, --output PATH      where to write
-  -f, --format FORMAT    pdf, svg, png or tiff, or several with commas between them (by the output's name, else pdf)
-      --json             text: one JSON object a text; info and fonts always print JSON
+  -f, --format FORMAT    pdf, svg, png or tiff, or several with commas between them (by the output's name, else pdf; plates: png)
+      --json             text, check: one JSON object a text, or a drawing; info and fonts always print JSON
+      --limits FILE      check: a JSON file that says from where on something is found, and how bad it is
+      --html PATH        check: write a page too that shows the findings on the picture, and each plate
+      --no-mkdir         plates, check: make no folders for outputs
+      --force            plates, check: overwrite drawings too, which are lost
       --font-dir DIR     use the fonts in DIR and below it too; may be repeated
       --no-bundled-fonts use only the fonts of --font-dir
       --strict           warnings give exit status 3
@@ -31,10 +37,13 @@ FILE - is standard input, OUT - standard output; {stem}, {dir} and {ext} in OUT 
       --version          print the version
   -h, --help             this text, and the options of drawings:
 `;
-const ELSEWHERE = ['plates', 'coverage', 'trace', 'batch', 'verify', 'check'];
+const ELSEWHERE = ['coverage', 'trace', 'batch', 'verify'];
 const SHORT = { o: 'output', f: 'format', b: 'background', r: 'dpi', z: 'zoom', q: 'quiet', h: 'help' };
-const FLAGS = ['json', 'no-bundled-fonts', 'strict', 'quiet', 'version', 'help', 'salvage'];
-const OWN = ['output', 'format', 'font-dir', ...FLAGS];
+const FLAGS = ['json', 'no-mkdir', 'force', 'no-bundled-fonts', 'strict', 'quiet', 'version', 'help', 'salvage'];
+const OWN = ['output', 'format', 'limits', 'html', 'font-dir', ...FLAGS];
+// The options of drawings that mean something for these commands.
+const SHEET = ['dpi', 'zoom', 'width', 'height', 'fit', 'box', 'page', 'margin', 'bleed', 'layers', 'hide', 'overprint', 'samples'];
+const MEANT = { text: ['layers', 'hide'], plates: [...SHEET, 'marks'], check: SHEET };
 
 class UsageError extends Error {}
 
@@ -77,14 +86,35 @@ function parse(words, known) {
 const formatOf = (name) => (name === 'tif' ? 'tiff' : name);
 const stemOf = (input) => path.basename(input).replace(/\.(gz|xz)$/i, '').replace(/(.)\.[^.]*$/s, '$1');
 
-async function outputOf(pattern, input, format) {
-    let name = pattern;
-    const isFolder = /[/\\]$/.test(name) || (await stat(name).then((found) => found.isDirectory(), () => false));
-    if (isFolder) name = path.join(name, '{stem}.{ext}');
-    const parts = { stem: input === '-' ? 'stdin' : stemOf(input), dir: path.dirname(input), ext: format };
-    const made = name.replace(/\{(stem|dir|ext)\}/g, (_, part) => parts[part]);
-    if (made !== pattern) await mkdir(path.dirname(made), { recursive: true });
+const isFolder = async (name) => /[/\\]$/.test(name) || stat(name).then((found) => found.isDirectory(), () => false);
+
+async function outputOf(pattern, input, format, { ink, noMkdir = false } = {}) {
+    const whole = (await isFolder(pattern)) ? path.join(pattern, ink === undefined ? '{stem}.{ext}' : '{stem}-{ink}.{ext}') : pattern;
+    const parts = { stem: input === '-' ? 'stdin' : stemOf(input), dir: path.dirname(input), ext: format, ink: ink ?? '{ink}' };
+    const made = whole.replace(/\{(stem|dir|ext|ink)\}/g, (_, part) => parts[part]);
+    if (made !== pattern && !noMkdir) await mkdir(path.dirname(made), { recursive: true });
     return made;
+}
+
+// The ink's name as a part of a file's name: what a file system or a pattern might take for something else is "_".
+function fileNameOf(ink) {
+    const name = Buffer.from(ink.replace(/[\x00-\x1f\x7f/\\:*?"<>|{}]/g, '_').replace(/^\.+/, (dots) => '_'.repeat(dots.length)));
+    let end = Math.min(name.length, 100);
+    while ((name[end] & 0xc0) === 0x80) --end; // a character stays whole
+    return name.subarray(0, end).toString();
+}
+
+// Each ink's name for files, each another, also where large letters are the same as small ones.
+function fileNamesOf(inks) {
+    const used = new Set();
+    return inks.map((ink) => {
+        const plain = fileNameOf(ink);
+        const fold = (name) => name.replace(/[A-Z]/g, (letter) => letter.toLowerCase());
+        let name = plain;
+        for (let number = 2; used.has(fold(name)); ++number) name = `${plain}-${number}`;
+        used.add(fold(name));
+        return name;
+    });
 }
 
 // It appears whole or not at all.
@@ -116,7 +146,43 @@ async function fontsIn(folder) {
 // A line of JSON that begins with the name of the input; the library does not know it.
 const withFile = (input, json) => `{"file":${JSON.stringify(input)},${json.slice(1).trimEnd()}\n`;
 
+// A file that is a drawing is not written over.
+async function checkKeepsDrawing(option, pattern, name, reader) {
+    const found = name === '-' ? undefined : await readFile(name).catch(() => undefined);
+    if (found === undefined) return;
+    const drawing = await reader.open(found).catch(() => undefined);
+    await drawing?.close();
+    if (drawing !== undefined)
+        throw new UsageError(`${option} ${pattern}: would overwrite the drawing "${name}": choose another name, or add --force`);
+}
+
 const COMMANDS = {
+    async plates(drawing, input, { output, formats: [format], chosen, reader, force, 'no-mkdir': noMkdir }) {
+        const plates = await drawing.plates({ ...chosen, format });
+        const told = drawing.warnings;
+        const inks = fileNamesOf(plates.map(({ ink }) => ink));
+        const names = [];
+        for (const ink of inks) names.push(await outputOf(output, input, format, { ink, noMkdir }));
+        for (const name of force ? [] : names) await checkKeepsDrawing('-o', output, name, reader);
+        for (const [i, { bytes }] of plates.entries()) await write(names[i], bytes);
+        return told;
+    },
+    async check(drawing, input, { html, limits, json, chosen, reader, force, 'no-mkdir': noMkdir, tellsOf }) {
+        const page = html === undefined ? undefined : await outputOf(html, input, 'html', { noMkdir });
+        if (page !== undefined && !force) await checkKeepsDrawing('--html', html, page, reader);
+        const text = limits === undefined ? undefined : await readFile(limits, 'utf8').catch((error) => {
+            throw new UsageError(`--limits ${limits}: ${error.message}`);
+        });
+        const found = await drawing.rawCheck({ ...chosen, name: input, limits: text, html: page !== undefined }).catch((error) => {
+            if (!error.message.startsWith('limits: ')) throw error;
+            throw new UsageError(`--limits ${limits}: ${error.message.slice('limits: '.length)}`);
+        });
+        process.stdout.write(json ? found.json : `${input === '-' ? 'standard input' : input}\n${found.text}`);
+        if (page !== undefined) await write(page, found.html);
+        const { errors, warnings } = JSON.parse(found.json);
+        if (errors + warnings > 0) tellsOf(WARNED);
+        return drawing.warnings;
+    },
     async render(drawing, input, { output, formats, chosen }) {
         const warnings = [];
         for (const format of formats) {
@@ -150,8 +216,7 @@ const COMMANDS = {
 function checkMeant(command, options, formats, table) {
     for (const { name, formats: meant } of table) {
         if (options[name] === undefined || meant.length === 0) continue;
-        const isMeant = command === 'render' ? meant.some((format) => formats.includes(format))
-            : command === 'text' && ['layers', 'hide'].includes(name);
+        const isMeant = command === 'render' ? meant.some((format) => formats.includes(format)) : MEANT[command]?.includes(name);
         if (!isMeant)
             throw new UsageError(`--${name} means nothing here: it is for ${meant.join(', ')}`);
     }
@@ -181,9 +246,24 @@ async function run(words) {
         if (command === 'render' && options.output === undefined)
             throw new UsageError('no output: add -o and a name, as -o picture.pdf');
         const ending = formatOf(path.extname(options.output ?? '').slice(1).toLowerCase());
-        const formats = (options.format ?? (known.some(({ name }) => name === ending) ? ending : 'pdf')).split(',').map(formatOf);
+        const standard = command === 'plates' ? 'png' : 'pdf';
+        const formats = (options.format ?? (known.some(({ name }) => name === ending) ? ending : standard)).split(',').map(formatOf);
+        if (command === 'plates') {
+            if (options.output === undefined) throw new UsageError("no output: add -o and a name, as -o '{stem}-{ink}.png'");
+            if (!options.output.includes('{ink}') && !(await isFolder(options.output)))
+                throw new UsageError(`-o ${options.output}: all plates would be written to one file: name each after its ink, as -o ` +
+                    "'{stem}-{ink}.png'");
+            if (inputs.length > 1 && !/\{stem\}|\{dir\}/.test(options.output) && !(await isFolder(options.output)))
+                throw new UsageError(`${options.output}: several results go to one output: put {stem} into its name`);
+            if (formats.length > 1 || !['png', 'tiff'].includes(formats[0]))
+                throw new UsageError(`--format ${formats}: not one of plates: give png or tiff`);
+        }
+        if (options.html !== undefined && !/\.html?$/.test(options.html))
+            throw new UsageError(`--html ${options.html}: html is written: name a .html`);
+        if (options.html !== undefined && inputs.length > 1 && !options.html.includes('{stem}'))
+            throw new UsageError(`--html ${options.html}: several results go to one output: put {stem} into its name`);
         if (command === 'render' && inputs.length * formats.length > 1 && !/\{stem\}|\{ext\}|[/\\]$/.test(options.output) &&
-            !(await stat(options.output).then((found) => found.isDirectory(), () => false)))
+            !(await isFolder(options.output)))
             throw new UsageError(`${options.output}: several results go to one output: put {stem} or {ext} into its name`);
         checkMeant(command, options, formats, table);
         for (const folder of options['font-dir']) {
@@ -208,7 +288,8 @@ async function run(words) {
                     if (format === 'pdf' && epoch && chosen.date === undefined) chosen.date = epoch;
                     return chosen;
                 };
-                const told = { ...options, prefix: inputs.length > 1 ? `${input}:` : '' };
+                const tellsOf = (status) => void (worst = worse(worst, status));
+                const told = { ...options, formats, reader, tellsOf, prefix: inputs.length > 1 ? `${input}:` : '' };
                 const warnings = [];
                 if (command === 'render')
                     for (const format of formats)

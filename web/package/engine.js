@@ -39,6 +39,7 @@ export class Engine {
     #fonts = []; // what was added
     #write = () => 1;
     #text = () => 1;
+    #plate = () => 1;
     #progress = () => 0;
 
     static async make(module, { maxMemory = 2 ** 30, rows = '' } = {}) {
@@ -156,13 +157,46 @@ export class Engine {
 
     render(key, format, options, onProgress) {
         return this.#read(key, options, onProgress, (document) => {
-            const pieces = [];
-            this.#write = (address, size) => {
-                pieces.push(this.#bytes(address, size).slice());
+            const written = this.#collect();
+            this.#with([format], (name) => this.#check(this.#exports.vx_web_render(document, name, this.#error)));
+            return written();
+        });
+    }
+
+    // The file of each ink.
+    plates(key, format, options, onProgress) {
+        return this.#read(key, options, onProgress, (document) => {
+            const plates = [];
+            this.#plate = (ink, address, size) => {
+                plates.push({ ink: this.#textAt(ink), bytes: this.#bytes(address, size).slice() });
                 return 0;
             };
-            this.#with([format], (name) => this.#check(this.#exports.vx_web_render(document, name, this.#error)));
-            return joined(pieces);
+            this.#with([format], (name) => this.#check(this.#exports.vx_web_plates(document, name, this.#error)));
+            return plates;
+        });
+    }
+
+    coverage(key, { limit, heatMap }, options, onProgress) {
+        return this.#read(key, options, onProgress, (document) => {
+            const written = this.#collect();
+            const json = this.#textAt(this.#pointerFrom((to) =>
+                this.#exports.vx_web_coverage(document, limit, heatMap ? 1 : 0, to, this.#error)));
+            return { json, heatMap: heatMap ? written() : undefined };
+        });
+    }
+
+    // limits: as JSON; empty for those that hold without.
+    check(key, { name, limits, html }, options, onProgress) {
+        return this.#read(key, options, onProgress, (document) => {
+            const written = this.#collect();
+            const told = this.#allocate(8);
+            try {
+                this.#with([name, limits], (...at) =>
+                    this.#check(this.#exports.vx_web_check(document, ...at, html ? 1 : 0, told, this.#error)));
+                return { text: this.#textOf(told, 0), json: this.#textOf(told, 4), html: html ? written() : undefined };
+            } finally {
+                this.#exports.free(told);
+            }
         });
     }
 
@@ -248,8 +282,18 @@ export class Engine {
         } finally {
             // The last that was set goes first: no two of them then stand against each other.
             for (const name of set.reverse()) this.#set(document, name, null);
-            this.#write = this.#text = () => 1;
+            this.#write = this.#text = this.#plate = () => 1;
         }
+    }
+
+    // From now on the bytes that are written are kept. Returns what gives them back.
+    #collect() {
+        const pieces = [];
+        this.#write = (address, size) => {
+            pieces.push(this.#bytes(address, size).slice());
+            return 0;
+        };
+        return () => joined(pieces);
     }
 
     #set(document, name, value) {
@@ -418,6 +462,7 @@ export class Engine {
             vx: {
                 write: (address, size) => this.#write(address, size),
                 text: (lines, json) => this.#text(lines, json),
+                plate: (ink, address, size) => this.#plate(ink, address, size),
                 progress: (done, total) => (this.#progress(done, total) === true ? 1 : 0),
             },
             env: {

@@ -86,6 +86,67 @@ export interface PaintedObject {
     size?: number;
 }
 
+export interface Plate {
+    ink: string;
+    /** A gray picture, in which black is all of the ink. */
+    bytes: Uint8Array;
+}
+
+/** Amounts are parts of a full ink, 1: four full inks are 4. */
+export interface Coverage {
+    inks: { name: string; spot: boolean; mean: number }[];
+    /** mostAt is where that is first, in points. */
+    total: { mean: number; most: number; mostAt?: [number, number] };
+    /** The part of the page that has more than the limit, and the same in square points. */
+    above: { limit: number; share: number; area: number };
+    /** A PNG: white is no ink, red more than the limit. */
+    heatMap?: Uint8Array;
+}
+
+export interface CoverageCall extends CallWithOptions {
+    /** Percent of all inks together above which there is too much (300). */
+    limit?: number;
+    heatMap?: boolean;
+}
+
+export interface Limits {
+    limits?: Record<string, number>;
+    severities?: Record<string, 'error' | 'warning' | 'note' | 'ignore'>;
+}
+
+export interface CheckCall extends CallWithOptions {
+    /** From where on something is found and how bad it is, as the command's --limits has it; text is JSON. */
+    limits?: Limits | string;
+    /** Whether to make a page that shows the findings on the picture, and each plate. */
+    html?: boolean;
+    /** That of the drawing, where one is to be told. */
+    name?: string;
+}
+
+export interface Finding {
+    name: string;
+    severity: 'error' | 'warning' | 'note';
+    count: number;
+    text: string;
+    value?: number;
+    limit?: number;
+    names?: string[];
+    line?: number;
+    at?: [number, number];
+    places?: { box: Box; layer: string }[];
+}
+
+export interface Check {
+    file?: string;
+    title: string;
+    box: Box;
+    errors: number;
+    warnings: number;
+    notes: number;
+    findings: Finding[];
+    html?: Uint8Array;
+}
+
 export interface OpenCall extends Call {
     /** Those of all calls about the drawing. */
     options?: Record<string, Option>;
@@ -185,6 +246,12 @@ export class Drawing {
     picture(call: PictureCall & { bitmap: true }): Promise<ImageBitmap>;
     picture(call?: PictureCall): Promise<ImageData | Picture>;
     inkPixels(call?: PictureCall): Promise<InkPixels>;
+    /** What each ink prints, as the command's plates does; options are those of a picture's size, layers and overprint. */
+    plates(call?: CallWithOptions & { format?: 'png' | 'tiff' }): Promise<Plate[]>;
+    coverage(call?: CoverageCall): Promise<Coverage>;
+    check(call?: CheckCall): Promise<Check>;
+    /** The same as the command prints it: a line a finding, and JSON. */
+    rawCheck(call?: CheckCall): Promise<{ text: string; json: string; html?: Uint8Array }>;
     /** The topmost object at a point, in the coordinates of the document's box; null: paper. */
     objectAt(x: number, y: number, call?: ObjectCall): Promise<PaintedObject | null>;
     text(call?: CallWithOptions): Promise<Text[]>;

@@ -40,7 +40,10 @@ export class Server {
             case 'texts':
             case 'picture':
             case 'inkPixels':
-            case 'objectAt': {
+            case 'objectAt':
+            case 'plates':
+            case 'coverage':
+            case 'check': {
                 const result = await this.#withFonts(() => engine[method](...args, onProgress));
                 return { result, warnings: engine.warnings(args[0]) };
             }

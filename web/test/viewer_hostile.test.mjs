@@ -75,12 +75,19 @@ test('a page of no size, and one as large as numbers get, are told or shown', { 
 
 test('opening can be left for another drawing', { skip }, async (t) => {
     const page = await visit(t, url);
-    const squares = `${await head()}${'0 0 m 50 0 l 50 50 l 0 50 l f\n'.repeat(300000)}`;
+    const squares = `${await head()}${'0 0 m 50 0 l 50 50 l 0 50 l f\n'.repeat(500000)}`;
     await page.setInputFiles('#choose-files', asFile('long.vx', squares));
     await page.setInputFiles('#choose-files', sample('poster.vx'));
     await page.waitForFunction(() => document.title.startsWith('poster'));
     await sharp(page);
     assert.equal(await page.isVisible('#notice'), false);
+    assert.equal(await page.textContent('#title'), 'poster');
+
+    await page.locator('#drawings button').first().click();
+    await page.getByRole('button', { name: 'Cancel' }).click();
+    assert.match(await page.textContent('#notice'), /long\.vx was not opened/);
+    await page.locator('#drawings button').nth(1).click();
+    await sharp(page);
     assert.equal(await page.textContent('#title'), 'poster');
 });
 

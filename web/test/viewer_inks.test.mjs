@@ -113,3 +113,30 @@ test('plates are saved as the command makes them', { skip: noNative }, async (t)
         assert.ok(bytes.subarray(at + `spot-inks-${ink}.png`.length).subarray(0, plate.length).equals(plate), ink);
     }
 });
+
+test('how much has too much ink is told as the command does', { skip: noNative }, async (t) => {
+    const page = await open(t, 'poster.vx');
+    await page.getByRole('switch', { name: 'Total ink' }).check();
+    await page.fill('#limit', '240');
+    await page.press('#limit', 'Enter');
+    const { stdout } = await vx('coverage', '--json', '--limit', '240', sample('poster.vx'));
+    const { above, total } = JSON.parse(stdout);
+    const wanted = `${Number((100 * above.share).toFixed(1))} % of the page has more than 240 %; the most is ${Math.round(100 * total.most)} %.`;
+    await page.waitForFunction((words) => document.querySelector('#panel-plates').textContent.includes(words), wanted);
+});
+
+test('what a press would get wrong is listed as the command finds it, shown on the drawing, and saved', { skip: noNative }, async (t) => {
+    const page = await open(t, 'hairlines.vx');
+    await page.getByRole('button', { name: 'Check', exact: true }).click();
+    await page.waitForSelector('#panel-plates .findings li');
+    const { stdout } = await vx('check', '--json', sample('hairlines.vx')).catch((error) => error);
+    const { findings } = JSON.parse(stdout);
+    assert.deepEqual(await page.locator('.findings li').evaluateAll((items) => items.map((item) => item.textContent)), findings.map(({ text }) => text));
+    const before = await viewOf(page);
+    await page.locator('.findings button').first().click();
+    await settle(page);
+    assert.notDeepEqual(await viewOf(page), before);
+    const { name, bytes } = await saved(page, () => page.getByRole('button', { name: 'Save as a page' }).click());
+    assert.equal(name, 'hairlines.vx.html');
+    assert.match(bytes.toString(), /^<!doctype html>/i);
+});

@@ -3,12 +3,12 @@
 import assert from 'node:assert/strict';
 import test from 'node:test';
 
-import { choose, noNative, readStage, sample, serve, sharp, showPanel, skip, visit, vx } from './viewer_support.mjs';
+import { choose, noNative, readStage, run, sample, serve, sharp, showPanel, skip, visit, vx } from './viewer_support.mjs';
 
 const { url } = skip ? {} : await serve();
 
-async function open(t, name) {
-    const page = await visit(t, url, { permissions: ['clipboard-read', 'clipboard-write'] });
+async function open(t, name, settings = { permissions: ['clipboard-read', 'clipboard-write'] }) {
+    const page = await visit(t, url, settings);
     await choose(page, sample(name));
     await page.waitForSelector('#words .line', { state: 'attached' });
     return page;
@@ -160,4 +160,22 @@ test('a drawing without words says so, and words of hidden layers are not there'
     await showPanel(layered, 'layers');
     await layered.getByRole('button', { name: 'None' }).click();
     await layered.waitForFunction(() => document.querySelectorAll('#words .line').length === 0);
+});
+
+// Fonts for a drawing that has none of its own here.
+test('a font that is dropped in, and those of the computer, serve the drawing', { skip }, async (t) => {
+    const found = await run('fc-list', ['-f', '%{postscriptname} %{file}\n', ':lang=ja']).catch(() => ({ stdout: '' }));
+    const file = found.stdout.split('\n').map((line) => line.split(' ')[1]).find((name) => /\.(ttf|otf)$/.test(name ?? ''));
+    if (file === undefined) return t.skip('there is no Japanese font on this machine');
+    const lacking = (page) => page.locator('#panel-facts .lacking').count();
+    for (const way of ['drop', 'computer']) {
+        const page = await open(t, 'text-japanese.vx', { permissions: ['local-fonts'] });
+        await showPanel(page, 'facts');
+        assert.ok((await lacking(page)) > 0, way);
+        if (way === 'drop') await page.setInputFiles('#choose-files', file);
+        else await page.getByRole('button', { name: 'Use fonts of this computer' }).click();
+        await page.waitForFunction(() => document.querySelectorAll('#panel-facts .lacking').length === 0);
+        await sharp(page);
+    }
+    return undefined;
 });

@@ -11,15 +11,13 @@ const THUMBNAIL = 160;
 export class Collection {
     #readers;
     #tell; // ({ text, detail }): of what could not be opened
-    #progress;
     #opening = new AbortController();
     #sketcher; // the reader of small pictures
     #sketches = Promise.resolve();
 
-    constructor(readers, { tell, progress }) {
+    constructor(readers, tell) {
         this.#readers = readers;
         this.#tell = tell;
-        this.#progress = progress;
     }
 
     // Adds the sources to the list and shows the first of them.
@@ -35,12 +33,12 @@ export class Collection {
         const opening = (this.#opening = new AbortController());
         change({ shown: entry, drawing: null, hidden: null, plates: null, heat: false, gray: false });
         this.#tell(null);
-        this.#progress(0);
+        change({ opening: { name: entry.name, part: 0 } });
         let bytes;
         try {
             bytes = await entry.read();
             if (opening.signal.aborted) return;
-            const onProgress = (done, total) => this.#progress(total > 0 ? done / total : 0);
+            const onProgress = (done, total) => change({ opening: { name: entry.name, part: total > 0 ? done / total : 0 } });
             const drawing = await this.#readers.open(bytes, { signal: opening.signal, onProgress });
             if (opening.signal.aborted) return;
             entry.problem = undefined;
@@ -53,7 +51,7 @@ export class Collection {
             this.#tell(entry.problem);
             change({ drawings: [...state.drawings] });
         } finally {
-            if (!opening.signal.aborted) this.#progress(undefined);
+            if (this.#opening === opening) change({ opening: null });
         }
     }
 
@@ -63,10 +61,13 @@ export class Collection {
         if (state.drawings[at] !== undefined) this.show(state.drawings[at]);
     }
 
+    // Gives up what is being read.
     cancel() {
         this.#opening.abort();
         this.#readers.close();
-        this.#progress(undefined);
+        state.shown.problem = { text: say('cancelled', { name: state.shown.name }) };
+        this.#tell(state.shown.problem);
+        change({ opening: null, drawings: [...state.drawings] });
     }
 
     // Drawings are opened anew, with fonts that have come.

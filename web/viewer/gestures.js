@@ -1,4 +1,4 @@
-// What pointers, the wheel and keys do to the view.
+// Pointers, the wheel and keys change the view.
 
 import { ACTUAL, fit, panBy, zoomBy, zoomTo } from './view.js';
 
@@ -58,7 +58,7 @@ export function listenToPointers(stage, { onHover, isSelecting }) {
     }, { passive: false });
 }
 
-// The keys of the drawing, for the stage and where nothing else has the focus.
+// These keys hold for the stage, and where nothing else has the focus.
 const KEYS = {
     '+': () => zoomBy(KEY_STEP, undefined, { isSmooth: true }),
     '=': () => zoomBy(KEY_STEP, undefined, { isSmooth: true }),

@@ -4,10 +4,10 @@ import { state } from './state.js';
 
 export const PROCESS = ['Cyan', 'Magenta', 'Yellow', 'Black'];
 
-// What light a full ink lets through: red, green and blue.
+// A full ink lets so much light through: red, green and blue.
 const LIGHT = [[0, 0.62, 0.88], [0.89, 0, 0.49], [1, 0.92, 0], [0.11, 0.11, 0.11]];
 
-// Something close to what inks look like, for a small patch.
+// Returns something close to what inks look like, for a small patch.
 export function colourOf(cmyk) {
     const through = (channel) => cmyk.reduce((light, amount, ink) => light * (1 - amount * (1 - LIGHT[ink][channel])), 1);
     return `rgb(${[0, 1, 2].map((channel) => Math.round(255 * through(channel))).join(' ')})`;

@@ -16,7 +16,7 @@ export function layerOptions(layers, hidden) {
     return shown.length > 0 ? { layers: shown } : hide;
 }
 
-// Those of each output.
+// Every output has these.
 export const shownLayers = () => layerOptions(state.drawing?.info.layers ?? [], state.hidden);
 
 // Plates in gray are those that are shown, so all have to be named.

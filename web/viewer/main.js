@@ -2,6 +2,7 @@
 
 import { Collection } from './collection.js';
 import { byId, iconButton, make } from './dom.js';
+import { hasLocalFonts, readLocalFonts } from './fonts.js';
 import { listenToKeys, listenToPointers } from './gestures.js';
 import { keepOffline } from './offline.js';
 import { isFont, sourceOfAddress, sourcesOfDrop, sourcesOfFiles, sourcesOfFolder, sourcesOfPaste } from './opening.js';
@@ -30,7 +31,7 @@ const address = new URL(location.href).searchParams;
 setLanguage(address.get('lang'));
 
 const readers = new Readers((busy) => change({ busy }));
-const collection = new Collection(readers, { tell, progress: showProgress });
+const collection = new Collection(readers, tell);
 const tiles = new Tiles(byId('picture'), readers, (error) => tell({ text: say('problemDrawing'), detail: error.message }));
 const words = new WordLayer(byId('words'), readers);
 const picker = makePicker(byId('status'), readers);
@@ -53,12 +54,17 @@ function makeNotice() {
     });
 }
 
-// part: of what is read, from 0 to 1; undefined: it is read.
-function showProgress(part) {
-    const progress = byId('progress');
-    progress.hidden = part === undefined;
-    if (part === 0) progress.removeAttribute('value');
-    else progress.value = part ?? 1;
+function makeOpening() {
+    const name = make('p');
+    const progress = make('progress', { max: '1', 'aria-label': say('reading') });
+    byId('opening').append(name, progress, make('button', { type: 'button', onclick: () => collection.cancel() }, say('cancel')));
+    watch(['opening'], () => {
+        byId('opening').hidden = state.opening === null;
+        if (state.opening === null) return;
+        name.textContent = state.opening.name;
+        if (state.opening.part > 0) progress.value = state.opening.part;
+        else progress.removeAttribute('value');
+    });
 }
 
 function speak(text) {
@@ -81,6 +87,17 @@ async function take(sources) {
     if (drawings.length > 0) await collection.add(drawings);
     else if (fonts.length > 0 && state.shown !== null) await collection.refresh();
     else if (sources.length === 0) tell({ text: say('nothingToOpen'), detail: say('whatOpens') });
+}
+
+// Asks the browser for fonts that the drawing lacks.
+async function useLocalFonts() {
+    try {
+        const fonts = await readLocalFonts(state.drawing.info.fonts);
+        if (fonts.length === 0) tell({ text: say('noLocalFonts') });
+        else await take(fonts.map(({ name, bytes }) => ({ name: `${name}.otf`, read: () => bytes })));
+    } catch (error) {
+        tell({ text: say('noLocalFonts'), detail: error.message });
+    }
 }
 
 const chooser = (attributes, sourcesOf) => {
@@ -172,7 +189,7 @@ function makeStart() {
         location.assign(url);
     } }, ...Object.entries(languages).map(([code, name]) => make('option', { value: code, lang: code, selected: code === document.documentElement.lang }, name)));
     start.append(make('div', { class: 'card' },
-        make('p', { class: 'lead' }, say('startLead')),
+        make('p', { class: 'lead' }, say(matchMedia('(pointer: coarse)').matches ? 'startTouch' : 'startLead')),
         make('p', {}, say('startHow')),
         make('div', { class: 'buttons' },
             make('button', { type: 'button', class: 'main', onclick: chooseFiles }, say('openFiles')),
@@ -230,19 +247,20 @@ function start() {
     makeBars();
     makeStart();
     makeNotice();
+    makeOpening();
     makeList(byId('drawings'), collection);
     makeSide(byId('side'), [
         { name: 'layers', icon: 'layers', element: makeLayersPanel() },
-        { name: 'plates', icon: 'plates', element: makePlatesPanel() },
+        { name: 'plates', icon: 'plates', element: makePlatesPanel(readers, tell) },
         { name: 'text', icon: 'text', element: makeTextPanel(words) },
-        { name: 'facts', icon: 'facts', element: makeFactsPanel(chooseFonts) },
+        { name: 'facts', icon: 'facts', element: makeFactsPanel({ choose: chooseFonts, useLocal: hasLocalFonts() ? useLocalFonts : undefined }) },
         { name: 'save', icon: 'save', element: makeSavePanel(readers, { tell, paper: byId('paper') }) },
     ]);
     listen();
     openFirstPanel();
 }
 
-// Where there is room, the first drawing has a panel beside it.
+// The first drawing has a panel beside it, where there is room.
 function openFirstPanel() {
     let isFirst = matchMedia(WIDE).matches;
     watch(['drawing'], () => {
@@ -252,7 +270,7 @@ function openFirstPanel() {
     });
 }
 
-// What the address asks for.
+// Opens what the address asks for.
 async function openAddress() {
     if (isServed()) return take(await takeServed());
     keepOffline();

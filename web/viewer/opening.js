@@ -66,7 +66,7 @@ export function sourcesOfPaste(clipboard, name) {
     return [{ name, read: async () => Uint8Array.from(text, (character) => character.charCodeAt(0)) }];
 }
 
-// A file of the page's own server; undefined for one of another.
+// Returns a file of the page's own server; undefined for one of another.
 export function sourceOfAddress(address) {
     const url = new URL(address, globalThis.location.href);
     if (url.origin !== globalThis.location.origin) return undefined;
@@ -80,7 +80,7 @@ export function sourceOfAddress(address) {
     };
 }
 
-// What a file is that is no drawing, by how it begins; undefined where that is not known.
+// Names what a file is that is no drawing, by how it begins; undefined where that is not known.
 export function nameKind(bytes) {
     const head = String.fromCharCode(...bytes.subarray(0, 12));
     const kinds = [

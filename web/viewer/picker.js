@@ -87,7 +87,7 @@ function inkOf(name, percent) {
     return make('span', { class: percent > 0 ? 'ink' : 'ink none', title: inkName(name) }, swatch, `${inkName(name, true)} ${formatNumber(percent, 0)}`);
 }
 
-// As "fill, C 20 M 100 Y 0 K 0, layer Kite".
+// Says "Fill, C 20 M 100 Y 0 K 0, layer Kite".
 function describeObject({ kind, colour, layer, overprint }) {
     const percent = (part) => formatNumber(100 * part, 1);
     const parts = [say(`object ${kind}`)];

@@ -8,6 +8,7 @@ export const isServed = () => new URL(globalThis.location.href).searchParams.has
 export async function takeServed() {
     const alive = new EventSource('alive');
     addEventListener('pagehide', () => alive.close());
+    alive.onerror = () => alive.close(); // a server that has ended does not come back
     const response = await fetch('drawings.json');
     if (!response.ok) throw new Error(`drawings.json: ${response.status}`);
     return (await response.json()).map(({ name, url }) => ({ ...sourceOfAddress(url), name }));

@@ -12,6 +12,7 @@ export const TEXTS = {
     nothingOpen: ['No drawing is open.', 'Es ist keine Zeichnung offen.', '図面は開かれていません。'],
 
     startLead: ['Drop a drawing here', 'Hier eine Zeichnung ablegen', 'ここに図面をドロップ'],
+    startTouch: ['Open a drawing', 'Eine Zeichnung öffnen', '図面を開く'],
     startHow: ['or choose one; .vx, .eps and .gz files, as many as you like. Pasting works too.',
         'oder auswählen: .vx-, .eps- und .gz-Dateien, so viele Sie mögen. Einfügen geht auch.',
         'または選択してください（.vx、.eps、.gz、複数可）。貼り付けもできます。'],
@@ -25,6 +26,8 @@ export const TEXTS = {
     startPrivate: ['Drawings stay on this computer: nothing is uploaded.', 'Zeichnungen bleiben auf diesem Rechner: nichts wird hochgeladen.',
         '図面はこのコンピューターから送信されません。'],
     pasted: ['pasted.vx', 'eingefuegt.vx', 'pasted.vx'],
+    reading: ['Reading', 'Liest', '読み込み中'],
+    cancelled: ['{name} was not opened.', '{name} wurde nicht geöffnet.', '{name}を開きませんでした。'],
     cancel: ['Cancel', 'Abbrechen', '中止'],
 
     opened: ['{name} is open, {width} by {height} mm', '{name} ist offen, {width} mal {height} mm', '{name}を開きました。{width}×{height} mm'],
@@ -84,6 +87,15 @@ export const TEXTS = {
     heatHelp: ['How much ink is where; red is more than the limit', 'Wie viel Farbe wo liegt; Rot ist mehr als die Grenze', 'インキ量の分布。赤は上限超え'],
     heatLimit: ['Limit', 'Grenze', '上限'],
 
+    coverage: ['{share} % of the page has more than {limit} %; the most is {most} %.', '{share} % der Seite haben mehr als {limit} %; das meiste sind {most} %.', 'ページの{share} %が{limit} %を超えています。最大は{most} %です。'],
+    press: ['For the press', 'Für den Druck', '印刷検査'],
+    checkPress: ['Check', 'Prüfen', '検査する'],
+    saveReport: ['Save as a page', 'Als Seite sichern', 'ページとして保存'],
+    nothingFound: ['A press would get nothing wrong.', 'Die Presse würde nichts falsch machen.', '問題は見つかりませんでした。'],
+    'severity error': ['Error', 'Fehler', 'エラー'],
+    'severity warning': ['Warning', 'Warnung', '警告'],
+    'severity note': ['Note', 'Hinweis', '注意'],
+
     text: ['Text', 'Text', 'テキスト'],
     search: ['Search the text', 'Im Text suchen', 'テキストを検索'],
     searchHint: ['Search…', 'Suchen …', '検索…'],
@@ -115,6 +127,8 @@ export const TEXTS = {
     fontGlyphs: ['{count} of {all} characters are missing in it', '{count} von {all} Zeichen fehlen darin', '{all}文字中{count}文字がありません'],
     fontsHelp: ['Have the right font? Drop its file here, or choose it.', 'Haben Sie die richtige Schrift? Legen Sie die Datei hier ab oder wählen Sie sie.', '正しいフォントがあれば、ここにドロップするか選択してください。'],
     addFonts: ['Add a font…', 'Schrift hinzufügen …', 'フォントを追加…'],
+    localFonts: ['Use fonts of this computer', 'Schriften dieses Rechners nutzen', 'このコンピューターのフォントを使う'],
+    noLocalFonts: ['No font of this computer fits.', 'Keine Schrift dieses Rechners passt.', '適したフォントがありません。'],
     factsWarnings: ['Notes', 'Hinweise', '注意'],
     noWarnings: ['Everything in the drawing is shown.', 'Alles in der Zeichnung wird gezeigt.', 'すべて表示されています。'],
     inItsWords: ['As the command tells it', 'Wie der Befehl es sagt', 'コマンドの表示'],

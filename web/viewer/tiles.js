@@ -189,7 +189,9 @@ export class Tiles {
         const { left, bottom, right, top, width, height } = page();
         const scale = OVERVIEW / Math.max(width, height);
         const side = (length) => Math.max(Math.round(length * scale), 1);
-        this.#make({ box: [left, bottom, right, top], width: side(width), height: side(height) }, () => (key === this.#overviewKey ? 1000 : Infinity))
+        const isFirst = this.#overview === null;
+        const rank = () => (key === this.#overviewKey ? (isFirst ? 0 : 1000) : Infinity);
+        this.#make({ box: [left, bottom, right, top], width: side(width), height: side(height) }, rank)
             .then((bitmap) => {
                 this.#overview?.close();
                 this.#overview = bitmap;

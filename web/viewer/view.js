@@ -7,6 +7,8 @@ const MOST = 640 * ACTUAL;
 const LEAST = 0.01 * ACTUAL;
 const MARGIN = 24; // CSS pixels around a drawing that fits
 const KEPT = 48; // of the page stays on the stage
+const NEAR = 16 * ACTUAL; // for what is smaller
+const PART = 0.4; // of the stage, for a box that is shown from near
 const EASING = 160; // milliseconds
 
 let stage; // its size, in CSS pixels
@@ -58,7 +60,7 @@ export function fit(options) {
     isFitted = true;
 }
 
-// What is at the place stays there.
+// Changes the scale. The point of the drawing that is at the place stays there.
 export function zoomTo(scale, [x, y] = middle(), options) {
     if (state.drawing === null) return;
     const wanted = Math.min(Math.max(scale, LEAST), MOST);
@@ -75,14 +77,18 @@ export function panBy(dx, dy, options) {
     goTo({ ...state.view, x: state.view.x + dx, y: state.view.y + dy }, options);
 }
 
-// Brings a box of the drawing into sight, in points.
-export function reveal([left, bottom, right, top]) {
-    const { scale, x, y } = state.view;
+// Brings a box of the drawing into sight, in points; isNear: so that it fills a part of the stage.
+export function reveal([left, bottom, right, top], { isNear = false } = {}) {
+    const filling = Math.min(stage.width / (right - left), stage.height / (top - bottom)) * PART;
+    const scale = isNear ? Math.min(Math.max(filling, LEAST), NEAR) : state.view.scale;
+    const factor = scale / state.view.scale;
+    const x = state.view.x * factor;
+    const y = state.view.y * factor;
     const origin = page();
     const at = (px, py) => [x + (px - origin.left) * scale, y + (origin.top - py) * scale];
     const [l, t] = at(left, top);
     const [r, b] = at(right, bottom);
-    const isSeen = l >= 0 && t >= 0 && r <= stage.width && b <= stage.height;
+    const isSeen = !isNear && l >= 0 && t >= 0 && r <= stage.width && b <= stage.height;
     if (isSeen) return;
     isFitted = false;
     goTo({ scale, x: x + stage.width / 2 - (l + r) / 2, y: y + stage.height / 2 - (t + b) / 2 }, { isSmooth: true });

@@ -1,4 +1,4 @@
-// What is known of the drawing, and what each of it means.
+// The panel that tells what is known of the drawing, and what each of it means.
 
 import { drawIcon, make } from '../dom.js';
 import { PROCESS, colourOf, inksOf } from '../inks.js';
@@ -43,18 +43,22 @@ function aboutInks({ info }) {
 
 const SERVED = { exact: 'fontExact', 'stand-in': 'fontStandIn', substitute: 'fontSubstitute', missing: 'fontMissing' };
 
-function aboutFonts({ info }, chooseFonts) {
+// add: { choose, useLocal }, what to do for fonts that are not here; useLocal is not there where the browser gives none.
+function aboutFonts({ info }, add) {
     if (info.fonts.length === 0) return undefined;
     const rows = info.fonts.map(({ asked, served, match, characters, missingGlyphs }) => {
         const item = make('li', { class: `font ${match}` }, make('strong', {}, asked), make('span', { class: 'served' }, say(SERVED[match], { font: served })));
         if (missingGlyphs > 0) item.append(make('span', { class: 'lacking' }, say('fontGlyphs', { count: missingGlyphs, all: characters })));
         return item;
     });
-    const button = make('button', { type: 'button', onclick: chooseFonts }, say('addFonts'));
-    return section('factsFonts', make('ul', { class: 'rows plain' }, ...rows), make('p', { class: 'meaning' }, say('fontsHelp')), button);
+    const list = make('ul', { class: 'rows plain' }, ...rows);
+    if (info.fonts.every(({ match, missingGlyphs }) => match === 'exact' && missingGlyphs === 0)) return section('factsFonts', list);
+    const button = (name, onclick) => make('button', { type: 'button', onclick }, say(name));
+    const buttons = make('div', { class: 'buttons' }, button('addFonts', add.choose), ...(add.useLocal === undefined ? [] : [button('localFonts', add.useLocal)]));
+    return section('factsFonts', list, make('p', { class: 'meaning' }, say('fontsHelp')), buttons);
 }
 
-// What is not as it should be: { text, meaning } each.
+// Finds what is not as it should be: { text, meaning } each.
 function findingsOf({ info }) {
     const found = [];
     const find = (key, values) => found.push({ text: say(key, values), meaning: say(`${key}Means`) });
@@ -78,12 +82,12 @@ function aboutWarnings(drawing) {
     return section('factsWarnings', ...list, ...words);
 }
 
-export function makeFactsPanel(chooseFonts) {
+export function makeFactsPanel(addFonts) {
     const panel = make('section', {});
     watch(['drawing'], () => {
         const { drawing } = state;
         if (drawing === null) panel.replaceChildren(make('p', { class: 'empty' }, say('nothingOpen')));
-        else panel.replaceChildren(...[aboutDrawing(drawing), aboutWarnings(drawing), aboutInks(drawing), aboutFonts(drawing, chooseFonts)].filter(Boolean));
+        else panel.replaceChildren(...[aboutDrawing(drawing), aboutWarnings(drawing), aboutInks(drawing), aboutFonts(drawing, addFonts)].filter(Boolean));
     });
     return panel;
 }

@@ -4,7 +4,7 @@ import { drawIcon, make } from '../dom.js';
 import { change, state, watch } from '../state.js';
 import { say } from '../texts.js';
 
-// As it prints.
+// Returns the places of the layers that do not print.
 const standard = (layers) => new Set(layers.flatMap(({ printing }, place) => (printing ? [] : [place])));
 
 const isSame = (a, b) => a.size === b.size && [...a].every((place) => b.has(place));

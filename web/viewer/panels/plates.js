@@ -4,6 +4,7 @@ import { make } from '../dom.js';
 import { colourOf, inksShown } from '../inks.js';
 import { change, state, watch } from '../state.js';
 import { inkName, say } from '../texts.js';
+import { makeCoverage, makePressCheck } from './press.js';
 
 function show(inks, wanted) {
     change({ plates: wanted.size === inks.length ? null : wanted, heat: false });
@@ -41,7 +42,7 @@ function makeSwitch(label, read, write, help) {
     return { element: make('label', { class: 'row switch', title: help }, box, make('span', { class: 'name' }, label)), update };
 }
 
-export function makePlatesPanel() {
+export function makePlatesPanel(readers, tell) {
     const panel = make('section', {});
     const list = make('ul', { class: 'rows', 'aria-label': say('inks') });
     let rows = [];
@@ -53,7 +54,7 @@ export function makePlatesPanel() {
     const slider = make('input', { type: 'range', min: '100', max: '400', step: '5', 'aria-label': say('heatLimit'), oninput: () => setLimit(slider.value) });
     const limit = make('div', { class: 'limit' }, make('label', { for: 'limit' }, say('heatLimit')), slider, number, make('span', {}, '%'));
     const scale = make('div', { class: 'heat-scale', 'aria-hidden': true }, make('span', {}, '0'), make('span', { class: 'mark' }), make('span', {}, '400 %'));
-    panel.append(make('div', { class: 'buttons' }, all), list, gray.element, make('hr'), overprint.element, heat.element, limit, scale);
+    panel.append(make('div', { class: 'buttons' }, all), list, gray.element, make('hr'), overprint.element, heat.element, limit, scale, makeCoverage(readers), makePressCheck(readers, tell));
     watch(['drawing'], () => {
         const inks = inksShown();
         rows = inks.map((ink) => makeRow(inks, ink));

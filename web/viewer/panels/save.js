@@ -31,7 +31,7 @@ export function download(name, blob) {
     setTimeout(() => URL.revokeObjectURL(url), MINUTES);
 }
 
-// Only what is not as the command would do it by itself, so that the bytes are the same.
+// Leaves out what the command would do by itself, so that the bytes are the same.
 function optionsOf(format) {
     const options = {};
     for (const [name, [standard]] of Object.entries(SETTINGS[format])) {
@@ -60,7 +60,7 @@ async function makeFile(readers, format) {
     return { name: `${baseName()}-plates.zip`, blob: makeZip(files) };
 }
 
-// A picture as it is shown, in a resolution that leaves it at a size that can be had.
+// Makes a picture as it is shown, in a resolution at which it can be had.
 async function makePicture(readers, dpi) {
     const { width, height } = page();
     const fitting = Math.sqrt((MOST_PIXELS / Math.max(width * height, 1)) * 72 * 72);
@@ -72,7 +72,7 @@ export async function copyPicture(readers) {
     await navigator.clipboard.write([new ClipboardItem({ [TYPES.png]: makePicture(readers, COPY_DPI) })]);
 }
 
-// In its real size, on a sheet of it.
+// Prints the drawing in its real size, on a sheet as large.
 export async function print(readers, paper) {
     const { width, height } = page();
     const url = URL.createObjectURL(await makePicture(readers, PRINT_DPI));

@@ -1,13 +1,11 @@
-#include "cli/commands/Check.h"
+#include "library/press/Check.h"
 
-#include "cli/report/CheckReport.h"
 #include "devices/colour/InkShares.h"
 #include "devices/colour/ScreenColours.h"
 #include "devices/preflight/DocumentFindings.h"
 #include "devices/preflight/PreflightDevice.h"
 #include "devices/raster/RasterDevice.h"
-#include "jobs/Rendering.h"
-#include "library/FactsJson.h"
+#include "library/press/FindingsReport.h"
 
 #include <algorithm>
 #include <utility>
@@ -57,9 +55,8 @@ Check::Check(CheckTask task)
 {
 }
 
-std::unique_ptr<PlateSink> Check::MakeSink(const OutputFiles &files)
+std::unique_ptr<PlateSink> Check::MakeSink()
 {
-    files_ = &files;
     std::vector<PlateSink *> sinks = {&coverage_, &inks_};
     if (task_.makesPage)
         sinks.push_back(&plates_);
@@ -94,30 +91,30 @@ Outcome Check::Look(Reading &reading)
         return outcome;
     AddDocumentFindings(reading.Header(), outcome, coverage_.Measure(), device.PlacesOfFonts(), &findings_);
     outcome.objections = findings_.CountObjections();
-    outcome.failure = Tell(page, outcome);
+    spots_ = outcome.spots;
+    if (!task_.name.empty())
+        json_["file"] = task_.name;
+    AddFindings(page.title, page.box, findings_, &json_);
     return outcome;
 }
 
-Failure Check::Tell(const Page &page, const Outcome &outcome)
+std::string Check::Text() const
 {
-    const CheckedDrawing drawing = {task_.input, page.title, page.box, findings_};
-    nlohmann::ordered_json facts;
-    if (task_.json || task_.makesPage)
-        facts = CheckJson(drawing);
-    const std::string text = task_.json ? JsonLine(facts) : CheckText(drawing);
-    Failure failure = SinkFor(files_->Descriptor(0))(std::as_bytes(std::span(text)));
-    if (failure || !task_.makesPage)
-        return failure;
+    return FindingLines(findings_);
+}
+
+Failure Check::WritePage(const ByteSink &sink)
+{
     std::string error;
     const std::unique_ptr<ScreenColours> colours = ScreenColours::Make(task_.settings.png, &error);
     if (colours == nullptr)
         return {FailureKind::BadInput, error};
     for (PagePlate &plate : page_.plates)
-        plate.colour = ColourOf(plate.ink, outcome.spots, colours.get());
-    page_.facts = std::move(facts);
-    if ((failure = coverage_.WriteHeatMap(AppendTo(&page_.heatMap))))
+        plate.colour = ColourOf(plate.ink, spots_, colours.get());
+    page_.facts = json_;
+    if (Failure failure = coverage_.WriteHeatMap(AppendTo(&page_.heatMap)))
         return failure;
-    return WritePressPage(std::move(page_), SinkFor(files_->Descriptor(1)));
+    return WritePressPage(std::move(page_), sink);
 }
 
 } // namespace vxhost

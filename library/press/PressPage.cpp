@@ -1,8 +1,6 @@
-#include "cli/report/PressPage.h"
+#include "library/press/PressPage.h"
 
 #include "library/FactsJson.h"
-
-#include <fmt/format.h>
 
 #include <cstdint>
 #include <span>
@@ -41,7 +39,13 @@ std::string PngUrl(std::string_view png)
 
 std::string ColourText(Rgb colour)
 {
-    return fmt::format("#{:02x}{:02x}{:02x}", colour.r, colour.g, colour.b);
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string text = "#";
+    for (const uint8_t level : {colour.r, colour.g, colour.b}) {
+        text += kDigits[level >> 4];
+        text += kDigits[level & 15];
+    }
+    return text;
 }
 
 // No text of a drawing may end the element that the facts stand in, or begin a comment there.

@@ -20,7 +20,7 @@ struct PagePlate {
 };
 
 struct PressPage {
-    nlohmann::ordered_json facts; // as CheckJson makes them
+    nlohmann::ordered_json facts; // as AddFindings makes them
     std::string picture;          // these are PNG files
     std::string heatMap;
     std::deque<PagePlate> plates; // each stays where it is: it is written to while others come
