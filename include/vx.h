@@ -51,7 +51,7 @@
 extern "C" {
 #endif
 
-#define VX_INTERFACE 1
+#define VX_INTERFACE 2
 
 typedef struct vx_library vx_library;
 typedef struct vx_document vx_document;
@@ -218,13 +218,24 @@ vx_status vx_document_json(vx_document *document, const char **json, vx_error *e
  *
  *   lines  the lines of a text, each with a line end behind it: from top to bottom, columns from right to left
  *   json   all that is known of the text, one JSON object as `vx text --json` prints it but for "file": layer, place, fonts, sizes
- *          and colours
+ *          and colours, and where each line stands
  *
  * Both are valid during the call of the procedure. U+FFFD stands for what means no character in its font's character set, and a
  * warning tells how often. Words are the same whatever serves their fonts, so no warning is about fonts, and none is listed.
  */
 typedef int (*vx_text)(void *context, const char *lines, const char *json);
 vx_status vx_document_texts(vx_document *document, vx_text found, void *context, vx_error *error);
+
+/*
+ * Tells what is painted at a point: the topmost object of the layers that the options "layers" and "hide" name. Nothing is drawn.
+ *
+ *   x, y    points, in the coordinates of the document's box
+ *   within  points, above 0: lines that are thinner are found as if they were as wide as that
+ *   json    receives an object that says the kind, "fill", "stroke", "text" or "blend", with what it is painted with and where, as
+ *           docs/objects.md describes it, valid until the next such call; null where there is paper
+ */
+vx_status vx_document_object_at(vx_document *document, double x, double y, double within, const char **json,
+                                vx_error *error);
 
 /* The procedure is called while a document is read; done and total are bytes. With null nobody is told. */
 typedef int (*vx_progress)(void *context, int64_t done, int64_t total);
@@ -252,6 +263,23 @@ typedef struct vx_pixels {
     ptrdiff_t stride;                /* bytes from a row to the one below it; may be negative */
 } vx_pixels;
 vx_status vx_document_pixels(vx_document *document, const vx_pixels *pixels, vx_error *error);
+
+/*
+ * Draws the plates of a press into pixels: how much of each ink a pixel has, to the byte as `vx plates` has it. Of options the
+ * same are looked at as for vx_document_pixels, but for those of colours and background.
+ */
+typedef struct vx_inks {
+    size_t size;                     /* sizeof(vx_inks), set by the caller */
+    double left, bottom, right, top; /* what is shown, points; all 0: what the options say */
+    int32_t width, height;           /* pixels, 1 to 131072; at most 2^28 in all */
+    /* These are filled in, and valid until the next such call. */
+    const char *const
+        *names; /* Cyan, Magenta, Yellow, Black, and each spot ink that the drawing paints with */
+    size_t ink_count;
+    const uint8_t
+        *amounts; /* from the uppermost row, the inks of a pixel beside each other: 0 none, 255 full */
+} vx_inks;
+vx_status vx_document_inks(vx_document *document, vx_inks *inks, vx_error *error);
 
 /* The size, in pixels, that a PNG has under the options. */
 vx_status vx_document_size(vx_document *document, int32_t *width, int32_t *height, vx_error *error);

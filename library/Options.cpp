@@ -273,6 +273,18 @@ void SetSpots(const Option &option, const std::string &text, Settings *settings)
     settings->keepsSpots = Choose(option, text) == 0;
 }
 
+void SetPlates(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->png.plates.reset();
+    if (text != "all")
+        settings->png.plates = {text == "none" ? std::vector<std::string>() : NamesOf(option, text)};
+}
+
+void SetPlateColours(const Option &option, const std::string &text, Settings *settings)
+{
+    settings->arePlatesGray = Choose(option, text) == 1;
+}
+
 void SetSalvage(const Option &option, const std::string &text, Settings *settings)
 {
     settings->salvage = Choose(option, text) == 1;
@@ -349,6 +361,11 @@ constexpr Option kOptions[] = {
      "pdf, svg, tiff: spot inks: keep, a plate of its own for each, or process, the inks that stand in "
      "(keep)",
      SetSpots, "keep,process"},
+    {"plates", 0, "NAME,...", kPng, "all",
+     "png: only what these inks print, as Cyan,Black, spot inks too; none or all (all)", SetPlates},
+    {"plate-colours", 0, "HOW", kPng, "inks",
+     "png: these plates in the colours of the inks, or in gray, where black is a full ink (inks)",
+     SetPlateColours, "inks,gray"},
     {"pdf-x", 0, "LEVEL", kPdf, "none",
      "pdf: the standard of the press to keep to: x1a, x3, x4 or none (none)", SetStandard, "x1a,x3,x4,none"},
     {"pdf-a", 0, "LEVEL", kPdf, "none", "pdf: the standard of archives to keep to: 2b, 2u or none (none)",
@@ -491,6 +508,11 @@ Settings OptionTexts::Read(const std::map<std::string, ProfileBytes> &profiles) 
         const std::string &text = texts_[PlaceOf(option)];
         if (!text.empty())
             option.read(option, text, &settings);
+    }
+    if (settings.arePlatesGray) {
+        if (!settings.png.plates)
+            throw OptionError("--plate-colours gray and no plates: give --plates and the name of an ink");
+        settings.png.plates->isGray = true;
     }
     settings.png.memoryLimit =
         settings.memory > 0 ? static_cast<uint64_t>(settings.memory) : std::numeric_limits<uint64_t>::max();

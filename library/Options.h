@@ -46,6 +46,7 @@ struct Settings {
     PdfOptions pdf;
     SvgOptions svg;
     RasterOptions png;
+    bool arePlatesGray = false; // of a picture
 };
 
 // Returns whether the name is that of an ICC file, rather than of a profile that is built in.

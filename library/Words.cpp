@@ -1,7 +1,6 @@
 #include "library/Words.h"
 
-#include <cmath>
-#include <cstddef>
+#include "library/ValuesJson.h"
 
 namespace vxhost
 {
@@ -11,16 +10,10 @@ namespace
 
 using Json = nlohmann::ordered_json;
 
-double Rounded(double value)
-{
-    constexpr double kSteps = 1000; // of a point
-    return std::round(value * kSteps) / kSteps;
-}
-
 std::string TextOf(const TextLine &line)
 {
     std::string text;
-    for (const TextRun &run : line)
+    for (const TextRun &run : line.runs)
         text += run.text;
     return text;
 }
@@ -37,27 +30,19 @@ std::string_view NameOf(TextKind kind)
     }
 }
 
-Json ColourJson(const Colour &colour)
-{
-    Json json;
-    if (colour.space == ColourSpace::Gray)
-        json["gray"] = colour.ink[0];
-    else
-        json["cmyk"] = colour.ink;
-    // A text is filled with one colour at a time: blends are none.
-    if (const SpotShare &share = colour.spots[0]; share.ink != nullptr) {
-        json["spot"] = share.ink->name;
-        json["amount"] = share.amount;
-    }
-    return json;
-}
-
 Json LineJson(const TextLine &line)
 {
     Json json;
     json["text"] = TextOf(line);
+    json["origin"] = PointJson(line.start.at);
+    json["angle"] = AngleOf(line.start.along);
+    json["length"] = Rounded(line.length);
+    json["height"] = Rounded(line.height);
+    json["vertical"] = line.isColumn;
+    for (const TextPlace &place : line.places)
+        json["places"].push_back({Rounded(place.at.x), Rounded(place.at.y), AngleOf(place.along)});
     json["runs"] = Json::array();
-    for (const TextRun &run : line) {
+    for (const TextRun &run : line.runs) {
         Json &made = json["runs"].emplace_back();
         made["text"] = run.text;
         made["font"] = run.font->asked;
@@ -98,12 +83,11 @@ std::string TextLines(const FoundText &text, std::string_view prefix)
 
 void AddText(const FoundText &text, nlohmann::ordered_json *json)
 {
-    const Box &box = text.box;
     Json &made = *json;
     made["layer"] = text.layer == nullptr ? Json() : Json(text.layer->name);
     made["printing"] = text.layer == nullptr || text.layer->isPrinting;
     made["kind"] = NameOf(text.kind);
-    made["box"] = {Rounded(box.left), Rounded(box.bottom), Rounded(box.right), Rounded(box.top)};
+    made["box"] = BoxJson(text.box);
     made["lines"] = Json::array();
     for (const TextLine &line : text.lines)
         made["lines"].push_back(LineJson(line));

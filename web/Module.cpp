@@ -10,6 +10,8 @@
 static_assert(sizeof(vx_error) == 504 && offsetof(vx_error, status) == 4 && offsetof(vx_error, text) == 8);
 static_assert(sizeof(vx_pixels) == 56 && offsetof(vx_pixels, left) == 8 && offsetof(vx_pixels, width) == 40 &&
               offsetof(vx_pixels, top_row) == 48);
+static_assert(sizeof(vx_inks) == 64 && offsetof(vx_inks, left) == 8 && offsetof(vx_inks, width) == 40 &&
+              offsetof(vx_inks, names) == 48 && offsetof(vx_inks, amounts) == 56);
 static_assert(sizeof(vx_option) == 48 && offsetof(vx_option, help) == 24 && offsetof(vx_option, least) == 32);
 static_assert(sizeof(vx_format) == 12);
 static_assert(sizeof(vx_font_entry) == 28 && offsetof(vx_font_entry, face) == 20);

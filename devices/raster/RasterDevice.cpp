@@ -13,15 +13,20 @@
 #include "devices/raster/InkChannels.h"
 #include "devices/raster/Painter.h"
 #include "devices/raster/PlateMixer.h"
+#include "devices/raster/PlateView.h"
 #include "devices/raster/Plates.h"
 #include "devices/raster/PngWriter.h"
+#include "devices/raster/PointProbe.h"
 #include "devices/raster/RowMixer.h"
 #include "devices/raster/Shader.h"
 #include "devices/raster/Stroker.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
+#include <functional>
+#include <map>
 #include <utility>
 
 namespace vxhost
@@ -115,7 +120,8 @@ class RasterDevice : public Device
         clips_.Reset({}); // masks give back to the budget, so they go before it
         glyphs_.Reset(options_.samples, 0, &budget_);
         buffer_.reset();
-        budget_ = MemoryCap(options_.memoryLimit);
+        if (earlier_.empty())
+            budget_ = MemoryCap(options_.memoryLimit);
         if (failure_)
             return;
         const int n = options_.samples;
@@ -257,6 +263,8 @@ class RasterDevice : public Device
         if (!failure_)
             failure_ = WriteRows();
         buffer_.reset();
+        if (failure_)
+            earlier_.clear();
         return failure_;
     }
 
@@ -270,6 +278,7 @@ class RasterDevice : public Device
     std::unique_ptr<ScreenColours> colours_; // null: no colours of a screen are wanted
     InkChannels channels_;
     std::unique_ptr<InkBuffer> buffer_;
+    std::vector<std::unique_ptr<InkBuffer>> earlier_; // of other inks, for which the page was drawn before
 
   private:
     RasterDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, InkChannels channels)
@@ -348,107 +357,19 @@ class RasterDevice : public Device
     std::vector<StrokePoint> points_; // of the subpath being stroked
 };
 
-class PngDevice final : public RasterDevice
+std::vector<std::string> ProcessInks()
+{
+    std::vector<std::string> names;
+    for (const SpotInk &ink : kProcessInks)
+        names.push_back(ink.name);
+    return names;
+}
+
+// Looks at each spot ink that is painted with. A page of more than four inks is drawn several times.
+class SpotsDevice : public RasterDevice
 {
   public:
-    PngDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, ByteSink sink)
-        : RasterDevice(options, std::move(colours)), sink_(std::move(sink))
-    {
-    }
-
-  protected:
-    Failure WriteRows() override
-    {
-        PngHeader header;
-        header.width = size_.width;
-        header.height = size_.height;
-        header.pixels = options_.background ? PngPixels::Rgb : PngPixels::Rgba;
-        header.pixelsPerInchX = size_.width / page_.box.Width() * kPointsPerInch;
-        header.pixelsPerInchY = size_.height / page_.box.Height() * kPointsPerInch;
-        header.title = page_.title;
-        header.profile = colours_->Describe();
-        PngWriter writer(header, sink_);
-        RowMixer mixer(colours_.get(), options_.background, options_.samples);
-        std::vector<uint8_t> row(static_cast<size_t>(size_.width) *
-                                 static_cast<size_t>(mixer.BytesPerPixel()));
-        for (int y = 0; y < size_.height; ++y) {
-            mixer.Mix(*buffer_, y, row.data());
-            writer.WriteRow(row.data());
-        }
-        return writer.End();
-    }
-
-  private:
-    ByteSink sink_;
-};
-
-// Hands its pixels out as a program has them: four bytes each, rows as far apart as it says.
-class PixelsDevice : public RasterDevice
-{
-  public:
-    PixelsDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, const PixelRows &rows)
-        : RasterDevice(options, std::move(colours)), rows_(rows)
-    {
-    }
-
-  protected:
-    Failure WriteRows() override
-    {
-        RowMixer mixer(colours_.get(), options_.background, options_.samples);
-        const auto width = static_cast<size_t>(size_.width),
-                   bytes = static_cast<size_t>(mixer.BytesPerPixel());
-        std::vector<uint8_t> row(width * bytes);
-        for (int y = 0; y < size_.height; ++y) {
-            mixer.Mix(*buffer_, y, row.data());
-            uint8_t *to = rows_.top + y * rows_.stride;
-            for (size_t x = 0; x < width; ++x, to += 4) {
-                to[3] = 255;
-                std::copy_n(row.data() + x * bytes, bytes, to);
-            }
-        }
-        return {};
-    }
-
-    PixelRows rows_; // must be there until the rows are written
-};
-
-class PictureDevice final : public PixelsDevice
-{
-  public:
-    PictureDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, Picture *picture)
-        : PixelsDevice(options, std::move(colours), {}), picture_(picture)
-    {
-    }
-
-  protected:
-    Failure WriteRows() override
-    {
-        const size_t rowBytes = static_cast<size_t>(size_.width) * 4;
-        if (!budget_.Take(rowBytes * static_cast<size_t>(size_.height)))
-            return {FailureKind::OutOfMemory, "the picture does not fit into the memory that it may use"};
-        picture_->width = size_.width;
-        picture_->height = size_.height;
-        picture_->rgba.resize(rowBytes * static_cast<size_t>(size_.height));
-        rows_ = {picture_->rgba.data(), static_cast<ptrdiff_t>(rowBytes)};
-        return PixelsDevice::WriteRows();
-    }
-
-  private:
-    Picture *picture_;
-};
-
-// Draws the page once for four inks. Of the inks of a page nothing is known before it is drawn the first time.
-class PlatesDevice final : public RasterDevice
-{
-  public:
-    PlatesDevice(const RasterOptions &options, std::optional<std::vector<std::string>> spotInks,
-                 std::shared_ptr<PlateSink> sink)
-        : RasterDevice(options, InkChannels(options.overprint, ProcessInks())), inks_(ProcessInks()),
-          sink_(std::move(sink)), isComplete_(spotInks.has_value())
-    {
-        for (const std::string &ink : spotInks.value_or(std::vector<std::string>()))
-            Meet(ink);
-    }
+    using RasterDevice::RasterDevice;
 
     void FillPath(const Path &path, const Paint &paint) override
     {
@@ -472,6 +393,196 @@ class PlatesDevice final : public RasterDevice
                 Look(colour);
         }
         RasterDevice::Shade(shading);
+    }
+
+  protected:
+    virtual void Meet(const SpotInk &ink) = 0;
+
+    // The next four of the inks are drawn with, if there are more.
+    void DrawNext(const std::vector<std::string> &inks, size_t done)
+    {
+        const auto next = inks.begin() + static_cast<ptrdiff_t>(done);
+        const auto count = std::min<ptrdiff_t>(InkChannels::kCount, inks.end() - next);
+        if (count > 0)
+            channels_ = InkChannels(options_.overprint, {next, next + count});
+    }
+
+  private:
+    void Look(const Colour &colour)
+    {
+        for (const SpotShare &share : colour.spots) {
+            if (share.ink != nullptr)
+                Meet(*share.ink);
+        }
+    }
+};
+
+// Shows a page in the colours of a screen: all inks, or those of chosen plates.
+class ScreenDevice : public SpotsDevice
+{
+  public:
+    ScreenDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours)
+        : SpotsDevice(options, std::move(colours))
+    {
+        if (!options.plates)
+            return;
+        for (const std::string &ink : options.plates->inks) {
+            if (std::ranges::find(inks_, ink) == inks_.end())
+                inks_.push_back(ink);
+        }
+        if (inks_.empty())
+            inks_.emplace_back(); // no ink has that name
+        DrawNext(inks_, 0);
+    }
+
+    bool WantsPageAgain() const override { return !earlier_.empty(); }
+
+  protected:
+    using MixRow = std::function<void(int y, uint8_t *bytes)>;
+    virtual Failure WritePicture(const MixRow &mix) = 0;
+
+    int BytesPerPixel() const { return options_.background ? 3 : 4; }
+    std::string Describe() const
+    {
+        return options_.plates && options_.plates->isGray ? "gray, black is a full ink"
+                                                          : colours_->Describe();
+    }
+
+    Failure WriteRows() final
+    {
+        if (options_.plates)
+            return KeepPlates();
+        RowMixer mixer(colours_.get(), options_.background, options_.samples);
+        return WritePicture([&](int y, uint8_t *bytes) { mixer.Mix(*buffer_, y, bytes); });
+    }
+
+  private:
+    void Meet(const SpotInk &ink) override
+    {
+        if (options_.plates)
+            alternates_.try_emplace(ink.name, std::to_array(ink.alternate));
+    }
+
+    Failure KeepPlates()
+    {
+        earlier_.push_back(std::move(buffer_));
+        const size_t done = earlier_.size() * InkChannels::kCount;
+        DrawNext(inks_, std::min(done, inks_.size()));
+        if (done < inks_.size())
+            return {};
+        std::vector<PlateView::Alternate> alternates;
+        for (const std::string &ink : inks_) {
+            const auto process = std::ranges::find(kProcessInks, ink, &SpotInk::name);
+            alternates.push_back(process != std::end(kProcessInks) ? std::to_array(process->alternate)
+                                                                   : alternates_[ink]);
+        }
+        PlateView view(earlier_, std::move(alternates), options_, colours_.get());
+        Failure failure = WritePicture([&](int y, uint8_t *bytes) { view.Mix(y, bytes); });
+        earlier_.clear();
+        DrawNext(inks_, 0);
+        return failure;
+    }
+
+    std::vector<std::string> inks_;                          // of the chosen plates
+    std::map<std::string, PlateView::Alternate> alternates_; // of the spot inks that are painted with
+};
+
+class PngDevice final : public ScreenDevice
+{
+  public:
+    PngDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, ByteSink sink)
+        : ScreenDevice(options, std::move(colours)), sink_(std::move(sink))
+    {
+    }
+
+  protected:
+    Failure WritePicture(const MixRow &mix) override
+    {
+        PngHeader header;
+        header.width = size_.width;
+        header.height = size_.height;
+        header.pixels = options_.background ? PngPixels::Rgb : PngPixels::Rgba;
+        header.pixelsPerInchX = size_.width / page_.box.Width() * kPointsPerInch;
+        header.pixelsPerInchY = size_.height / page_.box.Height() * kPointsPerInch;
+        header.title = page_.title;
+        header.profile = Describe();
+        PngWriter writer(header, sink_);
+        std::vector<uint8_t> row(static_cast<size_t>(size_.width) * static_cast<size_t>(BytesPerPixel()));
+        for (int y = 0; y < size_.height; ++y) {
+            mix(y, row.data());
+            writer.WriteRow(row.data());
+        }
+        return writer.End();
+    }
+
+  private:
+    ByteSink sink_;
+};
+
+// Hands its pixels out as a program has them: four bytes each, rows as far apart as it says.
+class PixelsDevice : public ScreenDevice
+{
+  public:
+    PixelsDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, const PixelRows &rows)
+        : ScreenDevice(options, std::move(colours)), rows_(rows)
+    {
+    }
+
+  protected:
+    Failure WritePicture(const MixRow &mix) override
+    {
+        const auto width = static_cast<size_t>(size_.width), bytes = static_cast<size_t>(BytesPerPixel());
+        std::vector<uint8_t> row(width * bytes);
+        for (int y = 0; y < size_.height; ++y) {
+            mix(y, row.data());
+            uint8_t *to = rows_.top + y * rows_.stride;
+            for (size_t x = 0; x < width; ++x, to += 4) {
+                to[3] = 255;
+                std::copy_n(row.data() + x * bytes, bytes, to);
+            }
+        }
+        return {};
+    }
+
+    PixelRows rows_; // must be there until the rows are written
+};
+
+class PictureDevice final : public PixelsDevice
+{
+  public:
+    PictureDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, Picture *picture)
+        : PixelsDevice(options, std::move(colours), {}), picture_(picture)
+    {
+    }
+
+  protected:
+    Failure WritePicture(const MixRow &mix) override
+    {
+        const size_t rowBytes = static_cast<size_t>(size_.width) * 4;
+        if (!budget_.Take(rowBytes * static_cast<size_t>(size_.height)))
+            return {FailureKind::OutOfMemory, "the picture does not fit into the memory that it may use"};
+        picture_->width = size_.width;
+        picture_->height = size_.height;
+        picture_->rgba.resize(rowBytes * static_cast<size_t>(size_.height));
+        rows_ = {picture_->rgba.data(), static_cast<ptrdiff_t>(rowBytes)};
+        return PixelsDevice::WritePicture(mix);
+    }
+
+  private:
+    Picture *picture_;
+};
+
+// Draws the page once for four inks. Of the inks of a page nothing is known before it is drawn the first time.
+class PlatesDevice final : public SpotsDevice
+{
+  public:
+    PlatesDevice(const RasterOptions &options, std::optional<std::vector<std::string>> spotInks,
+                 std::shared_ptr<PlateSink> sink)
+        : SpotsDevice(options, InkChannels(options.overprint, ProcessInks())), inks_(ProcessInks()),
+          sink_(std::move(sink)), isComplete_(spotInks.has_value())
+    {
+        for (const std::string &ink : spotInks.value_or(std::vector<std::string>()))
+            AddInk(ink);
     }
 
     bool WantsPageAgain() const override { return done_ < inks_.size(); }
@@ -503,41 +614,90 @@ class PlatesDevice final : public RasterDevice
     }
 
   private:
-    static std::vector<std::string> ProcessInks()
-    {
-        std::vector<std::string> names;
-        for (const SpotInk &ink : kProcessInks)
-            names.push_back(ink.name);
-        return names;
-    }
-
-    // The next four inks are drawn with.
     void GoOn()
     {
         isComplete_ = true;
         done_ += channels_.Names().size();
-        const auto next = inks_.begin() + static_cast<ptrdiff_t>(done_);
-        const auto count = std::min<ptrdiff_t>(InkChannels::kCount, inks_.end() - next);
-        if (count > 0)
-            channels_ = InkChannels(options_.overprint, {next, next + count});
+        DrawNext(inks_, done_);
     }
-    void Meet(const std::string &ink)
+    void Meet(const SpotInk &ink) override
+    {
+        if (!isComplete_)
+            AddInk(ink.name);
+    }
+    void AddInk(const std::string &ink)
     {
         if (HasOwnPlate(ink) && std::ranges::find(inks_, ink) == inks_.end())
             inks_.push_back(ink);
     }
-    void Look(const Colour &colour)
-    {
-        for (const SpotShare &share : colour.spots) {
-            if (share.ink != nullptr && !isComplete_)
-                Meet(share.ink->name);
-        }
-    }
-
     std::vector<std::string> inks_; // in the order of their plates
     std::shared_ptr<PlateSink> sink_;
     bool isComplete_; // no more inks are met
     size_t done_ = 0; // of the inks
+};
+
+// A page of one pixel with one sample.
+class ProbedPage final : public RasterDevice
+{
+  public:
+    ProbedPage() : RasterDevice(OfOnePixel(), InkChannels(false)) {}
+
+    // Returns whether what paints changes the pixel. It is given the one of black and white that is farther from it.
+    template <class Action>
+    bool Changes(Action &&paintWith)
+    {
+        const InkWord before = Pixel();
+        Paint paint;
+        paint.colour.ink[0] = before > kHalfBlack ? 1 : 0;
+        paintWith(paint);
+        return Pixel() != before;
+    }
+    bool IsOutOfMemory() const { return budget_.IsExhausted(); }
+
+  protected:
+    Failure WriteRows() override { return {}; }
+
+  private:
+    static constexpr InkWord kHalfBlack = 0x7FFFFFFF;
+
+    static RasterOptions OfOnePixel()
+    {
+        RasterOptions options;
+        options.width = options.height = options.samples = 1;
+        return options;
+    }
+    InkWord Pixel() const
+    {
+        const InkBuffer::Row row = buffer_->ReadRow(0);
+        return row.IsBlank() ? 0 : row.Pixel(0);
+    }
+};
+
+class RasterProbe final : public PointProbe
+{
+  public:
+    RasterProbe(Point at, double within)
+    {
+        Page page;
+        page.box = {at.x - within / 2, at.y - within / 2, at.x + within / 2, at.y + within / 2};
+        page_.BeginPage(page);
+    }
+
+    void Save() override { page_.Save(); }
+    void Restore() override { page_.Restore(); }
+    void ClipPath(const Path &path) override { page_.ClipPath(path); }
+    bool IsFilled(const Path &path) override
+    {
+        return page_.Changes([&](const Paint &paint) { page_.FillPath(path, paint); });
+    }
+    bool IsStroked(const Path &path, const StrokeStyle &style) override
+    {
+        return page_.Changes([&](const Paint &paint) { page_.StrokePath(path, style, paint); });
+    }
+    bool IsOutOfMemory() const override { return page_.IsOutOfMemory(); }
+
+  private:
+    ProbedPage page_;
 };
 
 bool CheckSamples(const RasterOptions &options, std::string *error)
@@ -598,6 +758,11 @@ std::unique_ptr<Device> MakePlatesDevice(const RasterOptions &options,
     if (!CheckSamples(options, error))
         return nullptr;
     return std::make_unique<PlatesDevice>(options, std::move(spotInks), std::move(sink));
+}
+
+std::unique_ptr<PointProbe> PointProbe::Make(Point at, double within)
+{
+    return std::make_unique<RasterProbe>(at, within);
 }
 
 bool HasOwnPlate(const std::string &spotInk)

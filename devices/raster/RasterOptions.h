@@ -6,11 +6,19 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace vxhost
 {
 
 inline constexpr double kMaxSide = 131072; // pixels
+
+// Inks of which alone a picture is made, whatever overprints what: each in its own colour, or as gray, in which black is a full ink.
+struct ChosenPlates {
+    std::vector<std::string> inks; // names; those that nothing is painted with are blank
+    bool isGray = false;
+};
 
 struct RasterOptions : ScreenOptions {
     // The size: fit, if not 0, makes the longer side that many pixels; else width and height, of which one
@@ -19,6 +27,7 @@ struct RasterOptions : ScreenOptions {
     int width = 0, height = 0;
     int fit = 0;
 
+    std::optional<ChosenPlates> plates; // none: all inks, spot inks by what stands in for them
     std::optional<Rgb> background = Rgb{255, 255, 255}; // none: what is not painted is transparent
     bool overprint = true;                              // false: every paint replaces all inks
     int samples = 4;                                    // a side of a pixel: 1, 2, 4 or 8

@@ -22,11 +22,9 @@ class RowMixer
         return background != Rgb{255, 255, 255};
     }
 
-    int BytesPerPixel() const { return background_ ? 3 : 4; }
     void Mix(const InkBuffer &buffer, int y, uint8_t *bytes);
 
   private:
-    uint8_t *Put(uint8_t *bytes, Rgb rgb, unsigned alpha) const;
     uint8_t *MixSamples(const InkBuffer::Row &row, int x, uint8_t *bytes);
 
     ScreenColours *colours_;

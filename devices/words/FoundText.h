@@ -18,7 +18,21 @@ struct TextRun {
     Colour colour;   // of what is filled; where nothing is, of what is stroked
 };
 
-using TextLine = std::vector<TextRun>; // from left to right, or down the column
+// Says where a character stands on the page: the left end of its baseline, or the middle of its upper edge in a column.
+struct TextPlace {
+    Point at;
+    Point along; // to the next character, of length 1
+};
+
+struct TextLine {
+    std::vector<TextRun> runs; // from left to right, or down the column
+    TextPlace start;
+    double length = 0; // from there to the end of the last character, points
+    double height = 0; // of its largest characters, an em
+    bool isColumn = false;
+    std::vector<TextPlace>
+        places; // of each character, on a path, which bends; blanks that are put in have that of what is behind them
+};
 
 struct FoundText {
     TextKind kind = TextKind::Point;

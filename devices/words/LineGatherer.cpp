@@ -129,7 +129,7 @@ void LineGatherer::Add(const GlyphRun &run, const TextPaint &paint)
         line.path = paint.object.path;
         bytes_ += sizeof line;
     } else if (FollowsGap(course, first)) {
-        AddCharacter(U' ', look);
+        AddCharacter(U' ', look, {first.origin, course.along});
     }
     lines_.back().size = std::max(lines_.back().size, look.size);
     spacing_ = 0;
@@ -137,19 +137,24 @@ void LineGatherer::Add(const GlyphRun &run, const TextPaint &paint)
     for (const PlacedGlyph &glyph : run.glyphs) {
         if (!std::exchange(isFirst, false))
             spacing_ = Dot(glyph.origin - end_, course.along);
-        AddCharacter(glyph.character, look);
+        AddCharacter(glyph.character, look, {glyph.origin, course.along});
         // Upright glyphs of Roman text take an em of a column each.
         const double advance = course.isColumn && !run.isColumn ? 1 : glyph.advance;
         end_ = glyph.origin + course.along * (advance * course.em);
+        lines_.back().end = end_;
         if (!IsBlank(glyph.character))
             ExtendBox(run, glyph);
     }
     endDirection_ = course.along;
 }
 
-void LineGatherer::AddCharacter(char32_t character, const TextRun &look)
+void LineGatherer::AddCharacter(char32_t character, const TextRun &look, const TextPlace &place)
 {
     Line &line = lines_.back();
+    if (kind_ == TextKind::Path) {
+        line.places.push_back(place);
+        bytes_ += sizeof place;
+    }
     if (line.runs.empty() || line.runs.back().font != look.font || line.runs.back().size != look.size ||
         line.runs.back().colour != look.colour) {
         line.runs.push_back(look);
@@ -199,6 +204,27 @@ void LineGatherer::SortLines()
     }
 }
 
+TextLine LineGatherer::Finish(Line &&line)
+{
+    constexpr double kAscent = 0.8; // of the em that stands around a character
+    const Course &course = line.course;
+    TextLine text;
+    text.start = {course.start, course.along};
+    if (course.isColumn)
+        text.start.at = course.start - course.along * (kAscent * course.em);
+    text.length = Dot(line.end - course.start, course.along);
+    text.height = line.size;
+    text.isColumn = course.isColumn;
+    if (!line.places.empty()) {
+        text.length = Length(line.end - line.places.back().at);
+        for (size_t i = 1; i < line.places.size(); ++i)
+            text.length += Length(line.places[i].at - line.places[i - 1].at);
+    }
+    text.runs = std::move(line.runs);
+    text.places = std::move(line.places);
+    return text;
+}
+
 FoundText LineGatherer::Take()
 {
     SortLines();
@@ -208,7 +234,7 @@ FoundText LineGatherer::Take()
     text.unknownCharacters = unknown_;
     for (Line &line : lines_) {
         if (!line.isBlank)
-            text.lines.push_back(std::move(line.runs));
+            text.lines.push_back(Finish(std::move(line)));
     }
     *this = {};
     return text;

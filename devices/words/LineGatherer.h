@@ -32,7 +32,9 @@ class LineGatherer
         Point start; // on the line, or on the axis of the column
     };
     struct Line {
-        TextLine runs;
+        std::vector<TextRun> runs;
+        std::vector<TextPlace> places; // of its characters, on a path
+        Point end;                     // behind the last
         Course course;
         Course asColumn;   // what its course is if its first character turns out to be the first of a column
         double size = 0;   // of its largest characters
@@ -45,7 +47,8 @@ class LineGatherer
     bool IsOnLine(const Course &line, const Course &course, double size) const;
     bool FindCourse(const GlyphRun &run, const TextPaint &paint, double size, Course *course);
     bool FollowsGap(const Course &course, const PlacedGlyph &first) const;
-    void AddCharacter(char32_t character, const TextRun &look);
+    void AddCharacter(char32_t character, const TextRun &look, const TextPlace &place);
+    static TextLine Finish(Line &&line);
     void ExtendBox(const GlyphRun &run, const PlacedGlyph &glyph);
     void SortLines();
 

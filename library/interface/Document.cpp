@@ -3,6 +3,7 @@
 
 #include "host/reading/Utf8.h"
 #include "library/FactsJson.h"
+#include "library/Objects.h"
 #include "library/Words.h"
 #include "library/interface/Calls.h"
 #include "library/interface/DocumentCall.h"
@@ -10,6 +11,8 @@
 #include "library/interface/Pass.h"
 #include "library/interface/System.h"
 #include "library/interface/Telling.h"
+
+#include <cmath>
 
 using namespace vxhost;
 
@@ -151,6 +154,26 @@ vx_status vx_document_texts(vx_document *document, vx_text found, void *context,
         (void)RunPass(
             document, nullptr, [&](Reading &reading, const Watch &) { return ReadWords(reading, tell); },
             true);
+    });
+}
+
+vx_status vx_document_object_at(vx_document *document, double x, double y, double within, const char **json,
+                                vx_error *error)
+{
+    return DocumentCall(document, error, [&] {
+        CheckThere(json, "json");
+        *json = nullptr;
+        if (!std::isfinite(x) || !std::isfinite(y) || !(within > 0) || !std::isfinite(within))
+            throw CallError(VX_WRONG_ARGUMENT,
+                            "there is no such point: give x, y and within in points, within above 0");
+        nlohmann::ordered_json object;
+        (void)RunPass(document, nullptr, [&](Reading &reading, const Watch &) {
+            return FindObject(reading, {x, y}, within, &object);
+        });
+        if (object.is_null())
+            return;
+        document->object = JsonLine(object);
+        *json = document->object.c_str();
     });
 }
 

@@ -5,6 +5,7 @@
 #include "library/interface/Pass.h"
 #include "library/interface/Telling.h"
 
+#include "devices/raster/Plates.h"
 #include "devices/raster/RasterDevice.h"
 
 #include <algorithm>
@@ -37,7 +38,9 @@ void Render(vx_document *document, const Format &format, WrittenBytes *written)
     written->HandOver();
 }
 
-Page PageOf(vx_document *document, const vx_pixels &pixels)
+// Each of the following is for a record of pixels, of whatever kind.
+template <class Pixels>
+Page PageOf(vx_document *document, const Pixels &pixels)
 {
     Page page;
     const Box &box = page.box = Box{pixels.left, pixels.bottom, pixels.right, pixels.top}.Upright();
@@ -49,11 +52,28 @@ Page PageOf(vx_document *document, const vx_pixels &pixels)
     return page;
 }
 
-void DrawPixels(vx_document *document, const vx_pixels &pixels)
+template <class Pixels>
+void CheckSides(const Pixels &pixels)
 {
     if (pixels.width < 1 || pixels.height < 1 || pixels.width > kMaxSide || pixels.height > kMaxSide)
         throw CallError(VX_WRONG_ARGUMENT, "the pixels are " + std::to_string(pixels.width) + " by " +
                                                std::to_string(pixels.height) + ": give 1 to 131072 of each");
+}
+
+template <class Pixels>
+RasterOptions OptionsOf(vx_document *document, const Pixels &pixels, const Page &page)
+{
+    RasterOptions options = document->settings.png;
+    options.fit = 0;
+    options.width = pixels.width;
+    options.height = pixels.height;
+    CheckFailure(FindPictureSize(page.box, options).failure);
+    return options;
+}
+
+void DrawPixels(vx_document *document, const vx_pixels &pixels)
+{
+    CheckSides(pixels);
     CheckThere(pixels.top_row, "top_row");
     const ptrdiff_t rowBytes = ptrdiff_t{4} * pixels.width;
     if (pixels.stride < rowBytes && pixels.stride > -rowBytes)
@@ -61,14 +81,28 @@ void DrawPixels(vx_document *document, const vx_pixels &pixels)
                                                ", a row takes " + std::to_string(rowBytes) +
                                                " bytes: leave room for it");
     const Page page = PageOf(document, pixels);
-    RasterOptions options = document->settings.png;
-    options.fit = 0;
-    options.width = pixels.width;
-    options.height = pixels.height;
-    CheckFailure(FindPictureSize(page.box, options).failure);
     std::string error;
-    const auto device = MakePixelsDevice(options, {pixels.top_row, pixels.stride}, &error);
+    const auto device =
+        MakePixelsDevice(OptionsOf(document, pixels, page), {pixels.top_row, pixels.stride}, &error);
     DrawPass(document, page, &CheckMade(device, error), nullptr);
+}
+
+void DrawInks(vx_document *document, vx_inks *inks)
+{
+    CheckSides(*inks);
+    const Page page = PageOf(document, *inks);
+    const RasterOptions options = OptionsOf(document, *inks, page);
+    const auto pixels = std::make_shared<InkPixels>(options.memoryLimit);
+    std::string error;
+    const auto device = MakePlatesDevice(options, std::nullopt, pixels, &error);
+    DrawPass(document, page, &CheckMade(device, error), nullptr);
+    document->inks = pixels;
+    document->inkNames.clear();
+    for (const std::string &name : pixels->Inks())
+        document->inkNames.push_back(name.c_str());
+    inks->names = document->inkNames.data();
+    inks->ink_count = document->inkNames.size();
+    inks->amounts = pixels->Bytes().data();
 }
 
 // Returns the record as this version has it: procedures beyond the caller's size are null.
@@ -104,6 +138,15 @@ vx_status vx_document_pixels(vx_document *document, const vx_pixels *pixels, vx_
         CheckThere(pixels, "pixels");
         CheckSize(pixels->size, sizeof *pixels, "vx_pixels");
         DrawPixels(document, *pixels);
+    });
+}
+
+vx_status vx_document_inks(vx_document *document, vx_inks *inks, vx_error *error)
+{
+    return DocumentCall(document, error, [&] {
+        CheckThere(inks, "inks");
+        CheckSize(inks->size, sizeof *inks, "vx_inks");
+        DrawInks(document, inks);
     });
 }
 

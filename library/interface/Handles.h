@@ -1,6 +1,7 @@
 // The objects behind the handles of vx.h.
 #pragma once
 
+#include "devices/raster/InkPixels.h"
 #include "host/Document.h"
 #include "host/fonts/FontconfigFonts.h"
 #include "host/reading/Reading.h"
@@ -76,6 +77,9 @@ struct vx_document {
 
     // The caller was given these last, and they stay until the next call.
     std::string json;
+    std::string object;
+    std::shared_ptr<const vxhost::InkPixels> inks;
+    std::vector<const char *> inkNames;
     std::vector<std::string> warnings;
     std::vector<UsedFont> fonts;
 

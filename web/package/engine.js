@@ -3,10 +3,11 @@
 import { VxError, codeOf } from './errors.js';
 
 // The interface of vx.h, and what its records look like in the module.
-const INTERFACE = 1;
+const INTERFACE = 2;
 const ERROR_SIZE = 504;
 const ERROR_TEXT = 8;
 const PIXELS_SIZE = 56;
+const INKS_SIZE = 64;
 const OPTION_SIZE = 48;
 const FORMAT_SIZE = 12;
 const FONT_SIZE = 28;
@@ -20,11 +21,12 @@ export const MOST_MEMORY = 2 ** 31;
 const encoder = new TextEncoder();
 const decoder = new TextDecoder();
 
-// "dpi: 300" as the library takes it: true is "yes", and of several values a list is made.
+// "dpi: 300" as the library takes it: true is "yes", and of several values a list is made; no value at all is "none".
 function textOf(value) {
     if (value === true) return 'yes';
     if (value === false) return 'no';
-    return Array.isArray(value) ? value.join(',') : String(value);
+    if (!Array.isArray(value)) return String(value);
+    return value.map((one) => String(one).replace(/[\\,]/g, '\\$&')).join(',') || 'none';
 }
 
 export class Engine {
@@ -183,14 +185,10 @@ export class Engine {
             const size = this.#sizeOf(document, box, width, height);
             const stride = size.width * 4;
             const pixels = this.#allocate(stride * size.height);
-            const record = this.#allocate(PIXELS_SIZE);
+            const record = this.#pixelRecord(PIXELS_SIZE, box, size);
             try {
                 this.#bytes(pixels, stride * size.height).fill(0);
                 const view = this.#view();
-                view.setUint32(record, PIXELS_SIZE, true);
-                [0, 1, 2, 3].forEach((i) => view.setFloat64(record + 8 + 8 * i, box === undefined ? 0 : box[i], true));
-                view.setInt32(record + 40, size.width, true);
-                view.setInt32(record + 44, size.height, true);
                 view.setUint32(record + 48, pixels, true);
                 view.setInt32(record + 52, stride, true);
                 this.#check(this.#exports.vx_document_pixels(document, record, this.#error));
@@ -200,6 +198,32 @@ export class Engine {
                 this.#exports.free(pixels);
             }
         });
+    }
+
+    // How much of each ink the pixels of such a picture have: the inks of a pixel beside each other, a byte each.
+    inkPixels(key, { box, width, height }, options, onProgress) {
+        return this.#read(key, options, onProgress, (document) => {
+            const size = this.#sizeOf(document, box, width, height);
+            const record = this.#pixelRecord(INKS_SIZE, box, size);
+            try {
+                this.#check(this.#exports.vx_document_inks(document, record, this.#error));
+                const view = this.#view();
+                const names = view.getUint32(record + 48, true);
+                const count = view.getUint32(record + 52, true);
+                const inks = Array.from({ length: count }, (_, i) => this.#textOf(names, 4 * i));
+                const data = this.#bytes(view.getUint32(record + 56, true), size.width * size.height * count).slice();
+                return { ...size, inks, data };
+            } finally {
+                this.#exports.free(record);
+            }
+        });
+    }
+
+    // As JSON; empty where there is paper.
+    objectAt(key, { x, y, within }, options, onProgress) {
+        return this.#read(key, options, onProgress, (document) =>
+            this.#textAt(this.#pointerFrom((to) =>
+                this.#exports.vx_document_object_at(document, x, y, within, to, this.#error))));
     }
 
     // The last call about the document had this to tell beside its result.
@@ -214,7 +238,7 @@ export class Engine {
         const set = [];
         try {
             for (const [name, value] of Object.entries(options)) {
-                if (value === undefined || value === null) continue;
+                if (value === undefined || value === null || (name === 'hide' && value.length === 0)) continue;
                 this.#set(document, name, textOf(value));
                 set.push(name);
             }
@@ -252,6 +276,17 @@ export class Engine {
             if (width !== undefined) this.#set(document, 'width', null);
             this.#exports.free(to);
         }
+    }
+
+    // What records of pixels have in common.
+    #pixelRecord(bytes, box = [0, 0, 0, 0], { width, height }) {
+        const record = this.#allocate(bytes);
+        const view = this.#view();
+        view.setUint32(record, bytes, true);
+        [0, 1, 2, 3].forEach((i) => view.setFloat64(record + 8 + 8 * i, box[i], true));
+        view.setInt32(record + 40, width, true);
+        view.setInt32(record + 44, height, true);
+        return record;
     }
 
     // The library for documents that are opened now.

@@ -31,12 +31,59 @@ export interface RenderCall extends CallWithOptions {
     format: 'pdf' | 'svg' | 'png' | 'tiff';
 }
 
+/** With `plates: ['Cyan', 'Gold']` a picture shows what these inks alone print, in their colours, or with 'plate-colours': 'gray' in gray. */
 export interface PictureCall extends CallWithOptions {
     box?: Box;
     width?: number;
     height?: number;
     /** Whether it is to be an ImageBitmap. */
     bitmap?: boolean;
+}
+
+/** How much of each ink the pixels of a box have. */
+export interface InkPixels {
+    width: number;
+    height: number;
+    /** Cyan, Magenta, Yellow, Black, and each spot ink that the drawing paints with. */
+    inks: string[];
+    /** Of pixel x, y the byte at (y * width + x) * inks.length + i is that of inks[i]: 0 none, 255 full. Rows begin at the top. */
+    data: Uint8Array;
+}
+
+export interface ObjectCall extends CallWithOptions {
+    /** Points: lines that are thinner are found as if they were as wide as that (0.25). */
+    within?: number;
+}
+
+/** Amounts are from 0 to 1. Gray is light: 0 is black. */
+export interface Colour {
+    gray?: number;
+    /** Of a spot ink: what stands in for it. */
+    cmyk?: [number, number, number, number];
+    spot?: string;
+    amount?: number;
+    /** The other one of a blend of two spot inks. */
+    spot2?: string;
+    amount2?: number;
+}
+
+export interface PaintedObject {
+    kind: 'fill' | 'stroke' | 'text' | 'blend';
+    /** Of a blend it is that at the point. */
+    colour: Colour;
+    overprint: boolean;
+    /** The innermost one; null: it is in none. */
+    layer: string | null;
+    printing: boolean;
+    /** Around what the clip leaves of it. */
+    box: Box;
+    /** Of a stroke, points; 0 is the thinnest line that can be seen. */
+    width?: number;
+    /** Of a text: the characters that look the same, the fonts asked for and served, and the size in points. */
+    text?: string;
+    font?: string;
+    served?: string;
+    size?: number;
 }
 
 export interface OpenCall extends Call {
@@ -91,9 +138,29 @@ export interface Info {
     [member: string]: unknown;
 }
 
+export interface TextLine {
+    text: string;
+    /** The left end of the baseline of its first character; of a column the middle of its upper edge. */
+    origin: [number, number];
+    /** To the next character: degrees against the clock, from the right. */
+    angle: number;
+    /** From the origin to the end of the last character, and an em of its largest characters, in points. */
+    length: number;
+    height: number;
+    vertical: boolean;
+    /** On a path, of each character: x, y and its angle. */
+    places?: [number, number, number][];
+    runs: { text: string; font: string; served: string; size: number; colour: Colour }[];
+}
+
 export interface Text {
     /** The lines, each with a line end behind it. */
     text: string;
+    kind: 'point' | 'path' | 'area';
+    layer: string | null;
+    printing: boolean;
+    box: Box;
+    lines: TextLine[];
     [member: string]: unknown;
 }
 
@@ -117,6 +184,9 @@ export class Drawing {
     render(call: RenderCall): Promise<Uint8Array>;
     picture(call: PictureCall & { bitmap: true }): Promise<ImageBitmap>;
     picture(call?: PictureCall): Promise<ImageData | Picture>;
+    inkPixels(call?: PictureCall): Promise<InkPixels>;
+    /** The topmost object at a point, in the coordinates of the document's box; null: paper. */
+    objectAt(x: number, y: number, call?: ObjectCall): Promise<PaintedObject | null>;
     text(call?: CallWithOptions): Promise<Text[]>;
     /** The same with what is known of a text as JSON. */
     rawText(call?: CallWithOptions): Promise<{ lines: string; json: string }[]>;

@@ -270,6 +270,18 @@ export function makeApi(platform) {
             return bitmap ? createImageBitmap(image) : image;
         }
 
+        // How much of each ink the pixels of a box have: of pixel x, y the byte at (y * width + x) * inks.length + i of data is
+        // that of inks[i], from 0 to 255.
+        async inkPixels({ box, width, height, signal, timeout, onProgress, ...options } = {}) {
+            return this.#ask('inkPixels', [{ box, width, height }], options, { signal, timeout, onProgress });
+        }
+
+        // The topmost object at a point of the page; null where there is paper.
+        async objectAt(x, y, { within = 0.25, signal, timeout, onProgress, ...options } = {}) {
+            const json = await this.#ask('objectAt', [{ x, y, within }], options, { signal, timeout, onProgress });
+            return json === '' ? null : JSON.parse(json);
+        }
+
         async close() {
             if (this.#bytes === undefined) return;
             this.#bytes = undefined;

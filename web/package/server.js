@@ -38,7 +38,9 @@ export class Server {
             case 'info':
             case 'render':
             case 'texts':
-            case 'picture': {
+            case 'picture':
+            case 'inkPixels':
+            case 'objectAt': {
                 const result = await this.#withFonts(() => engine[method](...args, onProgress));
                 return { result, warnings: engine.warnings(args[0]) };
             }
