@@ -56,7 +56,8 @@ Status View(int argc, char **argv, Messages *messages)
     (void)EnterSandbox(FileRules(), CallRules(SystemCalls::OfServing));
     if (server.Serve(browser ? &*browser : nullptr, messages))
         return worst;
-    messages->Error("", "no browser has opened the page: open the address in one, with --no-browser");
+    messages->Error(
+        "", "no browser has opened the page: run it with --no-browser, and open the address that it prints");
     return Worst(worst, Status::OutputFailed);
 }
 

@@ -306,6 +306,16 @@ class Ends(ViewTest):
                 self.assertEqual(self.end(process), "")
 
 
+@unittest.skipUnless(os.environ.get("VX_SLOW"), "it takes minutes: ./check --slow does it")
+class Patience(ViewTest):
+    def test_a_browser_that_opens_no_page_is_told_in_the_end(self):
+        process, port, path = self.view("a.vx", browser="true")
+        self.get(port, path)  # as a program would that is no browser
+        _, told = process.communicate(timeout=1000)
+        self.assertEqual((process.returncode, told.decode()),
+                         (4, "vx: no browser has opened the page: run it with --no-browser, and open the address that it prints\n"))
+
+
 class Mistakes(ViewTest):
     def test_what_is_no_drawing(self):
         self.write("text.vx", b"words\n")
