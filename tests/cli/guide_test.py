@@ -10,6 +10,18 @@ import unittest
 SOURCE, BUILD = os.environ["VX_SOURCE_DIR"], os.environ["VX_BUILD_DIR"]
 GAP = "…"  # stands for the rest of a line, or alone on one for any lines
 
+# Loads the page that it is told to, as a browser does, and closes it.
+BROWSER = """#!/usr/bin/env python3
+import sys
+import urllib.request
+
+page = sys.argv[1].partition("?")[0]
+with urllib.request.urlopen(page):
+    pass
+with urllib.request.urlopen(page + "alive") as alive:
+    alive.readline()
+"""
+
 # A fenced part of the page: "console" with the exit status of its last command, or a program.
 PART = re.compile(r"^```(console|python)(?: status=(\d+))?\n(.*?)^```$", re.MULTILINE | re.DOTALL)
 
@@ -28,8 +40,15 @@ class Guide(unittest.TestCase):
         subprocess.run(["cmake", "--install", BUILD, "--prefix", cls.prefix], check=True, capture_output=True)
         cls.work = os.path.join(cls.folder, "work")
         shutil.copytree(os.path.join(SOURCE, "samples"), os.path.join(cls.work, "samples"))
+        viewer, browser = os.path.join(cls.folder, "viewer"), os.path.join(cls.folder, "browser")
+        os.mkdir(viewer)
+        for path, text in ((os.path.join(viewer, "index.html"), "<!doctype html>"), (browser, BROWSER)):
+            with open(path, "w", encoding="utf-8") as file:
+                file.write(text)
+        os.chmod(browser, 0o755)
         cls.environment = {**os.environ, "PATH": f"{cls.prefix}/bin:/usr/bin:/bin", "LD_LIBRARY_PATH": "", "LC_ALL": "C.UTF-8",
-                           "PYTHONPATH": f"{cls.prefix}/lib/python3/dist-packages", "PYTHONDONTWRITEBYTECODE": "1"}
+                           "PYTHONPATH": f"{cls.prefix}/lib/python3/dist-packages", "PYTHONDONTWRITEBYTECODE": "1",
+                           "VX_VIEWER": viewer, "BROWSER": browser}
         with open(os.path.join(SOURCE, "docs", "guide.md"), encoding="utf-8") as page:
             cls.page = page.read()
 
