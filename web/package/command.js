@@ -37,7 +37,7 @@ of each ink.
       --version          print the version
   -h, --help             this text, and the options of drawings:
 `;
-const ELSEWHERE = ['coverage', 'trace', 'batch', 'verify'];
+const ELSEWHERE = ['coverage', 'trace', 'batch', 'verify', 'diff', 'view'];
 const SHORT = { o: 'output', f: 'format', b: 'background', r: 'dpi', z: 'zoom', q: 'quiet', h: 'help' };
 const FLAGS = ['json', 'no-mkdir', 'force', 'no-bundled-fonts', 'strict', 'quiet', 'version', 'help', 'salvage'];
 const OWN = ['output', 'format', 'limits', 'html', 'font-dir', ...FLAGS];
