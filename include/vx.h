@@ -31,8 +31,8 @@
  *             and returns VX_STOPPED. In it, too, calls with the document at work return VX_BUSY. It may not free the
  *             document, nor leave by longjmp or an exception.
  * Limits      "max-time" is looked at when the document goes on to its next line, when a shape is painted and while a packed
- *             document is unpacked, which opening it does, with the limits that hold where none are set. One enormous shape
- *             may take longer. "max-memory" counts what is unpacked, the paths, the saved states and the inks of a picture,
+ *             document is unpacked, which opening it does, with the limits that hold where none are set; where these are
+ *             quick, at one in 32. One enormous shape may take longer. "max-memory" counts what is unpacked, the paths, the saved states and the inks of a picture,
  *             and what the interpreter holds, each against the limit; what the libraries for fonts, colours and compression
  *             allocate for themselves is not counted. "max-output" counts the bytes that a vx_write is given.
  *             A program that opens drawings of strangers, and has to survive the worst, calls vx_render_isolated: there the

@@ -218,9 +218,9 @@ class Document:
             within   points: lines that are thinner are found as if they were as wide as that
             options  those of texts
 
-        >>> found = vx.open("harp.vx").object_at(280, 150)
-        >>> found.kind, found.colour.gray
-        ('fill', 0.0)
+        >>> found = vx.open("harp.vx").object_at(280, 80)
+        >>> found.kind, [round(ink, 2) for ink in found.colour.cmyk]
+        ('fill', [0.21, 0.51, 0.79, 0.0])
         """
         check_meant_for_texts(options)
         text = ffi.new("const char **")
@@ -277,7 +277,7 @@ class Document:
             heat_map  whether to make a PNG of where there is how much
 
         >>> vx.open("harp.vx").coverage(dpi=72).most
-        1.0
+        2.2627
         """
         check_meant(options, "tiff")
         pieces: list[bytes] = []
