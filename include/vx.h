@@ -31,8 +31,8 @@
  *             and returns VX_STOPPED. In it, too, calls with the document at work return VX_BUSY. It may not free the
  *             document, nor leave by longjmp or an exception.
  * Limits      "max-time" is looked at when the document goes on to its next line, when a shape is painted and while a packed
- *             document is unpacked, which opening it does, with the limits that hold where none are set. One enormous shape
- *             may take longer. "max-memory" counts what is unpacked, the paths, the saved states and the inks of a picture,
+ *             document is unpacked, which opening it does, with the limits that hold where none are set; where these are
+ *             quick, at one in 32. One enormous shape may take longer. "max-memory" counts what is unpacked, the paths, the saved states and the inks of a picture,
  *             and what the interpreter holds, each against the limit; what the libraries for fonts, colours and compression
  *             allocate for themselves is not counted. "max-output" counts the bytes that a vx_write is given.
  *             A program that opens drawings of strangers, and has to survive the worst, calls vx_render_isolated: there the
@@ -231,8 +231,17 @@ vx_status vx_document_texts(vx_document *document, vx_text found, void *context,
  *
  *   x, y    points, in the coordinates of the document's box
  *   within  points, above 0: lines that are thinner are found as if they were as wide as that
- *   json    receives an object that says the kind, "fill", "stroke", "text" or "blend", with what it is painted with and where, as
- *           docs/objects.md describes it, valid until the next such call; null where there is paper
+ *   json    receives one JSON object, valid until the next such call; null where there is paper. Its members:
+ *             kind       "fill", "stroke", "text" or "blend"
+ *             colour     as `vx text --json` has colours, of a blend that at the point; "spot2" and "amount2" are the other of
+ *                        two spot inks
+ *             overprint  whether it leaves the inks that it has none of
+ *             layer      the name of the innermost layer, or null
+ *             printing   whether that layer prints
+ *             box        left, bottom, right and top of what its clip leaves of it, in points
+ *             width      of a stroke, in points; 0: the thinnest line that can be seen
+ *             text, font, served, size   of a text: the characters that look the same, their font as asked for and as served, and
+ *                        the height of an em in points
  */
 vx_status vx_document_object_at(vx_document *document, double x, double y, double within, const char **json,
                                 vx_error *error);
@@ -272,12 +281,11 @@ typedef struct vx_inks {
     size_t size;                     /* sizeof(vx_inks), set by the caller */
     double left, bottom, right, top; /* what is shown, points; all 0: what the options say */
     int32_t width, height;           /* pixels, 1 to 131072; at most 2^28 in all */
-    /* These are filled in, and valid until the next such call. */
-    const char *const
-        *names; /* Cyan, Magenta, Yellow, Black, and each spot ink that the drawing paints with */
+    /* These are filled in, and valid until the next such call. Amounts stand from the uppermost row, the inks of a pixel
+       beside each other: 0 none, 255 full. */
+    const char *const *names; /* Cyan, Magenta, Yellow, Black, and each spot ink that is painted with */
     size_t ink_count;
-    const uint8_t
-        *amounts; /* from the uppermost row, the inks of a pixel beside each other: 0 none, 255 full */
+    const uint8_t *amounts;
 } vx_inks;
 vx_status vx_document_inks(vx_document *document, vx_inks *inks, vx_error *error);
 

@@ -75,8 +75,10 @@ VX_EXPORT vx_status vx_web_texts(vx_document *document, vx_error *error)
     return vx_document_texts(document, found, nullptr, error);
 }
 
-VX_EXPORT vx_status vx_web_tell_progress(vx_document *document, vx_error *error)
+VX_EXPORT vx_status vx_web_tell_progress(vx_document *document, int is_told, vx_error *error)
 {
+    if (is_told == 0)
+        return vx_document_set_progress(document, nullptr, nullptr, error);
     const auto progress = [](void *, int64_t done, int64_t total) {
         return vx_web_progress(static_cast<double>(done), static_cast<double>(total));
     };

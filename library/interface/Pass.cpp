@@ -94,8 +94,13 @@ void Keep(const Outcome &outcome, vx_document *document)
 void Watch::CheckTime() const
 {
     const double most = document_.settings.seconds;
-    if (most > 0 && std::chrono::duration<double>(Clock::now() - start_).count() > most)
+    if (most <= 0 || !pause_.IsOver())
+        return;
+    const Clock::time_point now = Clock::now();
+    if (std::chrono::duration<double>(now - start_).count() > most)
         ThrowOutOfTime(document_.settings);
+    pause_.Begin(now - looked_);
+    looked_ = now;
 }
 
 void Watch::CheckProgress(int64_t done, int64_t total) const

@@ -2,6 +2,7 @@
 // the caller is told afterwards.
 #pragma once
 
+#include "library/interface/ClockPause.h"
 #include "library/interface/Handles.h"
 
 #include <chrono>
@@ -24,6 +25,8 @@ class Watch
     using Clock = std::chrono::steady_clock;
     const vx_document &document_;
     const Clock::time_point start_ = Clock::now();
+    mutable Clock::time_point looked_ = start_;
+    mutable ClockPause pause_;
 };
 
 // Hands bytes to the caller's vx_write, and keeps why that came to an end.

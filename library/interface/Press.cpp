@@ -25,8 +25,17 @@ class TakenPlate
     TakenPlate(const TakenPlate &) = delete;
     TakenPlate &operator=(const TakenPlate &) = delete;
 
-    ByteSinks Sinks() { return written_.Sinks(false); }
-    void Check() const { written_.Check(); }
+    // A plate that becomes too long ends the call.
+    ByteSinks Sinks()
+    {
+        ByteSinks sinks = written_.Sinks(false);
+        sinks.add = [this, add = std::move(sinks.add)](std::span<const std::byte> bytes) {
+            Failure failure = add(bytes);
+            written_.Check();
+            return failure;
+        };
+        return sinks;
+    }
     void HandOver() { written_.HandOver(); }
 
   private:
@@ -72,8 +81,6 @@ void MakePlates(vx_document *document, PlateFormat format, vx_plate take, void *
         return plates.emplace_back(take, context, ink, MostOutputOf(*document)).Sinks();
     };
     DrawPlates(document, std::make_shared<PlateFiles>(format, add));
-    for (const TakenPlate &plate : plates)
-        plate.Check();
     for (TakenPlate &plate : plates)
         plate.HandOver();
 }

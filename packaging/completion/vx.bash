@@ -6,7 +6,7 @@ _vx()
     local every='--plugin --max-time --max-memory --max-output --progress --font-dir --font-map --no-system-fonts --missing-fonts
         --script --date-order --salvage --require-sandbox --strict --quiet --verbose --help'
     local picture='--output --format --dpi --zoom --width --height --fit --background --box --page --margin --bleed --marks --layers --hide --profile
-        --intent --overprint --samples --text --spots --pdf-x --pdf-a --date --compress'
+        --intent --overprint --samples --text --spots --plates --plate-colours --pdf-x --pdf-a --date --compress'
     local sheet='--dpi --zoom --width --height --fit --box --page --margin --bleed --layers --hide --overprint --samples'
     local words= files=-f
 
@@ -30,6 +30,8 @@ _vx()
     --samples) words='1 2 4 8' files= ;;
     --text) words='text outlines editable' files= ;;
     --spots) words='keep process' files= ;;
+    --plates) words='all none Cyan Magenta Yellow Black' files= ;;
+    --plate-colours) words='inks gray' files= ;;
     --layers) words='printing all' files= ;;
     --hide) files= ;;
     --pdf-x) words='x1a x3 x4 none' files= ;;

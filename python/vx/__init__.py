@@ -32,11 +32,13 @@ from vx._isolated import render_isolated as _render_isolated
 from vx._libvx import lib as _lib, text_of as _text_of
 from vx._library import Font, Library, shared_library as _shared_library
 from vx._picture import Picture
+from vx._press import Check, Coverage, Finding, InkPixels, Limits, PaintedObject
 from vx._text import Text, TextColour, TextLine, TextRun
 
 __all__ = [
     "open", "render_isolated", "formats", "options", "library_options", "Library", "Document", "Picture", "Header", "Info", "FontUse", "FontFile",
-    "Uses", "Layer", "Ink", "Problem", "Text", "TextLine", "TextRun", "TextColour", "Font", "Format", "Option", "Box", "Progress", "Value", *_errors.__all__,
+    "Uses", "Layer", "Ink", "Problem", "Text", "TextLine", "TextRun", "TextColour", "InkPixels", "PaintedObject",
+    "Coverage", "Check", "Finding", "Limits", "Font", "Format", "Option", "Box", "Progress", "Value", *_errors.__all__,
 ]
 
 __version__: str = _text_of(_lib.vx_version())

@@ -1,7 +1,7 @@
 """Repeats the declarations of vx.h, without its comments. A test compares the two: paste here what changes there."""
 
 DECLARATIONS = """
-#define VX_INTERFACE 1
+#define VX_INTERFACE 2
 
 typedef struct vx_library vx_library;
 typedef struct vx_document vx_document;
@@ -103,6 +103,9 @@ vx_status vx_document_json(vx_document *document, const char **json, vx_error *e
 typedef int (*vx_text)(void *context, const char *lines, const char *json);
 vx_status vx_document_texts(vx_document *document, vx_text found, void *context, vx_error *error);
 
+vx_status vx_document_object_at(vx_document *document, double x, double y, double within, const char **json,
+                                vx_error *error);
+
 typedef int (*vx_progress)(void *context, int64_t done, int64_t total);
 vx_status vx_document_set_progress(vx_document *document, vx_progress procedure, void *context,
                                    vx_error *error);
@@ -119,6 +122,34 @@ typedef struct vx_pixels {
     ptrdiff_t stride;
 } vx_pixels;
 vx_status vx_document_pixels(vx_document *document, const vx_pixels *pixels, vx_error *error);
+
+typedef struct vx_inks {
+    size_t size;
+    double left, bottom, right, top;
+    int32_t width, height;
+    const char *const *names;
+    size_t ink_count;
+    const uint8_t *amounts;
+} vx_inks;
+vx_status vx_document_inks(vx_document *document, vx_inks *inks, vx_error *error);
+
+typedef int (*vx_plate)(void *context, const char *ink, const void *bytes, size_t size);
+vx_status vx_document_plates(vx_document *document, const char *format, vx_plate take, void *context,
+                             vx_error *error);
+
+vx_status vx_document_coverage(vx_document *document, double limit, const char **json, vx_write heat_map,
+                               void *context, vx_error *error);
+
+typedef struct vx_check {
+    size_t size;
+    const char *name;
+    const char *limits;
+    vx_write page;
+    void *context;
+    const char *text;
+    const char *json;
+} vx_check;
+vx_status vx_document_check(vx_document *document, vx_check *check, vx_error *error);
 
 vx_status vx_document_size(vx_document *document, int32_t *width, int32_t *height, vx_error *error);
 

@@ -17,6 +17,8 @@ from vx._file import write_whole
 from vx._info import FontUse, Header, Info, read_info
 from vx._libvx import call, ffi, lib, record, text_of
 from vx._picture import Picture
+from vx._press import (Check, Coverage, InkPixels, Limits, PaintedObject, limits_text, read_check, read_coverage,
+                       read_object)
 from vx._text import Text, read_text
 
 # Is called with the bytes that were read and the bytes that there are.
@@ -209,6 +211,111 @@ class Document:
         self._warn(told)
         return tuple(found)
 
+    def object_at(self, x: float, y: float, *, within: float = 0.25, progress: Optional[Progress] = None,
+                  **options: Value) -> Optional[PaintedObject]:
+        """The topmost object at a point, in points as the drawing's own box; None: paper. Nothing is drawn.
+
+            within   points: lines that are thinner are found as if they were as wide as that
+            options  those of texts
+
+        >>> found = vx.open("harp.vx").object_at(280, 80)
+        >>> found.kind, [round(ink, 2) for ink in found.colour.cmyk]
+        ('fill', [0.21, 0.51, 0.79, 0.0])
+        """
+        check_meant_for_texts(options)
+        text = ffi.new("const char **")
+        with self._at_work(options) as handle:
+            told = self._read(Callbacks(), progress, lib.vx_document_object_at, handle, float(x), float(y), float(within), text)
+            found = None if text[0] == ffi.NULL else read_object(text_of(text[0]))
+        self._warn(told)
+        return found
+
+    # ---- What a press makes of it; options are those of a picture's size, layers, overprint and samples ----
+
+    def ink_pixels(self, *, progress: Optional[Progress] = None, **options: Value) -> InkPixels:
+        """How much of each ink the pixels of a picture have.
+
+        >>> vx.open("harp.vx").ink_pixels(width=144)
+        <vx.InkPixels of 144 by 75 pixels, Cyan, Magenta, Yellow, Black>
+        """
+        check_meant(options, "tiff")
+        with self._at_work(options) as handle:
+            width, height = self._size(handle)
+            inks = ffi.new("vx_inks *", {"size": ffi.sizeof("vx_inks"), "width": width, "height": height})
+            told = self._read(Callbacks(), progress, lib.vx_document_inks, handle, inks)
+            names = [text_of(inks.names[index]) for index in range(inks.ink_count)]
+            found = InkPixels(width, height, names, ffi.buffer(inks.amounts, width * height * len(names))[:])
+        self._warn(told)
+        return found
+
+    def plates(self, format: str = "png", *, progress: Optional[Progress] = None, **options: Value) -> dict[str, bytes]:
+        """The plate of each ink by its name, process inks first: files of gray pictures in which black is all of the ink.
+
+            format  "png" or "tiff"
+
+        >>> list(vx.open("harp.vx").plates(width=144))
+        ['Cyan', 'Magenta', 'Yellow', 'Black']
+        """
+        check_meant(options, "tiff")
+        plates: dict[str, bytes] = {}
+
+        def take(ink: Any, data: Any, size: int) -> None:
+            plates[text_of(ink)] = ffi.buffer(data, size)[:]
+
+        callbacks = Callbacks()
+        keep = callbacks.make("vx_plate", take)
+        with self._at_work(options) as handle:
+            told = self._read(callbacks, progress, lib.vx_document_plates, handle, c_text(format, "format"), keep, ffi.NULL)
+        self._warn(told)
+        return plates
+
+    def coverage(self, limit: float = 300, *, heat_map: bool = False, progress: Optional[Progress] = None,
+                 **options: Value) -> Coverage:
+        """How much ink the page takes.
+
+            limit     percent of all inks together above which there is too much
+            heat_map  whether to make a PNG of where there is how much
+
+        >>> vx.open("harp.vx").coverage(dpi=72).most
+        2.2627
+        """
+        check_meant(options, "tiff")
+        pieces: list[bytes] = []
+        callbacks = Callbacks()
+        write = callbacks.make("vx_write", keep_in(pieces)) if heat_map else ffi.NULL
+        text = ffi.new("const char **")
+        with self._at_work(options) as handle:
+            told = self._read(callbacks, progress, lib.vx_document_coverage, handle, float(limit), text, write, ffi.NULL)
+            found = read_coverage(text_of(text[0]), b"".join(pieces) if heat_map else None)
+        self._warn(told)
+        return found
+
+    def check(self, limits: Optional[Limits] = None, *, html: bool = False, progress: Optional[Progress] = None,
+              **options: Value) -> Check:
+        """What a press would get wrong.
+
+            limits  from where on something is found and how bad it is, as {"limits": {"hairline": 0.2}, "severities":
+                    {"hairline": "error"}}, or the same as text; what is not named is as in the command
+            html    whether to make a page that shows the findings on the picture, and each plate
+
+        >>> vx.open("harp.vx").check(dpi=72).errors
+        0
+        """
+        check_meant(options, "png")
+        pieces: list[bytes] = []
+        callbacks = Callbacks()
+        wanted = ffi.new("vx_check *", {"size": ffi.sizeof("vx_check")})
+        name = ffi.new("char[]", c_text(self.name, "name"))
+        said = ffi.NULL if limits is None else ffi.new("char[]", c_text(limits_text(limits), "limits"))
+        wanted.name, wanted.limits = name, said
+        if html:
+            wanted.page = page = callbacks.make("vx_write", keep_in(pieces))  # which is there as long as its name
+        with self._at_work(options) as handle:
+            told = self._read(callbacks, progress, lib.vx_document_check, handle, wanted)
+            found = read_check(text_of(wanted.json), text_of(wanted.text), b"".join(pieces) if html else None)
+        self._warn(told)
+        return found
+
     def size(self, **options: Value) -> tuple[int, int]:
         """Width and height of the PNG with these options, in pixels. Nothing is drawn.
 
@@ -232,7 +339,7 @@ class Document:
         check_meant(options, format)
         pieces: list[bytes] = []
         callbacks = Callbacks()
-        write = callbacks.make("vx_write", lambda data, size: pieces.append(ffi.buffer(data, size)[:]))
+        write = callbacks.make("vx_write", keep_in(pieces))
         with self._at_work(options) as handle:
             told = self._read(callbacks, progress, lib.vx_document_render, handle, c_text(format, "format"), write, ffi.NULL)
         return b"".join(pieces), told
@@ -316,6 +423,11 @@ class Callbacks:
     def raise_again(self) -> None:
         for error in self._raised:
             raise error from None
+
+
+def keep_in(pieces: list[bytes]) -> Callable[[Any, int], None]:
+    """Makes what keeps the bytes that the library writes."""
+    return lambda data, size: pieces.append(ffi.buffer(data, size)[:])
 
 
 def make_end(*kept: Any) -> Callable[[Any], None]:

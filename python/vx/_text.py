@@ -17,12 +17,16 @@ class TextColour:
         cmyk    cyan, magenta, yellow and black, 0 to 1 each, where it is not gray
         spot    the name of the spot ink that the four stand in for
         amount  how much of that, 0 to 1
+        spot2   the other one where one spot ink blends into another
+        amount2 how much of that
     """
 
     gray: Optional[float]
     cmyk: Optional[tuple[float, float, float, float]]
     spot: Optional[str]
     amount: Optional[float]
+    spot2: Optional[str] = None
+    amount2: Optional[float] = None
 
 
 @dataclass(frozen=True)
@@ -43,10 +47,24 @@ class TextRun:
 
 @dataclass(frozen=True)
 class TextLine:
-    """A line of a text, or a column; its runs from left to right, or from top to bottom."""
+    """A line of a text, or a column; its runs from left to right, or from top to bottom.
+
+        origin    the left end of the baseline of its first character; of a column the middle of its upper edge
+        angle     to the next character: degrees against the clock, from the right
+        length    from the origin to the end of the last character, in points
+        height    an em of its largest characters, in points
+        vertical  whether it is a column
+        places    on a path, x, y and the angle of each character; else empty
+    """
 
     text: str
     runs: tuple[TextRun, ...]
+    origin: tuple[float, float]
+    angle: float
+    length: float
+    height: float
+    vertical: bool
+    places: tuple[tuple[float, float, float], ...]
 
 
 @dataclass(frozen=True)
@@ -82,10 +100,13 @@ def read_text(text: str) -> Text:
 
 def read_line(members: dict[str, Any]) -> TextLine:
     runs = (TextRun(run["text"], run["font"], run["served"], run["size"], read_colour(run["colour"])) for run in members["runs"])
-    return TextLine(members["text"], tuple(runs))
+    x, y = members["origin"]
+    return TextLine(members["text"], tuple(runs), (x, y), members["angle"], members["length"], members["height"],
+                    members["vertical"], tuple((at[0], at[1], at[2]) for at in members.get("places", ())))
 
 
 def read_colour(members: dict[str, Any]) -> TextColour:
     ink = members.get("cmyk")
     cmyk = (ink[0], ink[1], ink[2], ink[3]) if ink is not None else None
-    return TextColour(members.get("gray"), cmyk, members.get("spot"), members.get("amount"))
+    return TextColour(members.get("gray"), cmyk, members.get("spot"), members.get("amount"), members.get("spot2"),
+                      members.get("amount2"))

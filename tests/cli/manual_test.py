@@ -320,7 +320,7 @@ class Completion(CommandTest):
         self.assertEqual(self.complete("render", "a.vx", "--pdf"), ["--pdf-x", "--pdf-a"])
 
     # The message about a wrong value lists these.
-    CHOICES = ["--format", "--marks", "--intent", "--overprint", "--samples", "--text", "--spots", "--pdf-x", "--pdf-a",
+    CHOICES = ["--format", "--marks", "--intent", "--overprint", "--samples", "--text", "--spots", "--plate-colours", "--pdf-x", "--pdf-a",
                "--compress",
                "--script", "--missing-fonts", "--progress"]
 

@@ -2,6 +2,7 @@
 #include "tests/library/Support.h"
 #include "tests/support/CaseName.h"
 
+#include <cmath>
 #include <cstring>
 
 namespace vxtest
@@ -169,6 +170,53 @@ const WrongCase kWrong[] = {
          return vx_option_at(vx_option_count(), &option, error);
      },
      "below the count"},
+    {"InksNowhere", [](vx_error *error) { return vx_document_inks(Open(), nullptr, error); }, "inks is null"},
+    {"InksOfWrongSize",
+     [](vx_error *error) {
+         auto inks = Longer<vx_inks>(8);
+         return vx_document_inks(Open(), &inks, error);
+     },
+     "sizeof(vx_inks)"},
+    {"InksOfNoPixels",
+     [](vx_error *error) {
+         auto inks = Longer<vx_inks>();
+         return vx_document_inks(Open(), &inks, error);
+     },
+     "the pixels are 0 by 0"},
+    {"ObjectNowhere", [](vx_error *error) { return vx_document_object_at(Open(), 0, 0, 1, nullptr, error); },
+     "json is null"},
+    {"ObjectAtNoPoint",
+     [](vx_error *error) {
+         const char *json;
+         return vx_document_object_at(Open(), NAN, 0, 1, &json, error);
+     },
+     "no such point"},
+    {"ObjectWithinNothing",
+     [](vx_error *error) {
+         const char *json;
+         return vx_document_object_at(Open(), 0, 0, 0, &json, error);
+     },
+     "within above 0"},
+    {"PlatesForNobody",
+     [](vx_error *error) { return vx_document_plates(Open(), "png", nullptr, nullptr, error); },
+     "take is null"},
+    {"CoverageNowhere",
+     [](vx_error *error) { return vx_document_coverage(Open(), 300, nullptr, nullptr, nullptr, error); },
+     "json is null"},
+    {"CoverageAboveNothing",
+     [](vx_error *error) {
+         const char *json;
+         return vx_document_coverage(Open(), 0, &json, nullptr, nullptr, error);
+     },
+     "give one as 300"},
+    {"CheckNowhere", [](vx_error *error) { return vx_document_check(Open(), nullptr, error); },
+     "check is null"},
+    {"CheckOfWrongSize",
+     [](vx_error *error) {
+         auto check = Longer<vx_check>(8);
+         return vx_document_check(Open(), &check, error);
+     },
+     "sizeof(vx_check)"},
     {"OpenFileNowhere",
      [](vx_error *error) { return vx_document_open_file(SharedLibrary(), "a.vx", nullptr, error); },
      "document is null"},

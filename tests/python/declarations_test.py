@@ -40,10 +40,10 @@ def test_they_are_those_of_the_header():
 
 
 @pytest.mark.parametrize("old, new", [
-    ("#define VX_INTERFACE 1", "#define VX_INTERFACE 2"),
+    ("#define VX_INTERFACE 2", "#define VX_INTERFACE 3"),
     ("VX_BUSY = 11", "VX_BUSY = 14"),
     ("    const char *mime;\n", ""),
-    ("int32_t width, height;", "int64_t width, height;"),
+    ("uint8_t *top_row;", "uint16_t *top_row;"),
     ("const char *vx_version(void);", "const char *vx_version(void);\nvoid vx_more(void);"),
     ("void vx_document_free(vx_document *document);", ""),
 ])

@@ -276,8 +276,8 @@ export class Engine {
                 this.#set(document, name, textOf(value));
                 set.push(name);
             }
-            this.#progress = onProgress ?? (() => false);
-            this.#check(this.#exports.vx_web_tell_progress(document, this.#error));
+            this.#progress = inSteps(onProgress);
+            this.#check(this.#exports.vx_web_tell_progress(document, onProgress === undefined ? 0 : 1, this.#error));
             return read(document);
         } finally {
             // The last that was set goes first: no two of them then stand against each other.
@@ -489,6 +489,16 @@ export class Engine {
             },
         };
     }
+}
+
+// The module tells of each line; whoever listens hears of some two hundred steps.
+function inSteps(tell) {
+    let next = 0;
+    return (done, total) => {
+        if (done < next && done < total && done > 0) return false;
+        next = done + total / 200;
+        return tell(done, total);
+    };
 }
 
 function joined(pieces) {

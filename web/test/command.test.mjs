@@ -1,7 +1,7 @@
 // The command of the package, and what npm would publish.
 
 import assert from 'node:assert/strict';
-import { cp, mkdtemp, readFile, readdir, rm, writeFile } from 'node:fs/promises';
+import { cp, mkdir, mkdtemp, readFile, readdir, rm, writeFile } from 'node:fs/promises';
 import os from 'node:os';
 import path from 'node:path';
 import test from 'node:test';
@@ -56,7 +56,11 @@ test('it tells facts, and what is wrong', async () => {
         [['render', gift, '-o', 'x.svg', '--dpi', '3'], 2, /--dpi means nothing here/],
         [['render', gift, '-o', 'x.png', '--dpi', 'many'], 2, /dpi/],
         [['info', gift, '--colour'], 2, /no such option/],
-        [['plates', gift], 2, /the native command has it/],
+        [['coverage', gift], 2, /the native command has it/],
+        [['plates', gift], 2, /no output/],
+        [['plates', gift, '-o', 'x.png'], 2, /all plates would be written to one file/],
+        [['plates', gift, '-o', '{ink}.png', '--pdf-x', 'x3'], 2, /--pdf-x means nothing here/],
+        [['check', gift, '--html', 'x.pdf'], 2, /name a .html/],
         [['draw', gift], 2, /no such command/],
         [['info', '/nothing.vx'], 1, /there is no such file/],
     ]) {
@@ -64,6 +68,45 @@ test('it tells facts, and what is wrong', async () => {
         assert.equal(status.code, code, words.join(' '));
         assert.match(status.text, text);
     }
+});
+
+test('it makes plates and checks as the native command', { skip: noNative }, async (t) => {
+    const folder = await folderFor(t);
+    const fonts = ['--no-system-fonts', '--font-dir', path.join(PACKAGE, 'fonts')];
+    const inks = path.join(SOURCE, 'samples/spot-inks.vx');
+    for (const format of ['png', 'tiff']) {
+        await mkdir(`${folder}/ours`, { recursive: true });
+        await command('plates', inks, '--dpi', '36', '-f', format, '-o', `${folder}/ours/`);
+        await run(NATIVE, ['plates', inks, '--dpi', '36', '-f', format, '-o', `${folder}/native/`, ...fonts]);
+        const names = (await readdir(`${folder}/native`)).sort();
+        assert.deepEqual((await readdir(`${folder}/ours`)).sort(), names);
+        assert.ok(names.includes(`spot-inks-Brick.${format}`));
+        for (const name of names) assert.deepEqual(await readFile(`${folder}/ours/${name}`), await readFile(`${folder}/native/${name}`), name);
+    }
+    const limits = `${folder}/limits.json`;
+    await writeFile(limits, '{"limits": {"hairline": 3}, "severities": {"spot-inks": "ignore"}}');
+    const drawn = (draw, page, ...words) => draw('check', inks, '--dpi', '36', '--html', page, ...words).then(
+        ({ stdout }) => [0, String(stdout)], ({ code, stdout }) => [code, String(stdout)]);
+    const native = (...words) => run(NATIVE, [...words, ...fonts]);
+    for (const words of [[], ['--json'], ['--limits', limits], ['--json', '--limits', limits]]) {
+        const ours = await drawn(command, `${folder}/ours.html`, ...words);
+        assert.deepEqual(ours, await drawn(native, `${folder}/native.html`, ...words));
+        assert.equal(ours[0], words.includes('--limits') ? 3 : 0);
+        assert.deepEqual(await readFile(`${folder}/ours.html`), await readFile(`${folder}/native.html`));
+    }
+    await writeFile(limits, '{"limits": {"hairline": true}}');
+    const refused = await statusOf('check', inks, '--limits', limits);
+    assert.equal(refused.code, 2);
+    assert.match(refused.text, /--limits .*limits.json: hairline is true/);
+});
+
+test('a drawing is not overwritten by a plate', async (t) => {
+    const folder = await folderFor(t);
+    await cp(gift, `${folder}/Cyan.png`);
+    assert.equal((await statusOf('plates', gift, '--dpi', '9', '-o', `${folder}/{ink}.png`)).code, 2);
+    assert.deepEqual(await readdir(folder), ['Cyan.png']);
+    await command('plates', gift, '--dpi', '9', '-o', `${folder}/{ink}.png`, '--force');
+    assert.notDeepEqual(await readFile(`${folder}/Cyan.png`), await readFile(gift));
 });
 
 test('an input is never overwritten', async (t) => {

@@ -58,7 +58,7 @@ class WordsDeviceTest : public testing::Test
             words += words.empty() ? "" : "||";
             for (const TextLine &line : text.lines) {
                 words += &line == &text.lines.front() ? "" : "|";
-                for (const TextRun &run : line)
+                for (const TextRun &run : line.runs)
                     words += run.text;
             }
         }
@@ -160,9 +160,9 @@ TEST_F(WordsDeviceTest, RaisedFiguresStayInTheirLine)
     Show(RunOf(U"H", {13, 0}));
     Show(RunOf(U"next", {0, -7}));
     EXPECT_EQ(Words(), "mc2H|next");
-    ASSERT_EQ(texts_.at(0).lines.at(0).size(), 3U);
-    EXPECT_EQ(texts_[0].lines[0][1].text, "2");
-    EXPECT_EQ(texts_[0].lines[0][1].size, 6);
+    ASSERT_EQ(texts_.at(0).lines.at(0).runs.size(), 3U);
+    EXPECT_EQ(texts_[0].lines[0].runs[1].text, "2");
+    EXPECT_EQ(texts_[0].lines[0].runs[1].size, 6);
 }
 
 TEST_F(WordsDeviceTest, RunsDifferInFontOrColour)
@@ -176,11 +176,60 @@ TEST_F(WordsDeviceTest, RunsDifferInFontOrColour)
     other.font = &kOther;
     Show(other);
     EXPECT_EQ(Words(), "abcdefgh");
-    const TextLine &line = texts_.at(0).lines.at(0);
+    const std::vector<TextRun> &line = texts_.at(0).lines.at(0).runs;
     ASSERT_EQ(line.size(), 3U);
     EXPECT_EQ(line[0].text, "abcd");
     EXPECT_EQ(line[1].colour.ink[0], 0.5);
     EXPECT_EQ(line[2].font->asked, "Other");
+}
+
+// Characters are 5 points wide and 10 high.
+TEST_F(WordsDeviceTest, LinesHaveTheirPlaces)
+{
+    Begin();
+    Show(RunOf(U"level", {3, 7}));
+    Show(RunOf(U"on", {40, 7}));
+    Begin();
+    Show(RunOf(U"up", {50, 20}, {0, 20, -20, 0, 0, 0}));
+    EXPECT_EQ(Words(), "level on||up");
+    const TextLine &level = texts_[0].lines[0];
+    EXPECT_EQ(level.start.at, (Point{3, 7}));
+    EXPECT_EQ(level.start.along, (Point{1, 0}));
+    EXPECT_EQ(level.length, 47);
+    EXPECT_EQ(level.height, 10);
+    EXPECT_FALSE(level.isColumn);
+    EXPECT_TRUE(level.places.empty());
+    const TextLine &up = texts_[1].lines[0];
+    EXPECT_EQ(up.start.at, (Point{50, 20}));
+    EXPECT_EQ(up.start.along, (Point{0, 1}));
+    EXPECT_EQ(up.length, 20);
+    EXPECT_EQ(up.height, 20);
+}
+
+// The ems of the column begin at 98, eight tenths of one above the baseline of the first.
+TEST_F(WordsDeviceTest, ColumnsHaveTheirPlaces)
+{
+    Begin();
+    Show(Column(U"縦書き", 30, 100));
+    EXPECT_EQ(Words(), "縦書き");
+    const TextLine &column = texts_[0].lines[0];
+    EXPECT_EQ(column.start.at, (Point{30, 98}));
+    EXPECT_EQ(column.start.along, (Point{0, -1}));
+    EXPECT_EQ(column.length, 30);
+    EXPECT_TRUE(column.isColumn);
+}
+
+TEST_F(WordsDeviceTest, CharactersOnAPathHaveTheirPlaces)
+{
+    Begin(TextKind::Path);
+    Show(RunOf(U"a", {0, 0}));
+    Show(RunOf(U"b", {5, 0}, {0, 10, -10, 0, 0, 0}));
+    EXPECT_EQ(Words(), "ab");
+    const TextLine &line = texts_[0].lines[0];
+    ASSERT_EQ(line.places.size(), 2U);
+    EXPECT_EQ(line.places[1].at, (Point{5, 0}));
+    EXPECT_EQ(line.places[1].along, (Point{0, 1}));
+    EXPECT_EQ(line.length, 10);
 }
 
 TEST_F(WordsDeviceTest, WhatClipsAfterItIsPaintedIsNotSaidTwice)
