@@ -136,6 +136,7 @@ test('what a press would get wrong is listed as the command finds it, shown on t
     await page.locator('.findings button').first().click();
     await settle(page);
     assert.notDeepEqual(await viewOf(page), before);
+    assert.equal(await page.locator('#marks div').count(), findings[0].places.length);
     const { name, bytes } = await saved(page, () => page.getByRole('button', { name: 'Save as a page' }).click());
     assert.equal(name, 'hairlines.vx.html');
     assert.match(bytes.toString(), /^<!doctype html>/i);

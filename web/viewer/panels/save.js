@@ -51,11 +51,11 @@ async function makeFile(readers, format) {
     const options = optionsOf(format);
     const call = { ...options, ...dateOf(options), ...shownLayers(), timeout: MINUTES };
     if (format !== 'plates') {
-        const bytes = await readers.do((drawing) => drawing.render({ format, ...call }));
+        const bytes = await readers.do((drawing, common) => drawing.render({ ...common, format, ...call }));
         return { name: `${baseName()}.${format}`, blob: new Blob([bytes], { type: TYPES[format] }) };
     }
     const { format: kind = 'png', ...others } = call;
-    const plates = await readers.do((drawing) => drawing.plates({ format: kind, ...others }));
+    const plates = await readers.do((drawing, common) => drawing.plates({ ...common, format: kind, ...others }));
     const files = plates.map(({ ink, bytes }) => ({ name: `${baseName()}-${ink.replace(/[\\/:]/g, '_')}.${kind}`, bytes }));
     return { name: `${baseName()}-plates.zip`, blob: makeZip(files) };
 }
@@ -64,7 +64,7 @@ async function makeFile(readers, format) {
 async function makePicture(readers, dpi) {
     const { width, height } = page();
     const fitting = Math.sqrt((MOST_PIXELS / Math.max(width * height, 1)) * 72 * 72);
-    const bytes = await readers.do((drawing) => drawing.render({ format: 'png', ...pictureOptions(), dpi: Math.floor(Math.min(dpi, fitting)), timeout: MINUTES }));
+    const bytes = await readers.do((drawing, common) => drawing.render({ ...common, format: 'png', ...pictureOptions(), dpi: Math.floor(Math.min(dpi, fitting)), timeout: MINUTES }));
     return new Blob([bytes], { type: TYPES.png });
 }
 
