@@ -6,7 +6,7 @@ import os from 'node:os';
 import path from 'node:path';
 import test from 'node:test';
 
-import { choose, differences, noNative, readStage, sample, saved, serve, sharp, showPanel, skip, viewOf, visit, vx } from './viewer_support.mjs';
+import { choose, differences, noNative, readStage, sample, saved, serve, settle, showPanel, skip, viewOf, visit, vx } from './viewer_support.mjs';
 
 const { url } = skip ? {} : await serve();
 const SPOTS = [300, 200]; // points
@@ -25,11 +25,6 @@ async function open(t, name, panel = 'plates') {
     await settle(page);
     return page;
 }
-
-const settle = async (page) => {
-    await page.waitForTimeout(100);
-    await sharp(page);
-};
 
 test('inks are shown and left out, alone and in gray, as the command does', { skip: noNative }, async (t) => {
     const folder = await temporary(t);
