@@ -5,6 +5,7 @@ import { shownLayers } from '../look.js';
 import { change, state, watch } from '../state.js';
 import { formatNumber, say } from '../texts.js';
 import { reveal } from '../view.js';
+import { workFor } from './busy.js';
 import { download } from './save.js';
 
 const MINUTES = 10 * 60000;
@@ -31,8 +32,8 @@ function makeFinding(finding) {
 export function makePressCheck(readers, tell) {
     const list = make('ul', { class: 'rows plain findings' });
     const outcome = make('p', { class: 'meaning', role: 'status' });
-    const button = make('button', { type: 'button', onclick: () => work(button, check) }, say('checkPress'));
-    const report = make('button', { type: 'button', onclick: () => work(report, saveReport) }, say('saveReport'));
+    const button = make('button', { type: 'button', onclick: () => workFor(button, check, tell) }, say('checkPress'));
+    const report = make('button', { type: 'button', onclick: () => workFor(report, saveReport, tell) }, say('saveReport'));
     const element = make('section', { class: 'facts' }, make('h2', {}, say('press')), make('div', { class: 'buttons' }, button, report), outcome, list);
 
     const ask = (options) => readers.do((drawing, common) => drawing.check({ ...common, ...shownLayers(), name: state.drawing.name, timeout: MINUTES, ...options }));
@@ -44,16 +45,6 @@ export function makePressCheck(readers, tell) {
     async function saveReport() {
         const { html } = await ask({ html: true });
         download(`${state.drawing.name}.html`, new Blob([html], { type: 'text/html' }));
-    }
-    async function work(control, call) {
-        control.setAttribute('aria-busy', 'true');
-        try {
-            await call();
-        } catch (error) {
-            if (error.name !== 'AbortError') tell({ text: say('problemSaving'), detail: error.message });
-        } finally {
-            control.removeAttribute('aria-busy');
-        }
     }
     watch(['drawing', 'hidden'], () => {
         list.replaceChildren();

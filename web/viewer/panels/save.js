@@ -6,6 +6,7 @@ import { state, watch } from '../state.js';
 import { say } from '../texts.js';
 import { page } from '../view.js';
 import { makeZip } from '../zip.js';
+import { workFor } from './busy.js';
 
 const MINUTES = 10 * 60000;
 const TYPES = { pdf: 'application/pdf', svg: 'image/svg+xml', png: 'image/png', tiff: 'image/tiff' };
@@ -98,19 +99,9 @@ function makeSetting(format, name, choices) {
 
 export function makeSavePanel(readers, { tell, paper }) {
     let format = 'pdf';
-    const work = (button, call) => async () => {
-        button.setAttribute('aria-busy', 'true');
-        try {
-            await call();
-        } catch (error) {
-            if (error.name !== 'AbortError') tell({ text: say('problemSaving'), detail: error.message });
-        } finally {
-            button.removeAttribute('aria-busy');
-        }
-    };
     const action = (name, call, attributes) => {
         const button = make('button', { type: 'button', ...attributes }, say(name));
-        button.addEventListener('click', work(button, call));
+        button.addEventListener('click', () => workFor(button, call, tell));
         return button;
     };
     const groups = Object.entries(SETTINGS).map(([name, settings]) => make('div', { class: 'settings', 'data-format': name },
