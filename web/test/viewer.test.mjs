@@ -7,7 +7,7 @@ import path from 'node:path';
 import test from 'node:test';
 import { gzipSync } from 'node:zlib';
 
-import { VIEWER, browser, choose, differences, noNative, readStage, sample, saved, serve, setScale, sharp, showPanel, skip, viewOf, visit, vx } from './viewer_support.mjs';
+import { VIEWER, browser, choose, differences, noNative, readStage, sample, saved, serve, setScale, settle, sharp, showPanel, skip, viewOf, visit, vx } from './viewer_support.mjs';
 
 const POSTER = [300, 400]; // points
 
@@ -173,8 +173,7 @@ test('pointer, wheel, fingers and keys move the drawing', { skip }, async (t) =>
     await page.locator('#stage').focus();
     const settled = async (key) => {
         await page.keyboard.press(key);
-        await page.waitForTimeout(300);
-        await sharp(page);
+        await settle(page);
         return viewOf(page);
     };
     const larger = await settled('+');
@@ -220,8 +219,7 @@ test('layers are shown and hidden', { skip: noNative }, async (t) => {
     assert.equal(await rows.nth(1).getByRole('img', { name: 'Does not print' }).count(), 1);
     assert.deepEqual(await rows.locator('input').evaluateAll((boxes) => boxes.map(({ checked }) => checked)), [true, false, true]);
     const compare = async (...options) => {
-        await page.waitForTimeout(100);
-        await sharp(page);
+        await settle(page);
         const { scale, x, y } = await viewOf(page);
         const file = path.join(folder, 'layers.png');
         await vx('render', sample('layers.vx'), '--width', Math.round(300 * scale), '--height', Math.round(200 * scale), ...options, '-o', file);
@@ -363,6 +361,6 @@ test('from the disk it says what to do', { skip }, async (t) => {
     const page = await browser.newPage();
     t.after(() => page.close());
     await page.goto(`file://${VIEWER}/index.html`);
-    await page.waitForTimeout(2500);
+    await page.waitForSelector('#unserved', { state: 'visible' });
     assert.match(await page.locator('#unserved').innerText(), /vx view drawing\.vx/);
 });

@@ -39,7 +39,9 @@ for (const [device, settings] of [['a wide screen', {}], ['a phone', PHONE]])
             }
             await showPanel(page, 'plates');
             await page.getByRole('switch', { name: 'Total ink' }).check();
-            await check('heat map');
+            await page.getByRole('button', { name: 'Check', exact: true }).click();
+            await page.waitForSelector('.findings li');
+            await check('heat map and findings');
             await page.locator('#stage').focus();
             await page.keyboard.press('?');
             await check('keys');

@@ -6,7 +6,7 @@ import os from 'node:os';
 import path from 'node:path';
 import test from 'node:test';
 
-import { SOURCE, choose, sample, serve, sharp, showPanel, skip, viewOf, visit } from './viewer_support.mjs';
+import { SOURCE, choose, sample, serve, settle, sharp, showPanel, skip, viewOf, visit } from './viewer_support.mjs';
 
 const { url } = skip ? {} : await serve();
 const LARGE = 100e6; // bytes
@@ -33,14 +33,12 @@ test('a layer whose name has a comma, or none, is hidden like others', { skip },
     for (let at = 0; at < 3; at += 1)
         for (let turn = 0; turn < 2; turn += 1) {
             await boxes.nth(at).click();
-            await page.waitForTimeout(60);
-            await sharp(page);
+            await settle(page);
             assert.equal(await page.isVisible('#notice'), false, await page.textContent('#notice'));
         }
     for (const name of ['None', 'All']) {
         await page.getByRole('button', { name, exact: true }).click();
-        await page.waitForTimeout(60);
-        await sharp(page);
+        await settle(page);
         assert.equal(await page.isVisible('#notice'), false, await page.textContent('#notice'));
     }
 });

@@ -6,7 +6,7 @@ import os from 'node:os';
 import path from 'node:path';
 import test from 'node:test';
 
-import { choose, differences, noNative, readStage, sample, saved, serve, sharp, showPanel, skip, viewOf, visit, vx } from './viewer_support.mjs';
+import { choose, differences, noNative, readStage, sample, saved, serve, settle, showPanel, skip, viewOf, visit, vx } from './viewer_support.mjs';
 
 const { url } = skip ? {} : await serve();
 const SPOTS = [300, 200]; // points
@@ -25,11 +25,6 @@ async function open(t, name, panel = 'plates') {
     await settle(page);
     return page;
 }
-
-const settle = async (page) => {
-    await page.waitForTimeout(100);
-    await sharp(page);
-};
 
 test('inks are shown and left out, alone and in gray, as the command does', { skip: noNative }, async (t) => {
     const folder = await temporary(t);
@@ -136,6 +131,7 @@ test('what a press would get wrong is listed as the command finds it, shown on t
     await page.locator('.findings button').first().click();
     await settle(page);
     assert.notDeepEqual(await viewOf(page), before);
+    assert.equal(await page.locator('#marks div').count(), findings[0].places.length);
     const { name, bytes } = await saved(page, () => page.getByRole('button', { name: 'Save as a page' }).click());
     assert.equal(name, 'hairlines.vx.html');
     assert.match(bytes.toString(), /^<!doctype html>/i);

@@ -94,6 +94,20 @@ export async function visit(t, url, { size = [1280, 800], ...options } = {}) {
 // Waits until all that is in sight is drawn in its own size.
 export const sharp = (page) => page.waitForSelector('#picture[aria-busy="false"]', { timeout: 60000 });
 
+// Waits until what was done is drawn, and nothing moves any more.
+export async function settle(page) {
+    await page.evaluate(async () => {
+        const words = document.querySelector('#words');
+        let before;
+        for (let still = 0; still < 4; still += 1) {
+            if (words.style.transform !== before) still = 0;
+            before = words.style.transform;
+            await new Promise((resolve) => requestAnimationFrame(resolve));
+        }
+    });
+    await sharp(page);
+}
+
 export async function choose(page, ...files) {
     await page.setInputFiles('#choose-files', files);
     await sharp(page);
@@ -125,8 +139,7 @@ export async function setScale(page, percent) {
     const box = page.locator('#scale');
     await box.fill(String(percent));
     await box.press('Enter');
-    await page.waitForFunction(() => document.querySelector('#picture').getAttribute('aria-busy') === 'true');
-    await sharp(page);
+    await settle(page);
 }
 
 // Compares a screenshot of the stage with a PNG whose left top corner is at the given place of it: how many pixels are others, and of

@@ -3,7 +3,7 @@
 import assert from 'node:assert/strict';
 import test from 'node:test';
 
-import { choose, noNative, readStage, run, sample, serve, sharp, showPanel, skip, visit, vx } from './viewer_support.mjs';
+import { choose, noNative, readStage, run, sample, serve, settle, sharp, showPanel, skip, visit, vx } from './viewer_support.mjs';
 
 const { url } = skip ? {} : await serve();
 
@@ -124,8 +124,7 @@ test('a match that is out of sight is brought into it', { skip }, async (t) => {
     const [word] = lines.at(-1).trim().split(/\s+/);
     await page.keyboard.press('Control+f');
     await page.keyboard.type(word);
-    await page.waitForTimeout(400);
-    await sharp(page);
+    await settle(page);
     const { left, top, right, bottom } = await page.evaluate(() => {
         const [range] = CSS.highlights.get('match');
         const box = range.getBoundingClientRect();

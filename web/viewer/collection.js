@@ -2,6 +2,7 @@
 
 import { createReader } from './package/index.js';
 import { nameKind } from './opening.js';
+import { LARGE } from './readers.js';
 import { change, state } from './state.js';
 import { say } from './texts.js';
 import { fit } from './view.js';
@@ -85,7 +86,7 @@ export class Collection {
     }
 
     async #sketch(entry) {
-        if (entry.picture !== undefined) return entry.picture;
+        if (entry.picture !== undefined || entry.size > LARGE) return entry.picture;
         this.#sketcher ??= createReader();
         const drawing = await this.#sketcher.open(await entry.read(), { timeout: 20000 });
         try {

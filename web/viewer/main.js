@@ -4,6 +4,7 @@ import { Collection } from './collection.js';
 import { byId, iconButton, make } from './dom.js';
 import { hasLocalFonts, readLocalFonts } from './fonts.js';
 import { listenToKeys, listenToPointers } from './gestures.js';
+import { makeMarks } from './marks.js';
 import { keepOffline } from './offline.js';
 import { isFont, sourceOfAddress, sourcesOfDrop, sourcesOfFiles, sourcesOfFolder, sourcesOfPaste } from './opening.js';
 import { makeList } from './panels/drawings.js';
@@ -248,6 +249,7 @@ function start() {
     makeStart();
     makeNotice();
     makeOpening();
+    makeMarks(byId('marks'));
     makeList(byId('drawings'), collection);
     makeSide(byId('side'), [
         { name: 'layers', icon: 'layers', element: makeLayersPanel() },
@@ -266,7 +268,7 @@ function openFirstPanel() {
     watch(['drawing'], () => {
         if (!isFirst || state.drawing === null) return;
         isFirst = false;
-        change({ panel: state.drawing.info.layers.length > 1 ? 'layers' : 'facts' });
+        if (state.panel === null) change({ panel: state.drawing.info.layers.length > 1 ? 'layers' : 'facts' });
     });
 }
 

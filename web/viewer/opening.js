@@ -1,5 +1,5 @@
-// Files, from wherever they come: the dialog, a drop, the clipboard, an address. A source is { name, modified, read() → bytes }, where
-// modified is a time in seconds, and reads its bytes when they are wanted.
+// Files, from wherever they come: the dialog, a drop, the clipboard, an address. A source is { name, modified, size, read() → bytes },
+// where modified is a time in seconds and size may not be known; it reads its bytes when they are wanted.
 
 const DRAWINGS = /\.(vx|eps|epsf|gz|xz|bin)$/i;
 const FONTS = /\.(otf|ttf|ttc|otc|pfb|pfa)$/i;
@@ -7,7 +7,7 @@ const MOST_FILES = 2000; // of a folder
 const HEAD = 4;
 
 const bytesOf = async (blob) => new Uint8Array(await blob.arrayBuffer());
-const sourceOf = (file) => ({ name: file.name, modified: Math.floor(file.lastModified / 1000), read: () => bytesOf(file) });
+const sourceOf = (file) => ({ name: file.name, modified: Math.floor(file.lastModified / 1000), size: file.size, read: () => bytesOf(file) });
 
 export const isFont = ({ name }) => FONTS.test(name);
 

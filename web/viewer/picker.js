@@ -41,9 +41,9 @@ export function makePicker(bar, readers) {
         const half = 0.5 / (state.view.scale * (globalThis.devicePixelRatio || 1));
         const { background, plates, 'plate-colours': colours, ...options } = pictureOptions();
         try {
-            const found = await readers.do(async (drawing) => {
-                const pixels = await drawing.inkPixels({ box: [x - half, y - half, x + half, y + half], width: 1, height: 1, ...options });
-                return { pixels, hit: await drawing.objectAt(x, y, { within: 4 * half, ...options }) };
+            const found = await readers.do(async (drawing, common) => {
+                const pixels = await drawing.inkPixels({ ...common, box: [x - half, y - half, x + half, y + half], width: 1, height: 1, ...options });
+                return { pixels, hit: await drawing.objectAt(x, y, { ...common, within: 4 * half, ...options }) };
             }, () => -1);
             if (wanted !== null) tell(found);
         } catch (error) {

@@ -2,7 +2,8 @@
 
 import { createReader } from './package/index.js';
 
-const LARGE = 20 << 20; // bytes of a drawing, of which each reader has copies: then one has to do
+export const LARGE = 20 << 20; // bytes of a drawing, of which each reader has copies: then one has to do
+const SLOW = 1 << 20; // bytes of one for which it pays to end a reader that is at work, and start another
 const MOST_MEMORY = 2 ** 31;
 const MINUTE = 60000;
 
@@ -13,6 +14,8 @@ export class Readers {
     #fonts = [];
     #generation = 0;
     #most = 1;
+    #call = {}; // the options of every call about the drawing
+    #leaving = new AbortController();
 
     // onBusy(count): how many tasks there are.
     constructor(onBusy) {
@@ -27,6 +30,8 @@ export class Readers {
         const generation = this.#generation;
         const [seat] = this.#seats;
         const timeout = bytes.length > LARGE ? 10 * MINUTE : MINUTE;
+        this.#leaving = new AbortController();
+        this.#call = { timeout, ...(bytes.length > SLOW ? { signal: this.#leaving.signal } : {}) };
         const drawing = await seat.reader.open(bytes, { signal, onProgress, timeout });
         if (generation !== this.#generation) {
             await drawing.close();
@@ -35,11 +40,12 @@ export class Readers {
         seat.drawing = drawing;
         this.#bytes = bytes;
         this.#most = bytes.length > LARGE ? 1 : this.#seats.length;
-        return { info: drawing.info, warnings: drawing.warnings, bytes: bytes.length, timeout };
+        return { info: drawing.info, warnings: drawing.warnings, bytes: bytes.length };
     }
 
     close() {
         this.#generation += 1;
+        this.#leaving.abort();
         for (const task of this.#tasks.splice(0)) task.reject(new DOMException('the drawing was closed', 'AbortError'));
         for (const seat of this.#seats) {
             seat.drawing?.close();
@@ -57,7 +63,7 @@ export class Readers {
         }
     }
 
-    // Has run(drawing) called when a reader is free; of those that wait, that with the least rank() comes first, and one whose rank is
+    // Has run(drawing, call) called when a reader is free, where call is what each call about the drawing gets; of those that wait, that with the least rank() comes first, and one whose rank is
     // Infinity is not wanted and is given up.
     do(run, rank = () => 0) {
         return new Promise((resolve, reject) => {
@@ -90,16 +96,16 @@ export class Readers {
         const generation = this.#generation;
         try {
             if (seat.drawing === null) {
-                const drawing = await seat.reader.open(this.#bytes);
+                const drawing = await seat.reader.open(this.#bytes, this.#call);
                 if (generation !== this.#generation) {
                     await drawing.close();
                     throw new DOMException('the drawing was closed', 'AbortError');
                 }
                 seat.drawing = drawing;
             }
-            resolve(await run(seat.drawing));
+            resolve(await run(seat.drawing, this.#call));
         } catch (error) {
-            reject(error);
+            reject(generation === this.#generation ? error : new DOMException('the drawing was closed', 'AbortError'));
         } finally {
             seat.isBusy = false;
             this.#next();

@@ -14,6 +14,7 @@ export const state = {
     limit: 300, // percent of ink, above which there is too much
     words: [], // the texts of the drawing, as words.js has them
     panel: null,
+    marks: [], // boxes of the drawing that are pointed out
     opening: null, // the drawing that is read: { name, part }, where part is from 0 to 1
     problem: null, // what is told to be wrong: { text, detail }
     busy: 0, // pictures that are being made

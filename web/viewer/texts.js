@@ -49,7 +49,7 @@ export const TEXTS = {
     problemMemory: ['{name} needs more memory than there is.', '{name} braucht mehr Speicher, als da ist.', '{name}にはメモリーが足りません。'],
     problemCrashed: ['{name} cannot be shown: reading it failed.', '{name} ist nicht darstellbar: das Lesen schlug fehl.', '{name}を表示できません。読み込みに失敗しました。'],
     problemDrawing: ['A part of the drawing cannot be shown.', 'Ein Teil der Zeichnung ist nicht darstellbar.', '図面の一部を表示できません。'],
-    problemSaving: ['The file could not be made.', 'Die Datei ließ sich nicht erzeugen.', 'ファイルを作成できませんでした。'],
+    problemSaving: ['That could not be made.', 'Das ließ sich nicht erzeugen.', '作成できませんでした。'],
     problemFont: ['{name} is not a font that can be used.', '{name} ist keine brauchbare Schrift.', '{name}は使えるフォントではありません。'],
     fontAdded: ['{font} was added', '{font} ist hinzugefügt', '{font}を追加しました'],
 

@@ -204,10 +204,10 @@ export class Tiles {
         const drawing = this.#drawing;
         const options = pictureOptions();
         const { heat, limit } = state;
-        const bitmap = await this.#readers.do(async (reader) => {
-            if (!heat) return reader.picture({ ...call, ...options, bitmap: true, timeout: drawing.timeout });
+        const bitmap = await this.#readers.do(async (reader, common) => {
+            if (!heat) return reader.picture({ ...common, ...call, ...options, bitmap: true });
             const { background, ...others } = options;
-            return createImageBitmap(paintHeat(await reader.inkPixels({ ...call, ...others, timeout: drawing.timeout }), limit));
+            return createImageBitmap(paintHeat(await reader.inkPixels({ ...common, ...call, ...others }), limit));
         }, rank);
         if (drawing === this.#drawing) return bitmap;
         bitmap.close();

@@ -39,7 +39,7 @@ export class WordLayer {
         this.#key = key;
         if (drawing === null || drawing.info.uses.shows === 0) return;
         try {
-            const texts = await this.#readers.do((one) => one.text({ ...options, timeout: drawing.timeout }), () => 500);
+            const texts = await this.#readers.do((one, common) => one.text({ ...common, ...options }), () => 500);
             if (this.#key === key && state.drawing === drawing) this.#fill(texts);
         } catch (error) {
             if (error.name !== 'AbortError') this.#fill([]);

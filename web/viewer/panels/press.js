@@ -2,36 +2,41 @@
 
 import { drawIcon, make } from '../dom.js';
 import { shownLayers } from '../look.js';
-import { state, watch } from '../state.js';
+import { change, state, watch } from '../state.js';
 import { formatNumber, say } from '../texts.js';
 import { reveal } from '../view.js';
+import { workFor } from './busy.js';
 import { download } from './save.js';
 
 const MINUTES = 10 * 60000;
 const AROUND = 6; // points around a place that is only one
 
-// The box of a finding; undefined where it has no place.
-function boxOf({ at, places }) {
-    if (places?.length > 0) return places[0].box;
-    return at === undefined ? undefined : [at[0] - AROUND, at[1] - AROUND, at[0] + AROUND, at[1] + AROUND];
+// Returns the boxes of a finding.
+function boxesOf({ at, places = [] }) {
+    if (places.length > 0) return places.map(({ box }) => box);
+    return at === undefined ? [] : [[at[0] - AROUND, at[1] - AROUND, at[0] + AROUND, at[1] + AROUND]];
 }
 
 function makeFinding(finding) {
-    const box = boxOf(finding);
+    const boxes = boxesOf(finding);
+    const show = () => {
+        reveal(boxes[0], { isNear: true });
+        change({ marks: boxes });
+    };
     const words = make('span', { lang: 'en' }, finding.text);
     const mark = make('span', { class: 'severity', role: 'img', 'aria-label': say(`severity ${finding.severity}`) }, drawIcon(finding.severity === 'note' ? 'facts' : 'warning'));
-    if (box === undefined) return make('li', { class: finding.severity }, mark, words);
-    return make('li', { class: finding.severity }, mark, make('button', { type: 'button', onclick: () => reveal(box, { isNear: true }) }, words));
+    if (boxes.length === 0) return make('li', { class: finding.severity }, mark, words);
+    return make('li', { class: finding.severity }, mark, make('button', { type: 'button', onclick: show }, words));
 }
 
 export function makePressCheck(readers, tell) {
     const list = make('ul', { class: 'rows plain findings' });
     const outcome = make('p', { class: 'meaning', role: 'status' });
-    const button = make('button', { type: 'button', onclick: () => work(button, check) }, say('checkPress'));
-    const report = make('button', { type: 'button', onclick: () => work(report, saveReport) }, say('saveReport'));
+    const button = make('button', { type: 'button', onclick: () => workFor(button, check, tell) }, say('checkPress'));
+    const report = make('button', { type: 'button', onclick: () => workFor(report, saveReport, tell) }, say('saveReport'));
     const element = make('section', { class: 'facts' }, make('h2', {}, say('press')), make('div', { class: 'buttons' }, button, report), outcome, list);
 
-    const ask = (options) => readers.do((drawing) => drawing.check({ ...shownLayers(), name: state.drawing.name, timeout: MINUTES, ...options }));
+    const ask = (options) => readers.do((drawing, common) => drawing.check({ ...common, ...shownLayers(), name: state.drawing.name, timeout: MINUTES, ...options }));
     async function check() {
         const { findings } = await ask({});
         outcome.textContent = findings.length === 0 ? say('nothingFound') : '';
@@ -40,16 +45,6 @@ export function makePressCheck(readers, tell) {
     async function saveReport() {
         const { html } = await ask({ html: true });
         download(`${state.drawing.name}.html`, new Blob([html], { type: 'text/html' }));
-    }
-    async function work(control, call) {
-        control.setAttribute('aria-busy', 'true');
-        try {
-            await call();
-        } catch (error) {
-            if (error.name !== 'AbortError') tell({ text: say('problemSaving'), detail: error.message });
-        } finally {
-            control.removeAttribute('aria-busy');
-        }
     }
     watch(['drawing', 'hidden'], () => {
         list.replaceChildren();
@@ -68,7 +63,7 @@ export function makeCoverage(readers) {
         const call = { limit: state.limit, ...shownLayers(), ...(state.overprint ? {} : { overprint: 'ignore' }) };
         const key = (asked = JSON.stringify([state.drawing.name, call]));
         try {
-            const { above, total } = await readers.do((drawing) => drawing.coverage({ ...call, timeout: MINUTES }), () => (key === asked ? 300 : Infinity));
+            const { above, total } = await readers.do((drawing, common) => drawing.coverage({ ...common, ...call }), () => (key === asked ? 300 : Infinity));
             const percent = (part) => formatNumber(100 * part, 1);
             if (key === asked) words.textContent = say('coverage', { share: percent(above.share), limit: state.limit, most: formatNumber(100 * total.most, 0) });
         } catch (error) {

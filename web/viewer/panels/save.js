@@ -6,6 +6,7 @@ import { state, watch } from '../state.js';
 import { say } from '../texts.js';
 import { page } from '../view.js';
 import { makeZip } from '../zip.js';
+import { workFor } from './busy.js';
 
 const MINUTES = 10 * 60000;
 const TYPES = { pdf: 'application/pdf', svg: 'image/svg+xml', png: 'image/png', tiff: 'image/tiff' };
@@ -51,11 +52,11 @@ async function makeFile(readers, format) {
     const options = optionsOf(format);
     const call = { ...options, ...dateOf(options), ...shownLayers(), timeout: MINUTES };
     if (format !== 'plates') {
-        const bytes = await readers.do((drawing) => drawing.render({ format, ...call }));
+        const bytes = await readers.do((drawing, common) => drawing.render({ ...common, format, ...call }));
         return { name: `${baseName()}.${format}`, blob: new Blob([bytes], { type: TYPES[format] }) };
     }
     const { format: kind = 'png', ...others } = call;
-    const plates = await readers.do((drawing) => drawing.plates({ format: kind, ...others }));
+    const plates = await readers.do((drawing, common) => drawing.plates({ ...common, format: kind, ...others }));
     const files = plates.map(({ ink, bytes }) => ({ name: `${baseName()}-${ink.replace(/[\\/:]/g, '_')}.${kind}`, bytes }));
     return { name: `${baseName()}-plates.zip`, blob: makeZip(files) };
 }
@@ -64,7 +65,7 @@ async function makeFile(readers, format) {
 async function makePicture(readers, dpi) {
     const { width, height } = page();
     const fitting = Math.sqrt((MOST_PIXELS / Math.max(width * height, 1)) * 72 * 72);
-    const bytes = await readers.do((drawing) => drawing.render({ format: 'png', ...pictureOptions(), dpi: Math.floor(Math.min(dpi, fitting)), timeout: MINUTES }));
+    const bytes = await readers.do((drawing, common) => drawing.render({ ...common, format: 'png', ...pictureOptions(), dpi: Math.floor(Math.min(dpi, fitting)), timeout: MINUTES }));
     return new Blob([bytes], { type: TYPES.png });
 }
 
@@ -98,19 +99,9 @@ function makeSetting(format, name, choices) {
 
 export function makeSavePanel(readers, { tell, paper }) {
     let format = 'pdf';
-    const work = (button, call) => async () => {
-        button.setAttribute('aria-busy', 'true');
-        try {
-            await call();
-        } catch (error) {
-            if (error.name !== 'AbortError') tell({ text: say('problemSaving'), detail: error.message });
-        } finally {
-            button.removeAttribute('aria-busy');
-        }
-    };
     const action = (name, call, attributes) => {
         const button = make('button', { type: 'button', ...attributes }, say(name));
-        button.addEventListener('click', work(button, call));
+        button.addEventListener('click', () => workFor(button, call, tell));
         return button;
     };
     const groups = Object.entries(SETTINGS).map(([name, settings]) => make('div', { class: 'settings', 'data-format': name },
