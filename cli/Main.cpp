@@ -22,7 +22,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <functional>
@@ -228,12 +227,9 @@ Status RunCommandLine(std::vector<char *> words, Messages *messages)
 int main(int argc, char **argv)
 {
     using namespace vxhost;
-    if (!HoldClosedStreams())
+    if (!PrepareStreams())
         return static_cast<int>(Status::OutputFailed); // a message might have nowhere to go
     Messages messages;
-    // A reader that leaves, and a file that may not grow, are to make a write fail, not to end the program.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
     CatchInterrupts(static_cast<int>(Status::Interrupted));
     Status status = Status::Usage;
     try {

@@ -3,14 +3,17 @@
 #include "jobs/OutputFile.h"
 
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace vxhost
 {
 
-bool HoldClosedStreams()
+bool PrepareStreams()
 {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     // The order matters: the system gives the lowest number that is free.
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(stream, F_GETFD) >= 0)

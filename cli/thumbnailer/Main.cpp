@@ -16,7 +16,6 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -113,11 +112,9 @@ Status MakeThumbnail(const std::string &input, const std::string &output, int32_
 int main(int argc, char **argv)
 {
     using namespace vxhost;
-    if (!HoldClosedStreams())
+    if (!PrepareStreams())
         return static_cast<int>(Status::OutputFailed);
     Messages messages;
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
     CatchInterrupts(static_cast<int>(Status::Interrupted));
     if (argc == 2 && std::string_view(argv[1]) == "--help")
         return std::fputs(kUsage, stdout) < 0 ? static_cast<int>(Status::OutputFailed) : 0;

@@ -11,14 +11,14 @@
 
 #include <fmt/format.h>
 
-#include <csignal>
-#include <cstdio>
+#include <cstdint>
 #include <exception>
 #include <limits>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 
 namespace vxhost
 {
@@ -68,25 +68,26 @@ Status View(int argc, char **argv, Messages *messages)
 int main(int argc, char **argv)
 {
     using namespace vxhost;
-    if (!HoldClosedStreams())
-        return static_cast<int>(Status::OutputFailed);
     Messages messages;
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    CatchInterrupts(static_cast<int>(Status::Interrupted));
+    Status status = Status::OutputFailed;
     try {
-        return static_cast<int>(View(argc, argv, &messages));
+        if (PrepareStreams()) {
+            CatchInterrupts(static_cast<int>(Status::Interrupted));
+            status = View(argc, argv, &messages);
+        }
     } catch (const EarlyEnd &error) {
         messages.Error("", error.what());
-        return static_cast<int>(error.status);
+        status = error.status;
     } catch (const UsageError &error) {
         messages.Error("", error.what());
-        return static_cast<int>(Status::Usage);
+        status = Status::Usage;
     } catch (const std::bad_alloc &) {
         messages.Error("", "not enough memory to begin: close other programs");
-        return static_cast<int>(Status::LimitHit);
+        status = Status::LimitHit;
     } catch (const std::exception &error) {
         messages.Error("", error.what());
-        return static_cast<int>(Status::InputFailed);
+        status = Status::InputFailed;
     }
+    // A confined process may not do what sanitizers do behind main.
+    _exit(static_cast<int>(status));
 }

@@ -9,8 +9,6 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <csignal>
-#include <cstring>
 #include <microhttpd.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -35,6 +33,8 @@ constexpr seconds kBetweenTells{7};
 constexpr unsigned kMostConnections = 128;
 constexpr size_t kMostSilent = 32; // connections without a request; one more, and the oldest is closed
 constexpr size_t kMostHeader = size_t{32} << 10; // bytes of a connection's memory
+
+constexpr uint16_t kUnsaidPort = 80; // browsers leave it out
 
 constexpr std::string_view kEventStream = "text/event-stream";
 constexpr std::string_view kComment = "retry: 1000\n: here\n\n";
@@ -146,9 +146,9 @@ struct Server::Library {
     {
         const int socket = SocketOf(connection);
         if (code == MHD_CONNECTION_NOTIFY_STARTED)
-            static_cast<Server *>(server)->Begin(socket);
+            static_cast<Server *>(server)->AddSilent(socket);
         else
-            static_cast<Server *>(server)->Take(socket);
+            static_cast<Server *>(server)->TakeSilent(socket);
     }
 
     static MHD_Result Answer(void *server, MHD_Connection *connection, const char *path, const char *method,
@@ -186,7 +186,8 @@ Server::Server(const Site &site, uint16_t port) : site_(site), listening_(Listen
     if (listening_.Get() < 0)
         throw UsageError(fmt::format("--port {}: cannot be had, {}: give another, or leave it out", port,
                                      SystemText(errno)));
-    host_ = fmt::format("127.0.0.1:{}", PortOf(listening_.Get()));
+    const uint16_t used = PortOf(listening_.Get());
+    host_ = used == kUnsaidPort ? "127.0.0.1" : fmt::format("127.0.0.1:{}", used);
     secret_ = fmt::format("/{}/", MakeSecret());
     address_ = fmt::format("http://{}{}?served", host_, secret_);
     daemon_ = MHD_start_daemon(MHD_USE_EPOLL | MHD_ALLOW_SUSPEND_RESUME, 0, nullptr, nullptr, Library::Answer,
@@ -206,7 +207,7 @@ Server::~Server()
     MHD_stop_daemon(daemon_);
 }
 
-void Server::Begin(int socket)
+void Server::AddSilent(int socket)
 {
     const auto since = [](const auto &silent) { return silent.second; };
     if (silent_.size() >= kMostSilent) {
@@ -217,14 +218,14 @@ void Server::Begin(int socket)
     silent_.insert_or_assign(socket, Clock::now());
 }
 
-void Server::Take(int socket)
+void Server::TakeSilent(int socket)
 {
     silent_.erase(socket);
 }
 
 int Server::Answer(MHD_Connection *connection, std::string_view path, std::string_view method)
 {
-    Take(SocketOf(connection));
+    TakeSilent(SocketOf(connection));
     // A page from elsewhere whose name was made to mean this machine has that name here.
     const char *host = MHD_lookup_connection_value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_HOST);
     if (host == nullptr || host != host_)

@@ -33,8 +33,8 @@ class Server
 
     const std::string &Address() const { return address_; }
 
-    // Serves until the last page is closed. browser, which may be null, is what was asked to open the first; then none has to come for
-    // ever. Returns false when none came.
+    // Serves until the last page is closed. The first may take as long as it likes; where a browser was asked for it, which is not null
+    // then, some minutes. Returns false when none came.
     bool Serve(Browser *browser, Messages *messages);
 
   private:
@@ -50,8 +50,9 @@ class Server
     struct Library; // what it calls
     friend Library;
 
-    void Begin(int socket);
-    void Take(int socket);
+    // Both are about a connection: it has asked for nothing yet; it has, or it is closed.
+    void AddSilent(int socket);
+    void TakeSilent(int socket);
     int Answer(MHD_Connection *connection, std::string_view path, std::string_view method);
     int AnswerAlive(MHD_Connection *connection);
     void End(Alive *alive);
