@@ -77,7 +77,7 @@ class JournalIndex
   private:
     void Settle();
 
-    std::deque<Done> done_; // which grows without a copy
+    std::deque<Done> done_;                   // which grows without a copy
     std::unordered_map<uint64_t, int> begun_; // jobs that are not done
 };
 

@@ -419,10 +419,10 @@ class Slurm(ScaleTest):
         shard = self.one_on("n1")
         orphans = self.ours("--shard", f"{shard}/{SHARDS}")
         first = next(process for process in orphans if parent_of(process) not in [None, *orphans])  # the others are its workers
-        for process in orphans:
-            kill(process, signal.SIGSTOP)  # else it would have ended before anybody notices
         for process in self.daemons_of("n1"):
             kill(process)
+        for process in orphans:  # or it would have ended before anybody notices; not before, or the kernel hangs up on it
+            kill(process, signal.SIGSTOP)
         self.begin_at_once(job, shard)
         self.wait_for(lambda: set(self.running(shard)) - set(orphans), "the second writer")
         self.assertTrue(is_alive(first))
