@@ -113,7 +113,7 @@ uint64_t JournalIndex::Read(int descriptor)
 // Puts the lines in the order of their jobs, and keeps the last of each.
 void JournalIndex::Settle()
 {
-    std::ranges::stable_sort(done_, {}, &Done::job);
+    std::ranges::sort(done_, {}, [](const Done &done) { return std::pair(done.job, done.at); });
     size_t kept = 0;
     for (size_t i = 0; i < done_.size(); ++i) {
         if (i + 1 == done_.size() || done_[i + 1].job != done_[i].job)

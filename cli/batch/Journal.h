@@ -14,6 +14,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -56,7 +57,7 @@ uint64_t ReadJournalLines(int descriptor, const std::function<void(const Journal
 // Returns whether the file begins as a journal does, or as one whose first line was torn.
 bool IsJournal(int descriptor);
 
-// Finds what earlier runs did, by job. Holds sixteen bytes for each document that is done.
+// Finds what earlier runs did, by job. Holds sixteen bytes for each document that is done, and never more.
 class JournalIndex
 {
   public:
@@ -71,12 +72,12 @@ class JournalIndex
     struct Done {
         uint64_t job, at;
     };
-    const std::vector<Done> &AllDone() const { return done_; } // one a job, in the order of the jobs
+    const std::deque<Done> &AllDone() const { return done_; } // one a job, in the order of the jobs
 
   private:
     void Settle();
 
-    std::vector<Done> done_;
+    std::deque<Done> done_;                   // which grows without a copy
     std::unordered_map<uint64_t, int> begun_; // jobs that are not done
 };
 

@@ -27,7 +27,8 @@ TEST_P(ProgramFile, BeginsWithoutWhatOnlySomeDocumentsNeed)
             return needed.starts_with(library);
         })) << library;
     for (const std::string &needed : file->neededLibraries) {
-        for (const std::string late : {"libfontconfig", "libfreetype", "libharfbuzz", "liblcms", "libtiff", "libarchive"})
+        for (const std::string late :
+             {"libfontconfig", "libfreetype", "libharfbuzz", "liblcms", "libtiff", "libarchive"})
             EXPECT_FALSE(needed.starts_with(late))
                 << needed << ": a procedure of it is not in jobs/late/Procedures.inc";
         EXPECT_FALSE(needed.starts_with("libmicrohttpd")) << "that is for libexec/vx/vx-viewer alone";

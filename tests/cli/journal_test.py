@@ -2,7 +2,6 @@
 import hashlib
 import json
 import os
-import random
 import re
 import signal
 import subprocess
@@ -10,7 +9,7 @@ import sys
 import time
 import unittest
 
-from vxcommand import CommandTest, document
+from vxcommand import CommandTest, announced_chance, document
 
 SMALL = ["-f", "png", "--fit", "1"]
 SLOW = os.environ.get("VX_SLOW") == "1"
@@ -214,9 +213,7 @@ class Kills(JournalTest):
     DOCUMENTS, KILLS = (10000, 50) if SLOW else (200, 5)
 
     def test_a_run_that_is_killed_again_and_again_comes_to_the_same(self):
-        seed = int(os.environ.get("VX_SEED") or random.randrange(1 << 32))
-        print(f"VX_SEED={seed}", flush=True)
-        chance = random.Random(seed)
+        chance = announced_chance()
         os.mkdir(self.path("in"))
         for number in range(self.DOCUMENTS):
             self.write(f"in/{number}.vx", document(f"{number % 97} {number % 31} m\n9 9 l\nS\n" * (number % 5)))

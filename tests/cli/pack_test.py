@@ -2,7 +2,6 @@
 import hashlib
 import json
 import os
-import random
 import shutil
 import signal
 import subprocess
@@ -11,7 +10,7 @@ import tarfile
 import time
 import unittest
 
-from vxcommand import CommandTest, document
+from vxcommand import CommandTest, announced_chance, document
 
 SLOW = os.environ.get("VX_SLOW") == "1"
 PACKED = ["--pack", "o.tar", "-f", "svg"]
@@ -377,9 +376,7 @@ class PackKills(PackTest):
     DOCUMENTS, KILLS = (10000, 50) if SLOW else (200, 6)
 
     def test_a_run_that_is_killed_again_and_again_comes_to_the_same(self):
-        seed = int(os.environ.get("VX_SEED") or random.randrange(1 << 32))
-        print(f"VX_SEED={seed}", flush=True)
-        chance = random.Random(seed)
+        chance = announced_chance()
         self.make(*(f"in/{number}.vx" for number in range(self.DOCUMENTS)))
         words = ["batch", "in", "-f", "svg", "--summary", "none"]
         self.finish(*words, "-o", "whole/")

@@ -1,6 +1,7 @@
 """Helps the tests of the vx command: makes documents, reads PNG files, and runs command lines."""
 import glob
 import os
+import random
 import re
 import struct
 import subprocess
@@ -102,6 +103,13 @@ class Png:
 
     def pixel(self, x, y):
         return tuple(self.rows[y][x * self.channels:(x + 1) * self.channels])
+
+
+def announced_chance():
+    """Returns random numbers by a seed that is printed, or that of VX_SEED."""
+    seed = int(os.environ.get("VX_SEED") or random.randrange(1 << 32))
+    print(f"VX_SEED={seed}", flush=True)
+    return random.Random(seed)
 
 
 class CommandTest(unittest.TestCase):
