@@ -66,7 +66,7 @@ _vx()
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
-            render) words="--force --no-mkdir --merge --premis $picture $every" ;;
+            render) words="--force --no-mkdir --merge --premis --jobs $picture $every" ;;
             verify) words="--json ${picture#--output } $every" ;;
             batch) words="--manifest --null --files0-from --all-files --no-mkdir --unordered --journal --resume --retry --premis --bag --shard --merge-journals --report --summary --allow-outside --jobs $picture $every" ;;
             esac
