@@ -241,6 +241,7 @@ class RasterDevice : public Device
     {
         if (surface_ != nullptr)
             surface_->Finish();
+        budget_.Give(std::exchange(glyphsTaken_, 0));
         // A crew takes more memory. What does not suffice for it may suffice without.
         isAlone_ = surface_ != nullptr && surface_->HasCrew() && budget_.IsExhausted();
         if (!failure_ && !isAlone_ && budget_.IsExhausted())
@@ -301,10 +302,12 @@ class RasterDevice : public Device
     void ResetGlyphs()
     {
         uint64_t most = options_.glyphMemory;
+        glyphsTaken_ = 0;
         if (surface_->HasCrew()) {
             if (most > budget_.Left() / kPartOfGlyphs || !budget_.Take(most))
                 most = 0;
             glyphBudget_.Reset(most);
+            glyphsTaken_ = most;
         }
         glyphs_.Reset(options_.samples, static_cast<size_t>(std::min<uint64_t>(most, SIZE_MAX)),
                       surface_->HasCrew() ? &glyphBudget_ : &budget_);
@@ -353,6 +356,7 @@ class RasterDevice : public Device
     Dasher dasher_;
     Shader shader_;
     MemoryCap glyphBudget_{0}; // of a page that a crew paints
+    uint64_t glyphsTaken_ = 0; // for it
     GlyphPainter glyphs_;
     Matrix emsToPage_; // of the glyphs, with their paint
     Paint glyphPaint_;

@@ -155,10 +155,10 @@ class Surface::Batch
 };
 
 Surface::Surface(int width, int height, int samples, bool tracked, MemoryCap *cap, Crew *crew)
-    : rowsPerLane_(height)
+    : cap_(cap), rowsPerLane_(height)
 {
-    constexpr uint64_t kBytes = kBatches * Batch::kBytes;
-    if (crew != nullptr && crew->Size() > 1 && kBytes <= cap->Left() / kPartOfMemory && cap->Take(kBytes)) {
+    if (crew != nullptr && crew->Size() > 1 && kBatches * Batch::kBytes <= cap->Left() / kPartOfMemory &&
+        cap->Take(kBatches * Batch::kBytes)) {
         crew_ = crew;
         const auto lanes = static_cast<int>(crew->Size() * kLanesPerThread);
         rowsPerLane_ = ((height + kLeastRows - 1) / kLeastRows + lanes - 1) / lanes * kLeastRows;
@@ -197,7 +197,7 @@ void Surface::Add(const Shape &shape, const Clip &clip, const Coat &coat)
         batch.Add(batch.Copy(shape), clip, coat, samples);
     } else {
         batch.Add(shape, clip, coat, samples);
-        Finish();
+        WaitForAll();
     }
 }
 
@@ -206,12 +206,19 @@ template void Surface::Add(const WholeClip &, const Clip &, const Coat &);
 template void Surface::Add(const PlacedSpans &, const Clip &, const Coat &);
 template void Surface::Add(const PlacedMasks &, const Clip &, const Coat &);
 
+void Surface::WaitForAll()
+{
+    PostBatch();
+    crew_->Finish();
+}
+
 void Surface::Finish()
 {
     if (crew_ == nullptr)
         return;
-    PostBatch();
-    crew_->Finish();
+    WaitForAll();
+    batches_.clear();
+    cap_->Give(kBatches * Batch::kBytes);
 }
 
 } // namespace vxhost::raster

@@ -35,7 +35,8 @@ class Surface
             Add(shape, clip, coat);
     }
 
-    // All is painted when this returns. Nothing can be read before.
+    // All is painted when this returns, and the memory for batches given back. Nothing can be read before, nor painted
+    // afterwards.
     void Finish();
     const InkBuffer &BufferOf(int y) const { return lanes_[static_cast<size_t>(y / rowsPerLane_)]->Buffer(); }
     int Width() const { return lanes_.front()->Buffer().Width(); }
@@ -46,7 +47,9 @@ class Surface
     template <class Shape>
     void Add(const Shape &shape, const Clip &clip, const Coat &coat);
     void PostBatch();
+    void WaitForAll();
 
+    MemoryCap *const cap_;
     Crew *crew_ = nullptr;
     int rowsPerLane_;
     std::vector<std::unique_ptr<Lane>> lanes_;
