@@ -114,7 +114,7 @@ std::string Job::Work(WorkerLink &link) const
 {
     Answer answer;
     Failure &failure = answer.outcome.failure;
-    answer.confinement = EnterSandbox(engine_->RulesWith({}), engine_->Calls());
+    answer.confinement = EnterSandbox(engine_->RulesWith({}), engine_->Calls(), task_.makeThreads);
     const bool isRefused = engine_->Options().mustBeConfined && !answer.confinement.IsWhole();
     std::vector<Pass> passes;
     if (!isRefused)

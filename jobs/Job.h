@@ -38,6 +38,8 @@ struct JobTask {
     bool keepsSpots = true;            // false: spot inks are painted in process colours
     bool readsTexts = false;           // tell where texts begin and end, whatever the engine's options say
 
+    // Makes the threads of the worker, which can have none later. Null: it is to have none.
+    std::function<void()> makeThreads;
     // Runs in the worker, confined, and may refuse. Passes are done one after the other, up to the first that fails.
     std::function<std::vector<Pass>(Failure *)> makePasses;
     // Runs in this process when the document has to be read again, with fonts. Null: nothing has to be undone.

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <span>
 #include <string_view>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -15,6 +16,13 @@ namespace vxhost
 
 namespace
 {
+
+// Nobody who does not ask for threads gets them for smaller documents and pictures.
+constexpr size_t kLeastBytes = 200'000;
+constexpr uint64_t kLeastPixels = 1'000'000;
+
+// Of the limit of memory, the part that the stacks of threads may take.
+constexpr uint64_t kPartOfStacks = 32;
 
 // Returns the files that the settings name, and sees to it that workers which start now can read them.
 std::vector<std::string> FilesOf(const Settings &settings)
@@ -102,6 +110,11 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
     job.keepsSpots = task_.settings.keepsSpots;
     job.readsTexts = ReadingOptionsOf(task_.settings).readsTexts;
     job.makePasses = [this](Failure *failure) { return MakePasses(failure); };
+    if (task_.threads != 1U && job.touchesMuchMemory) {
+        job.makeThreads = [this] { crew_.Start(FindThreads()); };
+        task_.settings.png.crew = &crew_;
+        task_.settings.png.leastCrewPixels = task_.threads ? 0 : kLeastPixels;
+    }
     job.startOver = [this] { files_.Empty(); };
     job_ = std::make_unique<Job>(std::move(job), engine);
     if (job_->HasEnded())
@@ -115,6 +128,15 @@ Rendering::Rendering(RenderTask task, Engine *engine) : task_(std::move(task))
         job_->Start(files_.Descriptors());
     else
         job_.reset();
+}
+
+// Runs in the worker.
+size_t Rendering::FindThreads() const
+{
+    const uint64_t room = task_.settings.png.memoryLimit / kPartOfStacks / ThreadCrew::kStackBytes;
+    const size_t standard =
+        job_->Opened()->Bytes().size() < kLeastBytes ? 1 : std::thread::hardware_concurrency();
+    return static_cast<size_t>(std::min<uint64_t>(task_.threads.value_or(standard), room));
 }
 
 // Runs in the worker.

@@ -3,6 +3,7 @@
 
 #include "jobs/Job.h"
 #include "jobs/OutputFiles.h"
+#include "jobs/ThreadCrew.h"
 #include "library/Options.h"
 
 #include <cstddef>
@@ -29,6 +30,8 @@ struct RenderTask {
     FileKinds kinds = FileKinds::All; // what the input may be
     OutputRules rules = {};
     std::shared_ptr<Document> document = nullptr; // as an earlier job opened it; null: the input is opened
+    // That draw a picture, at most; none: as many as there are processors, where that pays.
+    std::optional<size_t> threads = 1;
 };
 
 // Makes, in the worker, what an output's bytes go to.
@@ -56,10 +59,12 @@ class Rendering
     const RenderTask &Task() const { return task_; }
 
   private:
+    size_t FindThreads() const;
     ByteSinks SinksOf(size_t output) const;
     std::vector<Pass> MakePasses(Failure *failure) const;
 
     RenderTask task_;
+    ThreadCrew crew_;   // has its threads in the worker
     OutputFiles files_; // one for each of the task's outputs, and one for scratch where a TIFF is among them
     std::unique_ptr<Job> job_; // null: an output cannot be opened
     Result result_;

@@ -213,7 +213,10 @@ int ConfineCalls(const CallRules &calls)
     if (rules.empty())
         return calls.Error();
     const sock_fprog program = {static_cast<unsigned short>(rules.size()), rules.data()};
-    return syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, 0, &program) == 0 ? 0 : errno;
+    // The call returns the thread that cannot be confined, which would be one that is confined otherwise.
+    const long unconfined =
+        syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, SECCOMP_FILTER_FLAG_TSYNC, &program);
+    return unconfined == 0 ? 0 : unconfined < 0 ? errno : ESRCH;
 }
 
 } // namespace
@@ -281,17 +284,21 @@ std::vector<sock_filter> CallRules::ForProcess(pid_t process) const
     return rules;
 }
 
-Confinement EnterSandbox(const FileRules &files, const CallRules &calls)
+// Files are taken from the calling thread and those that it makes from then on, calls from all threads at once.
+Confinement EnterSandbox(const FileRules &files, const CallRules &calls,
+                         const std::function<void()> &makeThreads)
 {
     Confinement confinement;
     if (prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
         confinement.landlockError = confinement.seccompError = errno;
         return confinement;
     }
-    ConfineResources();
     confinement.landlockError = files.Error();
     if (files.Get() >= 0 && syscall(SYS_landlock_restrict_self, files.Get(), 0) != 0)
         confinement.landlockError = errno;
+    if (makeThreads)
+        makeThreads();
+    ConfineResources();
     confinement.seccompError = ConfineCalls(calls);
     confinement.byLandlock = confinement.landlockError == 0;
     confinement.bySeccomp = confinement.seccompError == 0;

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <linux/filter.h>
 #include <string>
 #include <sys/types.h>
@@ -61,7 +62,10 @@ class CallRules
     int error_ = 0;
 };
 
-// Returns what confines the process. What the kernel lacks or refuses is left out, and the rest is in force.
-Confinement EnterSandbox(const FileRules &files, const CallRules &calls);
+// Returns what confines the process, all of its threads. What the kernel lacks or refuses is left out, and the rest is in force.
+// makeThreads makes those that the process is to have; null: none. They begin without files in reach, and no more can be made
+// afterwards.
+Confinement EnterSandbox(const FileRules &files, const CallRules &calls,
+                         const std::function<void()> &makeThreads = nullptr);
 
 } // namespace vxhost

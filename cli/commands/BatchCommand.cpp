@@ -22,13 +22,6 @@
 namespace vxhost
 {
 
-namespace
-{
-
-constexpr int32_t kMaxJobs = 256;
-
-} // namespace
-
 BatchCommand::BatchCommand(CLI::App *command)
 {
     command->add_option("--manifest", manifests_, "a list of documents, which may be a pipe; may be repeated")
@@ -145,7 +138,7 @@ Status BatchCommand::Run(Messages *messages) const
     batchOptions.makesFolders = !noMkdir_;
     batchOptions.outputOptions = outputOptions_;
     batchOptions.settings = settings;
-    batchOptions.jobs = ReadJobs();
+    batchOptions.jobs = ReadJobs(jobs_).value_or(std::max(1U, std::thread::hardware_concurrency()));
     batchOptions.isUnordered = isUnordered_;
     batchOptions.shard = ReadShard();
     if (report_ && report_->empty())
@@ -198,17 +191,6 @@ std::vector<BatchSource> BatchCommand::ReadSources(const std::vector<std::string
     if (hasFolder && output_.empty() && !bag_ && !pack_)
         throw UsageError("no output: add -o and a folder, as -o pictures/");
     return sources;
-}
-
-size_t BatchCommand::ReadJobs() const
-{
-    if (jobs_.empty())
-        return std::max(1U, std::thread::hardware_concurrency());
-    const std::optional<int32_t> jobs = ReadInteger(jobs_);
-    if (!jobs || *jobs < 1 || *jobs > kMaxJobs)
-        throw UsageError(
-            fmt::format("--jobs {}: not a whole number from 1 to {}: give one as 4", jobs_, kMaxJobs));
-    return static_cast<size_t>(*jobs);
 }
 
 Shard BatchCommand::ReadShard() const

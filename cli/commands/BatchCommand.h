@@ -23,7 +23,6 @@ class BatchCommand
 
   private:
     std::vector<BatchSource> ReadSources(const std::vector<std::string> &inputs) const;
-    size_t ReadJobs() const;
     Shard ReadShard() const;
     void CheckPack() const;
     Status Merge(const CommonOptions &common, Messages *messages) const;

@@ -11,6 +11,8 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <bit>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -19,6 +21,15 @@ namespace vxhost
 
 namespace
 {
+
+std::optional<size_t> ReadThreads(const std::string &jobs, unsigned formats)
+{
+    if (!jobs.empty() && (formats & (kPng | kTiff)) == 0)
+        throw UsageError(fmt::format("--jobs is for {}, and {} written: leave it out, or see -f",
+                                     NamesOf(kPng | kTiff),
+                                     NamesOf(formats) + (std::popcount(formats) == 1 ? " is" : " are")));
+    return ReadJobs(jobs);
+}
 
 // Writes a record beside each output. Every failure has been told when this returns.
 Status WriteRecords(const RenderTask &task, const Result &result, const Summary &summary,
@@ -54,6 +65,10 @@ RenderCommand::RenderCommand(CLI::App *command)
     command->add_flag("--premis", writesPremis_,
                       "write a PREMIS record beside each output, as OUT.premis.xml");
     command->add_flag("--force", force_, "overwrite drawings too, which are lost, and fill a terminal");
+    command
+        ->add_option("-j,--jobs", jobs_,
+                     "png, tiff: how many threads draw (as many as there are processors, where that pays)")
+        ->type_name("N");
     outputOptions_.AddTo(command);
     common_.AddTo(command);
     command->footer("Examples:\n"
@@ -85,6 +100,7 @@ Status RenderCommand::Run(Messages *messages) const
         CheckKeepsTerminal(names[i], *formats[i % formats.size()]);
     }
     outputOptions_.texts.CheckMeant(SetOf(formats));
+    const std::optional<size_t> threads = ReadThreads(jobs_, SetOf(formats));
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
     Session session(options, CommandKind::Render, messages);
     session.CheckDevices(formats, settings);
@@ -93,6 +109,7 @@ Status RenderCommand::Run(Messages *messages) const
     for (const std::string &input : options.inputs) {
         RenderTask task = {input, {}, settings};
         task.rules.makesFolders = IsPattern(output_) && !noMkdir_;
+        task.threads = threads;
         for (const Format *format : formats)
             task.outputs.push_back({format, *name++});
         Rendering rendering(std::move(task), &session.Jobs());
@@ -124,6 +141,7 @@ Status RenderCommand::Merge(const CommonOptions &options, Messages *messages) co
         CheckKeepsTerminal(output_, *formats.front());
     }
     outputOptions_.texts.CheckMeant(kPdf);
+    (void)ReadThreads(jobs_, kPdf);
     const Settings settings = options.Complete(ReadSettings(outputOptions_.texts));
     Session session(options, CommandKind::Merge, messages);
     session.CheckDevices(formats, settings);

@@ -22,6 +22,7 @@ class RenderCommand
 
     CommonOptionReader common_;
     std::string output_;
+    std::string jobs_;
     bool force_ = false;
     bool writesPremis_ = false;
     bool noMkdir_ = false;

@@ -4,6 +4,7 @@
 #include "cli/options/FontMapFile.h"
 #include "cli/options/OutputOptions.h"
 #include "library/FontFolder.h"
+#include "library/OptionValues.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -88,6 +89,18 @@ std::string CommonOptionReader::TextOfSaid() const
     add("font-map", fontMap_.empty() ? "" : DigestOfFile(fontMap_).digest);
     add("no-system-fonts", noSystemFonts_ ? "yes" : "");
     return text;
+}
+
+std::optional<size_t> ReadJobs(const std::string &text)
+{
+    constexpr int32_t kMost = 256;
+    if (text.empty())
+        return std::nullopt;
+    const std::optional<int32_t> jobs = ReadInteger(text);
+    if (!jobs || *jobs < 1 || *jobs > kMost)
+        throw UsageError(
+            fmt::format("--jobs {}: not a whole number from 1 to {}: give one as 4", text, kMost));
+    return static_cast<size_t>(*jobs);
 }
 
 CommonOptions CommonOptionReader::Read(bool needsInput) const

@@ -8,6 +8,8 @@
 #include "jobs/Worker.h"
 #include "library/Options.h"
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -46,6 +48,9 @@ struct CommonOptions {
     bool requireSandbox = false;
     std::string said; // in one text, what was said that decides over outputs
 };
+
+// Reads what --jobs says: how many there may be at a time. None: it says nothing. Throws UsageError.
+std::optional<size_t> ReadJobs(const std::string &text);
 
 // Works in two steps: the words of the command line are stored, and then Read says what they mean.
 class CommonOptionReader

@@ -7,6 +7,7 @@
 #include "devices/raster/MemoryCap.h"
 #include "devices/raster/Scanner.h"
 
+#include <algorithm>
 #include <memory>
 #include <span>
 #include <vector>
@@ -23,6 +24,8 @@ class Clip
     // Nothing outside of these can be painted.
     const Bounds &Limits() const { return bounds_; }
     bool IsRectangle() const { return mask_ == nullptr; }
+    // Whether they are one clip; two that allow the same may be two.
+    bool operator==(const Clip &) const = default;
 
     // The part of the shape in the scanner, which was begun with Limits(), that lies in this clip. An empty
     // clip when the budget does not last.
@@ -36,12 +39,14 @@ class Clip
         return IntersectMask(y, spans, scratch);
     }
 
-    // Calls row(y, spans) for each row of samples that the clip allows, from the top, as a scanner does for a shape.
+    // Calls row(y, spans) for each row of samples that the clip allows, of those from top to bottom, as a sweeper does for a
+    // shape.
     template <class Row>
-    void Sweep(Row &&row) const
+    void Sweep(int32_t top, int32_t bottom, Row &&row) const
     {
         const Span all = {bounds_.left, bounds_.right};
-        for (int32_t y = bounds_.top; y < bounds_.bottom && all.begin < all.end; ++y) {
+        const int32_t end = std::min(bottom, bounds_.bottom);
+        for (int32_t y = std::max(top, bounds_.top); y < end && all.begin < all.end; ++y) {
             const std::span<const Span> spans = mask_ == nullptr ? std::span(&all, 1) : MaskRow(y);
             if (!spans.empty())
                 row(y, spans);

@@ -19,47 +19,6 @@ constexpr int32_t kMostWidthOfMasks = 1024;
 
 } // namespace
 
-class GlyphPainter::PlacedSpans
-{
-  public:
-    PlacedSpans(const GlyphSpans &spans, const GlyphPlace &place, int shift, const Bounds &limits,
-                std::vector<Span> *row)
-        : spans_(spans), place_(place), left_(place.pixelX << shift),
-          top_((place.pixelY << shift) + spans.top), limits_(limits), row_(row)
-    {
-    }
-
-    template <class Row>
-    void Sweep(Row &&use) const
-    {
-        const auto rows = static_cast<int32_t>(spans_.rowEnds.size());
-        for (int32_t row = std::max(limits_.top - top_, 0); row < std::min(limits_.bottom - top_, rows);
-             ++row) {
-            row_->clear();
-            for (const Span &span : spans_.Row(static_cast<size_t>(row))) {
-                const int32_t begin = ColumnOf(span.begin), end = ColumnOf(span.end);
-                if (begin < end)
-                    row_->push_back({begin, end});
-            }
-            if (!row_->empty())
-                use(top_ + row, std::span<const Span>(*row_));
-        }
-    }
-
-  private:
-    int32_t ColumnOf(int32_t end) const
-    {
-        const int64_t column = left_ + GlyphSpans::ColumnOf(end, place_.fractionX);
-        return static_cast<int32_t>(std::clamp<int64_t>(column, limits_.left, limits_.right));
-    }
-
-    const GlyphSpans &spans_;
-    const GlyphPlace &place_;
-    const int32_t left_, top_;
-    const Bounds &limits_;
-    std::vector<Span> *const row_;
-};
-
 void GlyphPainter::Reset(int samples, size_t maxBytes, MemoryCap *cap)
 {
     shift_ = std::countr_zero(static_cast<unsigned>(samples));
@@ -83,9 +42,9 @@ void GlyphPainter::Begin(const Matrix &emsToSamples, const Ink &ink)
 }
 
 bool GlyphPainter::Paint(const Path &outline, uint64_t number, Point origin, const Clip &clip,
-                         InkBuffer *buffer)
+                         Surface *surface)
 {
-    Target target = {{}, &clip, buffer};
+    Target target = {{}, &clip, surface};
     if (ink_.keep == ~InkWord{0} || !FindPlace(origin, shift_, &target.place))
         return true; // nothing of it would be seen
     if (!keeps_ || number == 0)
@@ -135,26 +94,34 @@ bool GlyphPainter::PaintKept(const Path &outline, const Target &target, KeptGlyp
 
 void GlyphPainter::PaintSpans(const GlyphSpans &spans, const Target &target)
 {
-    const PlacedSpans placed(spans, target.place, shift_, target.clip->Limits(), &row_);
-    painter_.Paint(placed, *target.clip, target.buffer, [&](int /*y*/, int left, int right, uint64_t mask) {
-        target.buffer->Paint(left, right, mask, ink_);
-    });
+    const Bounds &limits = target.clip->Limits();
+    const int32_t left = target.place.pixelX << shift_, first = (target.place.pixelY << shift_) + spans.top;
+    const auto columnOf = [&](int32_t end) {
+        const int64_t column = left + GlyphSpans::ColumnOf(end, target.place.fractionX);
+        return static_cast<int32_t>(std::clamp<int64_t>(column, limits.left, limits.right));
+    };
+    const int32_t top = std::max(limits.top, first);
+    const int32_t bottom = std::min(limits.bottom, first + static_cast<int32_t>(spans.rowEnds.size()));
+    placed_.clear();
+    placedEnds_.clear();
+    for (int32_t y = top; y < bottom; ++y) {
+        for (const Span &span : spans.Row(static_cast<size_t>(y - first))) {
+            const int32_t begin = columnOf(span.begin), end = columnOf(span.end);
+            if (begin < end)
+                placed_.push_back({begin, end});
+        }
+        placedEnds_.push_back(static_cast<uint32_t>(placed_.size()));
+    }
+    if (!placed_.empty())
+        target.surface->Paint(PlacedSpans{top, placedEnds_, placed_}, *target.clip, {ink_});
 }
 
 void GlyphPainter::PaintMasks(const GlyphSpans &spans, const Target &target)
 {
     finder_.Find(spans, target.place.fractionX, 1 << shift_, &masks_);
-    const GlyphMasks &masks = masks_;
-    const int32_t left = target.place.pixelX + masks.left, top = target.place.pixelY + masks.top;
-    const auto rows = static_cast<int32_t>(masks.rowEnds.size());
-    for (int32_t row = 0; row < rows; ++row)
-        target.buffer->PrefetchRow(top + row, left, left + masks.width - 1);
-    for (int32_t row = 0; row < rows; ++row)
-        target.buffer->PrefetchMasks(top + row, left, masks.Row(static_cast<size_t>(row)));
-    for (int32_t row = 0; row < rows; ++row) {
-        if (target.buffer->SelectRow(top + row))
-            target.buffer->PaintMasks(left, masks.Row(static_cast<size_t>(row)), ink_);
-    }
+    const PlacedRows<MaskedRun> rows = {target.place.pixelY + masks_.top, masks_.rowEnds, masks_.runs};
+    target.surface->Paint(PlacedMasks{rows, target.place.pixelX + masks_.left, masks_.width}, *target.clip,
+                          {ink_});
 }
 
 } // namespace vxhost::raster

@@ -3,8 +3,9 @@
 
 #include "devices/raster/Clip.h"
 #include "devices/raster/GlyphCache.h"
-#include "devices/raster/InkBuffer.h"
-#include "devices/raster/Painter.h"
+#include "devices/raster/Surface.h"
+
+#include <vector>
 
 namespace vxhost::raster
 {
@@ -21,17 +22,14 @@ class GlyphPainter
     void Begin(const Matrix &emsToSamples, const Ink &ink);
     // Paints a glyph, or whatever outline has that number on this page; 0: it is not to be kept. False, and nothing painted,
     // for an outline that reaches too far from its origin.
-    bool Paint(const Path &outline, uint64_t number, Point origin, const Clip &clip, InkBuffer *buffer);
+    bool Paint(const Path &outline, uint64_t number, Point origin, const Clip &clip, Surface *surface);
 
   private:
     struct Target {
         GlyphPlace place;
         const Clip *clip;
-        InkBuffer *buffer;
+        Surface *surface;
     };
-    // The spans of a glyph at its place, row by row as a scanner gives them.
-    class PlacedSpans;
-
     bool PaintFresh(const Path &outline, const Target &target);
     bool PaintKept(const Path &outline, const Target &target, KeptGlyph *glyph);
     void PaintSpans(const GlyphSpans &spans, const Target &target);
@@ -43,12 +41,12 @@ class GlyphPainter
     Ink ink_;
     GlyphCache cache_;
     GlyphScanner scanner_;
-    Painter painter_;
     GlyphShape shape_; // of a glyph that is not kept, with its spans
     GlyphSpans spans_;
     MaskFinder finder_;
     GlyphMasks masks_;
-    std::vector<Span> row_; // of spans at their place
+    std::vector<Span> placed_; // the spans of a glyph at its place
+    std::vector<uint32_t> placedEnds_;
 };
 
 } // namespace vxhost::raster

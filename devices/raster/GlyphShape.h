@@ -57,12 +57,6 @@ struct GlyphMasks {
     int32_t left = 0, top = 0, width = 0; // pixels, from that of the origin
     std::vector<uint32_t> rowEnds;        // places in runs, one for each row
     std::vector<MaskedRun> runs;
-
-    std::span<const MaskedRun> Row(size_t row) const
-    {
-        const size_t begin = row == 0 ? 0 : rowEnds[row - 1];
-        return std::span(runs).subspan(begin, rowEnds[row] - begin);
-    }
 };
 
 class GlyphShape

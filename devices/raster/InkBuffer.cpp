@@ -70,8 +70,8 @@ struct Band {
     }
 };
 
-InkBuffer::InkBuffer(int width, int height, int samples, bool tracked, MemoryCap *budget)
-    : width_(width), height_(height), samples_(samples), tracked_(tracked),
+InkBuffer::InkBuffer(int width, int height, int samples, bool tracked, MemoryCap *budget, int top)
+    : width_(width), height_(height), samples_(samples), top_(top), tracked_(tracked),
       fullMask_(samples == 8 ? ~uint64_t{0} : (uint64_t{1} << (samples * samples)) - 1),
       samplesPerBlock_(static_cast<size_t>(samples * samples)),
       blockWords_(samplesPerBlock_ + (tracked ? 2 : 0)), pairWords_(samples == 8 ? 3 : 1),
@@ -84,6 +84,7 @@ InkBuffer::~InkBuffer() = default;
 
 bool InkBuffer::SelectRow(int y)
 {
+    y -= top_;
     std::unique_ptr<Band> &band = bands_[static_cast<size_t>(y / kBandRows)];
     if (band == nullptr) {
         const auto rows = static_cast<size_t>(std::min(kBandRows, height_ - y / kBandRows * kBandRows));
@@ -186,6 +187,7 @@ void InkBuffer::PaintMasks(int left, std::span<const MaskedRun> runs, const Ink 
 
 void InkBuffer::PrefetchRow(int y, int left, int right) const
 {
+    y -= top_;
     Band *band = bands_[static_cast<size_t>(y / kBandRows)].get();
     if (band == nullptr)
         return;
@@ -204,6 +206,7 @@ void InkBuffer::PrefetchRow(int y, int left, int right) const
 
 void InkBuffer::PrefetchMasks(int y, int left, std::span<const MaskedRun> runs) const
 {
+    y -= top_;
     Band *band = bands_[static_cast<size_t>(y / kBandRows)].get();
     if (band == nullptr || band->blocks == 0)
         return;
@@ -357,6 +360,7 @@ bool InkBuffer::MakeBlock(int x, const Pair &pair)
 
 InkBuffer::Row InkBuffer::ReadRow(int y) const
 {
+    y -= top_;
     Row row;
     Band *band = bands_[static_cast<size_t>(y / kBandRows)].get();
     if (band == nullptr)

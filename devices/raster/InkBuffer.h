@@ -78,7 +78,8 @@ class InkBuffer
 {
   public:
     // samples: a side of a pixel, 1 to 8. tracked: the buffer also knows which samples were painted at all.
-    InkBuffer(int width, int height, int samples, bool tracked, MemoryCap *budget);
+    // Its rows are counted from top, which may be one further down a page.
+    InkBuffer(int width, int height, int samples, bool tracked, MemoryCap *budget, int top = 0);
     ~InkBuffer();
     InkBuffer(const InkBuffer &) = delete;
     InkBuffer &operator=(const InkBuffer &) = delete;
@@ -122,6 +123,7 @@ class InkBuffer
     }
 
     int Width() const { return width_; }
+    int Top() const { return top_; }
     int Height() const { return height_; }
     int Samples() const { return samples_; }
 
@@ -197,7 +199,7 @@ class InkBuffer
     void PaintPair(int x, uint64_t mask, const Ink &ink);
     void PaintBlock(int x, uint64_t mask, const Ink &ink);
 
-    const int width_, height_, samples_;
+    const int width_, height_, samples_, top_;
     const bool tracked_;
     const uint64_t fullMask_;
     const size_t samplesPerBlock_;

@@ -1,9 +1,12 @@
 // What one picture may hold in memory. Whoever allocates by the document's will takes first and gives back
 // later; once a taking was refused the picture has failed. What only saves time borrows: it gives back whatever somebody
 // else needs to take, and without it the picture is the same.
+//
+// Threads may take and give at the same time, of a cap of which nobody borrows.
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 
 namespace vxhost::raster
@@ -27,13 +30,24 @@ class MemoryCap
   public:
     explicit MemoryCap(uint64_t limit) : limit_(limit) {}
 
+    // Begins anew. Nothing may be taken or lent.
+    void Reset(uint64_t limit)
+    {
+        limit_ = limit;
+        used_ = 0;
+        exhausted_ = false;
+    }
+
     bool Take(uint64_t bytes)
     {
-        if (bytes > Left())
-            exhausted_ = true;
-        else
-            used_ += bytes;
-        if (borrowed_ > limit_ - used_)
+        uint64_t used = used_;
+        do {
+            if (bytes > limit_ - used) {
+                exhausted_ = true;
+                return false;
+            }
+        } while (!used_.compare_exchange_weak(used, used + bytes));
+        if (borrowed_ > Left())
             borrower_->GiveBack();
         return !exhausted_;
     }
@@ -56,9 +70,10 @@ class MemoryCap
 
   private:
     uint64_t limit_;
-    uint64_t used_ = 0, borrowed_ = 0;
+    std::atomic<uint64_t> used_ = 0;
+    std::atomic<bool> exhausted_ = false;
+    uint64_t borrowed_ = 0;
     Borrower *borrower_ = nullptr;
-    bool exhausted_ = false;
 };
 
 } // namespace vxhost::raster

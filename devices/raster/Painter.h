@@ -14,33 +14,11 @@ namespace vxhost::raster
 class Painter
 {
   public:
-    // Hands out the pixels of a shape, a scanner's or another's that keeps within the clip's limits, where the clip allows:
-    // lay(y, left, right, mask) for neighbours with one mask, in row y, which the buffer has selected.
-    template <class Shape, class Lay>
-    void Paint(Shape &&shape, const Clip &clip, InkBuffer *buffer, Lay &&lay)
-    {
-        const auto sweep = [&](auto &&row) {
-            shape.Sweep([&](int32_t y, std::span<const Span> spans) {
-                const std::span<const Span> visible = clip.Intersect(y, spans, &scratch_);
-                if (!visible.empty())
-                    row(y, visible);
-            });
-        };
-        PaintRows(sweep, buffer, lay);
-    }
-    // The same for a shape that covers all of the clip.
-    template <class Lay>
-    void Paint(const Clip &clip, InkBuffer *buffer, Lay &&lay)
-    {
-        PaintRows([&](auto &&row) { clip.Sweep(row); }, buffer, lay);
-    }
-
-  private:
-    void Begin(const InkBuffer &buffer);
-    void AddSpans(std::span<const Span> spans, int rowInPixel, const InkBuffer &buffer);
-
+    // Hands out the pixels of a shape, of those rows of samples that the buffer has: sweep(row) calls row(y, spans) for each
+    // that the shape covers, from the top. lay(y, left, right, mask) is called for neighbours with one mask, in row y of the
+    // pixels, which the buffer has selected.
     template <class Sweep, class Lay>
-    void PaintRows(Sweep &&sweep, InkBuffer *buffer, Lay &&lay)
+    void Paint(Sweep &&sweep, InkBuffer *buffer, Lay &&lay)
     {
         Begin(*buffer);
         int32_t pixelRow = -1;
@@ -61,6 +39,23 @@ class Painter
         });
         endRow();
     }
+    // The same of what of a shape the clip allows; the shape keeps within the clip's limits.
+    template <class Sweep, class Lay>
+    void PaintWithin(const Clip &clip, Sweep &&sweep, InkBuffer *buffer, Lay &&lay)
+    {
+        const auto sweepVisible = [&](auto &&row) {
+            sweep([&](int32_t y, std::span<const Span> spans) {
+                const std::span<const Span> visible = clip.Intersect(y, spans, &scratch_);
+                if (!visible.empty())
+                    row(y, visible);
+            });
+        };
+        Paint(sweepVisible, buffer, lay);
+    }
+
+  private:
+    void Begin(const InkBuffer &buffer);
+    void AddSpans(std::span<const Span> spans, int rowInPixel, const InkBuffer &buffer);
 
     template <class Lay>
     void LayRow(const InkBuffer &buffer, Lay &&lay)

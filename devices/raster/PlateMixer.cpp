@@ -6,11 +6,10 @@
 namespace vxhost::raster
 {
 
-PlateMixer::PlateMixer(const InkBuffer &buffer)
-    : buffer_(buffer), samplesPerPixel_(static_cast<unsigned>(buffer.Samples() * buffer.Samples()))
+PlateMixer::PlateMixer(int width, int samples) : samplesPerPixel_(static_cast<unsigned>(samples * samples))
 {
     for (std::vector<uint8_t> &row : rows_)
-        row.resize(static_cast<size_t>(buffer.Width()));
+        row.resize(static_cast<size_t>(width));
 }
 
 InkWord PlateMixer::MeanOf(const InkBuffer::Row &row, int x) const
@@ -27,10 +26,10 @@ InkWord PlateMixer::MeanOf(const InkBuffer::Row &row, int x) const
     return mean;
 }
 
-void PlateMixer::Mix(int y)
+void PlateMixer::Mix(const InkBuffer &buffer, int y)
 {
-    const InkBuffer::Row row = buffer_.ReadRow(y);
-    for (int x = 0; x < buffer_.Width(); ++x) {
+    const InkBuffer::Row row = buffer.ReadRow(y);
+    for (int x = 0; x < buffer.Width(); ++x) {
         const InkWord ink = row.IsBlank() ? 0 : row.IsSplit(x) ? MeanOf(row, x) : row.Pixel(x);
         for (size_t i = 0; i < rows_.size(); ++i)
             rows_[i][static_cast<size_t>(x)] = static_cast<uint8_t>(ink >> (8 * i));

@@ -14,16 +14,16 @@ namespace vxhost::raster
 class PlateMixer
 {
   public:
-    explicit PlateMixer(const InkBuffer &buffer);
+    // width: that of a row, in pixels of so many samples a side.
+    PlateMixer(int width, int samples);
 
     // Mixes row y. Rows holds what is mixed until the next call.
-    void Mix(int y);
+    void Mix(const InkBuffer &buffer, int y);
     const std::vector<uint8_t> &Row(size_t channel) const { return rows_[channel]; }
 
   private:
     InkWord MeanOf(const InkBuffer::Row &row, int x) const;
 
-    const InkBuffer &buffer_;
     unsigned samplesPerPixel_;
     std::array<std::vector<uint8_t>, 4> rows_;
 };

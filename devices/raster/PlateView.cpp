@@ -1,4 +1,4 @@
-// The samples of all buffers are those of one page: what one point of it has of all inks is one sample of each.
+// The samples of all pages are those of one page: what one point of it has of all inks is one sample of each.
 #include "devices/raster/PlateView.h"
 
 #include "devices/raster/PixelMean.h"
@@ -9,12 +9,11 @@
 namespace vxhost::raster
 {
 
-PlateView::PlateView(std::span<const std::unique_ptr<InkBuffer>> buffers, std::vector<Alternate> inks,
+PlateView::PlateView(std::span<const std::unique_ptr<Surface>> pages, std::vector<Alternate> inks,
                      const RasterOptions &options, ScreenColours *colours)
-    : buffers_(buffers), inks_(std::move(inks)), isGray_(options.plates->isGray),
-      background_(options.background),
+    : pages_(pages), inks_(std::move(inks)), isGray_(options.plates->isGray), background_(options.background),
       samples_(static_cast<size_t>(options.samples) * static_cast<size_t>(options.samples)),
-      colours_(colours), words_(buffers.size()), pixel_(buffers.size())
+      colours_(colours), words_(pages.size()), pixel_(pages.size())
 {
 }
 
@@ -45,9 +44,9 @@ Rgb PlateView::FindColour()
 void PlateView::Mix(int y, uint8_t *bytes)
 {
     rows_.clear();
-    for (const std::unique_ptr<InkBuffer> &buffer : buffers_)
-        rows_.push_back(buffer->ReadRow(y));
-    const int width = buffers_.front()->Width();
+    for (const std::unique_ptr<Surface> &page : pages_)
+        rows_.push_back(page->BufferOf(y).ReadRow(y));
+    const int width = pages_.front()->Width();
     for (int x = 0; x < width; ++x) {
         if (std::ranges::any_of(rows_, [x](const auto &row) { return !row.IsBlank() && row.IsSplit(x); })) {
             bytes = MixSamples(x, bytes);

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "devices/colour/ScreenColours.h"
-#include "devices/raster/InkBuffer.h"
 #include "devices/raster/RasterOptions.h"
+#include "devices/raster/Surface.h"
 
 #include <array>
 #include <cstddef>
@@ -20,8 +20,8 @@ class PlateView
     // Says which process inks stand in for all of an ink.
     using Alternate = std::array<double, 4>;
 
-    // Each buffer has four of the inks, the last one the rest. They and the colours must outlive this object.
-    PlateView(std::span<const std::unique_ptr<InkBuffer>> buffers, std::vector<Alternate> inks,
+    // Each page has four of the inks, the last one the rest. They and the colours must outlive this object.
+    PlateView(std::span<const std::unique_ptr<Surface>> pages, std::vector<Alternate> inks,
               const RasterOptions &options, ScreenColours *colours);
 
     // Mixes row y. The bytes of a pixel are three with a background, else four.
@@ -33,15 +33,15 @@ class PlateView
     Rgb FindColour();
     uint8_t *MixSamples(int x, uint8_t *bytes);
 
-    std::span<const std::unique_ptr<InkBuffer>> buffers_;
+    std::span<const std::unique_ptr<Surface>> pages_;
     std::vector<Alternate> inks_;
     bool isGray_;
     std::optional<Rgb> background_;
     size_t samples_; // of a pixel
     ScreenColours *colours_;
 
-    std::vector<InkBuffer::Row> rows_; // one of each buffer
-    std::vector<InkWord> words_;       // of the sample at hand, one a buffer
+    std::vector<InkBuffer::Row> rows_; // one of each page
+    std::vector<InkWord> words_;       // of the sample at hand, one a page
     std::vector<InkWord> known_;       // of the one before it, whose colour is
     Rgb colour_;
     std::vector<std::array<InkWord, kMostSamples>> pixel_; // the samples of the pixel at hand

@@ -1,5 +1,5 @@
 // The device only brings the parts together: a path is flattened and, for a stroke, outlined into the
-// scanner; the painter lays the scanner's rows into the ink buffer where the clip allows; at the end rows
+// scanner; the surface paints the scanner's shape where the clip allows; at the end rows
 // are mixed and handed out.
 #include "devices/raster/RasterDevice.h"
 
@@ -9,9 +9,7 @@
 #include "devices/raster/Dasher.h"
 #include "devices/raster/Flatten.h"
 #include "devices/raster/GlyphPainter.h"
-#include "devices/raster/InkBuffer.h"
 #include "devices/raster/InkChannels.h"
-#include "devices/raster/Painter.h"
 #include "devices/raster/PlateMixer.h"
 #include "devices/raster/PlateView.h"
 #include "devices/raster/Plates.h"
@@ -20,6 +18,7 @@
 #include "devices/raster/RowMixer.h"
 #include "devices/raster/Shader.h"
 #include "devices/raster/Stroker.h"
+#include "devices/raster/Surface.h"
 
 #include <algorithm>
 #include <array>
@@ -40,19 +39,13 @@ namespace
 // Of the memory that a picture may hold, the part that the edges of one shape may take.
 constexpr uint64_t kEdgeShare = 4;
 
+// Of what is left of it, the part that glyphs may take from a crew.
+constexpr uint64_t kPartOfGlyphs = 8;
+
 constexpr double kPointsPerInch = 72;
 
 // A stroke is painted in parts of about this many edges: its parts may overlap, since they have one ink.
 constexpr size_t kStrokeEdges = 1u << 16;
-
-struct FlatInk {
-    InkBuffer *buffer;
-    Ink ink;
-    void operator()(int /*y*/, int left, int right, uint64_t mask) const
-    {
-        buffer->Paint(left, right, mask, ink);
-    }
-};
 
 // Collects a subpath, then strokes it. A lone Move paints nothing.
 template <class Finish>
@@ -119,9 +112,9 @@ class RasterDevice : public Device
         clipState_ = ClipState::Made;
         clips_.Reset({}); // masks give back to the budget, so they go before it
         glyphs_.Reset(options_.samples, 0, &budget_);
-        buffer_.reset();
+        surface_.reset();
         if (earlier_.empty())
-            budget_ = MemoryCap(options_.memoryLimit);
+            budget_.Reset(options_.memoryLimit);
         if (failure_)
             return;
         const int n = options_.samples;
@@ -129,9 +122,9 @@ class RasterDevice : public Device
         const double scaleY = size_.height * n / page.box.Height();
         toSamples_ = {scaleX, 0, 0, -scaleY, -page.box.left * scaleX, page.box.top * scaleY};
         clips_.Reset({0, 0, size_.width * n, size_.height * n});
-        buffer_ = std::make_unique<InkBuffer>(size_.width, size_.height, n,
-                                              RowMixer::NeedsPainted(options_.background), &budget_);
-        glyphs_.Reset(n, static_cast<size_t>(std::min<uint64_t>(options_.glyphMemory, SIZE_MAX)), &budget_);
+        surface_ = std::make_unique<Surface>(
+            size_.width, size_.height, n, RowMixer::NeedsPainted(options_.background), &budget_, FindCrew());
+        ResetGlyphs();
     }
 
     void Save() override
@@ -150,7 +143,7 @@ class RasterDevice : public Device
     void ClipPath(const Path &path) override
     {
         MakeClip();
-        if (buffer_ == nullptr || clips_.Top().Limits().IsEmpty())
+        if (surface_ == nullptr || clips_.Top().Limits().IsEmpty())
             return;
         lastClip_ = path;
         clipState_ = ClipState::Due;
@@ -162,12 +155,11 @@ class RasterDevice : public Device
         const Ink ink = channels_.Find(paint);
         if (!IsSeen(path, 0) || ink.keep == ~InkWord{0})
             return;
-        const FlatInk lay = {buffer_.get(), ink};
         // Documents like to fill what they just clipped to: that shape is the clip, and known already.
         if (path == lastClip_)
-            painter_.Paint(clips_.Top(), buffer_.get(), lay);
+            surface_->Paint(WholeClip(), clips_.Top(), {ink});
         else
-            PaintFill(path, lay);
+            PaintFill(path, {ink});
     }
 
     void StrokePath(const Path &path, const StrokeStyle &style, const Paint &paint) override
@@ -181,7 +173,6 @@ class RasterDevice : public Device
         const double reach = stroker_.Reach();
         if (!IsSeen(path, reach) || ink.keep == ~InkWord{0})
             return;
-        const FlatInk lay = {buffer_.get(), ink};
         const bool dashed = dasher_.Begin(style, userToSamples, limits, &stroker_);
         BeginScan();
         const auto finish = [&](bool closed) {
@@ -189,8 +180,8 @@ class RasterDevice : public Device
                 closed ? dasher_.DashClosed(points_) : dasher_.DashOpen(points_);
             else
                 closed ? stroker_.StrokeClosed(points_) : stroker_.StrokeOpen(points_);
-            if (scanner_.EdgeCount() > kStrokeEdges) {
-                PaintScanned(lay);
+            if (scanner_.Edges().size() > kStrokeEdges) {
+                PaintScanned({ink});
                 BeginScan();
             }
         };
@@ -198,12 +189,12 @@ class RasterDevice : public Device
         StrokeLines<decltype(finish)> lines{&points_, finish};
         Flatten(path, toSamples_, limits, reach, lines);
         lines.End();
-        PaintScanned(lay);
+        PaintScanned({ink});
     }
 
     bool PaintsGlyphs(const Matrix &emsToPage) const override
     {
-        return buffer_ != nullptr && glyphs_.CanPaint(Product(emsToPage, toSamples_));
+        return surface_ != nullptr && glyphs_.CanPaint(Product(emsToPage, toSamples_));
     }
     void BeginGlyphs(const Matrix &emsToPage, const Paint &paint) override
     {
@@ -216,7 +207,7 @@ class RasterDevice : public Device
     {
         const Clip &clip = clips_.Top();
         if (budget_.IsExhausted() || clip.Limits().IsEmpty() ||
-            glyphs_.Paint(outline, number, toSamples_.Map(origin), clip, buffer_.get()))
+            glyphs_.Paint(outline, number, toSamples_.Map(origin), clip, surface_.get()))
             return;
         Path placed;
         AppendOutline(outline, {emsToPage_.a, emsToPage_.b, emsToPage_.c, emsToPage_.d, origin.x, origin.y},
@@ -227,20 +218,18 @@ class RasterDevice : public Device
     // Each part of a shading has an outline of its own, so that samples on the edge between two belong to one of them.
     void Shade(const Shading &shading) override
     {
-        if (buffer_ == nullptr || budget_.IsExhausted())
+        if (surface_ == nullptr || budget_.IsExhausted())
             return;
         if (!shader_.Begin(shading, toSamples_, options_.samples, channels_)) {
             PaintAsShapes(shading, this);
             return;
         }
-        const auto lay = [&](int y, int left, int right, uint64_t mask) {
-            shader_.Paint(y, left, right, mask, buffer_.get());
-        };
+        const Coat coat = {{}, &shader_.Part()};
         while (shader_.NextPart()) {
             if (clipState_ == ClipState::Due && shader_.IsOnlyPart() && CoversDueClip()) {
                 clipState_ = ClipState::DueAgain;
                 shader_.MixInks();
-                PaintFill(lastClip_, lay);
+                PaintFill(lastClip_, coat);
                 return;
             }
             MakeClip();
@@ -248,25 +237,31 @@ class RasterDevice : public Device
                 continue;
             shader_.MixInks();
             if (shader_.Outline() == lastClip_ || shader_.Covers(clips_.Top().Limits()))
-                painter_.Paint(clips_.Top(), buffer_.get(), lay);
+                surface_->Paint(WholeClip(), clips_.Top(), coat);
             else
-                PaintFill(shader_.Outline(), lay);
+                PaintFill(shader_.Outline(), coat);
         }
     }
 
     Failure EndPage() override
     {
-        if (!failure_ && budget_.IsExhausted())
+        if (surface_ != nullptr)
+            surface_->Finish();
+        budget_.Give(std::exchange(glyphsTaken_, 0));
+        // A crew takes more memory. What does not suffice for it may suffice without.
+        isAlone_ = surface_ != nullptr && surface_->HasCrew() && budget_.IsExhausted();
+        if (!failure_ && !isAlone_ && budget_.IsExhausted())
             failure_ = {FailureKind::OutOfMemory,
                         "the picture needs more memory than " + std::to_string(options_.memoryLimit >> 20) +
                             " MiB: choose a smaller size, fewer samples or a higher limit"};
-        if (!failure_)
+        if (!failure_ && !isAlone_)
             failure_ = WriteRows();
-        buffer_.reset();
+        surface_.reset();
         if (failure_)
             earlier_.clear();
         return failure_;
     }
+    bool WantsPageAgain() const override { return isAlone_; }
 
   protected:
     virtual Failure WriteRows() = 0;
@@ -277,8 +272,8 @@ class RasterDevice : public Device
     MemoryCap budget_;
     std::unique_ptr<ScreenColours> colours_; // null: no colours of a screen are wanted
     InkChannels channels_;
-    std::unique_ptr<InkBuffer> buffer_;
-    std::vector<std::unique_ptr<InkBuffer>> earlier_; // of other inks, for which the page was drawn before
+    std::unique_ptr<Surface> surface_;
+    std::vector<std::unique_ptr<Surface>> earlier_; // of other inks, for which the page was drawn before
 
   private:
     RasterDevice(const RasterOptions &options, std::unique_ptr<ScreenColours> colours, InkChannels channels)
@@ -294,7 +289,7 @@ class RasterDevice : public Device
     bool IsSeen(const Path &path, double reach) const
     {
         const Bounds &limits = clips_.Top().Limits();
-        return buffer_ != nullptr && !budget_.IsExhausted() && !limits.IsEmpty() &&
+        return surface_ != nullptr && !budget_.IsExhausted() && !limits.IsEmpty() &&
                !FindExtent(path, toSamples_).Misses(limits, reach);
     }
     bool CoversDueClip() const
@@ -307,6 +302,26 @@ class RasterDevice : public Device
     {
         return {m.a * toSamples_.a, m.b * toSamples_.d, m.c * toSamples_.a, m.d * toSamples_.d, 0, 0};
     }
+    Crew *FindCrew() const
+    {
+        const uint64_t pixels = static_cast<uint64_t>(size_.width) * static_cast<uint64_t>(size_.height);
+        const bool pays = pixels >= options_.leastCrewPixels && !options_.plates; // whose pages share one cap
+        return pays && !isAlone_ ? options_.crew : nullptr;
+    }
+    // What is lent has one thread that takes, so with a crew glyphs are kept in memory that nobody else can have.
+    void ResetGlyphs()
+    {
+        uint64_t most = options_.glyphMemory;
+        glyphsTaken_ = 0;
+        if (surface_->HasCrew()) {
+            if (most > budget_.Left() / kPartOfGlyphs || !budget_.Take(most))
+                most = 0;
+            glyphBudget_.Reset(most);
+            glyphsTaken_ = most;
+        }
+        glyphs_.Reset(options_.samples, static_cast<size_t>(std::min<uint64_t>(most, SIZE_MAX)),
+                      surface_->HasCrew() ? &glyphBudget_ : &budget_);
+    }
     uint64_t EdgeBytes() const { return options_.memoryLimit / kEdgeShare; }
     void BeginScan() { scanner_.Begin(clips_.Top().Limits(), EdgeBytes()); }
     void ScanFill(const Path &path)
@@ -316,19 +331,18 @@ class RasterDevice : public Device
         Flatten(path, toSamples_, clips_.Top().Limits(), 0, outline);
         outline.Close();
     }
-    template <class Lay>
-    void PaintScanned(const Lay &lay)
+    void PaintScanned(const Coat &coat)
     {
+        const EdgeShape shape = {scanner_.Edges(), scanner_.Reported()};
         if (scanner_.IsOverfull())
             budget_.Fail();
-        else
-            painter_.Paint(scanner_, clips_.Top(), buffer_.get(), lay);
+        else if (!shape.edges.empty())
+            surface_->Paint(shape, clips_.Top(), coat);
     }
-    template <class Lay>
-    void PaintFill(const Path &path, const Lay &lay)
+    void PaintFill(const Path &path, const Coat &coat)
     {
         ScanFill(path);
-        PaintScanned(lay);
+        PaintScanned(coat);
     }
     void MakeClip()
     {
@@ -342,15 +356,17 @@ class RasterDevice : public Device
     }
 
     Failure failure_;
+    bool isAlone_ = false; // memory did not last with a crew
     Matrix toSamples_;
     ClipStack clips_;
     Path lastClip_; // the path of the latest clip, as long as that is in force
     ClipState clipState_ = ClipState::Made;
     Scanner scanner_;
-    Painter painter_;
     Stroker stroker_;
     Dasher dasher_;
     Shader shader_;
+    MemoryCap glyphBudget_{0}; // of a page that a crew paints
+    uint64_t glyphsTaken_ = 0; // for it
     GlyphPainter glyphs_;
     Matrix emsToPage_; // of the glyphs, with their paint
     Paint glyphPaint_;
@@ -435,7 +451,7 @@ class ScreenDevice : public SpotsDevice
         DrawNext(inks_, 0);
     }
 
-    bool WantsPageAgain() const override { return !earlier_.empty(); }
+    bool WantsPageAgain() const override { return RasterDevice::WantsPageAgain() || !earlier_.empty(); }
 
   protected:
     using MixRow = std::function<void(int y, uint8_t *bytes)>;
@@ -453,7 +469,7 @@ class ScreenDevice : public SpotsDevice
         if (options_.plates)
             return KeepPlates();
         RowMixer mixer(colours_.get(), options_.background, options_.samples);
-        return WritePicture([&](int y, uint8_t *bytes) { mixer.Mix(*buffer_, y, bytes); });
+        return WritePicture([&](int y, uint8_t *bytes) { mixer.Mix(surface_->BufferOf(y), y, bytes); });
     }
 
   private:
@@ -465,7 +481,7 @@ class ScreenDevice : public SpotsDevice
 
     Failure KeepPlates()
     {
-        earlier_.push_back(std::move(buffer_));
+        earlier_.push_back(std::move(surface_));
         const size_t done = earlier_.size() * InkChannels::kCount;
         DrawNext(inks_, std::min(done, inks_.size()));
         if (done < inks_.size())
@@ -585,7 +601,7 @@ class PlatesDevice final : public SpotsDevice
             AddInk(ink);
     }
 
-    bool WantsPageAgain() const override { return done_ < inks_.size(); }
+    bool WantsPageAgain() const override { return RasterDevice::WantsPageAgain() || done_ < inks_.size(); }
 
   protected:
     Failure WriteRows() override
@@ -599,10 +615,10 @@ class PlatesDevice final : public SpotsDevice
                             page_.title,
                             inks_};
         Failure failure = sink_->Begin(sheet, inks);
-        PlateMixer mixer(*buffer_);
+        PlateMixer mixer(size_.width, options_.samples);
         std::vector<const uint8_t *> plates(inks.size());
         for (int y = 0; y < size_.height && !failure; ++y) {
-            mixer.Mix(y);
+            mixer.Mix(surface_->BufferOf(y), y);
             for (size_t i = 0; i < plates.size(); ++i)
                 plates[i] = mixer.Row(i).data();
             failure = sink_->TakeRow(plates);
@@ -668,7 +684,7 @@ class ProbedPage final : public RasterDevice
     }
     InkWord Pixel() const
     {
-        const InkBuffer::Row row = buffer_->ReadRow(0);
+        const InkBuffer::Row row = surface_->BufferOf(0).ReadRow(0);
         return row.IsBlank() ? 0 : row.Pixel(0);
     }
 };

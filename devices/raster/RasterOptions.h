@@ -12,6 +12,8 @@
 namespace vxhost
 {
 
+class Crew;
+
 inline constexpr double kMaxSide = 131072; // pixels
 
 // Inks of which alone a picture is made, whatever overprints what: each in its own colour, or as gray, in which black is a full ink.
@@ -34,6 +36,8 @@ struct RasterOptions : ScreenOptions {
     uint64_t memoryLimit = uint64_t{1} << 30;
     uint64_t glyphMemory = uint64_t{8}
                            << 20; // of that, the part that glyphs may be kept in; 0 gives the same picture
+    Crew *crew = nullptr; // paints pictures of so many pixels or more, which are the same; null: nobody does
+    uint64_t leastCrewPixels = 0;
 };
 
 struct PictureSize {

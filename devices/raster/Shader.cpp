@@ -41,12 +41,13 @@ bool Shader::Begin(const Shading &shading, const Matrix &toSamples, int samples,
     shading_ = &shading;
     channels_ = &channels;
     firstSpan_ = endSpan_ = 0;
+    part_.kind_ = shading.kind;
     samples_ = samples;
     const double pixels = 1.0 / samples;
-    toUnit_ = Inverse(Product(Product(shading.matrix, toSamples), {pixels, 0, 0, pixels, 0, 0}));
-    isLevel_ = shading.kind == ShadingKind::Axial && toUnit_.a == 0;
+    part_.toUnit_ = Inverse(Product(Product(shading.matrix, toSamples), {pixels, 0, 0, pixels, 0, 0}));
+    part_.isLevel_ = shading.kind == ShadingKind::Axial && part_.toUnit_.a == 0;
     if (shading.kind == ShadingKind::Axial)
-        return IsUsable(toUnit_);
+        return IsUsable(part_.toUnit_);
     if (!AreNested(shading.first, shading.last))
         return false;
     // In radii of the first circle and along the way of the centres, the circle of t around a point (x, y) solves
@@ -61,9 +62,9 @@ bool Shader::Begin(const Shading &shading, const Matrix &toSamples, int samples,
     const Matrix toRadii = {
         scale, 0, 0, scale, -shading.first.centre.x * scale, -shading.first.centre.y * scale};
     const Matrix toCone = {grows * along.x, -across * along.y, grows * along.y, across * along.x, move, 0};
-    toCone_ = Product(Product(toUnit_, toRadii), toCone);
+    part_.toCone_ = Product(Product(part_.toUnit_, toRadii), toCone);
     cone_ = {-1 / grows, move / (grows * a), 1 / a};
-    return IsUsable(toUnit_) && IsUsable(toCone_);
+    return IsUsable(part_.toUnit_) && IsUsable(part_.toCone_);
 }
 
 bool Shader::RunsOn(const ColourSpan &span, const ColourSpan &next) const
@@ -90,18 +91,6 @@ bool Shader::NextPart()
     return true;
 }
 
-// The places of pixels in a radial shading: the smaller the circle that a pixel lies on, the larger its place.
-struct Shader::RadialPlaces {
-    float x, y, stepX, stepY; // in the cone, of the first pixel, and on to the next
-    float tip, perX, perLength;
-
-    float operator()(float i) const
-    {
-        const float atX = x + stepX * i, atY = y + stepY * i;
-        return tip + perX * atX + perLength * std::sqrt(atX * atX + atY * atY);
-    }
-};
-
 // It does if the corners lie in the part, which has no dents.
 bool Shader::Covers(const Bounds &samples) const
 {
@@ -110,7 +99,7 @@ bool Shader::Covers(const Bounds &samples) const
     const Point centre = first.centre + (last.centre - first.centre) * from;
     const double radius = kInsideCurves * (first.radius + (last.radius - first.radius) * from);
     const auto isInside = [&](int32_t x, int32_t y) {
-        const Point unit = toUnit_.Map({x / samples_, y / samples_});
+        const Point unit = part_.toUnit_.Map({x / samples_, y / samples_});
         if (shading_->kind == ShadingKind::Radial)
             return Length(unit - centre) < radius;
         return unit.x > from && unit.x < to && unit.y > 0 && unit.y < 1;
@@ -123,12 +112,13 @@ bool Shader::Covers(const Bounds &samples) const
 double Shader::PixelsAcross() const
 {
     if (shading_->kind == ShadingKind::Axial)
-        return 1 / std::hypot(toUnit_.a, toUnit_.c);
+        return 1 / std::hypot(part_.toUnit_.a, part_.toUnit_.c);
     const double shrinks = shading_->first.radius - shading_->last.radius;
     const double moves = Length(shading_->last.centre - shading_->first.centre);
-    const double area = std::abs(Determinant(toUnit_));
+    const double area = std::abs(Determinant(part_.toUnit_));
     // The longer axis of an ellipse is no longer than this diagonal.
-    const double diagonal = std::hypot(toUnit_.a, toUnit_.b, std::hypot(toUnit_.c, toUnit_.d)) / area;
+    const double diagonal =
+        std::hypot(part_.toUnit_.a, part_.toUnit_.b, std::hypot(part_.toUnit_.c, part_.toUnit_.d)) / area;
     return (shrinks + moves) * diagonal;
 }
 
@@ -148,18 +138,18 @@ void Shader::MixInks()
     const double length = last->to - first->from;
     const double wanted = std::ceil(length * PixelsAcross() * kInksPerPixel);
     const double intervals = wanted < kMaxInks ? std::max(wanted, 2.0) - 1 : kMaxInks - 1;
-    start_ = first->from;
-    perUnit_ = intervals / length;
-    tip_ = static_cast<float>((cone_.tip - start_) * perUnit_ + kHalf);
-    perX_ = static_cast<float>(cone_.perX * perUnit_);
-    perLength_ = static_cast<float>(cone_.perLength * perUnit_);
-    inks_.clear();
-    kept_.clear();
+    part_.start_ = first->from;
+    part_.perUnit_ = intervals / length;
+    part_.tip_ = static_cast<float>((cone_.tip - part_.start_) * part_.perUnit_ + kHalf);
+    part_.perX_ = static_cast<float>(cone_.perX * part_.perUnit_);
+    part_.perLength_ = static_cast<float>(cone_.perLength * part_.perUnit_);
+    part_.inks_.clear();
+    part_.kept_.clear();
     for (const ColourSpan *span = first; span < last; ++span)
-        MixSpan(*span, static_cast<size_t>((span->to - start_) * perUnit_) + 1);
+        MixSpan(*span, static_cast<size_t>((span->to - part_.start_) * part_.perUnit_) + 1);
     MixSpan(*last, static_cast<size_t>(intervals) + 1);
-    if (std::ranges::all_of(kept_, [](InkWord keep) { return keep == 0; }))
-        kept_.clear();
+    if (std::ranges::all_of(part_.kept_, [](InkWord keep) { return keep == 0; }))
+        part_.kept_.clear();
 }
 
 Shader::Step Shader::StepOf(const Colour &colour) const
@@ -189,19 +179,31 @@ void Shader::MixSpan(const ColourSpan &span, size_t count)
     const auto end = static_cast<double>(last * kParts);
     const double perUnit =
         end / (span.to - span.from); // not a number, or infinite, for a span without length
-    const double first = (start_ - span.from) * perUnit, perInk = perUnit / perUnit_;
-    for (size_t i = inks_.size(); i < count; ++i) {
+    const double first = (part_.start_ - span.from) * perUnit, perInk = perUnit / part_.perUnit_;
+    for (size_t i = part_.inks_.size(); i < count; ++i) {
         const double place = first + static_cast<double>(i) * perInk;
         const auto parts = static_cast<uint64_t>(static_cast<int64_t>(place > 0 ? std::min(place, end) : 0));
         const auto at = static_cast<size_t>(parts / kParts);
         const Step &step = steps_[at], &next = steps_[std::min<size_t>(at + 1, last)];
-        inks_.push_back(Mix(step, next, parts % kParts));
+        part_.inks_.push_back(Mix(step, next, parts % kParts));
         if (shading_->overprint)
-            kept_.push_back(parts % kParts == 0 ? step.keep : step.keep & next.keep);
+            part_.kept_.push_back(parts % kParts == 0 ? step.keep : step.keep & next.keep);
     }
 }
 
-Ink Shader::InkAt(float place) const
+// The places of pixels in a radial shading: the smaller the circle that a pixel lies on, the larger its place.
+struct ShadedPart::RadialPlaces {
+    float x, y, stepX, stepY; // in the cone, of the first pixel, and on to the next
+    float tip, perX, perLength;
+
+    float operator()(float i) const
+    {
+        const float atX = x + stepX * i, atY = y + stepY * i;
+        return tip + perX * atX + perLength * std::sqrt(atX * atX + atY * atY);
+    }
+};
+
+Ink ShadedPart::InkAt(float place) const
 {
     const auto at = static_cast<size_t>(place);
     return {inks_[at], kept_.empty() ? 0 : kept_[at]};
@@ -209,10 +211,10 @@ Ink Shader::InkAt(float place) const
 
 // Calls use with what tells the place of a pixel by its distance from left.
 template <class Use>
-void Shader::WithPlaces(int y, int left, Use &&use) const
+void ShadedPart::WithPlaces(int y, int left, Use &&use) const
 {
     const Point centre = {left + 0.5, y + 0.5};
-    if (shading_->kind == ShadingKind::Radial) {
+    if (kind_ == ShadingKind::Radial) {
         const Point at = toCone_.Map(centre);
         use(RadialPlaces{static_cast<float>(at.x), static_cast<float>(at.y), static_cast<float>(toCone_.a),
                          static_cast<float>(toCone_.b), tip_, perX_, perLength_});
@@ -222,7 +224,7 @@ void Shader::WithPlaces(int y, int left, Use &&use) const
     }
 }
 
-void Shader::PaintAlike(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
+void ShadedPart::PaintAlike(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
 {
     WithPlaces(y, left, [&](const auto &placeAt) {
         buffer->Paint(left, right, mask, InkAt(Clamped(placeAt(0), LastPlace())));
@@ -230,7 +232,7 @@ void Shader::PaintAlike(int y, int left, int right, uint64_t mask, InkBuffer *bu
 }
 
 // Places are found in batches of loops without a branch, which the compiler turns into vectors.
-void Shader::PaintRow(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
+void ShadedPart::PaintRow(int y, int left, int right, uint64_t mask, InkBuffer *buffer) const
 {
     const bool replaces = kept_.empty() && buffer->IsWhole(mask);
     InkWord *pixels = replaces ? buffer->Replace(left, right) : nullptr;

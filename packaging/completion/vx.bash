@@ -69,7 +69,7 @@ _vx()
             text) words="--json --layers --hide $every" ;;
             trace) words="--json --structure $every" ;;
             fonts) words="--list --json $every" ;;
-            render) words="--force --no-mkdir --merge --premis $picture $every" ;;
+            render) words="--force --no-mkdir --merge --premis --jobs $picture $every" ;;
             view) words='--port --no-browser --help' ;;
             verify) words="--json ${picture#--output } $every" ;;
             diff) words="--side-by-side --tolerance --only --json --force ${picture/--format /} $every" ;;

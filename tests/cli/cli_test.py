@@ -139,6 +139,11 @@ class Usage(CommandTest):
         (["render", "a.vx", "-o", "a.png", "--font-dir", "none"], "--font-dir none: no such directory"),
         (["render", "a.vx", "-o", "a.png", "--font-map", "none"], "--font-map none: no such file"),
         (["render", "a.vx", "-o", "a.png", "--missing-fonts", "hide"], "--missing-fonts hide: not known"),
+        (["render", "a.vx", "-o", "a.png", "-j", "0"], "--jobs 0"),
+        (["render", "a.vx", "-o", "a.png", "-j", "257"], "--jobs 257"),
+        (["render", "a.vx", "-o", "a.pdf", "-j", "2"], "--jobs is for png and tiff, and pdf is written"),
+        (["render", "a.vx", "-o", "a.{ext}", "-f", "pdf,svg", "-j", "2"], "--jobs is for png and tiff, and pdf and svg are written"),
+        (["render", "a.vx", "-o", "a.pdf", "--merge", "-j", "2"], "--jobs is for png and tiff, and pdf is written"),
         (["fonts", "--list", "a.vx"], "--list and FILE"),
         (["fonts"], "no FILE"),
         (["batch", "-", "-"], "standard input can be read once"),
@@ -1468,6 +1473,27 @@ class Worker(CommandTest):
                     return
             time.sleep(0.05)
         self.fail("the worker is still there")
+
+    def test_several_threads_draw_what_one_draws(self):
+        """Confined, whatever their number; a drawing with text is read twice."""
+        shapes = "".join(f"{i % 10 / 10} g\n{i * 37 % 83} {i * 101 % 83} m\n{i * 7 % 90} {i * 3 % 90} L\n"
+                         f"{i * 13 % 90} {i * 29 % 90} L\nf\n" for i in range(2000))
+        text = "0 g\n0 To\n1 0 0 1 2 2 0 Tp\nTP\n0 Tr\n/_Helvetica 12 Tf\n(Hand) Tx\nTO\n"
+        self.write("a.vx", document(shapes + text))
+        for name in ("one.png", "one.tiff"):
+            self.run_vx("render", "a.vx", "-o", name, "--fit", "500", "-j", "1")
+            alone = self.read(name)
+            for jobs in ("2", "3", "8", "64"):
+                self.run_vx("render", "a.vx", "-o", name, "--force", "--fit", "500", "-j", jobs)
+                self.assertEqual(self.read(name), alone, (name, jobs))
+
+    def test_as_many_threads_draw_as_can_be_had(self):
+        self.write("a.vx", document())
+        self.run_vx("render", "a.vx", "-o", "a.png", "-j", "1")
+        alone = self.read("a.png")
+        # Stacks of so many threads do not fit into the limit.
+        self.run_vx("render", "a.vx", "-o", "a.png", "-j", "256", "--max-memory", "24M")
+        self.assertEqual(self.read("a.png"), alone)
 
     def test_a_crash_is_one_message(self):
         self.assertIn("crashed", self.hostile("crash", status=6))

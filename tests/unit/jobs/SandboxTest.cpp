@@ -1,12 +1,18 @@
 // What a process that was confined can still reach of files. It is another than that of the tests.
 #include "jobs/Sandbox.h"
 
+#include "jobs/ThreadCrew.h"
 #include "tests/unit/jobs/JobsFolder.h"
 
+#include <atomic>
+#include <barrier>
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <functional>
 #include <netinet/in.h>
+#include <pthread.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -108,6 +114,86 @@ TEST_F(SandboxTest, PassesOverWhatIsNotThere)
     fs::create_directory(Path("none"));
     Write("none/one", "");
     EXPECT_EQ(ReadBy(rules, Path("none/one")), EACCES);
+}
+
+class ConfinedThreads : public SandboxTest
+{
+  protected:
+    static constexpr size_t kThreads = 4;
+
+    // The probes whose outcome is not the expected one in some thread of a confined process: bit i is that of probe i. 255: it is
+    // not confined, or has other threads.
+    struct Probe {
+        std::function<long()> attempt;
+        int expected; // 0 or the errno
+    };
+    static int FindWrong(const std::vector<Probe> &probes)
+    {
+        const FileRules rules;
+        const CallRules calls(SystemCalls::OfReading);
+        const pid_t process = fork();
+        if (process == 0) {
+            ThreadCrew crew;
+            const Confinement confinement = EnterSandbox(rules, calls, [&] { crew.Start(kThreads); });
+            if (!confinement.IsWhole() || crew.Size() != kThreads)
+                _exit(255);
+            std::atomic<int> wrong = 0;
+            std::barrier<> allAtOnce(kThreads); // so that each takes one lane
+            crew.Begin(kThreads, 1, [&](size_t, size_t) {
+                allAtOnce.arrive_and_wait();
+                for (size_t i = 0; i < probes.size(); ++i) {
+                    const int outcome = probes[i].attempt() < 0 ? errno : 0;
+                    wrong |= outcome == probes[i].expected ? 0 : 1 << i;
+                }
+            });
+            (void)crew.Post();
+            _exit(wrong);
+        }
+        int status = 0;
+        EXPECT_EQ(waitpid(process, &status, 0), process);
+        EXPECT_TRUE(WIFEXITED(status)) << status;
+        return WEXITSTATUS(status);
+    }
+};
+
+TEST_F(ConfinedThreads, ReachNoMoreThanTheirProcess)
+{
+    const std::string file = Path("folder/one"), link = Path("link");
+    const pid_t others = getpid();
+    EXPECT_EQ(FindWrong({
+                  {[&] { return open(file.c_str(), O_RDONLY); }, EACCES},
+                  {[&] { return open(file.c_str(), O_WRONLY); }, EPERM},
+                  {[&] { return open(Path("folder/new").c_str(), O_WRONLY | O_CREAT, 0600); }, EPERM},
+                  {[&] { return unlink(file.c_str()); }, EPERM},
+                  {[&] { return symlink(file.c_str(), link.c_str()); }, EPERM},
+                  {[&] { return chmod(file.c_str(), 0777); }, EPERM},
+              }),
+              0);
+    EXPECT_EQ(FindWrong({
+                  {[] { return socket(AF_INET, SOCK_STREAM, 0); }, EPERM},
+                  {[] { return socket(AF_UNIX, SOCK_STREAM, 0); }, EPERM},
+                  {[&] { return syscall(SYS_tgkill, others, others, 0); }, EPERM},
+                  {[] { return syscall(SYS_tgkill, getpid(), gettid(), 0); }, 0},
+                  {[] { return syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0); }, EPERM},
+                  {[] { return execl("/bin/true", "true", nullptr); }, EPERM},
+              }),
+              0);
+    const auto map = [](int protection, int flags) {
+        return mmap(nullptr, 4096, protection, flags | MAP_ANONYMOUS, -1, 0) == MAP_FAILED ? -1L : 0L;
+    };
+    const auto makeThread = [] {
+        pthread_t thread;
+        errno = pthread_create(
+            &thread, nullptr, [](void *) -> void * { return nullptr; }, nullptr);
+        return errno == 0 ? 0L : -1L;
+    };
+    EXPECT_EQ(FindWrong({
+                  {[&] { return map(PROT_READ | PROT_WRITE, MAP_PRIVATE); }, 0},
+                  {[&] { return map(PROT_READ | PROT_EXEC, MAP_PRIVATE); }, EPERM},
+                  {[&] { return map(PROT_READ | PROT_WRITE, MAP_SHARED); }, EPERM},
+                  {makeThread, EPERM},
+              }),
+              0);
 }
 
 // Rules that were made once hold for each process.
