@@ -8,13 +8,14 @@ import { choose, noTool, sample, serve, sharp, showPanel, skip, toolsPath, visit
 const { url } = skip ? {} : await serve();
 const reason = skip || noTool('axe-core');
 const PANELS = ['layers', 'plates', 'text', 'facts', 'save'];
+const RULES = ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'];
 const PHONE = { size: [390, 780], hasTouch: true, isMobile: true };
 
 // Loaded as a debugger does it: the policy of the page lets in no script of others.
 async function violations(page) {
     const { readFile } = await import('node:fs/promises');
     await page.evaluate(await readFile(toolsPath('axe-core'), 'utf8'));
-    const { violations: found, passes } = await page.evaluate(() => globalThis.axe.run(document, { runOnly: ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'] }));
+    const { violations: found, passes } = await page.evaluate((rules) => globalThis.axe.run(document, { runOnly: rules }), RULES);
     assert.ok(passes.length > 15, `${passes.length} rules were of use`);
     return found.map(({ id, help, nodes }) => `${id}: ${help}: ${nodes.map(({ html, any }) => `${html} ${any.map(({ message }) => message).join(' ')}`).join('\n   ')}`);
 }
@@ -67,7 +68,8 @@ test('every text is there in every language, with the same names in braces', { s
     const wrong = await page.evaluate(async () => {
         const { TEXTS, languages } = await import('./texts.js');
         const names = (text) => (text.match(/\{\w+\}/g) ?? []).sort().join();
-        return Object.entries(TEXTS).filter(([, row]) => row.length !== Object.keys(languages).length || row.some((text) => text === '' || names(text) !== names(row[0]))).map(([key]) => key);
+        const isWrong = (row) => row.length !== Object.keys(languages).length || row.some((text) => text === '' || names(text) !== names(row[0]));
+        return Object.keys(TEXTS).filter((key) => isWrong(TEXTS[key]));
     });
     assert.deepEqual(wrong, []);
 });
@@ -90,7 +92,8 @@ test('on a phone nothing is wider than the screen', { skip: reason }, async (t) 
     await choose(page, sample('layers.vx'), sample('poster.vx'));
     for (const panel of PANELS) {
         await showPanel(page, panel);
-        const widths = await page.evaluate(() => [...document.querySelectorAll('header, #side, #side .panels, #status')].map((element) => [element.id || element.tagName, element.scrollWidth - element.clientWidth]));
+        const widths = await page.locator('header, #side, #side .panels, #status').evaluateAll((parts) =>
+            parts.map((part) => [part.id || part.className || part.tagName, part.scrollWidth - part.clientWidth]));
         for (const [name, over] of widths) assert.ok(over <= 0, `${panel}: ${name} by ${over}`);
         assert.ok((await page.locator('#stage').boundingBox()).height > 150, panel);
     }

@@ -4,14 +4,13 @@ import { createReader } from './package/index.js';
 
 export const LARGE = 20 << 20; // bytes of a drawing, of which each reader has copies: then one has to do
 const SLOW = 1 << 20; // bytes of one for which it pays to end a reader that is at work, and start another
-const MOST_MEMORY = 2 ** 31;
+const MOST_MEMORY = 2 ** 31; // of the reader that opens drawings, however large they are
 const MINUTE = 60000;
 
 export class Readers {
     #seats; // a reader, the drawing that is open in it, and whether it is at work
     #tasks = [];
     #bytes;
-    #fonts = [];
     #generation = 0;
     #most = 1;
     #call = {}; // the options of every call about the drawing
@@ -21,7 +20,9 @@ export class Readers {
     constructor(onBusy) {
         this.onBusy = onBusy;
         const count = Math.min(Math.max(navigator.hardwareConcurrency - 1, 2), 4);
-        this.#seats = Array.from({ length: count }, () => ({ reader: createReader({ maxMemory: MOST_MEMORY }), drawing: null, isBusy: false }));
+        this.#seats = Array.from({ length: count }, (_, at) => ({
+            reader: createReader(at === 0 ? { maxMemory: MOST_MEMORY } : {}), drawing: null, isBusy: false,
+        }));
     }
 
     // Leaves the drawing that was open. The others open the new one when there is work for them.
@@ -57,14 +58,11 @@ export class Readers {
 
     // Drawings that are opened afterwards have the fonts. Those that cannot be read throw.
     async addFonts(files) {
-        for (const bytes of files) {
-            await Promise.all(this.#seats.map(({ reader }) => reader.addFonts(bytes)));
-            this.#fonts.push(bytes);
-        }
+        await Promise.all(this.#seats.map(({ reader }) => reader.addFonts(...files)));
     }
 
-    // Has run(drawing, call) called when a reader is free, where call is what each call about the drawing gets; of those that wait, that with the least rank() comes first, and one whose rank is
-    // Infinity is not wanted and is given up.
+    // Has run(drawing, call) called when a reader is free; call is what each call about the drawing gets. Of those that wait, that with the
+    // least rank() comes first, and one whose rank is Infinity is not wanted and is given up.
     do(run, rank = () => 0) {
         return new Promise((resolve, reject) => {
             this.#tasks.push({ run, rank, resolve, reject });

@@ -6,6 +6,7 @@ import { change, state, watch } from './state.js';
 import { page } from './view.js';
 
 const SIZE = 20; // CSS pixels of an em, before a line is made as large as it is
+const RISE = 0.8 * SIZE; // of the top of a line above its baseline
 const MOST_LINES = 20000;
 
 export class WordLayer {
@@ -76,14 +77,15 @@ export class WordLayer {
             const turn = vertical ? -angle - 90 : -angle;
             const across = vertical ? em / width : length / width;
             const down = vertical ? length / height : em / SIZE;
-            const shift = vertical ? `translate(${-width / 2}px, 0)` : `translate(0, ${-0.8 * SIZE}px)`;
+            const shift = vertical ? `translate(${-width / 2}px, 0)` : `translate(0, ${-RISE}px)`;
             element.style.transform = `translate(${x - left}px, ${top - y}px) rotate(${turn}deg) scale(${across || 1}, ${down || 1}) ${shift}`;
         }
         for (const { nodes, line } of this.#lines) {
             if (line.places === undefined) continue;
             for (const [at, node] of nodes.entries()) {
                 const [x, y, angle] = line.places[at] ?? line.places.at(-1);
-                node.parentElement.style.transform = `translate(${x - left}px, ${top - y}px) rotate(${-angle}deg) scale(${line.height / SIZE}) translate(0, ${-0.8 * SIZE}px)`;
+                const size = line.height / SIZE;
+                node.parentElement.style.transform = `translate(${x - left}px, ${top - y}px) rotate(${-angle}deg) scale(${size}) translate(0, ${-RISE}px)`;
             }
         }
     }

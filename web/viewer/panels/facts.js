@@ -74,7 +74,8 @@ function findingsOf({ info }) {
 }
 
 function aboutWarnings(drawing) {
-    const rows = findingsOf(drawing).map(({ text, meaning }) => make('li', {}, drawIcon('warning'), make('div', {}, make('strong', {}, text), make('p', { class: 'meaning' }, meaning))));
+    const rows = findingsOf(drawing).map(({ text, meaning }) => make('li', {}, drawIcon('warning'),
+        make('div', {}, make('strong', {}, text), make('p', { class: 'meaning' }, meaning))));
     const told = drawing.warnings.map((line) => make('li', {}, line));
     if (rows.length === 0 && told.length === 0) return section('factsWarnings', make('p', { class: 'meaning' }, say('noWarnings')));
     const list = rows.length > 0 ? [make('ul', { class: 'rows plain warnings' }, ...rows)] : [];

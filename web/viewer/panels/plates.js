@@ -54,7 +54,8 @@ export function makePlatesPanel(readers, tell) {
     const slider = make('input', { type: 'range', min: '100', max: '400', step: '5', 'aria-label': say('heatLimit'), oninput: () => setLimit(slider.value) });
     const limit = make('div', { class: 'limit' }, make('label', { for: 'limit' }, say('heatLimit')), slider, number, make('span', {}, '%'));
     const scale = make('div', { class: 'heat-scale', 'aria-hidden': true }, make('span', {}, '0'), make('span', { class: 'mark' }), make('span', {}, '400 %'));
-    panel.append(make('div', { class: 'buttons' }, all), list, gray.element, make('hr'), overprint.element, heat.element, limit, scale, makeCoverage(readers), makePressCheck(readers, tell));
+    panel.append(make('div', { class: 'buttons' }, all), list, gray.element, make('hr'), overprint.element,
+        heat.element, limit, scale, makeCoverage(readers), makePressCheck(readers, tell));
     watch(['drawing'], () => {
         const inks = inksShown();
         rows = inks.map((ink) => makeRow(inks, ink));

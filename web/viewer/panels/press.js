@@ -24,7 +24,8 @@ function makeFinding(finding) {
         change({ marks: boxes });
     };
     const words = make('span', { lang: 'en' }, finding.text);
-    const mark = make('span', { class: 'severity', role: 'img', 'aria-label': say(`severity ${finding.severity}`) }, drawIcon(finding.severity === 'note' ? 'facts' : 'warning'));
+    const icon = drawIcon(finding.severity === 'note' ? 'facts' : 'warning');
+    const mark = make('span', { class: 'severity', role: 'img', 'aria-label': say(`severity ${finding.severity}`) }, icon);
     if (boxes.length === 0) return make('li', { class: finding.severity }, mark, words);
     return make('li', { class: finding.severity }, mark, make('button', { type: 'button', onclick: show }, words));
 }

@@ -65,7 +65,8 @@ async function makeFile(readers, format) {
 async function makePicture(readers, dpi) {
     const { width, height } = page();
     const fitting = Math.sqrt((MOST_PIXELS / Math.max(width * height, 1)) * 72 * 72);
-    const bytes = await readers.do((drawing, common) => drawing.render({ ...common, format: 'png', ...pictureOptions(), dpi: Math.floor(Math.min(dpi, fitting)), timeout: MINUTES }));
+    const options = { format: 'png', ...pictureOptions(), dpi: Math.floor(Math.min(dpi, fitting)), timeout: MINUTES };
+    const bytes = await readers.do((drawing, common) => drawing.render({ ...common, ...options }));
     return new Blob([bytes], { type: TYPES.png });
 }
 
@@ -111,7 +112,9 @@ export function makeSavePanel(readers, { tell, paper }) {
         for (const group of groups) group.hidden = group.dataset.format !== name;
     };
     const kinds = make('div', { class: 'kinds', role: 'radiogroup', 'aria-label': say('format') }, ...Object.keys(SETTINGS).map((name) =>
-        make('label', {}, make('input', { type: 'radio', name: 'format', value: name, checked: name === format, onchange: () => choose(name) }), make('span', {}, say(`format ${name}`)))));
+        make('label', {},
+            make('input', { type: 'radio', name: 'format', value: name, checked: name === format, onchange: () => choose(name) }),
+            make('span', {}, say(`format ${name}`)))));
     const save = action('saveFile', async () => {
         const { name, blob } = await makeFile(readers, format);
         download(name, blob);

@@ -29,7 +29,8 @@ export function makeTextPanel(words) {
     const previous = iconButton('up', say('previousMatch'), step(-1));
     const next = iconButton('down', say('nextMatch'), step(1));
     const list = make('ul', { class: 'texts' });
-    const copy = make('button', { type: 'button', onclick: () => navigator.clipboard.writeText(state.words.map(({ lines }) => lines.join('\n')).join('\n\n')) }, say('copyText'));
+    const copyAll = () => navigator.clipboard.writeText(state.words.map(({ lines }) => lines.join('\n')).join('\n\n'));
+    const copy = make('button', { type: 'button', onclick: copyAll }, say('copyText'));
     const empty = make('p', { class: 'empty' }, say('noText'));
 
     function go(to) {
@@ -66,7 +67,8 @@ export function makeTextPanel(words) {
         const texts = state.words.filter(({ lines }) => lines.length > 0);
         empty.hidden = texts.length > 0;
         copy.hidden = list.hidden = texts.length === 0;
-        list.replaceChildren(...texts.slice(0, MOST_LISTED).map((text) => make('li', {}, make('button', { type: 'button', onclick: () => show(text) }, text.lines.join('\n')))));
+        list.replaceChildren(...texts.slice(0, MOST_LISTED).map((text) =>
+            make('li', {}, make('button', { type: 'button', onclick: () => show(text) }, text.lines.join('\n')))));
         search();
     });
     return make('section', {}, make('div', { class: 'search' }, input, previous, next), count, empty, list, copy);
