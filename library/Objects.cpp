@@ -47,7 +47,7 @@ Outcome FindObject(Reading &reading, Point at, double within, nlohmann::ordered_
     ObjectFinder finder(at, within);
     Page page;
     page.box = {at.x - within, at.y - within, at.x + within, at.y + within};
-    const Outcome outcome = reading.Draw(page, finder);
+    Outcome outcome = reading.Draw(page, finder);
     *json = finder.Found() ? ObjectJson(*finder.Found()) : Json();
     return outcome;
 }

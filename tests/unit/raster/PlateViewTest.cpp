@@ -1,5 +1,6 @@
 // Pictures of chosen plates. Colours are worked out by hand: without a profile a level of red is (255 - cyan) (255 - black) / 255.
 #include "tests/unit/raster/Canvas.h"
+#include "tests/unit/raster/PlateInks.h"
 
 #include <gtest/gtest.h>
 
@@ -11,20 +12,6 @@ namespace vxhost
 {
 namespace
 {
-
-const SpotInk kRed = {"Red", {0, 1, 1, 0}}, kBlue = {"Blue", {1, 0.5, 0, 0}};
-
-Colour Process(double c, double m, double y, double k)
-{
-    return {ColourSpace::Cmyk, {c, m, y, k}};
-}
-Colour Spot(const SpotInk &ink, double amount)
-{
-    Colour colour = {ColourSpace::Cmyk, {}, {{{&ink, amount}}}};
-    for (size_t i = 0; i < 4; ++i)
-        colour.ink[i] = amount * ink.alternate[i];
-    return colour;
-}
 
 Path Left(double width)
 {

@@ -2,6 +2,7 @@
 #include "devices/raster/Plates.h"
 
 #include "tests/unit/raster/Canvas.h"
+#include "tests/unit/raster/PlateInks.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -56,24 +57,6 @@ class KeptPlates final : public PlateSink
 std::shared_ptr<PlateSink> Lent(KeptPlates *plates)
 {
     return {plates, [](PlateSink *) {}};
-}
-
-const SpotInk kRed = {"Red", {0, 1, 1, 0}}, kBlue = {"Blue", {1, 0.5, 0, 0}};
-
-Colour Gray(double level)
-{
-    return {ColourSpace::Gray, {level}};
-}
-Colour Process(double c, double m, double y, double k)
-{
-    return {ColourSpace::Cmyk, {c, m, y, k}};
-}
-Colour Spot(const SpotInk &ink, double amount)
-{
-    Colour colour = {ColourSpace::Cmyk, {}, {{{&ink, amount}}}};
-    for (size_t i = 0; i < 4; ++i)
-        colour.ink[i] = amount * ink.alternate[i];
-    return colour;
 }
 
 Path Rectangle(double left, double bottom, double right, double top)
