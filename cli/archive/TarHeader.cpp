@@ -8,6 +8,7 @@
 #include <clocale>
 #include <fmt/format.h>
 #include <memory>
+#include <new>
 #include <stdexcept>
 
 namespace vxhost
@@ -70,6 +71,8 @@ std::string TarHeaderOf(const std::string &name, uint64_t size, std::time_t at)
     std::string text;
     const std::unique_ptr<archive, FreeArchive> tar(archive_write_new());
     const std::unique_ptr<archive_entry, FreeEntry> entry(archive_entry_new());
+    if (tar == nullptr || entry == nullptr)
+        throw std::bad_alloc();
     archive_entry_set_pathname(entry.get(), name.c_str());
     archive_entry_set_filetype(entry.get(), AE_IFREG);
     archive_entry_set_perm(entry.get(), kMode);
