@@ -60,6 +60,7 @@ TEST(OptionsTest, TheStandardIsWhatHoldsWhenNobodySaysIt)
         EXPECT_EQ(said.svg.intent, none.svg.intent) << option.name;
         EXPECT_EQ(said.png.overprint, none.png.overprint) << option.name;
         EXPECT_EQ(said.png.samples, none.png.samples) << option.name;
+        EXPECT_EQ(said.png.plates.has_value(), none.png.plates.has_value()) << option.name;
         EXPECT_EQ(said.svg.text, none.svg.text) << option.name;
         EXPECT_EQ(said.pdf.standard, none.pdf.standard) << option.name;
         EXPECT_EQ(said.seconds, none.seconds) << option.name;
@@ -174,6 +175,20 @@ const WrongCase kWrong[] = {
     {"missing-fonts", "ask", "--missing-fonts ask: not known: give one of substitute, fail"},
     {"script", "greek", "--script greek: not known: give one of auto, roman, japanese, chinese, korean"},
 };
+
+TEST(OptionsTest, PlatesAreNamesOfInks)
+{
+    using Names = std::vector<std::string>;
+    EXPECT_FALSE(Said({{"plates", "all"}}).Read().png.plates);
+    EXPECT_EQ(Said({{"plates", "none"}}).Read().png.plates->inks, Names());
+    const Settings said = Said({{"plates", "Cyan,Sea\\, deep"}, {"plate-colours", "gray"}}).Read();
+    EXPECT_EQ(said.png.plates->inks, (Names{"Cyan", "Sea, deep"}));
+    EXPECT_TRUE(said.png.plates->isGray);
+    EXPECT_FALSE(Said({{"plates", "Cyan"}}).Read().png.plates->isGray);
+    EXPECT_EQ(ErrorOf(Said({{"plate-colours", "gray"}})),
+              "--plate-colours gray and no plates: give --plates and the name of an ink");
+    EXPECT_TRUE(ErrorOf(Said({{"plates", "Cyan,"}})).starts_with("--plates Cyan,: a name is missing"));
+}
 
 TEST(OptionsTest, LinesToEditAreOfSvgAlone)
 {
