@@ -419,8 +419,10 @@ class Slurm(ScaleTest):
         shard = self.one_on("n1")
         orphans = self.ours("--shard", f"{shard}/{SHARDS}")
         first = next(process for process in orphans if parent_of(process) not in [None, *orphans])  # the others are its workers
-        for process in self.daemons_of("n1"):
+        daemons = self.daemons_of("n1")
+        for process in daemons:
             kill(process)
+        self.wait_for(lambda: not any(map(is_alive, daemons)), "the end of the node")
         for process in orphans:  # or it would have ended before anybody notices; not before, or the kernel hangs up on it
             kill(process, signal.SIGSTOP)
         self.begin_at_once(job, shard)
