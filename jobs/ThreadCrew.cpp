@@ -1,5 +1,6 @@
-// One lock guards what is posted and done; batches are large, so that it is seldom asked for. A thread takes the lane that is
-// farthest behind, and the thread that posts takes one too before it waits.
+// One lock guards what is posted and done; batches are large, so that it is seldom asked for. A thread goes on with lanes that
+// it had before, whose rows are in its cache, and takes another's when it has none to do, that which is farthest behind. The
+// thread that posts works too before it waits.
 #include "jobs/ThreadCrew.h"
 
 #include <algorithm>
@@ -9,6 +10,13 @@
 
 namespace vxhost
 {
+
+namespace
+{
+
+constexpr size_t kCaller = 0; // the number of its thread; the others have those from 1 on
+
+} // namespace
 
 ThreadCrew::~ThreadCrew()
 {
@@ -47,25 +55,29 @@ void *ThreadCrew::Run(void *crew)
 void ThreadCrew::WorkAlong()
 {
     Lock lock(mutex_);
-    ++running_;
+    const size_t thread = ++running_;
     hasProgress_.notify_all();
     while (!isOver_) {
-        if (Lane *lane = FindLane())
+        if (Lane *lane = FindLane(thread))
             WorkOn(lane, &lock);
         else
             hasWork_.wait(lock);
     }
 }
 
-// Returns the lane to be worked on next; null: there is none.
-ThreadCrew::Lane *ThreadCrew::FindLane()
+// Returns the lane that the thread is to work on next, one of its own if it can; null: there is none.
+ThreadCrew::Lane *ThreadCrew::FindLane(size_t thread)
 {
     Lane *found = nullptr;
+    const auto rank = [thread](const Lane &lane) { return std::pair(lane.thread != thread, lane.done); };
     for (Lane &lane : lanes_) {
-        if (!lane.isBusy && lane.done < posted_ && (found == nullptr || lane.done < found->done))
+        if (!lane.isBusy && lane.done < posted_ && (found == nullptr || rank(lane) < rank(*found)))
             found = &lane;
     }
-    return thrown_ == nullptr ? found : nullptr;
+    if (found == nullptr || thrown_ != nullptr)
+        return nullptr;
+    found->thread = thread;
+    return found;
 }
 
 // Lets go of the lock for the time of the work.
@@ -103,7 +115,7 @@ size_t ThreadCrew::DoneByAll() const
 void ThreadCrew::WaitUntilDone(size_t batches, Lock *lock)
 {
     while (thrown_ == nullptr && DoneByAll() < batches) {
-        if (Lane *lane = FindLane())
+        if (Lane *lane = FindLane(kCaller))
             WorkOn(lane, lock);
         else
             hasProgress_.wait(*lock);

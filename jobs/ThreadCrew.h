@@ -34,12 +34,13 @@ class ThreadCrew final : public Crew
     struct Lane {
         size_t done = 0; // batches
         bool isBusy = false;
+        size_t thread = 0; // that worked on it last, in whose cache its rows are
     };
     using Lock = std::unique_lock<std::mutex>;
 
     static void *Run(void *crew);
     void WorkAlong();
-    Lane *FindLane();
+    Lane *FindLane(size_t thread);
     void WorkOn(Lane *lane, Lock *lock);
     bool IsAnyBusy() const;
     size_t DoneByAll() const;

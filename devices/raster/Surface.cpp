@@ -19,9 +19,9 @@ constexpr size_t kMostBytes = size_t{1} << 18;
 constexpr size_t kMostClips = 256;
 constexpr size_t kMostParts = 32;
 
-// More lanes than threads, since parts of a picture have unequal work; no more than that, since a shape is looked at by each
+// More lanes than threads, since parts of a picture have unequal work; not many more, since a shape is looked at by each
 // lane that it touches.
-constexpr size_t kLanesPerThread = 4;
+constexpr size_t kLanesPerThread = 2;
 constexpr int kLeastRows = 64; // an ink buffer has memory for so many at a time
 
 // The memory for the batches of a crew may be so small a part of what there is.
