@@ -1,10 +1,11 @@
 // Many readings at once, of documents that they share, with one plug-in, one list of the machine's fonts, and one list of a
-// document's: each gives what it gives alone. Worth most under ThreadSanitizer.
+// document's: each gives what it gives alone. And one reading whose picture several threads paint. Worth most under ThreadSanitizer.
 #include "devices/raster/RasterDevice.h"
 #include "host/fonts/DocumentGlyphs.h"
 #include "host/fonts/FontconfigFonts.h"
 #include "host/reading/Reading.h"
 #include "host/trace/TraceLines.h"
+#include "jobs/ThreadCrew.h"
 
 #include <gtest/gtest.h>
 
@@ -66,6 +67,20 @@ class Threads : public testing::Test
         ASSERT_GT(documents_.size(), 20U);
     }
 
+    // Draws the pixels with a crew; null: alone.
+    std::vector<uint8_t> DrawPixels(const Document &document, Crew *crew) const
+    {
+        RasterOptions raster;
+        raster.fit = 400;
+        raster.crew = crew;
+        Picture picture;
+        std::string error;
+        const auto device = MakePictureDevice(raster, &picture, &error);
+        Reading reading(installation_, document, {});
+        (void)reading.Draw(reading.PageFor(), *device);
+        return picture.rgba;
+    }
+
     // What is not shared is made here.
     Drawn Draw(const Document &document) const
     {
@@ -109,6 +124,18 @@ TEST_F(Threads, GiveWhatOneGives)
         thread.join();
     EXPECT_EQ(differing, 0);
     EXPECT_EQ(compared, kThreads * static_cast<int>(documents_.size()));
+}
+
+TEST_F(Threads, OfACrewDrawWhatOneDraws)
+{
+    for (const size_t size : {2, 3, 8, 64}) {
+        ThreadCrew crew;
+        crew.Start(size);
+        ASSERT_EQ(crew.Size(), size);
+        for (size_t i = 0; i < documents_.size(); ++i)
+            EXPECT_TRUE(DrawPixels(*documents_[i], &crew) == DrawPixels(*documents_[i], nullptr))
+                << Samples()[i] << " by " << size;
+    }
 }
 
 // The list of a document's fonts is made once; each parse opens the files for itself.

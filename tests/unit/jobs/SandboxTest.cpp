@@ -175,7 +175,7 @@ TEST_F(ConfinedThreads, ReachNoMoreThanTheirProcess)
                   {[&] { return syscall(SYS_tgkill, others, others, 0); }, EPERM},
                   {[] { return syscall(SYS_tgkill, getpid(), gettid(), 0); }, 0},
                   {[] { return syscall(SYS_clone, SIGCHLD, 0, 0, 0, 0); }, EPERM},
-                  {[] { return execl("/bin/true", "true", nullptr); }, EPERM},
+                  {[] { return execl("/none", "none", nullptr); }, EPERM},
               }),
               0);
     const auto map = [](int protection, int flags) {

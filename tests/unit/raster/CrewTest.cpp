@@ -87,6 +87,15 @@ Failure DrawPicture(const Draw &draw, const RasterOptions &options, Picture *pic
     return failure;
 }
 
+void ExpectSame(const Draw &draw, RasterOptions options, Crew *crew)
+{
+    Picture plain, picture;
+    ASSERT_FALSE(DrawPicture(draw, options, &plain));
+    options.crew = crew;
+    ASSERT_FALSE(DrawPicture(draw, options, &picture));
+    EXPECT_TRUE(picture.rgba == plain.rgba) << "a crew of " << crew->Size();
+}
+
 class RandomPage
 {
   public:
@@ -240,16 +249,10 @@ TEST_P(LanesTest, PaintWhatIsPaintedAtOnce)
         options.background = std::nullopt;
     options.overprint = backing != 2;
     for (unsigned seed = 0; seed < 6; ++seed) {
-        Picture plain;
-        ASSERT_FALSE(DrawPicture([&](Device *to) { RandomPage(seed).DrawOn(to); }, options, &plain));
         for (const size_t size : {2, 5}) {
             OneThread crew(size);
-            RasterOptions withCrew = options;
-            withCrew.crew = &crew;
-            Picture picture;
-            ASSERT_FALSE(DrawPicture([&](Device *to) { RandomPage(seed).DrawOn(to); }, withCrew, &picture));
-            EXPECT_EQ(crew.begun, 1);
-            EXPECT_TRUE(picture.rgba == plain.rgba) << "seed " << seed << ", a crew of " << size;
+            ExpectSame([&](Device *to) { RandomPage(seed).DrawOn(to); }, options, &crew);
+            EXPECT_EQ(crew.begun, 1) << "seed " << seed << ", a crew of " << size;
         }
     }
 }
@@ -274,13 +277,8 @@ TEST(CrewTest, PaintsShapesThatAreLargerThanABatch)
         to->FillPath(MakeStar(20'000), {{ColourSpace::Gray, {0.5}}});
         RandomPage(2).DrawOn(to);
     };
-    Picture plain, picture;
-    ASSERT_FALSE(DrawPicture(draw, PlainOptions(), &plain));
     OneThread crew(3);
-    RasterOptions options = PlainOptions();
-    options.crew = &crew;
-    ASSERT_FALSE(DrawPicture(draw, options, &picture));
-    EXPECT_TRUE(picture.rgba == plain.rgba);
+    ExpectSame(draw, PlainOptions(), &crew);
 }
 
 // There are more shapes than all batches hold, so each of them is used again.
@@ -293,14 +291,9 @@ TEST(CrewTest, UsesBatchesAgain)
                          {{ColourSpace::Gray, {i % 11 / 10.0}}});
         }
     };
-    Picture plain, picture;
-    ASSERT_FALSE(DrawPicture(draw, PlainOptions(), &plain));
     OneThread crew(2);
-    RasterOptions options = PlainOptions();
-    options.crew = &crew;
-    ASSERT_FALSE(DrawPicture(draw, options, &picture));
+    ExpectSame(draw, PlainOptions(), &crew);
     EXPECT_GT(crew.mostPosted, 16U);
-    EXPECT_TRUE(picture.rgba == plain.rgba);
 }
 
 TEST(CrewTest, HasNothingToDoForSmallPictures)
