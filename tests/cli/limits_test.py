@@ -186,7 +186,7 @@ class Sizes(CommandTest):
 class Time(CommandTest):
     # These take long on any machine: fine dashes, wide strokes and huge letters, all over the page.
     SLOW = [
-        BLACK + "[0.00002 0.00002]0 d\n0.1 w\n0 0 m\n" + points(60000) + "S\n",
+        BLACK + "[0.00002 0.00002]0 d\n0.1 w\n" + ("0 0 m\n" + points(60000) + "S\n") * 20,
         BLACK + "1 j\n1 J\n2000 w\n" + "0 0 m\n72 36 L\nS\n" * 60000,
         BLACK + text("Helvetica", "W8&" * 130).replace(" 12 Tf", " 3000 Tf") * 2000,
     ]

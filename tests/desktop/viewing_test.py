@@ -48,7 +48,7 @@ class Viewing(CommandTest):
 
     def test_without_a_viewer_nothing_is_to_open_drawings(self):
         prefix = self.install("-DVX_VIEWER=" + self.path("none"))
-        for name in ("applications", "metainfo", "vx"):
+        for name in ("applications", "metainfo", "vx/viewer"):
             self.assertTrue(os.path.exists(os.path.join(self.prefix, "share", name)), name)
             self.assertFalse(os.path.exists(os.path.join(prefix, "share", name)), name)
 

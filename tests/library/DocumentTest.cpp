@@ -235,6 +235,8 @@ TEST(Options, HaveChoicesThatAreTakenAndOthersThatAreNot)
         SCOPED_TRACE(option.name);
         EXPECT_STRNE(option.help, "");
         EXPECT_EQ(std::strstr(option.help, "--"), nullptr) << option.help;
+        if (std::string_view(option.name) == "plate-colours")
+            Set(document.get(), "plates", "Cyan"); // whose colours they are
         std::string choices = option.choices;
         for (size_t end; !choices.empty(); choices.erase(0, end + 1)) {
             end = std::min(choices.find(','), choices.size() - 1);
@@ -242,9 +244,9 @@ TEST(Options, HaveChoicesThatAreTakenAndOthersThatAreNot)
             Set(document.get(), option.name, choice.c_str());
         }
         vx_error error = kNoError;
-        // Any text names a file, or layers.
+        // Any text names a file, layers or inks.
         const std::string_view name = option.name;
-        if (name != "profile" && name != "layers" && name != "hide") {
+        if (name != "profile" && name != "layers" && name != "hide" && name != "plates") {
             EXPECT_EQ(vx_document_set(document.get(), option.name, "no such value", &error), VX_WRONG_OPTION);
             EXPECT_TRUE(
                 std::string_view(error.text).starts_with(std::string(option.name) + " no such value: "))
