@@ -73,7 +73,7 @@ test('a page of no size, and one as large as numbers get, are told or shown', { 
 
 test('opening can be left for another drawing', { skip }, async (t) => {
     const page = await visit(t, url);
-    const squares = `${await head()}${'0 0 m 50 0 l 50 50 l 0 50 l f\n'.repeat(500000)}`;
+    const squares = `${await head()}${'0 0 m 50 0 l 50 50 l 0 50 l f\n'.repeat(2000000)}`;
     await page.setInputFiles('#choose-files', asFile('long.vx', squares));
     await page.setInputFiles('#choose-files', sample('poster.vx'));
     await page.waitForFunction(() => document.title.startsWith('poster'));

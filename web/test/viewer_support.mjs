@@ -78,6 +78,7 @@ after(() => browser?.close());
 export async function visit(t, url, { size = [1280, 800], ...options } = {}) {
     const context = await browser.newContext({ viewport: { width: size[0], height: size[1] }, locale: 'en-GB', ...options });
     const page = await context.newPage();
+    page.setDefaultTimeout(120000); // for machines that have other work
     const complaints = [];
     page.on('pageerror', (error) => complaints.push(String(error.stack)));
     page.on('console', (message) => {
