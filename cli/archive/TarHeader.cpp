@@ -20,21 +20,24 @@ namespace
 constexpr mode_t kMode = 0644;
 
 struct FreeArchive {
-    void operator()(archive *tar) const
-    {
-        // Else the end of a tar is written.
-        (void)archive_write_fail(tar);
-        (void)archive_write_free(tar);
-    }
+    void operator()(archive *tar) const { (void)archive_write_free(tar); }
 };
 
 struct FreeEntry {
     void operator()(archive_entry *entry) const { archive_entry_free(entry); }
 };
 
-la_ssize_t Append(archive *, void *text, const void *bytes, size_t size)
+struct Header {
+    std::string text;
+    bool isWhole = false; // what is written then is the rest of a tar, which nobody wants
+};
+
+la_ssize_t Append(archive *, void *data, const void *bytes, size_t size)
 {
-    static_cast<std::string *>(text)->append(static_cast<const char *>(bytes), size);
+    auto *header = static_cast<Header *>(data);
+    if (header->isWhole)
+        return ARCHIVE_FATAL;
+    header->text.append(static_cast<const char *>(bytes), size);
     return static_cast<la_ssize_t>(size);
 }
 
@@ -68,7 +71,7 @@ std::string TarHeaderOf(const std::string &name, uint64_t size, std::time_t at)
 {
     LoadLate(LateLibraries::OfArchives);
     const NamesInUtf8 names;
-    std::string text;
+    Header header;
     const std::unique_ptr<archive, FreeArchive> tar(archive_write_new());
     const std::unique_ptr<archive_entry, FreeEntry> entry(archive_entry_new());
     if (tar == nullptr || entry == nullptr)
@@ -81,11 +84,12 @@ std::string TarHeaderOf(const std::string &name, uint64_t size, std::time_t at)
     // A name that is not UTF-8 is written as it is, which the library warns of.
     if (archive_write_set_format_pax_restricted(tar.get()) != ARCHIVE_OK ||
         archive_write_set_bytes_per_block(tar.get(), 0) != ARCHIVE_OK ||
-        archive_write_open(tar.get(), &text, nullptr, Append, nullptr) != ARCHIVE_OK ||
+        archive_write_open(tar.get(), &header, nullptr, Append, nullptr) != ARCHIVE_OK ||
         archive_write_header(tar.get(), entry.get()) < ARCHIVE_WARN)
         throw std::runtime_error(
             fmt::format("\"{}\" cannot be a member of a tar: {}", name, archive_error_string(tar.get())));
-    return text;
+    header.isWhole = true;
+    return header.text;
 }
 
 } // namespace vxhost

@@ -77,6 +77,11 @@ void ObjectFinder::Find(ObjectKind kind, const Box &extent, const Paint &paint)
     FoundObject &found = found_.emplace();
     found.kind = kind;
     found.paint = paint;
+    for (size_t i = 0; i < inks_.size(); ++i) {
+        SpotShare &share = found.paint.colour.spots[i];
+        if (share.ink != nullptr)
+            share.ink = &(inks_[i] = *share.ink); // the drawing's own end with it
+    }
     found.box = Intersection(extent, clips_.back());
     if (!layers_.empty())
         found.layer = *layers_.back();

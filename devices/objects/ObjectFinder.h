@@ -4,6 +4,7 @@
 #include "devices/raster/PointProbe.h"
 #include "host/drawing/Device.h"
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -37,7 +38,7 @@ class ObjectFinder final : public Device
     ObjectFinder(Point at, double within);
     ~ObjectFinder() override;
 
-    // What is there; none: paper. Colours are valid as long as the drawing.
+    // What is there; none: paper. Its inks are valid as long as this object.
     const std::optional<FoundObject> &Found() const { return found_; }
 
     void BeginPage(const Page &page) override;
@@ -66,6 +67,7 @@ class ObjectFinder final : public Device
     std::vector<const Layer *> layers_;
     std::map<const TextFont *, std::unique_ptr<FontFile>> fonts_;
     std::optional<FoundObject> found_;
+    std::array<SpotInk, std::tuple_size_v<decltype(Colour::spots)>> inks_; // of what was found
 };
 
 } // namespace vxhost

@@ -7,7 +7,7 @@ import sys
 import unittest
 import zlib
 
-from vxcommand import CommandTest, LEFT_HALF, Png, WITHOUT_LANDLOCK, document
+from vxcommand import CommandTest, LEFT_HALF, Png, SANITIZED, WITHOUT_LANDLOCK, document
 
 # At 72 pixels an inch a pixel is a point. Without a profile black ink is black, (0, 0, 0).
 PLAIN = ("--dpi", "72", "--profile", "none")
@@ -416,6 +416,7 @@ class DiffPictures(DiffTest):
         _, messages = self.run_vx("diff", "a.png", "a.png", environment=WITHOUT_LANDLOCK)
         self.assertEqual(len(messages), 1, messages)
 
+    @unittest.skipIf(SANITIZED, "a sanitizer needs more address space than a memory limit leaves")
     def test_limits(self):
         # An interlaced picture is held whole: here 64 MB.
         self.write("b.png", png(4000, 4000, 8, 2, [bytes(3 * 4000)] * 7, interlace=1))

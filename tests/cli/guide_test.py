@@ -8,6 +8,7 @@ import tempfile
 import unittest
 
 SOURCE, BUILD = os.environ["VX_SOURCE_DIR"], os.environ["VX_BUILD_DIR"]
+SANITIZED = os.environ.get("VX_SANITIZED", "0") not in ("", "0")
 GAP = "…"  # stands for the rest of a line, or alone on one for any lines
 
 # Loads the page that it is told to, as a browser does, and closes it.
@@ -68,8 +69,10 @@ class Guide(unittest.TestCase):
             lines = re.findall(r"^\$ (.*)\n((?:(?!\$ ).*\n)*)", text, re.MULTILINE)
             self.assertEqual("".join(f"$ {line}\n{shown}" for line, shown in lines), text)
             for number, (line, shown) in enumerate(lines):
+                commands += 1
+                if SANITIZED and line.startswith("python3"):
+                    continue  # Python itself is not instrumented
                 with self.subTest(line=line):
-                    commands += 1
                     ended, told = self.run_line(line)
                     if number == len(lines) - 1:
                         self.assertEqual(ended, int(status or 0), told)
