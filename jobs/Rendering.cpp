@@ -21,7 +21,7 @@ namespace
 constexpr size_t kLeastBytes = 200'000;
 constexpr uint64_t kLeastPixels = 1'000'000;
 
-// Of the limit of memory, the part that the stacks of threads may take.
+// The part of the limit of memory that the stacks of threads may take.
 constexpr uint64_t kPartOfStacks = 32;
 
 // Returns the files that the settings name, and sees to it that workers which start now can read them.

@@ -30,7 +30,7 @@ struct RenderTask {
     FileKinds kinds = FileKinds::All; // what the input may be
     OutputRules rules = {};
     std::shared_ptr<Document> document = nullptr; // as an earlier job opened it; null: the input is opened
-    // That draw a picture, at most; none: as many as there are processors, where that pays.
+    // Threads that draw a picture, at most; none: as many as there are processors, where that pays.
     std::optional<size_t> threads = 1;
 };
 

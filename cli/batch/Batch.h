@@ -40,7 +40,7 @@ class Batch
     Status Run(); // throws UsageError before the first document, EarlyEnd when the journal cannot be written
 
   private:
-    // What became of an output that is packed, until it is.
+    // Says what became of an output that is packed, until it is.
     struct Unpacked {
         std::string name;
         Descriptor file;

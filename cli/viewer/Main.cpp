@@ -52,7 +52,7 @@ Status View(int argc, char **argv, Messages *messages)
     std::optional<Browser> browser;
     if (browsers == kOpens)
         browser.emplace(server.Address());
-    // Where the kernel cannot do this, pages are served all the same: no drawing is interpreted here.
+    // A kernel that cannot do this serves pages all the same: no drawing is interpreted here.
     (void)EnterSandbox(FileRules(), CallRules(SystemCalls::OfServing));
     if (server.Serve(browser ? &*browser : nullptr, messages))
         return worst;

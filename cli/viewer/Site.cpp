@@ -70,7 +70,7 @@ std::unique_ptr<HeldBytes> ReadWhole(int descriptor, size_t most, std::string *e
     }
 }
 
-// Whether the plug-in would begin with it, as far as its header shows. Nothing is unpacked here: the viewer does that, and tells what
+// Returns whether the plug-in would begin with it, as far as its header shows. Nothing is unpacked here: the viewer does that, and tells what
 // comes out.
 bool LooksLikeDrawing(std::span<const std::byte> file, HeaderFacts *facts)
 {

@@ -25,7 +25,7 @@ struct FoundObject {
     Box box;     // around what its clip leaves of it
     std::optional<Layer> layer;
     double lineWidth = 0; // of a stroke, points; 0: the thinnest line that can be seen
-    // Of a text these are the characters that look the same, their font by the names asked for and served, and their size in points.
+    // These are the characters of a text that look the same, their font by the names asked for and served, and their size in points.
     std::string text;
     std::string font, served;
     double size = 0;
@@ -38,7 +38,7 @@ class ObjectFinder final : public Device
     ObjectFinder(Point at, double within);
     ~ObjectFinder() override;
 
-    // What is there; none: paper. Its inks are valid as long as this object.
+    // Returns what is there; none: paper. Its inks are valid as long as this object.
     const std::optional<FoundObject> &Found() const { return found_; }
 
     void BeginPage(const Page &page) override;

@@ -1,4 +1,4 @@
-// What the file of a page that is to be joined to others says of a font, in the place of the font itself.
+// Says, in the file of a page that is to be joined to others, what that uses of a font, in the place of the font itself.
 #pragma once
 
 #include <cstdint>

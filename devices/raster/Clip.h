@@ -24,7 +24,7 @@ class Clip
     // Nothing outside of these can be painted.
     const Bounds &Limits() const { return bounds_; }
     bool IsRectangle() const { return mask_ == nullptr; }
-    // Whether they are one clip; two that allow the same may be two.
+    // Returns whether they are one clip; two that allow the same may be two.
     bool operator==(const Clip &) const = default;
 
     // The part of the shape in the scanner, which was begun with Limits(), that lies in this clip. An empty

@@ -22,7 +22,7 @@ class Crew
     Crew &operator=(const Crew &) = delete;
     virtual ~Crew() = default;
 
-    // How many threads there are, the caller's among them.
+    // Returns how many threads there are, the caller's among them.
     virtual size_t Size() const = 0;
 
     // Begins with no batch posted. Batch 0 is filled first, of so many that are used again and again.

@@ -46,7 +46,7 @@ struct PlacedMasks {
     int32_t left = 0, width = 0;
 };
 
-// What is laid down where a shape is: an ink, or those of a part of a shading.
+// Says what is laid down where a shape is: an ink, or those of a part of a shading.
 struct Coat {
     Ink ink;
     const ShadedPart *part = nullptr;

@@ -308,7 +308,7 @@ class RasterDevice : public Device
         const bool pays = pixels >= options_.leastCrewPixels && !options_.plates; // whose pages share one cap
         return pays && !isAlone_ ? options_.crew : nullptr;
     }
-    // What is lent has one thread that takes, so with a crew glyphs are kept in memory that nobody else can have.
+    // One thread takes what is lent, so with a crew glyphs are kept in memory that nobody else can have.
     void ResetGlyphs()
     {
         uint64_t most = options_.glyphMemory;

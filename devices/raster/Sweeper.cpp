@@ -41,7 +41,7 @@ void SortNearby(int32_t *begin, int32_t *end)
 
 int32_t Sweeper::CollectRows(std::span<const Edge> edges, int32_t top)
 {
-    // How many edges each row has: the number that begin there less those that ended, summed up.
+    // Counts the edges of each row: the number that begin there less those that ended, summed up.
     const auto rows = static_cast<size_t>(bounds_.bottom - top);
     rowStart_.assign(rows + 1, 0);
     for (const Edge &edge : edges) {

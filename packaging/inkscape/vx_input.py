@@ -40,7 +40,7 @@ def make_swatches(root):
         return
     definitions = ElementTree.Element(f"{{{SVG}}}defs")
     for (ink, tint, colour), swatch in swatches.items():
-        # In the space of the user: that of a line's own box has no area.
+        # It is in the space of the user: that of a line's own box has no area.
         gradient = ElementTree.SubElement(definitions, f"{{{SVG}}}linearGradient", {
             "id": swatch, f"{{{INKSCAPE}}}label": name_of(ink, tint), f"{{{INKSCAPE}}}swatch": "solid", "gradientUnits": "userSpaceOnUse"})
         ElementTree.SubElement(gradient, f"{{{SVG}}}stop", {"offset": "0", "stop-color": colour})

@@ -28,7 +28,7 @@ NO_VX = "there is no command vx in the folders of PATH, which opens VX drawings:
 
 
 class Failure(Exception):
-    """What a person is told."""
+    """Is what a person is told."""
 
 
 def run_vx(*words):
@@ -71,12 +71,12 @@ class Palette:
         return f"#{FIRST_NUMBER + self.numbers[paint]:06x}"
 
     def is_all_of(self, process, spot):
-        """Whether what stands in for a paint is that of one ink: in a blend it may be mixed with others."""
+        """Returns whether what stands in for a paint is that of one ink: in a blend it may be mixed with others."""
         ink, amount = spot
         return ink in self.inks and all(abs(amount * full - part) < MIXED for full, part in zip(self.inks[ink], process))
 
     def paint(self, name):
-        """That of a colour which Scribus has made of a number, or none."""
+        """Returns that of a colour which Scribus has made of a number, or none."""
         if name is None or not name.startswith("FromSVG#"):
             return None
         index = int(name[-6:], 16) - FIRST_NUMBER
@@ -151,7 +151,7 @@ def replace_numbers(file, palette):
 
 
 def is_other(name, parts):
-    """Whether the document has a colour of that name that is not this ink."""
+    """Returns whether the document has a colour of that name that is not this ink."""
     if name not in scribus.getColorNames():
         return False
     return not scribus.isSpotColor(name) or any(abs(there - 100 * part) > 0.5 for there, part in zip(scribus.getColorFloat(name), parts))

@@ -233,7 +233,7 @@ class Document:
     # ---- What a press makes of it; options are those of a picture's size, layers, overprint and samples ----
 
     def ink_pixels(self, *, progress: Optional[Progress] = None, **options: Value) -> InkPixels:
-        """How much of each ink the pixels of a picture have.
+        """Tells how much of each ink the pixels of a picture have.
 
         >>> vx.open("harp.vx").ink_pixels(width=144)
         <vx.InkPixels of 144 by 75 pixels, Cyan, Magenta, Yellow, Black>
@@ -271,7 +271,7 @@ class Document:
 
     def coverage(self, limit: float = 300, *, heat_map: bool = False, progress: Optional[Progress] = None,
                  **options: Value) -> Coverage:
-        """How much ink the page takes.
+        """Tells how much ink the page takes.
 
             limit     percent of all inks together above which there is too much
             heat_map  whether to make a PNG of where there is how much
@@ -292,7 +292,7 @@ class Document:
 
     def check(self, limits: Optional[Limits] = None, *, html: bool = False, progress: Optional[Progress] = None,
               **options: Value) -> Check:
-        """What a press would get wrong.
+        """Tells what a press would get wrong.
 
             limits  from where on something is found and how bad it is, as {"limits": {"hairline": 0.2}, "severities":
                     {"hairline": "error"}}, or the same as text; what is not named is as in the command

@@ -1,4 +1,4 @@
-"""What a press makes of a drawing, as records."""
+"""Records of what a press makes of a drawing."""
 
 from __future__ import annotations
 
@@ -15,7 +15,7 @@ Limits = Union[str, Mapping[str, Mapping[str, Union[float, str]]]]
 
 
 class InkPixels:
-    """How much of each ink the pixels of a drawing have.
+    """Tells how much of each ink the pixels of a drawing have.
 
         width, height  in pixels
         inks           their names: Cyan, Magenta, Yellow, Black, and each spot ink that the drawing paints with
@@ -41,7 +41,7 @@ class InkPixels:
 
 @dataclass(frozen=True)
 class PaintedObject:
-    """What is painted at a point.
+    """Tells what is painted at a point.
 
         kind       "fill", "stroke", "text" or "blend"
         colour     its own; of a blend that at the point
@@ -71,7 +71,7 @@ class PaintedObject:
 
 @dataclass(frozen=True)
 class Coverage:
-    """How much ink a page takes. Amounts are parts of a full ink, 1: four full inks are 4.
+    """Tells how much ink a page takes. Amounts are parts of a full ink, 1: four full inks are 4.
 
         inks      the mean of each over the page, by its name
         mean      of all together
@@ -123,7 +123,7 @@ class Finding:
 
 @dataclass(frozen=True)
 class Check:
-    """What a check found; str() of it is a line a finding, as the command prints them.
+    """Tells what a check found; str() of it is a line a finding, as the command prints them.
 
         errors, warnings, notes  how many kinds were found
         findings                 the worst first

@@ -1,4 +1,4 @@
-"""What vx view serves, to whom, and for how long. The viewer here is a small one of its own."""
+"""Tests what vx view serves, to whom, and for how long. The viewer here is a small one of its own."""
 import contextlib
 import glob
 import gzip

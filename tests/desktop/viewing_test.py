@@ -38,7 +38,7 @@ class Viewing(CommandTest):
         return prefix
 
     def environment(self):
-        """That of a desktop which has this installation and no other."""
+        """Returns that of a desktop which has this installation and no other."""
         share = os.path.join(self.prefix, "share")
         for tool, folder in (("update-mime-database", "mime"), ("update-desktop-database", "applications")):
             subprocess.run([tool, os.path.join(share, folder)], check=True, capture_output=True)

@@ -1,4 +1,4 @@
-// What a press makes of a document: inks of pixels, plates, coverage and the check. Levels are 255 times the amount of ink, rounded.
+// Tests what a press makes of a document: inks of pixels, plates, coverage and the check. Levels are 255 times the amount of ink, rounded.
 #include "tests/library/Support.h"
 
 #include <nlohmann/json.hpp>

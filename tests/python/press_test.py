@@ -1,4 +1,4 @@
-"""What a press makes of a drawing, as the package tells it. A level is 255 times the amount of ink, rounded: the sample paints Brick full, with
+"""Tests what a press makes of a drawing, as the package tells it. A level is 255 times the amount of ink, rounded: the sample paints Brick full, with
 70 % and with 40 %."""
 import json
 import os

@@ -154,7 +154,7 @@ class ScaleTest(unittest.TestCase):
         return found
 
     def end_all(self):
-        """What a test started ends with it, and that it has ended is seen."""
+        """Ends with the test what it started, and sees that it has ended."""
         def kill_what_is_left():
             # Some daemons write over their environment.
             left = set(self.ours()) | {int(process) for process in filter(str.isdigit, os.listdir("/proc")) if int(process) != os.getpid() and
@@ -227,7 +227,7 @@ class ScaleTest(unittest.TestCase):
 
 
 class Page(ScaleTest):
-    """What needs no engine: the shards one after the other."""
+    """Needs no engine: the shards come one after the other."""
 
     def test_every_block_is_run_by_a_test(self):
         with open(__file__, encoding="utf-8") as file:

@@ -234,7 +234,7 @@ export class Engine {
         });
     }
 
-    // How much of each ink the pixels of such a picture have: the inks of a pixel beside each other, a byte each.
+    // Tells how much of each ink the pixels of such a picture have: the inks of a pixel beside each other, a byte each.
     inkPixels(key, { box, width, height }, options, onProgress) {
         return this.#read(key, options, onProgress, (document) => {
             const size = this.#sizeOf(document, box, width, height);
@@ -322,7 +322,7 @@ export class Engine {
         }
     }
 
-    // What records of pixels have in common.
+    // Holds what records of pixels have in common.
     #pixelRecord(bytes, box = [0, 0, 0, 0], { width, height }) {
         const record = this.#allocate(bytes);
         const view = this.#view();

@@ -275,13 +275,13 @@ export function makeApi(platform) {
             return this.#ask('plates', [format], options, { signal, timeout, onProgress });
         }
 
-        // How much ink the page takes; with heatMap: true, a PNG of where that is.
+        // Tells how much ink the page takes; with heatMap: true, a PNG of where that is.
         async coverage({ limit = 300, heatMap = false, signal, timeout, onProgress, ...options } = {}) {
             const told = await this.#ask('coverage', [{ limit, heatMap }], options, { signal, timeout, onProgress });
             return { ...JSON.parse(told.json), heatMap: told.heatMap };
         }
 
-        // What a press would get wrong; with html: true, a page of that.
+        // Tells what a press would get wrong; with html: true, a page of that.
         async check(call) {
             const { json, html } = await this.rawCheck(call);
             return { ...JSON.parse(json), html };
@@ -293,7 +293,7 @@ export function makeApi(platform) {
             return this.#ask('check', [asked], options, { signal, timeout, onProgress });
         }
 
-        // How much of each ink the pixels of a box have: of pixel x, y the byte at (y * width + x) * inks.length + i of data is
+        // Tells how much of each ink the pixels of a box have: of pixel x, y the byte at (y * width + x) * inks.length + i of data is
         // that of inks[i], from 0 to 255.
         async inkPixels({ box, width, height, signal, timeout, onProgress, ...options } = {}) {
             return this.#ask('inkPixels', [{ box, width, height }], options, { signal, timeout, onProgress });

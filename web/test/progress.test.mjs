@@ -1,4 +1,4 @@
-// What a reader hears of its progress while another thread reads.
+// Tests what a reader hears of its progress while another thread reads.
 
 import assert from 'node:assert/strict';
 import test from 'node:test';

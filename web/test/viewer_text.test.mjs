@@ -25,7 +25,7 @@ const copied = async (page) => {
     return page.evaluate(() => navigator.clipboard.readText());
 };
 
-// How much of the dark of the picture is below an element.
+// Returns how much of the dark of the picture is below an element.
 async function darkBelow(page, { left, top, right, bottom }) {
     return page.evaluate(({ left, top, right, bottom }) => {
         const canvas = document.querySelector('#picture');

@@ -1,4 +1,4 @@
-// How much ink is where, as colours.
+// Shows how much ink is where, as colours.
 
 const STEPS = [
     [0, [255, 255, 255]],

@@ -1,4 +1,4 @@
-// How the drawing is to look, as the options of a picture.
+// Says how the drawing is to look, as the options of a picture.
 
 import { inksShown } from './inks.js';
 import { state } from './state.js';

@@ -11,7 +11,7 @@ const sourceOf = (file) => ({ name: file.name, modified: Math.floor(file.lastMod
 
 export const isFont = ({ name }) => FONTS.test(name);
 
-// Of a folder only what looks like a drawing is taken, by its name or by how it begins.
+// Only what looks like a drawing is taken of a folder, by its name or by how it begins.
 async function looksLikeDrawing(file) {
     if (DRAWINGS.test(file.name)) return true;
     const head = await bytesOf(file.slice(0, HEAD));

@@ -1,4 +1,4 @@
-// When the clock of a pass is looked at.
+// Tests when the clock of a pass is looked at.
 #include "library/interface/ClockPause.h"
 
 #include <gtest/gtest.h>

@@ -101,7 +101,7 @@ TEST(JoinedPdfTest, HasAPageOfEachFile)
               pages[1].getObjGen());
 }
 
-// What the pages of a file have as their font.
+// Tells what the pages of a file have as their font.
 class JoinedText
 {
   public:

@@ -310,7 +310,7 @@ TEST(CrewTest, HasNothingToDoForSmallPictures)
     EXPECT_EQ(crew.begun, 1);
 }
 
-// Where memory does not last with a crew, the page is drawn once more without.
+// A page for which memory does not last with a crew is drawn once more without.
 TEST(CrewTest, NeedsNoMoreMemoryThanThereIs)
 {
     RasterOptions options = PlainOptions();

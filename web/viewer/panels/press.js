@@ -1,4 +1,4 @@
-// What a press would get wrong, as the command's check tells it.
+// Tells what a press would get wrong, as the command's check does.
 
 import { drawIcon, make } from '../dom.js';
 import { shownLayers } from '../look.js';
